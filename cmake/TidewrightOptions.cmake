@@ -1,0 +1,35 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Warnings and strict Qt defines, in one INTERFACE target that every library of the product links.
+add_library(tidewright_options INTERFACE)
+target_compile_options(tidewright_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wnull-dereference)
+if(TIDEWRIGHT_WERROR)
+    target_compile_options(tidewright_options INTERFACE -Werror)
+endif()
+target_compile_definitions(tidewright_options INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_CAST_FROM_BYTEARRAY
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_KEYWORDS
+    QT_NO_FOREACH
+    QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+    QT_STRICT_ITERATORS
+    QT_USE_QSTRINGBUILDER
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+if(TIDEWRIGHT_SANITIZE)
+    # Every target is instrumented, the tests and the demo cluster too: a half-instrumented program proves little.
+    add_compile_options(-fsanitize=${TIDEWRIGHT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${TIDEWRIGHT_SANITIZE})
+    # GCC's null-dereference and maybe-uninitialized warnings misfire in instrumented code.
+    target_compile_options(tidewright_options INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+endif()
+
+# One static library per layer: tidewright_layer(core SOURCES ... LIBS ...)
+function(tidewright_layer name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_library(tidewright_${name} STATIC ${ARG_SOURCES})
+    target_include_directories(tidewright_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+    target_link_libraries(tidewright_${name} PUBLIC ${ARG_LIBS} PRIVATE tidewright_options)
+endfunction()

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/Console.h"
+
+#include "platform/MainQueue.h"
+
+namespace tidewright {
+
+namespace {
+
+std::function<Console *()> &consoleLookup()
+{
+    static std::function<Console *()> lookup;
+    return lookup;
+}
+
+} // namespace
+
+ConsoleError makeConsoleError(const QString &description)
+{
+    return {QStringLiteral("Console"), -1, description};
+}
+
+Console *mainConsole()
+{
+    return consoleLookup() ? consoleLookup()() : nullptr;
+}
+
+void setMainConsoleLookup(std::function<Console *()> lookup)
+{
+    consoleLookup() = std::move(lookup);
+}
+
+void postConsoleEntry(Console *console, const QString &command, const QString &response,
+    const std::optional<ConsoleError> &error)
+{
+    if (Console *target = console ? console : mainConsole()) {
+        target->addEntry(command, response, error);
+    }
+}
+
+void postConsoleError(const QString &description)
+{
+    mainQueue().post(
+        [description] { postConsoleEntry(nullptr, QString(), QString(), makeConsoleError(description)); });
+}
+
+} // namespace tidewright

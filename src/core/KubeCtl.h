@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Shell.h"
+
+namespace tidewright {
+
+/// The pseudo-namespace of a window that shows every namespace. It never reaches the kubeconfig.
+inline const QString allNamespaces = QStringLiteral("All Namespaces");
+
+/// "--all-namespaces" for the pseudo-namespace, else "-n" immediately followed by the name, as one argument.
+QString namespaceArgument(const QString &currentNamespace);
+/// "--context=" immediately followed by the name, as one argument.
+QString contextArgument(const QString &context);
+
+/// The one object through which a cluster window reaches its cluster: it hands the window's kubeconfig to every kubectl
+/// child and knows the contexts and namespaces. Main thread; each operation runs on a shell of its own, which it returns
+/// so that the caller can cancel it. Failures go to the main window's console, as errors without a command.
+class KubeCtl
+{
+public:
+    using ContextsLoaded = std::function<void(const QStringList &contexts, const QString &current)>;
+    using NamespacesLoaded = std::function<void(const QStringList &namespaces)>;
+    using ContextUsed = std::function<void(bool success)>;
+
+    /// The window's kubeconfig file; empty means kubectl's own default.
+    QString configPath;
+
+    /// A shell whose children use the window's kubeconfig.
+    std::shared_ptr<Shell> makeShell() const;
+
+    /// The contexts in the kubeconfig's order, and the current one (empty when the kubeconfig names none). Completes on
+    /// a shell-queue thread; does not complete when there is no context at all.
+    std::shared_ptr<Shell> loadContexts(ContextsLoaded completion) const;
+
+    /// The namespaces of the kubeconfig's current context, empty after a failure. Completes on a shell-queue thread.
+    std::shared_ptr<Shell> loadNamespaces(NamespacesLoaded completion) const;
+
+    /// Makes a context current in the kubeconfig; an empty name does nothing at all and yields no shell. Completes with
+    /// true on the main thread, with false on a shell-queue thread.
+    std::shared_ptr<Shell> useContext(const QString &name, ContextUsed completion) const;
+
+    /// Sets the namespace of the kubeconfig's current context. The pseudo-namespace is only recorded.
+    void setNamespace(const QString &name) const;
+};
+
+} // namespace tidewright

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Shell.h"
+
+#include <array>
+
+namespace tidewright {
+
+/// One streaming child from its start to its end. Shared by the shell, which may stop it, and the thread that reads it.
+class StreamingRun
+{
+public:
+    StreamingRun(std::shared_ptr<ChildProcess> child, Pipe output, Pipe error, Shell::PieceHandler handler);
+
+    /// Blocks until the child has exited or the run is stopped.
+    void read();
+    /// Ends the child; the handler gets nothing more. Any thread.
+    void stop();
+
+private:
+    void deliver(std::size_t stream, QByteArrayView bytes);
+
+    const std::shared_ptr<ChildProcess> m_child;
+    Pipe m_output;
+    Pipe m_error;
+    const Shell::PieceHandler m_handler;
+    WakeSignal m_stop;
+    std::atomic<bool> m_stopped = false;
+    std::array<QByteArray, 2> m_cutCharacters; // per stream, the beginning of a character whose rest is to come
+};
+
+} // namespace tidewright

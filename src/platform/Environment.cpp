@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/Environment.h"
+
+#include <unistd.h>
+
+namespace tidewright {
+
+Environment currentEnvironment()
+{
+    Environment environment;
+    for (char **entry = environ; entry && *entry; ++entry) {
+        const QByteArrayView pair(*entry);
+        const qsizetype equals = pair.indexOf('=');
+        if (equals > 0) {
+            environment.insert(pair.first(equals).toByteArray(), pair.sliced(equals + 1).toByteArray());
+        }
+    }
+    return environment;
+}
+
+} // namespace tidewright

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+
+#include <deque>
+#include <functional>
+#include <mutex>
+
+namespace tidewright {
+
+/// The way to the main (user-interface) thread. Tasks run in the order in which they were posted, in the event loop.
+/// The one queue is made by the first call of `mainQueue()`, which must happen on the main thread.
+class MainQueue : public QObject
+{
+    Q_OBJECT
+public:
+    using Task = std::function<void()>;
+
+    /// Any thread. Tasks that are still waiting when the event loop ends are dropped.
+    void post(Task task);
+
+protected:
+    bool event(QEvent *event) override;
+
+private:
+    std::mutex m_mutex;
+    std::deque<Task> m_tasks;
+};
+
+MainQueue &mainQueue();
+
+/// Runs `task` on the main thread unless `receiver` is gone by then. The pointer must have been made on the main thread.
+template<typename Receiver, typename Task>
+void postToMain(QPointer<Receiver> receiver, Task task)
+{
+    mainQueue().post([receiver = std::move(receiver), task = std::move(task)]() mutable {
+        if (receiver) {
+            task(*receiver);
+        }
+    });
+}
+
+} // namespace tidewright

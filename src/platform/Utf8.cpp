@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/Utf8.h"
+
+namespace tidewright {
+
+namespace {
+
+bool isTrimmed(char32_t c)
+{
+    return c == U'\t' || (c >= U'\n' && c <= U'\r') || c == 0x85 || c == 0x2028 || c == 0x2029
+        || QChar::category(c) == QChar::Separator_Space;
+}
+
+bool isContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+char32_t characterOf(QByteArrayView bytes)
+{
+    const auto lead = static_cast<unsigned char>(bytes.front());
+    char32_t c = lead < 0x80 ? lead : lead < 0xE0 ? lead & 0x1F : lead < 0xF0 ? lead & 0x0F : lead & 0x07;
+    for (const char byte : bytes.sliced(1)) {
+        c = (c << 6) | (static_cast<unsigned char>(byte) & 0x3F);
+    }
+    return c;
+}
+
+} // namespace
+
+std::optional<QString> decodeUtf8(QByteArrayView bytes)
+{
+    if (!QUtf8StringView(bytes.data(), bytes.size()).isValidUtf8()) {
+        return std::nullopt;
+    }
+    return QString::fromUtf8(bytes);
+}
+
+QByteArray trimmedUtf8(QByteArray bytes)
+{
+    const QByteArrayView all(bytes);
+    qsizetype end = all.size();
+    while (end > 0) {
+        qsizetype begin = end - 1;
+        while (begin > 0 && isContinuation(all[begin])) {
+            --begin;
+        }
+        if (!isTrimmed(characterOf(all.sliced(begin, end - begin)))) {
+            break;
+        }
+        end = begin;
+    }
+    qsizetype start = 0;
+    while (start < end) {
+        qsizetype next = start + 1;
+        while (next < end && isContinuation(all[next])) {
+            ++next;
+        }
+        if (!isTrimmed(characterOf(all.sliced(start, next - start)))) {
+            break;
+        }
+        start = next;
+    }
+    bytes.truncate(end);
+    bytes.remove(0, start);
+    return bytes;
+}
+
+qsizetype incompleteUtf8Tail(QByteArrayView bytes)
+{
+    for (qsizetype back = 1; back <= qMin<qsizetype>(3, bytes.size()); ++back) {
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - back]);
+        if ((byte & 0xC0) == 0x80) {
+            continue;
+        }
+        const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        return length > back && byte < 0xF8 ? back : 0;
+    }
+    return 0;
+}
+
+} // namespace tidewright

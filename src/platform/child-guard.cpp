@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// child-guard PARENT-PID NICE PROGRAM [ARGUMENT...]
+//
+// posix_spawn cannot ask the kernel to end a child together with its parent, so the application starts this, which asks
+// and then becomes PROGRAM. The request survives exec. NICE is added to the CPU priority value (0 leaves it).
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+int main(int argc, char **argv)
+{
+    if (argc < 4) {
+        std::fputs("usage: child-guard PARENT-PID NICE PROGRAM [ARGUMENT...]\n", stderr);
+        return 2;
+    }
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The parent may have died before the request was made; then nobody is left to work for.
+    if (getppid() != std::atoi(argv[1])) {
+        return 1;
+    }
+    if (const int niceness = std::atoi(argv[2]); niceness != 0 && nice(niceness) == -1) {
+        // A child at full speed is better than none.
+    }
+    // Children run in a process group of their own. One that reads the terminal the application was started from would
+    // be stopped for ever; ignoring the signal turns that read into an error that the child reports.
+    std::signal(SIGTTIN, SIG_IGN);
+    execv(argv[3], argv + 3);
+    std::fprintf(stderr, "%s: %s\n", argv[3], std::strerror(errno));
+    return 127;
+}

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/KubeCtl.h"
+
+#include <QObject>
+
+namespace tidewright {
+
+/// What a table needs to know of the window that shows it, and may ask it to do. Implemented by the cluster window's
+/// content; lives as long as the window. Main thread only.
+class WindowState : public QObject
+{
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    virtual QString currentContext() const = 0;
+    /// A namespace's name, or `allNamespaces`; empty until one is chosen.
+    virtual QString currentNamespace() const = 0;
+    /// The kubeconfig of the window, empty for kubectl's default.
+    virtual QString kubeConfigPath() const = 0;
+    virtual KubeCtl &kubeCtl() = 0;
+    virtual Console *console() = 0;
+
+    /// Calls back with true once the kubeconfig's current context and namespace are known to be the window's (switching
+    /// them first if need be), for commands that name neither. With false when that failed; the console says why then.
+    virtual void agreeWithKubeConfig(std::function<void(bool agreed)> completion) = 0;
+
+    /// Opens an object in the user's editor; false when this build has no editor support. `finished` is called once,
+    /// whatever the outcome.
+    virtual bool canEdit() const { return false; }
+    virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) {}
+};
+
+/// The application's cache directory, where preview files go; empty when there is none. Set once at start-up.
+QString cacheDirectory();
+void setCacheDirectory(const QString &path);
+
+} // namespace tidewright
