@@ -2,7 +2,7 @@
 # Warnings and strict Qt defines, in one INTERFACE target that every library of the product links.
 add_library(tidewright_options INTERFACE)
 target_compile_options(tidewright_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wnull-dereference)
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align)
 if(TIDEWRIGHT_WERROR)
     target_compile_options(tidewright_options INTERFACE -Werror)
 endif()
@@ -22,8 +22,8 @@ if(TIDEWRIGHT_SANITIZE)
     # Every target is instrumented, the tests and the demo cluster too: a half-instrumented program proves little.
     add_compile_options(-fsanitize=${TIDEWRIGHT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${TIDEWRIGHT_SANITIZE})
-    # GCC's null-dereference and maybe-uninitialized warnings misfire in instrumented code.
-    target_compile_options(tidewright_options INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+    # GCC's maybe-uninitialized warning misfires in instrumented code.
+    target_compile_options(tidewright_options INTERFACE -Wno-maybe-uninitialized)
 endif()
 
 # One static library per layer: tidewright_layer(core SOURCES ... LIBS ...)

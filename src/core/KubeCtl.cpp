@@ -58,14 +58,18 @@ std::shared_ptr<Shell> KubeCtl::loadContexts(ContextsLoaded completion) const
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("view"),
         QStringLiteral("-ojsonpath={.current-context}\n{range .contexts[*]}{.name}\t{end}")};
     shell->runAsync(arguments, false, mainConsole(),
-        [completion = std::move(completion)](const ShellResult &result) {
+        [completion = std::move(completion), run = shell.get()](const ShellResult &result) {
+            if (run->isCancelled()) {
+                return;
+            }
             if (result.error) {
                 reportFailure(QStringLiteral("No contexts"), *result.error);
             }
             QStringList lines = textPieces(result.output, u'\n');
             if (lines.isEmpty()) {
-                postConsoleError(QStringLiteral("No contexts could be found when running `kubectl config view`.  "
-                                                "Please ensure you have access to a context and try again."));
+                postConsoleError(
+                    QStringLiteral("No contexts could be found when running `kubectl config view`.  "
+                                   "Please ensure you have access to a context and try again."));
                 return;
             }
             if (lines.size() == 1) {
@@ -81,12 +85,13 @@ std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion) cons
     auto shell = makeShell();
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("ns"),
         QStringLiteral("-o=jsonpath={.items[*].metadata.name}")};
-    shell->runAsync(arguments, true, nullptr, [completion = std::move(completion)](const ShellResult &result) {
-        if (result.error) {
-            reportFailure(QStringLiteral("No namespaces"), *result.error);
-        }
-        completion(textPieces(result.output, u' '));
-    });
+    shell->runAsync(arguments, true, nullptr,
+        [completion = std::move(completion), run = shell.get()](const ShellResult &result) {
+            if (result.error && !run->isCancelled()) {
+                reportFailure(QStringLiteral("No namespaces"), *result.error);
+            }
+            completion(textPieces(result.output, u' '));
+        });
     return shell;
 }
 
@@ -98,10 +103,12 @@ std::shared_ptr<Shell> KubeCtl::useContext(const QString &name, ContextUsed comp
     auto shell = makeShell();
     const QStringList arguments{
         QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("use-context"), name};
-    shell->runAsync(
-        arguments, false, nullptr, [name, completion = std::move(completion)](const ShellResult &result) {
+    shell->runAsync(arguments, false, nullptr,
+        [name, completion = std::move(completion), run = shell.get()](const ShellResult &result) {
             if (result.error) {
-                reportNotLoaded(QLatin1String("Context ") + name, *result.error);
+                if (!run->isCancelled()) {
+                    reportNotLoaded(QLatin1String("Context ") + name, *result.error);
+                }
                 completion(false);
                 return;
             }
@@ -113,22 +120,35 @@ std::shared_ptr<Shell> KubeCtl::useContext(const QString &name, ContextUsed comp
     return shell;
 }
 
-void KubeCtl::setNamespace(const QString &name) const
+std::shared_ptr<Shell> KubeCtl::setNamespace(const QString &name, NamespaceSet completion) const
 {
-    const auto record = [name] { applicationRecord().appNamespace = name; };
+    const auto record = [name, completion] {
+        applicationRecord().appNamespace = name;
+        if (completion) {
+            completion(true);
+        }
+    };
     if (name == allNamespaces) {
         mainQueue().post(record);
-        return;
+        return nullptr;
     }
+    auto shell = makeShell();
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("config"),
         QStringLiteral("set-context"), QStringLiteral("--current"), QLatin1String("--namespace=") + name};
-    makeShell()->runAsync(arguments, false, nullptr, [name, record](const ShellResult &result) {
-        if (result.error) {
-            reportNotLoaded(QLatin1String("Namespace ") + name, *result.error);
-        } else {
-            mainQueue().post(record);
-        }
-    });
+    shell->runAsync(
+        arguments, false, nullptr, [name, record, completion, run = shell.get()](const ShellResult &result) {
+            if (!result.error) {
+                mainQueue().post(record);
+                return;
+            }
+            if (!run->isCancelled()) {
+                reportNotLoaded(QLatin1String("Namespace ") + name, *result.error);
+            }
+            if (completion) {
+                mainQueue().post([completion] { completion(false); });
+            }
+        });
+    return shell;
 }
 
 } // namespace tidewright

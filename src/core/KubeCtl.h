@@ -13,15 +13,17 @@ QString namespaceArgument(const QString &currentNamespace);
 /// "--context=" immediately followed by the name, as one argument.
 QString contextArgument(const QString &context);
 
-/// The one object through which a cluster window reaches its cluster: it hands the window's kubeconfig to every kubectl
-/// child and knows the contexts and namespaces. Main thread; each operation runs on a shell of its own, which it returns
-/// so that the caller can cancel it. Failures go to the main window's console, as errors without a command.
+/// The one object through which a cluster window reaches its cluster: it hands the window's kubeconfig to
+/// every kubectl child and knows the contexts and namespaces. Main thread; each operation runs on a shell of
+/// its own, which it returns so that the caller can cancel it. Failures go to the main window's console, as
+/// errors without a command; a run that was cancelled is no failure, but completes like one.
 class KubeCtl
 {
 public:
     using ContextsLoaded = std::function<void(const QStringList &contexts, const QString &current)>;
     using NamespacesLoaded = std::function<void(const QStringList &namespaces)>;
     using ContextUsed = std::function<void(bool success)>;
+    using NamespaceSet = std::function<void(bool success)>;
 
     /// The window's kubeconfig file; empty means kubectl's own default.
     QString configPath;
@@ -29,19 +31,21 @@ public:
     /// A shell whose children use the window's kubeconfig.
     std::shared_ptr<Shell> makeShell() const;
 
-    /// The contexts in the kubeconfig's order, and the current one (empty when the kubeconfig names none). Completes on
-    /// a shell-queue thread; does not complete when there is no context at all.
+    /// The contexts in the kubeconfig's order, and the current one (empty when the kubeconfig names none).
+    /// Completes on a shell-queue thread; does not complete when there is no context at all.
     std::shared_ptr<Shell> loadContexts(ContextsLoaded completion) const;
 
-    /// The namespaces of the kubeconfig's current context, empty after a failure. Completes on a shell-queue thread.
+    /// The namespaces of the kubeconfig's current context, empty after a failure. Completes on a shell-queue
+    /// thread.
     std::shared_ptr<Shell> loadNamespaces(NamespacesLoaded completion) const;
 
-    /// Makes a context current in the kubeconfig; an empty name does nothing at all and yields no shell. Completes with
-    /// true on the main thread, with false on a shell-queue thread.
+    /// Makes a context current in the kubeconfig; an empty name does nothing at all and yields no shell.
+    /// Completes with true on the main thread, with false on a shell-queue thread.
     std::shared_ptr<Shell> useContext(const QString &name, ContextUsed completion) const;
 
-    /// Sets the namespace of the kubeconfig's current context. The pseudo-namespace is only recorded.
-    void setNamespace(const QString &name) const;
+    /// Sets the namespace of the kubeconfig's current context. The pseudo-namespace is only recorded, without
+    /// a shell. Completes on the main thread.
+    std::shared_ptr<Shell> setNamespace(const QString &name, NamespaceSet completion = {}) const;
 };
 
 } // namespace tidewright

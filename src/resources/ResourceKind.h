@@ -40,6 +40,7 @@ struct ResourceKind
     QString listWord;                  ///< kubectl's word after "get" in the listing
     QStringList outputArguments;       ///< of the listing, after context and namespace
     std::size_t fieldCount = 0;
+    bool namespaced = true;            ///< false for kinds that the whole cluster shares
     bool lastLineFirst = false;        ///< lines are taken last to first
     std::vector<Column> columns;
 
@@ -47,8 +48,11 @@ struct ResourceKind
     std::function<std::shared_ptr<KubeTableItem>(const QString &name)> create;
     std::function<std::shared_ptr<KubeTableItem>(const KubeTableItem &)> copy;
     std::function<bool(const KubeTableItem &, const KubeTableItem &)> equal;
-    /// Assigns all fields but the first (the name).
+    /// Assigns all fields but the first (the name). Assigning a line once more must change nothing: it is not called
+    /// for the very line that a row has its fields from.
     std::function<void(const Fields &, KubeTableItem &)> assign;
+    /// Told of each line that was taken; may write a diagnostic.
+    std::function<void(QByteArrayView line)> lineTaken = nullptr;
     /// Told of each line whose field count is wrong; may write a diagnostic.
     std::function<void(QByteArrayView line, std::size_t fields)> lineSkipped = nullptr;
 };

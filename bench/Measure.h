@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tidewright::bench {
+
+/// Seconds of CPU: of all threads of this process, of the calling thread, of ended children.
+double processCpuSeconds();
+double threadCpuSeconds();
+double childrenCpuSeconds();
+
+/// Seconds on the wall, from an arbitrary start.
+double wallSeconds();
+
+double median(std::vector<double> values);
+
+/// Prints one budget as a line and remembers whether it was kept.
+class Report
+{
+public:
+    void ratio(const std::string &what, double measured, double reference, double limit, const std::string &unit);
+    bool allKept() const { return m_allKept; }
+
+private:
+    bool m_allKept = true;
+};
+
+} // namespace tidewright::bench

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "movement/Movement.h"
+#include "store/ObjectStore.h"
+
+#include <string>
+
+namespace tidewright::demo {
+
+// One demo cluster: what a kubeconfig context points at. Several live in one server, told apart by the first
+// part of the URL path, which is the context's name.
+struct Cluster
+{
+    Cluster(std::string contextName, std::uint64_t seed, bool still)
+        : name(std::move(contextName))
+        , store(seed)
+        , movement(store, still)
+    {
+    }
+
+    const std::string name;
+    ObjectStore store;
+    Movement movement;
+};
+
+} // namespace tidewright::demo

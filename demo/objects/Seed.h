@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "store/ObjectStore.h"
+
+namespace tidewright::demo {
+
+// The objects that the two contexts start with. Names and states are the same in every run; only times follow
+// the clock. fleetPods pods more go into namespace "fleet".
+void seedHarbor(ObjectStore &store, int fleetPods);
+void seedLighthouse(ObjectStore &store);
+
+// Part of seedHarbor: the pods of namespace "fleet" under deployments of up to a hundred pods.
+void seedFleet(ObjectStore &store, int pods);
+
+} // namespace tidewright::demo

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Json.h"
+#include "Options.h"
+
+#include <condition_variable>
+#include <mutex>
+
+namespace tidewright::demo {
+
+// How the server misbehaves on purpose. Starts as the command line says; a POST to /demo/control changes it
+// while the server runs, so that a test can break and mend one server. Safe from any thread.
+class Disturbance
+{
+public:
+    explicit Disturbance(const Options &options);
+
+    // Called before a request is served: waits for the latency, blocks while the server hangs, and throws
+    // ApiError while it fails.
+    void pass();
+
+    // {"hang": bool, "fail": code or 0, "latency": ms, "logRate": lines per second}, each optional. Throws
+    // ApiError 400. Returns the settings now in force.
+    json change(const json &wanted);
+
+    double logRate() const;
+
+private:
+    mutable std::mutex m_mutex;
+    std::condition_variable m_mended;
+    bool m_hang;
+    int m_failCode;
+    int m_latencyMs;
+    double m_logRate;
+};
+
+} // namespace tidewright::demo

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tidewright::demo {
+
+// One served kind of object: its words in URLs, discovery and on the command line. The table is fixed at
+// build time.
+struct ResourceType
+{
+    std::string group; // empty for the core group
+    std::string version;
+    std::string plural;
+    std::string singular;
+    std::string kind;
+    std::vector<std::string> shortNames;
+    bool namespaced = true;
+    bool inCategoryAll = false;
+    std::vector<std::string> subresources; // status, scale, log
+    std::string olderVersion; // a second version of the group that carries the same objects
+
+    std::string apiVersion() const;
+    bool hasSubresource(const std::string &name) const;
+};
+
+const std::vector<ResourceType> &resourceTypes();
+
+// Kinds are unique here, so the kind alone names the type. The kind must be one of the table.
+const ResourceType &typeOfKind(const std::string &kind);
+
+// Null when no such resource is served. Knows older versions too.
+const ResourceType *findType(const std::string &group, const std::string &version, const std::string &plural);
+
+} // namespace tidewright::demo

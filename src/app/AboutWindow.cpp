@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AboutWindow.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace tidewright {
+
+AboutWindow::AboutWindow(QWidget *parent)
+    : QDialog(parent)
+{
+    setWindowTitle(tr("About Tidewright"));
+    auto *name = new QLabel(QStringLiteral("Tidewright"));
+    QFont font = name->font();
+    font.setPointSizeF(font.pointSizeF() * 1.8);
+    font.setBold(true);
+    name->setFont(font);
+    auto *version
+        = new QLabel(QStringLiteral("Version %1 (Build %2)")
+                         .arg(QStringLiteral(TIDEWRIGHT_VERSION), QStringLiteral(TIDEWRIGHT_BUILD)));
+    version->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    auto *purpose = new QLabel(tr("A desktop client for Kubernetes clusters"));
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(32, 24, 32, 20);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    for (QLabel *label : {name, version, purpose}) {
+        label->setAlignment(Qt::AlignCenter);
+        layout->addWidget(label);
+    }
+    layout->addSpacing(12);
+    layout->addWidget(buttons);
+}
+
+} // namespace tidewright

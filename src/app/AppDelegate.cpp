@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include "app/AboutWindow.h"
+#include "app/ClusterWindowFrame.h"
+#include "app/ConsolePane.h"
+#include "app/MainWindowController.h"
+#include "core/ApplicationRecord.h"
+#include "platform/Bundle.h"
+#include "platform/MainQueue.h"
+#include "platform/ProcessKeeper.h"
+#include "resources/PreviewFiles.h"
+#include "resources/WindowState.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+
+namespace tidewright {
+
+namespace {
+
+constexpr auto graceAtQuit = std::chrono::milliseconds(200);
+
+} // namespace
+
+AppDelegate::AppDelegate()
+{
+    mainQueue();
+    setMainConsoleLookup([this]() -> Console * {
+        const ClusterWindowFrame *frame = mainWindow();
+        const MainWindowController *page = frame ? frame->currentPage() : nullptr;
+        return page ? &page->windowConsoleController() : nullptr;
+    });
+}
+
+AppDelegate::~AppDelegate()
+{
+    setMainConsoleLookup({});
+}
+
+QString AppDelegate::startUp()
+{
+    const QString kubectl = bundle::auxiliaryExecutable(QStringLiteral("kubectl"));
+    if (kubectl.isEmpty()) {
+        return tr("Tidewright cannot start: the kubectl that belongs to its package is missing from %1. "
+                  "Please install Tidewright again.")
+            .arg(QDir::cleanPath(
+                QCoreApplication::applicationDirPath() + QLatin1String("/../libexec/tidewright")));
+    }
+    setKubectlPath(kubectl);
+    return createCacheDirectory();
+}
+
+QString AppDelegate::createCacheDirectory()
+{
+    const QString caches = bundle::cachesFolder();
+    if (caches.isEmpty()) {
+        return {};
+    }
+    const QString path = caches + QLatin1String("/com.brindle.Tidewright");
+    QDir().mkpath(caches);
+    const QByteArray encoded = QFile::encodeName(path);
+    const bool made = ::mkdir(encoded.constData(), 0700) == 0;
+    if (!made && (errno != EEXIST || !QFileInfo(path).isDir())) {
+        return QLatin1String("Unable to create cache directory: ") + path + QLatin1String(": ")
+            + QString::fromLocal8Bit(std::strerror(errno));
+    }
+    ::chmod(encoded.constData(), 0700);
+    setCacheDirectory(path);
+    return {};
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    newDocument();
+}
+
+void AppDelegate::newDocument()
+{
+    auto *frame = new ClusterWindowFrame(m_writer);
+    m_frames.append(frame);
+    m_windowControllers.append(frame->currentPage());
+    connect(frame, &ClusterWindowFrame::newWindowRequested, this, &AppDelegate::newDocument);
+    connect(frame, &ClusterWindowFrame::aboutRequested, this, &AppDelegate::showAbout);
+    connect(frame, &ClusterWindowFrame::quitRequested, this, [this] {
+        if (const ClusterWindowFrame *window = mainWindow()) {
+            window->saveFrame();
+        }
+        QCoreApplication::quit();
+    });
+    connect(frame, &ClusterWindowFrame::becameMain, this, [this, frame] {
+        m_frames.removeAll(frame);
+        m_frames.append(frame);
+    });
+    frame->show();
+    frame->raise();
+    frame->activateWindow();
+}
+
+QList<ClusterWindowFrame *> AppDelegate::frames() const
+{
+    QList<ClusterWindowFrame *> alive;
+    for (const auto &frame : m_frames) {
+        if (frame) {
+            alive.append(frame);
+        }
+    }
+    return alive;
+}
+
+ClusterWindowFrame *AppDelegate::mainWindow() const
+{
+    const auto alive = frames();
+    return alive.isEmpty() ? nullptr : alive.last();
+}
+
+void AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
+{
+    if (hasVisibleWindows) {
+        return;
+    }
+    QList<QWidget *> windows;
+    for (ClusterWindowFrame *frame : frames()) {
+        windows.append(frame);
+    }
+    if (m_aboutController) {
+        windows.append(m_aboutController);
+    }
+    for (QWidget *window : std::as_const(windows)) {
+        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+        window->show();
+        window->raise();
+        window->activateWindow();
+    }
+}
+
+void AppDelegate::showAbout()
+{
+    if (!m_aboutController) {
+        m_aboutController = new AboutWindow;
+    }
+    m_aboutController->show();
+    m_aboutController->raise();
+    m_aboutController->activateWindow();
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    delete m_aboutController;
+    qDeleteAll(frames());
+    ProcessKeeper::instance().endAll(graceAtQuit);
+    PreviewFiles::removeAll();
+}
+
+} // namespace tidewright

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/ClusterToolBar.h"
+
+#include "app/KubeSplitViewController.h"
+#include "app/PrimaryContentController.h"
+#include "app/SearchableComboBox.h"
+#include "resources/SharedContentViewController.h"
+
+#include <QKeyEvent>
+#include <QLayout>
+#include <QLineEdit>
+#include <QSignalBlocker>
+
+namespace tidewright {
+
+ClusterToolBar::ClusterToolBar(
+    KubeSplitViewController &state, PrimaryContentController &content, QWidget *parent)
+    : QToolBar(parent)
+    , m_state(state)
+    , m_content(content)
+    , m_contexts(new SearchableComboBox(QStringLiteral("Contexts"), tr("context")))
+    , m_namespaces(new SearchableComboBox(QStringLiteral("Namespaces"), tr("namespace")))
+    , m_filter(new QLineEdit)
+{
+    setMovable(false);
+    setFloatable(false);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    setIconSize(QSize(16, 16));
+    layout()->setContentsMargins(8, 6, 8, 6);
+    layout()->setSpacing(6);
+    addWidget(m_contexts);
+    addWidget(m_namespaces);
+    addSeparator();
+    auto *stretch = new QWidget;
+    stretch->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    m_beforeFilter = addWidget(stretch);
+    addWidget(m_filter);
+    setUpFilter();
+    connect(&m_state, &KubeSplitViewController::contextListChanged, m_contexts,
+        [this] { m_contexts->showList(m_state.contextList()); });
+    connect(&m_state, &KubeSplitViewController::namespaceListChanged, m_namespaces,
+        [this] { m_namespaces->showList(m_state.namespaceList(), {allNamespaces}); });
+    connect(m_contexts, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseContext);
+    connect(m_namespaces, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseNamespace);
+}
+
+void ClusterToolBar::setUpFilter()
+{
+    m_filter->setAccessibleName(QStringLiteral("Filter"));
+    m_filter->setPlaceholderText(tr("Filter by name"));
+    m_filter->setClearButtonEnabled(true);
+    m_filter->setMinimumWidth(120);
+    m_filter->setMaximumWidth(260);
+    m_filter->installEventFilter(this);
+    for (SharedContentViewController *table : m_content.tables()) {
+        table->setFilterField(m_filter);
+    }
+    connect(m_filter, &QLineEdit::textChanged, this, [this](const QString &text) {
+        if (auto *table = m_content.shownTable()) {
+            table->setFilter(text);
+        }
+    });
+    connect(
+        &m_content, &PrimaryContentController::shownTableChanged, this, &ClusterToolBar::followShownTable);
+    followShownTable();
+}
+
+void ClusterToolBar::followShownTable()
+{
+    const QSignalBlocker blocker(m_filter);
+    const auto *table = m_content.shownTable();
+    m_filter->setText(table ? table->filter() : QString());
+    m_filter->setEnabled(table);
+}
+
+void ClusterToolBar::addCommands(const QList<QAction *> &commands)
+{
+    insertActions(m_beforeFilter, commands);
+}
+
+bool ClusterToolBar::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_filter || event->type() != QEvent::KeyPress) {
+        return QToolBar::eventFilter(watched, event);
+    }
+    const int key = static_cast<QKeyEvent *>(event)->key();
+    if (key == Qt::Key_Escape) {
+        m_filter->clear();
+    } else if (key != Qt::Key_Down && key != Qt::Key_Return && key != Qt::Key_Enter) {
+        return QToolBar::eventFilter(watched, event);
+    }
+    m_content.currentWidget()->setFocus(Qt::OtherFocusReason);
+    return true;
+}
+
+} // namespace tidewright

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QToolBar>
+
+class QLineEdit;
+
+namespace tidewright {
+
+class KubeSplitViewController;
+class PrimaryContentController;
+class SearchableComboBox;
+
+/// The toolbar of one cluster window: its context and namespace lists, room for commands, and the filter of
+/// the table that is shown.
+class ClusterToolBar : public QToolBar
+{
+    Q_OBJECT
+public:
+    /// Both must outlive the toolbar.
+    ClusterToolBar(
+        KubeSplitViewController &state, PrimaryContentController &content, QWidget *parent = nullptr);
+
+    /// Puts buttons for commands between the lists and the filter.
+    void addCommands(const QList<QAction *> &commands);
+
+    SearchableComboBox *contextPopupButton() const { return m_contexts; }
+    SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }
+    QLineEdit *filterField() const { return m_filter; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void setUpFilter();
+    void followShownTable();
+
+    KubeSplitViewController &m_state;
+    PrimaryContentController &m_content;
+    SearchableComboBox *m_contexts;
+    SearchableComboBox *m_namespaces;
+    QLineEdit *m_filter;
+    QAction *m_beforeFilter = nullptr;
+};
+
+} // namespace tidewright

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QMainWindow>
+
+class QStackedWidget;
+class QTabBar;
+
+namespace tidewright {
+
+class KubeConfigWriter;
+class MainWindowController;
+class WindowCommands;
+
+/// A top-level window: a group of cluster windows of which one is shown, with a tab bar once there are
+/// several. To be the current tab of the active window is to be the application's main window. Deletes itself
+/// when closed.
+class ClusterWindowFrame : public QMainWindow
+{
+    Q_OBJECT
+public:
+    /// A window with one tab. `writer` must outlive it.
+    explicit ClusterWindowFrame(KubeConfigWriter &writer);
+
+    MainWindowController *currentPage() const;
+    QList<MainWindowController *> pages() const;
+    QTabBar *tabBar() const { return m_tabBar; }
+
+    /// Opens a tab after the current one: with the kubeconfig of the settings when `path` is empty, else with
+    /// `path` and a name for its titles.
+    MainWindowController *addTab(const QString &path = {}, const QString &title = {});
+    void closeTab(int index);
+    void closeCurrentTab();
+    void selectTab(int index);
+    /// Moves on by that many tabs, around the ends.
+    void walkTabs(int step);
+
+    /// Remembers the window's place and size for the next window.
+    void saveFrame() const;
+
+Q_SIGNALS:
+    /// The window, or another of its tabs, is the main one now.
+    void becameMain();
+    void newWindowRequested();
+    void quitRequested();
+    void aboutRequested();
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildLayout();
+    void awakeFromNib();
+    MainWindowController *insertPage(int index);
+    void currentTabChanged(int index);
+    void tabMoved(int from, int to);
+    void pageTitleChanged(MainWindowController *page);
+    void pageBecomesMain();
+
+    KubeConfigWriter &m_writer;
+    QStackedWidget *m_toolBars;
+    QTabBar *m_tabBar;
+    QStackedWidget *m_pages;
+    WindowCommands *m_commands;
+};
+
+} // namespace tidewright

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/KubeCtl.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPointer>
+
+#include <chrono>
+#include <deque>
+
+namespace tidewright {
+
+/// Puts the changes that this process makes to kubeconfigs one after the other: two kubectl at once fail on
+/// the file's lock, and the one that ends last need not be the one that was asked for last. A change that has
+/// begun is not ended half-way (its lock would stay behind), except one that hangs. One for all windows; main
+/// thread.
+class KubeConfigWriter : public QObject
+{
+    Q_OBJECT
+public:
+    using Finished = std::function<void()>;
+    using Task = std::function<void(Finished finished)>;
+    using Done = std::function<void(bool success)>;
+
+    using QObject::QObject;
+
+    /// Runs `task` once those before it have finished, at once when there are none. The task decides then
+    /// what still needs to be done, and says when it is through. It is skipped when its owner is gone.
+    void enqueue(QObject *owner, Task task);
+
+    // The steps of a task. Completions come on the main thread, also after a failure, which the console
+    // tells.
+    void useContext(const KubeCtl &kubeCtl, const QString &name, Done done);
+    void setNamespace(const KubeCtl &kubeCtl, const QString &name, Done done);
+
+    /// Whether the kubeconfig at that path (empty: the default one) is as this process has left it: its
+    /// context was chosen here, and no other program has changed the file since.
+    bool isUntouched(const QString &configPath) const;
+
+    /// Keeps the kubeconfigs as they are for a while: a kubectl that goes by their current context is about
+    /// to read them.
+    void keepStill(std::chrono::milliseconds time);
+
+private:
+    struct Entry
+    {
+        QPointer<QObject> owner;
+        Task task;
+    };
+
+    void runNext();
+    void afterStillness(std::function<void()> step);
+    void endHanging(const std::shared_ptr<Shell> &shell, const QString &what);
+
+    std::deque<Entry> m_waiting;
+    bool m_busy = false;
+    QElapsedTimer m_stillSince;
+    qint64 m_stillFor = 0;
+    std::optional<QString> m_writtenPath;
+    QByteArray m_writtenState;
+};
+
+} // namespace tidewright

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/MainWindowController.h"
+
+#include "app/ClusterToolBar.h"
+#include "app/ConsolePane.h"
+#include "app/KubeSplitViewController.h"
+#include "app/PrimaryContentController.h"
+#include "app/SidebarController.h"
+#include "platform/Diagnostics.h"
+#include "platform/UserDefaults.h"
+#include "resources/SharedContentViewController.h"
+
+#include <QDir>
+#include <QHBoxLayout>
+#include <QSplitter>
+
+namespace tidewright {
+
+MainWindowController::MainWindowController(KubeConfigWriter &writer, QWidget *parent)
+    : QWidget(parent)
+    , m_title(QStringLiteral("Tidewright"))
+    , m_tabTitle(m_title)
+    , m_console(new ConsolePane(this))
+    , m_state(new KubeSplitViewController(writer, this))
+    , m_content(new PrimaryContentController(*m_state))
+    , m_sidebar(new SidebarController)
+    , m_toolBar(new ClusterToolBar(*m_state, *m_content))
+{
+    m_state->setConsole(m_console);
+    buildLayout();
+    connectParts();
+    m_sidebar->selectFirst();
+}
+
+MainWindowController::~MainWindowController()
+{
+    // The views go before the state that they refer to.
+    delete m_toolBar;
+    delete m_content;
+}
+
+void MainWindowController::buildLayout()
+{
+    auto *podConsoleSplit = new QSplitter(Qt::Vertical);
+    podConsoleSplit->addWidget(m_content);
+    podConsoleSplit->addWidget(m_console->view());
+    podConsoleSplit->setStretchFactor(0, 1);
+    podConsoleSplit->setSizes({780, 220});
+    podConsoleSplit->setCollapsible(0, false);
+    auto *split = new QSplitter(Qt::Horizontal);
+    split->addWidget(m_sidebar);
+    split->addWidget(podConsoleSplit);
+    split->setStretchFactor(1, 1);
+    split->setSizes({m_sidebar->sizeHint().width(), 1000});
+    split->setCollapsible(1, false);
+    for (QSplitter *splitter : {split, podConsoleSplit}) {
+        splitter->setHandleWidth(1);
+    }
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(split);
+}
+
+void MainWindowController::connectParts()
+{
+    connect(
+        m_sidebar, &SidebarController::itemSelected, m_content, &PrimaryContentController::selectSidebarItem);
+    connect(m_state, &KubeSplitViewController::namespaceChosen, this, &MainWindowController::updateTitles);
+    connect(m_state, &KubeSplitViewController::clusterSettingsChanged, m_content,
+        &PrimaryContentController::clusterSettingsChanged);
+    connect(m_content, &PrimaryContentController::shownTableChanged, this,
+        &MainWindowController::commandStateChanged);
+    for (SharedContentViewController *table : m_content->tables()) {
+        connect(table, &SharedContentViewController::selectionChanged, this,
+            &MainWindowController::commandStateChanged);
+        connect(table, &SharedContentViewController::loadingChanged, this,
+            &MainWindowController::commandStateChanged);
+    }
+}
+
+QString MainWindowController::defaultKubeConfigPath()
+{
+    QString path = userDefaults().string(QStringLiteral("defaultKubeConfigPath")).value_or(QString());
+    if (path == QLatin1String("~") || path.startsWith(QLatin1String("~/"))) {
+        path.replace(0, 1, QDir::homePath());
+    }
+    return path;
+}
+
+void MainWindowController::windowDidLoad()
+{
+    writeDiagnostic(QString(QLatin1String("windoe did load ") + m_kubeConfigPath).trimmed());
+    if (m_kubeConfigPath.isEmpty()) {
+        m_kubeConfigPath = defaultKubeConfigPath();
+    }
+}
+
+ClusterToolBar &MainWindowController::toolBar() const
+{
+    return *m_toolBar;
+}
+
+void MainWindowController::windowDidBecomeMain()
+{
+    m_state->windowDidBecomeMain();
+}
+
+void MainWindowController::updateTitles(const QString &nameSpace)
+{
+    const auto titled
+        = [&nameSpace](const QString &what) -> QString { return what + QLatin1String(" : ") + nameSpace; };
+    m_tabTitle = m_configTitle.isEmpty() ? nameSpace : titled(m_configTitle);
+    m_title = m_configTitle.isEmpty() && !m_kubeConfigPath.isEmpty() ? titled(m_kubeConfigPath) : m_tabTitle;
+    Q_EMIT titleChanged();
+}
+
+void MainWindowController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Coming back from another tab is not a new appearance: the tab keeps the context that was chosen in it.
+    if (!m_appeared) {
+        m_appeared = true;
+        m_state->viewWillAppear(m_kubeConfigPath);
+    }
+}
+
+} // namespace tidewright

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/PrimaryContentController.h"
+
+#include "app/CreateFromFileDialog.h"
+#include "app/TableNotThereYet.h"
+#include "pods/PodController.h"
+#include "resources/CreateFromFiles.h"
+
+#include <QTimer>
+
+namespace tidewright {
+
+namespace {
+
+constexpr auto reloadDelay = std::chrono::seconds(1);
+constexpr int nicenessOfHidden = 10;
+
+/// One tab: its sidebar name, the scopes of actions that mean it, and what makes its table (null: not there
+/// yet).
+struct Tab
+{
+    const char *name;
+    std::initializer_list<const char *> scopes;
+    QWidget *(*make)(WindowState &) = nullptr;
+};
+
+template <typename Controller> QWidget *table(WindowState &window)
+{
+    return new Controller(window);
+}
+
+constexpr Tab tabs[] = {
+    {"Pods", {"pod", "container"}, table<PodController>},
+    {"Deployments", {"deployment"}},
+    {"Services", {"service"}},
+    {"Persistent Volumes", {"persistentvolume"}},
+    {"Cron Jobs", {"cronjob"}},
+    {"Config Maps", {"configmap"}},
+    {"Secrets", {"secret"}},
+    {"Events", {"event"}},
+    {"Endpoints", {"endpoint"}},
+    {"Jobs", {"job"}},
+    {"Service Accounts", {"serviceaccount"}},
+    {"Cluster Roles", {"clusterrole"}},
+    {"Replica Sets", {"replicaset"}},
+    {"Daemon Sets", {"daemonset"}},
+};
+
+} // namespace
+
+PrimaryContentController::PrimaryContentController(WindowState &window, QWidget *parent)
+    : QStackedWidget(parent)
+    , m_window(window)
+{
+    for (const Tab &tab : tabs) {
+        const QString name = QString::fromLatin1(tab.name);
+        QWidget *page = tab.make ? tab.make(window) : new TableNotThereYet(name);
+        addWidget(page);
+        m_sidebarMap.insert(name.toLower(), page);
+    }
+    connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
+}
+
+const QHash<QString, QString> &PrimaryContentController::scopeMap()
+{
+    static const QHash<QString, QString> map = [] {
+        QHash<QString, QString> result;
+        for (const Tab &tab : tabs) {
+            for (const char *scope : tab.scopes) {
+                result.insert(QString::fromLatin1(scope), QString::fromLatin1(tab.name).toLower());
+            }
+        }
+        return result;
+    }();
+    return map;
+}
+
+SharedContentViewController *PrimaryContentController::tableControllerForScope(const QString &scope) const
+{
+    return qobject_cast<SharedContentViewController *>(m_sidebarMap.value(scopeMap().value(scope)));
+}
+
+SharedContentViewController *PrimaryContentController::shownTable() const
+{
+    return qobject_cast<SharedContentViewController *>(currentWidget());
+}
+
+QList<SharedContentViewController *> PrimaryContentController::tables() const
+{
+    QList<SharedContentViewController *> result;
+    for (int index = 0; index < count(); ++index) {
+        if (auto *controller = qobject_cast<SharedContentViewController *>(widget(index))) {
+            result.append(controller);
+        }
+    }
+    return result;
+}
+
+void PrimaryContentController::clusterSettingsChanged()
+{
+    for (SharedContentViewController *controller : tables()) {
+        controller->clearAndReload(false, controller == currentWidget() ? 0 : nicenessOfHidden);
+    }
+}
+
+void PrimaryContentController::selectSidebarItem(const QString &name)
+{
+    m_selectedTabName = name.toLower();
+    QWidget *tab = m_sidebarMap.value(m_selectedTabName);
+    if (!tab) {
+        return;
+    }
+    setCurrentWidget(tab);
+    // Before the window knows its context there is nothing to load from; the tables load once it does.
+    if (auto *controller = shownTable(); controller && !m_window.currentContext().isEmpty()) {
+        controller->reloadLogging(false);
+    }
+}
+
+void PrimaryContentController::reloadContent()
+{
+    if (auto *controller = shownTable()) {
+        controller->reload();
+    }
+}
+
+void PrimaryContentController::createFromFileDialog()
+{
+    CreateFromFileDialog::open(window(), this, [this](const QStringList &paths) { createFrom(paths); });
+}
+
+void PrimaryContentController::createFrom(const QStringList &paths)
+{
+    createFromFiles(m_window, paths, [self = QPointer<PrimaryContentController>(this)] {
+        if (self) {
+            QTimer::singleShot(reloadDelay, self, &PrimaryContentController::reloadContent);
+        }
+    });
+}
+
+} // namespace tidewright

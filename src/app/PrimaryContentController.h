@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/WindowState.h"
+
+#include <QHash>
+#include <QStackedWidget>
+
+namespace tidewright {
+
+class SharedContentViewController;
+
+/// The tables of one cluster window, one tab for each kind of object, of which one is shown. All live as long
+/// as the window; a kind whose table this version does not have yet has a page that says so.
+class PrimaryContentController : public QStackedWidget
+{
+    Q_OBJECT
+public:
+    /// `window` must outlive the tabs.
+    explicit PrimaryContentController(WindowState &window, QWidget *parent = nullptr);
+
+    /// The lower-cased name of the sidebar item last selected, header or kind; empty at first.
+    QString selectedTabName() const { return m_selectedTabName; }
+    /// Sidebar names in lower case, each with its tab.
+    const QHash<QString, QWidget *> &sidebarMap() const { return m_sidebarMap; }
+    /// Scopes of actions ("pod", "configmap"), each with a sidebar name in lower case.
+    static const QHash<QString, QString> &scopeMap();
+
+    /// The table of an action's scope, or null.
+    SharedContentViewController *tableControllerForScope(const QString &scope) const;
+    /// The table that is shown; null while the shown kind has none.
+    SharedContentViewController *shownTable() const;
+    QList<SharedContentViewController *> tables() const;
+
+    /// The context or namespace changed: empties and loads every table, those that nobody sees with lower
+    /// priority.
+    void clusterSettingsChanged();
+    /// Shows the kind of that sidebar item and refreshes it; a header leaves the shown table where it is.
+    void selectSidebarItem(const QString &name);
+
+    void reloadContent();
+    /// Asks for files and creates what they declare.
+    void createFromFileDialog();
+    /// Creates what files declare, and loads the shown table again one second after that has ended.
+    void createFrom(const QStringList &paths);
+
+Q_SIGNALS:
+    void shownTableChanged();
+
+private:
+    WindowState &m_window;
+    QString m_selectedTabName;
+    QHash<QString, QWidget *> m_sidebarMap;
+};
+
+} // namespace tidewright

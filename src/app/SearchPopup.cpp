@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/SearchPopup.h"
+
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QListView>
+#include <QPainter>
+#include <QScreen>
+#include <QScrollBar>
+#include <QSortFilterProxyModel>
+#include <QStyledItemDelegate>
+#include <QVBoxLayout>
+
+namespace tidewright {
+
+namespace {
+
+constexpr int visibleRows = 14;
+
+bool isSeparator(const QModelIndex &index)
+{
+    return index.data(Qt::AccessibleDescriptionRole).toString() == QLatin1String("separator");
+}
+
+class EntryDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        if (!isSeparator(index)) {
+            QStyledItemDelegate::paint(painter, option, index);
+            return;
+        }
+        painter->setPen(option.palette.color(QPalette::Mid));
+        const int y = option.rect.center().y();
+        painter->drawLine(option.rect.left() + 4, y, option.rect.right() - 4, y);
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        QSize size = QStyledItemDelegate::sizeHint(option, index);
+        size.setHeight(isSeparator(index) ? 9 : size.height() + 6);
+        return size;
+    }
+};
+
+} // namespace
+
+SearchPopup::SearchPopup(QAbstractItemModel &rows, const QString &noun, QWidget *parent)
+    : QFrame(parent, Qt::Popup)
+    , m_matches(new QSortFilterProxyModel(this))
+    , m_search(new QLineEdit)
+    , m_list(new QListView)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setFrameStyle(QFrame::StyledPanel | QFrame::Plain);
+    m_matches->setFilterCaseSensitivity(Qt::CaseInsensitive);
+    m_matches->setSourceModel(&rows);
+    m_search->setPlaceholderText(tr("Search for a %1").arg(noun));
+    m_search->setAccessibleName(m_search->placeholderText());
+    m_search->setClearButtonEnabled(true);
+    m_search->installEventFilter(this);
+    m_list->setModel(m_matches);
+    m_list->setItemDelegate(new EntryDelegate(m_list));
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setMouseTracking(true);
+    m_list->setFocusPolicy(Qt::NoFocus);
+    m_list->setTextElideMode(Qt::ElideMiddle);
+    m_list->setAccessibleName(tr("Matches"));
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 6, 6, 6);
+    layout->addWidget(m_search);
+    layout->addWidget(m_list);
+    setFocusProxy(m_search);
+    connect(m_search, &QLineEdit::textChanged, this, &SearchPopup::search);
+    connect(m_list, &QListView::clicked, this, &SearchPopup::accept);
+    connect(m_list, &QListView::entered, m_list, &QListView::setCurrentIndex);
+}
+
+void SearchPopup::openAt(const QWidget &anchor, int row)
+{
+    m_list->setCurrentIndex(m_matches->mapFromSource(m_matches->sourceModel()->index(row, 0)));
+    resize(sizeFor(anchor));
+    const QRect screen = anchor.screen()->availableGeometry();
+    QPoint position = anchor.mapToGlobal(QPoint(0, anchor.height()));
+    if (position.y() + height() > screen.bottom()) {
+        position.setY(qMax(screen.top(), anchor.mapToGlobal(QPoint()).y() - height()));
+    }
+    position.setX(qBound(screen.left(), position.x(), qMax(screen.left(), screen.right() - width())));
+    move(position);
+    show();
+    m_search->setFocus(Qt::PopupFocusReason);
+    m_list->scrollTo(m_list->currentIndex(), QAbstractItemView::PositionAtCenter);
+}
+
+void SearchPopup::type(const QString &text)
+{
+    m_search->insert(text);
+}
+
+QSize SearchPopup::sizeFor(const QWidget &anchor) const
+{
+    int height = layout()->contentsMargins().top() + layout()->contentsMargins().bottom()
+        + layout()->spacing() + m_search->sizeHint().height() + 4;
+    for (int row = 0; row < qMin(visibleRows, m_matches->rowCount()); ++row) {
+        height += m_list->sizeHintForIndex(m_matches->index(row, 0)).height();
+    }
+    // Names measured in full would cost a text layout each: the longest by its length is close enough.
+    QString longest;
+    for (int row = 0; row < m_matches->rowCount(); ++row) {
+        const QString text = m_matches->index(row, 0).data().toString();
+        longest = text.size() > longest.size() ? text : longest;
+    }
+    const int wide
+        = fontMetrics().horizontalAdvance(longest) + m_list->verticalScrollBar()->sizeHint().width() + 36;
+    return {qBound(qMax(anchor.width(), 240), wide, 600), height};
+}
+
+void SearchPopup::search(const QString &text)
+{
+    m_matches->setFilterFixedString(text.trimmed());
+    if (!text.isEmpty() || !m_list->currentIndex().isValid()) {
+        m_list->setCurrentIndex(m_matches->index(0, 0));
+    }
+}
+
+void SearchPopup::accept(const QModelIndex &index)
+{
+    if (!index.isValid() || isSeparator(index)) {
+        return;
+    }
+    const int row = m_matches->mapToSource(index).row();
+    close();
+    Q_EMIT chosen(row);
+}
+
+void SearchPopup::moveCurrent(int rows)
+{
+    const int step = rows < 0 ? -1 : 1;
+    int target = qBound(0, m_list->currentIndex().row() + rows, qMax(0, m_matches->rowCount() - 1));
+    if (isSeparator(m_matches->index(target, 0))) {
+        target += step;
+    }
+    m_list->setCurrentIndex(m_matches->index(target, 0));
+}
+
+bool SearchPopup::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress) {
+        return QFrame::eventFilter(watched, event);
+    }
+    switch (static_cast<QKeyEvent *>(event)->key()) {
+    case Qt::Key_Down:
+        moveCurrent(1);
+        return true;
+    case Qt::Key_Up:
+        moveCurrent(-1);
+        return true;
+    case Qt::Key_PageDown:
+        moveCurrent(visibleRows - 1);
+        return true;
+    case Qt::Key_PageUp:
+        moveCurrent(1 - visibleRows);
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        accept(m_list->currentIndex());
+        return true;
+    case Qt::Key_Escape:
+    case Qt::Key_Tab:
+        close();
+        return true;
+    default:
+        return QFrame::eventFilter(watched, event);
+    }
+}
+
+} // namespace tidewright

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/SearchableComboBox.h"
+
+#include "app/KubeSplitViewController.h"
+#include "app/SearchPopup.h"
+
+#include <QKeyEvent>
+#include <QSignalBlocker>
+
+namespace tidewright {
+
+SearchableComboBox::SearchableComboBox(const QString &accessibleName, const QString &noun, QWidget *parent)
+    : QComboBox(parent)
+    , m_noun(noun)
+{
+    setAccessibleName(accessibleName);
+    // The width must not follow the longest of thousands of names.
+    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    setMinimumContentsLength(18);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+void SearchableComboBox::showList(const ChoiceList &list, const QStringList &above)
+{
+    const QSignalBlocker blocker(this);
+    if (m_popup) {
+        m_popup->close(); // its rows are those of before
+    }
+    clear();
+    if (list.loading) {
+        addItem(QStringLiteral("Loading..."));
+    } else if (!list.entries.isEmpty()) {
+        addItems(above);
+        if (!above.isEmpty()) {
+            insertSeparator(count());
+        }
+        addItems(list.entries);
+        setCurrentIndex(list.selected.isEmpty()
+                ? -1
+                : findText(list.selected, Qt::MatchFixedString | Qt::MatchCaseSensitive));
+    }
+    setToolTip(list.selected);
+    setEnabled(list.enabled);
+}
+
+QSize SearchableComboBox::minimumSizeHint() const
+{
+    return {fontMetrics().averageCharWidth() * 12, QComboBox::minimumSizeHint().height()};
+}
+
+void SearchableComboBox::showPopup()
+{
+    if (m_popup || !isEnabled() || count() == 0) {
+        return;
+    }
+    m_popup = new SearchPopup(*model(), m_noun, this);
+    connect(m_popup, &SearchPopup::chosen, this, &SearchableComboBox::choose);
+    m_popup->openAt(*this, currentIndex());
+}
+
+void SearchableComboBox::hidePopup()
+{
+    if (m_popup) {
+        m_popup->close();
+    }
+    QComboBox::hidePopup();
+}
+
+void SearchableComboBox::choose(int row)
+{
+    setCurrentIndex(row);
+    setToolTip(currentText());
+    Q_EMIT activated(row);
+    Q_EMIT textActivated(currentText());
+}
+
+void SearchableComboBox::keyPressEvent(QKeyEvent *event)
+{
+    const QString text = event->text();
+    const bool typed = !text.isEmpty() && text.front().isPrint() && event->key() != Qt::Key_Space
+        && !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Space:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_F4:
+        showPopup();
+        break;
+    default:
+        if (!typed) {
+            event->ignore();
+            break;
+        }
+        showPopup();
+        if (m_popup) {
+            m_popup->type(text);
+        }
+    }
+}
+
+void SearchableComboBox::wheelEvent(QWheelEvent *event)
+{
+    event->ignore();
+}
+
+} // namespace tidewright

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/WindowCommands.h"
+
+#include "app/ClusterToolBar.h"
+#include "app/ClusterWindowFrame.h"
+#include "app/ConsolePane.h"
+#include "app/KubeSplitViewController.h"
+#include "app/MainWindowController.h"
+#include "app/PrimaryContentController.h"
+#include "app/SearchableComboBox.h"
+#include "resources/ResourceTableView.h"
+#include "resources/SharedContentViewController.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabBar>
+
+namespace tidewright {
+
+WindowCommands::WindowCommands(ClusterWindowFrame &frame)
+    : QObject(&frame)
+    , m_frame(frame)
+{
+    buildFileMenu();
+    buildEditMenu();
+    buildViewMenu();
+    buildClusterMenu();
+    buildWindowMenu();
+    buildHelpMenu();
+}
+
+QAction *WindowCommands::add(
+    QMenu *menu, const QString &title, const QKeySequence &key, std::function<void()> command)
+{
+    QAction *action = menu->addAction(title, key, this, std::move(command));
+    action->setAutoRepeat(false);
+    return action;
+}
+
+QAction *WindowCommands::addForTable(
+    QMenu *menu, const QString &title, const QKeySequence &key, TableCommand command)
+{
+    return add(menu, title, key, [this, command] {
+        if (SharedContentViewController *table = shownTable()) {
+            (table->*command)();
+        }
+    });
+}
+
+void WindowCommands::buildFileMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&File"));
+    add(menu, tr("New &Window"), QKeySequence(tr("Ctrl+N")), [this] { Q_EMIT m_frame.newWindowRequested(); });
+    add(menu, tr("New &Tab"), QKeySequence(tr("Ctrl+T")), [this] { m_frame.addTab(); });
+    menu->addSeparator();
+    add(menu, tr("&Create from File…"), QKeySequence(tr("Ctrl+O")),
+        [this] { m_frame.currentPage()->primaryContentController().createFromFileDialog(); });
+    menu->addSeparator();
+    add(menu, tr("C&lose Tab"), QKeySequence(tr("Ctrl+W")), [this] { m_frame.closeCurrentTab(); });
+    add(menu, tr("&Quit"), QKeySequence(tr("Ctrl+Q")), [this] { Q_EMIT m_frame.quitRequested(); });
+}
+
+void WindowCommands::buildEditMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&Edit"));
+    QAction *copy = addForTable(
+        menu, tr("&Copy Name"), QKeySequence(QKeySequence::Copy), &SharedContentViewController::copyName);
+    m_delete = addForTable(
+        menu, tr("&Delete…"), QKeySequence(QKeySequence::Delete), &SharedContentViewController::deleteRows);
+    m_delete->setIconText(tr("Delete"));
+    m_delete->setToolTip(tr("Delete the selected objects (Del)"));
+    menu->addSeparator();
+    m_forTable.append(addForTable(
+        menu, tr("&Filter"), QKeySequence(QKeySequence::Find), &SharedContentViewController::selectFilter));
+    m_forRows = {copy, m_delete};
+}
+
+void WindowCommands::buildViewMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&View"));
+    m_reload = add(menu, tr("&Reload"), QKeySequence(tr("Ctrl+R")),
+        [this] { m_frame.currentPage()->primaryContentController().reloadContent(); });
+    m_reload->setToolTip(tr("Load the table again (Ctrl+R)"));
+    m_forTable.append(m_reload);
+    m_quickLook = addForTable(menu, tr("&Quick Look"), QKeySequence(Qt::Key_Space),
+        &SharedContentViewController::showQuickLookPanel);
+    m_quickLook->setToolTip(tr("Show the selected objects as YAML (Space)"));
+    m_forRows.append(m_quickLook);
+    m_stop = addForTable(
+        menu, tr("&Stop Loading"), QKeySequence(Qt::Key_Escape), &SharedContentViewController::stopLoading);
+    menu->addSeparator();
+    add(menu, tr("&Clear Console"), QKeySequence(tr("Ctrl+Shift+K")),
+        [this] { m_frame.currentPage()->windowConsoleController().clear(); });
+    menu->addSeparator();
+    m_forTabs.append(
+        add(menu, tr("&Next Tab"), QKeySequence(tr("Ctrl+PgDown")), [this] { m_frame.walkTabs(1); }));
+    m_forTabs.append(
+        add(menu, tr("&Previous Tab"), QKeySequence(tr("Ctrl+PgUp")), [this] { m_frame.walkTabs(-1); }));
+    // By key these belong to the table that has the focus; elsewhere the same keys edit or copy text.
+    for (QAction *action : std::as_const(m_forRows)) {
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    }
+}
+
+void WindowCommands::buildClusterMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&Cluster"));
+    add(menu, tr("Choose &Context…"), QKeySequence(tr("Ctrl+K")),
+        [this] { m_frame.currentPage()->toolBar().contextPopupButton()->showPopup(); });
+    add(menu, tr("Choose &Namespace…"), QKeySequence(tr("Ctrl+L")),
+        [this] { m_frame.currentPage()->toolBar().namespacesPopupButton()->showPopup(); });
+    menu->addSeparator();
+    add(menu, QStringLiteral("Reload Contexts"), QKeySequence(tr("Ctrl+Shift+C")),
+        [this] { m_frame.currentPage()->state().reloadContexts(); });
+    add(menu, QStringLiteral("Reload Namespace"), QKeySequence(tr("Ctrl+Shift+R")),
+        [this] { m_frame.currentPage()->state().reloadNamespaces(); });
+}
+
+void WindowCommands::buildWindowMenu()
+{
+    m_windowMenu = m_frame.menuBar()->addMenu(tr("&Window"));
+    add(m_windowMenu, tr("&Minimize"), QKeySequence(tr("Ctrl+M")), [this] { m_frame.showMinimized(); });
+    m_windowMenu->addSeparator();
+    connect(m_windowMenu, &QMenu::aboutToShow, this, &WindowCommands::listWindows);
+    listWindows();
+}
+
+void WindowCommands::buildHelpMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&Help"));
+    add(menu, tr("&About Tidewright"), QKeySequence(), [this] { Q_EMIT m_frame.aboutRequested(); });
+}
+
+void WindowCommands::listWindows()
+{
+    qDeleteAll(m_windows);
+    m_windows.clear();
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *frame = qobject_cast<ClusterWindowFrame *>(widget);
+        if (!frame) {
+            continue;
+        }
+        QString title = frame->windowTitle();
+        QAction *action
+            = m_windowMenu->addAction(title.replace(QLatin1Char('&'), QLatin1String("&&")), frame, [frame] {
+                  frame->show();
+                  frame->raise();
+                  frame->activateWindow();
+              });
+        action->setCheckable(true);
+        action->setChecked(frame == &m_frame);
+        m_windows.append(action);
+    }
+}
+
+QList<QAction *> WindowCommands::toolBarActions() const
+{
+    return {m_reload, m_quickLook, m_delete};
+}
+
+void WindowCommands::addTo(MainWindowController &page)
+{
+    for (SharedContentViewController *table : page.primaryContentController().tables()) {
+        table->addActions(m_forRows);
+    }
+}
+
+SharedContentViewController *WindowCommands::shownTable() const
+{
+    const MainWindowController *page = m_frame.currentPage();
+    return page ? page->primaryContentController().shownTable() : nullptr;
+}
+
+void WindowCommands::updateEnabled()
+{
+    const SharedContentViewController *table = shownTable();
+    const bool hasRows = table && !table->chosenNames().isEmpty();
+    for (QAction *action : std::as_const(m_forRows)) {
+        action->setEnabled(hasRows);
+    }
+    for (QAction *action : std::as_const(m_forTable)) {
+        action->setEnabled(table);
+    }
+    m_stop->setEnabled(table && table->isLoading());
+    for (QAction *action : std::as_const(m_forTabs)) {
+        action->setEnabled(m_frame.tabBar()->count() > 1);
+    }
+}
+
+} // namespace tidewright

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QKeySequence>
+#include <QObject>
+
+#include <functional>
+
+class QAction;
+class QMenu;
+
+namespace tidewright {
+
+class ClusterWindowFrame;
+class MainWindowController;
+class PrimaryContentController;
+class SharedContentViewController;
+
+/// The commands of one top-level window, in its menu bar: they act on the tab and the table that are shown.
+class WindowCommands : public QObject
+{
+    Q_OBJECT
+public:
+    /// Fills the menu bar of `frame`, which owns it.
+    explicit WindowCommands(ClusterWindowFrame &frame);
+
+    /// The commands that have a button in the toolbar.
+    QList<QAction *> toolBarActions() const;
+    /// Makes the commands on rows work by key while a table of `page` has the keyboard focus.
+    void addTo(MainWindowController &page);
+    void updateEnabled();
+
+private:
+    using TableCommand = void (SharedContentViewController::*)();
+
+    void buildFileMenu();
+    void buildEditMenu();
+    void buildViewMenu();
+    void buildClusterMenu();
+    void buildWindowMenu();
+    void buildHelpMenu();
+    void listWindows();
+    QAction *add(QMenu *menu, const QString &title, const QKeySequence &key, std::function<void()> command);
+    QAction *addForTable(QMenu *menu, const QString &title, const QKeySequence &key, TableCommand command);
+    SharedContentViewController *shownTable() const;
+
+    ClusterWindowFrame &m_frame;
+    QList<QAction *> m_forRows; ///< need chosen rows, and the focus in the table when they come by key
+    QList<QAction *> m_forTable;
+    QAction *m_reload = nullptr;
+    QAction *m_quickLook = nullptr;
+    QAction *m_delete = nullptr;
+    QAction *m_stop = nullptr;
+    QList<QAction *> m_forTabs;
+    QMenu *m_windowMenu = nullptr;
+    QList<QAction *> m_windows;
+};
+
+} // namespace tidewright

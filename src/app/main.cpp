@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+
+#include <QApplication>
+#include <QMessageBox>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+/// Says on standard error, and on the screen when there is one, why the application cannot start.
+int refuseToStart(QApplication &application, const QString &reason)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(reason));
+    const QString platform = QGuiApplication::platformName();
+    if (platform == QLatin1String("offscreen") || platform == QLatin1String("minimal")) {
+        return EXIT_FAILURE;
+    }
+    QMessageBox box(QMessageBox::Critical, QStringLiteral("Tidewright"), reason, QMessageBox::Close);
+    box.open();
+    application.exec();
+    return EXIT_FAILURE;
+}
+
+int runApplication(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Tidewright"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.brindle.Tidewright"));
+    tidewright::AppDelegate delegate;
+    const QString obstacle = delegate.startUp();
+    if (!obstacle.isEmpty()) {
+        return refuseToStart(application, obstacle);
+    }
+    delegate.applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    delegate.applicationWillTerminate();
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const int status = runApplication(argc, argv);
+    // Worker threads may still be blocked, and nobody waits for them: no destructor of the process may run
+    // under them.
+    std::fflush(nullptr);
+    std::_Exit(status);
+}

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QList>
+#include <QStringList>
+#include <QWidget>
+
+namespace tidewright {
+
+class ContainerButton;
+
+/// A cell of the containers column: the buttons of one pod's containers, in ascending order of their names.
+class TableButtonView : public QWidget
+{
+    Q_OBJECT
+public:
+    TableButtonView(const QString &pod, const QStringList &containers, QWidget *parent);
+
+    const QString &pod() const { return m_pod; }
+    /// The container list for which this cell was built, in kubectl's order.
+    const QStringList &containers() const { return m_containers; }
+    const QList<ContainerButton *> &buttons() const { return m_buttons; }
+    bool hasCheckedButton() const;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    const QString m_pod;
+    const QStringList m_containers;
+    QList<ContainerButton *> m_buttons;
+};
+
+} // namespace tidewright

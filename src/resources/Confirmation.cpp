@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/Confirmation.h"
+
+#include <QApplication>
+#include <QGridLayout>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace tidewright {
+
+void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
+    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion)
+{
+    QWidget *window = view ? view->window() : QApplication::activeWindow();
+    if (!window) {
+        return;
+    }
+    auto *box = new QMessageBox(QMessageBox::Warning, QString(), title, QMessageBox::NoButton, window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->setTextFormat(Qt::PlainText);
+    box->setInformativeText(message);
+    QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
+    box->setDefaultButton(first);
+    if (!secondButton.isEmpty()) {
+        QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
+        box->setDefaultButton(second);
+        box->setEscapeButton(second);
+    }
+    if (accessory) {
+        auto *grid = qobject_cast<QGridLayout *>(box->layout());
+        grid->addWidget(accessory, grid->rowCount(), 0, 1, grid->columnCount());
+    }
+    QObject::connect(box, &QMessageBox::finished, box,
+        [box, first, completion = std::move(completion)] { completion(box->clickedButton() == first); });
+    box->open();
+}
+
+} // namespace tidewright

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/CreateFromFiles.h"
+
+#include "platform/MainQueue.h"
+#include "resources/WindowState.h"
+
+namespace tidewright {
+
+namespace {
+
+/// kubectl reads the value of -f as one record of comma-separated values.
+QString asListElement(QString path)
+{
+    if (path.contains(QLatin1Char(',')) || path.contains(QLatin1Char('"'))) {
+        path.replace(QLatin1Char('"'), QLatin1String("\"\""));
+        return QLatin1Char('"') + path + QLatin1Char('"');
+    }
+    return path;
+}
+
+} // namespace
+
+void createFromFiles(WindowState &window, const QStringList &paths, std::function<void()> finished)
+{
+    if (paths.isEmpty()) {
+        return;
+    }
+    QStringList elements;
+    for (const QString &path : paths) {
+        elements.append(asListElement(path));
+    }
+    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("create"),
+        QStringLiteral("--context"), window.currentContext(), QStringLiteral("-n"), window.currentNamespace(),
+        QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
+    window.kubeCtl().makeShell()->runAsync(arguments, true, window.console(),
+        [receiver = QPointer<WindowState>(&window), finished = std::move(finished)](
+            const ShellResult &) { postToMain(receiver, [finished](WindowState &) { finished(); }); });
+}
+
+} // namespace tidewright

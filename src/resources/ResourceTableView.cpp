@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/ResourceTableView.h"
+
+#include "resources/RowDelegate.h"
+
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QMenu>
+#include <QPainter>
+
+namespace tidewright {
+
+ResourceTableView::ResourceTableView(ArrangingModel &model, QWidget *parent)
+    : QTableView(parent)
+    , m_model(model)
+{
+    setModel(&model);
+    setItemDelegate(new RowDelegate(this));
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setWordWrap(false);
+    setShowGrid(false);
+    setAlternatingRowColors(true);
+    setFrameShape(QFrame::NoFrame);
+    setTabKeyNavigation(false);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
+    setUpHeader();
+    connect(&model, &QAbstractItemModel::layoutChanged, this, &ResourceTableView::announceVisibleRows);
+    connect(&model, &QAbstractItemModel::rowsInserted, this, &ResourceTableView::announceVisibleRows);
+    connect(&model, &QAbstractItemModel::rowsRemoved, this, &ResourceTableView::announceVisibleRows);
+    connect(&model, &QAbstractItemModel::modelReset, this, &ResourceTableView::announceVisibleRows);
+    connect(&model, &QAbstractItemModel::dataChanged, this, &ResourceTableView::announceVisibleRows);
+}
+
+void ResourceTableView::setUpHeader()
+{
+    QHeaderView *header = horizontalHeader();
+    header->setHighlightSections(false);
+    header->setStretchLastSection(true);
+    header->setSectionsMovable(true);
+    header->setMinimumSectionSize(40);
+    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    header->setSortIndicatorClearable(true);
+    header->setSortIndicator(-1, Qt::AscendingOrder); // rows stand as they came until the user sorts
+    setSortingEnabled(true);
+    header->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(header, &QWidget::customContextMenuRequested, this, &ResourceTableView::showHeaderMenu);
+}
+
+void ResourceTableView::setEmptyText(const QString &sentence, const QString &details)
+{
+    if (m_emptySentence == sentence && m_emptyDetails == details) {
+        return;
+    }
+    m_emptySentence = sentence;
+    m_emptyDetails = details;
+    setAccessibleDescription(m_model.rowCount() == 0 ? sentence + QLatin1Char('\n') + details : QString());
+    viewport()->update();
+}
+
+std::pair<int, int> ResourceTableView::visibleRows() const
+{
+    const int rows = m_model.rowCount();
+    if (rows == 0) {
+        return {-1, -1};
+    }
+    const int first = rowAt(0);
+    const int last = rowAt(viewport()->height() - 1);
+    return {first < 0 ? 0 : first, last < 0 ? rows - 1 : last};
+}
+
+void ResourceTableView::contextMenuEvent(QContextMenuEvent *event)
+{
+    const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
+    m_clickedRow = byMouse ? QPersistentModelIndex(indexAt(event->pos())) : QPersistentModelIndex();
+    viewport()->update();
+    Q_EMIT contextMenuRequested(
+        byMouse ? event->globalPos() : viewport()->mapToGlobal(visualRect(currentIndex()).bottomLeft()));
+    m_clickedRow = QPersistentModelIndex();
+    viewport()->update();
+}
+
+void ResourceTableView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::RightButton) {
+        QTableView::mousePressEvent(event);
+    }
+}
+
+void ResourceTableView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Space) {
+        event->ignore(); // belongs to the preview, not to the selection
+    } else {
+        QTableView::keyPressEvent(event);
+    }
+}
+
+void ResourceTableView::paintEvent(QPaintEvent *event)
+{
+    QTableView::paintEvent(event);
+    if (m_model.rowCount() == 0) {
+        paintEmptyText();
+    } else if (m_clickedRow.isValid()) {
+        paintClickedRow();
+    }
+}
+
+void ResourceTableView::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    announceVisibleRows();
+}
+
+void ResourceTableView::resizeEvent(QResizeEvent *event)
+{
+    QTableView::resizeEvent(event);
+    announceVisibleRows();
+}
+
+/// Once per turn of the event loop, after the view has settled, however many changes there were.
+void ResourceTableView::announceVisibleRows()
+{
+    if (!std::exchange(m_announced, true)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_announced = false;
+                Q_EMIT visibleRowsChanged();
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+void ResourceTableView::showHeaderMenu(const QPoint &position)
+{
+    QMenu menu;
+    for (int column = 0; column < m_model.columnCount(); ++column) {
+        QAction *action = menu.addAction(m_model.headerData(column, Qt::Horizontal).toString());
+        action->setCheckable(true);
+        action->setChecked(!isColumnHidden(column));
+        action->setEnabled(column != 0); // a row without its name is of no use
+        connect(action, &QAction::toggled, this, [this, column](bool shown) { setColumnHidden(column, !shown); });
+    }
+    menu.exec(horizontalHeader()->mapToGlobal(position));
+}
+
+void ResourceTableView::paintEmptyText()
+{
+    QPainter painter(viewport());
+    const QRect area = viewport()->rect().adjusted(24, 24, -24, -24);
+    QFont headline = font();
+    headline.setPointSizeF(headline.pointSizeF() * 1.15);
+    painter.setFont(headline);
+    painter.setPen(palette().color(QPalette::WindowText));
+    const QRect used = painter.boundingRect(
+        area, Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap, m_emptySentence);
+    painter.drawText(used, Qt::AlignHCenter | Qt::TextWordWrap, m_emptySentence);
+    painter.setFont(font());
+    painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText));
+    const QRect below(area.left(), used.bottom() + 8, area.width(), qMax(0, area.bottom() - used.bottom() - 8));
+    painter.drawText(below, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, m_emptyDetails);
+}
+
+void ResourceTableView::paintClickedRow()
+{
+    QPainter painter(viewport());
+    QRect row = visualRect(m_clickedRow);
+    row.setLeft(0);
+    row.setRight(viewport()->width() - 1);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.drawRect(row.adjusted(1, 1, -1, -1));
+}
+
+} // namespace tidewright

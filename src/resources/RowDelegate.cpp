@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/RowDelegate.h"
+
+#include "resources/NamedImages.h"
+#include "resources/ResourceTableModel.h"
+
+namespace tidewright {
+
+void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (const QString image = index.data(ResourceTableModel::ImageNameRole).toString(); !image.isEmpty()) {
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->icon = namedImage(image);
+        option->decorationSize = QSize(12, 12);
+    }
+    const QColor colour = namedColour(index.data(ResourceTableModel::ColourNameRole).toString());
+    if (colour.isValid() && !(option->state & QStyle::State_Selected)) {
+        option->palette.setColor(QPalette::Text, colour);
+    }
+}
+
+void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    QStyleOptionViewItem cell(option);
+    cell.state &= ~QStyle::State_HasFocus; // the row is the unit; a frame around one cell only distracts
+    QStyledItemDelegate::paint(painter, cell, index);
+}
+
+} // namespace tidewright

@@ -1,0 +1,492 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/SharedContentViewController.h"
+
+#include "platform/Diagnostics.h"
+#include "platform/MainQueue.h"
+#include "resources/Confirmation.h"
+#include "resources/PreviewFiles.h"
+#include "resources/PreviewPanel.h"
+#include "resources/ResourceTableView.h"
+#include "resources/TableStatusBar.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMenu>
+#include <QProgressBar>
+#include <QRegularExpression>
+#include <QVBoxLayout>
+
+namespace tidewright {
+
+namespace {
+
+constexpr std::chrono::seconds refreshInterval(30);
+constexpr std::chrono::seconds reloadDelay(1);
+constexpr std::chrono::milliseconds progressDelay(300); // a quick refresh does not flicker
+
+QString firstLine(const QString &text)
+{
+    return text.trimmed().section(QLatin1Char('\n'), 0, 0);
+}
+
+/// kubectl writes log lines for its developers ("E1122 21:14:24.176194 12847 memcache.go:265] ...") before the sentence
+/// for its user. That sentence comes first here; the log lines follow once each, without their time.
+QString sentenceFirst(const QString &errorText)
+{
+    static const QRegularExpression logLine(QStringLiteral(R"(^[EWIF]\d{4} [\d:.]+\s+\d+ [^\]]*\] ?)"));
+    QStringList sentences;
+    QStringList logged;
+    for (const QString &line : errorText.trimmed().split(QLatin1Char('\n'))) {
+        const auto match = logLine.match(line);
+        (match.hasMatch() ? logged : sentences).append(line.mid(match.capturedLength()));
+    }
+    logged.removeDuplicates();
+    return (sentences + logged).join(QLatin1Char('\n'));
+}
+
+} // namespace
+
+SharedContentViewController::SharedContentViewController(ResourceKind kind, WindowState &window, QWidget *parent)
+    : QWidget(parent)
+    , m_window(window)
+    , m_model(new ResourceTableModel(std::move(kind), this))
+    , m_arranged(new ArrangingModel(*m_model, this))
+    , m_pipeline(new ListingPipeline(*m_model, this))
+    , m_tableView(new ResourceTableView(*m_arranged))
+    , m_statusBar(new TableStatusBar)
+    , m_previews(std::make_unique<PreviewFiles>())
+{
+    m_tableView->setAccessibleName(this->kind().tableName);
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        m_tableView->setColumnWidth(column, this->kind().columns[static_cast<std::size_t>(column)].width);
+    }
+    buildLayout();
+    m_timer.setInterval(refreshInterval);
+    connect(&m_timer, &QTimer::timeout, this, &SharedContentViewController::refresh);
+    connectParts();
+    updateStatus();
+}
+
+SharedContentViewController::~SharedContentViewController() = default;
+
+void SharedContentViewController::buildLayout()
+{
+    m_progress = new QProgressBar;
+    m_progress->setRange(0, 0);
+    m_progress->setTextVisible(false);
+    m_progress->setFixedHeight(3);
+    QSizePolicy kept = m_progress->sizePolicy();
+    kept.setRetainSizeWhenHidden(true);
+    m_progress->setSizePolicy(kept);
+    m_progress->hide();
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_progress);
+    layout->addWidget(m_tableView, 1);
+    layout->addWidget(m_statusBar);
+    setFocusProxy(m_tableView);
+}
+
+void SharedContentViewController::connectParts()
+{
+    connect(m_pipeline, &ListingPipeline::loadingChanged, this, [this](bool loading) {
+        if (loading) {
+            m_progressDelay.start();
+        } else {
+            m_progressDelay.stop();
+            m_progress->hide();
+        }
+        m_statusBar->setLoadingSince(m_pipeline->loadingSince());
+        updateStatus();
+        Q_EMIT loadingChanged(loading);
+    });
+    m_progressDelay.setSingleShot(true);
+    m_progressDelay.setInterval(progressDelay);
+    connect(&m_progressDelay, &QTimer::timeout, m_progress, &QWidget::show);
+    connect(m_pipeline, &ListingPipeline::rowsChanged, this, [this] {
+        updateStatus();
+        rowsChanged();
+    });
+    connect(m_pipeline, &ListingPipeline::finished, this, &SharedContentViewController::applyOutcome);
+    connect(m_statusBar, &TableStatusBar::stopRequested, this, &SharedContentViewController::stopLoading);
+    connect(m_tableView, &ResourceTableView::contextMenuRequested, this,
+        &SharedContentViewController::showContextMenu);
+    connect(m_tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        updateStatus();
+        Q_EMIT selectionChanged();
+        PreviewPanel::shared().selectionChanged(*this);
+    });
+}
+
+void SharedContentViewController::setFilter(const QString &text)
+{
+    m_arranged->setFilter(text);
+    updateStatus();
+}
+
+void SharedContentViewController::setFilterField(QLineEdit *field)
+{
+    m_filterField = field;
+}
+
+void SharedContentViewController::reload()
+{
+    loadContent(true);
+}
+
+void SharedContentViewController::reloadLogging(bool logToConsole)
+{
+    loadContent(logToConsole);
+}
+
+void SharedContentViewController::clearAndReload(bool logToConsole, int niceness)
+{
+    m_rowsAsOf = QDateTime();
+    m_problem.clear();
+    m_pipeline->clear();
+    rowsChanged();
+    m_niceness = niceness;
+    loadContent(logToConsole);
+    m_niceness = 0;
+}
+
+void SharedContentViewController::reloadContent()
+{
+    loadContent(true);
+}
+
+void SharedContentViewController::loadContent(bool logToConsole)
+{
+    startLoad(logToConsole, false);
+}
+
+void SharedContentViewController::refresh()
+{
+    m_model->refreshColumn(QStringLiteral("age"));
+    if (!m_pipeline->hasUnattendedLoad()) {
+        startLoad(false, true);
+    }
+}
+
+void SharedContentViewController::startLoad(bool logToConsole, bool unattended)
+{
+    if (kind().listWord.isEmpty()) {
+        writeDiagnostic(QStringLiteral("loadContent() requires override"));
+        return;
+    }
+    if (m_window.currentNamespace().isEmpty()) {
+        updateStatus(); // kubectl could only complain; the table says that a namespace must be chosen
+        return;
+    }
+    const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
+    shell->niceness = m_niceness;
+    m_pipeline->load(shell, listingArguments(), logToConsole, unattended);
+    m_statusBar->setLoadingSince(m_pipeline->loadingSince());
+}
+
+QStringList SharedContentViewController::listingArguments() const
+{
+    return QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), kind().listWord,
+               contextArgument(m_window.currentContext()), namespaceArgument(m_window.currentNamespace())}
+        + kind().outputArguments;
+}
+
+void SharedContentViewController::applyOutcome(const LoadOutcome &outcome)
+{
+    m_statusBar->setLoadingSince(QDateTime());
+    if (outcome.stopped) {
+        m_problem = tr("Loading was stopped.");
+        if (m_rowsAsOf.isValid()) {
+            m_problem += QLatin1Char('\n') + tr("The rows are those of an earlier load.");
+        }
+    } else {
+        m_rowsAsOf = outcome.startedAt;
+        m_problem = problemOf(outcome);
+    }
+    updateStatus();
+    Q_EMIT loadFinished();
+}
+
+QString SharedContentViewController::problemOf(const LoadOutcome &outcome)
+{
+    if (outcome.error) {
+        const QString text = sentenceFirst(*outcome.error);
+        return text.isEmpty() ? tr("kubectl failed without saying why.") : text;
+    }
+    if (outcome.signal) {
+        return tr("kubectl was ended by signal %1 before it had finished: rows may be missing.").arg(*outcome.signal);
+    }
+    if (outcome.skippedLines > 0) {
+        return tr("%1 of %2 lines of the listing could not be read.\nThe first of them: %3")
+            .arg(outcome.skippedLines)
+            .arg(outcome.lines)
+            .arg(outcome.firstSkippedLine);
+    }
+    return {};
+}
+
+void SharedContentViewController::updateStatus()
+{
+    const int shown = m_arranged->rowCount();
+    const auto all = static_cast<int>(tableItems().size());
+    const QLocale locale;
+    const QString noun = kind().tableName.toLower();
+    QString counts = shown == all
+        ? tr("%1 %2").arg(locale.toString(all), all == 1 ? kind().humanReadableResourceName : noun)
+        : tr("%1 of %2 %3").arg(locale.toString(shown), locale.toString(all), noun);
+    if (const auto selected = m_tableView->selectionModel()->selectedRows().size(); selected > 0) {
+        counts += QStringLiteral("  ·  ") + tr("%1 selected").arg(locale.toString(selected));
+    }
+    m_statusBar->setCounts(counts);
+    m_statusBar->setAsOf(m_rowsAsOf);
+    m_statusBar->setWarning(shown > 0 ? firstLine(m_problem) : QString(), m_problem);
+    const QString reason = shown > 0 ? QString() : emptyReason();
+    m_tableView->setEmptyText(firstLine(reason), reason.section(QLatin1Char('\n'), 1));
+}
+
+/// Why there is nothing to see: a sentence, and further lines of details.
+QString SharedContentViewController::emptyReason() const
+{
+    const QString noun = kind().tableName.toLower();
+    if (!tableItems().empty()) {
+        return tr("No %1 match “%2”.").arg(noun, filter());
+    }
+    if (isLoading()) {
+        return tr("Loading %1…").arg(noun);
+    }
+    if (m_window.currentNamespace().isEmpty()) {
+        return tr("No namespace is chosen.");
+    }
+    if (m_rowsAsOf.isValid() && !m_problem.isEmpty()) {
+        return tr("The %1 could not be loaded.").arg(noun) + QLatin1Char('\n') + m_problem;
+    }
+    if (!m_problem.isEmpty()) {
+        return m_problem;
+    }
+    if (!m_rowsAsOf.isValid()) {
+        return tr("The %1 have not been loaded yet.").arg(noun);
+    }
+    if (!kind().namespaced) {
+        return tr("No %1 in this cluster.").arg(noun);
+    }
+    return m_window.currentNamespace() == allNamespaces
+        ? tr("No %1 in any namespace.").arg(noun)
+        : tr("No %1 in namespace %2.").arg(noun, m_window.currentNamespace());
+}
+
+QModelIndexList SharedContentViewController::selectedRows() const
+{
+    QModelIndexList rows = m_tableView->selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+QStringList SharedContentViewController::chosenNames() const
+{
+    if (const int clicked = m_tableView->clickedRow(); clicked >= 0) {
+        return {m_arranged->arrangedRow(clicked)->name};
+    }
+    QStringList names;
+    for (const QModelIndex &index : selectedRows()) {
+        names.append(m_arranged->arrangedRow(index.row())->name);
+    }
+    return names;
+}
+
+void SharedContentViewController::selectFilter()
+{
+    if (m_filterField) {
+        m_filterField->setFocus(Qt::ShortcutFocusReason);
+        m_filterField->selectAll();
+    }
+}
+
+void SharedContentViewController::copyName()
+{
+    if (const QStringList names = chosenNames(); !names.isEmpty()) {
+        QApplication::clipboard()->setText(names.first());
+    }
+}
+
+void SharedContentViewController::editConfiguration()
+{
+    const QStringList names = chosenNames();
+    if (names.isEmpty() || !m_window.canEdit()) {
+        return;
+    }
+    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
+        m_window.currentNamespace(), kind().resourceName, names.first(), QStringLiteral("-o"),
+        QStringLiteral("yaml")};
+    m_window.startExternalEdit(arguments, [self = QPointer(this)] {
+        postToMain(self, [](SharedContentViewController &table) { table.reloadSoon(); });
+    });
+}
+
+void SharedContentViewController::deleteRows()
+{
+    const QStringList names = chosenNames();
+    if (names.isEmpty()) {
+        return;
+    }
+    const QString message = names.size() == 1
+        ? QStringLiteral("Are you sure you want to delete the %1 \"%2\"?")
+              .arg(kind().humanReadableResourceName, names.first())
+        : QStringLiteral("Are you sure you want to delete %1 %2s?")
+              .arg(names.size())
+              .arg(kind().humanReadableResourceName);
+    showConfirmation(this, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
+        QStringLiteral("Cancel"), nullptr,
+        [self = QPointer(this), names, context = m_window.currentContext(),
+            nameSpace = m_window.currentNamespace()](bool confirmed) {
+            if (self && confirmed) {
+                self->deleteNow(names, context, nameSpace);
+            }
+        });
+}
+
+/// Deletes what the user saw in the given context and namespace, and nothing anywhere else: kubectl takes both from the
+/// kubeconfig here, so that must name them when the command starts.
+void SharedContentViewController::deleteNow(
+    const QStringList &names, const QString &context, const QString &nameSpace)
+{
+    const QString refusal = QStringLiteral("Nothing was deleted: ");
+    if (kind().namespaced && nameSpace == allNamespaces) {
+        postConsoleEntry(m_window.console(), QString(), QString(),
+            makeConsoleError(refusal + tr("choose a namespace first. While all namespaces are shown, kubectl cannot "
+                                          "tell which of them a %1 is in.")
+                                           .arg(kind().humanReadableResourceName)));
+        return;
+    }
+    m_window.agreeWithKubeConfig([self = QPointer(this), names, context, nameSpace, refusal](bool agreed) {
+        if (!self || !agreed) {
+            return;
+        }
+        WindowState &window = self->m_window;
+        if (window.currentContext() != context || window.currentNamespace() != nameSpace) {
+            postConsoleEntry(window.console(), QString(), QString(),
+                makeConsoleError(refusal + tr("the window shows another context or namespace by now.")));
+            return;
+        }
+        window.kubeCtl().makeShell()->runAsync(
+            QStringList{QStringLiteral("kubectl"), QStringLiteral("delete"), self->kind().resourceName} + names, true,
+            nullptr, [self](const ShellResult &) {
+                postToMain(self, [](SharedContentViewController &table) { table.reloadSoon(); });
+            });
+    });
+}
+
+void SharedContentViewController::reloadSoon()
+{
+    QTimer::singleShot(reloadDelay, this, [this] { loadContent(false); });
+}
+
+void SharedContentViewController::showQuickLookPanel()
+{
+    if (const int clicked = m_tableView->clickedRow(); clicked >= 0 && selectedRows().isEmpty()) {
+        m_tableView->selectRow(clicked);
+    }
+    PreviewPanel::shared().present(*this, *this);
+}
+
+void SharedContentViewController::stopLoading()
+{
+    m_pipeline->stop();
+}
+
+int SharedContentViewController::numberOfPreviewItems() const
+{
+    return static_cast<int>(selectedRows().size());
+}
+
+QString SharedContentViewController::previewItemTitle(int index) const
+{
+    const QModelIndexList rows = selectedRows();
+    return index < rows.size() ? m_arranged->arrangedRow(rows.at(index).row())->name : QString();
+}
+
+void SharedContentViewController::loadPreviewItem(int index, PreviewReady ready)
+{
+    const QString name = previewItemTitle(index);
+    const QString path = PreviewFiles::pathFor(m_window.currentNamespace(), name);
+    if (const auto recent = m_previews->recent(path)) {
+        ready(recent, QString());
+        return;
+    }
+    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
+        m_window.currentNamespace(), kind().resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
+    m_window.kubeCtl().makeShell()->runAsync(arguments, false, nullptr,
+        [self = QPointer(this), name, path, ready = std::move(ready)](const ShellResult &result) {
+            postToMain(self, [name, path, ready, result](SharedContentViewController &table) {
+                if (result.error) {
+                    ready(std::nullopt, *result.error);
+                } else {
+                    ready(table.m_previews->store(path, name, result.output), QString());
+                }
+            });
+        });
+}
+
+void SharedContentViewController::movePreviewSelection(int rows)
+{
+    const QModelIndexList selected = selectedRows();
+    const int target = selected.isEmpty() ? 0 : selected.first().row() + rows;
+    if (target >= 0 && target < m_arranged->rowCount()) {
+        m_tableView->selectRow(target);
+    }
+}
+
+void SharedContentViewController::showContextMenu(const QPoint &position)
+{
+    const bool hasRow = !chosenNames().isEmpty();
+    QMenu menu;
+    const auto add = [&](const QString &title, auto slot, bool enabled) {
+        QAction *action = menu.addAction(title, this, slot);
+        action->setEnabled(enabled);
+        return action;
+    };
+    add(QStringLiteral("Copy Name"), &SharedContentViewController::copyName, hasRow);
+    add(QStringLiteral("Quick Look"), &SharedContentViewController::showQuickLookPanel, hasRow);
+    if (m_window.canEdit()) {
+        add(QStringLiteral("Edit Configuration"), &SharedContentViewController::editConfiguration, hasRow);
+    }
+    extendContextMenu(menu);
+    menu.addSeparator();
+    add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow);
+    menu.addSeparator();
+    add(QStringLiteral("Reload"), &SharedContentViewController::reloadContent, true);
+    menu.exec(position);
+}
+
+void SharedContentViewController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Whoever walks through the sidebar with the keyboard wants to stay there.
+    const QWidget *focused = window()->focusWidget();
+    if (!focused || !focused->property("keepsKeyboardFocus").toBool()) {
+        m_tableView->setFocus();
+    }
+    if (!m_timer.isActive()) {
+        m_timer.start();
+    }
+}
+
+void SharedContentViewController::hideEvent(QHideEvent *event)
+{
+    m_timer.stop();
+    QWidget::hideEvent(event);
+}
+
+void SharedContentViewController::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && isLoading()) {
+        stopLoading();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+} // namespace tidewright

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/ArrangingModel.h"
+#include "resources/ListingPipeline.h"
+#include "resources/PreviewSource.h"
+#include "resources/WindowState.h"
+
+#include <QDateTime>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+
+class QLineEdit;
+class QMenu;
+class QProgressBar;
+
+namespace tidewright {
+
+class PreviewFiles;
+class ResourceTableView;
+class TableStatusBar;
+
+/// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load cycle that
+/// runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs commands of its own
+/// derives from it. Main thread only.
+class SharedContentViewController : public QWidget, public PreviewSource
+{
+    Q_OBJECT
+public:
+    /// `window` must outlive the controller.
+    SharedContentViewController(ResourceKind kind, WindowState &window, QWidget *parent = nullptr);
+    ~SharedContentViewController() override;
+
+    const ResourceKind &kind() const { return m_model->kind(); }
+    const Rows &tableItems() const { return m_model->tableItems(); }
+    ArrangingModel &arrangedObjects() const { return *m_arranged; }
+    ResourceTableView &tableView() const { return *m_tableView; }
+    WindowState &kubeSplitViewController() const { return m_window; }
+
+    /// True from the start of a load until its rows are shown.
+    bool isLoading() const { return m_pipeline->isLoading(); }
+    /// The moment to which the shown rows are known to be true (the start of the load they came with); invalid before
+    /// the first one.
+    QDateTime rowsAsOf() const { return m_rowsAsOf; }
+    /// Why the table is empty or incomplete, the first line being a sentence; empty when all is well.
+    QString problem() const { return m_problem; }
+
+    QString filter() const { return m_arranged->filter(); }
+    void setFilter(const QString &text);
+    /// The field that `selectFilter` moves the keyboard focus to.
+    void setFilterField(QLineEdit *field);
+
+    // What the tab container and the window drive every table by.
+    void reload();
+    void reloadLogging(bool logToConsole);
+    /// Empties the table at once and loads it; loads under way are ended, their rows never appear. A niceness above 0
+    /// lets kubectl runs of tables that nobody looks at yield to the visible one.
+    void clearAndReload(bool logToConsole, int niceness = 0);
+
+    /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in display order.
+    QStringList chosenNames() const;
+
+    // The preview panel's data source.
+    int numberOfPreviewItems() const override;
+    QString previewItemTitle(int index) const override;
+    void loadPreviewItem(int index, PreviewReady ready) override;
+    void movePreviewSelection(int rows) override;
+
+public Q_SLOTS:
+    void reloadContent();
+    void selectFilter();
+    void copyName();
+    void editConfiguration();
+    void deleteRows();
+    void showQuickLookPanel();
+    /// Ends the loads under way; the rows stay as they are.
+    void stopLoading();
+
+Q_SIGNALS:
+    void loadingChanged(bool loading);
+    void selectionChanged();
+    /// A load has ended, one way or another, and what it brought is shown.
+    void loadFinished();
+
+protected:
+    /// Starts one load: kubectl, merge, apply.
+    virtual void loadContent(bool logToConsole);
+    /// The rows of a load, or of a clearing, are in the model now.
+    virtual void rowsChanged() {}
+    /// Adds a kind's own commands to the menu of a row.
+    virtual void extendContextMenu(QMenu &) {}
+
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+    /// Loads again one second from now, for the time after a change to the cluster.
+    void reloadSoon();
+    QModelIndexList selectedRows() const;
+
+private:
+    void buildLayout();
+    void connectParts();
+    void refresh();
+    void startLoad(bool logToConsole, bool unattended);
+    QStringList listingArguments() const;
+    void applyOutcome(const LoadOutcome &outcome);
+    static QString problemOf(const LoadOutcome &outcome);
+    void updateStatus();
+    void showContextMenu(const QPoint &position);
+    void deleteNow(const QStringList &names, const QString &context, const QString &nameSpace);
+    QString emptyReason() const;
+
+    WindowState &m_window;
+    ResourceTableModel *m_model;
+    ArrangingModel *m_arranged;
+    ListingPipeline *m_pipeline;
+    ResourceTableView *m_tableView;
+    TableStatusBar *m_statusBar;
+    QProgressBar *m_progress = nullptr;
+    QPointer<QLineEdit> m_filterField;
+    QTimer m_timer;
+    QTimer m_progressDelay;
+    QDateTime m_rowsAsOf;
+    QString m_problem;
+    int m_niceness = 0; // of the kubectl runs of the load that is being started
+    std::unique_ptr<PreviewFiles> m_previews;
+};
+
+} // namespace tidewright
