@@ -4,19 +4,30 @@ find_package(Qt6 REQUIRED COMPONENTS Test)
 set(TIDEWRIGHT_TEST_KUBECTL_OLD "" CACHE FILEPATH "Debian's older kubectl, run by the tests beside the packaged one")
 set(TIDEWRIGHT_TEST_TIMEOUT 120 CACHE STRING "Seconds that one test executable may take")
 
-# tidewright_add_test(NAME tst_x SOURCES ... LIBS ...)
+# Every test executable with the label threads: what the build with ThreadSanitizer needs.
+add_custom_target(threaded_tests)
+
+# tidewright_add_test(NAME tst_x SOURCES ... LIBS ... [DEFINITIONS ...] [LABELS ...] [CHECK_LEAKS])
 # One Qt Test executable beside the program's own, so that look-ups in the package tree find the same files.
+# CHECK_LEAKS also lets AddressSanitizer look for leaks: for tests without windows, whose libraries keep none.
 function(tidewright_add_test)
-    cmake_parse_arguments(ARG "" "NAME" "SOURCES;LIBS;DEFINITIONS;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "CHECK_LEAKS" "NAME" "SOURCES;LIBS;DEFINITIONS;LABELS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} Qt6::Test tidewright_options)
     target_compile_definitions(${ARG_NAME} PRIVATE ${ARG_DEFINITIONS})
     add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
+    if("threads" IN_LIST ARG_LABELS)
+        add_dependencies(threaded_tests ${ARG_NAME})
+    endif()
+    set(detect_leaks 0)
+    if(ARG_CHECK_LEAKS)
+        set(detect_leaks 1)
+    endif()
     set(environment
         "QT_QPA_PLATFORM=offscreen"
         "TIDEWRIGHT_TEST_KUBECTL=${TIDEWRIGHT_LIBEXEC}/kubectl"
         "TIDEWRIGHT_TEST_KUBECTL_OLD=${TIDEWRIGHT_TEST_KUBECTL_OLD}"
-        "ASAN_OPTIONS=detect_leaks=0:abort_on_error=0"
+        "ASAN_OPTIONS=detect_leaks=${detect_leaks}:abort_on_error=0"
         "UBSAN_OPTIONS=print_stacktrace=1"
         "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:halt_on_error=1")
     set_tests_properties(${ARG_NAME} PROPERTIES

@@ -2,11 +2,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # The part of screenshot.sh that needs the session bus: PROGRAM IMAGE.png
 set -euo pipefail
-arguments=()
 if [[ ${PALETTE:-light} == dark ]]; then
-    export QT_QPA_PLATFORMTHEME=gtk3 GTK_THEME=Adwaita:dark
+    # The palette of a desktop with a dark colour scheme, the way Qt reads it there.
+    export XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5
+    mkdir -p "$XDG_CONFIG_HOME"
+    cp "$(dirname "$0")/dark.colors" "$XDG_CONFIG_HOME/kdeglobals"
 fi
-"$1" "${arguments[@]}" &
+"$1" &
 program=$!
 trap 'kill $program 2>/dev/null || true; wait 2>/dev/null || true' EXIT
 /usr/bin/python3 "$(dirname "$0")/wait-for-rows.py" Pods 60

@@ -24,6 +24,8 @@ unset WAYLAND_DISPLAY
 export QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=$scale QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
 openbox >/dev/null 2>&1 &
 
+export XDG_CONFIG_HOME=${XDG_CONFIG_HOME:-$work/config} XDG_RUNTIME_DIR=$work
+chmod 700 "$work"
 mkdir -p "$(dirname "$image")"
 # A session bus of its own: the screen is read the way a screen reader reads it.
 dbus-run-session -- scripts/picture-of-pods.sh "$program" "$image"

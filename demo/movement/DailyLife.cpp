@@ -55,8 +55,11 @@ void crashAgain(const LifePtr &life, const ObjectPtr &pod)
     const ObjectPtr present = life->store.get(*pod->type, pod->ns, pod->name);
     if (!present || present->uid != pod->uid)
         return;
-    const json &last = at(present->parsed(), "/status/containerStatuses").back();
-    const int restarts = int(numberAt(last, "/restartCount")) + 1;
+    const json parsed = present->parsed();
+    const json &statuses = at(parsed, "/status/containerStatuses");
+    if (statuses.empty())
+        return;
+    const int restarts = int(numberAt(statuses.back(), "/restartCount")) + 1;
     setState(*life, *present, PodState::NotReady, restarts);
     life->schedule.after(6s, [life, present, restarts] {
         setState(*life, *present, PodState::CrashLoop, restarts);
@@ -113,9 +116,9 @@ void beginDailyLife(ObjectStore &store, Schedule &schedule, Controllers &control
     const auto life = std::make_shared<Life>(Life{store, schedule, controllers, {}, {}, 0});
     const auto crashing = store.list(typeOfKind("Pod"), "",
         [](const StoredObject &pod) { return pod.text.find("\"CrashLoopBackOff\"") != pod.text.npos; });
-    std::chrono::seconds delay = 8s;
+    std::chrono::seconds delay = 0s;
     for (const ObjectPtr &pod : crashing.objects)
-        schedule.after(delay += 5s, [life, pod] { crashAgain(life, pod); });
+        schedule.after(delay += 3s, [life, pod] { crashAgain(life, pod); });
     schedule.after(4s, [life] { mentionSomething(life); });
     schedule.after(20s, [life] { runNextCronJob(life, 0); });
 }

@@ -10,6 +10,7 @@ namespace tidewright::demo {
 namespace {
 
 constexpr size_t rememberedChanges = 5000;
+constexpr std::uint64_t uidStep = 0x9e3779b97f4a7c15ULL;
 
 std::string keyOf(const std::string &ns, const std::string &name)
 {
@@ -48,8 +49,8 @@ const ObjectStore::Table &ObjectStore::tableOf(const ResourceType &type) const
 std::string ObjectStore::newUid()
 {
     static const char digits[] = "0123456789abcdef";
-    const std::uint64_t high = scramble(m_uidState += 0x9e3779b97f4a7c15ULL);
-    const std::uint64_t low = scramble(m_uidState += 0x9e3779b97f4a7c15ULL);
+    const std::uint64_t high = scramble(m_uidState += uidStep);
+    const std::uint64_t low = scramble(m_uidState += uidStep);
     std::string uid;
     for (int i = 0; i < 32; ++i) {
         if (i == 8 || i == 12 || i == 16 || i == 20)

@@ -4,6 +4,7 @@
 #include "Json.h"
 #include "store/ResourceType.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -103,7 +104,7 @@ private:
     std::deque<Change> m_changes;
     std::uint64_t m_version = 1000;
     std::uint64_t m_forgotten = 1000; // changes up to this version are gone
-    std::uint64_t m_uidState;
+    std::atomic<std::uint64_t> m_uidState;
 };
 
 } // namespace tidewright::demo

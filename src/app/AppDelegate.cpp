@@ -3,12 +3,14 @@
 
 #include "app/AboutWindow.h"
 #include "app/ClusterWindowFrame.h"
-#include "app/ConsolePane.h"
 #include "app/MainWindowController.h"
+#include "app/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "platform/Bundle.h"
 #include "platform/MainQueue.h"
 #include "platform/ProcessKeeper.h"
+#include "platform/UserDefaults.h"
+#include "pods/ConsoleViewController.h"
 #include "resources/PreviewFiles.h"
 #include "resources/WindowState.h"
 
@@ -36,10 +38,12 @@ AppDelegate::AppDelegate()
         const MainWindowController *page = frame ? frame->currentPage() : nullptr;
         return page ? &page->windowConsoleController() : nullptr;
     });
+    setSettingsProblemHandler([](const QString &problem) { postConsoleError(problem); });
 }
 
 AppDelegate::~AppDelegate()
 {
+    setSettingsProblemHandler({});
     setMainConsoleLookup({});
 }
 
@@ -83,10 +87,12 @@ void AppDelegate::applicationDidFinishLaunching()
 void AppDelegate::newDocument()
 {
     auto *frame = new ClusterWindowFrame(m_writer);
+    m_frames.removeAll(nullptr);
     m_frames.append(frame);
     m_windowControllers.append(frame->currentPage());
     connect(frame, &ClusterWindowFrame::newWindowRequested, this, &AppDelegate::newDocument);
     connect(frame, &ClusterWindowFrame::aboutRequested, this, &AppDelegate::showAbout);
+    connect(frame, &ClusterWindowFrame::preferencesRequested, this, &AppDelegate::showPreferences);
     connect(frame, &ClusterWindowFrame::quitRequested, this, [this] {
         if (const ClusterWindowFrame *window = mainWindow()) {
             window->saveFrame();
@@ -128,6 +134,9 @@ void AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
     for (ClusterWindowFrame *frame : frames()) {
         windows.append(frame);
     }
+    if (m_preferencesController) {
+        windows.append(m_preferencesController);
+    }
     if (m_aboutController) {
         windows.append(m_aboutController);
     }
@@ -149,12 +158,27 @@ void AppDelegate::showAbout()
     m_aboutController->activateWindow();
 }
 
+void AppDelegate::showPreferences()
+{
+    if (!m_preferencesController) {
+        m_preferencesController = new PreferencesWindowController;
+    }
+    m_preferencesController->showWindow();
+}
+
+PreferencesWindowController *AppDelegate::preferencesController() const
+{
+    return m_preferencesController;
+}
+
 void AppDelegate::applicationWillTerminate()
 {
+    delete m_preferencesController;
     delete m_aboutController;
     qDeleteAll(frames());
     ProcessKeeper::instance().endAll(graceAtQuit);
     PreviewFiles::removeAll();
+    userDefaults().flush();
 }
 
 } // namespace tidewright

@@ -11,6 +11,7 @@ namespace tidewright {
 
 class ClusterWindowFrame;
 class MainWindowController;
+class PreferencesWindowController;
 
 /// The application object: prepares the process, opens cluster windows, knows which of them is the main one,
 /// and ends what is left when the application ends. One per process, in main().
@@ -39,6 +40,9 @@ public:
 
     void newDocument();
     void showAbout();
+    void showPreferences();
+    /// The preferences window; null before its first use.
+    PreferencesWindowController *preferencesController() const;
 
 private:
     QString createCacheDirectory();
@@ -48,6 +52,7 @@ private:
     QList<QPointer<MainWindowController>> m_windowControllers;
     QList<QPointer<ClusterWindowFrame>> m_frames; ///< the one the user last worked in comes last
     QPointer<QDialog> m_aboutController;
+    QPointer<PreferencesWindowController> m_preferencesController;
 };
 
 } // namespace tidewright

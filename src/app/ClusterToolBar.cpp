@@ -41,6 +41,8 @@ ClusterToolBar::ClusterToolBar(
         [this] { m_contexts->showList(m_state.contextList()); });
     connect(&m_state, &KubeSplitViewController::namespaceListChanged, m_namespaces,
         [this] { m_namespaces->showList(m_state.namespaceList(), {allNamespaces}); });
+    m_contexts->showList(m_state.contextList());
+    m_namespaces->showList(m_state.namespaceList());
     connect(m_contexts, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseContext);
     connect(m_namespaces, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseNamespace);
 }
@@ -81,10 +83,18 @@ void ClusterToolBar::addCommands(const QList<QAction *> &commands)
 
 bool ClusterToolBar::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != m_filter || event->type() != QEvent::KeyPress) {
+    const bool overriding = event->type() == QEvent::ShortcutOverride;
+    if (watched != m_filter || (event->type() != QEvent::KeyPress && !overriding)) {
         return QToolBar::eventFilter(watched, event);
     }
     const int key = static_cast<QKeyEvent *>(event)->key();
+    if (overriding && key == Qt::Key_Escape) {
+        event->accept(); // here the key clears the filter, even while there is a load to stop
+        return true;
+    }
+    if (overriding) {
+        return QToolBar::eventFilter(watched, event);
+    }
     if (key == Qt::Key_Escape) {
         m_filter->clear();
     } else if (key != Qt::Key_Down && key != Qt::Key_Return && key != Qt::Key_Enter) {

@@ -2,6 +2,7 @@
 #include "app/ClusterWindowFrame.h"
 
 #include "app/ClusterToolBar.h"
+#include "app/KubeConfigChooser.h"
 #include "app/MainWindowController.h"
 #include "app/WindowCommands.h"
 #include "platform/Diagnostics.h"
@@ -45,6 +46,7 @@ ClusterWindowFrame::ClusterWindowFrame(KubeConfigWriter &writer)
 void ClusterWindowFrame::buildLayout()
 {
     m_tabBar->setDocumentMode(true);
+    m_tabBar->setDrawBase(false);
     m_tabBar->setTabsClosable(true);
     m_tabBar->setMovable(true);
     m_tabBar->setExpanding(false);
@@ -64,7 +66,7 @@ void ClusterWindowFrame::buildLayout()
 
 void ClusterWindowFrame::awakeFromNib()
 {
-    resize(usualWindow);
+    resize(usualWindow.boundedTo(QGuiApplication::primaryScreen()->availableSize() * 0.94));
     const auto stored = userDefaults().data(FRAMEKEY);
     QRect frame;
     if (stored) {
@@ -135,6 +137,15 @@ MainWindowController *ClusterWindowFrame::addTab(const QString &path, const QStr
     selectTab(index);
     activateWindow();
     return page;
+}
+
+void ClusterWindowFrame::newWindowForTabWithConfig()
+{
+    chooseKubeConfig(this, true, this, [this](const std::optional<KubeConfigChoice> &choice) {
+        if (choice) {
+            addTab(choice->path, choice->title);
+        }
+    });
 }
 
 void ClusterWindowFrame::selectTab(int index)

@@ -29,6 +29,8 @@ public:
     /// Opens a tab after the current one: with the kubeconfig of the settings when `path` is empty, else with
     /// `path` and a name for its titles.
     MainWindowController *addTab(const QString &path = {}, const QString &title = {});
+    /// Asks for a kubeconfig and a name, and opens a tab with them unless the user cancels.
+    void newWindowForTabWithConfig();
     void closeTab(int index);
     void closeCurrentTab();
     void selectTab(int index);
@@ -44,6 +46,7 @@ Q_SIGNALS:
     void newWindowRequested();
     void quitRequested();
     void aboutRequested();
+    void preferencesRequested();
 
 protected:
     void changeEvent(QEvent *event) override;

@@ -37,6 +37,11 @@ QByteArray fileState(const QString &configPath)
 
 } // namespace
 
+KubeConfigWriter::KubeConfigWriter(std::chrono::milliseconds readingTime)
+    : m_readingTime(readingTime)
+{
+}
+
 void KubeConfigWriter::enqueue(QObject *owner, Task task)
 {
     m_waiting.push_back({owner, std::move(task)});
@@ -109,15 +114,9 @@ bool KubeConfigWriter::isUntouched(const QString &configPath) const
     return m_writtenPath == configPath && m_writtenState == fileState(configPath);
 }
 
-void KubeConfigWriter::keepStill(std::chrono::milliseconds time)
-{
-    m_stillSince.start();
-    m_stillFor = time.count();
-}
-
 void KubeConfigWriter::afterStillness(std::function<void()> step)
 {
-    const qint64 rest = m_stillSince.isValid() ? m_stillFor - m_stillSince.elapsed() : 0;
+    const qint64 rest = m_stillSince.isValid() ? m_readingTime.count() - m_stillSince.elapsed() : 0;
     if (rest > 0) {
         QTimer::singleShot(std::chrono::milliseconds(rest), this, std::move(step));
     } else {

@@ -24,7 +24,8 @@ public:
     using Task = std::function<void(Finished finished)>;
     using Done = std::function<void(bool success)>;
 
-    using QObject::QObject;
+    /// How long a kubectl that has just been allowed to start may need until it has read the kubeconfig.
+    explicit KubeConfigWriter(std::chrono::milliseconds readingTime = std::chrono::milliseconds(1500));
 
     /// Runs `task` once those before it have finished, at once when there are none. The task decides then
     /// what still needs to be done, and says when it is through. It is skipped when its owner is gone.
@@ -39,9 +40,9 @@ public:
     /// context was chosen here, and no other program has changed the file since.
     bool isUntouched(const QString &configPath) const;
 
-    /// Keeps the kubeconfigs as they are for a while: a kubectl that goes by their current context is about
-    /// to read them.
-    void keepStill(std::chrono::milliseconds time);
+    /// Keeps the kubeconfigs as they are for the reading time: a kubectl that goes by their current context
+    /// is about to read them.
+    void keepStill() { m_stillSince.start(); }
 
 private:
     struct Entry
@@ -54,10 +55,10 @@ private:
     void afterStillness(std::function<void()> step);
     void endHanging(const std::shared_ptr<Shell> &shell, const QString &what);
 
+    const std::chrono::milliseconds m_readingTime;
     std::deque<Entry> m_waiting;
     bool m_busy = false;
     QElapsedTimer m_stillSince;
-    qint64 m_stillFor = 0;
     std::optional<QString> m_writtenPath;
     QByteArray m_writtenState;
 };

@@ -13,9 +13,6 @@ namespace {
 
 const auto lastNamespacesKey = QStringLiteral("lastNamespaces");
 
-/// How long a kubectl that has just been allowed to start may need until it has read the kubeconfig.
-constexpr auto readingTime = std::chrono::milliseconds(1500);
-
 void cancel(std::shared_ptr<Shell> &shell)
 {
     if (shell) {
@@ -240,7 +237,7 @@ void KubeSplitViewController::answerAgreement()
     const QString reason = obstacle();
     const bool agreed = reason.isEmpty() && kubeConfigAgrees();
     if (agreed) {
-        m_writer.keepStill(readingTime);
+        m_writer.keepStill();
     } else {
         postConsoleEntry(m_console, QString(), QString(),
             makeConsoleError(QLatin1String("The command was not run. ")

@@ -2,14 +2,16 @@
 #include "app/MainWindowController.h"
 
 #include "app/ClusterToolBar.h"
-#include "app/ConsolePane.h"
 #include "app/KubeSplitViewController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SidebarController.h"
 #include "platform/Diagnostics.h"
 #include "platform/UserDefaults.h"
+#include "pods/ConsoleViewController.h"
+#include "pods/PodConsoleSplitViewController.h"
 #include "resources/SharedContentViewController.h"
 
+#include <QDesktopServices>
 #include <QDir>
 #include <QHBoxLayout>
 #include <QSplitter>
@@ -20,13 +22,14 @@ MainWindowController::MainWindowController(KubeConfigWriter &writer, QWidget *pa
     : QWidget(parent)
     , m_title(QStringLiteral("Tidewright"))
     , m_tabTitle(m_title)
-    , m_console(new ConsolePane(this))
+    , m_console(new ConsoleViewController(this))
     , m_state(new KubeSplitViewController(writer, this))
     , m_content(new PrimaryContentController(*m_state))
     , m_sidebar(new SidebarController)
     , m_toolBar(new ClusterToolBar(*m_state, *m_content))
 {
     m_state->setConsole(m_console);
+    m_console->setKubeSplitViewController(m_state);
     buildLayout();
     connectParts();
     m_sidebar->selectFirst();
@@ -41,21 +44,13 @@ MainWindowController::~MainWindowController()
 
 void MainWindowController::buildLayout()
 {
-    auto *podConsoleSplit = new QSplitter(Qt::Vertical);
-    podConsoleSplit->addWidget(m_content);
-    podConsoleSplit->addWidget(m_console->view());
-    podConsoleSplit->setStretchFactor(0, 1);
-    podConsoleSplit->setSizes({780, 220});
-    podConsoleSplit->setCollapsible(0, false);
     auto *split = new QSplitter(Qt::Horizontal);
     split->addWidget(m_sidebar);
-    split->addWidget(podConsoleSplit);
+    split->addWidget(new PodConsoleSplitViewController(m_content, m_console->view()));
     split->setStretchFactor(1, 1);
     split->setSizes({m_sidebar->sizeHint().width(), 1000});
     split->setCollapsible(1, false);
-    for (QSplitter *splitter : {split, podConsoleSplit}) {
-        splitter->setHandleWidth(1);
-    }
+    split->setHandleWidth(1);
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(split);
@@ -68,6 +63,7 @@ void MainWindowController::connectParts()
     connect(m_state, &KubeSplitViewController::namespaceChosen, this, &MainWindowController::updateTitles);
     connect(m_state, &KubeSplitViewController::clusterSettingsChanged, m_content,
         &PrimaryContentController::clusterSettingsChanged);
+    connect(m_console, &ConsoleViewController::linkOpened, this, &QDesktopServices::openUrl);
     connect(m_content, &PrimaryContentController::shownTableChanged, this,
         &MainWindowController::commandStateChanged);
     for (SharedContentViewController *table : m_content->tables()) {

@@ -8,7 +8,7 @@ namespace tidewright {
 
 class ClusterToolBar;
 class Console;
-class ConsolePane;
+class ConsoleViewController;
 class KubeConfigWriter;
 class KubeSplitViewController;
 class PrimaryContentController;
@@ -44,7 +44,7 @@ public:
     KubeSplitViewController &state() const { return *m_state; }
     PrimaryContentController &primaryContentController() const { return *m_content; }
     SidebarController &sidebarController() const { return *m_sidebar; }
-    ConsolePane &windowConsoleController() const { return *m_console; }
+    ConsoleViewController &windowConsoleController() const { return *m_console; }
     /// Shown by the tab group above the tabs; belongs to the page all the same.
     ClusterToolBar &toolBar() const;
 
@@ -69,7 +69,7 @@ private:
     QString m_title;
     QString m_tabTitle;
     bool m_appeared = false;
-    ConsolePane *m_console;
+    ConsoleViewController *m_console;
     KubeSplitViewController *m_state;
     PrimaryContentController *m_content;
     SidebarController *m_sidebar;

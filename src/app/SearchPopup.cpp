@@ -124,7 +124,12 @@ void SearchPopup::search(const QString &text)
 {
     m_matches->setFilterFixedString(text.trimmed());
     if (!text.isEmpty() || !m_list->currentIndex().isValid()) {
-        m_list->setCurrentIndex(m_matches->index(0, 0));
+        // A name that begins with what was typed comes before one that holds it further on.
+        const QModelIndex first = m_matches->index(0, 0);
+        const QModelIndexList begun = text.isEmpty()
+            ? QModelIndexList()
+            : m_matches->match(first, Qt::DisplayRole, text, 1, Qt::MatchStartsWith);
+        m_list->setCurrentIndex(begun.isEmpty() ? first : begun.first());
     }
 }
 

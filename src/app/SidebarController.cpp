@@ -33,6 +33,7 @@ protected:
         option->font.setPointSizeF(option->font.pointSizeF() * 0.88);
         option->displayAlignment = Qt::AlignLeft | Qt::AlignBottom;
         option->icon = QIcon();
+        option->rect.setLeft(option->rect.left() + 7);
         option->features &= ~QStyleOptionViewItem::HasDecoration;
         option->palette.setColor(QPalette::Text, option->palette.color(QPalette::PlaceholderText));
     }

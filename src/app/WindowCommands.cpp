@@ -3,11 +3,11 @@
 
 #include "app/ClusterToolBar.h"
 #include "app/ClusterWindowFrame.h"
-#include "app/ConsolePane.h"
 #include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
+#include "pods/ConsoleViewController.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
 
@@ -54,6 +54,8 @@ void WindowCommands::buildFileMenu()
     QMenu *menu = m_frame.menuBar()->addMenu(tr("&File"));
     add(menu, tr("New &Window"), QKeySequence(tr("Ctrl+N")), [this] { Q_EMIT m_frame.newWindowRequested(); });
     add(menu, tr("New &Tab"), QKeySequence(tr("Ctrl+T")), [this] { m_frame.addTab(); });
+    add(menu, tr("New Tab with Con&fig…"), QKeySequence(tr("Ctrl+Shift+T")),
+        [this] { m_frame.newWindowForTabWithConfig(); });
     menu->addSeparator();
     add(menu, tr("&Create from File…"), QKeySequence(tr("Ctrl+O")),
         [this] { m_frame.currentPage()->primaryContentController().createFromFileDialog(); });
@@ -74,6 +76,9 @@ void WindowCommands::buildEditMenu()
     menu->addSeparator();
     m_forTable.append(addForTable(
         menu, tr("&Filter"), QKeySequence(QKeySequence::Find), &SharedContentViewController::selectFilter));
+    menu->addSeparator();
+    add(menu, tr("&Preferences…"), QKeySequence(tr("Ctrl+,")),
+        [this] { Q_EMIT m_frame.preferencesRequested(); });
     m_forRows = {copy, m_delete};
 }
 
@@ -92,7 +97,7 @@ void WindowCommands::buildViewMenu()
         menu, tr("&Stop Loading"), QKeySequence(Qt::Key_Escape), &SharedContentViewController::stopLoading);
     menu->addSeparator();
     add(menu, tr("&Clear Console"), QKeySequence(tr("Ctrl+Shift+K")),
-        [this] { m_frame.currentPage()->windowConsoleController().clear(); });
+        [this] { m_frame.currentPage()->windowConsoleController().clearLogs(); });
     menu->addSeparator();
     m_forTabs.append(
         add(menu, tr("&Next Tab"), QKeySequence(tr("Ctrl+PgDown")), [this] { m_frame.walkTabs(1); }));

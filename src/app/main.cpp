@@ -23,6 +23,22 @@ int refuseToStart(QApplication &application, const QString &reason)
     return EXIT_FAILURE;
 }
 
+bool hasDisplay()
+{
+    const auto isSet = [](const char *name) { return !qEnvironmentVariableIsEmpty(name); };
+    return isSet("QT_QPA_PLATFORM") || isSet("WAYLAND_DISPLAY") || isSet("DISPLAY");
+}
+
+int refuseWithoutDisplay(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QString obstacle = tidewright::AppDelegate().startUp();
+    const QString reason
+        = obstacle.isEmpty() ? QStringLiteral("Tidewright cannot start: there is no display.") : obstacle;
+    std::fprintf(stderr, "%s\n", qPrintable(reason));
+    return EXIT_FAILURE;
+}
+
 int runApplication(int argc, char **argv)
 {
     QApplication application(argc, argv);
@@ -43,7 +59,7 @@ int runApplication(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    const int status = runApplication(argc, argv);
+    const int status = hasDisplay() ? runApplication(argc, argv) : refuseWithoutDisplay(argc, argv);
     // Worker threads may still be blocked, and nobody waits for them: no destructor of the process may run
     // under them.
     std::fflush(nullptr);

@@ -31,10 +31,16 @@ void setMainConsoleLookup(std::function<Console *()> lookup)
 }
 
 void postConsoleEntry(Console *console, const QString &command, const QString &response,
-    const std::optional<ConsoleError> &error)
+    const std::optional<ConsoleError> &error, const CommandLine &line)
 {
-    if (Console *target = console ? console : mainConsole()) {
+    Console *target = console ? console : mainConsole();
+    if (!target) {
+        return;
+    }
+    if (line.arguments.isEmpty()) {
         target->addEntry(command, response, error);
+    } else {
+        target->addCommandEntry(line, command, response, error);
     }
 }
 

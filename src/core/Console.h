@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/CommandLine.h"
+
 #include <QObject>
 #include <QPointer>
-#include <QString>
 
 #include <functional>
 #include <optional>
@@ -33,6 +34,18 @@ public:
     virtual void addEntry(
         const QString &command, const QString &response, const std::optional<ConsoleError> &error)
         = 0;
+    /// The same for a command of which more is known than how it is shown.
+    virtual void addCommandEntry(const CommandLine & /*line*/, const QString &command, const QString &response,
+        const std::optional<ConsoleError> &error)
+    {
+        addEntry(command, response, error);
+    }
+
+    /// The custom action scripts that run for this console's window, in the order in which they started. To be changed on
+    /// the main thread, with a call of `updateScriptState` afterwards.
+    QStringList scriptsRunning;
+    /// Makes the console show what `scriptsRunning` says. Any thread.
+    virtual void updateScriptState() { }
 };
 
 /// The console of the application's main window, if that is a cluster window. Main thread.
@@ -42,7 +55,7 @@ void setMainConsoleLookup(std::function<Console *()> lookup);
 
 /// Adds an entry to `console`, or to the main window's when that is null; without either the entry is lost. Main thread.
 void postConsoleEntry(Console *console, const QString &command, const QString &response,
-    const std::optional<ConsoleError> &error);
+    const std::optional<ConsoleError> &error, const CommandLine &line = {});
 
 /// Posts to the main thread an entry that is only an error, for the main window's console. Any thread.
 void postConsoleError(const QString &description);

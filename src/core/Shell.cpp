@@ -9,6 +9,10 @@
 #include "platform/PipeReader.h"
 #include "platform/Utf8.h"
 
+#include <QFile>
+
+#include <cstring>
+
 namespace tidewright {
 
 namespace {
@@ -26,24 +30,45 @@ QString withoutTabs(QString text)
     return text.replace(QLatin1Char('\t'), QLatin1String("  "));
 }
 
+QString stoppedText()
+{
+    return QStringLiteral("The command was stopped before it had finished.");
+}
+
 std::optional<ConsoleError> consoleError(const std::optional<QString> &text)
 {
     return text ? std::optional(makeConsoleError(*text)) : std::nullopt;
 }
 
-/// Shows a finished run in the console it was started for, or in the main window's when it was started for none.
-void logRun(const QStringList &arguments, const QString &response, const std::optional<QString> &error,
-    const QPointer<Console> &console)
+/// What a command had printed when it was stopped, for the console alone.
+QString unfinishedText(QByteArray bytes)
 {
-    const bool addressed = !console.isNull();
-    mainQueue().post([=, command = withoutTabs(arguments.join(QLatin1Char(' ')))] {
-        if (!addressed || console) {
-            postConsoleEntry(console, command, withoutTabs(response), consoleError(error));
-        }
-    });
+    bytes.chop(incompleteUtf8Tail(bytes));
+    return decodeUtf8(bytes).value_or(QString());
+}
+
+/// Shows a finished run in the console it was started for, or in the main window's when it was started for
+/// none.
+void logRun(const CommandLine &line, const QString &response, const std::optional<QString> &error,
+    const std::optional<QPointer<Console>> &console)
+{
+    mainQueue().post(
+        [=, command = withoutTabs(line.arguments.join(QLatin1Char(' '))), shown = withoutTabs(response)] {
+            if (!console || *console) {
+                postConsoleEntry(console.value_or(nullptr), command, shown, consoleError(error), line);
+            }
+        });
 }
 
 } // namespace
+
+/// A child that is ready to start, with the pipes for it; no process when the pipes could not be made.
+struct Shell::Prepared
+{
+    std::shared_ptr<ChildProcess> process;
+    Pipe pipe;
+    Pipe errorPipe;
+};
 
 /// The bytes of both streams, and the runner's own complaint when it did not read them to their end.
 struct Shell::Collected
@@ -77,44 +102,58 @@ std::shared_ptr<ChildProcess> Shell::process() const
     return m_process;
 }
 
-std::shared_ptr<ChildProcess> Shell::prepareProcess(const QStringList &arguments)
+Shell::Prepared Shell::prepareProcess(const QStringList &arguments) const
 {
-    m_pipe = Pipe::make();
-    m_errorPipe = Pipe::make();
-    std::shared_ptr<ChildProcess> child;
-    if (m_pipe.readEnd.isOpen() && m_errorPipe.readEnd.isOpen()) {
-        child = std::make_shared<ChildProcess>();
-        child->setExecutable(QStringLiteral("/usr/bin/env"));
-        child->setEnvironment(environment);
-        child->setNiceness(niceness);
-        child->setArguments(arguments);
+    Prepared prepared{nullptr, Pipe::make(), Pipe::make()};
+    if (prepared.pipe.readEnd.isOpen() && prepared.errorPipe.readEnd.isOpen() && m_stop.descriptor() >= 0) {
+        prepared.process = std::make_shared<ChildProcess>();
+        prepared.process->setExecutable(QStringLiteral("/usr/bin/env"));
+        prepared.process->setEnvironment(environment);
+        prepared.process->setNiceness(niceness);
+        prepared.process->setArguments(arguments);
     }
-    const std::lock_guard lock(m_mutex);
-    m_process = child;
-    return child;
+    return prepared;
 }
 
 ShellResult Shell::run(const QStringList &arguments, bool logToConsole, QPointer<Console> console)
 {
-    const std::shared_ptr<ChildProcess> child = prepareProcess(withPackagedKubectl(arguments));
-    if (!child) {
+    return perform(arguments, logToConsole, console ? Addressee(console) : std::nullopt);
+}
+
+ShellResult Shell::perform(const QStringList &arguments, bool logToConsole, const Addressee &console)
+{
+    if (m_cancelled) {
+        return {QByteArray(), stoppedText()};
+    }
+    Prepared prepared = prepareProcess(withPackagedKubectl(arguments));
+    if (!prepared.process) {
         return {QByteArray(), QStringLiteral("No process defined")};
     }
-    if (const auto failure = child->start(m_pipe, m_errorPipe)) {
+    if (const auto failure = prepared.process->start(prepared.pipe, prepared.errorPipe)) {
         return {QByteArray(), QStringLiteral("Unexpected error: %1.").arg(*failure)};
     }
-    Collected collected = collect(*child);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_process = prepared.process;
+    }
+    Collected collected = collect(prepared);
     ShellResult result;
+    QString response;
     if (collected.complaint) {
         result.error = collected.complaint;
+        response = logToConsole && m_cancelled ? unfinishedText(collected.output) : QString();
         collected.output.clear();
     } else if (!collected.error.isEmpty()) {
         result.error = decodeUtf8(collected.error);
     }
     const bool readable = collected.output.isValidUtf8();
+    m_outputWasText = readable;
     if (logToConsole) {
-        const QString response = readable ? QString::fromUtf8(collected.output) : QString();
-        logRun(arguments, response, result.error, console);
+        if (readable && !collected.output.isEmpty()) {
+            response = QString::fromUtf8(collected.output);
+        }
+        const QString kubeConfig = QFile::decodeName(environment.value(QByteArrayLiteral("KUBECONFIG")));
+        logRun({arguments, kubeConfig}, response, result.error, console);
     }
     if (readable) {
         result.output = trimmedUtf8(std::move(collected.output));
@@ -122,63 +161,72 @@ ShellResult Shell::run(const QStringList &arguments, bool logToConsole, QPointer
     return result;
 }
 
-Shell::Collected Shell::collect(const ChildProcess &child)
+Shell::Collected Shell::collect(Prepared &prepared) const
 {
     Collected collected;
-    PipeReader reader(m_pipe.readEnd.get(), m_errorPipe.readEnd.get());
+    PipeReader reader(prepared.pipe.readEnd.get(), prepared.errorPipe.readEnd.get());
     const auto end = reader.read(
-        m_stop.descriptor(), -1, [&collected](PipeReader::Stream stream, QByteArrayView piece) {
-            QByteArray &target
-                = stream == PipeReader::Stream::Output ? collected.output : collected.error;
-            target.append(piece);
+        m_stop.descriptor(), -1, [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
+            QByteArray &target = stream == PipeReader::Stream::Output ? collected.output : collected.error;
+            // Growing by resize moves the pages; append would copy all that is there each time the space
+            // doubles.
+            const qsizetype before = target.size();
+            target.resize(before + piece.size());
+            std::memcpy(target.data() + before, piece.data(), static_cast<std::size_t>(piece.size()));
             return collected.output.size() + collected.error.size() <= outputLimit;
         });
     if (end == PipeReader::End::Stopped) {
-        collected.complaint = QStringLiteral("The command was stopped before it had finished.");
+        collected.complaint = stoppedText();
     } else if (end == PipeReader::End::Refused) {
-        collected.complaint = QStringLiteral("The command was ended: it printed more than 2 GiB.");
+        collected.complaint
+            = QStringLiteral("The command was ended: it printed more than %1 MiB.").arg(outputLimit >> 20);
     }
     if (collected.complaint) {
-        child.terminate();
+        prepared.process->terminate();
     }
-    m_pipe.readEnd.close();
-    m_errorPipe.readEnd.close();
+    prepared.pipe.readEnd.close();
+    prepared.errorPipe.readEnd.close();
     return collected;
 }
 
 void Shell::runAsync(
     const QStringList &arguments, bool logToConsole, QPointer<Console> console, Completion completion)
 {
-    mainQueue().post([self = shared_from_this(), arguments, logToConsole, console = std::move(console),
+    mainQueue().post([self = shared_from_this(), arguments, logToConsole,
+                         addressee = console ? Addressee(std::move(console)) : std::nullopt,
                          completion = std::move(completion)]() mutable {
-        if (!console) {
-            console = mainConsole();
+        if (Console *current = addressee ? nullptr : mainConsole()) {
+            addressee = current;
         }
-        shellQueue().post([self = std::move(self), arguments, logToConsole, console = std::move(console),
+        shellQueue().post([self = std::move(self), arguments, logToConsole, addressee = std::move(addressee),
                               completion = std::move(completion)] {
-            completion(self->run(arguments, logToConsole, console));
+            completion(self->perform(arguments, logToConsole, addressee));
         });
     });
 }
 
 void Shell::runStreaming(const QStringList &arguments, PieceHandler handler)
 {
-    if (const auto running = process(); running && running->isRunning()) {
-        running->terminate();
+    std::shared_ptr<ChildProcess> earlier;
+    quint64 request = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        request = ++m_streamRequests;
+        earlier = m_process;
+        if (m_stream) {
+            m_stream->stop();
+        }
+    }
+    if (earlier && earlier->isRunning()) {
+        earlier->terminate();
         writeDiagnostic(QStringLiteral("Process terminated"));
     }
-    shellQueue().post([weak = weak_from_this(), arguments, handler = std::move(handler)]() mutable {
-        if (const auto shell = weak.lock()) {
-            shell->startStream(arguments, std::move(handler));
-        } else {
-            return;
-        }
-        // Only the stream is held while it runs: whoever lets the shell go ends it.
+    shellQueue().post([weak = weak_from_this(), request, arguments, handler = std::move(handler)]() mutable {
         std::shared_ptr<StreamingRun> stream;
         if (const auto shell = weak.lock()) {
-            const std::lock_guard lock(shell->m_mutex);
-            stream = shell->m_stream;
+            stream = shell->startStream(request, arguments, std::move(handler));
         }
+        // Only the stream is held while it runs: whoever lets the shell go ends it.
         if (stream) {
             stream->read();
             if (const auto shell = weak.lock()) {
@@ -192,24 +240,35 @@ void Shell::runStreaming(const QStringList &arguments, PieceHandler handler)
     });
 }
 
-void Shell::startStream(const QStringList &arguments, PieceHandler handler)
+std::shared_ptr<StreamingRun> Shell::startStream(
+    quint64 request, const QStringList &arguments, PieceHandler handler)
 {
-    const std::shared_ptr<ChildProcess> child = prepareProcess(arguments);
-    if (!child) {
-        handler(QString(), QStringLiteral("No process defined"));
-        return;
+    const auto isWanted = [this, request] { return request == m_streamRequests && !m_cancelled; };
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!isWanted()) {
+            return nullptr;
+        }
     }
-    if (const auto failure = child->start(m_pipe, m_errorPipe)) {
+    Prepared prepared = prepareProcess(arguments);
+    if (!prepared.process) {
+        handler(QString(), QStringLiteral("No process defined"));
+        return nullptr;
+    }
+    if (const auto failure = prepared.process->start(prepared.pipe, prepared.errorPipe)) {
         handler(QString(), QStringLiteral("Unexpected error: %1.").arg(*failure));
-        return;
+        return nullptr;
     }
     auto stream = std::make_shared<StreamingRun>(
-        child, std::move(m_pipe), std::move(m_errorPipe), std::move(handler));
-    if (m_cancelled) {
-        stream->stop();
-    }
+        prepared.process, std::move(prepared.pipe), std::move(prepared.errorPipe), std::move(handler));
     const std::lock_guard lock(m_mutex);
-    m_stream = std::move(stream);
+    if (!isWanted()) {
+        stream->stop();
+        return nullptr;
+    }
+    m_process = prepared.process;
+    m_stream = stream;
+    return stream;
 }
 
 void Shell::cancel()

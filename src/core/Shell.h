@@ -12,12 +12,13 @@
 
 namespace tidewright {
 
-/// What a finished run yields. A run counts as failed exactly when `error` is there; the child's exit status is not part
-/// of it.
+/// What a finished run yields. A run counts as failed exactly when `error` is there; the child's exit status
+/// is not part of it.
 struct ShellResult
 {
-    /// Standard output: valid UTF-8 without white space and line ends at both ends. Empty when the run failed to start,
-    /// was cancelled, or the output was not valid UTF-8. Kept as bytes because listings are split as bytes.
+    /// Standard output: valid UTF-8 without white space and line ends at both ends. Empty when the run failed
+    /// to start, was cancelled, or the output was not valid UTF-8. Kept as bytes because listings are split
+    /// as bytes.
     QByteArray output;
     /// Standard error when it was not empty, or the runner's own message.
     std::optional<QString> error;
@@ -25,19 +26,16 @@ struct ShellResult
 
 class StreamingRun;
 
-/// Runs one child process at a time: blocking, in the background, or as a stream of pieces. The first argument is the
-/// program, looked up on a fixed search path; exactly "kubectl" means the packaged one. Not shared between threads while
-/// a run is under way, except for `cancel` and `process`.
+/// Runs one child process at a time: blocking, in the background, or as a stream of pieces. The first
+/// argument is the program, looked up on a fixed search path; exactly "kubectl" means the packaged one. Not
+/// shared between threads while a run is under way, except for `cancel` and `process`.
 class Shell : public std::enable_shared_from_this<Shell>
 {
 public:
     using Completion = std::function<void(ShellResult)>;
-    /// A piece of standard output and no error, or the empty text and a piece of standard error. Pieces do not follow
-    /// line ends, but never cut a character. Called on a background thread.
+    /// A piece of standard output and no error, or the empty text and a piece of standard error. Pieces do
+    /// not follow line ends, but never cut a character. Called on a background thread.
     using PieceHandler = std::function<void(const QString &output, const std::optional<QString> &error)>;
-
-    /// More output than this ends the child and fails the run, instead of exhausting the machine's memory.
-    static constexpr qsizetype outputLimit = qsizetype(2) << 30;
 
     static std::shared_ptr<Shell> create();
     ~Shell();
@@ -48,42 +46,57 @@ public:
     Environment environment;
     /// Added to the CPU priority value of the children.
     int niceness = 0;
+    /// More output than this many bytes ends the child and fails the run, instead of exhausting the machine's
+    /// memory.
+    qsizetype outputLimit = qsizetype(2) << 30;
 
     /// Blocks until both output streams have ended. Never on the main thread.
     ShellResult run(const QStringList &arguments, bool logToConsole, QPointer<Console> console = nullptr);
 
-    /// `run` on the shell queue. Without a console, the main window's is taken, on the main thread. The completion is
-    /// called once, on a shell-queue thread.
-    void runAsync(const QStringList &arguments, bool logToConsole, QPointer<Console> console, Completion completion);
+    /// `run` on the shell queue. Without a console, the main window's is taken, on the main thread. The
+    /// completion is called once, on a shell-queue thread.
+    void runAsync(
+        const QStringList &arguments, bool logToConsole, QPointer<Console> console, Completion completion);
 
-    /// Starts a child whose output arrives in pieces; one that this shell still streams is terminated first. The
-    /// arguments are used unchanged. The child ends with this shell at the latest. A program that cannot be started is
-    /// reported as a piece of standard error.
+    /// Starts a child whose output arrives in pieces; one that this shell still streams is terminated first.
+    /// The arguments are used unchanged. The child ends with this shell at the latest. A program that cannot
+    /// be started is reported as a piece of standard error.
     void runStreaming(const QStringList &arguments, PieceHandler handler);
 
-    /// Ends a run that nobody waits for any more, with its child; the run then yields an error that says so. Any thread.
+    /// Ends a run that nobody waits for any more, with its child; the run then yields an error that says so.
+    /// One that has not begun starts no child. For good: a cancelled shell runs nothing any more. Any thread.
+    /// The console of a logged run shows what the child had printed until then.
     void cancel();
     bool isCancelled() const { return m_cancelled; }
+
+    /// False when the latest blocking run printed bytes that are not UTF-8; its output is empty then. Any
+    /// thread.
+    bool outputWasText() const { return m_outputWasText; }
 
     /// The child of the latest run; null before the first, and after a stream has ended. Any thread.
     std::shared_ptr<ChildProcess> process() const;
 
 private:
+    struct Prepared;
     struct Collected;
+    /// The console that a run was started for, gone or not; none when it was started for none.
+    using Addressee = std::optional<QPointer<Console>>;
 
     Shell();
-    /// Null when the pipes could not be made.
-    std::shared_ptr<ChildProcess> prepareProcess(const QStringList &arguments);
-    Collected collect(const ChildProcess &process);
-    void startStream(const QStringList &arguments, PieceHandler handler);
+    Prepared prepareProcess(const QStringList &arguments) const;
+    ShellResult perform(const QStringList &arguments, bool logToConsole, const Addressee &console);
+    Collected collect(Prepared &prepared) const;
+    /// Null when the stream could not be started, or when a later request or a cancellation came first.
+    std::shared_ptr<StreamingRun> startStream(
+        quint64 request, const QStringList &arguments, PieceHandler handler);
 
-    mutable std::mutex m_mutex; // guards m_process and m_stream
+    mutable std::mutex m_mutex; // guards the next three
     std::shared_ptr<ChildProcess> m_process;
     std::shared_ptr<StreamingRun> m_stream;
-    Pipe m_pipe;
-    Pipe m_errorPipe;
+    quint64 m_streamRequests = 0;
     WakeSignal m_stop;
     std::atomic<bool> m_cancelled = false;
+    std::atomic<bool> m_outputWasText = true;
 };
 
 } // namespace tidewright

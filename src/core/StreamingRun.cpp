@@ -18,8 +18,8 @@ StreamingRun::StreamingRun(
 void StreamingRun::read()
 {
     PipeReader reader(m_output.readEnd.get(), m_error.readEnd.get());
-    const auto end = reader.read(
-        m_stop.descriptor(), m_child->exitDescriptor(), [this](PipeReader::Stream stream, QByteArrayView bytes) {
+    const auto end = reader.read(m_stop.descriptor(), m_child->exitDescriptor(),
+        [this](PipeReader::Stream stream, QByteArrayView bytes) {
             deliver(static_cast<std::size_t>(stream), bytes);
             return !m_stopped;
         });
@@ -39,11 +39,14 @@ void StreamingRun::stop()
 void StreamingRun::deliver(std::size_t stream, QByteArrayView bytes)
 {
     QByteArray &cut = m_cutCharacters[stream];
-    QByteArray piece = cut + bytes;
+    const QByteArray piece = cut + bytes;
     const qsizetype tail = incompleteUtf8Tail(piece);
+    std::optional<QString> text = decodeUtf8(QByteArrayView(piece).chopped(tail));
+    if (!text && !cut.isEmpty()) {
+        // The character's rest never came; that does not make these bytes bad.
+        text = decodeUtf8(bytes.chopped(tail));
+    }
     cut = piece.last(tail);
-    piece.chop(tail);
-    const std::optional<QString> text = decodeUtf8(piece);
     if (!text || text->isEmpty() || m_stopped) {
         return;
     }

@@ -7,7 +7,8 @@
 
 namespace tidewright {
 
-/// One streaming child from its start to its end. Shared by the shell, which may stop it, and the thread that reads it.
+/// One streaming child from its start to its end. Shared by the shell, which may stop it, and the thread that
+/// reads it.
 class StreamingRun
 {
 public:
@@ -27,7 +28,8 @@ private:
     const Shell::PieceHandler m_handler;
     WakeSignal m_stop;
     std::atomic<bool> m_stopped = false;
-    std::array<QByteArray, 2> m_cutCharacters; // per stream, the beginning of a character whose rest is to come
+    std::array<QByteArray, 2>
+        m_cutCharacters; // per stream, the beginning of a character whose rest is to come
 };
 
 } // namespace tidewright

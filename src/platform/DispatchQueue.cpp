@@ -6,6 +6,7 @@
 #include <deque>
 #include <mutex>
 #include <pthread.h>
+#include <system_error>
 #include <thread>
 
 namespace tidewright {
@@ -23,8 +24,7 @@ namespace {
 
 constexpr auto idleLifetime = std::chrono::seconds(10);
 
-template<typename State>
-void work(const std::shared_ptr<State> &state)
+template <typename State> void work(const std::shared_ptr<State> &state)
 {
     pthread_setname_np(pthread_self(), state->label.substr(0, 15).c_str());
     std::unique_lock lock(state->mutex);
@@ -60,8 +60,13 @@ void DispatchQueue::post(std::function<void()> task)
     const std::lock_guard lock(m_state->mutex);
     m_state->tasks.push_back(std::move(task));
     if (m_state->tasks.size() > m_state->idleThreads) {
-        // Detached: a task may be blocked for minutes when the process wants to end, and nobody waits for it then.
-        std::thread([state = m_state] { work(state); }).detach();
+        // Detached: a task may be blocked for minutes when the process wants to end, and nobody waits for it
+        // then.
+        try {
+            std::thread([state = m_state] { work(state); }).detach();
+        } catch (const std::system_error &) {
+            // No more threads to be had: the task waits for the next one that is free.
+        }
     } else {
         m_state->workArrived.notify_one();
     }

@@ -7,8 +7,9 @@
 
 namespace tidewright {
 
-/// A concurrent queue: every task starts at once, on an idle thread of the queue or on a new one, so that a blocked task
-/// never keeps another waiting. Threads that stay idle for a while end. Posting is safe from any thread.
+/// A concurrent queue: every task starts at once, on an idle thread of the queue or on a new one, so that a
+/// blocked task never keeps another waiting. Threads that stay idle for a while end. Posting is safe from any
+/// thread.
 class DispatchQueue
 {
 public:

@@ -6,12 +6,6 @@
 
 namespace tidewright {
 
-namespace {
-
-const auto wakeUp = static_cast<QEvent::Type>(QEvent::registerEventType());
-
-} // namespace
-
 void MainQueue::post(Task task)
 {
     // Tasks lie in a list of our own, under our own lock: the event is only the bell.
@@ -22,15 +16,12 @@ void MainQueue::post(Task task)
         m_tasks.push_back(std::move(task));
     }
     if (first) {
-        QCoreApplication::postEvent(this, new QEvent(wakeUp));
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
     }
 }
 
-bool MainQueue::event(QEvent *event)
+void MainQueue::customEvent(QEvent *)
 {
-    if (event->type() != wakeUp) {
-        return QObject::event(event);
-    }
     // Only what waits now: a task that posts again lets the event loop handle input and paint first.
     std::deque<Task> tasks;
     {
@@ -41,12 +32,12 @@ bool MainQueue::event(QEvent *event)
         task();
         task = nullptr;
     }
-    return true;
 }
 
 MainQueue &mainQueue()
 {
-    static auto *queue = new MainQueue; // outlives main(): background threads may still post while the process ends
+    static auto *queue
+        = new MainQueue; // outlives main(): background threads may still post while the process ends
     return *queue;
 }
 

@@ -10,8 +10,9 @@
 
 namespace tidewright {
 
-/// The way to the main (user-interface) thread. Tasks run in the order in which they were posted, in the event loop.
-/// The one queue is made by the first call of `mainQueue()`, which must happen on the main thread.
+/// The way to the main (user-interface) thread. Tasks run in the order in which they were posted, in the
+/// event loop. The one queue is made by the first call of `mainQueue()`, which must happen on the main
+/// thread.
 class MainQueue : public QObject
 {
     Q_OBJECT
@@ -22,7 +23,7 @@ public:
     void post(Task task);
 
 protected:
-    bool event(QEvent *event) override;
+    void customEvent(QEvent *event) override;
 
 private:
     std::mutex m_mutex;
@@ -31,9 +32,9 @@ private:
 
 MainQueue &mainQueue();
 
-/// Runs `task` on the main thread unless `receiver` is gone by then. The pointer must have been made on the main thread.
-template<typename Receiver, typename Task>
-void postToMain(QPointer<Receiver> receiver, Task task)
+/// Runs `task` on the main thread unless `receiver` is gone by then. The pointer must have been made on the
+/// main thread.
+template <typename Receiver, typename Task> void postToMain(QPointer<Receiver> receiver, Task task)
 {
     mainQueue().post([receiver = std::move(receiver), task = std::move(task)]() mutable {
         if (receiver) {

@@ -109,7 +109,8 @@ bool KeptProcess::waitUntilExit(std::optional<std::chrono::milliseconds> limit) 
 
 ProcessKeeper &ProcessKeeper::instance()
 {
-    static auto *keeper = new ProcessKeeper; // outlives main(): ending its thread would end the children abruptly
+    static auto *keeper
+        = new ProcessKeeper; // outlives main(): ending its thread would end the children abruptly
     return *keeper;
 }
 
@@ -130,7 +131,8 @@ void ProcessKeeper::terminate(const std::shared_ptr<KeptProcess> &process)
     post([this, process] {
         const auto entry = m_entries.find(process->pid());
         if (entry == m_entries.end()) {
-            signalGroup(process->pid(), SIGKILL); // the child is over; what it left behind in its group goes too
+            signalGroup(
+                process->pid(), SIGKILL); // the child is over; what it left behind in its group goes too
         } else if (!entry->second.killAt) {
             signalGroup(process->pid(), SIGTERM);
             entry->second.killAt = Clock::now() + gracePeriod;
@@ -159,12 +161,14 @@ void ProcessKeeper::endAll(std::chrono::milliseconds grace)
 
 void ProcessKeeper::runAndWait(const std::function<void()> &task)
 {
-    std::promise<void> done;
-    post([&] {
+    const auto done
+        = std::make_shared<std::promise<void>>(); // the waiter may be gone before set_value returns
+    const std::future<void> ended = done->get_future();
+    post([&task, done] {
         task();
-        done.set_value();
+        done->set_value();
     });
-    done.get_future().wait();
+    ended.wait();
 }
 
 void ProcessKeeper::post(std::function<void()> task)
@@ -208,7 +212,7 @@ std::vector<pid_t> ProcessKeeper::waitForEndedChildren()
     std::vector<pollfd> polled{{m_wake.descriptor(), POLLIN, 0}};
     std::vector<pid_t> pids;
     for (const auto &[pid, entry] : m_entries) {
-        polled.push_back({entry.pidfd.get(), POLLIN, 0});
+        polled.push_back({entry.pidfd.get(), POLLIN, 0}); // ignored by poll once it is closed
         pids.push_back(pid);
     }
     std::vector<pid_t> ended;
@@ -243,41 +247,51 @@ void ProcessKeeper::noteExit(pid_t pid)
     if (info.si_pid != pid) {
         return;
     }
-    const std::shared_ptr<KeptProcess> process = entry->second.holder.lock();
-    m_entries.erase(entry);
+    KeptProcess &process = *entry->second.process;
+    if (info.si_code == CLD_KILLED || info.si_code == CLD_DUMPED) {
+        process.m_terminationSignal = info.si_status;
+    }
+    process.m_exited = true;
+    process.m_exitSignal.signal();
     {
         const std::lock_guard lock(m_mutex);
         --m_running;
     }
     m_childEnded.notify_all();
-    if (!process) {
-        ::waitpid(pid, nullptr, WNOHANG);
-        return;
+    if (entry->second.killAt) {
+        entry->second.pidfd.close(); // the rest of its group has the grace period too
+    } else {
+        m_entries.erase(entry);
     }
-    if (info.si_code == CLD_KILLED || info.si_code == CLD_DUMPED) {
-        process->m_terminationSignal = info.si_status;
-    }
-    process->m_exited = true;
-    process->m_exitSignal.signal();
 }
 
 void ProcessKeeper::killOverdue()
 {
-    for (auto &[pid, entry] : m_entries) {
+    for (auto next = m_entries.begin(); next != m_entries.end();) {
+        const auto current = next++;
+        auto &[pid, entry] = *current;
         if (entry.killAt && Clock::now() >= *entry.killAt) {
             signalGroup(pid, SIGKILL);
             entry.killAt = Clock::now() + gracePeriod;
+            if (entry.process->hasExited()) {
+                m_entries.erase(current);
+            }
         }
     }
 }
 
 ProcessKeeper::Started ProcessKeeper::spawn(const Request &request)
 {
-    static const QByteArray guard = QFile::encodeName(bundle::auxiliaryExecutable(QStringLiteral("child-guard")));
+    static const QByteArray guard
+        = QFile::encodeName(bundle::auxiliaryExecutable(QStringLiteral("child-guard")));
+    if (guard.isEmpty()) {
+        return {nullptr, QStringLiteral("the package is incomplete: child-guard is missing")};
+    }
     QByteArrayList arguments{QByteArrayLiteral("child-guard"), QByteArray::number(::getpid()),
         QByteArray::number(request.niceness), request.executable};
     arguments += request.arguments;
-    if (std::any_of(arguments.cbegin(), arguments.cend(), [](const QByteArray &a) { return a.contains('\0'); })) {
+    if (std::any_of(
+            arguments.cbegin(), arguments.cend(), [](const QByteArray &a) { return a.contains('\0'); })) {
         return {nullptr, QStringLiteral("an argument holds a NUL character")};
     }
     QByteArrayList environment;
@@ -297,7 +311,14 @@ ProcessKeeper::Started ProcessKeeper::spawn(const Request &request)
         return {nullptr, QString::fromLocal8Bit(std::strerror(failure))};
     }
     auto process = std::make_shared<KeptProcess>(pid);
-    m_entries[pid] = Entry{process, FileDescriptor(openPidfd(pid)), std::nullopt};
+    FileDescriptor pidfd(openPidfd(pid));
+    if (const int reason = errno; !pidfd.isOpen() || process->exitDescriptor() < 0) {
+        // A child whose end nobody would notice must not run.
+        signalGroup(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+        return {nullptr, QString::fromLocal8Bit(std::strerror(pidfd.isOpen() ? EMFILE : reason))};
+    }
+    m_entries[pid] = Entry{process, std::move(pidfd), std::nullopt};
     const std::lock_guard lock(m_mutex);
     ++m_running;
     return {process, QString()};

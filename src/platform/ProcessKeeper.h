@@ -23,8 +23,9 @@ namespace tidewright {
 
 /// One started child. Shared by its ChildProcess and the keeper; any thread.
 ///
-/// The ended child is reaped when the last holder lets go, so that its process-group number cannot be given to a stranger
-/// while somebody may still signal it.
+/// The ended child is reaped when the last holder lets go, so that its process-group number cannot be given
+/// to a stranger while somebody may still signal it. The keeper is a holder until the child has exited or,
+/// when it was asked to end, until its group is gone.
 class KeptProcess
 {
 public:
@@ -52,8 +53,9 @@ private:
     std::atomic<bool> m_exited = false;
 };
 
-/// Starts every child of the application and learns of its end, on one thread that lives as long as the process: the
-/// kernel's parent-death signal, which ends the children with a killed application, follows the starting thread.
+/// Starts every child of the application and learns of its end, on one thread that lives as long as the
+/// process: the kernel's parent-death signal, which ends the children with a killed application, follows the
+/// starting thread.
 class ProcessKeeper
 {
 public:
@@ -69,7 +71,7 @@ public:
     struct Started
     {
         std::shared_ptr<KeptProcess> process; // null when the child could not be started
-        QString error;                        // why, a sentence without its full stop
+        QString error; // why, a sentence without its full stop
     };
 
     static ProcessKeeper &instance();
@@ -77,7 +79,8 @@ public:
     /// Blocks for as long as the kernel needs to start a program. Any thread.
     Started start(const Request &request);
 
-    /// Asks a child and its group to end, and kills what is still there after a grace period. Any thread; never blocks.
+    /// Asks a child and its group to end, and kills what is still there after a grace period. Any thread;
+    /// never blocks.
     void terminate(const std::shared_ptr<KeptProcess> &process);
 
     /// For the end of the application: asks all children to end, waits at most `grace`, kills the rest.
@@ -87,9 +90,9 @@ private:
     using Clock = std::chrono::steady_clock;
     struct Entry
     {
-        std::weak_ptr<KeptProcess> holder;
-        FileDescriptor pidfd;
-        std::optional<Clock::time_point> killAt;
+        std::shared_ptr<KeptProcess> process;
+        FileDescriptor pidfd; // closed once the child has exited
+        std::optional<Clock::time_point> killAt; // the group was asked to end
     };
 
     ProcessKeeper();

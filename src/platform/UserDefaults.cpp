@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/UserDefaults.h"
 
-#include "platform/Diagnostics.h"
-
-#include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QSaveFile>
 #include <QStandardPaths>
+
+#include <atomic>
 
 namespace tidewright {
 
@@ -17,40 +13,42 @@ namespace {
 // JSON has no bytes: they stand as ["base64", TEXT], which no other value looks like.
 const auto dataMark = QStringLiteral("base64");
 
-UserDefaults *&replacement()
+std::atomic<UserDefaults *> &replacement()
 {
-    static UserDefaults *settings = nullptr;
+    static std::atomic<UserDefaults *> settings = nullptr;
     return settings;
-}
-
-/// Nothing when the file is there but does not hold settings.
-std::optional<QJsonObject> readSettings(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return QJsonObject();
-    }
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
 }
 
 } // namespace
 
 UserDefaults::UserDefaults(const QString &path)
-    : m_path(path)
-    , m_values(readSettings(path).value_or(QJsonObject()))
+    : m_store(std::make_shared<SettingsStore>(path))
 {
+    m_store->start();
+}
+
+UserDefaults &UserDefaults::operator=(UserDefaults &&other) noexcept
+{
+    std::swap(m_store, other.m_store);
+    return *this;
+}
+
+UserDefaults::~UserDefaults()
+{
+    if (m_store) {
+        flush();
+    }
 }
 
 std::optional<QString> UserDefaults::string(const QString &key) const
 {
-    const QJsonValue value = m_values.value(key);
+    const QJsonValue value = m_store->value(key);
     return value.isString() ? std::optional(value.toString()) : std::nullopt;
 }
 
 std::optional<UserDefaults::Dictionary> UserDefaults::dictionary(const QString &key) const
 {
-    const QJsonValue value = m_values.value(key);
+    const QJsonValue value = m_store->value(key);
     if (!value.isObject()) {
         return std::nullopt;
     }
@@ -67,16 +65,18 @@ std::optional<UserDefaults::Dictionary> UserDefaults::dictionary(const QString &
 
 std::optional<QByteArray> UserDefaults::data(const QString &key) const
 {
-    const QJsonArray array = m_values.value(key).toArray();
-    if (array.size() != 2 || array.first().toString() != dataMark) {
+    const QJsonArray array = m_store->value(key).toArray();
+    if (array.size() != 2 || array.first().toString() != dataMark || !array.last().isString()) {
         return std::nullopt;
     }
-    return QByteArray::fromBase64(array.last().toString().toLatin1());
+    const auto bytes = QByteArray::fromBase64Encoding(
+        array.last().toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    return bytes ? std::optional(bytes.decoded) : std::nullopt;
 }
 
 void UserDefaults::set(const QString &key, const QString &value)
 {
-    store(key, value);
+    m_store->put(key, value);
 }
 
 void UserDefaults::set(const QString &key, const Dictionary &value)
@@ -85,40 +85,28 @@ void UserDefaults::set(const QString &key, const Dictionary &value)
     for (auto entry = value.begin(); entry != value.end(); ++entry) {
         object.insert(entry.key(), entry.value());
     }
-    store(key, object);
+    m_store->put(key, object);
 }
 
 void UserDefaults::set(const QString &key, const QByteArray &value)
 {
-    store(key, QJsonArray{dataMark, QString::fromLatin1(value.toBase64())});
+    m_store->put(key, QJsonArray{dataMark, QString::fromLatin1(value.toBase64())});
 }
 
 void UserDefaults::remove(const QString &key)
 {
-    store(key, QJsonValue(QJsonValue::Undefined));
+    m_store->put(key, QJsonValue(QJsonValue::Undefined));
 }
 
-void UserDefaults::store(const QString &key, const QJsonValue &value)
+bool UserDefaults::flush(std::chrono::milliseconds limit) const
 {
-    if (const auto current = readSettings(m_path)) {
-        m_values = *current;
-    } else {
-        QFile::rename(
-            m_path, m_path + QLatin1String(".unreadable")); // whatever it holds, it is not ours to discard
-    }
-    m_values.insert(key, value); // an undefined value removes the key
-    QDir().mkpath(QFileInfo(m_path).path());
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
-        || file.write(QJsonDocument(m_values).toJson()) < 0 || !file.commit()) {
-        writeDiagnostic(QLatin1String("Unable to write settings: ") + file.errorString());
-    }
+    return m_store->flush(limit);
 }
 
 UserDefaults &userDefaults()
 {
-    if (replacement()) {
-        return *replacement();
+    if (UserDefaults *settings = replacement()) {
+        return *settings;
     }
     static UserDefaults settings(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
         + QLatin1String("/com.brindle.Tidewright/settings.json"));

@@ -73,8 +73,8 @@ qsizetype incompleteUtf8Tail(QByteArrayView bytes)
         if ((byte & 0xC0) == 0x80) {
             continue;
         }
-        const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
-        return length > back && byte < 0xF8 ? back : 0;
+        const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC2 ? 2 : 1;
+        return length > back && byte < 0xF5 ? back : 0; // 0xC0, 0xC1 and 0xF5 onwards begin no character
     }
     return 0;
 }

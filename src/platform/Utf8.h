@@ -14,7 +14,8 @@ std::optional<QString> decodeUtf8(QByteArrayView bytes);
 /// Removes white space (Unicode space separators, tab) and line ends from both ends of valid UTF-8.
 QByteArray trimmedUtf8(QByteArray bytes);
 
-/// How many bytes at the end of `bytes` are the beginning of a character whose rest has not come yet (0 to 3).
+/// How many bytes at the end of `bytes` are the beginning of a character whose rest has not come yet (0 to
+/// 3).
 qsizetype incompleteUtf8Tail(QByteArrayView bytes);
 
 } // namespace tidewright

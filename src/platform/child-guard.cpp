@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // child-guard PARENT-PID NICE PROGRAM [ARGUMENT...]
 //
-// posix_spawn cannot ask the kernel to end a child together with its parent, so the application starts this, which asks
-// and then becomes PROGRAM. The request survives exec. NICE is added to the CPU priority value (0 leaves it).
+// posix_spawn cannot ask the kernel to end a child together with its parent, so the application starts this,
+// which asks and then becomes PROGRAM. The request survives exec. NICE is added to the CPU priority value (0
+// leaves it). Of the descriptors only the three standard ones are passed on.
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -25,9 +26,13 @@ int main(int argc, char **argv)
     if (const int niceness = std::atoi(argv[2]); niceness != 0 && nice(niceness) == -1) {
         // A child at full speed is better than none.
     }
-    // Children run in a process group of their own. One that reads the terminal the application was started from would
-    // be stopped for ever; ignoring the signal turns that read into an error that the child reports.
+    // Children run in a process group of their own. One that reads the terminal the application was started
+    // from would be stopped for ever; ignoring the signal turns that read into an error that the child
+    // reports.
     std::signal(SIGTTIN, SIG_IGN);
+    // Whoever started the application, or a library in it, may have left descriptors open that are not
+    // close-on-exec.
+    close_range(3, ~0U, 0);
     execv(argv[3], argv + 3);
     std::fprintf(stderr, "%s: %s\n", argv[3], std::strerror(errno));
     return 127;

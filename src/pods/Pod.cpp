@@ -6,6 +6,8 @@
 
 #include <QSet>
 
+#include <algorithm>
+#include <charconv>
 #include <limits>
 
 namespace tidewright {
@@ -28,21 +30,46 @@ QStringList words(QByteArrayView field)
     return QString::fromUtf8(field).split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
-/// Counts that are no numbers, and those beyond what 64 bits hold, count as nothing.
+/// The container names of a pod. Neighbours in a listing are mostly pods of one workload and share one list.
+QStringList containerNames(QByteArrayView field)
+{
+    thread_local QByteArray lastField;
+    thread_local QStringList lastNames;
+    if (field != lastField) {
+        lastField = field.toByteArray();
+        lastNames = words(field);
+    }
+    return lastNames;
+}
+
+/// A phase; nearly all pods have the same.
+QString phaseText(QByteArrayView field)
+{
+    static const QString running = QStringLiteral("Running");
+    return field == "Running" ? running : QString::fromUtf8(field);
+}
+
+/// Counts that are no numbers, and what goes beyond 64 bits, count as nothing.
 qint64 sumOfNumbers(QByteArrayView field)
 {
     qint64 sum = 0;
-    for (const QString &word : words(field)) {
-        const qint64 count = qMax<qint64>(0, word.toLongLong());
-        if (sum <= std::numeric_limits<qint64>::max() - count) {
+    for (const char *begin = field.begin(), *end = field.end(); begin < end;) {
+        const char *const blank = std::find(begin, end, ' ');
+        qint64 count = 0;
+        const auto [rest, error] = std::from_chars(begin, blank, count);
+        if (error == std::errc() && rest == blank && count > 0 && sum <= std::numeric_limits<qint64>::max() - count) {
             sum += count;
         }
+        begin = blank + (blank < end);
     }
     return sum;
 }
 
 QString distinctWords(QByteArrayView field)
 {
+    if (field.isEmpty()) {
+        return {};
+    }
     QStringList distinct = words(field);
     distinct.removeDuplicates();
     return distinct.join(QLatin1String(", "));
@@ -58,11 +85,11 @@ void assignPod(const Fields &fields, KubeTableItem &item)
     auto &pod = static_cast<Pod &>(item);
     pod.readyCount = fields[Ready].count("true");
     pod.notReadyCount = fields[Ready].count("false");
-    pod.status = QString::fromUtf8(fields[Phase]);
+    pod.status = phaseText(fields[Phase]);
     pod.restarts = sumOfNumbers(fields[Restarts]);
     pod.reason = distinctWords(fields[Reasons]);
     pod.startTimeString = QString::fromUtf8(fields[StartTime]);
-    const QStringList containers = words(fields[Containers]);
+    const QStringList containers = containerNames(fields[Containers]);
     if (!sameNames(containers, pod.containers)) {
         pod.containers = containers;
     }
@@ -78,7 +105,7 @@ std::vector<Column> podColumns()
     const auto number = Qt::AlignRight | Qt::AlignVCenter;
     const auto text = Qt::AlignLeft | Qt::AlignVCenter;
     return {
-        nameColumn(300),
+        nameColumn(330),
         {QStringLiteral("status"), QStringLiteral("Status"),
             [](const auto &item) { return podOf(item).isReadyText(); },
             [](const auto &item) { return SortKey(naturalSortKey(podOf(item).isReadyText())); }, text, 210,

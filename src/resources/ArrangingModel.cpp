@@ -164,15 +164,15 @@ void ArrangingModel::hide(std::span<const int> positions)
     if (positions.empty()) {
         return;
     }
-    std::vector<int> rows;
-    rows.reserve(positions.size());
+    const auto count = static_cast<int>(positions.size());
+    int first = rowCount();
+    int last = 0;
     for (const int position : positions) {
-        rows.push_back(std::exchange(m_rows[static_cast<std::size_t>(position)], -1));
+        const int row = std::exchange(m_rows[static_cast<std::size_t>(position)], -1);
+        first = std::min(first, row);
+        last = std::max(last, row);
     }
-    std::sort(rows.begin(), rows.end());
-    const auto count = static_cast<int>(rows.size());
-    int first = rows.front();
-    if (!areAdjacent<int>(rows)) {
+    if (last - first + 1 != count) {
         Positions order = m_positions;
         std::stable_partition(order.begin(), order.end(),
             [this](int position) { return m_rows[static_cast<std::size_t>(position)] >= 0; });

@@ -18,7 +18,7 @@ struct KubeTableItem
 
     QString name; ///< as kubectl printed it; the key by which rows are matched and objects addressed
     QString foldedName; ///< `name` for searches without regard to case
-    QByteArray nameSortKey; ///< the natural order of `name`, made once with the row
+    QByteArray nameSortKey; ///< the natural order of `name`, made off the main thread with the row
     QString startTimeString; ///< the creation time as kubectl printed it, unparsed
     /// Seconds from the start time to the moment the age text was last produced, 0 until then. Main thread
     /// only, so a copy starts with 0 and the table hands the value on when it puts the copy in this row's

@@ -44,8 +44,10 @@ void ListingPipeline::load(
         arguments, logToConsole, nullptr, [self = QPointer(this), id, shell](const ShellResult &result) {
             const auto child = shell->process();
             const bool ended = child && child->waitUntilExit(exitNotice);
-            postToMain(self, [id, result, signal = ended ? child->terminationSignal() : std::nullopt](
-                                 ListingPipeline &pipeline) { pipeline.listingArrived(id, result, signal); });
+            const auto signal = ended ? child->terminationSignal() : std::nullopt;
+            postToMain(self, [id, result, isText = shell->outputWasText(), signal](ListingPipeline &pipeline) {
+                pipeline.listingArrived(id, result, isText, signal);
+            });
         });
 }
 
@@ -88,7 +90,8 @@ ListingPipeline::Load *ListingPipeline::find(quint64 id)
     return load == m_loads.end() ? nullptr : &*load;
 }
 
-void ListingPipeline::listingArrived(quint64 id, const ShellResult &result, std::optional<int> signal)
+void ListingPipeline::listingArrived(
+    quint64 id, const ShellResult &result, bool isText, std::optional<int> signal)
 {
     Load *load = find(id);
     if (!load) {
@@ -100,6 +103,7 @@ void ListingPipeline::listingArrived(quint64 id, const ShellResult &result, std:
     }
     load->listing = result.output;
     load->outcome.error = result.error;
+    load->outcome.isText = isText;
     load->outcome.signal = signal;
     m_arrived.push_back(id);
     mergeNext();

@@ -17,6 +17,7 @@ struct LoadOutcome
     QDateTime startedAt;
     bool stopped = false;         ///< the user ended it; the rows are what they were
     std::optional<QString> error; ///< what kubectl wrote to standard error, or the runner's message
+    bool isText = true;           ///< false when the listing was not UTF-8 and nothing of it could be read
     std::optional<int> signal;    ///< that ended kubectl half-way: rows may be missing
     std::size_t lines = 0;
     std::size_t skippedLines = 0; ///< of these, lines that were not rows of this kind
@@ -70,7 +71,7 @@ private:
     };
 
     Load *find(quint64 id);
-    void listingArrived(quint64 id, const ShellResult &result, std::optional<int> signal);
+    void listingArrived(quint64 id, const ShellResult &result, bool isText, std::optional<int> signal);
     void mergeNext();
     void merged(quint64 id, std::shared_ptr<MergeResult> result);
     void applySlice(quint64 id);

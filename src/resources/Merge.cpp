@@ -18,13 +18,9 @@ class NameIndex
 public:
     explicit NameIndex(const Rows &rows)
     {
-        m_names.reserve(rows.size());
         m_positions.reserve(static_cast<qsizetype>(rows.size()));
-        for (const Row &row : rows) {
-            m_names.push_back(row->name.toUtf8());
-        }
         for (std::size_t i = rows.size(); i-- > 0;) {
-            m_positions.insert(m_names[i], i); // an earlier row takes the place of a later one
+            m_positions.insert(nameOf(*rows[i]), i); // an earlier row takes the place of a later one
         }
     }
 
@@ -35,8 +31,16 @@ public:
     }
 
 private:
-    std::vector<QByteArray> m_names;
-    QHash<QByteArrayView, std::size_t> m_positions; // views into m_names
+    QByteArrayView nameOf(const KubeTableItem &row)
+    {
+        if (const qsizetype end = row.listingLine.indexOf('\t'); end >= 0) {
+            return QByteArrayView(row.listingLine).first(end);
+        }
+        return m_encodedNames.emplace_back(row.name.toUtf8());
+    }
+
+    std::vector<QByteArray> m_encodedNames;
+    QHash<QByteArrayView, std::size_t> m_positions; // views into the rows and into m_encodedNames
 };
 
 void split(QByteArrayView text, char separator, std::vector<QByteArrayView> &pieces)

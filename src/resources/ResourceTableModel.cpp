@@ -111,7 +111,7 @@ void ResourceTableModel::removeRowsAt(std::span<const std::size_t> ascendingPosi
     Q_EMIT rowsAboutToBeRemovedAt(ascendingPositions);
     const auto count = static_cast<int>(ascendingPositions.size());
     int first = static_cast<int>(ascendingPositions.front());
-    if (!areAdjacent(ascendingPositions)) {
+    if (ascendingPositions.back() - ascendingPositions.front() + 1 != ascendingPositions.size()) {
         moveToTail(ascendingPositions);
         first = rowCount() - count;
     }

@@ -8,6 +8,8 @@
 #include <QMenu>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace tidewright {
 
 ResourceTableView::ResourceTableView(ArrangingModel &model, QWidget *parent)
@@ -41,6 +43,11 @@ void ResourceTableView::setUpHeader()
 {
     QHeaderView *header = horizontalHeader();
     header->setHighlightSections(false);
+    // Titles start where the texts below them do.
+    header->setStyleSheet(QStringLiteral("QHeaderView { background: palette(window); border: none; }"
+                                         "QHeaderView::section { background: palette(window); border: none;"
+                                         " border-bottom: 1px solid palette(mid); padding: 5px %1px 5px %1px; }")
+                              .arg(RowDelegate::sidePadding + 2));
     header->setStretchLastSection(true);
     header->setSectionsMovable(true);
     header->setMinimumSectionSize(40);
@@ -50,6 +57,13 @@ void ResourceTableView::setUpHeader()
     setSortingEnabled(true);
     header->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(header, &QWidget::customContextMenuRequested, this, &ResourceTableView::showHeaderMenu);
+}
+
+QModelIndexList ResourceTableView::selectedRowsInOrder() const
+{
+    QModelIndexList rows = selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end());
+    return rows;
 }
 
 void ResourceTableView::setEmptyText(const QString &sentence, const QString &details)

@@ -20,6 +20,9 @@ public:
     /// The arranged row that the open context menu belongs to, -1 when there is none.
     int clickedRow() const { return m_clickedRow.isValid() ? m_clickedRow.row() : -1; }
 
+    /// The selected rows from top to bottom.
+    QModelIndexList selectedRowsInOrder() const;
+
     /// What an empty table shows: a sentence, and details below it in smaller text.
     void setEmptyText(const QString &sentence, const QString &details);
 

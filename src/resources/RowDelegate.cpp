@@ -4,6 +4,8 @@
 #include "resources/NamedImages.h"
 #include "resources/ResourceTableModel.h"
 
+#include <QApplication>
+
 namespace tidewright {
 
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
@@ -22,8 +24,17 @@ void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
 
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
+    paintPadded(painter, option, index, sidePadding);
+}
+
+void RowDelegate::paintPadded(
+    QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index, int leftPadding) const
+{
     QStyleOptionViewItem cell(option);
     cell.state &= ~QStyle::State_HasFocus; // the row is the unit; a frame around one cell only distracts
+    const QStyle *style = cell.widget ? cell.widget->style() : QApplication::style();
+    style->drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget); // the whole cell's background
+    cell.rect.adjust(leftPadding, 0, -sidePadding, 0);
     QStyledItemDelegate::paint(painter, cell, index);
 }
 

@@ -13,9 +13,14 @@ class RowDelegate : public QStyledItemDelegate
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
+    /// Room on both sides of every cell, in pixels at 100 %; the header leaves the same.
+    static constexpr int sidePadding = 6;
+
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    void paintPadded(
+        QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index, int leftPadding) const;
 };
 
 } // namespace tidewright

@@ -113,6 +113,9 @@ void RowOrder::sortLevel(const Level &level, std::span<Item> items, std::vector<
     const auto keyAt = [&level](const Item &item) -> const Key & {
         return level.keys[static_cast<std::size_t>(item.position)];
     };
+    const auto blockLess = [](const Item &a, const Item &b) {
+        return a.block != b.block ? a.block < b.block : a.position < b.position;
+    };
     const quint64 mask = level.descending ? ~quint64(0) : 0;
     std::vector<std::span<Item>> runs{items};
     std::vector<std::span<Item>> nextRuns;
@@ -129,9 +132,9 @@ void RowOrder::sortLevel(const Level &level, std::span<Item> items, std::vector<
                                                   : blockAt(key.text, offset);
                 item.block = block ^ mask;
             }
-            std::sort(run.begin(), run.end(), [](const Item &a, const Item &b) {
-                return a.block != b.block ? a.block < b.block : a.position < b.position;
-            });
+            if (!std::is_sorted(run.begin(), run.end(), blockLess)) { // equal texts are common
+                std::sort(run.begin(), run.end(), blockLess);
+            }
             for (auto begin = run.begin(); begin != run.end();) {
                 const auto end = std::find_if(begin, run.end(),
                     [block = begin->block](const Item &item) { return item.block != block; });

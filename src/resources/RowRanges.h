@@ -18,13 +18,6 @@ struct RowRange
 /// The ranges that ascending rows form; when these are many, the one range around all of them.
 std::vector<RowRange> rowRanges(std::span<const int> ascendingRows);
 
-/// True when ascending rows follow each other without a gap.
-template <typename T> bool areAdjacent(std::span<const T> ascendingRows)
-{
-    return !ascendingRows.empty()
-        && ascendingRows.back() - ascendingRows.front() + 1 == static_cast<T>(ascendingRows.size());
-}
-
 /// Where indexes go when the rows of their model move; `newRows` has the new row of each old one.
 QModelIndexList movedIndexes(const QModelIndexList &indexes, std::span<const int> newRows);
 

@@ -3,10 +3,11 @@
 
 #include "platform/Diagnostics.h"
 #include "platform/MainQueue.h"
-#include "resources/Confirmation.h"
-#include "resources/PreviewFiles.h"
+#include "resources/LoadProblem.h"
 #include "resources/PreviewPanel.h"
 #include "resources/ResourceTableView.h"
+#include "resources/RowDeletion.h"
+#include "resources/TablePreviews.h"
 #include "resources/TableStatusBar.h"
 
 #include <QApplication>
@@ -16,7 +17,6 @@
 #include <QLocale>
 #include <QMenu>
 #include <QProgressBar>
-#include <QRegularExpression>
 #include <QVBoxLayout>
 
 namespace tidewright {
@@ -26,26 +26,6 @@ namespace {
 constexpr std::chrono::seconds refreshInterval(30);
 constexpr std::chrono::seconds reloadDelay(1);
 constexpr std::chrono::milliseconds progressDelay(300); // a quick refresh does not flicker
-
-QString firstLine(const QString &text)
-{
-    return text.trimmed().section(QLatin1Char('\n'), 0, 0);
-}
-
-/// kubectl writes log lines for its developers ("E1122 21:14:24.176194 12847 memcache.go:265] ...") before the sentence
-/// for its user. That sentence comes first here; the log lines follow once each, without their time.
-QString sentenceFirst(const QString &errorText)
-{
-    static const QRegularExpression logLine(QStringLiteral(R"(^[EWIF]\d{4} [\d:.]+\s+\d+ [^\]]*\] ?)"));
-    QStringList sentences;
-    QStringList logged;
-    for (const QString &line : errorText.trimmed().split(QLatin1Char('\n'))) {
-        const auto match = logLine.match(line);
-        (match.hasMatch() ? logged : sentences).append(line.mid(match.capturedLength()));
-    }
-    logged.removeDuplicates();
-    return (sentences + logged).join(QLatin1Char('\n'));
-}
 
 } // namespace
 
@@ -57,7 +37,7 @@ SharedContentViewController::SharedContentViewController(ResourceKind kind, Wind
     , m_pipeline(new ListingPipeline(*m_model, this))
     , m_tableView(new ResourceTableView(*m_arranged))
     , m_statusBar(new TableStatusBar)
-    , m_previews(std::make_unique<PreviewFiles>())
+    , m_previews(std::make_unique<TablePreviews>(*m_tableView, m_window, this->kind().resourceName))
 {
     m_tableView->setAccessibleName(this->kind().tableName);
     for (int column = 0; column < m_model->columnCount(); ++column) {
@@ -118,7 +98,7 @@ void SharedContentViewController::connectParts()
     connect(m_tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         updateStatus();
         Q_EMIT selectionChanged();
-        PreviewPanel::shared().selectionChanged(*this);
+        PreviewPanel::shared().selectionChanged(*m_previews);
     });
 }
 
@@ -205,28 +185,10 @@ void SharedContentViewController::applyOutcome(const LoadOutcome &outcome)
         }
     } else {
         m_rowsAsOf = outcome.startedAt;
-        m_problem = problemOf(outcome);
+        m_problem = loadProblem(outcome);
     }
     updateStatus();
     Q_EMIT loadFinished();
-}
-
-QString SharedContentViewController::problemOf(const LoadOutcome &outcome)
-{
-    if (outcome.error) {
-        const QString text = sentenceFirst(*outcome.error);
-        return text.isEmpty() ? tr("kubectl failed without saying why.") : text;
-    }
-    if (outcome.signal) {
-        return tr("kubectl was ended by signal %1 before it had finished: rows may be missing.").arg(*outcome.signal);
-    }
-    if (outcome.skippedLines > 0) {
-        return tr("%1 of %2 lines of the listing could not be read.\nThe first of them: %3")
-            .arg(outcome.skippedLines)
-            .arg(outcome.lines)
-            .arg(outcome.firstSkippedLine);
-    }
-    return {};
 }
 
 void SharedContentViewController::updateStatus()
@@ -278,20 +240,13 @@ QString SharedContentViewController::emptyReason() const
         : tr("No %1 in namespace %2.").arg(noun, m_window.currentNamespace());
 }
 
-QModelIndexList SharedContentViewController::selectedRows() const
-{
-    QModelIndexList rows = m_tableView->selectionModel()->selectedRows();
-    std::sort(rows.begin(), rows.end());
-    return rows;
-}
-
 QStringList SharedContentViewController::chosenNames() const
 {
     if (const int clicked = m_tableView->clickedRow(); clicked >= 0) {
         return {m_arranged->arrangedRow(clicked)->name};
     }
     QStringList names;
-    for (const QModelIndex &index : selectedRows()) {
+    for (const QModelIndex &index : m_tableView->selectedRowsInOrder()) {
         names.append(m_arranged->arrangedRow(index.row())->name);
     }
     return names;
@@ -328,54 +283,10 @@ void SharedContentViewController::editConfiguration()
 
 void SharedContentViewController::deleteRows()
 {
-    const QStringList names = chosenNames();
-    if (names.isEmpty()) {
-        return;
-    }
-    const QString message = names.size() == 1
-        ? QStringLiteral("Are you sure you want to delete the %1 \"%2\"?")
-              .arg(kind().humanReadableResourceName, names.first())
-        : QStringLiteral("Are you sure you want to delete %1 %2s?")
-              .arg(names.size())
-              .arg(kind().humanReadableResourceName);
-    showConfirmation(this, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
-        QStringLiteral("Cancel"), nullptr,
-        [self = QPointer(this), names, context = m_window.currentContext(),
-            nameSpace = m_window.currentNamespace()](bool confirmed) {
-            if (self && confirmed) {
-                self->deleteNow(names, context, nameSpace);
-            }
-        });
-}
-
-/// Deletes what the user saw in the given context and namespace, and nothing anywhere else: kubectl takes both from the
-/// kubeconfig here, so that must name them when the command starts.
-void SharedContentViewController::deleteNow(
-    const QStringList &names, const QString &context, const QString &nameSpace)
-{
-    const QString refusal = QStringLiteral("Nothing was deleted: ");
-    if (kind().namespaced && nameSpace == allNamespaces) {
-        postConsoleEntry(m_window.console(), QString(), QString(),
-            makeConsoleError(refusal + tr("choose a namespace first. While all namespaces are shown, kubectl cannot "
-                                          "tell which of them a %1 is in.")
-                                           .arg(kind().humanReadableResourceName)));
-        return;
-    }
-    m_window.agreeWithKubeConfig([self = QPointer(this), names, context, nameSpace, refusal](bool agreed) {
-        if (!self || !agreed) {
-            return;
+    confirmAndDelete(*this, m_window, kind(), chosenNames(), [self = QPointer(this)] {
+        if (self) {
+            self->reloadSoon();
         }
-        WindowState &window = self->m_window;
-        if (window.currentContext() != context || window.currentNamespace() != nameSpace) {
-            postConsoleEntry(window.console(), QString(), QString(),
-                makeConsoleError(refusal + tr("the window shows another context or namespace by now.")));
-            return;
-        }
-        window.kubeCtl().makeShell()->runAsync(
-            QStringList{QStringLiteral("kubectl"), QStringLiteral("delete"), self->kind().resourceName} + names, true,
-            nullptr, [self](const ShellResult &) {
-                postToMain(self, [](SharedContentViewController &table) { table.reloadSoon(); });
-            });
     });
 }
 
@@ -386,57 +297,16 @@ void SharedContentViewController::reloadSoon()
 
 void SharedContentViewController::showQuickLookPanel()
 {
-    if (const int clicked = m_tableView->clickedRow(); clicked >= 0 && selectedRows().isEmpty()) {
+    const int clicked = m_tableView->clickedRow();
+    if (clicked >= 0 && !m_tableView->selectionModel()->isRowSelected(clicked)) {
         m_tableView->selectRow(clicked);
     }
-    PreviewPanel::shared().present(*this, *this);
+    PreviewPanel::shared().present(*m_previews, *this);
 }
 
 void SharedContentViewController::stopLoading()
 {
     m_pipeline->stop();
-}
-
-int SharedContentViewController::numberOfPreviewItems() const
-{
-    return static_cast<int>(selectedRows().size());
-}
-
-QString SharedContentViewController::previewItemTitle(int index) const
-{
-    const QModelIndexList rows = selectedRows();
-    return index < rows.size() ? m_arranged->arrangedRow(rows.at(index).row())->name : QString();
-}
-
-void SharedContentViewController::loadPreviewItem(int index, PreviewReady ready)
-{
-    const QString name = previewItemTitle(index);
-    const QString path = PreviewFiles::pathFor(m_window.currentNamespace(), name);
-    if (const auto recent = m_previews->recent(path)) {
-        ready(recent, QString());
-        return;
-    }
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
-        m_window.currentNamespace(), kind().resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
-    m_window.kubeCtl().makeShell()->runAsync(arguments, false, nullptr,
-        [self = QPointer(this), name, path, ready = std::move(ready)](const ShellResult &result) {
-            postToMain(self, [name, path, ready, result](SharedContentViewController &table) {
-                if (result.error) {
-                    ready(std::nullopt, *result.error);
-                } else {
-                    ready(table.m_previews->store(path, name, result.output), QString());
-                }
-            });
-        });
-}
-
-void SharedContentViewController::movePreviewSelection(int rows)
-{
-    const QModelIndexList selected = selectedRows();
-    const int target = selected.isEmpty() ? 0 : selected.first().row() + rows;
-    if (target >= 0 && target < m_arranged->rowCount()) {
-        m_tableView->selectRow(target);
-    }
 }
 
 void SharedContentViewController::showContextMenu(const QPoint &position)

@@ -3,7 +3,6 @@
 
 #include "resources/ArrangingModel.h"
 #include "resources/ListingPipeline.h"
-#include "resources/PreviewSource.h"
 #include "resources/WindowState.h"
 
 #include <QDateTime>
@@ -19,14 +18,14 @@ class QProgressBar;
 
 namespace tidewright {
 
-class PreviewFiles;
 class ResourceTableView;
+class TablePreviews;
 class TableStatusBar;
 
 /// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load cycle that
 /// runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs commands of its own
 /// derives from it. Main thread only.
-class SharedContentViewController : public QWidget, public PreviewSource
+class SharedContentViewController : public QWidget
 {
     Q_OBJECT
 public:
@@ -63,12 +62,6 @@ public:
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in display order.
     QStringList chosenNames() const;
 
-    // The preview panel's data source.
-    int numberOfPreviewItems() const override;
-    QString previewItemTitle(int index) const override;
-    void loadPreviewItem(int index, PreviewReady ready) override;
-    void movePreviewSelection(int rows) override;
-
 public Q_SLOTS:
     void reloadContent();
     void selectFilter();
@@ -99,7 +92,6 @@ protected:
 
     /// Loads again one second from now, for the time after a change to the cluster.
     void reloadSoon();
-    QModelIndexList selectedRows() const;
 
 private:
     void buildLayout();
@@ -108,10 +100,8 @@ private:
     void startLoad(bool logToConsole, bool unattended);
     QStringList listingArguments() const;
     void applyOutcome(const LoadOutcome &outcome);
-    static QString problemOf(const LoadOutcome &outcome);
     void updateStatus();
     void showContextMenu(const QPoint &position);
-    void deleteNow(const QStringList &names, const QString &context, const QString &nameSpace);
     QString emptyReason() const;
 
     WindowState &m_window;
@@ -127,7 +117,7 @@ private:
     QDateTime m_rowsAsOf;
     QString m_problem;
     int m_niceness = 0; // of the kubectl runs of the load that is being started
-    std::unique_ptr<PreviewFiles> m_previews;
+    std::unique_ptr<TablePreviews> m_previews;
 };
 
 } // namespace tidewright

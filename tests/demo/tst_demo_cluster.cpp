@@ -26,6 +26,7 @@ private Q_SLOTS:
     void deleteReturnsAndThePodIsReplaced();
     void scaleMovesOverTime_data() { clientRows(); }
     void scaleMovesOverTime();
+    void crashLoopGoesOn();
     void scaleOfStillClusterIsThereAtOnce_data() { clientRows(); }
     void scaleOfStillClusterIsThereAtOnce();
     void editGoesThroughTheEditor_data() { clientRows(); }
@@ -373,6 +374,18 @@ void TestDemoCluster::scaleMovesOverTime()
     demo.kubectl({u"scale"_s, u"--replicas=1"_s, u"deployment/web"_s});
     QTRY_COMPARE_WITH_TIMEOUT(runningPods(demo, u"web"_s), 1, 10000);
     QTRY_COMPARE(ready(), u"1"_s);
+}
+
+void TestDemoCluster::crashLoopGoesOn()
+{
+    const DemoProcess demo({}, m_clients[0]);
+    const auto restarts = [&demo] {
+        return demo
+            .kubectl({u"get"_s, u"po"_s, u"-nshop"_s, u"-lapp=cart"_s,
+                u"-ojsonpath={.items[*].status.containerStatuses[?(@.restartCount>0)].restartCount}"_s})
+            .output;
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(restarts(), u"18"_s, 15000);
 }
 
 void TestDemoCluster::scaleOfStillClusterIsThereAtOnce()

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/NaturalOrder.h"
 #include "platform/Timestamp.h"
 #include "resources/ResourceKind.h"
 
@@ -23,6 +22,8 @@ struct SampleItem : KubeTableItem
         note = noteField.isEmpty() ? note : noteField;
         startTimeString = startField;
     }
+
+    QString ageOfNote() const { return ageSince(note, false); }
 
     friend bool operator==(const SampleItem &, const SampleItem &) = default;
 };

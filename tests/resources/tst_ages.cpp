@@ -91,6 +91,8 @@ private Q_SLOTS:
         QCOMPARE(row.startTimeInterval, 90.0);
         fakeNow += 4 * 86400;
         QCOMPARE(row.getAge(), QStringLiteral("4 days"));
+        row.note = QStringLiteral("2019-04-05T10:00:00Z");
+        QCOMPARE(row.ageOfNote(), QStringLiteral("1 day")); // and nothing stored
         row.startTimeString = QStringLiteral("2019-04-02T10:00:00.5Z");
         QCOMPARE(row.getAge(), QStringLiteral("<unknown>"));
         QCOMPARE(row.startTimeInterval, 90.0 + 4 * 86400);

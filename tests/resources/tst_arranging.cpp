@@ -222,6 +222,7 @@ private Q_SLOTS:
         int changes = 0;
         countSignals(arranged, changes);
         arranged.setSorts({{0, Qt::AscendingOrder}});
+        arranged.setSorts({{0, Qt::AscendingOrder}, {1, Qt::DescendingOrder}}); // the same, as names differ
         arranged.setFilter(QStringLiteral("B"));
         model.appendRows({});
         model.replaceRows({});

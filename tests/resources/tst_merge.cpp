@@ -182,17 +182,24 @@ private Q_SLOTS:
         std::atomic<int> faults = 0;
         for (int round = 0; round < 60; ++round) {
             Rows fresh;
-            for (int i = 0; i < 40; ++i) {
+            for (int i = 0; i < 100; ++i) {
                 fresh.push_back(std::make_shared<SampleItem>(QStringLiteral("pod-%1-%2").arg(round).arg(i)));
             }
             model.appendRows(fresh);
-            std::thread worker([&faults, kind = model.kind(), snapshot = model.snapshot()]() mutable {
-                for (int i = 0; i < 3; ++i) {
-                    const auto result = mergeListing(kind, listingOf(*snapshot).toUtf8(), *snapshot);
-                    faults += !result.changed.empty() || !result.stale.empty() || !result.added.empty();
-                }
-                snapshot.reset();
-            });
+            std::atomic<bool> released = false;
+            std::thread worker(
+                [&faults, &released, kind = model.kind(), snapshot = model.snapshot()]() mutable {
+                    for (int i = 0; i < 3; ++i) {
+                        const auto result = mergeListing(kind, listingOf(*snapshot).toUtf8(), *snapshot);
+                        faults += !result.changed.empty() || !result.stale.empty() || !result.added.empty();
+                    }
+                    faults += static_cast<int>(std::count(snapshot->begin(), snapshot->end(), nullptr));
+                    snapshot.reset();
+                    released.store(true, std::memory_order_relaxed); // which orders nothing: the model has to
+                });
+            while (round % 2 && !released.load(std::memory_order_relaxed)) {
+                std::this_thread::yield();
+            }
             for (int i = 0; i < 20; ++i) {
                 const auto position = static_cast<std::size_t>(below(model.rowCount()));
                 auto copy = std::make_shared<SampleItem>(sample(*model.tableItems()[position]));

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/EnvVarTableModel.h"
+#include "app/PreferencesViewController.h"
+
+class QButtonGroup;
+class QTableView;
+
+namespace tidewright {
+
+/// The environment variables of custom actions, in a table to edit. Ending an edit and deleting save them
+/// all; of several rows with one name the last counts. The settings are read once, when the pane is first
+/// shown.
+class AdvancedPreferencesViewController : public PreferencesViewController
+{
+    Q_OBJECT
+public:
+    enum Segment { AddSegment, DeleteSegment };
+
+    explicit AdvancedPreferencesViewController(QWidget *parent = nullptr);
+
+    QTableView *envvarTableView() const { return m_envvarTableView; }
+    /// Two buttons, whose ids are the segments.
+    QButtonGroup *envvarSegmentedControl() const { return m_envvarSegmentedControl; }
+    const QList<EnvVar> &customEnvvars() const { return m_model->customEnvvars(); }
+
+    void envvarSegmentedControlClicked(int segment);
+    /// Deletes the selected variables.
+    void deleteRows();
+
+protected:
+    void viewDidLoad() override;
+    void hideEvent(QHideEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void buildTable();
+    void buildLayout();
+    QWidget *makeSegments();
+    void addVariable();
+    void editName(int row);
+    void save();
+
+    EnvVarTableModel *m_model;
+    QTableView *m_envvarTableView;
+    QButtonGroup *m_envvarSegmentedControl;
+};
+
+} // namespace tidewright

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/GeneralPreferencesViewController.h"
+
+#include "app/KubeConfigChooser.h"
+#include "platform/DispatchQueue.h"
+#include "platform/MainQueue.h"
+#include "platform/UserDefaults.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QEvent>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace tidewright {
+
+namespace {
+
+const auto terminalKey = QStringLiteral("preferredTerminal");
+const auto editorKey = QStringLiteral("preferredEditor");
+const auto kubeConfigKey = QStringLiteral("defaultKubeConfigPath");
+const auto fixedTerminal = QStringLiteral("Terminal");
+const auto fixedEditor = QStringLiteral("Not Set");
+constexpr int listWidth = 220;
+constexpr int fieldWidth = 330;
+
+QComboBox *makeList(const QString &entry, const QString &accessibleName)
+{
+    auto *list = new QComboBox;
+    list->addItem(entry);
+    list->setMinimumWidth(listWidth);
+    list->setAccessibleName(accessibleName);
+    return list;
+}
+
+void selectTitle(QComboBox &list, const QString &title)
+{
+    list.setCurrentIndex(list.findText(title, Qt::MatchExactly | Qt::MatchCaseSensitive));
+    list.setPlaceholderText(
+        GeneralPreferencesViewController::tr("%1 (not installed)").arg(title)); // seen while none is selected
+}
+
+void storeSelectedTitle(const QComboBox &list, const QString &key)
+{
+    if (list.currentIndex() < 0) {
+        userDefaults().remove(key);
+    } else {
+        userDefaults().set(key, list.currentText());
+    }
+}
+
+/// What new windows will make of a path. Looks at the disk.
+QString kubeConfigExplanation(const QString &path)
+{
+    using Pane = GeneralPreferencesViewController;
+    if (path.isEmpty()) {
+        return Pane::tr("Empty: kubectl's own default applies, which is the KUBECONFIG variable or else "
+                        "~/.kube/config.");
+    }
+    const bool inHome = path == QLatin1String("~") || path.startsWith(QLatin1String("~/"));
+    const QFileInfo file(inHome ? QDir::homePath() + path.mid(1) : path);
+    if (!file.exists()) {
+        return Pane::tr("There is no such file now. The path is kept as it is.");
+    }
+    if (file.isDir()) {
+        return Pane::tr("This is a folder, not a file. The path is kept as it is.");
+    }
+    return file.isReadable() ? Pane::tr("Used by windows and tabs opened from now on.")
+                             : Pane::tr("This file cannot be read. The path is kept as it is.");
+}
+
+} // namespace
+
+GeneralPreferencesViewController::GeneralPreferencesViewController(QWidget *parent)
+    : PreferencesViewController(tr("General"), parent)
+    , m_preferredTerminalPopup(makeList(fixedTerminal, tr("Preferred Terminal")))
+    , m_preferredEditorPopup(makeList(fixedEditor, tr("Preferred Editor")))
+    , m_defaultKubeConfigField(new QLineEdit)
+    , m_kubeConfigHint(makeHint({}, 2))
+{
+    buildLayout();
+    connectParts();
+}
+
+void GeneralPreferencesViewController::buildLayout()
+{
+    m_defaultKubeConfigField->setMinimumWidth(fieldWidth);
+    m_defaultKubeConfigField->setClearButtonEnabled(true);
+    m_defaultKubeConfigField->setAccessibleName(tr("Default Kubeconfig"));
+    auto *browse = new QPushButton(tr("&Browse…"));
+    browse->setAutoDefault(false); // Return belongs to the field
+    browse->setAccessibleName(tr("Browse for Kubeconfig"));
+    connect(browse, &QPushButton::clicked, this, &GeneralPreferencesViewController::browseKubeConfigClicked);
+    auto *path = new QHBoxLayout;
+    path->addWidget(m_defaultKubeConfigField, 1);
+    path->addWidget(browse);
+    auto *kubeConfigLabel = new QLabel(tr("Default &kubeconfig:"));
+    kubeConfigLabel->setBuddy(m_defaultKubeConfigField);
+    auto *layout = new QFormLayout(this);
+    layout->setContentsMargins(24, 20, 24, 12);
+    layout->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    layout->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    layout->setHorizontalSpacing(10);
+    layout->setVerticalSpacing(10);
+    layout->addRow(tr("&Terminal:"), m_preferredTerminalPopup);
+    layout->addRow(tr("&Editor:"), m_preferredEditorPopup);
+    layout->addRow(kubeConfigLabel, path);
+    layout->addRow(QString(), m_kubeConfigHint);
+}
+
+void GeneralPreferencesViewController::connectParts()
+{
+    connect(m_preferredTerminalPopup, &QComboBox::activated, this,
+        &GeneralPreferencesViewController::defaultTerminalAppSelected);
+    connect(m_preferredEditorPopup, &QComboBox::activated, this,
+        &GeneralPreferencesViewController::setPreferredEditor);
+    connect(m_defaultKubeConfigField, &QLineEdit::returnPressed, this,
+        &GeneralPreferencesViewController::defaultKubeConfigChanged);
+    for (QComboBox *list : {m_preferredTerminalPopup, m_preferredEditorPopup}) {
+        list->installEventFilter(this);
+    }
+}
+
+void GeneralPreferencesViewController::viewDidLoad()
+{
+    selectCurrentChoices();
+    m_defaultKubeConfigField->setText(userDefaults().string(kubeConfigKey).value_or(QString()));
+    connect(m_defaultKubeConfigField, &QLineEdit::textChanged, this,
+        &GeneralPreferencesViewController::controlTextDidChange);
+    explainKubeConfig();
+}
+
+void GeneralPreferencesViewController::selectCurrentChoices()
+{
+    selectTitle(*m_preferredTerminalPopup, userDefaults().string(terminalKey).value_or(fixedTerminal));
+    selectTitle(*m_preferredEditorPopup, userDefaults().string(editorKey).value_or(fixedEditor));
+}
+
+bool GeneralPreferencesViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    // A choice is stored at once: a wheel that only passes over a list must not make one.
+    return event->type() == QEvent::Wheel || PreferencesViewController::eventFilter(watched, event);
+}
+
+void GeneralPreferencesViewController::defaultTerminalAppSelected()
+{
+    storeSelectedTitle(*m_preferredTerminalPopup, terminalKey);
+}
+
+void GeneralPreferencesViewController::setPreferredEditor()
+{
+    storeSelectedTitle(*m_preferredEditorPopup, editorKey);
+}
+
+void GeneralPreferencesViewController::defaultKubeConfigChanged()
+{
+    userDefaults().set(kubeConfigKey, m_defaultKubeConfigField->text());
+}
+
+void GeneralPreferencesViewController::controlTextDidChange()
+{
+    defaultKubeConfigChanged();
+    explainKubeConfig();
+}
+
+void GeneralPreferencesViewController::browseKubeConfigClicked()
+{
+    chooseKubeConfig(this, false, this, [this](const std::optional<KubeConfigChoice> &choice) {
+        if (choice) {
+            m_defaultKubeConfigField->setText(choice->path);
+            defaultKubeConfigChanged();
+        }
+    });
+}
+
+/// A path may lead to a folder that is slow to answer, or never does: one look at a time, away from here.
+void GeneralPreferencesViewController::explainKubeConfig()
+{
+    if (std::exchange(m_explaining, true)) {
+        return;
+    }
+    const QString path = m_defaultKubeConfigField->text();
+    shellQueue().post([path, pane = QPointer(this)] {
+        const QString explanation = kubeConfigExplanation(path);
+        postToMain(pane, [path, explanation](GeneralPreferencesViewController &self) {
+            self.m_explaining = false;
+            if (path == self.m_defaultKubeConfigField->text()) {
+                self.m_kubeConfigHint->setText(explanation);
+            } else {
+                self.explainKubeConfig();
+            }
+        });
+    });
+}
+
+} // namespace tidewright

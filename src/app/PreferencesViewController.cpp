@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/PreferencesViewController.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QLabel>
+
+namespace tidewright {
+
+namespace {
+
+constexpr double hintScale = 0.9;
+constexpr double hintOpacity = 0.72; // still read with ease on both light and dark ground
+
+/// Text that keeps in the background, whatever the colours of the desktop are.
+class Hint : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    bool event(QEvent *event) override
+    {
+        const bool handled = QLabel::event(event);
+        if (event->type() == QEvent::Polish || event->type() == QEvent::ApplicationPaletteChange) {
+            QPalette colours = QGuiApplication::palette();
+            QColor text = colours.color(QPalette::WindowText);
+            text.setAlphaF(static_cast<float>(hintOpacity));
+            colours.setColor(QPalette::WindowText, text);
+            setPalette(colours);
+        }
+        return handled;
+    }
+};
+
+} // namespace
+
+PreferencesViewController::PreferencesViewController(const QString &title, QWidget *parent)
+    : QWidget(parent)
+    , m_title(title)
+{
+    setAccessibleName(title);
+}
+
+QSize PreferencesViewController::preferredContentSize() const
+{
+    return m_preferredContentSize.isValid() ? m_preferredContentSize : sizeHint();
+}
+
+void PreferencesViewController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (!m_preferredContentSize.isValid()) {
+        m_preferredContentSize = sizeHint();
+        viewDidLoad();
+    }
+    window()->setWindowTitle(m_title);
+}
+
+QLabel *PreferencesViewController::makeHint(const QString &text, int lines)
+{
+    auto *hint = new Hint(text);
+    QFont font = hint->font();
+    font.setPointSizeF(font.pointSizeF() * hintScale);
+    hint->setFont(font);
+    hint->setWordWrap(true);
+    hint->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    hint->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    hint->setMinimumHeight(QFontMetrics(font).lineSpacing() * lines);
+    return hint;
+}
+
+} // namespace tidewright

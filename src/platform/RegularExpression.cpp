@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/RegularExpression.h"
+
+#include <unicode/regex.h>
+
+#include <limits>
+
+namespace tidewright {
+
+namespace {
+
+/// Bytes of backtracking state.
+constexpr int32_t stackLimit = 8 * 1024 * 1024;
+
+/// The caller's UTF-16 units as ICU sees them, without a copy.
+icu::UnicodeString alias(QStringView text)
+{
+    return {false, text.utf16(), static_cast<int32_t>(text.size())};
+}
+
+} // namespace
+
+RegularExpression::RegularExpression(const QString &pattern, int effort)
+    : m_effort(effort)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    UParseError where;
+    std::unique_ptr<icu::RegexPattern> compiled(icu::RegexPattern::compile(alias(pattern), where, status));
+    if (U_SUCCESS(status)) {
+        m_pattern = std::move(compiled);
+    }
+}
+
+std::optional<TextRange> RegularExpression::firstMatch(QStringView text) const
+{
+    const Matches found = search(text, 0, 1);
+    return found.ranges.empty() ? std::nullopt : std::optional(found.ranges.front());
+}
+
+RegularExpression::Matches RegularExpression::allMatches(QStringView text, qsizetype from) const
+{
+    return search(text, from, std::numeric_limits<size_t>::max());
+}
+
+RegularExpression::Matches RegularExpression::search(QStringView text, qsizetype from, size_t limit) const
+{
+    Matches found;
+    if (!m_pattern) {
+        return found;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::RegexMatcher> matcher(m_pattern->matcher(status));
+    if (U_FAILURE(status) || text.size() > std::numeric_limits<int32_t>::max()) {
+        found.cutOff = true;
+        return found;
+    }
+    const icu::UnicodeString input = alias(text);
+    matcher->setTimeLimit(m_effort, status);
+    matcher->setStackLimit(stackLimit, status);
+    matcher->reset(input);
+    bool more = matcher->find(from, status);
+    while (more && U_SUCCESS(status)) {
+        const qsizetype start = matcher->start(status);
+        found.ranges.push_back({start, matcher->end(status) - start});
+        more = found.ranges.size() < limit && matcher->find(status);
+    }
+    found.cutOff = U_FAILURE(status);
+    return found;
+}
+
+} // namespace tidewright

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <unicode/uversion.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+U_NAMESPACE_BEGIN
+class RegexPattern;
+U_NAMESPACE_END
+
+namespace tidewright {
+
+/// A part of a text, in UTF-16 units.
+struct TextRange
+{
+    qsizetype start = 0;
+    qsizetype length = 0;
+
+    qsizetype end() const { return start + length; }
+    friend bool operator==(const TextRange &, const TextRange &) = default;
+};
+
+/// A compiled regular expression in ICU's dialect. Immutable and cheap to copy; searching is safe from any
+/// thread and copies no text. An invalid pattern matches nothing and costs nothing. A search that backtracks
+/// for too long, or too deep, is cut off and counts as no match.
+class RegularExpression
+{
+public:
+    /// How far a search may backtrack, in tens of thousands of steps: about five milliseconds on today's
+    /// machines.
+    static constexpr int usualEffort = 50;
+
+    struct Matches
+    {
+        std::vector<TextRange> ranges; ///< from left to right
+        bool cutOff = false; ///< the search was given up behind the last range
+    };
+
+    /// Matches nothing.
+    RegularExpression() = default;
+    explicit RegularExpression(const QString &pattern, int effort = usualEffort);
+
+    bool isValid() const { return m_pattern != nullptr; }
+
+    std::optional<TextRange> firstMatch(QStringView text) const;
+    /// The matches that begin at `from` or behind. What stands before `from` is still seen by look-behind and
+    /// "\b".
+    Matches allMatches(QStringView text, qsizetype from = 0) const;
+
+private:
+    Matches search(QStringView text, qsizetype from, size_t limit) const;
+
+    std::shared_ptr<const icu::RegexPattern> m_pattern;
+    int m_effort = usualEffort;
+};
+
+} // namespace tidewright

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QLineEdit;
+class QToolButton;
+
+namespace tidewright {
+
+/// The line below a console's text: the field in which commands are typed, which script runs, and a button
+/// that stops the typed commands. What comes and goes has its place kept.
+class CommandEntryBar : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit CommandEntryBar(QWidget *parent = nullptr);
+
+    QLineEdit *field() const { return m_field; }
+    void setRunningText(const QString &text);
+    /// The typed commands that run now; without any, there is no button.
+    void setTypedCommands(const QStringList &commands);
+
+Q_SIGNALS:
+    void returnPressed();
+    /// Up and Down in the field.
+    void moveUp();
+    void moveDown();
+    void stopRequested();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void buildLayout();
+
+    QLineEdit *m_field;
+    QLabel *m_running;
+    QToolButton *m_stop;
+};
+
+} // namespace tidewright

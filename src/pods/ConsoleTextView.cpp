@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/ConsoleTextView.h"
+
+#include "pods/ConsoleStyle.h"
+#include "resources/NamedImages.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextDocumentFragment>
+
+namespace tidewright {
+
+namespace {
+
+/// Paragraphs at the end that stay laid out, because a new entry needs them to find the bottom.
+constexpr int keptAtEnd = 40;
+
+} // namespace
+
+ConsoleTextView::ConsoleTextView(QWidget *parent)
+    : QPlainTextEdit(parent)
+{
+    setAccessibleName(tr("Console"));
+    setReadOnly(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setUndoRedoEnabled(false);
+    setFrameShape(QFrame::NoFrame);
+    setFont(console_style::font());
+    setTabStopDistance(fontMetrics().horizontalAdvance(QLatin1Char(' ')) * 8);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    document()->setDocumentMargin(6);
+    viewport()->setMouseTracking(true);
+    applyColours();
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this,
+        [this](int value) { m_following = value == verticalScrollBar()->maximum(); });
+}
+
+void ConsoleTextView::applyColours()
+{
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, namedColour(QStringLiteral("solarized-base03")));
+    colours.setColor(QPalette::Text, namedColour(QStringLiteral("solarized-base2")));
+    colours.setColor(QPalette::Highlight, namedColour(QStringLiteral("solarized-base01")));
+    colours.setColor(QPalette::HighlightedText, namedColour(QStringLiteral("solarized-base3")));
+    setPalette(colours);
+}
+
+void ConsoleTextView::appendEntry(const std::vector<StyledRun> &runs, int number)
+{
+    const bool following = m_following;
+    keepSelection([&] {
+        QTextCursor end(document());
+        end.movePosition(QTextCursor::End);
+        end.beginEditBlock();
+        end.block().setVisible(true);
+        for (const StyledRun &run : runs) {
+            QString lines = run.text;
+            if (&run == &runs.back() && lines.endsWith(QLatin1Char('\n'))) {
+                lines.chop(1); // the end of the paragraph stands for it
+            }
+            end.insertText(lines.replace(QLatin1Char('\n'), QChar(QChar::LineSeparator)), run.format);
+        }
+        end.block().setUserState(number);
+        end.insertBlock(QTextBlockFormat(), console_style::text());
+        end.block().setUserState(-1);
+        end.block().setVisible(false); // no room for the line that comes after the last line end
+        end.endEditBlock();
+    });
+    m_appended.end = blockCount();
+    if (m_appended.end - m_appended.begin > 2 * keptAtEnd) {
+        releaseLayouts();
+    }
+    if (following) {
+        scrollToEnd();
+    }
+}
+
+void ConsoleTextView::empty()
+{
+    clear();
+    m_painted = {};
+    m_appended = {};
+    m_following = true;
+}
+
+void ConsoleTextView::scrollToEnd()
+{
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    m_following = true;
+}
+
+/// A caret at the very end would move on with the text that is inserted there.
+void ConsoleTextView::keepSelection(const std::function<void()> &change)
+{
+    const QTextCursor before = textCursor();
+    const int anchor = before.anchor();
+    const int position = before.position();
+    change();
+    if (textCursor().position() == position && textCursor().anchor() == anchor) {
+        return;
+    }
+    QTextCursor restored = textCursor();
+    restored.setPosition(anchor);
+    restored.setPosition(position, QTextCursor::KeepAnchor);
+    setTextCursor(restored);
+}
+
+ConsoleTextView::Paragraphs ConsoleTextView::paragraphsInSight() const
+{
+    QTextBlock block = firstVisibleBlock();
+    Paragraphs seen{block.blockNumber(), block.blockNumber()};
+    qreal top = blockBoundingGeometry(block).translated(contentOffset()).top();
+    while (block.isValid() && top <= viewport()->height()) {
+        top += blockBoundingRect(block).height();
+        seen.end = block.blockNumber() + 1;
+        block = block.next();
+    }
+    return seen;
+}
+
+/// A laid-out paragraph takes many times the memory of its text; those out of sight need none.
+void ConsoleTextView::releaseLayouts()
+{
+    const Paragraphs seen = paragraphsInSight();
+    const Paragraphs last{qMax(0, blockCount() - keptAtEnd), blockCount()};
+    for (const Paragraphs &laidOut : {m_painted, m_appended}) {
+        for (int number = laidOut.begin; number < laidOut.end; ++number) {
+            if (!seen.contains(number) && !last.contains(number)) {
+                document()->findBlockByNumber(number).clearLayout();
+            }
+        }
+    }
+    m_painted = seen;
+    m_appended = last;
+}
+
+void ConsoleTextView::paintEvent(QPaintEvent *event)
+{
+    QPlainTextEdit::paintEvent(event);
+    releaseLayouts();
+}
+
+void ConsoleTextView::resizeEvent(QResizeEvent *event)
+{
+    const bool following = m_following;
+    QPlainTextEdit::resizeEvent(event);
+    if (following) {
+        scrollToEnd();
+    }
+}
+
+void ConsoleTextView::showEvent(QShowEvent *event)
+{
+    const bool following = m_following;
+    QPlainTextEdit::showEvent(event);
+    if (following) {
+        scrollToEnd();
+    }
+}
+
+QString ConsoleTextView::anchorAtCaret() const
+{
+    QTextCursor caret = textCursor();
+    const QString behind = caret.charFormat().anchorHref();
+    return !behind.isEmpty() || !caret.movePosition(QTextCursor::NextCharacter)
+        ? behind
+        : caret.charFormat().anchorHref();
+}
+
+void ConsoleTextView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (const QString link = anchorAtCaret(); !link.isEmpty()) {
+            Q_EMIT linkActivated(link);
+            return;
+        }
+    }
+    QPlainTextEdit::keyPressEvent(event);
+}
+
+void ConsoleTextView::mousePressEvent(QMouseEvent *event)
+{
+    m_pressedLink = event->button() == Qt::LeftButton ? anchorAt(event->position().toPoint()) : QString();
+    QPlainTextEdit::mousePressEvent(event);
+}
+
+void ConsoleTextView::mouseMoveEvent(QMouseEvent *event)
+{
+    QPlainTextEdit::mouseMoveEvent(event);
+    if (event->buttons() == Qt::NoButton) {
+        const bool overLink = !anchorAt(event->position().toPoint()).isEmpty();
+        viewport()->setCursor(overLink ? Qt::PointingHandCursor : Qt::IBeamCursor);
+    }
+}
+
+void ConsoleTextView::mouseReleaseEvent(QMouseEvent *event)
+{
+    QPlainTextEdit::mouseReleaseEvent(event);
+    const QString link = std::exchange(m_pressedLink, QString());
+    if (!link.isEmpty() && !textCursor().hasSelection() && anchorAt(event->position().toPoint()) == link) {
+        Q_EMIT linkActivated(link);
+    }
+}
+
+void ConsoleTextView::contextMenuEvent(QContextMenuEvent *event)
+{
+    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
+    const QPoint place = byKey ? cursorRect().center() : event->pos();
+    QMenu *menu = makeMenu(place);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(viewport()->mapToGlobal(place));
+}
+
+QMenu *ConsoleTextView::makeMenu(const QPoint &place)
+{
+    QMenu *menu = createStandardContextMenu();
+    const QString link = anchorAt(place);
+    if (!link.isEmpty()) {
+        menu->addSeparator();
+        menu->addAction(tr("Open Link"), this, [this, link] { Q_EMIT linkActivated(link); });
+        menu->addAction(tr("Copy Link Address"), this, [link] { QApplication::clipboard()->setText(link); });
+    }
+    Q_EMIT menuRequested(menu, cursorForPosition(place).block().userState());
+    return menu;
+}
+
+QMimeData *ConsoleTextView::createMimeDataFromSelection() const
+{
+    QString text = textCursor().selection().toPlainText();
+    auto *copied = new QMimeData;
+    copied->setText(text.remove(console_style::separatorGlyph));
+    return copied;
+}
+
+} // namespace tidewright

@@ -1,0 +1,310 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/ConsoleViewController.h"
+
+#include "platform/LinkDetection.h"
+#include "platform/MainQueue.h"
+#include "pods/CommandEntryBar.h"
+#include "pods/ConsoleStyle.h"
+#include "pods/ConsoleText.h"
+#include "pods/ConsoleTextView.h"
+#include "resources/WindowState.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QMenu>
+#include <QVBoxLayout>
+
+namespace tidewright {
+
+namespace {
+
+const QString lineFeed = QStringLiteral("\n");
+
+/// Text in which addresses are links that lead to themselves.
+std::vector<StyledRun> withLinks(const QString &text)
+{
+    std::vector<StyledRun> runs;
+    qsizetype shown = 0;
+    for (const DetectedLink &link : detectLinks(text)) {
+        runs.push_back({text.mid(shown, link.range.start - shown), console_style::text()});
+        QTextCharFormat format = console_style::link();
+        format.setAnchor(true);
+        format.setAnchorHref(link.text);
+        runs.push_back({link.text, format});
+        shown = link.range.end();
+    }
+    runs.push_back({text.mid(shown), console_style::text()});
+    return runs;
+}
+
+std::vector<StyledRun> styled(const ConsoleEntry &entry, const QString &error)
+{
+    using namespace console_text;
+    std::vector<StyledRun> runs{{logDate(entry.date), console_style::date()},
+        {console_style::separatorGlyph + QStringLiteral(" "), console_style::separator()},
+        {withoutControls(shortened(entry.command, longestLine)) + lineFeed, console_style::text()}};
+    if (!entry.response.isEmpty()) {
+        const auto response
+            = withLinks(withoutControls(QString(shortened(entry.response, longestResponse) + lineFeed)));
+        runs.insert(runs.end(), response.begin(), response.end());
+    }
+    if (!error.isNull()) {
+        runs.push_back({withoutControls(shortened(error, longestLine)) + lineFeed, console_style::error()});
+    }
+    return runs;
+}
+
+/// Whether a command goes by the kubeconfig's current context and namespace. Commands about the kubeconfig
+/// itself must also run while the window has trouble with it.
+bool goesByCurrentContext(const QStringList &words)
+{
+    return words.first() == QLatin1String("kubectl") && words.value(1) != QLatin1String("config");
+}
+
+} // namespace
+
+ConsoleViewController::ConsoleViewController(QObject *parent)
+    : Console(parent)
+    , m_view(new QWidget)
+    , m_text(new ConsoleTextView)
+    , m_bar(new CommandEntryBar)
+{
+    auto *layout = new QVBoxLayout(m_view);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_text, 1);
+    layout->addWidget(m_bar);
+    connectViews();
+}
+
+ConsoleViewController::~ConsoleViewController()
+{
+    for (const TypedCommand &typed : m_typedCommands) {
+        typed.shell->cancel();
+    }
+    if (m_view && !m_view->parent()) {
+        delete m_view;
+    }
+}
+
+void ConsoleViewController::connectViews()
+{
+    connect(m_bar, &CommandEntryBar::returnPressed, this, &ConsoleViewController::runTypedCommand);
+    connect(m_bar, &CommandEntryBar::moveUp, this, &ConsoleViewController::moveUp);
+    connect(m_bar, &CommandEntryBar::moveDown, this, &ConsoleViewController::moveDown);
+    connect(m_bar, &CommandEntryBar::stopRequested, this, &ConsoleViewController::stopTypedCommands);
+    connect(m_text, &ConsoleTextView::menuRequested, this, &ConsoleViewController::extendMenu);
+    connect(m_text, &ConsoleTextView::linkActivated, this, &ConsoleViewController::openLink);
+}
+
+QWidget *ConsoleViewController::view() const
+{
+    return m_view;
+}
+
+ConsoleTextView *ConsoleViewController::consoleTextView() const
+{
+    return m_text;
+}
+
+QLineEdit *ConsoleViewController::commandEntryTextField() const
+{
+    return m_bar ? m_bar->field() : nullptr;
+}
+
+void ConsoleViewController::setKubeSplitViewController(WindowState *window)
+{
+    m_window = window;
+}
+
+void ConsoleViewController::addEntry(
+    const QString &command, const QString &response, const std::optional<ConsoleError> &error)
+{
+    addCommandEntry({}, command, response, error);
+}
+
+void ConsoleViewController::addCommandEntry(const CommandLine &line, const QString &command,
+    const QString &response, const std::optional<ConsoleError> &error)
+{
+    m_entries.push_back({QDateTime::currentDateTimeUtc(), command, response});
+    // An empty description is an error all the same, and takes its line.
+    const QString description = error ? error->description : QString();
+    m_details.push_back({line, error && description.isNull() ? QStringLiteral("") : description});
+    if (m_entries.size() - m_shownEntries == 1) {
+        postToMain(m_self, [](ConsoleViewController &console) { console.showEntries(); });
+    }
+}
+
+/// Shows the new entries in their order, a flood of them in pieces between which the window answers the user.
+void ConsoleViewController::showEntries()
+{
+    constexpr qint64 sliceMilliseconds = 8;
+    QElapsedTimer slice;
+    slice.start();
+    while (m_shownEntries < m_entries.size() && slice.elapsed() < sliceMilliseconds) {
+        const size_t number = m_shownEntries++;
+        if (m_text) {
+            m_text->appendEntry(styled(m_entries[number], m_details[number].error), static_cast<int>(number));
+        }
+    }
+    if (m_shownEntries < m_entries.size()) {
+        postToMain(m_self, [](ConsoleViewController &console) { console.showEntries(); });
+    }
+}
+
+void ConsoleViewController::clearLogs()
+{
+    if (m_text) {
+        m_text->empty();
+    }
+}
+
+void ConsoleViewController::updateScriptState()
+{
+    postToMain(m_self, [](ConsoleViewController &console) { console.showScriptState(); });
+}
+
+void ConsoleViewController::showScriptState()
+{
+    const QString text
+        = scriptsRunning.isEmpty() ? QString() : QLatin1String("Running: ") + scriptsRunning.last();
+    if (std::exchange(m_isScriptRunning, !scriptsRunning.isEmpty()) == scriptsRunning.isEmpty()) {
+        Q_EMIT isScriptRunningChanged();
+    }
+    if (std::exchange(m_scriptRunningText, text) != text) {
+        Q_EMIT scriptRunningTextChanged();
+    }
+    if (m_bar) {
+        m_bar->setRunningText(m_scriptRunningText);
+    }
+}
+
+void ConsoleViewController::runTypedCommand()
+{
+    m_commandHistoryCursor = 0;
+    const QString line = m_bar->field()->text().trimmed();
+    if (line.isEmpty() || !m_window) {
+        return;
+    }
+    m_bar->field()->clear();
+    const QStringList words = console_text::commandWords(line);
+    if (words.isEmpty()) {
+        return; // quotes alone name no program
+    }
+    const bool windowHasChosen
+        = !m_window->currentContext().isEmpty() && !m_window->currentNamespace().isEmpty();
+    if (!goesByCurrentContext(words) || !windowHasChosen) {
+        start(words, line, nullptr);
+        return;
+    }
+    // The user may be in another window by the time of the answer: the entry belongs here.
+    m_window->agreeWithKubeConfig([self = QPointer<ConsoleViewController>(this), words, line](bool agreed) {
+        if (self && agreed) {
+            self->start(words, line, self);
+        } else if (self && self->m_bar && self->m_bar->field()->text().isEmpty()) {
+            self->m_bar->field()->setText(line);
+        }
+    });
+}
+
+void ConsoleViewController::start(const QStringList &words, const QString &line, Console *console)
+{
+    const std::shared_ptr<Shell> shell = m_window->kubeCtl().makeShell();
+    m_typedCommands.push_back({shell, line});
+    showTypedCommands();
+    shell->runAsync(words, true, console,
+        [self = QPointer<ConsoleViewController>(this), ended = shell.get()](const ShellResult &) {
+            postToMain(self, [ended](ConsoleViewController &owner) { owner.typedCommandEnded(ended); });
+        });
+}
+
+void ConsoleViewController::typedCommandEnded(const Shell *shell)
+{
+    std::erase_if(m_typedCommands, [shell](const TypedCommand &typed) { return typed.shell.get() == shell; });
+    showTypedCommands();
+}
+
+void ConsoleViewController::showTypedCommands()
+{
+    QStringList lines;
+    for (const TypedCommand &typed : m_typedCommands) {
+        lines.append(typed.line);
+    }
+    if (m_bar) {
+        m_bar->setTypedCommands(lines);
+    }
+}
+
+void ConsoleViewController::stopTypedCommands()
+{
+    for (const TypedCommand &typed : m_typedCommands) {
+        typed.shell->cancel();
+    }
+}
+
+void ConsoleViewController::moveUp()
+{
+    if (m_commandHistoryCursor == 0) {
+        m_lastCommand = m_bar->field()->text();
+    }
+    ++m_commandHistoryCursor;
+    applyHistoryCursor();
+}
+
+void ConsoleViewController::moveDown()
+{
+    --m_commandHistoryCursor;
+    applyHistoryCursor();
+}
+
+void ConsoleViewController::applyHistoryCursor()
+{
+    const int count = static_cast<int>(m_entries.size());
+    if (m_commandHistoryCursor < 0) {
+        m_commandHistoryCursor = 0;
+    } else if (m_commandHistoryCursor > count) {
+        m_commandHistoryCursor = count;
+    } else {
+        m_bar->field()->setText(m_commandHistoryCursor == 0
+                ? m_lastCommand
+                : m_entries[static_cast<size_t>(count - m_commandHistoryCursor)].command);
+    }
+}
+
+void ConsoleViewController::extendMenu(QMenu *menu, int number)
+{
+    menu->addSeparator();
+    if (number >= 0) {
+        const auto entry = static_cast<size_t>(number);
+        menu->addAction(tr("Copy Entry"), this, [this, entry] { copyEntry(entry); });
+        const QString shellLine = m_details[entry].line.shellLine();
+        menu->addAction(tr("Copy as Shell Command"), this,
+                [shellLine] { QApplication::clipboard()->setText(shellLine); })
+            ->setEnabled(!shellLine.isEmpty());
+        menu->addSeparator();
+    }
+    menu->addAction(tr("Clear Console"), this, &ConsoleViewController::clearLogs);
+}
+
+/// The whole of it, also what is too long to be shown.
+void ConsoleViewController::copyEntry(size_t number) const
+{
+    QStringList parts(m_entries[number].command);
+    for (const QString &part : {m_entries[number].response, m_details[number].error}) {
+        if (!part.isEmpty()) {
+            parts.append(part);
+        }
+    }
+    QApplication::clipboard()->setText(parts.join(lineFeed));
+}
+
+void ConsoleViewController::openLink(const QString &text)
+{
+    if (const QUrl url = console_text::linkTarget(text); !url.isEmpty()) {
+        Q_EMIT linkOpened(url);
+    }
+}
+
+} // namespace tidewright

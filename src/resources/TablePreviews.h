@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/PreviewFiles.h"
+#include "resources/WindowState.h"
+
+namespace tidewright {
+
+class ResourceTableView;
+
+/// The selected rows of one table as previews: each object's YAML, fetched by kubectl and kept for five seconds. Owned by
+/// the table; main thread.
+class TablePreviews : public QObject, public PreviewSource
+{
+    Q_OBJECT
+public:
+    TablePreviews(ResourceTableView &view, WindowState &window, const QString &resourceName);
+
+    int numberOfPreviewItems() const override;
+    QString previewItemTitle(int index) const override;
+    void loadPreviewItem(int index, PreviewReady ready) override;
+    void movePreviewSelection(int rows) override;
+
+private:
+    ResourceTableView &m_view;
+    WindowState &m_window;
+    const QString m_resourceName;
+    PreviewFiles m_files;
+};
+
+} // namespace tidewright

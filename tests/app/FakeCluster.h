@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Console.h"
+#include "platform/UserDefaults.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// Collects what a console would show.
+class FakeConsole : public tidewright::Console
+{
+public:
+    void addEntry(const QString &command, const QString &response,
+        const std::optional<tidewright::ConsoleError> &error) override;
+
+    QStringList commands;
+    QStringList errors;
+};
+
+/// A kubectl that writes down how it was called and gives the answers it was told to, with a kubeconfig,
+/// settings and an application record of its own. One per test.
+///
+/// Runs are known as "contexts", "namespaces", "use CONTEXT", "set NAMESPACE" and, for anything else, "get
+/// po" and the like.
+class FakeCluster
+{
+    QTemporaryDir m_folder; // first: the settings lie in it
+
+public:
+    FakeCluster();
+    ~FakeCluster();
+
+    QString path(const QString &name) const { return m_folder.filePath(name); }
+    QString kubeConfig() const { return path(QStringLiteral("kubeconfig")); }
+    QString settingsFile() const { return path(QStringLiteral("settings.json")); }
+
+    void answer(const QString &run, const QByteArray &output);
+    void fail(const QString &run, const QByteArray &error);
+    void succeed(const QString &run);
+    /// Runs of that name wait until they are released.
+    void hold(const QString &run);
+    void release(const QString &run);
+
+    /// The runs that have begun, in order, without the reading of tables.
+    QStringList calls() const;
+    /// Of these, the runs that came to their own end.
+    QStringList ended() const;
+    /// The complete argument lists of those that read tables.
+    QStringList tableReads() const;
+    /// The CPU priority value of each of these since the start.
+    QList<int> niceness() const;
+    void forgetCalls();
+
+    tidewright::UserDefaults settings;
+
+private:
+    QString fileFor(QString run, const char *suffix) const;
+    QStringList lines(const QString &name) const;
+};

@@ -1,0 +1,411 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "FakeCluster.h"
+#include "app/AppDelegate.h"
+#include "app/ClusterToolBar.h"
+#include "app/ClusterWindowFrame.h"
+#include "app/KubeSplitViewController.h"
+#include "app/MainWindowController.h"
+#include "app/PrimaryContentController.h"
+#include "app/SearchableComboBox.h"
+#include "app/SidebarController.h"
+#include "core/ApplicationRecord.h"
+#include "pods/ConsoleTextView.h"
+#include "pods/ConsoleViewController.h"
+#include "resources/ResourceTableView.h"
+#include "resources/SharedContentViewController.h"
+
+#include <QAction>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLineEdit>
+#include <QListView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabBar>
+#include <QTest>
+
+using namespace tidewright;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto twoPods = "web-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n"
+                         "web-2\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n";
+
+/// The application with one window on a fake cluster, its pods loaded.
+struct Application
+{
+    Application()
+    {
+        cluster.answer(u"get po"_s, twoPods);
+        cluster.settings.set(u"defaultKubeConfigPath"_s, cluster.kubeConfig());
+        delegate.newDocument();
+        frame = delegate.mainWindow();
+    }
+    ~Application() { delegate.applicationWillTerminate(); }
+
+    void load()
+    {
+        QVERIFY(QTest::qWaitForWindowActive(frame));
+        QTRY_COMPARE(table().tableItems().size(), 2U);
+        QTRY_VERIFY(!table().isLoading());
+    }
+    MainWindowController &page() const { return *frame->currentPage(); }
+    SharedContentViewController &table() const { return *page().primaryContentController().shownTable(); }
+    QAction &command(const QString &title) const
+    {
+        for (QAction *action : frame->findChildren<QAction *>()) {
+            if (action->text().remove(u'&') == title) {
+                return *action;
+            }
+        }
+        qFatal("no command %s", qPrintable(title));
+    }
+
+    FakeCluster cluster;
+    AppDelegate delegate;
+    ClusterWindowFrame *frame;
+};
+
+QStringList tabTitles(const ClusterWindowFrame &frame)
+{
+    QStringList titles;
+    for (int index = 0; index < frame.tabBar()->count(); ++index) {
+        titles.append(frame.tabBar()->tabText(index));
+    }
+    return titles;
+}
+
+} // namespace
+
+class tst_cluster_window : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void sidebarTree();
+    void scopes_data();
+    void scopes();
+    void sidebarSelection();
+    void namespaceChangeEmptiesTables();
+    void commandsFollowTheSelection();
+    void filterFollowsTheTable();
+    void titles_data();
+    void titles();
+    void tabsAreWindowsOfTheirOwn();
+    void entriesReachTheMainConsole();
+    void frameIsRemembered();
+    void listsAreSearchedByTyping();
+    void createFromFiles();
+    void quittingWaitsForNobody();
+};
+
+void tst_cluster_window::sidebarTree()
+{
+    QStringList shown;
+    for (const SidebarItem &header : sidebarItems()) {
+        QVERIFY(header.isHeader());
+        shown.append(header.name.toUpper());
+        for (const SidebarItem &kind : header.children) {
+            QVERIFY(kind.isLeaf());
+            QVERIFY2(!kind.image.isNull(), qPrintable(sidebarImageName(kind.name)));
+            shown.append(kind.name);
+        }
+    }
+    QCOMPARE(shown.join(u'|'),
+        u"INFRASTRUCTURE|Pods|Deployments|Services|Persistent Volumes|Endpoints|Daemon Sets|Replica Sets|"
+        u"TASKS|Cron Jobs|Jobs|CONFIGURATION|Cluster Roles|Config Maps|Secrets|Service Accounts|STATUS|Events"_s);
+    QCOMPARE(sidebarImageName(u"Persistent Volumes"_s), u"persistentvolumes-sidebar"_s);
+}
+
+void tst_cluster_window::scopes_data()
+{
+    QTest::addColumn<QString>("sidebarName");
+    for (const auto &[scope, name] :
+        {std::pair("pod", "pods"), {"container", "pods"}, {"deployment", "deployments"},
+            {"service", "services"}, {"persistentvolume", "persistent volumes"}, {"cronjob", "cron jobs"},
+            {"configmap", "config maps"}, {"secret", "secrets"}, {"event", "events"},
+            {"endpoint", "endpoints"}, {"job", "jobs"}, {"serviceaccount", "service accounts"},
+            {"clusterrole", "cluster roles"}, {"replicaset", "replica sets"}, {"daemonset", "daemon sets"},
+            {"namespace", ""}, {"pods", ""}}) {
+        QTest::newRow(scope) << QString::fromLatin1(name);
+    }
+}
+
+void tst_cluster_window::scopes()
+{
+    QFETCH(QString, sidebarName);
+    Application app;
+    const PrimaryContentController &content = app.page().primaryContentController();
+    const QString scope = QString::fromLatin1(QTest::currentDataTag());
+    QCOMPARE(content.scopeMap().value(scope), sidebarName);
+    QCOMPARE(content.count(), 14);
+    QWidget *tab = content.sidebarMap().value(sidebarName);
+    QCOMPARE(tab != nullptr, !sidebarName.isEmpty());
+    QCOMPARE(content.tableControllerForScope(scope), qobject_cast<SharedContentViewController *>(tab));
+    QCOMPARE(content.tableControllerForScope(scope) != nullptr, sidebarName == u"pods"_s);
+}
+
+void tst_cluster_window::sidebarSelection()
+{
+    Application app;
+    app.load();
+    const PrimaryContentController &content = app.page().primaryContentController();
+    SidebarController &sidebar = app.page().sidebarController();
+    QCOMPARE(sidebar.currentItem()->text(0), u"Pods"_s);
+    QCOMPARE(content.selectedTabName(), u"pods"_s);
+    const QWidget *pods = content.currentWidget();
+    QCOMPARE(content.indexOf(pods), 0);
+    QVERIFY(app.cluster.tableReads().size() == 1);
+    sidebar.select(u"Tasks"_s);
+    QCOMPARE(content.selectedTabName(), u"tasks"_s);
+    QCOMPARE(content.currentWidget(), pods);
+    sidebar.select(u"Config Maps"_s);
+    QCOMPARE(content.currentWidget(), content.sidebarMap().value(u"config maps"_s));
+    sidebar.select(u"Pods"_s);
+    QCOMPARE(content.currentWidget(), pods);
+    QTRY_COMPARE(app.cluster.tableReads().size(), 2);
+}
+
+void tst_cluster_window::namespaceChangeEmptiesTables()
+{
+    Application app;
+    app.load();
+    app.cluster.forgetCalls();
+    app.page().sidebarController().select(u"Events"_s);
+    app.cluster.hold(u"get po"_s);
+    app.page().state().chooseNamespace(u"shop"_s);
+    const auto *pods = app.page().primaryContentController().tableControllerForScope(u"pod"_s);
+    QCOMPARE(pods->tableItems().size(), 0U); // also while it is hidden
+    QTRY_COMPARE(app.cluster.tableReads().size(), 1);
+    QVERIFY(app.cluster.tableReads().first().startsWith(u"get po --context=b -nshop "_s));
+    app.cluster.release(u"get po"_s);
+    QTRY_COMPARE(pods->tableItems().size(), 2U);
+    const QList<int> niceness = app.cluster.niceness();
+    QCOMPARE(niceness.last(), qMin(19, niceness.first() + 10)); // it yields to the table that is seen
+}
+
+void tst_cluster_window::commandsFollowTheSelection()
+{
+    Application app;
+    app.load();
+    const QStringList forRows{u"Copy Name"_s, u"Delete…"_s, u"Quick Look"_s};
+    const auto enabled = [&app](const QStringList &titles) {
+        return std::all_of(titles.begin(), titles.end(),
+            [&app](const QString &title) { return app.command(title).isEnabled(); });
+    };
+    const auto disabled = [&app](const QStringList &titles) {
+        return std::none_of(titles.begin(), titles.end(),
+            [&app](const QString &title) { return app.command(title).isEnabled(); });
+    };
+    QVERIFY(disabled(forRows + QStringList{u"Stop Loading"_s, u"Next Tab"_s}));
+    app.table().tableView().selectRow(1);
+    QVERIFY(enabled(forRows + QStringList{u"Reload"_s, u"Filter"_s}));
+    app.cluster.hold(u"get po"_s);
+    app.command(u"Reload"_s).trigger();
+    QTRY_VERIFY(app.command(u"Stop Loading"_s).isEnabled());
+    QTest::keyClick(app.frame, Qt::Key_Escape);
+    QTRY_VERIFY(!app.command(u"Stop Loading"_s).isEnabled());
+    QCOMPARE(app.table().tableItems().size(), 2U);
+    app.page().sidebarController().select(u"Secrets"_s);
+    QVERIFY(disabled(forRows + QStringList{u"Reload"_s, u"Filter"_s}));
+}
+
+void tst_cluster_window::filterFollowsTheTable()
+{
+    Application app;
+    app.load();
+    QLineEdit *filter = app.page().toolBar().filterField();
+    QTest::keyClick(app.frame, Qt::Key_F, Qt::ControlModifier);
+    QTRY_VERIFY(filter->hasFocus());
+    QTest::keyClicks(filter, u"WEB-2"_s);
+    QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
+    app.page().sidebarController().select(u"Jobs"_s);
+    QCOMPARE(filter->text(), QString());
+    QVERIFY(!filter->isEnabled());
+    app.page().sidebarController().select(u"Pods"_s);
+    QCOMPARE(filter->text(), u"WEB-2"_s);
+    QTest::keyClick(filter, Qt::Key_Escape);
+    QCOMPARE(app.table().arrangedObjects().rowCount(), 2);
+}
+
+void tst_cluster_window::titles_data()
+{
+    QTest::addColumn<bool>("chosen"); // a kubeconfig was chosen for the tab
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("windowTitle");
+    QTest::addColumn<QString>("tabTitle");
+    QTest::newRow("settings") << false << QString() << u"PATH : default"_s << u"default"_s;
+    QTest::newRow("chosen") << true << QString() << u"PATH : default"_s << u"default"_s;
+    QTest::newRow("chosen and named") << true << u"prod"_s << u"prod : default"_s << u"prod : default"_s;
+    QTest::newRow("an ampersand") << true << u"a&b"_s << u"a&b : default"_s << u"a&&b : default"_s;
+}
+
+void tst_cluster_window::titles()
+{
+    QFETCH(bool, chosen);
+    QFETCH(QString, title);
+    QFETCH(QString, windowTitle);
+    QFETCH(QString, tabTitle);
+    Application app;
+    app.load();
+    const QString path = chosen ? app.cluster.path(u"other"_s) : app.cluster.kubeConfig();
+    QVERIFY(!chosen || QFile::copy(app.cluster.kubeConfig(), path));
+    MainWindowController *opener = app.frame->currentPage();
+    MainWindowController *opened = app.frame->addTab(chosen ? path : QString(), title);
+    QCOMPARE(opener->subwindowControllers.value(0).data(), opened);
+    QCOMPARE(app.frame->currentPage(), opened);
+    QTRY_COMPARE(app.frame->windowTitle(), windowTitle.replace(u"PATH"_s, path));
+    QCOMPARE(app.frame->tabBar()->tabText(1), tabTitle);
+    QCOMPARE(opened->state().kubeConfigPath(), path);
+}
+
+void tst_cluster_window::tabsAreWindowsOfTheirOwn()
+{
+    Application app;
+    app.load();
+    QVERIFY(app.frame->tabBar()->isHidden());
+    QPointer<MainWindowController> first = app.frame->currentPage();
+    QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier);
+    QPointer<MainWindowController> second = app.frame->currentPage();
+    QVERIFY(first != second && app.frame->tabBar()->isVisible());
+    QTRY_COMPARE(second->state().currentNamespace(), u"default"_s);
+    second->state().chooseContext(u"a"_s);
+    QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
+    QTRY_VERIFY(second->state().namespaceList().enabled);
+    app.cluster.forgetCalls();
+
+    // Its neighbour is the main window again, and the kubeconfig follows.
+    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
+    QCOMPARE(app.frame->currentPage(), first.data());
+    QCOMPARE(first->state().currentContext(), u"b"_s);
+    QTRY_COMPARE(applicationRecord().appContext, u"b"_s);
+    QVERIFY(!app.cluster.calls().contains(u"contexts"_s));
+    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier); // around the end
+    QCOMPARE(app.frame->currentPage(), second.data());
+    QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
+
+    app.frame->tabBar()->moveTab(1, 0);
+    QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, first}));
+    QCOMPARE(app.frame->currentPage(), second.data());
+    QVERIFY(second->toolBar().isVisible() && !first->toolBar().isVisible());
+    QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
+    QVERIFY(!second);
+    QCOMPARE(app.frame->currentPage(), first.data());
+    QCOMPARE(tabTitles(*app.frame), QStringList{u"default"_s});
+    QPointer<ClusterWindowFrame> frame = app.frame;
+    QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
+    QTRY_VERIFY(!frame);
+    QCOMPARE(app.delegate.mainWindow(), nullptr);
+    QCOMPARE(mainConsole(), nullptr);
+}
+
+void tst_cluster_window::entriesReachTheMainConsole()
+{
+    Application app;
+    app.load();
+    ClusterWindowFrame *first = app.frame;
+    QCOMPARE(mainConsole(), &first->currentPage()->windowConsoleController());
+    QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
+    ClusterWindowFrame *second = app.delegate.mainWindow();
+    QVERIFY(second != first);
+    QVERIFY(QTest::qWaitForWindowActive(second));
+    QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
+    QCOMPARE(app.delegate.windowControllers().size(), 2);
+    second->addTab();
+    QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
+
+    // A dialog is no cluster window; and with the second window gone the first is the main one.
+    app.delegate.showAbout();
+    postConsoleEntry(nullptr, u"kubectl x"_s, QString(3200, u'y'), makeConsoleError(u"broken"_s));
+    const ConsoleTextView *text = second->currentPage()->windowConsoleController().consoleTextView();
+    QTRY_VERIFY(text->toPlainText().endsWith(u"y…\nbroken\n"_s));
+    const QString shown = text->toPlainText();
+    QVERIFY(shown.contains(u"kubectl x"_s));
+    QCOMPARE(shown.count(u'y'), 3000);
+    second->close();
+    QTRY_COMPARE(app.delegate.mainWindow(), first);
+    app.delegate.applicationShouldHandleReopen(true);
+    first->hide();
+    app.delegate.applicationShouldHandleReopen(false);
+    QVERIFY(first->isVisible());
+}
+
+void tst_cluster_window::frameIsRemembered()
+{
+    Application app;
+    app.load();
+    QCOMPARE(app.frame->minimumSize(), QSize(600, 310));
+    const QRect frame(20, 30, 640, 400);
+    app.frame->setGeometry(frame);
+    app.frame->close();
+    QVERIFY(UserDefaults(app.cluster.settingsFile()).data(u"TidewrightFrame"_s));
+    app.delegate.newDocument();
+    QCOMPARE(app.delegate.mainWindow()->geometry(), frame);
+    const QSize usual = app.delegate.mainWindow()->size();
+    for (const QByteArray &broken : {QByteArray("x"), QByteArray(16, '\xff'), QByteArray(16, '\x7f')}) {
+        app.cluster.settings.set(u"TidewrightFrame"_s, broken);
+        app.delegate.newDocument();
+        const QWidget *window = app.delegate.mainWindow();
+        QVERIFY(window->screen()->availableGeometry().intersects(window->geometry()));
+        QVERIFY(window->width() >= qMin(600, usual.width()) && window->width() < 10000);
+    }
+}
+
+void tst_cluster_window::listsAreSearchedByTyping()
+{
+    Application app;
+    QByteArray names;
+    for (int number = 0; number < 2000; ++number) {
+        names += "team-" + QByteArray::number(number) + ' ';
+    }
+    app.cluster.answer(u"namespaces"_s, names);
+    app.load();
+    SearchableComboBox *list = app.page().toolBar().namespacesPopupButton();
+    QCOMPARE(list->accessibleName(), u"Namespaces"_s);
+    QCOMPARE(list->count(), 2002); // all namespaces, a separator, and the names
+    QCOMPARE(list->itemText(0), allNamespaces);
+    QCOMPARE(list->currentText(), u"team-0"_s);
+    app.cluster.forgetCalls();
+
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_1);
+    auto *search = list->findChild<QLineEdit *>();
+    QTRY_VERIFY(search && search->isVisible());
+    QTest::keyClicks(search, u"998"_s);
+    QCOMPARE(search->parentWidget()->findChild<QListView *>()->model()->rowCount(), 1);
+    QCOMPARE(app.page().state().currentNamespace(), u"team-0"_s); // looking changes nothing
+    QTest::keyClick(search, Qt::Key_Return);
+    QCOMPARE(app.page().state().currentNamespace(), u"team-1998"_s);
+    QCOMPARE(list->currentText(), u"team-1998"_s);
+    QTRY_COMPARE(app.cluster.calls(), QStringList{u"set team-1998"_s});
+}
+
+void tst_cluster_window::createFromFiles()
+{
+    Application app;
+    app.load();
+    app.cluster.forgetCalls();
+    app.page().primaryContentController().createFrom({u"/a b.yaml"_s, u"/c,d"_s});
+    QTRY_COMPARE(
+        app.cluster.tableReads().value(0), u"create --context b -n default -R -f /a b.yaml,\"/c,d\""_s);
+    QTRY_COMPARE(app.cluster.tableReads().size(), 2);
+    QVERIFY(app.cluster.tableReads().last().startsWith(u"get po "_s));
+}
+
+void tst_cluster_window::quittingWaitsForNobody()
+{
+    Application app;
+    app.load();
+    app.cluster.hold(u"get po"_s);
+    app.command(u"Reload"_s).trigger();
+    QTRY_COMPARE(app.cluster.tableReads().size(), 2);
+    QElapsedTimer time;
+    time.start();
+    app.delegate.applicationWillTerminate();
+    QVERIFY(time.elapsed() < 2000);
+    app.cluster.release(u"get po"_s);
+    QCOMPARE(app.cluster.ended().count(u"get po"_s), 1);
+}
+
+QTEST_MAIN(tst_cluster_window)
+#include "tst_cluster_window.moc"

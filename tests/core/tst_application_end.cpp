@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/TestSupport.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace tidewright;
+using namespace tidewright::test;
+
+class TestApplicationEnd : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void leavesNoChild_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("quit") << 0;
+        QTest::newRow("killed hard") << SIGKILL;
+        QTest::newRow("terminated") << SIGTERM;
+        QTest::newRow("aborted") << SIGABRT;
+    }
+    void leavesNoChild()
+    {
+        QFETCH(int, signal);
+        QTemporaryDir folder;
+        QProcess application;
+        application.start(
+            QStringLiteral(SHELL_HOLDER_PATH), {fakeToolPath(), folder.path(), QStringLiteral("rrssd")});
+        QVERIFY(application.waitForStarted());
+        QTRY_COMPARE_WITH_TIMEOUT(pidsIn(folder.path()).size(), 5, 20'000);
+        const QList<qint64> children = pidsIn(folder.path());
+        QVERIFY(std::all_of(children.cbegin(), children.cend(), isAlive));
+        if (signal == 0) {
+            application.closeWriteChannel();
+        } else {
+            ::kill(static_cast<pid_t>(application.processId()), signal);
+        }
+        QVERIFY(application.waitForFinished(20'000));
+        QCOMPARE(application.exitStatus(), signal == 0 ? QProcess::NormalExit : QProcess::CrashExit);
+        for (const qint64 child : children) {
+            QTRY_VERIFY(!isAlive(child));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestApplicationEnd)
+#include "tst_application_end.moc"

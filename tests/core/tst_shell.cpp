@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/ApplicationRecord.h"
+#include "platform/MainQueue.h"
+#include "support/TestSupport.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace tidewright;
+using namespace tidewright::test;
+
+namespace {
+
+const auto stopped = QStringLiteral("The command was stopped before it had finished.");
+
+} // namespace
+
+class TestShell : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        mainQueue();
+        setKubectlPath(fakeToolPath());
+        qputenv("FAKE_TOOL_GREETING", "hello");
+    }
+    void init()
+    {
+        m_console = std::make_unique<RecordingConsole>();
+        setMainConsoleLookup([this] { return m_console.get(); });
+    }
+    void cleanup() { setMainConsoleLookup({}); }
+
+    void run_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<QString>("error"); // null: absent
+        const auto row
+            = [](const char *name, const char *script, const char *output, const char *error = nullptr) {
+                  QTest::newRow(name) << fakeTool(script) << QByteArray(output) << QString::fromUtf8(error);
+              };
+        row("trimmed, tab kept", "out one\\ttwo\\n\\n", "one\ttwo");
+        row("wide white space", "out \\xc2\\xa0x\\xe2\\x80\\xa8", "x");
+        row("errors only", "err oops\\n", "", "oops\n");
+        row("both", "out data err warning", "data", "warning");
+        row("exit status only", "out data exit 7", "data");
+        row("dies by a signal", "out data die 9", "data");
+        row("output cut in a character", "out a\\xe2\\x82 err e", "", "e");
+        row("errors not UTF-8", "out data err \\xff", "data");
+        row("closes its output and lives on", "out data close-output hang", "data");
+        row("waits for the grandchild's end of the pipe", "out soon grandchild 3 drained out late",
+            "soonlate");
+        row("search path", "environment PATH", "/bin:/usr/bin/:/usr/local/bin");
+        row("inherited environment", "environment FAKE_TOOL_GREETING", "hello");
+        row("arguments unchanged", "arguments a$HOME *  'b' kubectl",
+            "\"a$HOME\"\n\"*\"\n\"\"\n\"'b'\"\n\"kubectl\"");
+        QTest::newRow("packaged kubectl")
+            << QStringList{QStringLiteral("kubectl"), QStringLiteral("arguments"), QStringLiteral("get")}
+            << QByteArray("\"get\"") << QString();
+    }
+    void run()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, error);
+        const ShellResult result = runToEnd(Shell::create(), arguments);
+        QTEST(result.output, "output");
+        QCOMPARE(result.error.has_value(), !error.isNull());
+        QCOMPARE(result.error.value_or(QString()), error);
+    }
+
+    void whatIsNotThePackagedKubectlIsLookedUp_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::newRow("space") << QStringLiteral("kubectl ");
+        QTest::newRow("capitals") << QStringLiteral("KUBECTL");
+        QTest::newRow("missing") << QStringLiteral("no-such-program");
+    }
+    void whatIsNotThePackagedKubectlIsLookedUp()
+    {
+        QFETCH(QString, program);
+        const ShellResult result = runToEnd(Shell::create(), {program, QStringLiteral("arguments")});
+        QCOMPARE(result.output, QByteArray());
+        QVERIFY2(
+            result.error && result.error->contains(program), qPrintable(result.error.value_or(QString())));
+    }
+
+    void emptyListPrintsTheEnvironment()
+    {
+        const ShellResult result = runToEnd(Shell::create(), {});
+        QVERIFY(result.output.split('\n').contains("FAKE_TOOL_GREETING=hello"));
+        QCOMPARE(result.error, std::nullopt);
+    }
+
+    void cannotStart()
+    {
+        const QStringList tooLong{fakeToolPath(), QString(200'000, u'x')};
+        auto started = inBackground([=] { return Shell::create()->run(tooLong, true); });
+        QVERIFY(arrives(started));
+        QCOMPARE(started.get().error, QStringLiteral("Unexpected error: Argument list too long."));
+
+        {
+            const auto before = Shell::create();
+            const NoDescriptorsLeft none;
+            QCOMPARE(runToEnd(before, fakeTool("out x")).error, QStringLiteral("No process defined"));
+            QCOMPARE(
+                runToEnd(Shell::create(), fakeTool("out x")).error, QStringLiteral("No process defined"));
+        }
+        QCOMPARE(runToEnd(Shell::create(), fakeTool("out x")).output, QByteArray("x"));
+        QCOMPARE(m_console->entries, QStringList());
+    }
+
+    void logs_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("entry"); // after the command's own path
+        const auto row = [](const char *name, const char *script, const char *entry) {
+            QTest::newRow(name) << QByteArray(script) << QString::fromUtf8(entry);
+        };
+        row("tabs become spaces, ends stay", "out a\\tb\\n\\n", " out a\\tb\\n\\n|a  b\n\n|");
+        row("tab in the command", "out a\tb", " out a  b|a  b|");
+        row("error", "out x err why", " out x err why|x|why");
+        row("output not UTF-8", "out \\xff", " out \\xff||");
+    }
+    void logs()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, entry);
+        RecordingConsole given;
+        std::promise<QThread *> thread;
+        auto completed = thread.get_future();
+        QStringList arguments = fakeTool(script);
+        arguments.first() = QStringLiteral("kubectl");
+        const QStringList expected{QLatin1String("kubectl") + entry};
+        Shell::create()->runAsync(arguments, true, nullptr,
+            [&](const ShellResult &) { thread.set_value(QThread::currentThread()); });
+        QTRY_COMPARE(m_console->entries, expected);
+        QVERIFY(arrives(completed));
+        QVERIFY(completed.get() != this->thread());
+
+        // A given console is preferred; without the flag nobody is told.
+        Shell::create()->runAsync(arguments, true, &given, [](const ShellResult &) {});
+        bool quiet = false;
+        Shell::create()->runAsync(arguments, false, &given,
+            [&](const ShellResult &) { mainQueue().post([&quiet] { quiet = true; }); });
+        QTRY_COMPARE(given.entries, expected);
+        QTRY_VERIFY(quiet);
+        QCOMPARE(given.entries.size() + m_console->entries.size(), 2);
+    }
+
+    void anEntryDoesNotMoveToAnotherWindow_data()
+    {
+        QTest::addColumn<bool>("given");
+        QTest::newRow("given console") << true;
+        QTest::newRow("main window's console") << false;
+    }
+    void anEntryDoesNotMoveToAnotherWindow()
+    {
+        QFETCH(bool, given);
+        QTemporaryDir folder;
+        auto closing = std::make_unique<RecordingConsole>();
+        RecordingConsole *current = closing.get();
+        setMainConsoleLookup([&current] { return current; });
+        bool done = false;
+        const QByteArray script = "touch " + folder.filePath(QStringLiteral("started")).toUtf8() + " until "
+            + folder.filePath(QStringLiteral("go")).toUtf8();
+        Shell::create()->runAsync(fakeTool(script), true, given ? closing.get() : nullptr,
+            [&](const ShellResult &) { mainQueue().post([&done] { done = true; }); });
+        QTRY_VERIFY(QFile::exists(folder.filePath(QStringLiteral("started"))));
+        current = m_console.get();
+        closing.reset();
+        QVERIFY(QFile(folder.filePath(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+        QTRY_VERIFY(done);
+        QCOMPARE(m_console->entries, QStringList());
+    }
+
+    void cancelAnswersBeforeTheChildHasGone()
+    {
+        QTemporaryDir folder;
+        const auto shell = Shell::create();
+        const QByteArray script = "ignore-term out lost pidfile " + folder.path().toUtf8() + " hang";
+        auto result = inBackground([=] { return shell->run(fakeTool(script), false); });
+        QTRY_COMPARE(pidsIn(folder.path()).size(), 1);
+        const qint64 pid = pidsIn(folder.path()).first();
+        shell->cancel();
+        QVERIFY(arrives(result));
+        const ShellResult ended = result.get();
+        QVERIFY(isAlive(pid));
+        QCOMPARE(ended.output, QByteArray());
+        QCOMPARE(ended.error, stopped);
+        QTRY_VERIFY_WITH_TIMEOUT(!isAlive(pid), 20'000);
+    }
+
+    void cancelledBeforeItsTurnStartsNothing()
+    {
+        QTemporaryDir folder;
+        const auto shell = Shell::create();
+        const QString trace = folder.filePath(QStringLiteral("trace"));
+        shell->cancel();
+        // The child would write at once and end by itself, whatever happens to its pipes.
+        QCOMPARE(runToEnd(shell, {fakeToolPath(), QStringLiteral("touch"), trace}).error, stopped);
+        QCOMPARE(shell->process(), nullptr);
+        QVERIFY(!QFile::exists(trace));
+    }
+
+    void everyCompletionComesOnce()
+    {
+        constexpr int runs = 60;
+        std::atomic<int> completions = 0;
+        std::vector<std::shared_ptr<Shell>> shells;
+        for (int i = 0; i < runs; ++i) {
+            shells.push_back(Shell::create());
+            shells.back()->runAsync(fakeTool(i % 2 ? "hang" : "out x"), false, nullptr,
+                [&](const ShellResult &result) { completions += result.error || result.output == "x"; });
+        }
+        for (int i = 0; i < runs; ++i) {
+            QCoreApplication::processEvents();
+            if (i % 2) {
+                shells[std::size_t(i)]->cancel();
+            }
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(completions.load(), runs, 20'000);
+    }
+
+    void everyByteOfAHugeOutput()
+    {
+        const qint64 size = sanitized ? 64 << 20 : 1 << 30;
+        const ShellResult result = runToEnd(Shell::create(), fakeTool("fill " + QByteArray::number(size)));
+        QCOMPARE(result.error, std::nullopt);
+        QCOMPARE(result.output.size(), size - 1); // without the last line end
+        QCOMPARE(result.output.count('\n'), size / 16 - 1);
+    }
+
+    void tooMuchOutputEndsTheRun()
+    {
+        QTemporaryDir folder;
+        const auto shell = Shell::create();
+        shell->outputLimit = 1 << 20;
+        const QByteArray script = "pidfile " + folder.path().toUtf8() + " fill 900000 errfill 99999999999";
+        const ShellResult result = runToEnd(shell, fakeTool(script));
+        QCOMPARE(result.error, QStringLiteral("The command was ended: it printed more than 1 MiB."));
+        QCOMPARE(result.output, QByteArray());
+        QTRY_VERIFY(!isAlive(pidsIn(folder.path()).first()));
+    }
+
+private:
+    std::unique_ptr<RecordingConsole> m_console;
+};
+
+QTEST_GUILESS_MAIN(TestShell)
+#include "tst_shell.moc"

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/TestSupport.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace tidewright;
+using namespace tidewright::test;
+
+namespace {
+
+/// What a stream has delivered so far. Shared with handlers that may outlive the test.
+struct Collector
+{
+    std::mutex mutex;
+    QString output;
+    QString errors;
+
+    static Shell::PieceHandler handler(const std::shared_ptr<Collector> &collector)
+    {
+        return [collector](const QString &output, const std::optional<QString> &error) {
+            const std::lock_guard lock(collector->mutex);
+            collector->output += output;
+            collector->errors += error.value_or(QString());
+        };
+    }
+    QString text()
+    {
+        const std::lock_guard lock(mutex);
+        return errors.isEmpty() ? output : output + u'|' + errors;
+    }
+};
+
+qsizetype aliveIn(const QTemporaryDir &folder)
+{
+    const QList<qint64> pids = pidsIn(folder.path());
+    return std::count_if(pids.cbegin(), pids.cend(), isAlive);
+}
+
+QStringList lastingTool(const QTemporaryDir &folder, const QByteArray &rest)
+{
+    return fakeTool("pidfile " + folder.path().toUtf8() + ' ' + rest);
+}
+
+} // namespace
+
+class TestStreaming : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { m_collector = std::make_shared<Collector>(); }
+
+    void delivers_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char *name, const char *script, const char *text) {
+            QTest::newRow(name) << fakeTool(script) << QString::fromUtf8(text);
+        };
+        row("nothing", "exit 1", "");
+        row("both streams, untrimmed", "out a\\n err e\\n", "a\n|e\n");
+        row("a character in three writes", "out a\\xe2 drained out \\x82 drained out \\xacb", "a\u20acb");
+        row("cut before the end", "out a drained out \\xf0\\x9f", "a");
+        row("a bad piece", "out good drained out \\xff drained out again", "goodagain");
+        row("a beginning whose rest never comes", "out a\\xe2\\x82 drained out bc drained out d", "abcd");
+        row("dies by a signal", "out last die 9", "last");
+        row("grandchild holds the pipe", "grandchild 2 until %1 out x", "x");
+        QTest::newRow("cannot be started") << QStringList{fakeToolPath(), QString(200'000, u'x')}
+                                           << QStringLiteral("|Unexpected error: Argument list too long.");
+    }
+    void delivers()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, text);
+        QTemporaryDir folder;
+        const QString end = folder.filePath(QStringLiteral("end"));
+        arguments.replaceInStrings(QStringLiteral("%1"), end);
+        const auto shell = Shell::create();
+        shell->runStreaming(arguments, Collector::handler(m_collector));
+        QTRY_COMPARE_WITH_TIMEOUT(
+            m_collector.use_count(), 1L, 20'000); // the stream is over: its handler is gone
+        QCOMPARE(m_collector->text(), text);
+        QCOMPARE(shell->process(), nullptr);
+        QVERIFY(QFile(end).open(QIODevice::WriteOnly));
+    }
+
+    void losesNothingOfALongStream()
+    {
+        // Pieces end anywhere; a letter that a read cuts must arrive whole. Only a period is kept of the
+        // text.
+        const QString period = QStringLiteral("\u00e4\u20ac\U0001f600");
+        const qint64 periods = (sanitized ? 64 << 20 : 100 << 20) / 9 + 1;
+        struct Checked
+        {
+            std::atomic<qint64> units = 0;
+            std::atomic<bool> intact = true;
+        };
+        auto checked = std::make_shared<Checked>();
+        const auto shell = Shell::create();
+        shell->runStreaming(fakeTool("letters " + QByteArray::number(periods * 9) + " 65521"),
+            [checked, period](const QString &output, const std::optional<QString> &error) {
+                qint64 unit = checked->units;
+                bool intact = !error && !output.front().isLowSurrogate();
+                for (const QChar c : output) {
+                    intact = intact && c == period[qsizetype(unit++ & 3)];
+                }
+                checked->intact = checked->intact && intact;
+                checked->units = unit;
+            });
+        QTRY_COMPARE_WITH_TIMEOUT(checked->units.load(), periods * 4, 60'000);
+        QVERIFY(checked->intact);
+    }
+
+    void theNextStreamEndsTheOneBefore()
+    {
+        QTemporaryDir folder;
+        const auto shell = Shell::create();
+        shell->runStreaming(lastingTool(folder, "out one fill 99999999999"), [](auto &&...) {});
+        QTRY_COMPARE(aliveIn(folder), 1);
+        shell->runStreaming(fakeTool("out two hang"), Collector::handler(m_collector));
+        QTRY_COMPARE(m_collector->text(), QStringLiteral("two"));
+        QTRY_COMPARE(aliveIn(folder), 0);
+    }
+
+    void onlyTheLastOfManyRequestsStreams()
+    {
+        QTemporaryDir folder;
+        const auto shell = Shell::create();
+        for (int i = 0; i < 20; ++i) {
+            shell->runStreaming(lastingTool(folder, i == 19 ? "out last hang" : "out early hang"),
+                Collector::handler(m_collector));
+        }
+        QTRY_VERIFY(m_collector->text().endsWith(u"last"));
+        QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 1, 20'000);
+        QVERIFY(shell->process());
+    }
+
+    void endsWithItsOwner_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<bool>("cancelled");
+        QTest::newRow("let go") << QByteArray("hang") << false;
+        QTest::newRow("cancelled") << QByteArray("hang") << true;
+        QTest::newRow("deaf") << QByteArray("ignore-term hang") << false;
+        QTest::newRow("closed its output") << QByteArray("close-output hang") << false;
+        QTest::newRow("closed its output, cancelled") << QByteArray("close-output hang") << true;
+    }
+    void endsWithItsOwner()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(bool, cancelled);
+        QTemporaryDir folder;
+        auto shell = Shell::create();
+        shell->runStreaming(lastingTool(folder, script), Collector::handler(m_collector));
+        QTRY_COMPARE(aliveIn(folder), 1);
+        if (cancelled) {
+            shell->cancel();
+        } else {
+            shell.reset();
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 0, 20'000);
+        QTRY_COMPARE(m_collector.use_count(), 1L);
+    }
+
+    void lettingGoOfManyFloodsAtAnyMoment()
+    {
+        QTemporaryDir folder;
+        std::vector<std::shared_ptr<Shell>> shells;
+        for (int i = 0; i < 40; ++i) {
+            shells.push_back(Shell::create());
+            shells.back()->runStreaming(
+                lastingTool(folder, "fill 99999999999"), Collector::handler(m_collector));
+            if (i >= 20) {
+                shells.erase(shells.begin()); // some of them before their child has started
+            }
+        }
+        QTRY_VERIFY(aliveIn(folder) >= 20);
+        shells.clear();
+        QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 0, 20'000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_collector.use_count(), 1L, 20'000);
+        QCOMPARE(aliveIn(folder), 0);
+    }
+
+private:
+    std::shared_ptr<Collector> m_collector;
+};
+
+QTEST_GUILESS_MAIN(TestStreaming)
+#include "tst_streaming.moc"

@@ -1,0 +1,67 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""test_check_layers.py CHECK-LAYERS QT-INCLUDE-FOLDER: plants faults and looks whether the check finds them."""
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+CHECK, QT_FOLDER = sys.argv[1:3]
+SOUND = {
+    "platform/Low.h": "#include <QString>\n#include <QtDBus/QDBusConnection>\n#include <unistd.h>\n",
+    "core/Middle.h": '#include "platform/Low.h"\n#include <QDBusMessage>\n',
+    "pods/Table.h": '#include "core/Middle.h"\n#include <QWidget>\n',
+    "external/Editor.h": '#include "core/Middle.h"\n',
+    "app/Window.cpp": '#include "pods/Table.h"\n#include "external/Editor.h"\n#include "Window.moc"\n',
+}
+# What is planted where, and how the fault is reported.
+FAULTS = [
+    ("platform/Low.h", '#include "core/Middle.h"', "platform/Low.h:1: platform may not include core"),
+    ("core/Middle.h", '#include "pods/Table.h"', "core/Middle.h:1: core may not include pods"),
+    ("pods/Table.h", '#include "external/Editor.h"', "pods/Table.h:1: pods may not include external"),
+    ("pods/Table.h", '#  include "app/Window.h"', 'pods/Table.h:1: "app/Window.h" is not of the form "layer/File.h"'),
+    ("core/Middle.h", "#include <QWidget>", "core/Middle.h:1: core may not include <QWidget> of QtWidgets"),
+    ("core/Middle.h", "#include <QIcon>", "core/Middle.h:1: core may not include <QIcon> of QtGui"),
+    ("platform/Low.h", "#include <qicon.h>", "platform/Low.h:1: platform may not include <qicon.h> of QtGui"),
+    ("platform/Low.h", "#include <QtGui/QColor>", "platform/Low.h:1: platform may not include <QtGui/QColor> of QtGui"),
+    ("platform/Low.h", "#include <QtWidgets>", "platform/Low.h:1: platform may not include <QtWidgets> of QtWidgets"),
+    ("platform/Low.h", "#include <QTcpSocket>", "platform/Low.h:1: platform may not include <QTcpSocket> of QtNetwork"),
+    ("core/Middle.h", "#include <platform/Low.h>", "core/Middle.h:1: <platform/Low.h> belongs in quotes"),
+    ("app/Window.cpp", '#include "Table.h"', 'app/Window.cpp:1: "Table.h" is not of the form "layer/File.h"'),
+    ("app/Window.cpp", '#include "../pods/Table.h"', 'app/Window.cpp:1: "../pods/Table.h" is not of the form'),
+    ("core/Middle.h", '#include "core/Middle.h"', "include cycle: core/Middle.h > core/Middle.h"),
+    ("platform/Low.h", '#include "platform/Loop.h"', "include cycle: platform/Low.h > platform/Loop.h > platform/Low.h"),
+    ("util/Stray.h", "", "util/Stray.h:1: util is no layer"),
+]
+
+
+def check(files, qt_folder=QT_FOLDER):
+    with tempfile.TemporaryDirectory() as root:
+        for name, text in files.items():
+            path = Path(root, name)
+            path.parent.mkdir(exist_ok=True)
+            path.write_text(text)
+        run = subprocess.run([sys.executable, CHECK, root, qt_folder], capture_output=True, text=True)
+        return run.returncode, run.stdout.splitlines()
+
+
+class CheckLayers(unittest.TestCase):
+    def test_sound_sources_pass(self):
+        self.assertEqual(check(SOUND), (0, [f"{len(SOUND)} files, no fault"]))
+
+    def test_planted_faults_are_found(self):
+        for file, line, fault in FAULTS:
+            with self.subTest(fault):
+                files = SOUND | {"platform/Loop.h": '#include "platform/Low.h"\n'}
+                files[file] = line + "\n" + files.get(file, "")
+                code, faults = check(files)
+                self.assertEqual(code, 1)
+                self.assertTrue(any(found.startswith(fault) for found in faults), faults)
+
+    def test_looking_at_nothing_is_no_success(self):
+        self.assertEqual(check({})[0], 2)
+        self.assertEqual(check(SOUND, "/nowhere")[0], 2)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

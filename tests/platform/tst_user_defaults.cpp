@@ -1,0 +1,479 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/UserDefaults.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMutex>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <iostream>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace tidewright;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kills = 200;
+constexpr int keysPerWriter = 60;
+constexpr auto deadline = std::chrono::seconds(20);
+constexpr int deadlineMs = 20000;
+
+/// Of another length each time, so that a torn or mixed file cannot look whole.
+QString payload(qint64 number)
+{
+    return u"%1:%2"_s.arg(number).arg(QString(number * 37 % 4000, u'x'));
+}
+
+/// The other process: writes PREFIX0, PREFIX1 … once, or for ever changes "count" and says each time when
+/// done.
+int writeSettings(const QString &path, const QString &prefix)
+{
+    UserDefaults settings(path);
+    if (prefix != u"count") {
+        for (int number = 0; number < keysPerWriter; ++number) {
+            settings.set(prefix + QString::number(number), payload(number));
+        }
+        return settings.flush(deadline) ? 0 : 1;
+    }
+    for (qint64 number = settings.string(prefix).value_or(QString()).section(u':', 0, 0).toLongLong();;) {
+        settings.set(prefix, payload(++number));
+        settings.flush(deadline);
+        std::cout << number << std::endl;
+    }
+}
+
+void start(QProcess &process, const QString &path, const QString &prefix)
+{
+    process.start(QCoreApplication::applicationFilePath(), {u"--write"_s, path, prefix});
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+QJsonObject jsonIn(const QString &path)
+{
+    return QJsonDocument::fromJson(readFile(path)).object();
+}
+
+int modeOf(const QString &path)
+{
+    struct stat status = {};
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 ? int(status.st_mode & 07777) : -1;
+}
+
+/// Root may do anything; what the disk refuses is only seen by somebody else.
+struct AsOrdinaryUser
+{
+    AsOrdinaryUser() { [[maybe_unused]] const int error = wasRoot ? ::seteuid(65534) : 0; }
+    ~AsOrdinaryUser() { [[maybe_unused]] const int error = wasRoot ? ::seteuid(0) : 0; }
+    const bool wasRoot = ::geteuid() == 0;
+};
+
+void limitFileSize(rlim_t bytes)
+{
+    rlimit limit = {};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = std::min(bytes, limit.rlim_max);
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+} // namespace
+
+class tst_user_defaults : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void types_data();
+    void types();
+    void whatIsWrittenIsRead();
+    void damagedFile_data();
+    void damagedFile();
+    void damagedMeanwhile();
+    void trouble_data();
+    void trouble();
+    void links_data();
+    void links();
+    void slowDiskHoldsNobodyUp();
+    void readersOnAnyThread();
+    void killedWhileWriting();
+    void twoProcesses();
+
+private:
+    QStringList told();
+    QString inFolder(const QString &name) const { return m_dir->filePath(u"folder/"_s + name); }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_path;
+    QMutex m_mutex;
+    QStringList m_told;
+};
+
+void tst_user_defaults::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(QDir(m_dir->path()).mkdir(u"folder"_s));
+    m_path = inFolder(u"settings.json"_s);
+    m_told.clear();
+    setSettingsProblemHandler([this](const QString &problem) {
+        const QMutexLocker lock(&m_mutex);
+        m_told.append(problem);
+    });
+}
+
+void tst_user_defaults::cleanup()
+{
+    setSettingsProblemHandler({});
+}
+
+QStringList tst_user_defaults::told()
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_told;
+}
+
+void tst_user_defaults::types_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<QString>("present"); // s: as a text, d: as a dictionary, b: as bytes
+    QTest::newRow("text") << R"("~/x ")"_ba << u"s"_s;
+    QTest::newRow("empty text") << R"("")"_ba << u"s"_s;
+    QTest::newRow("number") << "7"_ba << QString();
+    QTest::newRow("true") << "true"_ba << QString();
+    QTest::newRow("null") << "null"_ba << QString();
+    QTest::newRow("dictionary") << R"({"B": "2", "": ""})"_ba << u"d"_s;
+    QTest::newRow("empty dictionary") << "{}"_ba << u"d"_s;
+    QTest::newRow("dictionary with a number") << R"({"B": "2", "A": 1})"_ba << QString();
+    QTest::newRow("dictionary in a dictionary") << R"({"B": {}})"_ba << QString();
+    QTest::newRow("bytes") << R"(["base64", "AAEC"])"_ba << u"b"_s;
+    QTest::newRow("no base64") << R"(["base64", "A*EC"])"_ba << QString();
+    QTest::newRow("other list") << R"(["a", "b"])"_ba << QString();
+}
+
+void tst_user_defaults::types()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(QString, present);
+    writeFile(m_path, R"({"key": )" + json + "}");
+    const UserDefaults settings(m_path);
+    QCOMPARE(settings.string(u"key"_s).has_value(), present == u"s");
+    QCOMPARE(settings.dictionary(u"key"_s).has_value(), present == u"d");
+    QCOMPARE(settings.data(u"key"_s).has_value(), present == u"b");
+    QCOMPARE(told(), QStringList());
+}
+
+void tst_user_defaults::whatIsWrittenIsRead()
+{
+    const QString text = u"line\nquote\" ünï𝄞"_s + QChar(0);
+    const UserDefaults::Dictionary dictionary{{u""_s, u""_s}, {u"A B="_s, text}};
+    const QByteArray bytes("\0\xff\n", 3);
+    writeFile(m_path, R"({"later": [1, {"a": null}], "text": 5, "gone": "x"})");
+    QFile::setPermissions(m_path, QFile::Permissions(0x6644));
+    QFile::setPermissions(inFolder(u"."_s), QFile::Permissions(0x7755));
+    const UserDefaults before(m_path);
+    {
+        UserDefaults settings(m_path);
+        settings.set(u"text"_s, text);
+        settings.set(u"dictionary"_s, dictionary);
+        settings.set(u"bytes"_s, bytes);
+        settings.remove(u"gone"_s);
+    }
+    const UserDefaults after(m_path);
+    for (const UserDefaults *settings : {&before, &after}) {
+        QCOMPARE(settings->string(u"text"_s), text);
+        QCOMPARE(settings->dictionary(u"dictionary"_s), dictionary);
+        QCOMPARE(settings->data(u"bytes"_s), bytes);
+        QVERIFY(!settings->string(u"gone"_s));
+    }
+    QCOMPARE(jsonIn(m_path).size(), 4); // what a later version wrote is kept
+    QCOMPARE(QJsonDocument(jsonIn(m_path)[u"later"].toArray()).toJson(QJsonDocument::Compact),
+        R"([1,{"a":null}])");
+    QCOMPARE(modeOf(m_path), 0600);
+    QCOMPARE(modeOf(inFolder(u"."_s)), 0700);
+    QCOMPARE(QDir(inFolder({})).entryList(QDir::Files),
+        QStringList({u"settings.json"_s, u"settings.json.lock"_s}));
+}
+
+void tst_user_defaults::damagedFile_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("cut off") << R"({"a": "b")"_ba;
+    QTest::newRow("empty") << ""_ba;
+    QTest::newRow("a list") << R"(["a"])"_ba;
+    QTest::newRow("no UTF-8") << "{\"a\": \"\xff\xfe\"}"_ba;
+    QTest::newRow("10 MB of garbage") << QByteArray(10 << 20, '\x01');
+    QTest::newRow("larger than any settings") << "{\"a\": \"" + QByteArray(33 << 20, 'a') + "\"}";
+    QTest::newRow("nested without end") << QByteArray(100000, '[');
+}
+
+void tst_user_defaults::damagedFile()
+{
+    QFETCH(QByteArray, bytes);
+    for (int round = 1; round <= 2; ++round) {
+        writeFile(m_path, bytes);
+        UserDefaults settings(m_path);
+        QVERIFY(!settings.string(u"a"_s));
+        QVERIFY(settings.flush(deadline));
+        const QStringList aside = QDir(inFolder({})).entryList({u"settings.json.broken-2*"_s});
+        QCOMPARE(aside.size(), round);
+        for (const QString &name : aside) {
+            QVERIFY(readFile(inFolder(name)) == bytes);
+            QVERIFY(told().join(u'\n').contains(name));
+        }
+        settings.set(u"a"_s, u"1"_s);
+        settings.set(u"b"_s, u"2"_s);
+        QVERIFY(settings.flush(deadline));
+        QCOMPARE(jsonIn(m_path), QJsonObject({{u"a"_s, u"1"_s}, {u"b"_s, u"2"_s}}));
+        QCOMPARE(told().size(), round);
+    }
+}
+
+void tst_user_defaults::damagedMeanwhile()
+{
+    UserDefaults settings(m_path);
+    settings.set(u"a"_s, u"1"_s);
+    QVERIFY(settings.flush(deadline));
+    writeFile(m_path, R"({"a": "1", )"); // as an editor that saves leaves it for a moment
+    QCOMPARE(settings.string(u"a"_s), u"1"_s);
+    QCOMPARE(told(), QStringList());
+    settings.set(u"b"_s, u"2"_s);
+    QVERIFY(settings.flush(deadline));
+    QCOMPARE(jsonIn(m_path), QJsonObject({{u"a"_s, u"1"_s}, {u"b"_s, u"2"_s}}));
+    QCOMPARE(told().size(), 1);
+    QVERIFY(QFile::remove(m_path)); // to start afresh
+    QVERIFY(!settings.string(u"a"_s));
+}
+
+void tst_user_defaults::trouble_data()
+{
+    QTest::addColumn<QByteArray>("what");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("file of somebody else") << "file"_ba << u"ermission"_s;
+    QTest::newRow("read-only folder") << "folder"_ba << u"ermission"_s;
+    QTest::newRow("full disk") << "full"_ba << u"too large"_s;
+    QTest::newRow("a folder of that name") << "directory"_ba << u"not an ordinary file"_s;
+    QTest::newRow("a pipe") << "pipe"_ba << u"not an ordinary file"_s;
+    QTest::newRow("a link to itself") << "loop"_ba << u"symbolic links"_s;
+}
+
+void tst_user_defaults::trouble()
+{
+    QFETCH(QByteArray, what);
+    QFETCH(QString, reason);
+    m_dir.reset();
+    const AsOrdinaryUser user;
+    init(); // in a folder of that user
+    const QByteArray path = QFile::encodeName(m_path);
+    const QByteArray folder = QFile::encodeName(inFolder(u"."_s));
+    if (what == "directory") {
+        ::mkdir(path.constData(), 0700);
+    } else if (what == "pipe") {
+        ::mkfifo(path.constData(), 0600);
+    } else if (what == "loop") {
+        QVERIFY(QFile::link(m_path, m_path));
+    } else {
+        writeFile(m_path, R"({"old": "value"})");
+        ::chmod(path.constData(), what == "file" ? 0 : 0600);
+        ::chmod(folder.constData(), what == "folder" ? 0500 : 0700);
+    }
+    {
+        UserDefaults settings(m_path);
+        limitFileSize(what == "full" ? 4096 : RLIM_INFINITY);
+        QElapsedTimer clock;
+        clock.start();
+        settings.set(u"a"_s, QString(100000, u'x'));
+        settings.set(u"b"_s, u"2"_s);
+        QVERIFY(!settings.flush(deadline));
+        limitFileSize(RLIM_INFINITY);
+        QVERIFY2(clock.elapsed() < deadlineMs / 2, "the disk was waited for");
+        QCOMPARE(settings.string(u"a"_s).value_or(QString()).size(), 100000);
+        QCOMPARE(settings.string(u"b"_s), u"2"_s);
+        QCOMPARE(told().size(), 1);
+        QVERIFY2(told().first().contains(reason), qPrintable(told().first()));
+        if (what == "folder" || what == "full") {
+            QCOMPARE(jsonIn(m_path), QJsonObject({{u"old"_s, u"value"_s}}));
+            QVERIFY(!QFile::exists(m_path + u".new"));
+        }
+        // Once the trouble is over, the next change brings the others along.
+        ::chmod(folder.constData(), 0700);
+        ::chmod(path.constData(), 0600);
+        if (what == "directory") {
+            ::rmdir(path.constData());
+        } else if (what == "pipe" || what == "loop") {
+            ::unlink(path.constData());
+        }
+        settings.set(u"c"_s, u"3"_s);
+        QVERIFY(settings.flush(deadline));
+    }
+    const UserDefaults settings(m_path);
+    QCOMPARE(settings.string(u"b"_s), u"2"_s);
+    QCOMPARE(settings.string(u"c"_s), u"3"_s);
+    QCOMPARE(settings.string(u"old"_s).has_value(), what == "file" || what == "folder" || what == "full");
+    m_dir.reset();
+}
+
+void tst_user_defaults::links_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::newRow("sound") << R"({"old": "value"})"_ba;
+    QTest::newRow("damaged") << "?"_ba;
+    QTest::newRow("leads nowhere yet") << QByteArray();
+}
+
+/// People keep their settings elsewhere and link to them, by way of another link too.
+void tst_user_defaults::links()
+{
+    QFETCH(QByteArray, before);
+    const QString real = m_dir->filePath(u"real.json"_s);
+    if (!before.isNull()) {
+        writeFile(real, before);
+    }
+    QVERIFY(QFile::link(u"../real.json"_s, inFolder(u"second"_s)));
+    QVERIFY(QFile::link(u"second"_s, m_path));
+    UserDefaults settings(m_path);
+    settings.set(u"a"_s, u"1"_s);
+    QVERIFY(settings.flush(deadline));
+    QVERIFY(QFileInfo(m_path).isSymLink() && !QFileInfo(real).isSymLink());
+    QCOMPARE(jsonIn(real)[u"a"], u"1"_s);
+    QCOMPARE(jsonIn(real).contains(u"old"), before.contains("old"));
+    QCOMPARE(told().size(), before == "?" ? 1 : 0);
+    QCOMPARE(QDir(m_dir->path()).entryList({u"real.json.broken*"_s}).size(), told().size());
+}
+
+/// A process that was stopped, or hangs on its disk, keeps its turn.
+void tst_user_defaults::slowDiskHoldsNobodyUp()
+{
+    UserDefaults settings(m_path);
+    auto turn = std::make_unique<FileLock>(QFile::encodeName(m_path + u".lock"));
+    QCOMPARE(turn->error(), 0);
+    QElapsedTimer clock;
+    clock.start();
+    for (int number = 0; number < 100; ++number) {
+        settings.set(u"key"_s, QString::number(number));
+        QCOMPARE(settings.string(u"key"_s), QString::number(number));
+    }
+    QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY(!settings.flush(std::chrono::milliseconds(1)));
+    QVERIFY(!QFile::exists(m_path));
+    turn.reset();
+    QVERIFY(settings.flush(deadline));
+    QCOMPARE(jsonIn(m_path)[u"key"], u"99"_s);
+}
+
+void tst_user_defaults::readersOnAnyThread()
+{
+    UserDefaults settings(m_path);
+    settings.set(u"key"_s, UserDefaults::Dictionary{{u"0"_s, payload(0)}});
+    std::atomic<bool> done = false;
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> readers;
+    for (int count = 0; count < 3; ++count) {
+        readers.emplace_back([&] {
+            while (!done) {
+                const auto value = settings.dictionary(u"key"_s);
+                wrong += !value || value->size() != 1 || value->first() != payload(value->firstKey().toInt());
+            }
+        });
+    }
+    for (int number = 1; number <= 50; ++number) {
+        settings.set(u"key"_s, UserDefaults::Dictionary{{QString::number(number), payload(number)}});
+    }
+    done = true;
+    for (std::thread &reader : readers) {
+        reader.join();
+    }
+    QCOMPARE(wrong, 0);
+}
+
+void tst_user_defaults::killedWhileWriting()
+{
+    qint64 last = 0;
+    for (int kill = 0; kill < kills; ++kill) {
+        QProcess writer;
+        start(writer, m_path, u"count"_s);
+        qint64 said = last;
+        for (int lines = QRandomGenerator::global()->bounded(1, 6); lines > 0; --lines) {
+            QVERIFY(writer.canReadLine() || writer.waitForReadyRead(deadlineMs));
+            said = std::max(said, writer.readLine().trimmed().toLongLong());
+        }
+        QElapsedTimer clock;
+        clock.start();
+        for (const int moment = QRandomGenerator::global()->bounded(20000);
+             clock.nsecsElapsed() / 1000 < moment;) { }
+        writer.kill();
+        QVERIFY(writer.waitForFinished(deadlineMs));
+        QJsonParseError error;
+        const QJsonObject values = QJsonDocument::fromJson(readFile(m_path), &error).object();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        const QString value = values[u"count"].toString();
+        last = value.section(u':', 0, 0).toLongLong();
+        QVERIFY2(last >= said, "a change that was in the file is lost");
+        QVERIFY(value == payload(last));
+        QCOMPARE(modeOf(m_path), 0600);
+    }
+    UserDefaults(m_path).set(u"count"_s, u"end"_s);
+    QCOMPARE(QDir(inFolder({})).entryList(QDir::Files),
+        QStringList({u"settings.json"_s, u"settings.json.lock"_s}));
+}
+
+void tst_user_defaults::twoProcesses()
+{
+    UserDefaults settings(m_path);
+    std::array<QProcess, 2> writers;
+    start(writers[0], m_path, u"a"_s);
+    start(writers[1], m_path, u"b"_s);
+    int own = 0;
+    const auto running = [](QProcess &writer) {
+        return !writer.waitForFinished(0) && writer.state() != QProcess::NotRunning;
+    };
+    while (running(writers[0]) || running(writers[1])) {
+        settings.set(u"own%1"_s.arg(own), payload(own));
+        ++own;
+    }
+    QVERIFY(settings.flush(deadline));
+    for (const QProcess &writer : writers) {
+        QVERIFY(writer.exitStatus() == QProcess::NormalExit && writer.exitCode() == 0);
+    }
+    QCOMPARE(jsonIn(m_path).size(), 2 * keysPerWriter + own);
+    for (int number = 0; number < keysPerWriter; ++number) {
+        QCOMPARE(settings.string(u"a%1"_s.arg(number)), payload(number));
+        QCOMPARE(settings.string(u"b%1"_s.arg(number)), payload(number));
+    }
+    QVERIFY(own > 0);
+}
+
+int main(int argc, char **argv)
+{
+    std::signal(SIGXFSZ, SIG_IGN); // too large a file is an error, as a full disk is
+    QCoreApplication application(argc, argv);
+    if (argc == 4 && qstrcmp(argv[1], "--write") == 0) {
+        return writeSettings(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
+    }
+    tst_user_defaults test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_user_defaults.moc"

@@ -1,0 +1,427 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/MainQueue.h"
+#include "pods/ConsoleText.h"
+#include "pods/ConsoleTextView.h"
+#include "pods/ConsoleViewController.h"
+#include "resources/NamedImages.h"
+#include "support/StubWindow.h"
+
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QProcess>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBlock>
+#include <QToolButton>
+
+#include <thread>
+
+using namespace tidewright;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A console in a window of its own, which is the main one.
+struct Bench
+{
+    explicit Bench(int height = 300)
+    {
+        console.setKubeSplitViewController(&window);
+        setMainConsoleLookup([this] { return &console; });
+        console.view()->resize(700, height);
+        console.view()->show();
+    }
+    ~Bench() { setMainConsoleLookup({}); }
+
+    QString text() const { return view().toPlainText(); }
+    QLineEdit &field() const { return *console.commandEntryTextField(); }
+    ConsoleTextView &view() const { return *console.consoleTextView(); }
+    QScrollBar &bar() const { return *view().verticalScrollBar(); }
+    bool isAtEnd() const { return bar().value() == bar().maximum(); }
+
+    void add(
+        const QString &command, const QString &response = {}, const std::optional<ConsoleError> &error = {})
+    {
+        const int blocks = view().blockCount();
+        console.addEntry(command, response, error);
+        QTRY_VERIFY(view().blockCount() > blocks);
+    }
+    void type(const QString &line)
+    {
+        field().setText(line);
+        QTest::keyClick(&field(), Qt::Key_Return);
+    }
+    /// Where the document shows a text.
+    QTextCursor find(const QString &shown) const { return view().document()->find(shown); }
+    QPoint placeOf(const QString &shown) const
+    {
+        QTextCursor cursor = find(shown);
+        cursor.setPosition(cursor.selectionStart() + 1);
+        return view().cursorRect(cursor).center();
+    }
+    /// The title's action in the menu of the place.
+    void choose(const QPoint &place, const QString &title, bool expectEnabled = true) const
+    {
+        const std::unique_ptr<QMenu> menu(view().makeMenu(place));
+        for (QAction *action : menu->actions()) {
+            if (action->text() == title) {
+                QCOMPARE(action->isEnabled(), expectEnabled);
+                action->trigger();
+                return;
+            }
+        }
+        QFAIL(qPrintable(title));
+    }
+
+    test::StubWindow window;
+    ConsoleViewController console;
+};
+
+} // namespace
+
+class tst_console : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { mainQueue(); }
+
+    void entriesReadAsTold()
+    {
+        Bench bench;
+        bench.console.addEntry(
+            u"kubectl get po -nteam"_s, u"NAME\nweb see http://a.io/x (y)\n"_s, makeConsoleError(u"oh no"_s));
+        QCOMPARE(bench.text(), QString()); // shown from the event loop
+        QCOMPARE(bench.console.entries().size(), 1);
+        QTRY_VERIFY(!bench.text().isEmpty());
+        const QString date = bench.text().left(19);
+        QVERIFY(qAbs(QDateTime::fromString(date + u'Z', u"yyyy-MM-dd HH:mm:sst"_s)
+                         .secsTo(QDateTime::currentDateTimeUtc()))
+            < 60);
+        QCOMPARE(bench.text().mid(19),
+            u"\uE0B0 kubectl get po -nteam\nNAME\nweb see http://a.io/x (y)\n\noh no\n"_s);
+        const QList<std::tuple<QString, QString, QString>> colours{{date, u"base2"_s, u"blue"_s},
+            {u"\uE0B0"_s, u"blue"_s, u"base03"_s}, {u"kubectl"_s, u"base2"_s, u"base03"_s},
+            {u"http://a.io/x"_s, u"blue"_s, u"base03"_s}, {u"(y)"_s, u"base2"_s, u"base03"_s},
+            {u"oh no"_s, u"red"_s, u"base03"_s}};
+        for (const auto &[shown, foreground, background] : colours) {
+            const QTextCharFormat format = bench.find(shown).charFormat();
+            QCOMPARE(format.foreground().color(), namedColour(u"solarized-"_s + foreground));
+            QCOMPARE(format.background().color(), namedColour(u"solarized-"_s + background));
+            QCOMPARE(
+                format.underlineStyle() == QTextCharFormat::SingleUnderline, shown.startsWith(u"http"_s));
+        }
+        QCOMPARE(console_text::logDate(QDateTime::fromString(u"2024-01-05T12:11:12+02:00"_s, Qt::ISODate)),
+            u"2024-01-05 10:11:12"_s);
+    }
+
+    void longTextsAreCut_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shown");
+        const QString full(3000, u'x');
+        QTest::newRow("3000") << full << full;
+        QTest::newRow("3001") << full + u'y' << full + u'…';
+        QTest::newRow("3000 of two units") << u"😀"_s.repeated(3000) << u"😀"_s.repeated(3000);
+        QTest::newRow("3001 of two units") << u"😀"_s.repeated(3001) << u"😀"_s.repeated(3000) + u'…';
+        QTest::newRow("half a character at the end") << full + QChar(0xD83D) << full + u'…';
+    }
+
+    void longTextsAreCut()
+    {
+        QFETCH(QString, text);
+        QTEST(console_text::shortened(text, console_text::longestResponse), "shown");
+    }
+
+    void controlsAreNotShown_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("colours") << u"\x1b[1;31mred\x1b[0m \x1b[38:2::1:2:3mx\x9b"
+                                    "0m"_s
+                                 << u"red x"_s;
+        QTest::newRow("title and link")
+            << u"\x1b]0;title\a-\x1b]8;;http://x\x1b\\y\x1b]8;;\x1b\\"_s << u"-y"_s;
+        QTest::newRow("string without end") << u"\x1b]0;kept\nline\a"_s << u"0;kept\nline"_s;
+        QTest::newRow("charset and keypad") << u"\x1b(Ba\x1b=b\x1b"
+                                               "7c\x1bM"_s
+                                            << u"abc"_s;
+        QTest::newRow("cut short") << u"a\x1b[12;3"_s << u"a"_s;
+        QTest::newRow("bare escape") << u"a\x1b"_s << u"a"_s;
+        QTest::newRow("line ends") << u"a\r\nb\rc\fd\u2028e\u2029f\n"_s << u"a\nb\nc\nd\ne\nf\n"_s;
+        QTest::newRow("overstrike") << u"N\bNA\bAM\bM\n\bx"_s << u"NAM\nx"_s;
+        QTest::newRow("the rest") << u"a\tb\x01\x7f\u0085\u202e"
+                                     "c\ufdd0\ufffc"_s
+                + QChar(0) << u"a\tb\nc\ufffd\ufffd"_s;
+    }
+
+    void controlsAreNotShown()
+    {
+        QFETCH(QString, text);
+        QTEST(console_text::withoutControls(text), "shown");
+        // A document would break the entry at characters of its own otherwise.
+        Bench bench;
+        bench.add(u"x"_s, text);
+        QCOMPARE(bench.view().blockCount(), 2);
+    }
+
+    void typedCommandsRun_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QStringList>("words");
+        QTest::newRow("quoted") << u"get po \"my pod\" -o wide"_s
+                                << QStringList{u"get"_s, u"po"_s, u"my pod"_s, u"-o"_s, u"wide"_s};
+        QTest::newRow("open quote") << u"a \"b c"_s << QStringList{u"a"_s, u"b"_s, u"c"_s};
+        QTest::newRow("quote in a word") << u"a=\"b c\"d"_s << QStringList{u"a="_s, u"b c"_s, u"d"_s};
+        QTest::newRow("empty quotes, odd blanks")
+            << u"  x \"\" \u00a0y\n'z' "_s << QStringList{u"x"_s, u"y"_s, u"'z'"_s};
+    }
+
+    void typedCommandsRun()
+    {
+        QFETCH(QString, line);
+        QFETCH(QStringList, words);
+        QCOMPARE(console_text::commandWords(line), words);
+        Bench bench;
+        bench.window.facade.configPath = u"/k/c"_s;
+        bench.type(u"%1 out $ environment KUBECONFIG arguments "_s.arg(test::fakeToolPath()) + line);
+        QCOMPARE(bench.field().text(), QString());
+        QTRY_COMPARE(bench.console.entries().size(), 1);
+        const ConsoleEntry &entry = bench.console.entries().front();
+        QCOMPARE(
+            entry.command.section(u' ', 1), u"out $ environment KUBECONFIG arguments "_s + words.join(u' '));
+        QVERIFY2(entry.response.startsWith(u"$/k/c"_s), qPrintable(entry.response));
+        for (const QString &word : words) {
+            QVERIFY2(entry.response.contains(u"\n%1\n"_s.arg(word))
+                    || entry.response.contains(u"\"%1\""_s.arg(word)),
+                qPrintable(entry.response));
+        }
+    }
+
+    void someLinesRunNothing()
+    {
+        Bench bench;
+        bench.window.context = bench.window.nameSpace = u"c"_s;
+        bench.window.agrees = false;
+        for (const QString &line : {u" \t "_s, u"\"\""_s, u"kubectl delete pod x"_s}) {
+            bench.type(line);
+        }
+        QCOMPARE(bench.window.agreementsAsked, 1); // a refused command goes back into the field
+        QCOMPARE(bench.field().text(), u"kubectl delete pod x"_s);
+        bench.field().setText(u"touch /never"_s);
+        QApplication::setActiveWindow(bench.console.view());
+        bench.field().setFocus();
+        bench.view().setFocus();
+        bench.type(u"no-such-program-here"_s); // an entry that comes after all others
+        QTRY_COMPARE(bench.console.entries().size(), 1);
+        QTRY_VERIFY(bench.text().contains(u"No such file"_s));
+        QVERIFY(bench.console.entries().front().response.isEmpty());
+    }
+
+    void theHistoryIsWalked()
+    {
+        Bench bench;
+        const auto press = [&bench](Qt::Key key, int times = 1) {
+            for (int i = 0; i < times; ++i) {
+                QTest::keyClick(&bench.field(), key);
+            }
+            return QPair(bench.field().text(), bench.console.commandHistoryCursor());
+        };
+        const auto at = [](const char *text, int cursor) { return QPair(QString::fromLatin1(text), cursor); };
+        bench.field().setText(u"typing"_s);
+        QCOMPARE(press(Qt::Key_Up), at("typing", 0));
+        const QString last(40'000, u'c');
+        for (const QString &command : {u"a"_s, u"b"_s, last}) {
+            bench.add(command);
+        }
+        bench.console.clearLogs();
+        QCOMPARE(bench.text(), QString());
+        QCOMPARE(press(Qt::Key_Down), at("typing", 0));
+        QCOMPARE(press(Qt::Key_Up), QPair(last, 1));
+        QCOMPARE(bench.field().cursorPosition(), last.size());
+        QCOMPARE(press(Qt::Key_Up, 3), at("a", 3));
+        QCOMPARE(press(Qt::Key_Down), at("b", 2));
+        QCOMPARE(press(Qt::Key_Down, 2), at("typing", 0));
+        QCOMPARE(bench.console.lastCommand(), u"typing"_s);
+        press(Qt::Key_Up, 2);
+        bench.type(u"true"_s);
+        QCOMPARE(bench.console.commandHistoryCursor(), 0);
+        QTRY_COMPARE(bench.console.entries().size(), 4);
+    }
+
+    void runningScriptsAreNamed()
+    {
+        Bench bench;
+        const QSignalSpy changes(&bench.console, &ConsoleViewController::isScriptRunningChanged);
+        const QList<std::pair<QStringList, QString>> steps{{{u"A"_s}, u"Running: A"_s},
+            {{u"A"_s, u"B"_s}, u"Running: B"_s}, {{u"A"_s}, u"Running: A"_s}, {{}, QString()}};
+        const int width = bench.field().width();
+        for (const auto &[running, text] : steps) {
+            bench.console.scriptsRunning = running;
+            std::thread([&bench] { bench.console.updateScriptState(); }).join();
+            QTRY_COMPARE(bench.console.property("scriptRunningText").toString(), text);
+            QCOMPARE(bench.console.isScriptRunning(), !running.isEmpty());
+            QCOMPARE(bench.field().width(), width);
+        }
+        QCOMPARE(changes.count(), 2);
+    }
+
+    void endlessCommandsEndByHandOrWithTheConsole()
+    {
+        QTemporaryDir folder;
+        auto bench = std::make_unique<Bench>();
+        const QString hang = u"%1 out so-far pidfile %2 hang"_s.arg(test::fakeToolPath(), folder.path());
+        auto *stop = bench->console.view()->findChild<QToolButton *>();
+        QVERIFY(stop->isHidden());
+        bench->type(hang);
+        QTRY_COMPARE(test::pidsIn(folder.path()).size(), 1);
+        QTest::mouseClick(stop, Qt::LeftButton);
+        QTRY_VERIFY(bench->text().contains(u"so-far\nThe command was stopped"_s));
+        QTRY_VERIFY(stop->isHidden());
+        bench->type(hang);
+        QTRY_COMPARE(test::pidsIn(folder.path()).size(), 2);
+        bench.reset();
+        for (const qint64 pid : test::pidsIn(folder.path())) {
+            QTRY_VERIFY_WITH_TIMEOUT(!test::isAlive(pid), 20'000);
+        }
+    }
+
+    void linksOpenInTheBrowserOnly()
+    {
+        Bench bench;
+        const QSignalSpy opened(&bench.console, &ConsoleViewController::linkOpened);
+        const QList<std::pair<QString, QString>> links{{u"http://a.io/x"_s, u"http://a.io/x"_s},
+            {u"FTP://b.io"_s, u"ftp://b.io"_s}, {u"www.c.io/y"_s, u"https://www.c.io/y"_s},
+            {u"javascript.d/z"_s, u"https://javascript.d/z"_s}};
+        for (const auto &[shown, target] : links) {
+            bench.add(u"x"_s, shown);
+            QTest::mouseMove(bench.view().viewport(), bench.placeOf(shown));
+            QTRY_COMPARE(bench.view().viewport()->cursor().shape(), Qt::PointingHandCursor);
+            QTest::mouseClick(bench.view().viewport(), Qt::LeftButton, {}, bench.placeOf(shown));
+            QTest::keyClick(&bench.view(), Qt::Key_Return);
+            bench.choose(bench.placeOf(shown), u"Open Link"_s);
+            QCOMPARE(opened.count() % 3, 0);
+            QCOMPARE(opened.last().first().toUrl(), QUrl(target));
+        }
+        QCOMPARE(opened.count(), 12);
+        for (const QString &bad : {u"http://"_s, u"https://:80/"_s, u"ftp:///etc"_s, u"http://[x"_s}) {
+            QCOMPARE(console_text::linkTarget(bad), QUrl());
+        }
+    }
+
+    void entriesAreCopied()
+    {
+        Bench bench;
+        const CommandLine line{{u"kubectl"_s, u"get"_s, u"my pod"_s}, u"/k/it's"_s};
+        bench.console.addCommandEntry(
+            line, u"kubectl get my pod"_s, QString(5000, u'y'), makeConsoleError(u"oh"_s));
+        bench.add(u"last"_s);
+        bench.bar().setValue(0);
+        const QPoint first = bench.placeOf(u"kubectl"_s);
+        bench.choose(first, u"Copy as Shell Command"_s);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"KUBECONFIG='/k/it'\\''s' kubectl get 'my pod'"_s);
+        bench.choose(first, u"Copy Entry"_s);
+        QCOMPARE(
+            QGuiApplication::clipboard()->text(), u"kubectl get my pod\n%1\noh"_s.arg(QString(5000, u'y')));
+        bench.view().selectAll();
+        bench.view().copy();
+        QVERIFY(QGuiApplication::clipboard()->text().contains(
+            QRegularExpression(u"^....-..-.. ..:..:.. kubectl get my pod\n"_s)));
+        bench.console.clearLogs();
+        bench.add(u"not known how it ran"_s);
+        bench.choose(bench.placeOf(u"known"_s), u"Copy as Shell Command"_s, false);
+    }
+
+    void shellLinesComeBackAsTheArguments_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        const QString tool = test::fakeToolPath();
+        QTest::newRow("blanks and quotes")
+            << QStringList{tool, u"arguments"_s, u"a b"_s, u"it's"_s, u"\"q\""_s, QString(), u" "_s};
+        QTest::newRow("shell's own") << QStringList{tool, u"arguments"_s, u"$HOME"_s, u"`id`"_s, u"a;b|c&d"_s,
+            u"*"_s, u"~"_s, u"#x"_s, u"!!"_s, u"{a,b}"_s, u"<x>"_s, u"\\"_s, u"(x)"_s};
+        QTest::newRow("text") << QStringList{
+            tool, u"arguments"_s, u"zwei\nZeilen"_s, u"tab\there"_s, u"ü€😀"_s, u"'"_s, u"-n=x"_s};
+        QTest::newRow("assignment first") << QStringList{u"A=b c"_s, tool, u"environment"_s, u"A"_s};
+        QTest::newRow("word of the shell") << QStringList{u"if"_s};
+    }
+
+    void shellLinesComeBackAsTheArguments()
+    {
+        QFETCH(QStringList, arguments);
+        QProcess direct;
+        direct.start(u"/usr/bin/env"_s, arguments);
+        QProcess pasted;
+        pasted.start(u"/bin/sh"_s, {u"-c"_s, CommandLine{arguments, u"/k"_s}.shellLine()});
+        QVERIFY(direct.waitForFinished() && pasted.waitForFinished());
+        QCOMPARE(pasted.readAllStandardOutput(), direct.readAllStandardOutput());
+        QCOMPARE(pasted.exitCode(), direct.exitCode());
+        QCOMPARE(CommandLine().shellLine(), QString());
+    }
+
+    void theViewFollowsOnlyFromTheEnd()
+    {
+        Bench bench;
+        const QString lines = u"line\n"_s.repeated(30);
+        bench.add(u"one"_s, lines);
+        QTRY_VERIFY(bench.bar().maximum() > 0 && bench.isAtEnd());
+        bench.console.view()->resize(300, 150);
+        QTRY_VERIFY(bench.isAtEnd());
+        bench.view().selectAll();
+        const QString selected = bench.view().textCursor().selectedText();
+        bench.add(u"two"_s, lines);
+        QTRY_VERIFY(bench.isAtEnd());
+        QCOMPARE(bench.view().textCursor().selectedText(), selected);
+        bench.bar().setValue(bench.bar().maximum() / 2);
+        const QString top = bench.view().cursorForPosition({20, 5}).block().text();
+        bench.add(u"three"_s, lines);
+        QVERIFY(!bench.isAtEnd());
+        QCOMPARE(bench.view().cursorForPosition({20, 5}).block().text(), top);
+    }
+
+    void floodsDoNotStopTheWindow()
+    {
+        Bench bench;
+        constexpr int entries = 5000;
+        const QString response = u"web-5d4f-abc 1/1 Running http://a.io/ 3d\n"_s.repeated(80).left(3000);
+        const auto timeOf = [&](int count) {
+            QElapsedTimer timer;
+            timer.start();
+            for (int i = 0; i < count; ++i) {
+                bench.add(u"kubectl get po"_s, response);
+            }
+            return timer.nsecsElapsed();
+        };
+        timeOf(20);
+        const qint64 early = timeOf(100);
+        for (int i = 120; i < entries; ++i) {
+            bench.console.addEntry(u"kubectl get po"_s, response, std::nullopt);
+        }
+        // The queue goes on with other things between the pieces of the flood.
+        int turns = 0;
+        while (bench.view().blockCount() <= entries) {
+            QCoreApplication::processEvents();
+            ++turns;
+        }
+        QVERIFY(turns > 20);
+        QVERIFY(timeOf(100) < 5 * early);
+        QTRY_VERIFY(bench.isAtEnd());
+        int laidOut = 0;
+        for (QTextBlock block = bench.view().document()->begin(); block.isValid(); block = block.next()) {
+            laidOut += block.layout()->lineCount() > 0;
+        }
+        QVERIFY2(laidOut < 200, qPrintable(QString::number(laidOut)));
+        bench.console.clearLogs();
+        bench.type(u"%1 fill 50000000"_s.arg(test::fakeToolPath()));
+        QTRY_COMPARE_WITH_TIMEOUT(bench.console.entries().size(), entries + 101, 60'000);
+        QCOMPARE(bench.console.entries().back().response.size(), 50'000'000);
+        QTRY_VERIFY(bench.text().endsWith(u"…\n"_s) && bench.text().size() < 4000);
+    }
+};
+
+QTEST_MAIN(tst_console)
+#include "tst_console.moc"

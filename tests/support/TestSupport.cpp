@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/TestSupport.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QThread>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tidewright::test {
+
+void RecordingConsole::addEntry(
+    const QString &command, const QString &response, const std::optional<ConsoleError> &error)
+{
+    QString entry = command + u'|' + response + u'|';
+    if (error) {
+        entry += error->domain == u"Console" && error->code == -1 ? error->description
+                                                                  : QStringLiteral("(odd error)");
+    }
+    if (QThread::currentThread() != thread()) {
+        entry.prepend(QStringLiteral("(wrong thread) "));
+    }
+    entries.append(entry);
+}
+
+QString fakeToolPath()
+{
+    return QStringLiteral(FAKE_TOOL_PATH);
+}
+
+QStringList fakeTool(const QByteArray &script)
+{
+    return QStringList{fakeToolPath()} + QString::fromUtf8(script).split(u' ');
+}
+
+ShellResult runToEnd(const std::shared_ptr<Shell> &shell, const QStringList &arguments)
+{
+    auto result = inBackground([shell, arguments] { return shell->run(arguments, false); });
+    return arrives(result) ? result.get() : ShellResult{{}, QStringLiteral("(still running)")};
+}
+
+NoDescriptorsLeft::NoDescriptorsLeft()
+{
+    do {
+        m_taken.emplace_back(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+    } while (m_taken.back().isOpen());
+}
+
+bool isAlive(qint64 pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    const QByteArray line = stat.readAll();
+    const qsizetype state = line.lastIndexOf(')') + 2;
+    return state < line.size() && line[state] != 'Z' && line[state] != 'X';
+}
+
+QList<qint64> pidsIn(const QString &folder)
+{
+    QList<qint64> pids;
+    for (const QString &name : QDir(folder).entryList(QDir::Files)) {
+        pids.append(name.toLongLong());
+    }
+    return pids;
+}
+
+} // namespace tidewright::test
