@@ -10,7 +10,7 @@ namespace tidewright {
 namespace {
 
 constexpr double hintScale = 0.9;
-constexpr double hintOpacity = 0.72; // still read with ease on both light and dark ground
+constexpr float hintOpacity = 0.72F; // still read with ease on both light and dark ground
 
 /// Text that keeps in the background, whatever the colours of the desktop are.
 class Hint : public QLabel
@@ -21,15 +21,16 @@ public:
 protected:
     bool event(QEvent *event) override
     {
-        const bool handled = QLabel::event(event);
-        if (event->type() == QEvent::Polish || event->type() == QEvent::ApplicationPaletteChange) {
-            QPalette colours = QGuiApplication::palette();
-            QColor text = colours.color(QPalette::WindowText);
-            text.setAlphaF(static_cast<float>(hintOpacity));
-            colours.setColor(QPalette::WindowText, text);
-            setPalette(colours);
+        if (event->type() == QEvent::Polish || event->type() == QEvent::PaletteChange) {
+            QPalette colours = palette();
+            QColor text = QGuiApplication::palette().color(QPalette::WindowText);
+            text.setAlphaF(hintOpacity);
+            if (colours.color(QPalette::WindowText) != text) {
+                colours.setColor(QPalette::WindowText, text);
+                setPalette(colours);
+            }
         }
-        return handled;
+        return QLabel::event(event);
     }
 };
 

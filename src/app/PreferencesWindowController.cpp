@@ -29,8 +29,7 @@ PreferencesWindowController::PreferencesWindowController(QWidget *parent)
     addPane(m_general);
     addPane(m_advanced);
     connect(m_tabs, &QTabBar::currentChanged, this, &PreferencesWindowController::showPane);
-    connect(
-        new QShortcut(QKeySequence(QKeySequence::Close), this), &QShortcut::activated, this, &QWidget::close);
+    connect(new QShortcut(QKeySequence(tr("Ctrl+W")), this), &QShortcut::activated, this, &QWidget::close);
     showPane(0);
 }
 

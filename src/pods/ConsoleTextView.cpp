@@ -9,6 +9,7 @@
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QMimeData>
+#include <QPainter>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextDocumentFragment>
@@ -142,7 +143,35 @@ void ConsoleTextView::releaseLayouts()
 void ConsoleTextView::paintEvent(QPaintEvent *event)
 {
     QPlainTextEdit::paintEvent(event);
+    paintSeparators();
     releaseLayouts();
+}
+
+/// The arrowheads of fonts are not as high as the line, and the date before them is.
+void ConsoleTextView::paintSeparators()
+{
+    QPainter painter(viewport());
+    painter.setPen(Qt::NoPen);
+    const Paragraphs seen = paragraphsInSight();
+    for (int number = seen.begin; number < seen.end; ++number) {
+        const QTextBlock block = document()->findBlockByNumber(number);
+        const auto at = static_cast<int>(block.text().indexOf(console_style::separatorGlyph));
+        if (block.userState() < 0 || at < 0) {
+            continue;
+        }
+        const QTextLine line = block.layout()->lineForTextPosition(at);
+        const QPointF place = blockBoundingGeometry(block).translated(contentOffset()).topLeft();
+        const qreal left = line.cursorToX(at);
+        const QRectF cell
+            = QRectF(left, line.y(), line.cursorToX(at + 1) - left, line.height()).translated(place);
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.fillRect(cell.adjusted(0, -1, 0, 0), console_style::separator().background());
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setBrush(console_style::separator().foreground());
+        const qreal join = cell.left() - 1; // over the end of the date, so that no seam shows
+        painter.drawPolygon(QPolygonF({QPointF(join, cell.top()), cell.topLeft(),
+            QPointF(cell.right(), cell.center().y()), cell.bottomLeft(), QPointF(join, cell.bottom())}));
+    }
 }
 
 void ConsoleTextView::resizeEvent(QResizeEvent *event)

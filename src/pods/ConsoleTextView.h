@@ -60,6 +60,7 @@ private:
     void scrollToEnd();
     void keepSelection(const std::function<void()> &change);
     Paragraphs paragraphsInSight() const;
+    void paintSeparators();
     void releaseLayouts();
     QString anchorAtCaret() const;
 

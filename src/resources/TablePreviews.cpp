@@ -32,10 +32,22 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
         ready(recent, QString());
         return;
     }
+    // The command names no context: it must be the window's that the kubeconfig says now.
+    m_window.agreeWithKubeConfig([self = QPointer(this), name, path, ready = std::move(ready)](bool agreed) {
+        if (self && agreed) {
+            self->fetch(name, path, ready);
+        } else {
+            ready(std::nullopt, tr("The kubeconfig could not be switched to this window's context."));
+        }
+    });
+}
+
+void TablePreviews::fetch(const QString &name, const QString &path, const PreviewReady &ready)
+{
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
         m_window.currentNamespace(), m_resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
-    m_window.kubeCtl().makeShell()->runAsync(arguments, false, nullptr,
-        [self = QPointer(this), name, path, ready = std::move(ready)](const ShellResult &result) {
+    m_window.kubeCtl().makeShell()->runAsync(
+        arguments, false, nullptr, [self = QPointer(this), name, path, ready](const ShellResult &result) {
             postToMain(self, [name, path, ready, result](TablePreviews &previews) {
                 if (result.error) {
                     ready(std::nullopt, *result.error);

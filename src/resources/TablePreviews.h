@@ -22,6 +22,8 @@ public:
     void movePreviewSelection(int rows) override;
 
 private:
+    void fetch(const QString &name, const QString &path, const PreviewReady &ready);
+
     ResourceTableView &m_view;
     WindowState &m_window;
     const QString m_resourceName;

@@ -7,6 +7,7 @@
 #include "app/KubeConfigChooser.h"
 #include "app/MainWindowController.h"
 #include "app/PreferencesWindowController.h"
+#include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
 
 #include <QAbstractItemModelTester>
@@ -93,7 +94,8 @@ void choose(const QString &path)
 {
     auto *name = chooser()->findChild<QLineEdit *>(u"fileNameEdit"_s);
     QVERIFY(name);
-    name->clear();
+    name->setFocus();
+    QTRY_VERIFY(name->hasFocus());
     QTest::keyClicks(name, path);
     QTest::keyClick(name, path.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
 }
@@ -104,6 +106,7 @@ class tst_preferences : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() { mainQueue(); }
     void init() { m_cluster = std::make_unique<FakeCluster>(); }
     void cleanup() { m_cluster.reset(); }
     void variablesAreLoaded_data();
@@ -157,7 +160,7 @@ void tst_preferences::variablesAreLoaded()
     open.clickSegment(AdvancedPreferencesViewController::AddSegment);
     QTest::keyClicks(open.field(), u"NEW"_s);
     QTest::keyClick(open.field(), Qt::Key_Return);
-    QCOMPARE(settings().dictionary(envVars).value_or(Dictionary()).size(), open.rows().size());
+    QTRY_COMPARE(settings().dictionary(envVars).value_or(Dictionary()).size(), open.rows().size());
     QCOMPARE(settings().dictionary(envVars).value_or(Dictionary()).value(u"NEW"_s, u"-"_s), QString());
 }
 
@@ -430,7 +433,7 @@ void tst_preferences::theWindow()
     for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_W}) {
         const auto modifiers = key == Qt::Key_W ? Qt::ControlModifier : Qt::NoModifier;
         QTest::keyClick(window->advancedPane().envvarTableView(), key, modifiers);
-        QVERIFY(!window->isVisible());
+        QVERIFY2(!window->isVisible(), qPrintable(QKeySequence(key).toString()));
         delegate.showPreferences();
         QCOMPARE(delegate.preferencesController(), window);
         QVERIFY(QTest::qWaitForWindowActive(window));
@@ -445,8 +448,9 @@ void tst_preferences::newTabWithConfig()
     AppDelegate delegate;
     delegate.newDocument();
     ClusterWindowFrame *frame = delegate.mainWindow();
-    QVERIFY(QTest::qWaitForWindowActive(frame));
     for (const QString &answer : {QString(), m_cluster->kubeConfig()}) {
+        frame->activateWindow(); // no window manager does it here
+        QVERIFY(QTest::qWaitForWindowActive(frame));
         QTest::keyClick(frame, Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
         QTRY_VERIFY(chooser());
         QTest::keyClicks(chooser()->findChild<QLineEdit *>(u"titleField"_s), u"Two"_s);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Timestamp.h"
+#include "platform/NaturalOrder.h"
 #include "resources/ResourceKind.h"
 
 #include <limits>
