@@ -133,6 +133,7 @@ std::shared_ptr<Shell> KubeCtl::setNamespace(const QString &name, NamespaceSet c
         return nullptr;
     }
     auto shell = makeShell();
+    shell->niceness = 5; // the visible table's listing starts at the same moment and comes first
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("config"),
         QStringLiteral("set-context"), QStringLiteral("--current"), QLatin1String("--namespace=") + name};
     shell->runAsync(

@@ -10,6 +10,7 @@
 #include "platform/Utf8.h"
 
 #include <QFile>
+#include <QThread>
 
 #include <cstring>
 
@@ -192,9 +193,9 @@ Shell::Collected Shell::collect(Prepared &prepared) const
 void Shell::runAsync(
     const QStringList &arguments, bool logToConsole, QPointer<Console> console, Completion completion)
 {
-    mainQueue().post([self = shared_from_this(), arguments, logToConsole,
-                         addressee = console ? Addressee(std::move(console)) : std::nullopt,
-                         completion = std::move(completion)]() mutable {
+    auto start = [self = shared_from_this(), arguments, logToConsole,
+                           addressee = console ? Addressee(std::move(console)) : std::nullopt,
+                           completion = std::move(completion)]() mutable {
         if (Console *current = addressee ? nullptr : mainConsole()) {
             addressee = current;
         }
@@ -202,7 +203,12 @@ void Shell::runAsync(
                               completion = std::move(completion)] {
             completion(self->perform(arguments, logToConsole, addressee));
         });
-    });
+    };
+    if (QThread::currentThread() == mainQueue().thread()) {
+        start(); // at once: the child starts while a window is still being built
+    } else {
+        mainQueue().post(std::move(start));
+    }
 }
 
 void Shell::runStreaming(const QStringList &arguments, PieceHandler handler)

@@ -18,8 +18,16 @@ namespace tidewright {
 
 namespace {
 
-/// Paragraphs at the end that stay laid out, because a new entry needs them to find the bottom.
-constexpr int keptAtEnd = 40;
+/// The line of a laid-out paragraph that shows a position. (Asked itself, the layout would build its glyphs
+/// again to answer, and keep them.)
+[[maybe_unused]] QTextLine lineAt(const QTextLayout &layout, int position)
+{
+    int number = 0;
+    while (number + 1 < layout.lineCount() && layout.lineAt(number + 1).textStart() <= position) {
+        ++number;
+    }
+    return layout.lineAt(number);
+}
 
 } // namespace
 
@@ -72,10 +80,6 @@ void ConsoleTextView::appendEntry(const std::vector<StyledRun> &runs, int number
         end.block().setVisible(false); // no room for the line that comes after the last line end
         end.endEditBlock();
     });
-    m_appended.end = blockCount();
-    if (m_appended.end - m_appended.begin > 2 * keptAtEnd) {
-        releaseLayouts();
-    }
     if (following) {
         scrollToEnd();
     }
@@ -84,8 +88,6 @@ void ConsoleTextView::appendEntry(const std::vector<StyledRun> &runs, int number
 void ConsoleTextView::empty()
 {
     clear();
-    m_painted = {};
-    m_appended = {};
     m_following = true;
 }
 
@@ -111,40 +113,10 @@ void ConsoleTextView::keepSelection(const std::function<void()> &change)
     setTextCursor(restored);
 }
 
-ConsoleTextView::Paragraphs ConsoleTextView::paragraphsInSight() const
-{
-    QTextBlock block = firstVisibleBlock();
-    Paragraphs seen{block.blockNumber(), block.blockNumber()};
-    qreal top = blockBoundingGeometry(block).translated(contentOffset()).top();
-    while (block.isValid() && top <= viewport()->height()) {
-        top += blockBoundingRect(block).height();
-        seen.end = block.blockNumber() + 1;
-        block = block.next();
-    }
-    return seen;
-}
-
-/// A laid-out paragraph takes many times the memory of its text; those out of sight need none.
-void ConsoleTextView::releaseLayouts()
-{
-    const Paragraphs seen = paragraphsInSight();
-    const Paragraphs last{qMax(0, blockCount() - keptAtEnd), blockCount()};
-    for (const Paragraphs &laidOut : {m_painted, m_appended}) {
-        for (int number = laidOut.begin; number < laidOut.end; ++number) {
-            if (!seen.contains(number) && !last.contains(number)) {
-                document()->findBlockByNumber(number).clearLayout();
-            }
-        }
-    }
-    m_painted = seen;
-    m_appended = last;
-}
-
 void ConsoleTextView::paintEvent(QPaintEvent *event)
 {
     QPlainTextEdit::paintEvent(event);
     paintSeparators();
-    releaseLayouts();
 }
 
 /// The arrowheads of fonts are not as high as the line, and the date before them is.
@@ -152,18 +124,16 @@ void ConsoleTextView::paintSeparators()
 {
     QPainter painter(viewport());
     painter.setPen(Qt::NoPen);
-    const Paragraphs seen = paragraphsInSight();
-    for (int number = seen.begin; number < seen.end; ++number) {
-        const QTextBlock block = document()->findBlockByNumber(number);
+    const QFontMetricsF metrics(font());
+    QTextBlock block = firstVisibleBlock();
+    QPointF place = blockBoundingGeometry(block).translated(contentOffset()).topLeft();
+    for (; block.userState() >= 0 && place.y() < viewport()->height(); block = block.next()) {
         const auto at = static_cast<int>(block.text().indexOf(console_style::separatorGlyph));
-        if (block.userState() < 0 || at < 0) {
-            continue;
-        }
         const QTextLine line = block.layout()->lineForTextPosition(at);
-        const QPointF place = blockBoundingGeometry(block).translated(contentOffset()).topLeft();
-        const qreal left = line.cursorToX(at);
-        const QRectF cell
-            = QRectF(left, line.y(), line.cursorToX(at + 1) - left, line.height()).translated(place);
+        const QString before = block.text().mid(line.textStart(), at - line.textStart());
+        const QRectF cell(place.x() + line.x() + metrics.horizontalAdvance(before), place.y() + line.y(),
+            metrics.horizontalAdvance(console_style::separatorGlyph), line.height());
+        place.ry() += blockBoundingRect(block).height();
         painter.setRenderHint(QPainter::Antialiasing, false);
         painter.fillRect(cell.adjusted(0, -1, 0, 0), console_style::separator().background());
         painter.setRenderHint(QPainter::Antialiasing);

@@ -47,27 +47,14 @@ protected:
     QMimeData *createMimeDataFromSelection() const override;
 
 private:
-    /// Paragraph numbers, the end excluded.
-    struct Paragraphs
-    {
-        int begin = 0;
-        int end = 0;
-
-        bool contains(int number) const { return number >= begin && number < end; }
-    };
-
     void applyColours();
     void scrollToEnd();
     void keepSelection(const std::function<void()> &change);
-    Paragraphs paragraphsInSight() const;
     void paintSeparators();
-    void releaseLayouts();
     QString anchorAtCaret() const;
 
     bool m_following = true;
     QString m_pressedLink;
-    Paragraphs m_painted;
-    Paragraphs m_appended;
 };
 
 } // namespace tidewright

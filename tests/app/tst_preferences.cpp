@@ -34,11 +34,6 @@ using Dictionary = UserDefaults::Dictionary;
 const auto envVars = u"customEnvVars"_s;
 const auto kubeConfigPath = u"defaultKubeConfigPath"_s;
 
-void click(QWidget *widget)
-{
-    QTest::mouseClick(widget, Qt::LeftButton);
-}
-
 /// The window as the user has it open.
 struct Preferences
 {
@@ -59,7 +54,7 @@ struct Preferences
     }
     void clickSegment(int segment) const
     {
-        click(window.advancedPane().envvarSegmentedControl()->button(segment));
+        QTest::mouseClick(window.advancedPane().envvarSegmentedControl()->button(segment), Qt::LeftButton);
     }
     QPoint at(int row, int column) const
     {
@@ -109,23 +104,301 @@ private Q_SLOTS:
     void initTestCase() { mainQueue(); }
     void init() { m_cluster = std::make_unique<FakeCluster>(); }
     void cleanup() { m_cluster.reset(); }
-    void variablesAreLoaded_data();
-    void variablesAreLoaded();
-    void addingTwice();
-    void renamingToAnothersName();
-    void deleting_data();
-    void deleting();
-    void editing_data();
-    void editing();
-    void everyKeystrokeIsStored();
-    void pathIsExplained_data();
-    void pathIsExplained();
-    void lists();
-    void browsing();
-    void allowedFiles_data();
-    void allowedFiles();
-    void theWindow();
-    void newTabWithConfig();
+    void variablesAreLoaded_data()
+    {
+        QTest::addColumn<QByteArray>("stored");
+        QTest::addColumn<QStringList>("rows");
+        QTest::newRow("sorted") << R"({"B": "2", "A": "1", "": "", "a": "0"})"_ba
+                                << QStringList{u"="_s, u"A=1"_s, u"B=2"_s, u"a=0"_s};
+        QTest::newRow("a number among the values") << R"({"A": "1", "B": 2})"_ba << QStringList();
+        QTest::newRow("no dictionary") << R"("A=1")"_ba << QStringList();
+    }
+
+    void variablesAreLoaded()
+    {
+        QFETCH(QByteArray, stored);
+        QFile file(m_cluster->settingsFile());
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(R"({"customEnvVars": )" + stored + '}') > 0);
+        file.close();
+        const Preferences open(1);
+        QTEST(open.rows(), "rows");
+        // The next save replaces what was there, whatever it was.
+        open.clickSegment(AdvancedPreferencesViewController::AddSegment);
+        QTest::keyClicks(open.field(), u"NEW"_s);
+        QTest::keyClick(open.field(), Qt::Key_Return);
+        QTRY_COMPARE(settings().dictionary(envVars).value_or(Dictionary()).size(), open.rows().size());
+        QCOMPARE(settings().dictionary(envVars).value_or(Dictionary()).value(u"NEW"_s, u"-"_s), QString());
+    }
+
+    void addingTwice()
+    {
+        const Preferences open(1);
+        const QAbstractItemModelTester tester(
+            open.table().model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        open.clickSegment(AdvancedPreferencesViewController::AddSegment);
+        QVERIFY(!settings().dictionary(envVars));
+        open.clickSegment(AdvancedPreferencesViewController::AddSegment);
+        QCOMPARE(open.rows(), QStringList({u"="_s}));
+        QTRY_VERIFY(open.field() && open.field()->hasFocus());
+        QCOMPARE(open.field()->objectName(), u"CustomEnvVarField");
+        QTest::keyClicks(open.field(), u"A B"_s);
+        QTest::keyClick(open.field(), Qt::Key_Tab);
+        QTRY_VERIFY(open.field() && open.field()->objectName() == u"CustomEnvValueField");
+        QTest::keyClicks(open.field(), u"x=y"_s);
+        open.clickSegment(AdvancedPreferencesViewController::AddSegment);
+        QCOMPARE(open.rows(), QStringList({u"A B=x=y"_s, u"="_s}));
+        QCOMPARE(settings().dictionary(envVars), Dictionary({{u"A B"_s, u"x=y"_s}}));
+    }
+
+    void renamingToAnothersName()
+    {
+        settings().set(envVars, Dictionary{{u"A"_s, u"1"_s}, {u"B"_s, u"2"_s}});
+        {
+            const Preferences open(1);
+            open.rename(1, 0, u"A"_s);
+            QCOMPARE(open.rows(), QStringList({u"A=1"_s, u"A=2"_s}));
+        }
+        QCOMPARE(settings().dictionary(envVars), Dictionary({{u"A"_s, u"2"_s}}));
+        QCOMPARE(Preferences(1).rows(), QStringList({u"A=2"_s}));
+    }
+
+    void deleting_data()
+    {
+        QTest::addColumn<QList<int>>("selected");
+        QTest::addColumn<bool>("byKey");
+        QTest::addColumn<QString>("left");
+        QTest::newRow("first and third") << QList<int>{2, 0} << false << u"BD"_s;
+        QTest::newRow("by key") << QList<int>{0, 2} << true << u"BD"_s;
+        QTest::newRow("all") << QList<int>{0, 1, 2, 3} << true << QString();
+        QTest::newRow("none") << QList<int>() << false << u"ABCD"_s;
+    }
+
+    void deleting()
+    {
+        QFETCH(QList<int>, selected);
+        QFETCH(bool, byKey);
+        QFETCH(QString, left);
+        settings().set(envVars, Dictionary{{u"A"_s, {}}, {u"B"_s, {}}, {u"C"_s, {}}, {u"D"_s, {}}});
+        const Preferences open(1);
+        for (const int row : std::as_const(selected)) {
+            QTest::mouseClick(open.table().viewport(), Qt::LeftButton, Qt::ControlModifier, open.at(row, 0));
+        }
+        settings().remove(envVars);
+        if (byKey) {
+            QTest::keyClick(&open.table(), Qt::Key_Delete);
+        } else {
+            open.clickSegment(AdvancedPreferencesViewController::DeleteSegment);
+        }
+        const auto stored = settings().dictionary(envVars);
+        QVERIFY(stored); // saved in any case
+        QCOMPARE(QStringList(stored->keys()).join(QString()), left);
+        QCOMPARE(open.rows().size(), left.size());
+    }
+
+    void editing_data()
+    {
+        QTest::addColumn<QString>("begin");
+        QTest::addColumn<QString>("end");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("double click") << u"mouse"_s << u"return"_s << u"xy"_s;
+        QTest::newRow("F2") << u"f2"_s << u"return"_s << u"xy"_s;
+        QTest::newRow("typing") << u"type"_s << u"return"_s << u"xy"_s;
+        QTest::newRow("given up") << u"f2"_s << u"escape"_s << u"old"_s;
+        QTest::newRow("the focus goes elsewhere") << u"f2"_s << u"click"_s << u"xy"_s;
+        QTest::newRow("the window is closed") << u"mouse"_s << u"close"_s << u"xy"_s;
+        QTest::newRow("another pane is shown") << u"mouse"_s << u"pane"_s << u"xy"_s;
+    }
+
+    void editing()
+    {
+        QFETCH(QString, begin);
+        QFETCH(QString, end);
+        QFETCH(QString, stored);
+        settings().set(envVars, Dictionary{{u"A"_s, u"old"_s}});
+        Preferences open(1);
+        QTest::mouseClick(open.table().viewport(), Qt::LeftButton, {}, open.at(0, 1));
+        if (begin == u"mouse") {
+            open.doubleClick(0, 1);
+        } else {
+            QTest::keyClick(&open.table(), begin == u"f2" ? Qt::Key_F2 : Qt::Key_X);
+        }
+        QVERIFY(open.field());
+        QTest::keyClicks(open.field(), begin == u"type" ? u"y"_s : u"xy"_s);
+        if (end == u"return" || end == u"escape") {
+            QTest::keyClick(open.field(), end == u"return" ? Qt::Key_Return : Qt::Key_Escape);
+        } else if (end == u"click") {
+            open.clickSegment(AdvancedPreferencesViewController::AddSegment);
+        } else if (end == u"close") {
+            open.window.close();
+        } else {
+            open.window.tabBar()->setCurrentIndex(0);
+        }
+        QTRY_COMPARE(settings().dictionary(envVars)->value(u"A"_s), stored);
+        QCOMPARE(open.window.isVisible(), end != u"close"); // Escape belongs to the field first
+    }
+
+    void everyKeystrokeIsStored_data()
+    {
+        QTest::addColumn<QString>("path"); // %1 is a folder
+        QTest::addColumn<QString>("hint");
+        QTest::newRow("there") << u"%1/kubeconfig"_s << u"opened from now on"_s;
+        QTest::newRow("missing, with blanks") << u" ~/x "_s << u"no such file"_s;
+        QTest::newRow("folder") << u"~"_s << u"a folder"_s;
+    }
+
+    void everyKeystrokeIsStored()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, hint);
+        path = path.replace(u"%1"_s, m_cluster->path(u"."_s));
+        const Preferences open(0);
+        QLineEdit *field = open.window.generalPane().defaultKubeConfigField();
+        const auto explained = [&open](const QString &part) {
+            const auto labels = open.window.generalPane().findChildren<QLabel *>();
+            return std::any_of(labels.begin(), labels.end(),
+                [&part](const QLabel *label) { return label->text().contains(part); });
+        };
+        QTRY_VERIFY(explained(u"kubectl's own default"_s));
+        QVERIFY(field->text().isEmpty() && !settings().string(kubeConfigPath));
+        for (qsizetype typed = 1; typed <= path.size(); ++typed) {
+            QTest::keyClick(field, path.at(typed - 1).toLatin1());
+            QCOMPARE(settings().string(kubeConfigPath), path.left(typed));
+        }
+        QTRY_VERIFY(explained(hint));
+        settings().remove(kubeConfigPath);
+        QTest::keyClick(field, Qt::Key_Return);
+        QCOMPARE(settings().string(kubeConfigPath), path);
+        QVERIFY(!chooser());
+        QTest::keySequence(field, QKeySequence::SelectAll);
+        QTest::keyClick(field, Qt::Key_Backspace);
+        QCOMPARE(settings().string(kubeConfigPath), QString());
+        QCOMPARE(MainWindowController::defaultKubeConfigPath(), QString());
+    }
+
+    void lists()
+    {
+        settings().set(u"preferredEditor"_s, u"Gone"_s);
+        const Preferences open(0);
+        const GeneralPreferencesViewController &pane = open.window.generalPane();
+        QCOMPARE(pane.preferredTerminalPopup()->currentText(), u"Terminal");
+        QCOMPARE(pane.preferredEditorPopup()->currentIndex(), -1);
+        QVERIFY(pane.preferredEditorPopup()->placeholderText().contains(u"Gone"_s));
+        QVERIFY(!settings().string(u"preferredTerminal"_s)); // showing is not choosing
+        for (const auto &[list, key, title] :
+            {std::tuple(pane.preferredTerminalPopup(), u"preferredTerminal"_s, u"Terminal"_s),
+                std::tuple(pane.preferredEditorPopup(), u"preferredEditor"_s, u"Not Set"_s)}) {
+            QTest::mouseClick(list, Qt::LeftButton);
+            QTRY_VERIFY(list->view()->isVisible());
+            QTest::keyClick(list->view(), Qt::Key_Home);
+            QTest::keyClick(list->view(), Qt::Key_Return);
+            QTRY_COMPARE(settings().string(key), title);
+        }
+        pane.preferredEditorPopup()->setCurrentIndex(-1);
+        open.window.generalPane().setPreferredEditor();
+        QVERIFY(!settings().string(u"preferredEditor"_s));
+    }
+
+    void browsing()
+    {
+        const Preferences open(0);
+        const QString file = makeFile(u"prod.yaml"_s);
+        QLineEdit *field = open.window.generalPane().defaultKubeConfigField();
+        auto *browse = open.window.generalPane().findChild<QPushButton *>();
+        for (const QString &answer : {file, QString()}) { // cancelling changes nothing
+            QTest::mouseClick(browse, Qt::LeftButton);
+            QTRY_VERIFY(chooser());
+            QVERIFY(!chooser()->findChild<QLineEdit *>(u"titleField"_s));
+            QCOMPARE(chooser()->windowTitle(), u"Choose a kubernetes config file");
+            choose(answer);
+            QTRY_VERIFY(!chooser());
+            QCOMPARE(field->text(), file);
+            QCOMPARE(settings().string(kubeConfigPath), file);
+        }
+    }
+
+    void allowedFiles_data()
+    {
+        QTest::addColumn<bool>("allowed");
+        for (const char *name : {"config", ".kubeconfig", "a.b.yml", "A.YAML"}) {
+            QTest::newRow(name) << true;
+        }
+        QTest::newRow("notes.txt") << false;
+        QTest::newRow(".notes.yaml.bak") << false;
+    }
+
+    /// A file that is not allowed is not shown, and refused when its name is typed.
+    void allowedFiles()
+    {
+        QFETCH(bool, allowed);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        const QString file = makeFile(name);
+        makeFile(u"sentinel"_s);
+        std::optional<KubeConfigChoice> choice;
+        QWidget parent;
+        chooseKubeConfig(&parent, true, &parent, [&choice](const auto &chosen) { choice = chosen; });
+        QTRY_VERIFY(chooser());
+        chooser()->setDirectory(m_cluster->path(u"."_s));
+        const auto shows = [list = chooser()->findChild<QListView *>(u"listView"_s)](const QString &text) {
+            const QModelIndex first = list->model()->index(0, 0, list->rootIndex());
+            return !list->model()->match(first, Qt::DisplayRole, text, 1, Qt::MatchExactly).isEmpty();
+        };
+        QTRY_VERIFY(shows(u"sentinel"_s));
+        QTRY_COMPARE(shows(name), allowed);
+        QTest::keyClicks(chooser()->findChild<QLineEdit *>(u"titleField"_s), u"My cluster"_s);
+        choose(file);
+        QTRY_COMPARE(chooser() == nullptr, allowed);
+        QCOMPARE(choice.has_value(), allowed);
+        if (choice) {
+            QCOMPARE(choice->path, file);
+            QCOMPARE(choice->title, u"My cluster");
+        }
+    }
+
+    void theWindow()
+    {
+        AppDelegate delegate;
+        delegate.newDocument();
+        QVERIFY(QTest::qWaitForWindowActive(delegate.mainWindow()));
+        QVERIFY(!delegate.preferencesController());
+        QTest::keyClick(delegate.mainWindow(), Qt::Key_Comma, Qt::ControlModifier);
+        PreferencesWindowController *window = delegate.preferencesController();
+        QVERIFY(window && QTest::qWaitForWindowActive(window));
+        QCOMPARE(window->windowTitle(), u"General");
+        const QSize generalSize = window->size();
+        QTest::mouseClick(window->tabBar(), Qt::LeftButton, {}, window->tabBar()->tabRect(1).center());
+        QCOMPARE(window->windowTitle(), u"Advanced");
+        QVERIFY(window->size() != generalSize);
+        for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_W}) {
+            const auto modifiers = key == Qt::Key_W ? Qt::ControlModifier : Qt::NoModifier;
+            QTest::keyClick(window->advancedPane().envvarTableView(), key, modifiers);
+            QVERIFY2(!window->isVisible(), qPrintable(QKeySequence(key).toString()));
+            delegate.showPreferences();
+            QCOMPARE(delegate.preferencesController(), window);
+            QVERIFY(QTest::qWaitForWindowActive(window));
+            QCOMPARE(window->windowTitle(), u"Advanced");
+        }
+        delegate.applicationWillTerminate();
+        QVERIFY(!delegate.preferencesController());
+    }
+
+    void newTabWithConfig()
+    {
+        AppDelegate delegate;
+        delegate.newDocument();
+        ClusterWindowFrame *frame = delegate.mainWindow();
+        for (const QString &answer : {QString(), m_cluster->kubeConfig()}) {
+            frame->activateWindow(); // no window manager does it here
+            QVERIFY(QTest::qWaitForWindowActive(frame));
+            QTest::keyClick(frame, Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+            QTRY_VERIFY(chooser());
+            QTest::keyClicks(chooser()->findChild<QLineEdit *>(u"titleField"_s), u"Two"_s);
+            choose(answer);
+            QTRY_COMPARE(frame->pages().size(), answer.isEmpty() ? 1 : 2);
+        }
+        QCOMPARE(frame->currentPage()->kubeConfigPath(), m_cluster->kubeConfig());
+        QCOMPARE(frame->currentPage()->configTitle(), u"Two");
+        delegate.applicationWillTerminate();
+    }
 
 private:
     UserDefaults &settings() { return m_cluster->settings; }
@@ -137,330 +410,6 @@ private:
 
     std::unique_ptr<FakeCluster> m_cluster;
 };
-
-void tst_preferences::variablesAreLoaded_data()
-{
-    QTest::addColumn<QByteArray>("stored");
-    QTest::addColumn<QStringList>("rows");
-    QTest::newRow("sorted") << R"({"B": "2", "A": "1", "": "", "a": "0"})"_ba
-                            << QStringList{u"="_s, u"A=1"_s, u"B=2"_s, u"a=0"_s};
-    QTest::newRow("a number among the values") << R"({"A": "1", "B": 2})"_ba << QStringList();
-    QTest::newRow("no dictionary") << R"("A=1")"_ba << QStringList();
-}
-
-void tst_preferences::variablesAreLoaded()
-{
-    QFETCH(QByteArray, stored);
-    QFile file(m_cluster->settingsFile());
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(R"({"customEnvVars": )" + stored + '}') > 0);
-    file.close();
-    const Preferences open(1);
-    QTEST(open.rows(), "rows");
-    // The next save replaces what was there, whatever it was.
-    open.clickSegment(AdvancedPreferencesViewController::AddSegment);
-    QTest::keyClicks(open.field(), u"NEW"_s);
-    QTest::keyClick(open.field(), Qt::Key_Return);
-    QTRY_COMPARE(settings().dictionary(envVars).value_or(Dictionary()).size(), open.rows().size());
-    QCOMPARE(settings().dictionary(envVars).value_or(Dictionary()).value(u"NEW"_s, u"-"_s), QString());
-}
-
-void tst_preferences::addingTwice()
-{
-    const Preferences open(1);
-    const QAbstractItemModelTester tester(
-        open.table().model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-    open.clickSegment(AdvancedPreferencesViewController::AddSegment);
-    QVERIFY(!settings().dictionary(envVars));
-    open.clickSegment(AdvancedPreferencesViewController::AddSegment);
-    QCOMPARE(open.rows(), QStringList({u"="_s}));
-    QTRY_VERIFY(open.field() && open.field()->hasFocus());
-    QCOMPARE(open.field()->objectName(), u"CustomEnvVarField");
-    QTest::keyClicks(open.field(), u"A B"_s);
-    QTest::keyClick(open.field(), Qt::Key_Tab);
-    QTRY_VERIFY(open.field() && open.field()->objectName() == u"CustomEnvValueField");
-    QTest::keyClicks(open.field(), u"x=y"_s);
-    open.clickSegment(AdvancedPreferencesViewController::AddSegment);
-    QCOMPARE(open.rows(), QStringList({u"A B=x=y"_s, u"="_s}));
-    QCOMPARE(settings().dictionary(envVars), Dictionary({{u"A B"_s, u"x=y"_s}}));
-}
-
-void tst_preferences::renamingToAnothersName()
-{
-    settings().set(envVars, Dictionary{{u"A"_s, u"1"_s}, {u"B"_s, u"2"_s}});
-    {
-        const Preferences open(1);
-        open.rename(1, 0, u"A"_s);
-        QCOMPARE(open.rows(), QStringList({u"A=1"_s, u"A=2"_s}));
-    }
-    QCOMPARE(settings().dictionary(envVars), Dictionary({{u"A"_s, u"2"_s}}));
-    QCOMPARE(Preferences(1).rows(), QStringList({u"A=2"_s}));
-}
-
-void tst_preferences::deleting_data()
-{
-    QTest::addColumn<QList<int>>("selected");
-    QTest::addColumn<bool>("byKey");
-    QTest::addColumn<QString>("left");
-    QTest::newRow("first and third") << QList<int>{2, 0} << false << u"BD"_s;
-    QTest::newRow("by key") << QList<int>{0, 2} << true << u"BD"_s;
-    QTest::newRow("all") << QList<int>{0, 1, 2, 3} << true << QString();
-    QTest::newRow("none") << QList<int>() << false << u"ABCD"_s;
-}
-
-void tst_preferences::deleting()
-{
-    QFETCH(QList<int>, selected);
-    QFETCH(bool, byKey);
-    QFETCH(QString, left);
-    for (const QChar name : u"ABCD"_s) {
-        Dictionary variables = settings().dictionary(envVars).value_or(Dictionary());
-        variables.insert(name, u"1"_s);
-        settings().set(envVars, variables);
-    }
-    const Preferences open(1);
-    for (const int row : std::as_const(selected)) {
-        QTest::mouseClick(open.table().viewport(), Qt::LeftButton, Qt::ControlModifier, open.at(row, 0));
-    }
-    settings().remove(envVars);
-    if (byKey) {
-        QTest::keyClick(&open.table(), Qt::Key_Delete);
-    } else {
-        open.clickSegment(AdvancedPreferencesViewController::DeleteSegment);
-    }
-    const auto stored = settings().dictionary(envVars);
-    QVERIFY(stored); // saved in any case
-    QCOMPARE(QStringList(stored->keys()).join(QString()), left);
-    QCOMPARE(open.rows().size(), left.size());
-}
-
-void tst_preferences::editing_data()
-{
-    QTest::addColumn<QByteArray>("begin");
-    QTest::addColumn<QByteArray>("end");
-    QTest::addColumn<QString>("stored");
-    QTest::newRow("double click") << "mouse"_ba
-                                  << "return"_ba << u"xy"_s;
-    QTest::newRow("F2") << "f2"_ba
-                        << "return"_ba << u"xy"_s;
-    QTest::newRow("typing") << "type"_ba
-                            << "return"_ba << u"xy"_s;
-    QTest::newRow("given up") << "f2"_ba
-                              << "escape"_ba << u"old"_s;
-    QTest::newRow("the focus goes elsewhere") << "f2"_ba
-                                              << "click"_ba << u"xy"_s;
-    QTest::newRow("the window is closed") << "mouse"_ba
-                                          << "close"_ba << u"xy"_s;
-    QTest::newRow("another pane is shown") << "mouse"_ba
-                                           << "pane"_ba << u"xy"_s;
-}
-
-void tst_preferences::editing()
-{
-    QFETCH(QByteArray, begin);
-    QFETCH(QByteArray, end);
-    QFETCH(QString, stored);
-    settings().set(envVars, Dictionary{{u"A"_s, u"old"_s}});
-    Preferences open(1);
-    QTest::mouseClick(open.table().viewport(), Qt::LeftButton, {}, open.at(0, 1));
-    if (begin == "mouse") {
-        open.doubleClick(0, 1);
-    } else {
-        QTest::keyClick(&open.table(), begin == "f2" ? Qt::Key_F2 : Qt::Key_X);
-    }
-    QVERIFY(open.field());
-    QTest::keyClicks(open.field(), begin == "type" ? u"y"_s : u"xy"_s);
-    if (end == "return" || end == "escape") {
-        QTest::keyClick(open.field(), end == "return" ? Qt::Key_Return : Qt::Key_Escape);
-    } else if (end == "click") {
-        open.clickSegment(AdvancedPreferencesViewController::AddSegment);
-    } else if (end == "close") {
-        open.window.close();
-    } else {
-        open.window.tabBar()->setCurrentIndex(0);
-    }
-    QTRY_COMPARE(settings().dictionary(envVars)->value(u"A"_s), stored);
-    QCOMPARE(open.window.isVisible(), end != "close"); // Escape belongs to the field first
-}
-
-void tst_preferences::everyKeystrokeIsStored()
-{
-    const Preferences open(0);
-    QLineEdit *field = open.window.generalPane().defaultKubeConfigField();
-    QCOMPARE(field->text(), QString());
-    QVERIFY(!settings().string(kubeConfigPath));
-    QString typed;
-    for (const QChar character : u" ~/x "_s) {
-        QTest::keyClick(field, character.toLatin1());
-        typed += character;
-        QCOMPARE(settings().string(kubeConfigPath), typed);
-    }
-    settings().remove(kubeConfigPath);
-    QTest::keyClick(field, Qt::Key_Return);
-    QCOMPARE(settings().string(kubeConfigPath), typed);
-    QVERIFY(!chooser());
-    QTest::keySequence(field, QKeySequence::SelectAll);
-    QTest::keyClick(field, Qt::Key_Backspace);
-    QCOMPARE(settings().string(kubeConfigPath), QString());
-    QCOMPARE(MainWindowController::defaultKubeConfigPath(), QString());
-}
-
-void tst_preferences::pathIsExplained_data()
-{
-    QTest::addColumn<QString>("path"); // %1 is a folder
-    QTest::addColumn<QString>("hint");
-    QTest::newRow("empty") << QString() << u"kubectl's own default"_s;
-    QTest::newRow("there") << u"%1/kubeconfig"_s << u"opened from now on"_s;
-    QTest::newRow("missing") << u"%1/none"_s << u"no such file"_s;
-    QTest::newRow("folder") << u"%1"_s << u"a folder"_s;
-    QTest::newRow("home") << u"~"_s << u"a folder"_s;
-}
-
-void tst_preferences::pathIsExplained()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, hint);
-    path = path.replace(u"%1"_s, m_cluster->path(u"."_s));
-    const Preferences open(0);
-    QTest::keyClicks(open.window.generalPane().defaultKubeConfigField(), path);
-    const auto shown = [&open, &hint] {
-        const auto labels = open.window.generalPane().findChildren<QLabel *>();
-        return std::any_of(labels.begin(), labels.end(),
-            [&hint](const QLabel *label) { return label->text().contains(hint); });
-    };
-    QTRY_VERIFY(shown());
-    QCOMPARE(settings().string(kubeConfigPath).value_or(QString()), path);
-}
-
-void tst_preferences::lists()
-{
-    settings().set(u"preferredEditor"_s, u"Gone"_s);
-    const Preferences open(0);
-    const GeneralPreferencesViewController &pane = open.window.generalPane();
-    QCOMPARE(pane.preferredTerminalPopup()->currentText(), u"Terminal");
-    QCOMPARE(pane.preferredEditorPopup()->currentIndex(), -1);
-    QVERIFY(pane.preferredEditorPopup()->placeholderText().contains(u"Gone"_s));
-    QVERIFY(!settings().string(u"preferredTerminal"_s)); // showing is not choosing
-    for (const auto &[list, key, title] :
-        {std::tuple(pane.preferredTerminalPopup(), u"preferredTerminal"_s, u"Terminal"_s),
-            std::tuple(pane.preferredEditorPopup(), u"preferredEditor"_s, u"Not Set"_s)}) {
-        click(list);
-        QTRY_VERIFY(list->view()->isVisible());
-        QTest::keyClick(list->view(), Qt::Key_Home);
-        QTest::keyClick(list->view(), Qt::Key_Return);
-        QTRY_COMPARE(settings().string(key), title);
-    }
-    pane.preferredEditorPopup()->setCurrentIndex(-1);
-    open.window.generalPane().setPreferredEditor();
-    QVERIFY(!settings().string(u"preferredEditor"_s));
-}
-
-void tst_preferences::browsing()
-{
-    const Preferences open(0);
-    const QString file = makeFile(u"prod.yaml"_s);
-    QLineEdit *field = open.window.generalPane().defaultKubeConfigField();
-    auto *browse = open.window.generalPane().findChild<QPushButton *>();
-    for (const QString &answer : {file, QString()}) { // cancelling changes nothing
-        click(browse);
-        QTRY_VERIFY(chooser());
-        QVERIFY(!chooser()->findChild<QLineEdit *>(u"titleField"_s));
-        QCOMPARE(chooser()->windowTitle(), u"Choose a kubernetes config file");
-        choose(answer);
-        QTRY_VERIFY(!chooser());
-        QCOMPARE(field->text(), file);
-        QCOMPARE(settings().string(kubeConfigPath), file);
-    }
-}
-
-void tst_preferences::allowedFiles_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("allowed");
-    QTest::newRow("no extension") << u"config"_s << true;
-    QTest::newRow("hidden") << u".kubeconfig"_s << true;
-    QTest::newRow("yml") << u"a.b.yml"_s << true;
-    QTest::newRow("YAML") << u"A.YAML"_s << true;
-    QTest::newRow("other") << u"notes.txt"_s << false;
-    QTest::newRow("hidden other") << u".notes.yaml.bak"_s << false;
-}
-
-/// A file that is not allowed is not shown, and refused when its name is typed.
-void tst_preferences::allowedFiles()
-{
-    QFETCH(QString, name);
-    QFETCH(bool, allowed);
-    const QString file = makeFile(name);
-    makeFile(u"sentinel"_s);
-    std::optional<KubeConfigChoice> choice;
-    QWidget parent;
-    chooseKubeConfig(&parent, true, &parent, [&choice](const auto &chosen) { choice = chosen; });
-    QTRY_VERIFY(chooser());
-    chooser()->setDirectory(m_cluster->path(u"."_s));
-    const auto *list = chooser()->findChild<QListView *>(u"listView"_s);
-    const auto shows = [list](const QString &text) {
-        return !list->model()
-                    ->match(list->model()->index(0, 0, list->rootIndex()), Qt::DisplayRole, text, 1,
-                        Qt::MatchExactly)
-                    .isEmpty();
-    };
-    QTRY_VERIFY(shows(u"sentinel"_s));
-    QTRY_COMPARE(shows(name), allowed);
-    QTest::keyClicks(chooser()->findChild<QLineEdit *>(u"titleField"_s), u"My cluster"_s);
-    choose(file);
-    QTRY_COMPARE(chooser() == nullptr, allowed);
-    if (allowed) {
-        QVERIFY(choice && choice->path == file && choice->title == u"My cluster");
-    } else {
-        QVERIFY(!choice);
-        choose(QString());
-    }
-}
-
-void tst_preferences::theWindow()
-{
-    AppDelegate delegate;
-    delegate.newDocument();
-    QVERIFY(QTest::qWaitForWindowActive(delegate.mainWindow()));
-    QVERIFY(!delegate.preferencesController());
-    QTest::keyClick(delegate.mainWindow(), Qt::Key_Comma, Qt::ControlModifier);
-    PreferencesWindowController *window = delegate.preferencesController();
-    QVERIFY(window && QTest::qWaitForWindowActive(window));
-    QCOMPARE(window->windowTitle(), u"General");
-    const QSize generalSize = window->size();
-    QTest::mouseClick(window->tabBar(), Qt::LeftButton, {}, window->tabBar()->tabRect(1).center());
-    QCOMPARE(window->windowTitle(), u"Advanced");
-    QVERIFY(window->size() != generalSize);
-    for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_W}) {
-        const auto modifiers = key == Qt::Key_W ? Qt::ControlModifier : Qt::NoModifier;
-        QTest::keyClick(window->advancedPane().envvarTableView(), key, modifiers);
-        QVERIFY2(!window->isVisible(), qPrintable(QKeySequence(key).toString()));
-        delegate.showPreferences();
-        QCOMPARE(delegate.preferencesController(), window);
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        QCOMPARE(window->windowTitle(), u"Advanced");
-    }
-    delegate.applicationWillTerminate();
-    QVERIFY(!delegate.preferencesController());
-}
-
-void tst_preferences::newTabWithConfig()
-{
-    AppDelegate delegate;
-    delegate.newDocument();
-    ClusterWindowFrame *frame = delegate.mainWindow();
-    for (const QString &answer : {QString(), m_cluster->kubeConfig()}) {
-        frame->activateWindow(); // no window manager does it here
-        QVERIFY(QTest::qWaitForWindowActive(frame));
-        QTest::keyClick(frame, Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
-        QTRY_VERIFY(chooser());
-        QTest::keyClicks(chooser()->findChild<QLineEdit *>(u"titleField"_s), u"Two"_s);
-        choose(answer);
-        QTRY_COMPARE(frame->pages().size(), answer.isEmpty() ? 1 : 2);
-    }
-    QCOMPARE(frame->currentPage()->kubeConfigPath(), m_cluster->kubeConfig());
-    QCOMPARE(frame->currentPage()->configTitle(), u"Two");
-    delegate.applicationWillTerminate();
-}
 
 QTEST_MAIN(tst_preferences)
 

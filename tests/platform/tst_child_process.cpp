@@ -177,7 +177,8 @@ private Q_SLOTS:
         QCOMPARE(child.start(), std::nullopt);
         QTRY_COMPARE(pidsIn(folder.path()).size(), 1);
         const qint64 grandchild = pidsIn(folder.path()).first();
-        QFile(folder.filePath(QStringLiteral("go"))).open(QIODevice::WriteOnly);
+        QVERIFY(QFile(folder.filePath(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+        QVERIFY(child.process.waitUntilExit(deadline)); // what it wrote still lies in the pipe
         auto reading = inBackground([&child] { return child.read(true); });
         QVERIFY(arrives(reading));
         const Read read = reading.get();
