@@ -71,12 +71,12 @@ void KubeConfigWriter::runNext()
 void KubeConfigWriter::useContext(const KubeCtl &kubeCtl, const QString &name, Done done)
 {
     afterStillness([this, kubeCtl, name, done = std::move(done)] {
-        const auto completion = [self = QPointer<KubeConfigWriter>(this), kubeCtl, done](bool success) {
-            postToMain(self, [kubeCtl, done, success](KubeConfigWriter &writer) {
-                writer.m_writtenPath.reset();
+        const auto completion = [self = QPointer<KubeConfigWriter>(this), kubeCtl, name, done](bool success) {
+            postToMain(self, [kubeCtl, name, done, success](KubeConfigWriter &writer) {
+                writer.m_written.reset();
                 if (success) {
-                    writer.m_writtenPath = kubeCtl.configPath;
-                    writer.m_writtenState = fileState(kubeCtl.configPath);
+                    // The context comes with a namespace of its own, whatever was set in another one before.
+                    writer.m_written = {kubeCtl.configPath, fileState(kubeCtl.configPath), name, std::nullopt};
                 }
                 done(success);
             });
@@ -94,12 +94,16 @@ void KubeConfigWriter::setNamespace(const KubeCtl &kubeCtl, const QString &name,
     afterStillness([this, kubeCtl, name, done = std::move(done)] {
         const bool untouched = isUntouched(kubeCtl.configPath);
         const auto completion
-            = [self = QPointer<KubeConfigWriter>(this), kubeCtl, done, untouched](bool success) {
+            = [self = QPointer<KubeConfigWriter>(this), kubeCtl, name, done, untouched](bool success) {
                   if (!self) {
                       return;
                   }
-                  if (untouched) {
-                      self->m_writtenState = fileState(kubeCtl.configPath);
+                  if (success && untouched) {
+                      self->m_written->state = fileState(kubeCtl.configPath);
+                      self->m_written->nameSpace = name;
+                  } else {
+                      // A change fails on the file's lock just when somebody else is writing.
+                      self->m_written.reset();
                   }
                   done(success);
               };
@@ -111,7 +115,18 @@ void KubeConfigWriter::setNamespace(const KubeCtl &kubeCtl, const QString &name,
 
 bool KubeConfigWriter::isUntouched(const QString &configPath) const
 {
-    return m_writtenPath == configPath && m_writtenState == fileState(configPath);
+    return m_written && m_written->path == configPath && m_written->state == fileState(configPath);
+}
+
+bool KubeConfigWriter::hasContext(const QString &configPath, const QString &context) const
+{
+    return isUntouched(configPath) && m_written->context == context;
+}
+
+bool KubeConfigWriter::hasNamespace(
+    const QString &configPath, const QString &context, const QString &nameSpace) const
+{
+    return hasContext(configPath, context) && m_written->nameSpace == nameSpace;
 }
 
 void KubeConfigWriter::afterStillness(std::function<void()> step)

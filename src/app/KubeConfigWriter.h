@@ -36,9 +36,10 @@ public:
     void useContext(const KubeCtl &kubeCtl, const QString &name, Done done);
     void setNamespace(const KubeCtl &kubeCtl, const QString &name, Done done);
 
-    /// Whether the kubeconfig at that path (empty: the default one) is as this process has left it: its
-    /// context was chosen here, and no other program has changed the file since.
-    bool isUntouched(const QString &configPath) const;
+    /// Whether the kubeconfig at that path (empty: the default one) is known to have that current context, and that
+    /// namespace in it: both were chosen here, and no other program has changed the file since.
+    bool hasContext(const QString &configPath, const QString &context) const;
+    bool hasNamespace(const QString &configPath, const QString &context, const QString &nameSpace) const;
 
     /// Keeps the kubeconfigs as they are for the reading time: a kubectl that goes by their current context
     /// is about to read them.
@@ -51,6 +52,16 @@ private:
         Task task;
     };
 
+    /// What this process wrote last, and how it left the file.
+    struct Written
+    {
+        QString path;
+        QByteArray state;
+        QString context;
+        std::optional<QString> nameSpace = {};
+    };
+
+    bool isUntouched(const QString &configPath) const;
     void runNext();
     void afterStillness(std::function<void()> step);
     void endHanging(const std::shared_ptr<Shell> &shell, const QString &what);
@@ -59,8 +70,7 @@ private:
     std::deque<Entry> m_waiting;
     bool m_busy = false;
     QElapsedTimer m_stillSince;
-    std::optional<QString> m_writtenPath;
-    QByteArray m_writtenState;
+    std::optional<Written> m_written;
 };
 
 } // namespace tidewright

@@ -4,6 +4,7 @@
 #include "app/KubeConfigWriter.h"
 #include "core/ApplicationRecord.h"
 #include "platform/MainQueue.h"
+#include "resources/LoadProblem.h"
 
 #include <utility>
 
@@ -29,6 +30,8 @@ KubeSplitViewController::KubeSplitViewController(KubeConfigWriter &writer, QObje
     , m_lastNamespaceForContext(
           userDefaults().dictionary(lastNamespacesKey).value_or(UserDefaults::Dictionary()))
 {
+    connect(this, &KubeSplitViewController::contextListChanged, this, &WindowState::loadingHintChanged);
+    connect(this, &KubeSplitViewController::namespaceListChanged, this, &WindowState::loadingHintChanged);
 }
 
 KubeSplitViewController::~KubeSplitViewController()
@@ -48,12 +51,19 @@ void KubeSplitViewController::reloadContexts()
     cancel(m_contextShell);
     const quint64 request = ++m_contextRequest;
     m_contextList = {.loading = true};
+    m_hint = tr("Loading contexts…");
+    m_waitingSince = QDateTime::currentDateTime();
     Q_EMIT contextListChanged();
-    m_contextShell = m_kubeCtl.loadContexts([self = QPointer<KubeSplitViewController>(this), request](
-                                                const QStringList &contexts, const QString &current) {
-        postToMain(self,
-            [=](KubeSplitViewController &window) { window.contextsLoaded(request, contexts, current); });
-    });
+    const QPointer<KubeSplitViewController> self(this);
+    m_contextShell = m_kubeCtl.loadContexts(
+        [self, request](const QStringList &contexts, const QString &current) {
+            postToMain(self,
+                [=](KubeSplitViewController &window) { window.contextsLoaded(request, contexts, current); });
+        },
+        [self, request](const QString &reason) {
+            postToMain(
+                self, [=](KubeSplitViewController &window) { window.contextsMissing(request, reason); });
+        });
 }
 
 void KubeSplitViewController::contextsLoaded(
@@ -67,9 +77,26 @@ void KubeSplitViewController::contextsLoaded(
     m_choosingContext |= !m_currentContext.isEmpty() && current != m_currentContext;
     m_contextList = {
         .entries = contexts, .selected = contexts.contains(current) ? current : QString(), .enabled = true};
+    if (m_choosingContext) {
+        Q_EMIT contextLeft();
+    }
     m_currentContext = current;
+    m_hint = current.isEmpty() ? tr("Choose a context.") : QString();
     Q_EMIT contextListChanged();
-    reloadNamespaces();
+    if (!current.isEmpty()) { // without one, kubectl would ask whatever listens on this machine
+        reloadNamespaces();
+    }
+}
+
+void KubeSplitViewController::contextsMissing(quint64 request, const QString &reason)
+{
+    if (request != m_contextRequest) {
+        return;
+    }
+    m_contextShell.reset();
+    m_waitingSince = QDateTime();
+    m_hint = tr("No contexts could be loaded.") + QLatin1Char('\n') + sentenceFirst(reason);
+    Q_EMIT contextListChanged();
 }
 
 void KubeSplitViewController::reloadNamespaces()
@@ -77,11 +104,18 @@ void KubeSplitViewController::reloadNamespaces()
     cancel(m_namespaceShell);
     const quint64 request = ++m_namespaceRequest;
     m_namespaceList = {.loading = true};
+    m_hint = tr("Loading namespaces…");
+    m_namespaceError.clear();
+    m_waitingSince = QDateTime::currentDateTime();
     Q_EMIT namespaceListChanged();
+    const QPointer<KubeSplitViewController> self(this);
     m_namespaceShell = m_kubeCtl.loadNamespaces(
-        [self = QPointer<KubeSplitViewController>(this), request](const QStringList &namespaces) {
+        [self, request](const QStringList &namespaces) {
             postToMain(
                 self, [=](KubeSplitViewController &window) { window.namespacesLoaded(request, namespaces); });
+        },
+        [self](const QString &error) {
+            postToMain(self, [error](KubeSplitViewController &window) { window.m_namespaceError = error; });
         });
 }
 
@@ -91,6 +125,8 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
         return;
     }
     m_namespaceShell.reset();
+    m_waitingSince = QDateTime();
+    m_hint = tr("The namespaces could not be loaded.") + QLatin1Char('\n') + sentenceFirst(m_namespaceError);
     m_choosingContext = false;
     m_namespaceList = {.entries = namespaces};
     const QString remembered = m_lastNamespaceForContext.value(m_currentContext);
@@ -122,7 +158,11 @@ void KubeSplitViewController::chooseNamespace(const QString &name)
     Q_EMIT namespaceChosen(name);
     m_writer.enqueue(
         this, [this, name, context = m_currentContext](const KubeConfigWriter::Finished &finished) {
-            if (name != m_currentNamespace || context != m_currentContext) {
+            // While another window's context is current, this would change that one's namespace; it is made up for
+            // when this window comes to the front.
+            const QString &current = applicationRecord().appContext;
+            const bool isElsewhere = !current.isEmpty() && current != m_currentContext;
+            if (isElsewhere || name != m_currentNamespace || context != m_currentContext) {
                 finished();
                 return;
             }
@@ -138,12 +178,20 @@ void KubeSplitViewController::chooseContext(const QString &name)
     }
     m_currentContext = name;
     m_contextList.selected = name;
+    m_hint = tr("Switching to the context %1…").arg(name);
+    m_waitingSince = QDateTime();
     Q_EMIT contextListChanged();
+    Q_EMIT contextLeft(); // its rows must not be taken for those of the new context
     cancel(m_namespaceShell);
     ++m_namespaceRequest;
     m_choosingContext = true;
     m_namespaceList.enabled = false;
     Q_EMIT namespaceListChanged();
+    switchContext(name);
+}
+
+void KubeSplitViewController::switchContext(const QString &name)
+{
     m_writer.enqueue(this, [this, name](const KubeConfigWriter::Finished &finished) {
         if (name != m_currentContext) {
             finished();
@@ -169,7 +217,36 @@ void KubeSplitViewController::contextUsed(const QString &name, bool success)
         return;
     }
     m_namespaceList.loading = false;
+    m_hint = tr("The context %1 could not be switched to.").arg(name) + QLatin1Char('\n')
+        + tr("The console says why. Reload tries again.");
     enableNamespaces();
+}
+
+QString KubeSplitViewController::loadingHint() const
+{
+    return m_choosingContext || m_currentContext.isEmpty() || m_currentNamespace.isEmpty() ? m_hint : QString();
+}
+
+void KubeSplitViewController::retryLoading()
+{
+    if (m_contextList.entries.isEmpty()) {
+        reloadContexts();
+    } else if (m_choosingContext && !m_namespaceShell) {
+        switchContext(m_currentContext);
+    } else if (!m_currentContext.isEmpty()) {
+        reloadNamespaces();
+    }
+}
+
+void KubeSplitViewController::stopWaiting()
+{
+    if (m_contextShell) {
+        cancel(m_contextShell);
+        contextsMissing(m_contextRequest, tr("Loading was stopped."));
+    }
+    if (m_namespaceShell) {
+        m_namespaceShell->cancel(); // answers with nothing
+    }
 }
 
 void KubeSplitViewController::windowDidBecomeMain()
@@ -253,12 +330,14 @@ void KubeSplitViewController::answerAgreement()
 
 bool KubeSplitViewController::kubeConfigHasContext() const
 {
-    return applicationRecord().appContext == m_currentContext && m_writer.isUntouched(m_kubeCtl.configPath);
+    return applicationRecord().appContext == m_currentContext
+        && m_writer.hasContext(m_kubeCtl.configPath, m_currentContext);
 }
 
 bool KubeSplitViewController::kubeConfigAgrees() const
 {
-    return kubeConfigHasContext() && applicationRecord().appNamespace == m_currentNamespace;
+    return kubeConfigHasContext() && applicationRecord().appNamespace == m_currentNamespace
+        && m_writer.hasNamespace(m_kubeCtl.configPath, m_currentContext, m_currentNamespace);
 }
 
 QString KubeSplitViewController::obstacle() const

@@ -4,6 +4,7 @@
 #include "platform/UserDefaults.h"
 #include "resources/WindowState.h"
 
+#include <QDateTime>
 #include <QStringList>
 
 namespace tidewright {
@@ -36,6 +37,10 @@ public:
     KubeCtl &kubeCtl() override { return m_kubeCtl; }
     Console *console() override { return m_console; }
     void agreeWithKubeConfig(std::function<void(bool agreed)> completion) override;
+    QString loadingHint() const override;
+    QDateTime waitingSince() const override { return m_waitingSince; }
+    void retryLoading() override;
+    void stopWaiting() override;
 
     void setConsole(Console *console) { m_console = console; }
     /// The namespace last chosen in each context, as the settings have it.
@@ -58,6 +63,8 @@ public:
 Q_SIGNALS:
     void contextListChanged();
     void namespaceListChanged();
+    /// The window turns to another context; what the tables show is of the old one.
+    void contextLeft();
     /// For the window's titles.
     void namespaceChosen(const QString &name);
     /// The tables must be emptied and loaded again.
@@ -65,7 +72,9 @@ Q_SIGNALS:
 
 private:
     void contextsLoaded(quint64 request, const QStringList &contexts, const QString &current);
+    void contextsMissing(quint64 request, const QString &reason);
     void namespacesLoaded(quint64 request, const QStringList &namespaces);
+    void switchContext(const QString &name);
     void contextUsed(const QString &name, bool success);
     void enableNamespaces();
     // Steps of a task in the writer's queue.
@@ -91,6 +100,9 @@ private:
     std::shared_ptr<Shell> m_namespaceShell;
     bool m_choosingContext
         = false; // from the choice until its namespaces are known: the tables show the old context
+    QString m_hint; ///< why the tables have nothing to load from
+    QString m_namespaceError;
+    QDateTime m_waitingSince;
     std::vector<std::function<void(bool)>> m_awaitingAgreement;
 };
 

@@ -63,6 +63,8 @@ void MainWindowController::connectParts()
     connect(m_state, &KubeSplitViewController::namespaceChosen, this, &MainWindowController::updateTitles);
     connect(m_state, &KubeSplitViewController::clusterSettingsChanged, m_content,
         &PrimaryContentController::clusterSettingsChanged);
+    connect(m_state, &KubeSplitViewController::contextLeft, m_content, &PrimaryContentController::clear);
+    connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::commandStateChanged);
     connect(m_console, &ConsoleViewController::linkOpened, this, &QDesktopServices::openUrl);
     connect(m_content, &PrimaryContentController::shownTableChanged, this,
         &MainWindowController::commandStateChanged);

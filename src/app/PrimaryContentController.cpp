@@ -103,6 +103,13 @@ void PrimaryContentController::clusterSettingsChanged()
     }
 }
 
+void PrimaryContentController::clear()
+{
+    for (SharedContentViewController *controller : tables()) {
+        controller->clear();
+    }
+}
+
 void PrimaryContentController::selectSidebarItem(const QString &name)
 {
     m_selectedTabName = name.toLower();

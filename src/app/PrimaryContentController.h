@@ -34,6 +34,8 @@ public:
 
     /// The context or namespace changed: empties and loads every table, those that nobody sees with lower
     /// priority.
+    /// Empties every table: the window turns to another context.
+    void clear();
     void clusterSettingsChanged();
     /// Shows the kind of that sidebar item and refreshes it; a header leaves the shown table where it is.
     void selectSidebarItem(const QString &name);

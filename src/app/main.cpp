@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
+#include "app/ReadablePalette.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -44,6 +45,7 @@ int runApplication(int argc, char **argv)
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tidewright"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.brindle.Tidewright"));
+    const tidewright::ReadablePalette palette;
     tidewright::AppDelegate delegate;
     const QString obstacle = delegate.startUp();
     if (!obstacle.isEmpty()) {

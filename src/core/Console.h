@@ -22,8 +22,8 @@ struct ConsoleError
 /// An error of domain "Console", code -1, whose description is `description`.
 ConsoleError makeConsoleError(const QString &description);
 
-/// What the layers below the console know of it. It lives, and is called, on the main thread; workers only carry a
-/// QPointer to it that was made there.
+/// What the layers below the console know of it. It lives, and is called, on the main thread; workers only
+/// carry a QPointer to it that was made there.
 class Console : public QObject
 {
     Q_OBJECT
@@ -35,14 +35,14 @@ public:
         const QString &command, const QString &response, const std::optional<ConsoleError> &error)
         = 0;
     /// The same for a command of which more is known than how it is shown.
-    virtual void addCommandEntry(const CommandLine & /*line*/, const QString &command, const QString &response,
-        const std::optional<ConsoleError> &error)
+    virtual void addCommandEntry(const CommandLine & /*line*/, const QString &command,
+        const QString &response, const std::optional<ConsoleError> &error)
     {
         addEntry(command, response, error);
     }
 
-    /// The custom action scripts that run for this console's window, in the order in which they started. To be changed on
-    /// the main thread, with a call of `updateScriptState` afterwards.
+    /// The custom action scripts that run for this console's window, in the order in which they started. To
+    /// be changed on the main thread, with a call of `updateScriptState` afterwards.
     QStringList scriptsRunning;
     /// Makes the console show what `scriptsRunning` says. Any thread.
     virtual void updateScriptState() { }
@@ -53,7 +53,8 @@ Console *mainConsole();
 /// Installed at start-up by whoever knows the windows.
 void setMainConsoleLookup(std::function<Console *()> lookup);
 
-/// Adds an entry to `console`, or to the main window's when that is null; without either the entry is lost. Main thread.
+/// Adds an entry to `console`, or to the main window's when that is null; without either the entry is lost.
+/// Main thread.
 void postConsoleEntry(Console *console, const QString &command, const QString &response,
     const std::optional<ConsoleError> &error, const CommandLine &line = {});
 

@@ -52,13 +52,14 @@ std::shared_ptr<Shell> KubeCtl::makeShell() const
     return shell;
 }
 
-std::shared_ptr<Shell> KubeCtl::loadContexts(ContextsLoaded completion) const
+std::shared_ptr<Shell> KubeCtl::loadContexts(ContextsLoaded completion, Failed failed) const
 {
     auto shell = makeShell();
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("view"),
         QStringLiteral("-ojsonpath={.current-context}\n{range .contexts[*]}{.name}\t{end}")};
     shell->runAsync(arguments, false, mainConsole(),
-        [completion = std::move(completion), run = shell.get()](const ShellResult &result) {
+        [completion = std::move(completion), failed = std::move(failed), run = shell.get()](
+            const ShellResult &result) {
             if (run->isCancelled()) {
                 return;
             }
@@ -70,6 +71,9 @@ std::shared_ptr<Shell> KubeCtl::loadContexts(ContextsLoaded completion) const
                 postConsoleError(
                     QStringLiteral("No contexts could be found when running `kubectl config view`.  "
                                    "Please ensure you have access to a context and try again."));
+                if (failed) {
+                    failed(result.error.value_or(QString()));
+                }
                 return;
             }
             if (lines.size() == 1) {
@@ -80,15 +84,19 @@ std::shared_ptr<Shell> KubeCtl::loadContexts(ContextsLoaded completion) const
     return shell;
 }
 
-std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion) const
+std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion, Failed failed) const
 {
     auto shell = makeShell();
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("ns"),
         QStringLiteral("-o=jsonpath={.items[*].metadata.name}")};
     shell->runAsync(arguments, true, nullptr,
-        [completion = std::move(completion), run = shell.get()](const ShellResult &result) {
+        [completion = std::move(completion), failed = std::move(failed), run = shell.get()](
+            const ShellResult &result) {
             if (result.error && !run->isCancelled()) {
                 reportFailure(QStringLiteral("No namespaces"), *result.error);
+            }
+            if (result.error && failed) {
+                failed(*result.error);
             }
             completion(textPieces(result.output, u' '));
         });

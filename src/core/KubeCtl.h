@@ -22,6 +22,8 @@ class KubeCtl
 public:
     using ContextsLoaded = std::function<void(const QStringList &contexts, const QString &current)>;
     using NamespacesLoaded = std::function<void(const QStringList &namespaces)>;
+    /// kubectl's error text, perhaps empty.
+    using Failed = std::function<void(const QString &error)>;
     using ContextUsed = std::function<void(bool success)>;
     using NamespaceSet = std::function<void(bool success)>;
 
@@ -32,12 +34,12 @@ public:
     std::shared_ptr<Shell> makeShell() const;
 
     /// The contexts in the kubeconfig's order, and the current one (empty when the kubeconfig names none).
-    /// Completes on a shell-queue thread; does not complete when there is no context at all.
-    std::shared_ptr<Shell> loadContexts(ContextsLoaded completion) const;
+    /// Completes on a shell-queue thread; when there is no context at all, `failed` is called there instead.
+    std::shared_ptr<Shell> loadContexts(ContextsLoaded completion, Failed failed = {}) const;
 
-    /// The namespaces of the kubeconfig's current context, empty after a failure. Completes on a shell-queue
-    /// thread.
-    std::shared_ptr<Shell> loadNamespaces(NamespacesLoaded completion) const;
+    /// The namespaces of the kubeconfig's current context, empty after a failure, which `failed` is told of
+    /// just before. Completes on a shell-queue thread.
+    std::shared_ptr<Shell> loadNamespaces(NamespacesLoaded completion, Failed failed = {}) const;
 
     /// Makes a context current in the kubeconfig; an empty name does nothing at all and yields no shell.
     /// Completes with true on the main thread, with false on a shell-queue thread.

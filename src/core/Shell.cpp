@@ -147,6 +147,7 @@ ShellResult Shell::perform(const QStringList &arguments, bool logToConsole, cons
     } else if (!collected.error.isEmpty()) {
         result.error = decodeUtf8(collected.error);
     }
+    m_errorWasText = collected.error.isValidUtf8();
     const bool readable = collected.output.isValidUtf8();
     m_outputWasText = readable;
     if (logToConsole) {

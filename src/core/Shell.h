@@ -72,6 +72,8 @@ public:
     /// False when the latest blocking run printed bytes that are not UTF-8; its output is empty then. Any
     /// thread.
     bool outputWasText() const { return m_outputWasText; }
+    /// The same of its standard error; the result has no error then.
+    bool errorWasText() const { return m_errorWasText; }
 
     /// The child of the latest run; null before the first, and after a stream has ended. Any thread.
     std::shared_ptr<ChildProcess> process() const;
@@ -97,6 +99,7 @@ private:
     WakeSignal m_stop;
     std::atomic<bool> m_cancelled = false;
     std::atomic<bool> m_outputWasText = true;
+    std::atomic<bool> m_errorWasText = true;
 };
 
 } // namespace tidewright

@@ -32,7 +32,8 @@ QFont font()
 {
     constexpr qreal height = 12.0;
     QFont result = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    // By its real name: an alias such as "monospace" would lose against the family that is there by its own name.
+    // By its real name: an alias such as "monospace" would lose against the family that is there by its own
+    // name.
     result.setFamilies({QFontInfo(result).family(), QStringLiteral("PowerlineSymbols")});
     result.setPointSizeF(height * 72 / 96);
     return result;

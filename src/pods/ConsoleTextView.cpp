@@ -20,7 +20,7 @@ namespace {
 
 /// The line of a laid-out paragraph that shows a position. (Asked itself, the layout would build its glyphs
 /// again to answer, and keep them.)
-[[maybe_unused]] QTextLine lineAt(const QTextLayout &layout, int position)
+QTextLine lineAt(const QTextLayout &layout, int position)
 {
     int number = 0;
     while (number + 1 < layout.lineCount() && layout.lineAt(number + 1).textStart() <= position) {
@@ -129,7 +129,7 @@ void ConsoleTextView::paintSeparators()
     QPointF place = blockBoundingGeometry(block).translated(contentOffset()).topLeft();
     for (; block.userState() >= 0 && place.y() < viewport()->height(); block = block.next()) {
         const auto at = static_cast<int>(block.text().indexOf(console_style::separatorGlyph));
-        const QTextLine line = block.layout()->lineForTextPosition(at);
+        const QTextLine line = lineAt(*block.layout(), at);
         const QString before = block.text().mid(line.textStart(), at - line.textStart());
         const QRectF cell(place.x() + line.x() + metrics.horizontalAdvance(before), place.y() + line.y(),
             metrics.horizontalAdvance(console_style::separatorGlyph), line.height());

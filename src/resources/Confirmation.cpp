@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -20,6 +21,9 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     box->setWindowModality(Qt::WindowModal);
     box->setTextFormat(Qt::PlainText);
     box->setInformativeText(message);
+    if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
+        label->setTextFormat(Qt::PlainText); // names come from the cluster
+    }
     QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
     box->setDefaultButton(first);
     if (!secondButton.isEmpty()) {

@@ -25,6 +25,11 @@ void createFromFiles(WindowState &window, const QStringList &paths, std::functio
     if (paths.isEmpty()) {
         return;
     }
+    if (const QString hint = window.loadingHint(); !hint.isEmpty()) {
+        postConsoleEntry(window.console(), QString(), QString(),
+            makeConsoleError(QLatin1String("Nothing was created: ") + hint));
+        return;
+    }
     QStringList elements;
     for (const QString &path : paths) {
         elements.append(asListElement(path));

@@ -34,7 +34,10 @@ void ListingPipeline::load(
     const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole, bool unattended)
 {
     const quint64 id = ++m_lastId;
-    Load load{id, shell, unattended, {}, {}};
+    Load load;
+    load.id = id;
+    load.shell = shell;
+    load.unattended = unattended;
     load.outcome.startedAt = QDateTime::currentDateTime();
     m_loads.push_back(std::move(load));
     if (m_loads.size() == 1) {
@@ -44,9 +47,13 @@ void ListingPipeline::load(
         arguments, logToConsole, nullptr, [self = QPointer(this), id, shell](const ShellResult &result) {
             const auto child = shell->process();
             const bool ended = child && child->waitUntilExit(exitNotice);
-            const auto signal = ended ? child->terminationSignal() : std::nullopt;
-            postToMain(self, [id, result, isText = shell->outputWasText(), signal](ListingPipeline &pipeline) {
-                pipeline.listingArrived(id, result, isText, signal);
+            LoadOutcome outcome;
+            outcome.error = result.error;
+            outcome.errorIsText = shell->errorWasText();
+            outcome.isText = shell->outputWasText();
+            outcome.signal = ended ? child->terminationSignal() : std::nullopt;
+            postToMain(self, [id, listing = result.output, outcome](ListingPipeline &pipeline) {
+                pipeline.listingArrived(id, listing, outcome);
             });
         });
 }
@@ -54,8 +61,10 @@ void ListingPipeline::load(
 void ListingPipeline::stop()
 {
     for (Load &load : m_loads) {
-        load.outcome.stopped = true;
-        load.shell->cancel();
+        if (!load.arrived) { // what is here already is only a moment from being shown
+            load.outcome.stopped = true;
+            load.shell->cancel();
+        }
     }
 }
 
@@ -90,8 +99,7 @@ ListingPipeline::Load *ListingPipeline::find(quint64 id)
     return load == m_loads.end() ? nullptr : &*load;
 }
 
-void ListingPipeline::listingArrived(
-    quint64 id, const ShellResult &result, bool isText, std::optional<int> signal)
+void ListingPipeline::listingArrived(quint64 id, const QByteArray &listing, const LoadOutcome &outcome)
 {
     Load *load = find(id);
     if (!load) {
@@ -101,10 +109,11 @@ void ListingPipeline::listingArrived(
         finish(id);
         return;
     }
-    load->listing = result.output;
-    load->outcome.error = result.error;
-    load->outcome.isText = isText;
-    load->outcome.signal = signal;
+    const QDateTime startedAt = load->outcome.startedAt;
+    load->arrived = true;
+    load->listing = listing;
+    load->outcome = outcome;
+    load->outcome.startedAt = startedAt;
     m_arrived.push_back(id);
     mergeNext();
 }

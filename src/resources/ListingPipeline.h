@@ -17,6 +17,7 @@ struct LoadOutcome
     QDateTime startedAt;
     bool stopped = false;         ///< the user ended it; the rows are what they were
     std::optional<QString> error; ///< what kubectl wrote to standard error, or the runner's message
+    bool errorIsText = true;      ///< false when kubectl wrote an error that was not UTF-8
     bool isText = true;           ///< false when the listing was not UTF-8 and nothing of it could be read
     std::optional<int> signal;    ///< that ended kubectl half-way: rows may be missing
     std::size_t lines = 0;
@@ -36,7 +37,7 @@ public:
 
     /// Runs `arguments` on `shell`. An unattended load is one that nobody asked for (the refresh timer).
     void load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole, bool unattended);
-    /// Ends all loads; each still reports its outcome.
+    /// Ends the loads whose listing has not arrived; each still reports its outcome.
     void stop();
     /// Empties the table and ends all loads; nothing is heard of them any more.
     void clear();
@@ -58,6 +59,7 @@ private:
         quint64 id = 0;
         std::shared_ptr<Shell> shell;
         bool unattended = false;
+        bool arrived = false;
         QByteArray listing;
         LoadOutcome outcome;
     };
@@ -71,7 +73,7 @@ private:
     };
 
     Load *find(quint64 id);
-    void listingArrived(quint64 id, const ShellResult &result, bool isText, std::optional<int> signal);
+    void listingArrived(quint64 id, const QByteArray &listing, const LoadOutcome &outcome);
     void mergeNext();
     void merged(quint64 id, std::shared_ptr<MergeResult> result);
     void applySlice(quint64 id);

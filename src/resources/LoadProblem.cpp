@@ -5,10 +5,6 @@
 
 namespace tidewright {
 
-namespace {
-
-/// kubectl writes log lines for its developers ("E1122 21:14:24.176194 12847 memcache.go:265] ...") before the sentence
-/// for its user. That sentence comes first here; the log lines follow once each, without their time.
 QString sentenceFirst(const QString &errorText)
 {
     static const QRegularExpression logLine(QStringLiteral(R"(^[EWIF]\d{4} [\d:.]+\s+\d+ [^\]]*\] ?)"));
@@ -22,13 +18,14 @@ QString sentenceFirst(const QString &errorText)
     return (sentences + logged).join(QLatin1Char('\n'));
 }
 
-} // namespace
-
 QString loadProblem(const LoadOutcome &outcome)
 {
     if (outcome.error) {
         const QString text = sentenceFirst(*outcome.error);
         return text.isEmpty() ? QObject::tr("kubectl failed without saying why.") : text;
+    }
+    if (!outcome.errorIsText) {
+        return QObject::tr("kubectl reported an error that could not be read: it is not text.");
     }
     if (!outcome.isText) {
         return QObject::tr("kubectl's answer could not be read: it is not text.");

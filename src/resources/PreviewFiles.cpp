@@ -21,20 +21,6 @@ QSet<QString> &writtenFiles()
     return paths;
 }
 
-/// What went wrong, or the empty text.
-QString writePrivately(const QString &path, const QByteArray &text)
-{
-    if (cacheDirectory().isEmpty()) {
-        return QStringLiteral("there is no cache directory");
-    }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
-        || file.write(text) != text.size() || !file.commit()) {
-        return file.errorString();
-    }
-    return {};
-}
-
 } // namespace
 
 QString PreviewFiles::pathFor(const QString &nameSpace, const QString &name)
@@ -44,27 +30,38 @@ QString PreviewFiles::pathFor(const QString &nameSpace, const QString &name)
     return cacheDirectory() + QLatin1Char('/') + fileName;
 }
 
-std::optional<PreviewItem> PreviewFiles::recent(const QString &path) const
+QString PreviewFiles::write(const QString &path, const QByteArray &text)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
+        || file.write(text) != text.size() || !file.commit()) {
+        return file.errorString();
+    }
+    return {};
+}
+
+std::optional<PreviewItem> PreviewFiles::recent(const QString &context, const QString &path) const
 {
     const auto cached = m_cacheTimes.constFind(path);
-    if (cached == m_cacheTimes.constEnd() || currentTime() - cached->time > reuseSeconds) {
+    if (cached == m_cacheTimes.constEnd() || cached->context != context
+        || currentTime() - cached->time > reuseSeconds) {
         return std::nullopt;
     }
     return cached->item;
 }
 
-PreviewItem PreviewFiles::store(const QString &path, const QString &title, const QByteArray &text)
+PreviewItem PreviewFiles::store(const QString &context, const QString &path, const QString &title,
+    const QByteArray &text, const QString &writeFailure)
 {
     PreviewItem item{title, QString::fromUtf8(text), path};
-    const QString failure = writePrivately(path, text);
-    if (failure.isEmpty()) {
+    if (writeFailure.isEmpty()) {
         writtenFiles().insert(path);
     } else {
-        writeDiagnostic(QLatin1String("Unable to write cache file: ") + failure);
+        writeDiagnostic(QLatin1String("Unable to write cache file: ") + writeFailure);
         item.filePath.clear();
     }
     m_cacheTimes.removeIf([](const auto &entry) { return currentTime() - entry.value().time > reuseSeconds; });
-    m_cacheTimes.insert(path, {currentTime(), item});
+    m_cacheTimes.insert(path, {currentTime(), context, item});
     return item;
 }
 

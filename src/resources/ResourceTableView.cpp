@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QPainter>
+#include <QPointer>
 
 #include <algorithm>
 
@@ -92,10 +93,16 @@ void ResourceTableView::contextMenuEvent(QContextMenuEvent *event)
 {
     const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
     m_clickedRow = byMouse ? QPersistentModelIndex(indexAt(event->pos())) : QPersistentModelIndex();
+    m_rowWasClicked = m_clickedRow.isValid();
     viewport()->update();
+    const QPointer<ResourceTableView> self(this);
     Q_EMIT contextMenuRequested(
         byMouse ? event->globalPos() : viewport()->mapToGlobal(visualRect(currentIndex()).bottomLeft()));
+    if (!self) {
+        return; // the window was closed under the menu
+    }
     m_clickedRow = QPersistentModelIndex();
+    m_rowWasClicked = false;
     viewport()->update();
 }
 

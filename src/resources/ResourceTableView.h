@@ -20,6 +20,9 @@ public:
     /// The arranged row that the open context menu belongs to, -1 when there is none.
     int clickedRow() const { return m_clickedRow.isValid() ? m_clickedRow.row() : -1; }
 
+    /// True when the row that the open context menu belongs to has vanished meanwhile.
+    bool clickedRowIsGone() const { return m_rowWasClicked && !m_clickedRow.isValid(); }
+
     /// The selected rows from top to bottom.
     QModelIndexList selectedRowsInOrder() const;
 
@@ -52,6 +55,7 @@ private:
 
     ArrangingModel &m_model;
     QPersistentModelIndex m_clickedRow;
+    bool m_rowWasClicked = false;
     QString m_emptySentence;
     QString m_emptyDetails;
     bool m_announced = false;

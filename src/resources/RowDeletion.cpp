@@ -53,6 +53,12 @@ void deleteOnceAgreed(const Deletion &deletion)
                 .arg(deletion.noun));
         return;
     }
+    for (const QString &name : deletion.names) {
+        if (name.startsWith(QLatin1Char('-'))) {
+            refuse(*deletion.window, QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name));
+            return;
+        }
+    }
     deletion.window->agreeWithKubeConfig([deletion](bool agreed) {
         if (agreed && deletion.window) {
             deleteNow(deletion);

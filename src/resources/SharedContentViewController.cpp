@@ -80,7 +80,6 @@ void SharedContentViewController::connectParts()
             m_progressDelay.stop();
             m_progress->hide();
         }
-        m_statusBar->setLoadingSince(m_pipeline->loadingSince());
         updateStatus();
         Q_EMIT loadingChanged(loading);
     });
@@ -91,6 +90,7 @@ void SharedContentViewController::connectParts()
         updateStatus();
         rowsChanged();
     });
+    connect(&m_window, &WindowState::loadingHintChanged, this, &SharedContentViewController::updateStatus);
     connect(m_pipeline, &ListingPipeline::finished, this, &SharedContentViewController::applyOutcome);
     connect(m_statusBar, &TableStatusBar::stopRequested, this, &SharedContentViewController::stopLoading);
     connect(m_tableView, &ResourceTableView::contextMenuRequested, this,
@@ -115,7 +115,18 @@ void SharedContentViewController::setFilterField(QLineEdit *field)
 
 void SharedContentViewController::reload()
 {
-    loadContent(true);
+    if (canLoad()) {
+        loadContent(true);
+    } else {
+        m_window.retryLoading();
+    }
+}
+
+/// Without a namespace kubectl could only complain, and while a context is being switched it would list the old
+/// namespace in the new context. The table says so in place of rows.
+bool SharedContentViewController::canLoad() const
+{
+    return !m_window.currentNamespace().isEmpty() && m_window.loadingHint().isEmpty();
 }
 
 void SharedContentViewController::reloadLogging(bool logToConsole)
@@ -123,12 +134,19 @@ void SharedContentViewController::reloadLogging(bool logToConsole)
     loadContent(logToConsole);
 }
 
-void SharedContentViewController::clearAndReload(bool logToConsole, int niceness)
+void SharedContentViewController::clear()
 {
     m_rowsAsOf = QDateTime();
     m_problem.clear();
+    m_previews->forget();
     m_pipeline->clear();
     rowsChanged();
+    updateStatus();
+}
+
+void SharedContentViewController::clearAndReload(bool logToConsole, int niceness)
+{
+    clear();
     m_niceness = niceness;
     loadContent(logToConsole);
     m_niceness = 0;
@@ -136,7 +154,7 @@ void SharedContentViewController::clearAndReload(bool logToConsole, int niceness
 
 void SharedContentViewController::reloadContent()
 {
-    loadContent(true);
+    reload();
 }
 
 void SharedContentViewController::loadContent(bool logToConsole)
@@ -158,14 +176,13 @@ void SharedContentViewController::startLoad(bool logToConsole, bool unattended)
         writeDiagnostic(QStringLiteral("loadContent() requires override"));
         return;
     }
-    if (m_window.currentNamespace().isEmpty()) {
-        updateStatus(); // kubectl could only complain; the table says that a namespace must be chosen
+    if (!canLoad()) {
+        updateStatus();
         return;
     }
     const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
     shell->niceness = m_niceness;
     m_pipeline->load(shell, listingArguments(), logToConsole, unattended);
-    m_statusBar->setLoadingSince(m_pipeline->loadingSince());
 }
 
 QStringList SharedContentViewController::listingArguments() const
@@ -177,7 +194,6 @@ QStringList SharedContentViewController::listingArguments() const
 
 void SharedContentViewController::applyOutcome(const LoadOutcome &outcome)
 {
-    m_statusBar->setLoadingSince(QDateTime());
     if (outcome.stopped) {
         m_problem = tr("Loading was stopped.");
         if (m_rowsAsOf.isValid()) {
@@ -205,6 +221,7 @@ void SharedContentViewController::updateStatus()
     }
     m_statusBar->setCounts(counts);
     m_statusBar->setAsOf(m_rowsAsOf);
+    m_statusBar->setLoadingSince(isLoading() ? m_pipeline->loadingSince() : m_window.waitingSince());
     m_statusBar->setWarning(shown > 0 ? firstLine(m_problem) : QString(), m_problem);
     const QString reason = shown > 0 ? QString() : emptyReason();
     m_tableView->setEmptyText(firstLine(reason), reason.section(QLatin1Char('\n'), 1));
@@ -219,6 +236,9 @@ QString SharedContentViewController::emptyReason() const
     }
     if (isLoading()) {
         return tr("Loading %1…").arg(noun);
+    }
+    if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
+        return hint;
     }
     if (m_window.currentNamespace().isEmpty()) {
         return tr("No namespace is chosen.");
@@ -242,6 +262,9 @@ QString SharedContentViewController::emptyReason() const
 
 QStringList SharedContentViewController::chosenNames() const
 {
+    if (m_tableView->clickedRowIsGone()) {
+        return {}; // a refresh removed it while its menu was open
+    }
     if (const int clicked = m_tableView->clickedRow(); clicked >= 0) {
         return {m_arranged->arrangedRow(clicked)->name};
     }
@@ -307,6 +330,7 @@ void SharedContentViewController::showQuickLookPanel()
 void SharedContentViewController::stopLoading()
 {
     m_pipeline->stop();
+    m_window.stopWaiting();
 }
 
 void SharedContentViewController::showContextMenu(const QPoint &position)
@@ -352,7 +376,7 @@ void SharedContentViewController::hideEvent(QHideEvent *event)
 
 void SharedContentViewController::keyPressEvent(QKeyEvent *event)
 {
-    if (event->key() == Qt::Key_Escape && isLoading()) {
+    if (event->key() == Qt::Key_Escape && (isLoading() || m_window.waitingSince().isValid())) {
         stopLoading();
     } else {
         QWidget::keyPressEvent(event);

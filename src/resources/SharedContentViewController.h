@@ -55,6 +55,8 @@ public:
     // What the tab container and the window drive every table by.
     void reload();
     void reloadLogging(bool logToConsole);
+    /// Empties the table at once; loads under way are ended, their rows never appear.
+    void clear();
     /// Empties the table at once and loads it; loads under way are ended, their rows never appear. A niceness above 0
     /// lets kubectl runs of tables that nobody looks at yield to the visible one.
     void clearAndReload(bool logToConsole, int niceness = 0);
@@ -102,6 +104,7 @@ private:
     void applyOutcome(const LoadOutcome &outcome);
     void updateStatus();
     void showContextMenu(const QPoint &position);
+    bool canLoad() const;
     QString emptyReason() const;
 
     WindowState &m_window;

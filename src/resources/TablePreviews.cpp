@@ -13,6 +13,11 @@ TablePreviews::TablePreviews(ResourceTableView &view, WindowState &window, const
 {
 }
 
+TablePreviews::~TablePreviews()
+{
+    endFetch();
+}
+
 int TablePreviews::numberOfPreviewItems() const
 {
     return static_cast<int>(m_view.selectedRowsInOrder().size());
@@ -26,36 +31,64 @@ QString TablePreviews::previewItemTitle(int index) const
 
 void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
 {
-    const QString name = previewItemTitle(index);
-    const QString path = PreviewFiles::pathFor(m_window.currentNamespace(), name);
-    if (const auto recent = m_files.recent(path)) {
+    endFetch(); // nobody waits for an earlier one any more
+    const Request request{m_window.currentContext(), m_window.currentNamespace(), previewItemTitle(index)};
+    if (const auto recent = m_files.recent(request.context, PreviewFiles::pathFor(request.nameSpace, request.name))) {
         ready(recent, QString());
         return;
     }
+    if (request.name.startsWith(QLatin1Char('-'))) {
+        ready(std::nullopt, tr("kubectl would take the name “%1” for an option.").arg(request.name));
+        return;
+    }
     // The command names no context: it must be the window's that the kubeconfig says now.
-    m_window.agreeWithKubeConfig([self = QPointer(this), name, path, ready = std::move(ready)](bool agreed) {
-        if (self && agreed) {
-            self->fetch(name, path, ready);
+    m_window.agreeWithKubeConfig([self = QPointer(this), request, ready = std::move(ready)](bool agreed) {
+        if (self && agreed && self->isCurrent(request)) {
+            self->fetch(request, ready);
         } else {
-            ready(std::nullopt, tr("The kubeconfig could not be switched to this window's context."));
+            ready(std::nullopt, tr("The kubeconfig does not agree with this window now; the console may say why."));
         }
     });
 }
 
-void TablePreviews::fetch(const QString &name, const QString &path, const PreviewReady &ready)
+bool TablePreviews::isCurrent(const Request &request) const
+{
+    return request.context == m_window.currentContext() && request.nameSpace == m_window.currentNamespace();
+}
+
+void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
 {
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
-        m_window.currentNamespace(), m_resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
-    m_window.kubeCtl().makeShell()->runAsync(
-        arguments, false, nullptr, [self = QPointer(this), name, path, ready](const ShellResult &result) {
-            postToMain(self, [name, path, ready, result](TablePreviews &previews) {
-                if (result.error) {
-                    ready(std::nullopt, *result.error);
+        request.nameSpace, m_resourceName, request.name, QStringLiteral("-o"), QStringLiteral("yaml")};
+    const QString path = PreviewFiles::pathFor(request.nameSpace, request.name);
+    endFetch();
+    m_shell = m_window.kubeCtl().makeShell();
+    m_shell->runAsync(arguments, false, nullptr,
+        [self = QPointer(this), request, path, ready](const ShellResult &result) {
+            const QString failure = result.error ? QString() : PreviewFiles::write(path, result.output);
+            postToMain(self, [request, path, ready, result, failure](TablePreviews &previews) {
+                if (result.error || !previews.isCurrent(request)) {
+                    ready(std::nullopt, result.error.value_or(QString()));
                 } else {
-                    ready(previews.m_files.store(path, name, result.output), QString());
+                    ready(previews.m_files.store(request.context, path, request.name, result.output, failure),
+                        QString());
                 }
             });
         });
+}
+
+void TablePreviews::endFetch()
+{
+    if (m_shell) {
+        m_shell->cancel();
+        m_shell.reset();
+    }
+}
+
+void TablePreviews::forget()
+{
+    endFetch();
+    m_files = {};
 }
 
 void TablePreviews::movePreviewSelection(int rows)

@@ -15,19 +15,33 @@ class TablePreviews : public QObject, public PreviewSource
     Q_OBJECT
 public:
     TablePreviews(ResourceTableView &view, WindowState &window, const QString &resourceName);
+    ~TablePreviews() override;
 
     int numberOfPreviewItems() const override;
     QString previewItemTitle(int index) const override;
     void loadPreviewItem(int index, PreviewReady ready) override;
     void movePreviewSelection(int rows) override;
 
+    /// The window shows something else now: nothing fetched before is shown again.
+    void forget();
+
 private:
-    void fetch(const QString &name, const QString &path, const PreviewReady &ready);
+    struct Request
+    {
+        QString context;
+        QString nameSpace;
+        QString name;
+    };
+
+    bool isCurrent(const Request &request) const;
+    void fetch(const Request &request, const PreviewReady &ready);
+    void endFetch();
 
     ResourceTableView &m_view;
     WindowState &m_window;
     const QString m_resourceName;
     PreviewFiles m_files;
+    std::shared_ptr<Shell> m_shell; // of the fetch under way
 };
 
 } // namespace tidewright

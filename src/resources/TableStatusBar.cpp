@@ -5,7 +5,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QToolButton>
 
 namespace tidewright {
@@ -61,7 +60,10 @@ void TableStatusBar::setCounts(const QString &text)
 void TableStatusBar::setWarning(const QString &sentence, const QString &details)
 {
     m_warning->setText(sentence);
-    m_warning->setToolTip(details);
+    // What kubectl wrote is shown as it is, also when a proxy's HTML is in it.
+    m_warning->setToolTip(details.isEmpty()
+            ? QString()
+            : QStringLiteral("<p style='white-space: pre-wrap'>%1</p>").arg(details.toHtmlEscaped()));
     m_warningImage->setPixmap(sentence.isEmpty() ? QPixmap() : namedImage(QStringLiteral("warning")).pixmap(14, 14));
 }
 
@@ -93,7 +95,8 @@ void TableStatusBar::updateTime()
     const bool isLong = seconds >= longLoadSeconds;
     QString text;
     if (m_asOf.isValid()) {
-        text = tr("As of %1").arg(QLocale().toString(m_asOf.time(), QStringLiteral("HH:mm:ss")));
+        const bool isToday = m_asOf.date() == QDate::currentDate();
+        text = tr("As of %1").arg(m_asOf.toString(isToday ? u"HH:mm:ss" : u"yyyy-MM-dd HH:mm:ss"));
     }
     if (isLong) {
         text += (text.isEmpty() ? QString() : QStringLiteral("  ·  ")) + tr("Loading for %1 s").arg(seconds);

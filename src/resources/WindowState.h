@@ -3,6 +3,7 @@
 
 #include "core/KubeCtl.h"
 
+#include <QDateTime>
 #include <QObject>
 
 namespace tidewright {
@@ -27,10 +28,23 @@ public:
     /// them first if need be), for commands that name neither. With false when that failed; the console says why then.
     virtual void agreeWithKubeConfig(std::function<void(bool agreed)> completion) = 0;
 
+    /// Why the tables have nothing to load from now (no context or namespace yet, a context switch under way): a
+    /// sentence and perhaps details on further lines; empty when they have.
+    virtual QString loadingHint() const { return {}; }
+    /// Since when the window has been waiting for contexts or namespaces; invalid when it is not.
+    virtual QDateTime waitingSince() const { return {}; }
+    /// Tries again to get what the tables need.
+    virtual void retryLoading() {}
+    /// Ends that waiting.
+    virtual void stopWaiting() {}
+
     /// Opens an object in the user's editor; false when this build has no editor support. `finished` is called once,
     /// whatever the outcome.
     virtual bool canEdit() const { return false; }
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) {}
+
+Q_SIGNALS:
+    void loadingHintChanged();
 };
 
 /// The application's cache directory, where preview files go; empty when there is none. Set once at start-up.

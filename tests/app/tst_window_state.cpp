@@ -63,6 +63,8 @@ class tst_window_state : public QObject
 private Q_SLOTS:
     void firstLoad_data();
     void firstLoad();
+    void withoutACurrentContextTheUserChooses();
+    void aContextWhoseNamespacesAreSecretGetsTheWindowsNamespace();
     void withoutNamespacesTheTablesAreTold();
     void choosingContexts();
     void failedContextSwitch();
@@ -94,8 +96,6 @@ void tst_window_state::firstLoad_data()
         << "b\na\tb\t"_ba << three << tidewright::allNamespaces << u"b"_s << u"b"_s << u"default"_s;
     QTest::newRow("a context that is not listed")
         << "x\na\tb\t"_ba << three << QString() << u"x"_s << QString() << u"default"_s;
-    QTest::newRow("no current context")
-        << "\na\tb\t"_ba << three << QString() << QString() << QString() << u"default"_s;
 }
 
 void tst_window_state::firstLoad()
@@ -132,6 +132,42 @@ void tst_window_state::firstLoad()
     QCOMPARE(calls, QStringList({u"contexts"_s, u"namespaces"_s, u"set "_s + nameSpace}));
     QCOMPARE(remembered(UserDefaults(cluster.settingsFile())).value(context), nameSpace);
     QCOMPARE(remembered(cluster.settings).value(u"c"_s), stored.isEmpty() ? QString() : u"other"_s);
+}
+
+void tst_window_state::withoutACurrentContextTheUserChooses()
+{
+    FakeCluster cluster;
+    cluster.answer(u"contexts"_s, "\na\tb\t");
+    KubeConfigWriter writer(50ms);
+    Window window(writer);
+    window.state.viewWillAppear(cluster.kubeConfig());
+    QTRY_VERIFY(window.state.contextList().enabled);
+    QCOMPARE(window.state.loadingHint(), u"Choose a context."_s);
+    QCOMPARE(cluster.calls(), QStringList{u"contexts"_s}); // nobody is asked for the namespaces of no context
+    window.state.chooseContext(u"a"_s);
+    QTRY_COMPARE(window.state.currentNamespace(), u"default"_s);
+    QCOMPARE(window.state.loadingHint(), QString());
+}
+
+/// The namespace that was set in another context says nothing about this one's.
+void tst_window_state::aContextWhoseNamespacesAreSecretGetsTheWindowsNamespace()
+{
+    FakeCluster cluster;
+    KubeConfigWriter writer(50ms);
+    Window window(writer);
+    window.load(cluster);
+    window.state.windowDidBecomeMain();
+    window.untilWritten();
+    cluster.answer(u"namespaces"_s, {});
+    cluster.fail(u"namespaces"_s, "forbidden");
+    window.state.chooseContext(u"a"_s);
+    QTRY_COMPARE(window.reloads, 2);
+    QVERIFY(window.state.loadingHint().isEmpty());
+    cluster.forgetCalls();
+    std::optional<bool> answer;
+    window.state.agreeWithKubeConfig([&answer](bool outcome) { answer = outcome; });
+    QTRY_COMPARE(answer, std::optional(true));
+    QCOMPARE(cluster.calls(), QStringList{u"set default"_s});
 }
 
 void tst_window_state::withoutNamespacesTheTablesAreTold()
@@ -361,8 +397,7 @@ void tst_window_state::agreement()
         if (disturbance == u"use fails"_s) {
             cluster.fail(u"use b"_s, "locked");
         } else if (disturbance == u"set fails"_s) {
-            applicationRecord().appNamespace = u"shop"_s;
-            cluster.fail(u"set default"_s, "locked");
+            cluster.fail(u"set default"_s, "locked"); // the record of the last good change must not count
         }
     }
     window.console.errors.clear();
@@ -421,6 +456,7 @@ void tst_window_state::closingEndsTheRequests()
     // afterwards.
     Window next(writer);
     cluster.release(u"set shop"_s);
+    QTRY_VERIFY(cluster.ended().contains(u"set shop"_s)); // the reading was told to end before that
     cluster.release(u"namespaces"_s);
     next.load(cluster);
     QCOMPARE(next.reloads, 1);
