@@ -21,7 +21,8 @@ double median(std::vector<double> values);
 class Report
 {
 public:
-    void ratio(const std::string &what, double measured, double reference, double limit, const std::string &unit);
+    void ratio(
+        const std::string &what, double measured, double reference, double limit, const std::string &unit);
     bool allKept() const { return m_allKept; }
 
 private:

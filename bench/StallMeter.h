@@ -5,8 +5,8 @@
 
 namespace tidewright::bench {
 
-/// The longest time in which the event loop did not serve a timer that is always due: what a key press would have waited.
-/// Main thread.
+/// The longest time in which the event loop did not serve a timer that is always due: what a key press would
+/// have waited. Main thread.
 class StallMeter
 {
 public:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// bench-table LISTING: the pod table over a listing of pods as kubectl printed it (bench.sh makes one of 30,000).
+// bench-table LISTING: the pod table over a listing of pods as kubectl printed it (bench.sh makes one of
+// 30,000).
 #include "Measure.h"
 #include "StallMeter.h"
 
@@ -42,8 +43,8 @@ private:
     KubeCtl m_kubeCtl;
 };
 
-/// The lines in an arbitrary but fixed order: a server lists its objects by name, and sorting what is sorted already
-/// would measure nothing, here and in the reference.
+/// The lines in an arbitrary but fixed order: a server lists its objects by name, and sorting what is sorted
+/// already would measure nothing, here and in the reference.
 QByteArray shuffled(const QByteArray &listing)
 {
     QByteArrayList lines = listing.split('\n');
@@ -78,8 +79,8 @@ double awkSeconds(const QString &path)
     for (int i = 0; i < rounds; ++i) {
         const double start = childrenCpuSeconds();
         QProcess awk;
-        awk.start(QStringLiteral("awk"),
-            {QStringLiteral("-F\\t"), QStringLiteral("{n+=NF} END{print n}"), path});
+        awk.start(
+            QStringLiteral("awk"), {QStringLiteral("-F\\t"), QStringLiteral("{n+=NF} END{print n}"), path});
         if (!awk.waitForFinished() || awk.exitCode() != 0) {
             std::fputs("awk did not run\n", stderr);
             std::exit(2);
@@ -118,8 +119,8 @@ double measure(Measure what, SharedContentViewController *loading, const std::fu
     StallMeter meter;
     QEventLoop loop;
     if (loading) {
-        QObject::connect(
-            loading, &SharedContentViewController::loadFinished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+        QObject::connect(loading, &SharedContentViewController::loadFinished, &loop, &QEventLoop::quit,
+            Qt::QueuedConnection);
     }
     const double cpu = threadCpuSeconds();
     if (what == Measure::Stall) {
@@ -205,7 +206,8 @@ void measureRefresh(Report &report)
         firstLoads.push_back(measure(Measure::Cpu, &opened.table, reload));
         refreshes.push_back(measure(Measure::Cpu, &opened.table, reload));
     }
-    report.ratio("unchanged refresh, main thread / first load", median(refreshes), median(firstLoads), 0.1, "ms");
+    report.ratio(
+        "unchanged refresh, main thread / first load", median(refreshes), median(firstLoads), 0.1, "ms");
 }
 
 } // namespace

@@ -128,12 +128,6 @@ void AdvancedPreferencesViewController::viewDidLoad()
     m_model->setCustomEnvvars(variables);
 }
 
-void AdvancedPreferencesViewController::hideEvent(QHideEvent *event)
-{
-    m_envvarTableView->setFocus(); // ends an edit that is going on, and keeps its text
-    PreferencesViewController::hideEvent(event);
-}
-
 bool AdvancedPreferencesViewController::eventFilter(QObject *watched, QEvent *event)
 {
     // To the table, Escape would be a key that begins an edit; here it closes the window.

@@ -20,6 +20,7 @@ namespace tidewright {
 
 namespace {
 
+constexpr int titleBarRoom = 36;
 const auto FRAMEKEY = QStringLiteral("TidewrightFrame");
 constexpr QSize minimumWindow(600, 310);
 constexpr QSize usualWindow(1180, 760);
@@ -79,7 +80,9 @@ void ClusterWindowFrame::awakeFromNib()
     }
     // The screen of then may be gone, or smaller.
     const QScreen *screen = QGuiApplication::screenAt(frame.center());
-    const QRect room = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+    QRect room = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+    room.setTop(
+        room.top() + titleBarRoom); // the frame is that of the content; its title bar must stay in reach
     frame.setSize(frame.size().expandedTo(minimumWindow).boundedTo(room.size()));
     frame.moveTo(qBound(room.left(), frame.left(), room.right() - frame.width() + 1),
         qBound(room.top(), frame.top(), room.bottom() - frame.height() + 1));

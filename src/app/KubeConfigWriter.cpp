@@ -76,7 +76,8 @@ void KubeConfigWriter::useContext(const KubeCtl &kubeCtl, const QString &name, D
                 writer.m_written.reset();
                 if (success) {
                     // The context comes with a namespace of its own, whatever was set in another one before.
-                    writer.m_written = {kubeCtl.configPath, fileState(kubeCtl.configPath), name, std::nullopt};
+                    writer.m_written
+                        = {kubeCtl.configPath, fileState(kubeCtl.configPath), name, std::nullopt};
                 }
                 done(success);
             });

@@ -36,8 +36,8 @@ public:
     void useContext(const KubeCtl &kubeCtl, const QString &name, Done done);
     void setNamespace(const KubeCtl &kubeCtl, const QString &name, Done done);
 
-    /// Whether the kubeconfig at that path (empty: the default one) is known to have that current context, and that
-    /// namespace in it: both were chosen here, and no other program has changed the file since.
+    /// Whether the kubeconfig at that path (empty: the default one) is known to have that current context,
+    /// and that namespace in it: both were chosen here, and no other program has changed the file since.
     bool hasContext(const QString &configPath, const QString &context) const;
     bool hasNamespace(const QString &configPath, const QString &context, const QString &nameSpace) const;
 

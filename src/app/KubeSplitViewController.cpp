@@ -158,8 +158,8 @@ void KubeSplitViewController::chooseNamespace(const QString &name)
     Q_EMIT namespaceChosen(name);
     m_writer.enqueue(
         this, [this, name, context = m_currentContext](const KubeConfigWriter::Finished &finished) {
-            // While another window's context is current, this would change that one's namespace; it is made up for
-            // when this window comes to the front.
+            // While another window's context is current, this would change that one's namespace; it is made
+            // up for when this window comes to the front.
             const QString &current = applicationRecord().appContext;
             const bool isElsewhere = !current.isEmpty() && current != m_currentContext;
             if (isElsewhere || name != m_currentNamespace || context != m_currentContext) {
@@ -224,7 +224,8 @@ void KubeSplitViewController::contextUsed(const QString &name, bool success)
 
 QString KubeSplitViewController::loadingHint() const
 {
-    return m_choosingContext || m_currentContext.isEmpty() || m_currentNamespace.isEmpty() ? m_hint : QString();
+    return m_choosingContext || m_currentContext.isEmpty() || m_currentNamespace.isEmpty() ? m_hint
+                                                                                           : QString();
 }
 
 void KubeSplitViewController::retryLoading()

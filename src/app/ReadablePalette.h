@@ -5,8 +5,9 @@
 
 namespace tidewright {
 
-/// Some desktop themes leave the colour of quiet texts (placeholders, group headers) black on a dark background. While
-/// this lives, that colour is one between text and background, also after the theme changes. One per application.
+/// Some desktop themes leave the colour of quiet texts (placeholders, group headers) black on a dark
+/// background. While this lives, that colour is one between text and background, also after the theme
+/// changes. One per application.
 class ReadablePalette : public QObject
 {
     Q_OBJECT

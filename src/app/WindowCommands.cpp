@@ -188,8 +188,8 @@ void WindowCommands::updateEnabled()
     for (QAction *action : std::as_const(m_forTable)) {
         action->setEnabled(table);
     }
-    m_stop->setEnabled(table
-        && (table->isLoading() || table->kubeSplitViewController().waitingSince().isValid()));
+    m_stop->setEnabled(
+        table && (table->isLoading() || table->kubeSplitViewController().waitingSince().isValid()));
     for (QAction *action : std::as_const(m_forTabs)) {
         action->setEnabled(m_frame.tabBar()->count() > 1);
     }

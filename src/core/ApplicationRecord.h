@@ -16,7 +16,8 @@ struct ApplicationRecord
 
 ApplicationRecord &applicationRecord();
 
-/// The absolute path of the packaged kubectl; empty until start-up, or a test, sets it once before the first run.
+/// The absolute path of the packaged kubectl; empty until start-up, or a test, sets it once before the first
+/// run.
 QString kubectlPath();
 void setKubectlPath(const QString &path);
 

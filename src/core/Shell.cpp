@@ -195,8 +195,8 @@ void Shell::runAsync(
     const QStringList &arguments, bool logToConsole, QPointer<Console> console, Completion completion)
 {
     auto start = [self = shared_from_this(), arguments, logToConsole,
-                           addressee = console ? Addressee(std::move(console)) : std::nullopt,
-                           completion = std::move(completion)]() mutable {
+                     addressee = console ? Addressee(std::move(console)) : std::nullopt,
+                     completion = std::move(completion)]() mutable {
         if (Console *current = addressee ? nullptr : mainConsole()) {
             addressee = current;
         }

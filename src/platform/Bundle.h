@@ -5,8 +5,8 @@
 
 namespace tidewright::bundle {
 
-/// Absolute path of an executable of the package (../libexec/tidewright beside the program's own folder), or the empty
-/// text when it is not there or not executable.
+/// Absolute path of an executable of the package (../libexec/tidewright beside the program's own folder), or
+/// the empty text when it is not there or not executable.
 QString auxiliaryExecutable(const QString &name);
 
 /// Absolute path of a file of the package (../share/tidewright), or the empty text when it is not there.

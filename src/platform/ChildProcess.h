@@ -9,9 +9,9 @@
 
 namespace tidewright {
 
-/// One child process: set up, started once, asked about and ended. The child runs in a process group of its own, inherits
-/// the standard input and no other descriptor than the two it is given, and ends when the application ends, however that
-/// happens. Set up and start it on one thread; the rest is safe from any.
+/// One child process: set up, started once, asked about and ended. The child runs in a process group of its
+/// own, inherits the standard input and no other descriptor than the two it is given, and ends when the
+/// application ends, however that happens. Set up and start it on one thread; the rest is safe from any.
 class ChildProcess
 {
 public:
@@ -21,8 +21,8 @@ public:
     /// Added to the child's CPU priority value: above 0 the child yields to others.
     void setNiceness(int niceness) { m_request.niceness = niceness; }
 
-    /// Starts the child with the write ends of both pipes and closes them here, so that reading sees the child's end of
-    /// file. Returns what went wrong (without a full stop), or nothing.
+    /// Starts the child with the write ends of both pipes and closes them here, so that reading sees the
+    /// child's end of file. Returns what went wrong (without a full stop), or nothing.
     std::optional<QString> start(Pipe &output, Pipe &error);
 
     bool isRunning() const { return m_process && !m_process->hasExited(); }

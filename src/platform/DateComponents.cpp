@@ -19,8 +19,7 @@ QString text(const LocalizedNumberFormatter &format, qint64 count)
 {
     UErrorCode status = U_ZERO_ERROR;
     const icu::UnicodeString formatted = format.formatInt(count, status).toString(status);
-    return U_FAILURE(status) ? QString()
-                             : QString::fromUtf16(formatted.getBuffer(), formatted.length());
+    return U_FAILURE(status) ? QString() : QString::fromUtf16(formatted.getBuffer(), formatted.length());
 }
 
 } // namespace
@@ -45,8 +44,7 @@ QString abbreviatedHours(qint64 hours, qint64 minutes)
         = formatter(icu::MeasureUnit::getHour(), UNUM_UNIT_WIDTH_NARROW);
     const QString hourText = text(format, hours);
     const QString minuteText = abbreviatedMinutes(minutes);
-    return hourText.isEmpty() || minuteText.isEmpty() ? QString()
-                                                      : hourText + QLatin1Char(' ') + minuteText;
+    return hourText.isEmpty() || minuteText.isEmpty() ? QString() : hourText + QLatin1Char(' ') + minuteText;
 }
 
 } // namespace tidewright

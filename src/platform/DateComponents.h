@@ -6,8 +6,8 @@
 namespace tidewright {
 
 /// English texts of whole time units, from ICU's unit names. Any thread. Empty when ICU cannot produce one.
-QString fullDays(qint64 days);                          // "3 days"
+QString fullDays(qint64 days); // "3 days"
 QString abbreviatedHours(qint64 hours, qint64 minutes); // "5h 0m"
-QString abbreviatedMinutes(qint64 minutes);             // "59m"
+QString abbreviatedMinutes(qint64 minutes); // "59m"
 
 } // namespace tidewright

@@ -6,7 +6,8 @@
 
 namespace tidewright {
 
-/// The environment of a process: name to value, both as the bytes the kernel hands over (they need not be UTF-8).
+/// The environment of a process: name to value, both as the bytes the kernel hands over (they need not be
+/// UTF-8).
 using Environment = QMap<QByteArray, QByteArray>;
 
 /// A copy of this process's environment at the moment of the call.

@@ -33,7 +33,8 @@ private:
     int m_fd = -1;
 };
 
-/// A pipe whose ends no other child inherits. Both ends are closed when the pipe cannot be made (no descriptors left).
+/// A pipe whose ends no other child inherits. Both ends are closed when the pipe cannot be made (no
+/// descriptors left).
 struct Pipe
 {
     FileDescriptor readEnd;

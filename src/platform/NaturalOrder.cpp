@@ -16,7 +16,8 @@ bool isDigit(QChar c)
     return c >= u'0' && c <= u'9';
 }
 
-/// Appends a run of digits as a mark, its length without leading zeros, and the digits: longer numbers sort later.
+/// Appends a run of digits as a mark, its length without leading zeros, and the digits: longer numbers sort
+/// later.
 qsizetype appendNumber(QStringView text, qsizetype begin, Buffer &key)
 {
     qsizetype end = begin;

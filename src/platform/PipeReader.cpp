@@ -59,7 +59,9 @@ bool PipeReader::drainAvailable(const Handler &handler)
     for (const Stream stream : {Stream::Output, Stream::Error}) {
         // At most what the pipe can hold: a grandchild that goes on writing must not keep this going.
         Piece piece = Piece::Delivered;
-        for (int i = 0; i < 16 && m_descriptors[static_cast<std::size_t>(stream)] >= 0 && piece == Piece::Delivered; ++i) {
+        for (int i = 0;
+             i < 16 && m_descriptors[static_cast<std::size_t>(stream)] >= 0 && piece == Piece::Delivered;
+             ++i) {
             piece = readPiece(stream, handler);
         }
         if (piece == Piece::Refused) {

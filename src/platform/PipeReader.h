@@ -8,25 +8,25 @@
 
 namespace tidewright {
 
-/// Reads the two output pipes of one child together, so that neither can fill up while the other is waited for.
-/// Used on one thread.
+/// Reads the two output pipes of one child together, so that neither can fill up while the other is waited
+/// for. Used on one thread.
 class PipeReader
 {
 public:
     enum class Stream { Output, Error };
     enum class End {
         EndOfFile, ///< both pipes came to their end
-        Stopped,   ///< the stop descriptor became readable
+        Stopped, ///< the stop descriptor became readable
         ChildGone, ///< the exit descriptor became readable and what was in the pipes then has been delivered
-        Refused,   ///< the handler asked to stop
+        Refused, ///< the handler asked to stop
     };
     /// Gets each piece as it was read; false ends the reading.
     using Handler = std::function<bool(Stream, QByteArrayView)>;
 
     PipeReader(int output, int error);
 
-    /// A readable `stop` ends the reading at once. With an `exit` descriptor (-1: none) the reading does not wait for
-    /// grandchildren that keep a pipe open after the child is gone.
+    /// A readable `stop` ends the reading at once. With an `exit` descriptor (-1: none) the reading does not
+    /// wait for grandchildren that keep a pipe open after the child is gone.
     End read(int stop, int exit, const Handler &handler);
 
 private:

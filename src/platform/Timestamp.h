@@ -11,7 +11,8 @@ namespace tidewright {
 /// 2019-04-02T10:00:00Z or 2019-04-02T12:00:00+02:00; nothing for any other text. Any thread.
 std::optional<qint64> parseTimestamp(QStringView text);
 
-/// Seconds since 1970, fractions included. A test may install a clock of its own; an empty function restores the real one.
+/// Seconds since 1970, fractions included. A test may install a clock of its own; an empty function restores
+/// the real one.
 double currentTime();
 void setClockForTesting(double (*clock)());
 

@@ -25,6 +25,7 @@ ContainerButton::ContainerButton(const QString &container, const QString &pod, Q
     small.setPointSizeF(small.pointSizeF() * 0.92);
     setFont(small);
     setAccessibleName(pod + QLatin1Char(':') + container);
+    setToolTip(tr("Choose this container: %1").arg(accessibleName()));
     resize(sizeHint());
 }
 
@@ -42,9 +43,11 @@ void ContainerButton::paintEvent(QPaintEvent *)
         : underMouse()              ? colours.brush(QPalette::Midlight)
                                     : colours.brush(QPalette::Button);
     const qreal inset = borderWidth / 2;
-    painter.setPen(QPen(isChecked() ? colours.color(QPalette::HighlightedText) : colours.color(QPalette::Mid), borderWidth));
+    painter.setPen(QPen(
+        isChecked() ? colours.color(QPalette::HighlightedText) : colours.color(QPalette::Mid), borderWidth));
     painter.setBrush(fill);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius, cornerRadius);
+    painter.drawRoundedRect(
+        QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius, cornerRadius);
     painter.setPen(colours.color(isChecked() ? QPalette::HighlightedText : QPalette::ButtonText));
     painter.drawText(rect(), Qt::AlignCenter, text());
 }

@@ -3,9 +3,12 @@
 
 namespace tidewright {
 
-void PaddedTextField::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+void PaddedTextField::paint(
+    QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
-    paintPadded(painter, option, index, qRound(leftPadding));
+    QStyleOptionViewItem cell(option);
+    cell.textElideMode = Qt::ElideMiddle; // what tells the names of one workload apart stands at their ends
+    paintPadded(painter, cell, index, qRound(leftPadding));
 }
 
 } // namespace tidewright

@@ -14,13 +14,15 @@ namespace tidewright {
 
 namespace {
 
-/// One line a pod: name, readiness of each container, phase, restart counts, reasons, start time, container names.
+/// One line a pod: name, readiness of each container, phase, restart counts, reasons, start time, container
+/// names.
 QString podListingTemplate()
 {
-    return QStringLiteral("-o=jsonpath={range .items[*]}{.metadata.name}\t{.status.containerStatuses[*].ready}\t"
-                          "{.status.phase}\t{.status.containerStatuses[*].restartCount}\t"
-                          "{.status.containerStatuses[*].state.*.reason}\t{.status.startTime}\t"
-                          "{.spec.containers[*].name}\n{end}");
+    return QStringLiteral(
+        "-o=jsonpath={range .items[*]}{.metadata.name}\t{.status.containerStatuses[*].ready}\t"
+        "{.status.phase}\t{.status.containerStatuses[*].restartCount}\t"
+        "{.status.containerStatuses[*].state.*.reason}\t{.status.startTime}\t"
+        "{.spec.containers[*].name}\n{end}");
 }
 
 enum PodField { Ready = 1, Phase, Restarts, Reasons, StartTime, Containers, FieldCount };
@@ -57,7 +59,8 @@ qint64 sumOfNumbers(QByteArrayView field)
         const char *const blank = std::find(begin, end, ' ');
         qint64 count = 0;
         const auto [rest, error] = std::from_chars(begin, blank, count);
-        if (error == std::errc() && rest == blank && count > 0 && sum <= std::numeric_limits<qint64>::max() - count) {
+        if (error == std::errc() && rest == blank && count > 0
+            && sum <= std::numeric_limits<qint64>::max() - count) {
             sum += count;
         }
         begin = blank + (blank < end);
@@ -112,7 +115,7 @@ std::vector<Column> podColumns()
             [](const auto &item) { return podOf(item).isReadyImage(); }},
         {QStringLiteral("restarts"), QStringLiteral("Restarts"),
             [](const auto &item) { return QString::number(podOf(item).restarts); },
-            [](const auto &item) { return SortKey(static_cast<double>(podOf(item).restarts)); }, number, 80},
+            [](const auto &item) { return SortKey(static_cast<double>(podOf(item).restarts)); }, number, 100},
         ageColumn(),
         {QStringLiteral("containers"), QStringLiteral("Containers"),
             [](const auto &item) { return podOf(item).containers.join(QLatin1String(", ")); },

@@ -18,7 +18,8 @@ namespace {
 
 constexpr int nameColumnIndex = 0;
 constexpr int containersColumn = 4;
-/// Cells that are built and out of sight cost memory; beyond this many, those without a chosen container are dropped.
+/// Cells that are built and out of sight cost memory; beyond this many, those without a chosen container are
+/// dropped.
 constexpr std::size_t keptCells = 400;
 
 const Pod &podAt(const ArrangingModel &model, int row)
@@ -118,7 +119,8 @@ void PodController::ensureCell(const QModelIndex &index)
 {
     const Pod &pod = podAt(arrangedObjects(), index.row());
     const TableButtonView *present = cellAt(index);
-    if (present ? present->pod() == pod.name && present->containers() == pod.containers : pod.containers.isEmpty()) {
+    if (present ? present->pod() == pod.name && present->containers() == pod.containers
+                : pod.containers.isEmpty()) {
         return;
     }
     auto *built = new TableButtonView(pod.name, pod.containers, tableView().viewport());

@@ -27,7 +27,8 @@ TableButtonView::TableButtonView(const QString &pod, const QStringList &containe
 
 bool TableButtonView::hasCheckedButton() const
 {
-    return std::any_of(m_buttons.cbegin(), m_buttons.cend(), [](const auto *button) { return button->isChecked(); });
+    return std::any_of(
+        m_buttons.cbegin(), m_buttons.cend(), [](const auto *button) { return button->isChecked(); });
 }
 
 void TableButtonView::resizeEvent(QResizeEvent *)

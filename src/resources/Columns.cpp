@@ -9,8 +9,10 @@ namespace tidewright {
 
 Column nameColumn(int width)
 {
-    return {QStringLiteral("name"), QStringLiteral("Name"), [](const KubeTableItem &item) { return item.name; },
-        [](const KubeTableItem &item) { return SortKey(item.nameSortKey); }, Qt::AlignLeft | Qt::AlignVCenter, width};
+    return {QStringLiteral("name"), QStringLiteral("Name"),
+        [](const KubeTableItem &item) { return item.name; },
+        [](const KubeTableItem &item) { return SortKey(item.nameSortKey); }, Qt::AlignLeft | Qt::AlignVCenter,
+        width};
 }
 
 Column ageColumn()
@@ -19,8 +21,9 @@ Column ageColumn()
         const std::optional<qint64> start = parseTimestamp(item.startTimeString);
         return SortKey(start ? -static_cast<double>(*start) : std::numeric_limits<double>::infinity());
     };
-    return {QStringLiteral("age"), QStringLiteral("Age"), [](const KubeTableItem &item) { return item.getAge(); },
-        sortKey, Qt::AlignLeft | Qt::AlignVCenter, 100};
+    return {QStringLiteral("age"), QStringLiteral("Age"),
+        [](const KubeTableItem &item) { return item.getAge(); }, sortKey, Qt::AlignLeft | Qt::AlignVCenter,
+        100};
 }
 
 } // namespace tidewright

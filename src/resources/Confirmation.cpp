@@ -9,6 +9,12 @@
 
 namespace tidewright {
 
+namespace {
+
+constexpr int comfortableWidth = 440;
+
+} // namespace
+
 void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
     const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion)
 {
@@ -31,9 +37,12 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
         box->setDefaultButton(second);
         box->setEscapeButton(second);
     }
-    if (accessory) {
-        auto *grid = qobject_cast<QGridLayout *>(box->layout());
-        grid->addWidget(accessory, grid->rowCount(), 0, 1, grid->columnCount());
+    if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
+        if (accessory) {
+            grid->addWidget(accessory, grid->rowCount(), 0, 1, grid->columnCount());
+        }
+        // Wide enough for names to stand in one piece.
+        grid->addItem(new QSpacerItem(comfortableWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
     }
     QObject::connect(box, &QMessageBox::finished, box,
         [box, first, completion = std::move(completion)] { completion(box->clickedButton() == first); });

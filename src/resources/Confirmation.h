@@ -9,10 +9,11 @@ class QWidget;
 
 namespace tidewright {
 
-/// Asks before something that cannot be undone: a warning over the window of `view` (or over the active window when there
-/// is no view), with the buttons in the given order. Returns at once; `completion` is told later whether the first
-/// button was chosen, and never when there is no window to ask in. Without a `secondButton` (empty) there is only the
-/// first; with one, the safe second button is the default. `accessory` (optional) is shown below the text. Main thread.
+/// Asks before something that cannot be undone: a warning over the window of `view` (or over the active
+/// window when there is no view), with the buttons in the given order. Returns at once; `completion` is told
+/// later whether the first button was chosen, and never when there is no window to ask in. Without a
+/// `secondButton` (empty) there is only the first; with one, the safe second button is the default.
+/// `accessory` (optional) is shown below the text. Main thread.
 void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
     const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion);
 

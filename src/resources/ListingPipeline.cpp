@@ -94,8 +94,8 @@ QDateTime ListingPipeline::loadingSince() const
 
 ListingPipeline::Load *ListingPipeline::find(quint64 id)
 {
-    const auto load
-        = std::find_if(m_loads.begin(), m_loads.end(), [id](const Load &candidate) { return candidate.id == id; });
+    const auto load = std::find_if(
+        m_loads.begin(), m_loads.end(), [id](const Load &candidate) { return candidate.id == id; });
     return load == m_loads.end() ? nullptr : &*load;
 }
 
@@ -130,8 +130,7 @@ void ListingPipeline::mergeNext()
                           snapshot = m_model.snapshot()]() mutable {
         auto result = std::make_shared<MergeResult>(mergeListing(*kind, listing, *snapshot));
         snapshot.reset(); // or the model would copy its rows before the first change
-        postToMain(
-            self, [id, result](ListingPipeline &pipeline) { pipeline.merged(id, result); });
+        postToMain(self, [id, result](ListingPipeline &pipeline) { pipeline.merged(id, result); });
     });
 }
 
@@ -181,8 +180,8 @@ void ListingPipeline::applySlice(quint64 id)
 
 void ListingPipeline::finish(quint64 id)
 {
-    const auto load
-        = std::find_if(m_loads.begin(), m_loads.end(), [id](const Load &candidate) { return candidate.id == id; });
+    const auto load = std::find_if(
+        m_loads.begin(), m_loads.end(), [id](const Load &candidate) { return candidate.id == id; });
     const LoadOutcome outcome = load->outcome;
     m_loads.erase(load);
     if (m_merging == id) {

@@ -15,19 +15,19 @@ namespace tidewright {
 struct LoadOutcome
 {
     QDateTime startedAt;
-    bool stopped = false;         ///< the user ended it; the rows are what they were
+    bool stopped = false; ///< the user ended it; the rows are what they were
     std::optional<QString> error; ///< what kubectl wrote to standard error, or the runner's message
-    bool errorIsText = true;      ///< false when kubectl wrote an error that was not UTF-8
-    bool isText = true;           ///< false when the listing was not UTF-8 and nothing of it could be read
-    std::optional<int> signal;    ///< that ended kubectl half-way: rows may be missing
+    bool errorIsText = true; ///< false when kubectl wrote an error that was not UTF-8
+    bool isText = true; ///< false when the listing was not UTF-8 and nothing of it could be read
+    std::optional<int> signal; ///< that ended kubectl half-way: rows may be missing
     std::size_t lines = 0;
     std::size_t skippedLines = 0; ///< of these, lines that were not rows of this kind
     QString firstSkippedLine;
 };
 
-/// The road of a listing into a table: kubectl and the merge run in the background, the changes are applied on the main
-/// thread in slices that fit a frame, one listing after the other. Each load applies its own result when it arrives.
-/// Owned by a table; main thread only.
+/// The road of a listing into a table: kubectl and the merge run in the background, the changes are applied
+/// on the main thread in slices that fit a frame, one listing after the other. Each load applies its own
+/// result when it arrives. Owned by a table; main thread only.
 class ListingPipeline : public QObject
 {
     Q_OBJECT
@@ -36,7 +36,8 @@ public:
     ~ListingPipeline() override;
 
     /// Runs `arguments` on `shell`. An unattended load is one that nobody asked for (the refresh timer).
-    void load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole, bool unattended);
+    void load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole,
+        bool unattended);
     /// Ends the loads whose listing has not arrived; each still reports its outcome.
     void stop();
     /// Empties the table and ends all loads; nothing is heard of them any more.

@@ -31,7 +31,8 @@ QString loadProblem(const LoadOutcome &outcome)
         return QObject::tr("kubectl's answer could not be read: it is not text.");
     }
     if (outcome.signal) {
-        return QObject::tr("kubectl was ended by signal %1 before it had finished: rows may be missing.").arg(*outcome.signal);
+        return QObject::tr("kubectl was ended by signal %1 before it had finished: rows may be missing.")
+            .arg(*outcome.signal);
     }
     if (outcome.skippedLines > 0) {
         return QObject::tr("%1 of %2 lines of the listing could not be read.\nThe first of them: %3")

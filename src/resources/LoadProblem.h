@@ -5,11 +5,13 @@
 
 namespace tidewright {
 
-/// What is wrong with a load that came to its end: a sentence for the user, details on further lines; empty when nothing is.
+/// What is wrong with a load that came to its end: a sentence for the user, details on further lines; empty
+/// when nothing is.
 QString loadProblem(const LoadOutcome &outcome);
 
-/// kubectl writes log lines for its developers ("E1122 21:14:24.176194 12847 memcache.go:265] ...") before the sentence
-/// for its user. That sentence comes first here; the log lines follow once each, without their time.
+/// kubectl writes log lines for its developers ("E1122 21:14:24.176194 12847 memcache.go:265] ...") before
+/// the sentence for its user. That sentence comes first here; the log lines follow once each, without their
+/// time.
 QString sentenceFirst(const QString &errorText);
 
 /// The first line of a text.

@@ -15,8 +15,8 @@ namespace tidewright {
 
 namespace {
 
-/// Draws an SVG in which "currentColor" stands for the palette's text colour of the moment, so that one drawing serves
-/// light and dark palettes, and selected rows.
+/// Draws an SVG in which "currentColor" stands for the palette's text colour of the moment, so that one
+/// drawing serves light and dark palettes, and selected rows.
 class PaletteIconEngine : public QIconEngine
 {
 public:
@@ -52,15 +52,15 @@ private:
 
 const QHash<QString, QRgb> &solarized()
 {
-    static const QHash<QString, QRgb> colours{
-        {QStringLiteral("solarized-base03"), 0xFF002B36}, {QStringLiteral("solarized-base02"), 0xFF073642},
-        {QStringLiteral("solarized-base01"), 0xFF586E75}, {QStringLiteral("solarized-base00"), 0xFF657B83},
-        {QStringLiteral("solarized-base0"), 0xFF839496}, {QStringLiteral("solarized-base1"), 0xFF93A1A1},
-        {QStringLiteral("solarized-base2"), 0xFFEEE8D5}, {QStringLiteral("solarized-base3"), 0xFFFDF6E3},
-        {QStringLiteral("solarized-yellow"), 0xFFB58900}, {QStringLiteral("solarized-orange"), 0xFFCB4B16},
-        {QStringLiteral("solarized-red"), 0xFFDC322F}, {QStringLiteral("solarized-magenta"), 0xFFD33682},
-        {QStringLiteral("solarized-violet"), 0xFF6C71C4}, {QStringLiteral("solarized-blue"), 0xFF268BD2},
-        {QStringLiteral("solarized-cyan"), 0xFF2AA198}, {QStringLiteral("solarized-green"), 0xFF859900}};
+    static const QHash<QString, QRgb> colours{{QStringLiteral("solarized-base03"), 0xFF002B36},
+        {QStringLiteral("solarized-base02"), 0xFF073642}, {QStringLiteral("solarized-base01"), 0xFF586E75},
+        {QStringLiteral("solarized-base00"), 0xFF657B83}, {QStringLiteral("solarized-base0"), 0xFF839496},
+        {QStringLiteral("solarized-base1"), 0xFF93A1A1}, {QStringLiteral("solarized-base2"), 0xFFEEE8D5},
+        {QStringLiteral("solarized-base3"), 0xFFFDF6E3}, {QStringLiteral("solarized-yellow"), 0xFFB58900},
+        {QStringLiteral("solarized-orange"), 0xFFCB4B16}, {QStringLiteral("solarized-red"), 0xFFDC322F},
+        {QStringLiteral("solarized-magenta"), 0xFFD33682}, {QStringLiteral("solarized-violet"), 0xFF6C71C4},
+        {QStringLiteral("solarized-blue"), 0xFF268BD2}, {QStringLiteral("solarized-cyan"), 0xFF2AA198},
+        {QStringLiteral("solarized-green"), 0xFF859900}};
     return colours;
 }
 

@@ -26,7 +26,8 @@ QSet<QString> &writtenFiles()
 QString PreviewFiles::pathFor(const QString &nameSpace, const QString &name)
 {
     QString fileName = nameSpace + QLatin1Char('-') + name + QLatin1String(".yaml");
-    fileName.replace(QLatin1Char('/'), QLatin1Char('_')); // whatever a listing may hold, the file stays in its folder
+    fileName.replace(
+        QLatin1Char('/'), QLatin1Char('_')); // whatever a listing may hold, the file stays in its folder
     return cacheDirectory() + QLatin1Char('/') + fileName;
 }
 
@@ -60,7 +61,8 @@ PreviewItem PreviewFiles::store(const QString &context, const QString &path, con
         writeDiagnostic(QLatin1String("Unable to write cache file: ") + writeFailure);
         item.filePath.clear();
     }
-    m_cacheTimes.removeIf([](const auto &entry) { return currentTime() - entry.value().time > reuseSeconds; });
+    m_cacheTimes.removeIf(
+        [](const auto &entry) { return currentTime() - entry.value().time > reuseSeconds; });
     m_cacheTimes.insert(path, {currentTime(), context, item});
     return item;
 }

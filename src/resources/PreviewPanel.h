@@ -11,8 +11,8 @@ class QPlainTextEdit;
 
 namespace tidewright {
 
-/// The panel that shows the chosen objects as YAML, one for the whole application: whoever is asked for a preview makes
-/// itself its source. Arrows walk through the items, space or Escape closes. Main thread.
+/// The panel that shows the chosen objects as YAML, one for the whole application: whoever is asked for a
+/// preview makes itself its source. Arrows walk through the items, space or Escape closes. Main thread.
 class PreviewPanel : public QWidget
 {
     Q_OBJECT

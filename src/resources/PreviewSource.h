@@ -12,7 +12,7 @@ namespace tidewright {
 struct PreviewItem
 {
     QString title;
-    QString text;     ///< YAML
+    QString text; ///< YAML
     QString filePath; ///< where the text lies in the cache directory; empty when it could not be written
 };
 

@@ -11,8 +11,8 @@
 
 namespace tidewright {
 
-/// What rows are ordered by in one column: a number, or bytes in memcmp order (naturalSortKey). All rows of a column
-/// give the same alternative.
+/// What rows are ordered by in one column: a number, or bytes in memcmp order (naturalSortKey). All rows of a
+/// column give the same alternative.
 using SortKey = std::variant<double, QByteArray>;
 
 /// One column of a kind's table. The functions get rows of that kind only; main thread unless said otherwise.
@@ -23,9 +23,10 @@ struct Column
     std::function<QString(const KubeTableItem &)> text;
     std::function<SortKey(const KubeTableItem &)> sortKey; ///< any thread
     Qt::Alignment alignment = Qt::AlignLeft | Qt::AlignVCenter;
-    int width = 120;                                              ///< at first, in pixels at 100 %
-    std::function<QString(const KubeTableItem &)> image = nullptr;  ///< name of a state image, beside the text
-    std::function<QString(const KubeTableItem &)> colour = nullptr; ///< name of a text colour, empty for the usual one
+    int width = 120; ///< at first, in pixels at 100 %
+    std::function<QString(const KubeTableItem &)> image = nullptr; ///< name of a state image, beside the text
+    std::function<QString(const KubeTableItem &)> colour
+        = nullptr; ///< name of a text colour, empty for the usual one
 };
 
 /// The tab-separated fields of one line of a listing, as kubectl printed them.
@@ -34,22 +35,22 @@ using Fields = std::vector<QByteArrayView>;
 /// Everything that tells one kind of object from another, declared once.
 struct ResourceKind
 {
-    QString resourceName;              ///< kubectl's word in delete, edit and preview
+    QString resourceName; ///< kubectl's word in delete, edit and preview
     QString humanReadableResourceName; ///< singular noun for messages
-    QString tableName;                 ///< the sidebar's name, such as "Config Maps"
-    QString listWord;                  ///< kubectl's word after "get" in the listing
-    QStringList outputArguments;       ///< of the listing, after context and namespace
+    QString tableName; ///< the sidebar's name, such as "Config Maps"
+    QString listWord; ///< kubectl's word after "get" in the listing
+    QStringList outputArguments; ///< of the listing, after context and namespace
     std::size_t fieldCount = 0;
-    bool namespaced = true;            ///< false for kinds that the whole cluster shares
-    bool lastLineFirst = false;        ///< lines are taken last to first
+    bool namespaced = true; ///< false for kinds that the whole cluster shares
+    bool lastLineFirst = false; ///< lines are taken last to first
     std::vector<Column> columns;
 
     // Any thread. The rows they get are of this kind.
     std::function<std::shared_ptr<KubeTableItem>(const QString &name)> create;
     std::function<std::shared_ptr<KubeTableItem>(const KubeTableItem &)> copy;
     std::function<bool(const KubeTableItem &, const KubeTableItem &)> equal;
-    /// Assigns all fields but the first (the name). Assigning a line once more must change nothing: it is not called
-    /// for the very line that a row has its fields from.
+    /// Assigns all fields but the first (the name). Assigning a line once more must change nothing: it is not
+    /// called for the very line that a row has its fields from.
     std::function<void(const Fields &, KubeTableItem &)> assign;
     /// Told of each line that was taken; may write a diagnostic.
     std::function<void(QByteArrayView line)> lineTaken = nullptr;
@@ -57,13 +58,14 @@ struct ResourceKind
     std::function<void(QByteArrayView line, std::size_t fields)> lineSkipped = nullptr;
 };
 
-/// Fills `create`, `copy` and `equal` of a kind whose row type is `Item` (constructible from a name, copyable, ==).
-template<typename Item>
-ResourceKind kindOf()
+/// Fills `create`, `copy` and `equal` of a kind whose row type is `Item` (constructible from a name,
+/// copyable, ==).
+template <typename Item> ResourceKind kindOf()
 {
     ResourceKind kind;
     kind.create = [](const QString &name) { return std::make_shared<Item>(name); };
-    kind.copy = [](const KubeTableItem &item) { return std::make_shared<Item>(static_cast<const Item &>(item)); };
+    kind.copy
+        = [](const KubeTableItem &item) { return std::make_shared<Item>(static_cast<const Item &>(item)); };
     kind.equal = [](const KubeTableItem &a, const KubeTableItem &b) {
         return static_cast<const Item &>(a) == static_cast<const Item &>(b);
     };

@@ -45,10 +45,11 @@ void ResourceTableView::setUpHeader()
     QHeaderView *header = horizontalHeader();
     header->setHighlightSections(false);
     // Titles start where the texts below them do.
-    header->setStyleSheet(QStringLiteral("QHeaderView { background: palette(window); border: none; }"
-                                         "QHeaderView::section { background: palette(window); border: none;"
-                                         " border-bottom: 1px solid palette(mid); padding: 5px %1px 5px %1px; }")
-                              .arg(RowDelegate::sidePadding + 2));
+    header->setStyleSheet(
+        QStringLiteral("QHeaderView { background: palette(window); border: none; }"
+                       "QHeaderView::section { background: palette(window); border: none;"
+                       " border-bottom: 1px solid palette(mid); padding: 5px %1px 5px %1px; }")
+            .arg(RowDelegate::sidePadding + 2));
     header->setStretchLastSection(true);
     header->setSectionsMovable(true);
     header->setMinimumSectionSize(40);
@@ -122,6 +123,16 @@ void ResourceTableView::keyPressEvent(QKeyEvent *event)
     }
 }
 
+/// Home and End go to the first and the last row: the row is the unit here, not the cell.
+QModelIndex ResourceTableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    if ((action == MoveHome || action == MoveEnd) && m_model.rowCount() > 0) {
+        return m_model.index(
+            action == MoveHome ? 0 : m_model.rowCount() - 1, qMax(0, currentIndex().column()));
+    }
+    return QTableView::moveCursor(action, modifiers);
+}
+
 void ResourceTableView::paintEvent(QPaintEvent *event)
 {
     QTableView::paintEvent(event);
@@ -166,7 +177,8 @@ void ResourceTableView::showHeaderMenu(const QPoint &position)
         action->setCheckable(true);
         action->setChecked(!isColumnHidden(column));
         action->setEnabled(column != 0); // a row without its name is of no use
-        connect(action, &QAction::toggled, this, [this, column](bool shown) { setColumnHidden(column, !shown); });
+        connect(
+            action, &QAction::toggled, this, [this, column](bool shown) { setColumnHidden(column, !shown); });
     }
     menu.exec(horizontalHeader()->mapToGlobal(position));
 }
@@ -179,12 +191,12 @@ void ResourceTableView::paintEmptyText()
     headline.setPointSizeF(headline.pointSizeF() * 1.15);
     painter.setFont(headline);
     painter.setPen(palette().color(QPalette::WindowText));
-    const QRect used = painter.boundingRect(
-        area, Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap, m_emptySentence);
+    const QRect used
+        = painter.boundingRect(area, Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap, m_emptySentence);
     painter.drawText(used, Qt::AlignHCenter | Qt::TextWordWrap, m_emptySentence);
     painter.setFont(font());
-    painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText));
-    const QRect below(area.left(), used.bottom() + 8, area.width(), qMax(0, area.bottom() - used.bottom() - 8));
+    const QRect below(
+        area.left(), used.bottom() + 8, area.width(), qMax(0, area.bottom() - used.bottom() - 8));
     painter.drawText(below, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, m_emptyDetails);
 }
 

@@ -7,8 +7,8 @@
 
 namespace tidewright {
 
-/// The table view of one kind. A right click does not change the selection: the row under the pointer is the "clicked"
-/// row for as long as its menu is open. An empty table says why in place of rows.
+/// The table view of one kind. A right click does not change the selection: the row under the pointer is the
+/// "clicked" row for as long as its menu is open. An empty table says why in place of rows.
 class ResourceTableView : public QTableView
 {
     Q_OBJECT
@@ -33,7 +33,8 @@ public:
     std::pair<int, int> visibleRows() const;
 
 Q_SIGNALS:
-    /// Sent with `clickedRow` set (or -1 for a menu that the keyboard asked for); the menu is to be executed in it.
+    /// Sent with `clickedRow` set (or -1 for a menu that the keyboard asked for); the menu is to be executed
+    /// in it.
     void contextMenuRequested(const QPoint &globalPosition);
     /// Other rows than before may be visible: scrolled, resized, arranged anew.
     void visibleRowsChanged();
@@ -42,6 +43,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void paintEvent(QPaintEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
     void resizeEvent(QResizeEvent *event) override;

@@ -33,7 +33,8 @@ void RowDelegate::paintPadded(
     QStyleOptionViewItem cell(option);
     cell.state &= ~QStyle::State_HasFocus; // the row is the unit; a frame around one cell only distracts
     const QStyle *style = cell.widget ? cell.widget->style() : QApplication::style();
-    style->drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget); // the whole cell's background
+    style->drawPrimitive(
+        QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget); // the whole cell's background
     cell.rect.adjust(leftPadding, 0, -sidePadding, 0);
     QStyledItemDelegate::paint(painter, cell, index);
 }

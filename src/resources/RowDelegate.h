@@ -5,8 +5,8 @@
 
 namespace tidewright {
 
-/// Draws the cells of all resource tables: resolves the names of state images and text colours that the model gives, and
-/// leaves room beside the text.
+/// Draws the cells of all resource tables: resolves the names of state images and text colours that the model
+/// gives, and leaves room beside the text.
 class RowDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -18,9 +18,10 @@ public:
 
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
-    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
-    void paintPadded(
-        QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index, int leftPadding) const;
+    void paint(
+        QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    void paintPadded(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index,
+        int leftPadding) const;
 };
 
 } // namespace tidewright

@@ -4,6 +4,8 @@
 #include "platform/MainQueue.h"
 #include "resources/Confirmation.h"
 
+#include <QLabel>
+#include <QLocale>
 #include <QPointer>
 
 namespace tidewright {
@@ -15,8 +17,6 @@ struct Deletion
 {
     QPointer<WindowState> window;
     QString resourceName;
-    QString noun;
-    bool namespaced = true;
     QStringList names;
     QString context;
     QString nameSpace;
@@ -46,24 +46,51 @@ void deleteOnceAgreed(const Deletion &deletion)
     if (!deletion.window) {
         return;
     }
-    if (deletion.namespaced && deletion.nameSpace == allNamespaces) {
-        refuse(*deletion.window,
-            QStringLiteral("choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
-                           "them a %1 is in.")
-                .arg(deletion.noun));
-        return;
-    }
-    for (const QString &name : deletion.names) {
-        if (name.startsWith(QLatin1Char('-'))) {
-            refuse(*deletion.window, QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name));
-            return;
-        }
-    }
     deletion.window->agreeWithKubeConfig([deletion](bool agreed) {
         if (agreed && deletion.window) {
             deleteNow(deletion);
         }
     });
+}
+
+/// Why kubectl could not delete what the user means; empty when it can.
+QString obstacle(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+{
+    if (kind.namespaced && nameSpace == allNamespaces) {
+        return QStringLiteral(
+            "choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
+            "them a %1 is in.")
+            .arg(kind.humanReadableResourceName);
+    }
+    for (const QString &name : names) {
+        if (name.startsWith(QLatin1Char('-'))) {
+            return QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name);
+        }
+    }
+    return {};
+}
+
+/// Where the objects are, and which when there are several: the first few by name.
+QLabel *detailsOf(const Deletion &deletion, const ResourceKind &kind)
+{
+    constexpr qsizetype namesShown = 10;
+    QString text;
+    if (deletion.names.size() > 1) {
+        text = deletion.names.first(qMin(namesShown, deletion.names.size())).join(QLatin1Char('\n'));
+        if (deletion.names.size() > namesShown) {
+            text += QStringLiteral("\nand %1 more")
+                        .arg(QLocale().toString(deletion.names.size() - namesShown));
+        }
+        text += QLatin1String("\n\n");
+    }
+    text += QStringLiteral("Context: %1").arg(deletion.context);
+    if (kind.namespaced) {
+        text += QStringLiteral("\nNamespace: %1").arg(deletion.nameSpace);
+    }
+    auto *label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setContentsMargins(12, 0, 12, 8);
+    return label;
 }
 
 } // namespace
@@ -74,14 +101,18 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
     if (names.isEmpty()) {
         return;
     }
+    if (const QString reason = obstacle(kind, names, window.currentNamespace()); !reason.isEmpty()) {
+        refuse(window, reason);
+        return;
+    }
     const QString &noun = kind.humanReadableResourceName;
     const QString message = names.size() == 1
         ? QStringLiteral("Are you sure you want to delete the %1 \"%2\"?").arg(noun, names.first())
         : QStringLiteral("Are you sure you want to delete %1 %2s?").arg(names.size()).arg(noun);
-    const Deletion deletion{&window, kind.resourceName, noun, kind.namespaced, names, window.currentContext(),
+    const Deletion deletion{&window, kind.resourceName, names, window.currentContext(),
         window.currentNamespace(), std::move(finished)};
     showConfirmation(&view, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
-        QStringLiteral("Cancel"), nullptr, [deletion](bool confirmed) {
+        QStringLiteral("Cancel"), detailsOf(deletion, kind), [deletion](bool confirmed) {
             if (confirmed) {
                 deleteOnceAgreed(deletion);
             }

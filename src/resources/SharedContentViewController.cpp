@@ -29,7 +29,8 @@ constexpr std::chrono::milliseconds progressDelay(300); // a quick refresh does 
 
 } // namespace
 
-SharedContentViewController::SharedContentViewController(ResourceKind kind, WindowState &window, QWidget *parent)
+SharedContentViewController::SharedContentViewController(
+    ResourceKind kind, WindowState &window, QWidget *parent)
     : QWidget(parent)
     , m_window(window)
     , m_model(new ResourceTableModel(std::move(kind), this))
@@ -122,8 +123,8 @@ void SharedContentViewController::reload()
     }
 }
 
-/// Without a namespace kubectl could only complain, and while a context is being switched it would list the old
-/// namespace in the new context. The table says so in place of rows.
+/// Without a namespace kubectl could only complain, and while a context is being switched it would list the
+/// old namespace in the new context. The table says so in place of rows.
 bool SharedContentViewController::canLoad() const
 {
     return !m_window.currentNamespace().isEmpty() && m_window.loadingHint().isEmpty();
@@ -138,6 +139,7 @@ void SharedContentViewController::clear()
 {
     m_rowsAsOf = QDateTime();
     m_problem.clear();
+    m_loadFailed = false;
     m_previews->forget();
     m_pipeline->clear();
     rowsChanged();
@@ -189,19 +191,21 @@ QStringList SharedContentViewController::listingArguments() const
 {
     return QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), kind().listWord,
                contextArgument(m_window.currentContext()), namespaceArgument(m_window.currentNamespace())}
-        + kind().outputArguments;
+    + kind().outputArguments;
 }
 
 void SharedContentViewController::applyOutcome(const LoadOutcome &outcome)
 {
     if (outcome.stopped) {
         m_problem = tr("Loading was stopped.");
-        if (m_rowsAsOf.isValid()) {
+        m_loadFailed = false;
+        if (!tableItems().empty()) {
             m_problem += QLatin1Char('\n') + tr("The rows are those of an earlier load.");
         }
     } else {
         m_rowsAsOf = outcome.startedAt;
         m_problem = loadProblem(outcome);
+        m_loadFailed = !m_problem.isEmpty() && tableItems().empty();
     }
     updateStatus();
     Q_EMIT loadFinished();
@@ -219,8 +223,9 @@ void SharedContentViewController::updateStatus()
     if (const auto selected = m_tableView->selectionModel()->selectedRows().size(); selected > 0) {
         counts += QStringLiteral("  ·  ") + tr("%1 selected").arg(locale.toString(selected));
     }
-    m_statusBar->setCounts(counts);
-    m_statusBar->setAsOf(m_rowsAsOf);
+    // After a failure nobody knows how many there are.
+    m_statusBar->setCounts(m_loadFailed || !m_rowsAsOf.isValid() ? QString() : counts);
+    m_statusBar->setAsOf(m_loadFailed ? QDateTime() : m_rowsAsOf);
     m_statusBar->setLoadingSince(isLoading() ? m_pipeline->loadingSince() : m_window.waitingSince());
     m_statusBar->setWarning(shown > 0 ? firstLine(m_problem) : QString(), m_problem);
     const QString reason = shown > 0 ? QString() : emptyReason();
@@ -243,7 +248,7 @@ QString SharedContentViewController::emptyReason() const
     if (m_window.currentNamespace().isEmpty()) {
         return tr("No namespace is chosen.");
     }
-    if (m_rowsAsOf.isValid() && !m_problem.isEmpty()) {
+    if (m_loadFailed) {
         return tr("The %1 could not be loaded.").arg(noun) + QLatin1Char('\n') + m_problem;
     }
     if (!m_problem.isEmpty()) {

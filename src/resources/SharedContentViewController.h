@@ -22,9 +22,9 @@ class ResourceTableView;
 class TablePreviews;
 class TableStatusBar;
 
-/// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load cycle that
-/// runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs commands of its own
-/// derives from it. Main thread only.
+/// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load
+/// cycle that runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs
+/// commands of its own derives from it. Main thread only.
 class SharedContentViewController : public QWidget
 {
     Q_OBJECT
@@ -41,8 +41,8 @@ public:
 
     /// True from the start of a load until its rows are shown.
     bool isLoading() const { return m_pipeline->isLoading(); }
-    /// The moment to which the shown rows are known to be true (the start of the load they came with); invalid before
-    /// the first one.
+    /// The moment to which the shown rows are known to be true (the start of the load they came with);
+    /// invalid before the first one.
     QDateTime rowsAsOf() const { return m_rowsAsOf; }
     /// Why the table is empty or incomplete, the first line being a sentence; empty when all is well.
     QString problem() const { return m_problem; }
@@ -57,11 +57,12 @@ public:
     void reloadLogging(bool logToConsole);
     /// Empties the table at once; loads under way are ended, their rows never appear.
     void clear();
-    /// Empties the table at once and loads it; loads under way are ended, their rows never appear. A niceness above 0
-    /// lets kubectl runs of tables that nobody looks at yield to the visible one.
+    /// Empties the table at once and loads it; loads under way are ended, their rows never appear. A niceness
+    /// above 0 lets kubectl runs of tables that nobody looks at yield to the visible one.
     void clearAndReload(bool logToConsole, int niceness = 0);
 
-    /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in display order.
+    /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
+    /// display order.
     QStringList chosenNames() const;
 
 public Q_SLOTS:
@@ -84,9 +85,9 @@ protected:
     /// Starts one load: kubectl, merge, apply.
     virtual void loadContent(bool logToConsole);
     /// The rows of a load, or of a clearing, are in the model now.
-    virtual void rowsChanged() {}
+    virtual void rowsChanged() { }
     /// Adds a kind's own commands to the menu of a row.
-    virtual void extendContextMenu(QMenu &) {}
+    virtual void extendContextMenu(QMenu &) { }
 
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
@@ -119,6 +120,7 @@ private:
     QTimer m_progressDelay;
     QDateTime m_rowsAsOf;
     QString m_problem;
+    bool m_loadFailed = false; // the latest load brought nothing but a problem
     int m_niceness = 0; // of the kubectl runs of the load that is being started
     std::unique_ptr<TablePreviews> m_previews;
 };

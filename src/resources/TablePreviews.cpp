@@ -33,7 +33,8 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
 {
     endFetch(); // nobody waits for an earlier one any more
     const Request request{m_window.currentContext(), m_window.currentNamespace(), previewItemTitle(index)};
-    if (const auto recent = m_files.recent(request.context, PreviewFiles::pathFor(request.nameSpace, request.name))) {
+    if (const auto recent
+        = m_files.recent(request.context, PreviewFiles::pathFor(request.nameSpace, request.name))) {
         ready(recent, QString());
         return;
     }
@@ -46,7 +47,8 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
         if (self && agreed && self->isCurrent(request)) {
             self->fetch(request, ready);
         } else {
-            ready(std::nullopt, tr("The kubeconfig does not agree with this window now; the console may say why."));
+            ready(std::nullopt,
+                tr("The kubeconfig does not agree with this window now; the console may say why."));
         }
     });
 }
@@ -63,8 +65,8 @@ void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
     const QString path = PreviewFiles::pathFor(request.nameSpace, request.name);
     endFetch();
     m_shell = m_window.kubeCtl().makeShell();
-    m_shell->runAsync(arguments, false, nullptr,
-        [self = QPointer(this), request, path, ready](const ShellResult &result) {
+    m_shell->runAsync(
+        arguments, false, nullptr, [self = QPointer(this), request, path, ready](const ShellResult &result) {
             const QString failure = result.error ? QString() : PreviewFiles::write(path, result.output);
             postToMain(self, [request, path, ready, result, failure](TablePreviews &previews) {
                 if (result.error || !previews.isCurrent(request)) {

@@ -8,8 +8,8 @@ namespace tidewright {
 
 class ResourceTableView;
 
-/// The selected rows of one table as previews: each object's YAML, fetched by kubectl and kept for five seconds. Owned by
-/// the table; main thread.
+/// The selected rows of one table as previews: each object's YAML, fetched by kubectl and kept for five
+/// seconds. Owned by the table; main thread.
 class TablePreviews : public QObject, public PreviewSource
 {
     Q_OBJECT

@@ -24,14 +24,20 @@ TableStatusBar::TableStatusBar(QWidget *parent)
     , m_stop(new QToolButton)
 {
     auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(10, 2, 6, 2);
+    layout->setContentsMargins(10, 2, 10, 2);
     layout->setSpacing(8);
     layout->addWidget(m_counts);
     layout->addSpacing(8);
     layout->addWidget(m_warningImage);
     layout->addWidget(m_warning, 1);
-    layout->addWidget(m_time);
     layout->addWidget(m_stop);
+    layout->addWidget(m_time);
+    // Seconds that count up must not move the button beside them.
+    m_time->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_time->setMinimumWidth(
+        m_time->fontMetrics().horizontalAdvance(tr("As of %1").arg(QStringLiteral("00:00:00")))
+        + m_time->fontMetrics().horizontalAdvance(QStringLiteral("  ·  ") + tr("Loading for %1 s").arg(9999))
+        + 24);
     for (QLabel *label : {m_counts, m_warning, m_time}) {
         label->setTextFormat(Qt::PlainText);
     }
@@ -64,7 +70,8 @@ void TableStatusBar::setWarning(const QString &sentence, const QString &details)
     m_warning->setToolTip(details.isEmpty()
             ? QString()
             : QStringLiteral("<p style='white-space: pre-wrap'>%1</p>").arg(details.toHtmlEscaped()));
-    m_warningImage->setPixmap(sentence.isEmpty() ? QPixmap() : namedImage(QStringLiteral("warning")).pixmap(14, 14));
+    m_warningImage->setPixmap(
+        sentence.isEmpty() ? QPixmap() : namedImage(QStringLiteral("warning")).pixmap(14, 14));
 }
 
 void TableStatusBar::setAsOf(const QDateTime &time)

@@ -10,8 +10,8 @@ class QToolButton;
 
 namespace tidewright {
 
-/// The line below a table: how many rows there are, what is wrong with them, as of when they are, and how long a load has
-/// been running, with a button to stop it.
+/// The line below a table: how many rows there are, what is wrong with them, as of when they are, and how
+/// long a load has been running, with a button to stop it.
 class TableStatusBar : public QWidget
 {
     Q_OBJECT

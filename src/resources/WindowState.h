@@ -8,8 +8,8 @@
 
 namespace tidewright {
 
-/// What a table needs to know of the window that shows it, and may ask it to do. Implemented by the cluster window's
-/// content; lives as long as the window. Main thread only.
+/// What a table needs to know of the window that shows it, and may ask it to do. Implemented by the cluster
+/// window's content; lives as long as the window. Main thread only.
 class WindowState : public QObject
 {
     Q_OBJECT
@@ -24,24 +24,25 @@ public:
     virtual KubeCtl &kubeCtl() = 0;
     virtual Console *console() = 0;
 
-    /// Calls back with true once the kubeconfig's current context and namespace are known to be the window's (switching
-    /// them first if need be), for commands that name neither. With false when that failed; the console says why then.
+    /// Calls back with true once the kubeconfig's current context and namespace are known to be the window's
+    /// (switching them first if need be), for commands that name neither. With false when that failed; the
+    /// console says why then.
     virtual void agreeWithKubeConfig(std::function<void(bool agreed)> completion) = 0;
 
-    /// Why the tables have nothing to load from now (no context or namespace yet, a context switch under way): a
-    /// sentence and perhaps details on further lines; empty when they have.
+    /// Why the tables have nothing to load from now (no context or namespace yet, a context switch under
+    /// way): a sentence and perhaps details on further lines; empty when they have.
     virtual QString loadingHint() const { return {}; }
     /// Since when the window has been waiting for contexts or namespaces; invalid when it is not.
     virtual QDateTime waitingSince() const { return {}; }
     /// Tries again to get what the tables need.
-    virtual void retryLoading() {}
+    virtual void retryLoading() { }
     /// Ends that waiting.
-    virtual void stopWaiting() {}
+    virtual void stopWaiting() { }
 
-    /// Opens an object in the user's editor; false when this build has no editor support. `finished` is called once,
-    /// whatever the outcome.
+    /// Opens an object in the user's editor; false when this build has no editor support. `finished` is
+    /// called once, whatever the outcome.
     virtual bool canEdit() const { return false; }
-    virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) {}
+    virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
 
 Q_SIGNALS:
     void loadingHintChanged();

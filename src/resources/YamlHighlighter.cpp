@@ -37,7 +37,8 @@ void YamlHighlighter::highlightBlock(const QString &line)
     static const QRegularExpression constant(QStringLiteral(R"(^(true|false|null|~|[+-]?\d+(\.\d+)?)$)"));
     qsizetype valueStart = 0;
     if (const auto match = key.match(line); match.hasMatch()) {
-        setFormat(static_cast<int>(match.capturedStart(1)), static_cast<int>(match.capturedLength(1)), keyColour());
+        setFormat(
+            static_cast<int>(match.capturedStart(1)), static_cast<int>(match.capturedLength(1)), keyColour());
         valueStart = match.capturedEnd();
     }
     while (valueStart < line.size() && (line[valueStart].isSpace() || line[valueStart] == u'-')) {

@@ -335,7 +335,7 @@ void tst_cluster_window::frameIsRemembered()
     Application app;
     app.load();
     QCOMPARE(app.frame->minimumSize(), QSize(600, 310));
-    const QRect frame(20, 30, 640, 400);
+    const QRect frame(20, 60, 640, 400);
     app.frame->setGeometry(frame);
     app.frame->close();
     QVERIFY(UserDefaults(app.cluster.settingsFile()).data(u"TidewrightFrame"_s));

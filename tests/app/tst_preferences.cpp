@@ -356,6 +356,7 @@ private Q_SLOTS:
 
     void theWindow()
     {
+        settings().set(envVars, Dictionary{{u"A"_s, {}}});
         AppDelegate delegate;
         delegate.newDocument();
         QVERIFY(QTest::qWaitForWindowActive(delegate.mainWindow()));
@@ -363,14 +364,18 @@ private Q_SLOTS:
         QTest::keyClick(delegate.mainWindow(), Qt::Key_Comma, Qt::ControlModifier);
         PreferencesWindowController *window = delegate.preferencesController();
         QVERIFY(window && QTest::qWaitForWindowActive(window));
-        QCOMPARE(window->windowTitle(), u"General");
-        const QSize generalSize = window->size();
-        QTest::mouseClick(window->tabBar(), Qt::LeftButton, {}, window->tabBar()->tabRect(1).center());
-        QCOMPARE(window->windowTitle(), u"Advanced");
-        QVERIFY(window->size() != generalSize);
+        const QSize size = window->size();
+        for (const auto &[pane, title] : {std::pair(1, u"Advanced"_s), std::pair(0, u"General"_s)}) {
+            QTest::mouseClick(window->tabBar(), Qt::LeftButton, {}, window->tabBar()->tabRect(pane).center());
+            QCOMPARE(window->windowTitle(), title);
+            QCOMPARE(window->size() == size, pane == 0);
+        }
+        window->tabBar()->setCurrentIndex(1);
+        QTableView *table = window->advancedPane().envvarTableView();
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
+        QVERIFY(table->currentIndex().isValid());
         for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_W}) {
-            const auto modifiers = key == Qt::Key_W ? Qt::ControlModifier : Qt::NoModifier;
-            QTest::keyClick(window->advancedPane().envvarTableView(), key, modifiers);
+            QTest::keyClick(table, key, key == Qt::Key_W ? Qt::ControlModifier : Qt::NoModifier);
             QVERIFY2(!window->isVisible(), qPrintable(QKeySequence(key).toString()));
             delegate.showPreferences();
             QCOMPARE(delegate.preferencesController(), window);

@@ -213,18 +213,19 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("restarts");
         const QString available = QStringLiteral("NSStatusAvailable");
         const QString unavailable = QStringLiteral("NSStatusUnavailable");
-        const auto row = [](const char *tag, const char *line, const char *text, const QString &image,
-                             qint64 restarts) {
-            QTest::newRow(tag) << QByteArray(line) << QString::fromUtf8(text) << image << restarts;
-        };
+        const auto row
+            = [](const char *tag, const char *line, const char *text, const QString &image, qint64 restarts) {
+                  QTest::newRow(tag) << QByteArray(line) << QString::fromUtf8(text) << image << restarts;
+              };
         row("all ready", "p\ttrue true\tRunning\t0 3\t\t\ta b", "2/2 Running", available, 3);
         row("half ready", "p\ttrue false\tRunning\t2 5\tError\t\ta b", "1/2 Running", unavailable, 7);
-        row("completed", "p\tfalse\tSucceeded\t0\tCompleted\t\ta", "Succeeded", QStringLiteral("statusCompleted"), 0);
+        row("completed", "p\tfalse\tSucceeded\t0\tCompleted\t\ta", "Succeeded",
+            QStringLiteral("statusCompleted"), 0);
         row("reasons collapse", "p\tfalse false\tPending\t0 0\tContainerCreating ContainerCreating\t\ta b",
             "Pending: ContainerCreating", unavailable, 0);
         row("failed", "p\t\tFailed\t\t\t\ta", "Failed", unavailable, 0);
-        row("counts that are none", "p\ttrue\tRunning\tx 9223372036854775807 4\t\t\ta", "1/1 Running", available,
-            9223372036854775807);
+        row("counts that are none", "p\ttrue\tRunning\tx 9223372036854775807 4\t\t\ta", "1/1 Running",
+            available, 9223372036854775807);
     }
 
     void readinessTextAndImage()
@@ -265,7 +266,8 @@ private Q_SLOTS:
 
     void containerButtonsToggleAndAreReplaced()
     {
-        pretend("out\nweb\\ttrue true\\tRunning\\t0 0\\t\\t\\tzeta alpha\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpostgres\\n");
+        pretend("out\nweb\\ttrue true\\tRunning\\t0 0\\t\\t\\tzeta "
+                "alpha\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpostgres\\n");
         QVERIFY(load());
         QTRY_COMPARE(m_table->containerButtons().size(), std::size_t(3));
         ContainerButton *alpha = buttonNamed(QStringLiteral("web:alpha"));
@@ -277,13 +279,15 @@ private Q_SLOTS:
         QCOMPARE(m_table->selectedContainerPairs(), both);
 
         // The same containers in another order: the buttons and their states stay.
-        pretend("out\nweb\\ttrue true\\tRunning\\t0 9\\t\\t\\talpha zeta\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpostgres\\n");
+        pretend("out\nweb\\ttrue true\\tRunning\\t0 9\\t\\t\\talpha "
+                "zeta\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpostgres\\n");
         QVERIFY(load());
         QCOMPARE(m_table->selectedContainerPairs(), both);
         QCOMPARE(buttonNamed(QStringLiteral("web:alpha")), alpha);
 
         // Another container: new buttons, and what was chosen there no longer counts.
-        pretend("out\nweb\\ttrue true\\tRunning\\t0 9\\t\\t\\talpha zeta new\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpostgres\\n");
+        pretend("out\nweb\\ttrue true\\tRunning\\t0 9\\t\\t\\talpha zeta "
+                "new\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpostgres\\n");
         QVERIFY(load());
         QCOMPARE(m_table->selectedContainerPairs(), std::vector<ContainerPair>{both.back()});
         QTRY_COMPARE(m_table->containerButtons().size(), std::size_t(4));
@@ -328,8 +332,9 @@ private Q_SLOTS:
         for (QPushButton *button : ask()) {
             if (button->text() == QLatin1String("Delete")) {
                 // delete acts on the kubeconfig's own context and namespace
-                QCOMPARE(m_demo->kubectl({QStringLiteral("config"), QStringLiteral("set-context"),
-                                             QStringLiteral("--current"), QStringLiteral("--namespace=shop")})
+                QCOMPARE(m_demo
+                             ->kubectl({QStringLiteral("config"), QStringLiteral("set-context"),
+                                 QStringLiteral("--current"), QStringLiteral("--namespace=shop")})
                              .exitCode,
                     0);
                 QTest::mouseClick(button, Qt::LeftButton);
@@ -354,8 +359,8 @@ private Q_SLOTS:
         QVERIFY(m_table->tableItems().size() > 20);
         selectRows({0});
         m_table->deleteRows();
-        QTest::mouseClick(question()->findChildren<QPushButton *>().first(), Qt::LeftButton);
-        QTRY_COMPARE(m_window->recorded.entries.size(), 1);
+        QVERIFY(!question());
+        QCOMPARE(m_window->recorded.entries.size(), 1);
         QVERIFY(m_window->recorded.entries.first().contains(QLatin1String("choose a namespace first")));
         QCOMPARE(m_window->agreementsAsked, 0);
     }
@@ -371,7 +376,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(text->toPlainText().contains(QLatin1String("kind: Pod")), patience);
         QVERIFY(text->toPlainText().contains(QLatin1String("name: ") + name(0)));
         const QFileInfo file(m_cache.filePath(QStringLiteral("shop-%1.yaml").arg(name(0))));
-        QCOMPARE(file.permissions() & ~(QFile::ReadUser | QFile::WriteUser), QFile::ReadOwner | QFile::WriteOwner);
+        QCOMPARE(
+            file.permissions() & ~(QFile::ReadUser | QFile::WriteUser), QFile::ReadOwner | QFile::WriteOwner);
 
         QVERIFY(m_demo->control("{\"fail\":503}"));
         now += 5;
@@ -399,25 +405,27 @@ private Q_SLOTS:
 
     void aFailedLoadSaysWhyAndTheNextGoodOneFillsTheTable_data()
     {
-        QTest::addColumn<QByteArray>("control");  // of the demo cluster
-        QTest::addColumn<QByteArray>("script");   // of a tool in kubectl's place
+        QTest::addColumn<QByteArray>("control"); // of the demo cluster
+        QTest::addColumn<QByteArray>("script"); // of a tool in kubectl's place
         QTest::addColumn<QString>("kubeconfig");
         QTest::addColumn<QString>("reason");
         QTest::addColumn<int>("rows");
         const QString none;
         QTest::newRow("forbidden") << QByteArray("{\"fail\":403}") << QByteArray() << none << "orbidden" << 0;
         QTest::newRow("server error") << QByteArray("{\"fail\":503}") << QByteArray() << none << "rror" << 0;
-        QTest::newRow("missing kubeconfig")
-            << QByteArray() << QByteArray() << "/nowhere/kubeconfig" << "does not exist" << 0;
-        QTest::newRow("garbage") << QByteArray() << QByteArray("out\n<html>no cluster here</html>\\n\\x01\\x02\\n")
-                                 << none << "<html>no cluster here</html>" << 0;
-        QTest::newRow("not text") << QByteArray() << QByteArray("out\n\\xff\\xfe\\xff") << none << "it is not text" << 0;
+        QTest::newRow("missing kubeconfig") << QByteArray() << QByteArray() << "/nowhere/kubeconfig"
+                                            << "does not exist" << 0;
+        QTest::newRow("garbage") << QByteArray()
+                                 << QByteArray("out\n<html>no cluster here</html>\\n\\x01\\x02\\n") << none
+                                 << "<html>no cluster here</html>" << 0;
+        QTest::newRow("not text") << QByteArray() << QByteArray("out\n\\xff\\xfe\\xff") << none
+                                  << "it is not text" << 0;
         QTest::newRow("killed half-way")
             << QByteArray() << QByteArray("out\na\\ttrue\\tRunning\\t0\\t\\t\\tapp\\nb\\ttr\ndie\n9") << none
             << "ended by signal 9" << 1;
         QTest::newRow("a warning beside rows")
-            << QByteArray() << QByteArray("err\nWarning: old API\nout\na\\ttrue\\tRunning\\t0\\t\\t\\tapp\\n") << none
-            << "Warning: old API" << 1;
+            << QByteArray() << QByteArray("err\nWarning: old API\nout\na\\ttrue\\tRunning\\t0\\t\\t\\tapp\\n")
+            << none << "Warning: old API" << 1;
     }
 
     void aFailedLoadSaysWhyAndTheNextGoodOneFillsTheTable()
@@ -481,8 +489,8 @@ private Q_SLOTS:
         m_table->clearAndReload(false);
         QVERIFY(m_table->tableItems().empty()); // at once
         QVERIFY(finished.wait(patience));
-        const auto listed = m_demo->kubectl({QStringLiteral("get"), QStringLiteral("po"), QStringLiteral("-n"),
-            QStringLiteral("payments"), QStringLiteral("-oname")});
+        const auto listed = m_demo->kubectl({QStringLiteral("get"), QStringLiteral("po"),
+            QStringLiteral("-n"), QStringLiteral("payments"), QStringLiteral("-oname")});
         QCOMPARE(m_table->tableItems().size(), std::size_t(listed.output.count(QLatin1Char('\n'))));
         for (const Row &row : m_table->tableItems()) {
             QVERIFY(listed.output.contains(row->name));
