@@ -115,14 +115,14 @@ std::vector<Column> podColumns()
             [](const auto &item) { return podOf(item).isReadyImage(); }},
         {QStringLiteral("restarts"), QStringLiteral("Restarts"),
             [](const auto &item) { return QString::number(podOf(item).restarts); },
-            [](const auto &item) { return SortKey(static_cast<double>(podOf(item).restarts)); }, number, 100},
+            [](const auto &item) { return SortKey(static_cast<double>(podOf(item).restarts)); }, number, 90},
         ageColumn(),
         {QStringLiteral("containers"), QStringLiteral("Containers"),
             [](const auto &item) { return podOf(item).containers.join(QLatin1String(", ")); },
             [](const auto &item) {
                 return SortKey(naturalSortKey(podOf(item).containers.join(QLatin1Char(' '))));
             },
-            text, 260},
+            text, 200},
     };
 }
 
