@@ -21,6 +21,9 @@ constexpr int containersColumn = 4;
 /// Cells that are built and out of sight cost memory; beyond this many, those without a chosen container are
 /// dropped.
 constexpr std::size_t keptCells = 400;
+/// While a sorted table fills, other rows come into sight again and again; building all their cells at once
+/// would be felt.
+constexpr int cellsPerTurn = 8;
 
 const Pod &podAt(const ArrangingModel &model, int row)
 {
@@ -102,8 +105,13 @@ void PodController::buildVisibleCells()
 {
     forgetGoneCells();
     const auto [first, last] = tableView().visibleRows();
+    int built = 0;
     for (int row = first; row >= 0 && row <= last; ++row) {
-        ensureCell(arrangedObjects().index(row, containersColumn));
+        built += ensureCell(arrangedObjects().index(row, containersColumn));
+        if (built == cellsPerTurn) {
+            QMetaObject::invokeMethod(this, &PodController::buildVisibleCells, Qt::QueuedConnection);
+            return;
+        }
     }
     if (m_cells.size() > keptCells) {
         dropCellsOutOfSight();
@@ -115,13 +123,13 @@ TableButtonView *PodController::cellAt(const QModelIndex &index) const
     return qobject_cast<TableButtonView *>(tableView().indexWidget(index));
 }
 
-void PodController::ensureCell(const QModelIndex &index)
+bool PodController::ensureCell(const QModelIndex &index)
 {
     const Pod &pod = podAt(arrangedObjects(), index.row());
     const TableButtonView *present = cellAt(index);
     if (present ? present->pod() == pod.name && present->containers() == pod.containers
                 : pod.containers.isEmpty()) {
-        return;
+        return false;
     }
     auto *built = new TableButtonView(pod.name, pod.containers, tableView().viewport());
     for (ContainerButton *button : built->buttons()) {
@@ -135,6 +143,7 @@ void PodController::ensureCell(const QModelIndex &index)
     }
     tableView().setIndexWidget(index, built); // ends the replaced cell
     m_cells.push_back({index, built});
+    return true;
 }
 
 void PodController::forgetGoneCells()

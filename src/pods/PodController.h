@@ -48,7 +48,8 @@ private:
 
     void selectContainer(ContainerButton *button);
     void buildVisibleCells();
-    void ensureCell(const QModelIndex &index);
+    /// True when a cell had to be built.
+    bool ensureCell(const QModelIndex &index);
     void forgetGoneCells();
     void dropCellsOutOfSight();
     TableButtonView *cellAt(const QModelIndex &index) const;

@@ -12,7 +12,7 @@ namespace tidewright {
 
 namespace {
 
-constexpr qint64 sliceMilliseconds = 4; // leaves most of a frame to input and painting
+constexpr qint64 sliceMilliseconds = 3; // leaves most of a frame to input and painting
 constexpr std::size_t chunkRows = 500;
 constexpr std::chrono::milliseconds exitNotice(100); // between a child's end of file and the news of its end
 
