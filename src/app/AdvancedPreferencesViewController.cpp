@@ -8,7 +8,6 @@
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyledItemDelegate>
@@ -81,7 +80,6 @@ void AdvancedPreferencesViewController::buildTable()
     table->horizontalHeader()->setHighlightSections(false);
     table->horizontalHeader()->setStretchLastSection(true);
     table->setColumnWidth(EnvVarTableModel::NameColumn, nameWidth);
-    table->installEventFilter(this);
 }
 
 void AdvancedPreferencesViewController::buildLayout()
@@ -126,16 +124,6 @@ void AdvancedPreferencesViewController::viewDidLoad()
         variables.append({entry.key(), entry.value()}); // in the order of their names
     }
     m_model->setCustomEnvvars(variables);
-}
-
-bool AdvancedPreferencesViewController::eventFilter(QObject *watched, QEvent *event)
-{
-    // To the table, Escape would be a key that begins an edit; here it closes the window.
-    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
-        event->ignore();
-        return true;
-    }
-    return PreferencesViewController::eventFilter(watched, event);
 }
 
 void AdvancedPreferencesViewController::envvarSegmentedControlClicked(int segment)

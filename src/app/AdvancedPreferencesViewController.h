@@ -31,7 +31,6 @@ public:
 
 protected:
     void viewDidLoad() override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void buildTable();

@@ -364,11 +364,12 @@ private Q_SLOTS:
         QTest::keyClick(delegate.mainWindow(), Qt::Key_Comma, Qt::ControlModifier);
         PreferencesWindowController *window = delegate.preferencesController();
         QVERIFY(window && QTest::qWaitForWindowActive(window));
-        const QSize size = window->size();
         for (const auto &[pane, title] : {std::pair(1, u"Advanced"_s), std::pair(0, u"General"_s)}) {
             QTest::mouseClick(window->tabBar(), Qt::LeftButton, {}, window->tabBar()->tabRect(pane).center());
             QCOMPARE(window->windowTitle(), title);
-            QCOMPARE(window->size() == size, pane == 0);
+            const auto *shown = pane == 1 ? static_cast<PreferencesViewController *>(&window->advancedPane())
+                                          : &window->generalPane();
+            QTRY_COMPARE(shown->size(), shown->preferredContentSize());
         }
         window->tabBar()->setCurrentIndex(1);
         QTableView *table = window->advancedPane().envvarTableView();
