@@ -25,11 +25,6 @@ double seconds(const timeval &time)
 
 } // namespace
 
-double processCpuSeconds()
-{
-    return seconds(CLOCK_PROCESS_CPUTIME_ID);
-}
-
 double threadCpuSeconds()
 {
     return seconds(CLOCK_THREAD_CPUTIME_ID);

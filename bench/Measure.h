@@ -7,8 +7,7 @@
 
 namespace tidewright::bench {
 
-/// Seconds of CPU: of all threads of this process, of the calling thread, of ended children.
-double processCpuSeconds();
+/// Seconds of CPU: of the calling thread, of ended children.
 double threadCpuSeconds();
 double childrenCpuSeconds();
 
