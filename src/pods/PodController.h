@@ -12,9 +12,6 @@ namespace tidewright {
 class ContainerButton;
 class TableButtonView;
 
-/// A pod's name and a container's.
-using ContainerPair = std::pair<QString, QString>;
-
 /// The table of pods, with a toggle button for each container in its last column. The buttons that are on are
 /// the chosen containers. Cells are built when their row is first seen; a row that vanishes, or that the
 /// filter hides, takes its buttons with it, so that nothing is chosen that cannot be seen.

@@ -6,7 +6,16 @@
 #include <QDateTime>
 #include <QObject>
 
+#include <utility>
+#include <vector>
+
 namespace tidewright {
+
+/// A pod's name and a container's; or what `kubectl logs` takes in their places: a target such as "deploy/web"
+/// and the option `allContainers`.
+using ContainerPair = std::pair<QString, QString>;
+/// Stands for all containers of a pod.
+inline constexpr QLatin1String allContainers("--all-containers");
 
 /// What a table needs to know of the window that shows it, and may ask it to do. Implemented by the cluster
 /// window's content; lives as long as the window. Main thread only.
@@ -43,6 +52,9 @@ public:
     /// called once, whatever the outcome.
     virtual bool canEdit() const { return false; }
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
+
+    /// Follows the logs of these containers in a window of its own, one more for each call.
+    virtual void openLogs(const std::vector<ContainerPair> & /*containers*/) { }
 
 Q_SIGNALS:
     void loadingHintChanged();
