@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AboutWindow.h"
 
+#include "platform/Bundle.h"
+
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QVBoxLayout>
@@ -16,9 +18,8 @@ AboutWindow::AboutWindow(QWidget *parent)
     font.setPointSizeF(font.pointSizeF() * 1.8);
     font.setBold(true);
     name->setFont(font);
-    auto *version
-        = new QLabel(QStringLiteral("Version %1 (Build %2)")
-                         .arg(QStringLiteral(TIDEWRIGHT_VERSION), QStringLiteral(TIDEWRIGHT_BUILD)));
+    auto *version = new QLabel(
+        QStringLiteral("Version %1 (Build %2)").arg(bundle::shortVersionString(), bundle::buildNumber()));
     version->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     auto *purpose = new QLabel(tr("A desktop client for Kubernetes clusters"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "actions/EmbeddedPython.h"
 #include "app/AboutWindow.h"
 #include "app/ClusterWindowFrame.h"
 #include "app/MainWindowController.h"
@@ -15,6 +16,7 @@
 #include "resources/WindowState.h"
 
 #include <QCoreApplication>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 
@@ -27,6 +29,14 @@ namespace tidewright {
 namespace {
 
 constexpr auto graceAtQuit = std::chrono::milliseconds(200);
+
+void bringToFront(QWidget &window)
+{
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
 
 } // namespace
 
@@ -57,7 +67,12 @@ QString AppDelegate::startUp()
                 QCoreApplication::applicationDirPath() + QLatin1String("/../libexec/tidewright")));
     }
     setKubectlPath(kubectl);
-    return createCacheDirectory();
+    const QString obstacle = createCacheDirectory();
+    if (obstacle.isEmpty()) {
+        prepareEmbeddedPython();
+        loadEmbeddedPython();
+    }
+    return obstacle;
 }
 
 QString AppDelegate::createCacheDirectory()
@@ -86,26 +101,20 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::newDocument()
 {
-    auto *frame = new ClusterWindowFrame(m_writer);
+    auto *frame = new ClusterWindowFrame(m_writer, m_webPages);
     m_frames.removeAll(nullptr);
     m_frames.append(frame);
     m_windowControllers.append(frame->currentPage());
     connect(frame, &ClusterWindowFrame::newWindowRequested, this, &AppDelegate::newDocument);
     connect(frame, &ClusterWindowFrame::aboutRequested, this, &AppDelegate::showAbout);
     connect(frame, &ClusterWindowFrame::preferencesRequested, this, &AppDelegate::showPreferences);
-    connect(frame, &ClusterWindowFrame::quitRequested, this, [this] {
-        if (const ClusterWindowFrame *window = mainWindow()) {
-            window->saveFrame();
-        }
-        QCoreApplication::quit();
-    });
+    connect(frame, &ClusterWindowFrame::webPageRequested, this, &AppDelegate::openWebPage);
+    connect(frame, &ClusterWindowFrame::quitRequested, this, &AppDelegate::quit);
     connect(frame, &ClusterWindowFrame::becameMain, this, [this, frame] {
         m_frames.removeAll(frame);
         m_frames.append(frame);
     });
-    frame->show();
-    frame->raise();
-    frame->activateWindow();
+    bringToFront(*frame);
 }
 
 QList<ClusterWindowFrame *> AppDelegate::frames() const
@@ -141,10 +150,34 @@ void AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
         windows.append(m_aboutController);
     }
     for (QWidget *window : std::as_const(windows)) {
-        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-        window->show();
-        window->raise();
-        window->activateWindow();
+        bringToFront(*window);
+    }
+}
+
+void AppDelegate::comeForward()
+{
+    bool hasVisibleWindows = false;
+    for (ClusterWindowFrame *frame : frames()) { // the one last worked in comes last, and so in front
+        if (frame->isVisible() && !frame->isMinimized()) {
+            hasVisibleWindows = true;
+            bringToFront(*frame);
+        }
+    }
+    applicationShouldHandleReopen(hasVisibleWindows);
+}
+
+void AppDelegate::quit()
+{
+    if (const ClusterWindowFrame *window = mainWindow()) {
+        window->saveFrame();
+    }
+    QCoreApplication::quit();
+}
+
+void AppDelegate::openWebPage(WebPage page)
+{
+    if (m_webPages.has(page)) {
+        QDesktopServices::openUrl(m_webPages.address(page, bundle::shortVersionString()));
     }
 }
 
@@ -153,9 +186,7 @@ void AppDelegate::showAbout()
     if (!m_aboutController) {
         m_aboutController = new AboutWindow;
     }
-    m_aboutController->show();
-    m_aboutController->raise();
-    m_aboutController->activateWindow();
+    bringToFront(*m_aboutController);
 }
 
 void AppDelegate::showPreferences()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/KubeConfigWriter.h"
+#include "app/WebPages.h"
 
 #include <QPointer>
 
@@ -22,13 +23,19 @@ public:
     AppDelegate();
     ~AppDelegate() override;
 
-    /// What must be there before a window opens: the packaged kubectl and the cache directory. Returns what
-    /// is missing, as a sentence for the user, or the empty text.
+    /// Prepares what windows need: finds the packaged kubectl, makes the cache directory, and has the Python
+    /// interpreter loaded beside whatever comes next. Returns what is missing, as a sentence for the user, or
+    /// the empty text.
     QString startUp();
     /// Opens the first window.
     void applicationDidFinishLaunching();
     /// Brings every window back when the application has none that can be seen.
     void applicationShouldHandleReopen(bool hasVisibleWindows);
+    /// The program was started once more: brings the windows forward, as launchers do, and those that cannot
+    /// be seen too.
+    void comeForward();
+    /// Saves the window's frame and ends the event loop. Nothing is ever left to save, so nobody is asked.
+    void quit();
     /// Closes the windows, ends all children and removes the preview files, without waiting for anything
     /// else.
     void applicationWillTerminate();
@@ -41,6 +48,8 @@ public:
     void newDocument();
     void showAbout();
     void showPreferences();
+    /// Opens a page in the user's browser; nothing happens when there is no such page.
+    void openWebPage(WebPage page);
     /// The preferences window; null before its first use.
     PreferencesWindowController *preferencesController() const;
 
@@ -48,6 +57,7 @@ private:
     QString createCacheDirectory();
     QList<ClusterWindowFrame *> frames() const;
 
+    const WebPages m_webPages;
     KubeConfigWriter m_writer;
     QList<QPointer<MainWindowController>> m_windowControllers;
     QList<QPointer<ClusterWindowFrame>> m_frames; ///< the one the user last worked in comes last

@@ -27,12 +27,12 @@ constexpr QSize usualWindow(1180, 760);
 
 } // namespace
 
-ClusterWindowFrame::ClusterWindowFrame(KubeConfigWriter &writer)
+ClusterWindowFrame::ClusterWindowFrame(KubeConfigWriter &writer, const WebPages &pages)
     : m_writer(writer)
     , m_toolBars(new QStackedWidget)
     , m_tabBar(new QTabBar)
     , m_pages(new QStackedWidget)
-    , m_commands(new WindowCommands(*this))
+    , m_commands(new WindowCommands(*this, pages))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setMinimumSize(minimumWindow);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/WebPages.h"
+
 #include <QMainWindow>
 
 class QStackedWidget;
@@ -19,8 +21,8 @@ class ClusterWindowFrame : public QMainWindow
 {
     Q_OBJECT
 public:
-    /// A window with one tab. `writer` must outlive it.
-    explicit ClusterWindowFrame(KubeConfigWriter &writer);
+    /// A window with one tab. `writer` must outlive it; of `pages`, the menu offers those there are.
+    ClusterWindowFrame(KubeConfigWriter &writer, const WebPages &pages);
 
     MainWindowController *currentPage() const;
     QList<MainWindowController *> pages() const;
@@ -47,6 +49,7 @@ Q_SIGNALS:
     void quitRequested();
     void aboutRequested();
     void preferencesRequested();
+    void webPageRequested(tidewright::WebPage page);
 
 protected:
     void changeEvent(QEvent *event) override;

@@ -131,7 +131,8 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
     m_namespaceList = {.entries = namespaces};
     const QString remembered = m_lastNamespaceForContext.value(m_currentContext);
     if (!namespaces.isEmpty()) {
-        m_namespaceList.selected = namespaces.contains(remembered) ? remembered : namespaces.first();
+        const bool isThere = remembered == allNamespaces || namespaces.contains(remembered);
+        m_namespaceList.selected = isThere ? remembered : namespaces.first();
         chooseNamespace(m_namespaceList.selected);
     } else {
         postConsoleEntry(m_console, QString(), QString(),

@@ -19,7 +19,7 @@
 
 namespace tidewright {
 
-WindowCommands::WindowCommands(ClusterWindowFrame &frame)
+WindowCommands::WindowCommands(ClusterWindowFrame &frame, const WebPages &pages)
     : QObject(&frame)
     , m_frame(frame)
 {
@@ -28,7 +28,7 @@ WindowCommands::WindowCommands(ClusterWindowFrame &frame)
     buildViewMenu();
     buildClusterMenu();
     buildWindowMenu();
-    buildHelpMenu();
+    buildHelpMenu(pages);
 }
 
 QAction *WindowCommands::add(
@@ -132,9 +132,27 @@ void WindowCommands::buildWindowMenu()
     listWindows();
 }
 
-void WindowCommands::buildHelpMenu()
+void WindowCommands::buildHelpMenu(const WebPages &pages)
 {
     QMenu *menu = m_frame.menuBar()->addMenu(tr("&Help"));
+    menu->setToolTipsVisible(true);
+    const auto addPage = [&](WebPage page, const QString &title, const QKeySequence &key = {}) {
+        QAction *action = add(menu, title, key, [this, page] { Q_EMIT m_frame.webPageRequested(page); });
+        if (!pages.has(page)) {
+            action->setEnabled(false);
+            action->setToolTip(tr("This package of Tidewright names no such page."));
+        }
+    };
+    addPage(WebPage::Documentation, tr("Online &Documentation"), QKeySequence(QKeySequence::HelpContents));
+    addPage(WebPage::Changelog, tr("Change &Log"));
+    menu->addSeparator();
+    addPage(WebPage::ReportIssue, tr("&Report an Issue…"));
+    addPage(WebPage::Feedback, tr("Provide &Feedback…"));
+    addPage(WebPage::MoreApps, tr("&More Apps"));
+    menu->addSeparator();
+    QAction *update = menu->addAction(tr("Check for &Updates…"));
+    update->setEnabled(false);
+    update->setToolTip(tr("Updates come with the package manager of your system."));
     add(menu, tr("&About Tidewright"), QKeySequence(), [this] { Q_EMIT m_frame.aboutRequested(); });
 }
 

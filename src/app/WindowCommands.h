@@ -15,14 +15,15 @@ class ClusterWindowFrame;
 class MainWindowController;
 class PrimaryContentController;
 class SharedContentViewController;
+class WebPages;
 
 /// The commands of one top-level window, in its menu bar: they act on the tab and the table that are shown.
 class WindowCommands : public QObject
 {
     Q_OBJECT
 public:
-    /// Fills the menu bar of `frame`, which owns it.
-    explicit WindowCommands(ClusterWindowFrame &frame);
+    /// Fills the menu bar of `frame`, which owns it. Of `pages`, those without an address are disabled.
+    WindowCommands(ClusterWindowFrame &frame, const WebPages &pages);
 
     /// The commands that have a button in the toolbar.
     QList<QAction *> toolBarActions() const;
@@ -38,7 +39,7 @@ private:
     void buildViewMenu();
     void buildClusterMenu();
     void buildWindowMenu();
-    void buildHelpMenu();
+    void buildHelpMenu(const WebPages &pages);
     void listWindows();
     QAction *add(QMenu *menu, const QString &title, const QKeySequence &key, std::function<void()> command);
     QAction *addForTable(QMenu *menu, const QString &title, const QKeySequence &key, TableCommand command);

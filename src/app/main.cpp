@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
+#include "app/ApplicationService.h"
 #include "app/ReadablePalette.h"
+#include "platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -45,12 +47,21 @@ int runApplication(int argc, char **argv)
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tidewright"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.brindle.Tidewright"));
+    tidewright::ApplicationService service;
+    if (service.start() == tidewright::ApplicationService::Start::Forwarded) {
+        return EXIT_SUCCESS;
+    }
     const tidewright::ReadablePalette palette;
     tidewright::AppDelegate delegate;
+    QObject::connect(&service, &tidewright::ApplicationService::activated, &delegate,
+        &tidewright::AppDelegate::comeForward);
     const QString obstacle = delegate.startUp();
     if (!obstacle.isEmpty()) {
         return refuseToStart(application, obstacle);
     }
+    const tidewright::TerminationSignals signals;
+    QObject::connect(
+        &signals, &tidewright::TerminationSignals::received, &delegate, &tidewright::AppDelegate::quit);
     delegate.applicationDidFinishLaunching();
     const int status = QApplication::exec();
     delegate.applicationWillTerminate();

@@ -30,6 +30,16 @@ QString resource(const QString &relativePath)
     return file.exists() ? file.absoluteFilePath() : QString();
 }
 
+QString shortVersionString()
+{
+    return QStringLiteral(TIDEWRIGHT_VERSION);
+}
+
+QString buildNumber()
+{
+    return QStringLiteral(TIDEWRIGHT_BUILD);
+}
+
 QString cachesFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);

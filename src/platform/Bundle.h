@@ -12,6 +12,10 @@ QString auxiliaryExecutable(const QString &name);
 /// Absolute path of a file of the package (../share/tidewright), or the empty text when it is not there.
 QString resource(const QString &relativePath);
 
+/// The version for people, such as "1.2 beta", and the number of the build.
+QString shortVersionString();
+QString buildNumber();
+
 /// The user's folder for caches and for application data, without the application's own name.
 QString cachesFolder();
 QString applicationSupportFolder();

@@ -15,14 +15,19 @@
 #include "resources/SharedContentViewController.h"
 
 #include <QAction>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QRegularExpression>
 #include <QTabBar>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace tidewright;
 using namespace Qt::StringLiterals;
@@ -93,6 +98,7 @@ private Q_SLOTS:
     void titles();
     void tabsAreWindowsOfTheirOwn();
     void entriesReachTheMainConsole();
+    void windowsComeBack();
     void frameIsRemembered();
     void listsAreSearchedByTyping();
     void createFromFiles();
@@ -324,10 +330,40 @@ void tst_cluster_window::entriesReachTheMainConsole()
     QCOMPARE(shown.count(u'y'), 3000);
     second->close();
     QTRY_COMPARE(app.delegate.mainWindow(), first);
-    app.delegate.applicationShouldHandleReopen(true);
-    first->hide();
+}
+
+void tst_cluster_window::windowsComeBack()
+{
+    Application app;
+    app.load();
+    app.delegate.showAbout();
+    QWidget *about = nullptr;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        about = qobject_cast<QDialog *>(window) && window->isVisible() ? window : about;
+    }
+    QVERIFY(about);
+    const auto labels = about->findChildren<QLabel *>();
+    QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+        static const QRegularExpression version(u"^Version [0-9.]+ \\(Build [0-9]+\\)$"_s);
+        return version.match(label->text()).hasMatch();
+    }));
+    about->close();
+    app.frame->hide();
+    app.delegate.applicationShouldHandleReopen(true); // something can be seen: nothing to do
+    QVERIFY(!app.frame->isVisible());
     app.delegate.applicationShouldHandleReopen(false);
-    QVERIFY(first->isVisible());
+    QVERIFY(app.frame->isVisible() && about->isVisible());
+
+    // Started once more, the program brings forward what can be seen; and everything when nothing can.
+    about->close();
+    QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
+    ClusterWindowFrame *second = app.delegate.mainWindow();
+    second->showMinimized();
+    app.delegate.comeForward();
+    QVERIFY(second->isMinimized() && app.frame->isVisible() && !about->isVisible());
+    app.frame->showMinimized();
+    app.delegate.comeForward();
+    QVERIFY(!second->isMinimized() && !app.frame->isMinimized() && about->isVisible());
 }
 
 void tst_cluster_window::frameIsRemembered()

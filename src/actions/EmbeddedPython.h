@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+namespace tidewright {
+
+/// Makes the Python that comes with the package findable, for the embedded interpreter and for every child:
+/// sets `PYTHON_LIBRARY`, `PYTHONHOME` and `PYTHONPATH`. A package without a Python of its own leaves them as
+/// they are, and the interpreter is looked for in its default places. Once, before any thread or child
+/// exists.
+void prepareEmbeddedPython();
+
+/// Loads the interpreter that serves the whole process until its end, and says on the standard output which
+/// it is. Returns at once: loading takes as long as a window takes to open, and goes on beside it. An
+/// interpreter that cannot be loaded ends nothing; what is wrong with it is written there too.
+void loadEmbeddedPython();
+
+} // namespace tidewright
