@@ -171,7 +171,7 @@ void GeneralPreferencesViewController::browseKubeConfigClicked()
     chooseKubeConfig(this, false, this, [this](const std::optional<KubeConfigChoice> &choice) {
         if (choice) {
             m_defaultKubeConfigField->setText(choice->path);
-            defaultKubeConfigChanged();
+            defaultKubeConfigChanged(); // also when the field had that text already
         }
     });
 }

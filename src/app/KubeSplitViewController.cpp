@@ -152,6 +152,9 @@ void KubeSplitViewController::enableNamespaces()
 
 void KubeSplitViewController::chooseNamespace(const QString &name)
 {
+    // Other windows, and other instances, remember theirs there too.
+    m_lastNamespaceForContext
+        = userDefaults().dictionary(lastNamespacesKey).value_or(UserDefaults::Dictionary());
     m_lastNamespaceForContext.insert(m_currentContext, name);
     userDefaults().set(lastNamespacesKey, m_lastNamespaceForContext);
     m_currentNamespace = name;

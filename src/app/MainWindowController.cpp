@@ -65,7 +65,12 @@ void MainWindowController::connectParts()
         &PrimaryContentController::clusterSettingsChanged);
     connect(m_state, &KubeSplitViewController::contextLeft, m_content, &PrimaryContentController::clear);
     connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::commandStateChanged);
-    connect(m_console, &ConsoleViewController::linkOpened, this, &QDesktopServices::openUrl);
+    connect(m_console, &ConsoleViewController::linkOpened, this, [this](const QUrl &url) {
+        if (!QDesktopServices::openUrl(url)) {
+            m_console->addEntry(QString(), QString(),
+                makeConsoleError(tr("No program could be found that opens %1.").arg(url.toString())));
+        }
+    });
     connect(m_content, &PrimaryContentController::shownTableChanged, this,
         &MainWindowController::commandStateChanged);
     for (SharedContentViewController *table : m_content->tables()) {

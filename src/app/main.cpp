@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QMessageBox>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -72,6 +73,8 @@ int runApplication(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    // Standard output may be a pipe that nobody reads any more; that is no reason to end.
+    std::signal(SIGPIPE, SIG_IGN);
     const int status = hasDisplay() ? runApplication(argc, argv) : refuseWithoutDisplay(argc, argv);
     // Worker threads may still be blocked, and nobody waits for them: no destructor of the process may run
     // under them.

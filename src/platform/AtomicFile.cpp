@@ -80,12 +80,24 @@ QByteArray followLinks(QByteArray path)
     return {};
 }
 
-int replaceFile(const QByteArray &path, const QByteArray &bytes, FileIdentity &identity)
+int replaceFile(
+    const QByteArray &path, const QByteArray &bytes, FileIdentity &identity, const QByteArray &aside)
 {
     const QByteArray fresh = path + ".new";
     int error = writeNewFile(fresh, bytes, identity);
+    bool linked = false;
+    if (error == 0 && !aside.isEmpty()) {
+        linked = ::link(path.constData(), aside.constData()) == 0;
+        // Some file systems give a file one name only.
+        error = linked || ::rename(path.constData(), aside.constData()) == 0 ? 0 : errno;
+    }
     if (error == 0 && ::rename(fresh.constData(), path.constData()) != 0) {
         error = errno;
+        if (linked) {
+            ::unlink(aside.constData());
+        } else if (!aside.isEmpty()) {
+            ::rename(aside.constData(), path.constData());
+        }
     }
     if (error != 0) {
         ::unlink(fresh.constData());

@@ -33,9 +33,11 @@ QByteArray followLinks(QByteArray path);
 /// Puts `bytes` in the place of the file at `path`, readable by its owner alone. Whatever happens meanwhile
 /// (kill, power cut, full disk), the file holds the old bytes or the new ones, whole; after a power cut it
 /// may be the old ones. A link at `path` itself is replaced: see followLinks(). The new bytes go through
-/// PATH.new, so callers take turns with a FileLock. Sets `identity` of the new file; returns 0 or an errno
-/// value, and then nothing has changed. Waits for the disk. Any thread.
-int replaceFile(const QByteArray &path, const QByteArray &bytes, FileIdentity &identity);
+/// PATH.new, so callers take turns with a FileLock. With a name in `aside`, the old file goes on under it.
+/// Sets `identity` of the new file; returns 0 or an errno value, and then nothing has changed. Waits for the
+/// disk. Any thread.
+int replaceFile(
+    const QByteArray &path, const QByteArray &bytes, FileIdentity &identity, const QByteArray &aside = {});
 
 /// The exclusive lock of a lock file, held from construction to destruction, between processes and threads
 /// alike. Waits for its turn without end; the kernel ends the turn of a process that died.

@@ -143,8 +143,8 @@ void ProcessKeeper::terminate(const std::shared_ptr<KeptProcess> &process)
 void ProcessKeeper::endAll(std::chrono::milliseconds grace)
 {
     runAndWait([this, grace] {
+        signalAll(SIGTERM);
         for (auto &[pid, entry] : m_entries) {
-            signalGroup(pid, SIGTERM);
             entry.killAt = Clock::now() + grace;
         }
     });
@@ -152,11 +152,19 @@ void ProcessKeeper::endAll(std::chrono::milliseconds grace)
         std::unique_lock lock(m_mutex);
         m_childEnded.wait_for(lock, grace, [this] { return m_running == 0; });
     }
-    runAndWait([this] {
-        for (const auto &[pid, entry] : m_entries) {
-            signalGroup(pid, SIGKILL);
+    runAndWait([this] { signalAll(SIGKILL); });
+}
+
+void ProcessKeeper::signalAll(int signal)
+{
+    for (const auto &[pid, entry] : m_entries) {
+        signalGroup(pid, signal);
+    }
+    for (const auto &exited : m_exited) {
+        if (const auto process = exited.lock()) {
+            signalGroup(process->pid(), signal);
         }
-    });
+    }
 }
 
 void ProcessKeeper::runAndWait(const std::function<void()> &task)
@@ -261,6 +269,8 @@ void ProcessKeeper::noteExit(pid_t pid)
     if (entry->second.killAt) {
         entry->second.pidfd.close(); // the rest of its group has the grace period too
     } else {
+        std::erase_if(m_exited, [](const auto &exited) { return exited.expired(); });
+        m_exited.push_back(entry->second.process);
         m_entries.erase(entry);
     }
 }

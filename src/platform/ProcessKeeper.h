@@ -102,6 +102,7 @@ private:
     std::vector<pid_t> waitForEndedChildren();
     void runTasks();
     void noteExit(pid_t pid);
+    void signalAll(int signal);
     void killOverdue();
     int pollTimeout() const;
     Started spawn(const Request &request);
@@ -112,6 +113,9 @@ private:
     std::condition_variable m_childEnded;
     std::size_t m_running = 0;
     std::map<pid_t, Entry> m_entries; // the keeper's thread only
+    /// Children that have exited by themselves while somebody still reads what their group writes. The
+    /// keeper's thread only.
+    std::vector<std::weak_ptr<KeptProcess>> m_exited;
 };
 
 } // namespace tidewright

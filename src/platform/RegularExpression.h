@@ -34,6 +34,8 @@ public:
     /// How far a search may backtrack, in tens of thousands of steps: about five milliseconds on today's
     /// machines.
     static constexpr int usualEffort = 50;
+    /// For patterns of the system that cannot backtrack.
+    static constexpr int unlimitedEffort = 0;
 
     struct Matches
     {

@@ -167,27 +167,23 @@ SettingsFile::Outcome SettingsFile::changeLocked(
         return failure(errno);
     }
     Outcome outcome{true, current.values, identity, {}};
-    if (current.state == State::Damaged) {
-        const QByteArray aside = nameForDamaged(target);
-        if (::rename(target.constData(), aside.constData()) != 0) {
-            return failure(errno);
-        }
+    const bool isDamaged = current.state == State::Damaged;
+    outcome.values = changed(isDamaged ? lastKnown : current.values, changes);
+    if (outcome.values == current.values && !isDamaged) {
+        return outcome;
+    }
+    const QByteArray bytes = QJsonDocument(outcome.values).toJson();
+    const QByteArray aside = isDamaged ? nameForDamaged(target) : QByteArray();
+    const int error
+        = bytes.size() > largestFile ? EFBIG : replaceFile(target, bytes, outcome.identity, aside);
+    if (error != 0) {
+        return failure(error);
+    }
+    if (isDamaged) {
         outcome.notice
             = QStringLiteral("The settings file %1 was damaged (%2). It was set aside as %3, unchanged; "
                              "settings that only it held are back at their defaults.")
                   .arg(displayPath(), current.reason, QFile::decodeName(aside));
-        outcome.identity = {};
-    }
-    outcome.values = changed(current.state == State::Damaged ? lastKnown : current.values, changes);
-    if (outcome.values == current.values) {
-        return outcome;
-    }
-    const QByteArray bytes = QJsonDocument(outcome.values).toJson();
-    const int error = bytes.size() > largestFile ? EFBIG : replaceFile(target, bytes, outcome.identity);
-    if (error != 0) {
-        const QString notice = failure(error).notice;
-        return {false, {}, {},
-            outcome.notice.isEmpty() ? notice : QString(outcome.notice + QLatin1Char(' ') + notice)};
     }
     return outcome;
 }

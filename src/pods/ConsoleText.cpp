@@ -145,7 +145,9 @@ QString logDate(const QDateTime &date)
 
 QStringList commandWords(const QString &line)
 {
-    static const RegularExpression word(QStringLiteral("([^\\s\"]+|\"[^\"]+\")"));
+    // It never backtracks, so no line is too long for it.
+    static const RegularExpression word(
+        QStringLiteral("([^\\s\"]+|\"[^\"]+\")"), RegularExpression::unlimitedEffort);
     QStringList words;
     for (const TextRange &range : word.allMatches(line).ranges) {
         const QStringView match = QStringView(line).mid(range.start, range.length);

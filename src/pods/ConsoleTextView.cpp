@@ -12,7 +12,6 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QTextBlock>
-#include <QTextDocumentFragment>
 
 namespace tidewright {
 
@@ -47,6 +46,9 @@ ConsoleTextView::ConsoleTextView(QWidget *parent)
     applyColours();
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this,
         [this](int value) { m_following = value == verticalScrollBar()->maximum(); });
+    // Once there is nothing below, what comes next is followed, however that came about.
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this,
+        [this](int, int maximum) { m_following |= verticalScrollBar()->value() == maximum; });
 }
 
 void ConsoleTextView::applyColours()
@@ -230,7 +232,9 @@ QMenu *ConsoleTextView::makeMenu(const QPoint &place)
 
 QMimeData *ConsoleTextView::createMimeDataFromSelection() const
 {
-    QString text = textCursor().selection().toPlainText();
+    QString text = textCursor().selectedText();
+    text.replace(QChar(QChar::ParagraphSeparator), QLatin1Char('\n'));
+    text.replace(QChar(QChar::LineSeparator), QLatin1Char('\n'));
     auto *copied = new QMimeData;
     copied->setText(text.remove(console_style::separatorGlyph));
     return copied;

@@ -16,6 +16,8 @@
 #include <QMenu>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace tidewright {
 
 namespace {
@@ -57,10 +59,22 @@ std::vector<StyledRun> styled(const ConsoleEntry &entry, const QString &error)
 }
 
 /// Whether a command goes by the kubeconfig's current context and namespace. Commands about the kubeconfig
-/// itself must also run while the window has trouble with it.
+/// or the client itself, and those that say where they go, must also run while the window has trouble.
 bool goesByCurrentContext(const QStringList &words)
 {
-    return words.first() == QLatin1String("kubectl") && words.value(1) != QLatin1String("config");
+    static const QStringList local{QStringLiteral("config"), QStringLiteral("version"),
+        QStringLiteral("help"), QStringLiteral("options"), QStringLiteral("completion"),
+        QStringLiteral("plugin")};
+    if (words.first() != QLatin1String("kubectl")) {
+        return false;
+    }
+    const auto saysWhere = [](const QString &word) {
+        return word.startsWith(QLatin1String("--context")) || word.startsWith(QLatin1String("--kubeconfig"));
+    };
+    const auto isCommand = [](const QString &word) { return !word.startsWith(QLatin1Char('-')); };
+    const auto command = std::find_if(words.begin() + 1, words.end(), isCommand);
+    return !local.contains(command == words.end() ? QString() : *command)
+        && std::none_of(words.begin() + 1, words.end(), saysWhere);
 }
 
 } // namespace
@@ -188,36 +202,57 @@ void ConsoleViewController::runTypedCommand()
     if (line.isEmpty() || !m_window) {
         return;
     }
-    m_bar->field()->clear();
     const QStringList words = console_text::commandWords(line);
     if (words.isEmpty()) {
         return; // quotes alone name no program
     }
-    const bool windowHasChosen
-        = !m_window->currentContext().isEmpty() && !m_window->currentNamespace().isEmpty();
-    if (!goesByCurrentContext(words) || !windowHasChosen) {
-        start(words, line, nullptr);
-        return;
-    }
-    // The user may be in another window by the time of the answer: the entry belongs here.
-    m_window->agreeWithKubeConfig([self = QPointer<ConsoleViewController>(this), words, line](bool agreed) {
-        if (self && agreed) {
-            self->start(words, line, self);
-        } else if (self && self->m_bar && self->m_bar->field()->text().isEmpty()) {
-            self->m_bar->field()->setText(line);
-        }
-    });
-}
-
-void ConsoleViewController::start(const QStringList &words, const QString &line, Console *console)
-{
+    m_bar->field()->clear();
     const std::shared_ptr<Shell> shell = m_window->kubeCtl().makeShell();
     m_typedCommands.push_back({shell, line});
     showTypedCommands();
-    shell->runAsync(words, true, console,
-        [self = QPointer<ConsoleViewController>(this), ended = shell.get()](const ShellResult &) {
-            postToMain(self, [ended](ConsoleViewController &owner) { owner.typedCommandEnded(ended); });
+    const bool windowHasChosen
+        = !m_window->currentContext().isEmpty() && !m_window->currentNamespace().isEmpty();
+    if (!goesByCurrentContext(words) || !windowHasChosen) {
+        start(shell, words, line);
+        return;
+    }
+    m_window->agreeWithKubeConfig(
+        [self = QPointer<ConsoleViewController>(this), shell, words, line](bool agreed) {
+            if (self && agreed) {
+                self->start(shell, words, line);
+            } else if (self) {
+                self->refuse(shell.get(), line);
+            }
         });
+}
+
+void ConsoleViewController::start(
+    const std::shared_ptr<Shell> &shell, const QStringList &words, const QString &line)
+{
+    // The user may be in another window when the command ends: its entry belongs here.
+    shell->runAsync(words, true, this,
+        [self = QPointer<ConsoleViewController>(m_self), line, ended = shell.get()](
+            const ShellResult &result) {
+            // What could not be started at all is not logged.
+            const std::optional<QString> failure = ended->process() ? std::nullopt : result.error;
+            postToMain(self, [ended, line, failure](ConsoleViewController &owner) {
+                if (failure) {
+                    owner.addEntry(line, QString(), makeConsoleError(*failure));
+                }
+                owner.typedCommandEnded(ended);
+            });
+        });
+}
+
+/// The console has said why. The line stays at hand.
+void ConsoleViewController::refuse(const Shell *shell, const QString &line)
+{
+    typedCommandEnded(shell);
+    if (m_bar && m_bar->field()->text().isEmpty()) {
+        m_bar->field()->setText(line);
+    } else {
+        addEntry(line, QString(), makeConsoleError(QStringLiteral("The command was not run.")));
+    }
 }
 
 void ConsoleViewController::typedCommandEnded(const Shell *shell)

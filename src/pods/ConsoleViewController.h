@@ -85,7 +85,8 @@ private:
     void showEntries();
     void applyHistoryCursor();
     void showScriptState();
-    void start(const QStringList &words, const QString &line, Console *console);
+    void start(const std::shared_ptr<Shell> &shell, const QStringList &words, const QString &line);
+    void refuse(const Shell *shell, const QString &line);
     void typedCommandEnded(const Shell *shell);
     void showTypedCommands();
     void extendMenu(QMenu *menu, int number);

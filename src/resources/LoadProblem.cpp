@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/LoadProblem.h"
 
-#include <QRegularExpression>
+#include "platform/RegularExpression.h"
 
 namespace tidewright {
 
 QString sentenceFirst(const QString &errorText)
 {
-    static const QRegularExpression logLine(QStringLiteral(R"(^[EWIF]\d{4} [\d:.]+\s+\d+ [^\]]*\] ?)"));
+    static const RegularExpression logLine(QStringLiteral(R"(^[EWIF]\d{4} [\d:.]+\s+\d+ [^\]]*\] ?)"));
     QStringList sentences;
     QStringList logged;
     for (const QString &line : errorText.trimmed().split(QLatin1Char('\n'))) {
-        const auto match = logLine.match(line);
-        (match.hasMatch() ? logged : sentences).append(line.mid(match.capturedLength()));
+        const auto prefix = logLine.firstMatch(line);
+        (prefix ? logged : sentences).append(line.mid(prefix ? prefix->length : 0));
     }
     logged.removeDuplicates();
     return (sentences + logged).join(QLatin1Char('\n'));

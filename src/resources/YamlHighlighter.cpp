@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/YamlHighlighter.h"
 
+#include "platform/RegularExpression.h"
 #include "resources/NamedImages.h"
-
-#include <QRegularExpression>
 
 namespace tidewright {
 
@@ -26,6 +25,14 @@ QColor constantColour()
     return isDarkPalette() ? QColor(0xE5, 0xB5, 0x67) : QColor(0x9A, 0x4F, 0x00);
 }
 
+qsizetype behindIndent(const QString &line, qsizetype from)
+{
+    while (from < line.size() && (line[from].isSpace() || line[from] == u'-')) {
+        ++from;
+    }
+    return from;
+}
+
 } // namespace
 
 void YamlHighlighter::highlightBlock(const QString &line)
@@ -33,22 +40,18 @@ void YamlHighlighter::highlightBlock(const QString &line)
     if (line.size() > longestColouredLine) {
         return;
     }
-    static const QRegularExpression key(QStringLiteral(R"(^[\s-]*([\w./"'-]+):(?=\s|$))"));
-    static const QRegularExpression constant(QStringLiteral(R"(^(true|false|null|~|[+-]?\d+(\.\d+)?)$)"));
-    qsizetype valueStart = 0;
-    if (const auto match = key.match(line); match.hasMatch()) {
-        setFormat(
-            static_cast<int>(match.capturedStart(1)), static_cast<int>(match.capturedLength(1)), keyColour());
-        valueStart = match.capturedEnd();
-    }
-    while (valueStart < line.size() && (line[valueStart].isSpace() || line[valueStart] == u'-')) {
-        ++valueStart;
+    static const RegularExpression key(QStringLiteral(R"(^[\w./"'-]+(?=:(?:\s|$)))"));
+    static const RegularExpression constant(QStringLiteral(R"(^(true|false|null|~|[+-]?\d+(\.\d+)?)$)"));
+    qsizetype valueStart = behindIndent(line, 0);
+    if (const auto match = key.firstMatch(QStringView(line).sliced(valueStart))) {
+        setFormat(static_cast<int>(valueStart), static_cast<int>(match->length), keyColour());
+        valueStart = behindIndent(line, valueStart + match->length + 1);
     }
     const QStringView value = QStringView(line).sliced(valueStart);
     const auto length = static_cast<int>(value.size());
     if (value.startsWith(u'#')) {
         setFormat(static_cast<int>(valueStart), length, Qt::gray);
-    } else if (constant.match(value.toString()).hasMatch()) {
+    } else if (constant.firstMatch(value)) {
         setFormat(static_cast<int>(valueStart), length, constantColour());
     } else if (value.startsWith(u'"') || value.startsWith(u'\'')) {
         setFormat(static_cast<int>(valueStart), length, stringColour());

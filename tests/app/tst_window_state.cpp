@@ -296,6 +296,8 @@ void tst_window_state::oneChangeAfterTheOther()
     // counts.
     QTRY_COMPARE(first.reloads, 2);
     first.untilWritten();
+    QCOMPARE(remembered(cluster.settings).value(u"b"_s), u"kube-system"_s); // and neither forgets the other's
+    QVERIFY(remembered(cluster.settings).contains(u"a"_s));
     QVERIFY(cluster.calls().contains(u"use b"_s));
     QVERIFY(!cluster.calls().contains(u"set shop"_s));
     QVERIFY(cluster.calls().indexOf(u"use b"_s) < cluster.calls().indexOf(u"set kube-system"_s));

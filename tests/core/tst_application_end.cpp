@@ -21,25 +21,27 @@ private Q_SLOTS:
         QTest::newRow("killed hard") << SIGKILL;
         QTest::newRow("terminated") << SIGTERM;
         QTest::newRow("aborted") << SIGABRT;
+        QTest::newRow("quit with children in the background") << -1;
     }
     void leavesNoChild()
     {
         QFETCH(int, signal);
         QTemporaryDir folder;
         QProcess application;
-        application.start(
-            QStringLiteral(SHELL_HOLDER_PATH), {fakeToolPath(), folder.path(), QStringLiteral("rrssd")});
+        // Only its own quit reaches those whose parent, the application's child, is gone.
+        const QString kinds = signal < 0 ? QStringLiteral("bbbbb") : QStringLiteral("rrssd");
+        application.start(QStringLiteral(SHELL_HOLDER_PATH), {fakeToolPath(), folder.path(), kinds});
         QVERIFY(application.waitForStarted());
         QTRY_COMPARE_WITH_TIMEOUT(pidsIn(folder.path()).size(), 5, 20'000);
         const QList<qint64> children = pidsIn(folder.path());
         QVERIFY(std::all_of(children.cbegin(), children.cend(), isAlive));
-        if (signal == 0) {
+        if (signal <= 0) {
             application.closeWriteChannel();
         } else {
             ::kill(static_cast<pid_t>(application.processId()), signal);
         }
         QVERIFY(application.waitForFinished(20'000));
-        QCOMPARE(application.exitStatus(), signal == 0 ? QProcess::NormalExit : QProcess::CrashExit);
+        QCOMPARE(application.exitStatus(), signal <= 0 ? QProcess::NormalExit : QProcess::CrashExit);
         for (const qint64 child : children) {
             QTRY_VERIFY(!isAlive(child));
         }

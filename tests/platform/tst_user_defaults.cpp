@@ -220,10 +220,18 @@ private Q_SLOTS:
         writeFile(m_path, R"({"a": "1", )"); // as an editor that saves leaves it for a moment
         QCOMPARE(settings.string(u"a"_s), u"1"_s);
         QCOMPARE(told(), QStringList());
+        // What cut it off, a full disk perhaps, may still be there.
+        const QByteArray damaged = readFile(m_path);
+        limitFileSize(4096);
+        settings.set(u"b"_s, QString(100000, u'x'));
+        QVERIFY(!settings.flush(deadline));
+        limitFileSize(RLIM_INFINITY);
+        QCOMPARE(readFile(m_path), damaged);
+        QCOMPARE(settings.string(u"a"_s), u"1"_s);
         settings.set(u"b"_s, u"2"_s);
         QVERIFY(settings.flush(deadline));
         QCOMPARE(jsonIn(m_path), QJsonObject({{u"a"_s, u"1"_s}, {u"b"_s, u"2"_s}}));
-        QCOMPARE(told().size(), 1);
+        QCOMPARE(told().size(), 2);
         QVERIFY(QFile::remove(m_path)); // to start afresh
         QVERIFY(!settings.string(u"a"_s));
     }

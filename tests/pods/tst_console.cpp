@@ -181,16 +181,47 @@ private Q_SLOTS:
         }
         QCOMPARE(bench.window.agreementsAsked, 1); // a refused command goes back into the field
         QCOMPARE(bench.field().text(), u"kubectl delete pod x"_s);
-        bench.field().setText(u"touch /never"_s);
+        bench.window.whenAsked = [&bench] { bench.field().setText(u"touch /never"_s); };
+        bench.type(u"kubectl get po"_s); // or into the history, when something else was typed meanwhile
+        QCOMPARE(bench.console.entries().size(), 1U);
+        QCOMPARE(bench.console.entries().front().command, u"kubectl get po"_s);
+        QTRY_VERIFY(bench.text().endsWith(u"The command was not run.\n"_s));
+        QCOMPARE(bench.field().text(), u"touch /never"_s);
+        bench.window.whenAsked = {};
         bench.console.view()->activateWindow();
         bench.field().setFocus();
         QTRY_VERIFY(bench.field().hasFocus());
         bench.view().setFocus();
         QVERIFY(!bench.field().hasFocus());
         bench.type(u"no-such-program-here"_s); // an entry that comes after all others
-        QTRY_COMPARE(bench.console.entries().size(), 1);
+        QTRY_COMPARE(bench.console.entries().size(), 2);
         QTRY_VERIFY(bench.text().contains(u"No such file"_s));
-        QVERIFY(bench.console.entries().front().response.isEmpty());
+        QVERIFY(bench.console.entries().back().response.isEmpty());
+        bench.type(QString(200'000, u'x'));
+        QTRY_COMPARE(bench.console.entries().size(), 3);
+        QTRY_VERIFY(bench.text().endsWith(u"Unexpected error: Argument list too long.\n"_s));
+    }
+
+    void localCommandsNeedNoAgreement_data()
+    {
+        QTest::addColumn<int>("agreements");
+        for (const char *line : {"kubectl config view", "kubectl -v=1 config view", "kubectl version",
+                 "kubectl help get", "kubectl --context b get po", "kubectl get po --context=b",
+                 "kubectl get po --kubeconfig f", "true"}) {
+            QTest::newRow(line) << 0;
+        }
+        for (const char *line : {"kubectl get po", "kubectl delete po config", "kubectl"}) {
+            QTest::newRow(line) << 1;
+        }
+    }
+
+    void localCommandsNeedNoAgreement()
+    {
+        Bench bench;
+        bench.window.context = bench.window.nameSpace = u"c"_s;
+        bench.window.agrees = false;
+        bench.type(QString::fromLatin1(QTest::currentDataTag()));
+        QTEST(bench.window.agreementsAsked, "agreements");
     }
 
     void theHistoryIsWalked()
@@ -343,6 +374,12 @@ private Q_SLOTS:
         bench.add(u"three"_s, lines);
         QVERIFY(!bench.isAtEnd());
         QCOMPARE(bench.view().cursorForPosition({20, 5}).position(), top);
+        // With room for everything the end is in sight, wherever the user was before.
+        bench.bar().setValue(0);
+        bench.console.view()->resize(300, 4000);
+        QTRY_COMPARE(bench.bar().maximum(), 0);
+        bench.add(u"four"_s, u"line\n"_s.repeated(400));
+        QTRY_VERIFY(bench.bar().maximum() > 0 && bench.isAtEnd());
     }
 
     void floodsDoNotStopTheWindow()

@@ -18,6 +18,9 @@ public:
     void agreeWithKubeConfig(std::function<void(bool)> completion) override
     {
         ++agreementsAsked;
+        if (whenAsked) {
+            whenAsked();
+        }
         completion(agrees);
     }
 
@@ -27,6 +30,7 @@ public:
     RecordingConsole recorded;
     bool agrees = true;
     int agreementsAsked = 0;
+    std::function<void()> whenAsked;
 };
 
 } // namespace tidewright::test

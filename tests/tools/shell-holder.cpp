@@ -2,7 +2,8 @@
 // shell-holder TOOL FOLDER KINDS
 //
 // An application with children, to be ended by a test: per letter of KINDS it starts, through Shell, a run
-// (r), a stream (s), or one that is deaf to SIGTERM (d). Each child leaves a file with its number in FOLDER.
+// (r), a stream (s), one that is deaf to SIGTERM (d), or one that ends and leaves a child of its own to write
+// to its pipe (b). Each child leaves a file with its number in FOLDER.
 // A line on standard input, or its end, makes the application quit in order.
 #include "core/Shell.h"
 #include "platform/MainQueue.h"
@@ -31,6 +32,9 @@ int main(int argc, char **argv)
         } else {
             if (kind == u'd') {
                 command.insert(1, QStringLiteral("ignore-term"));
+            } else if (kind == u'b') {
+                command.insert(1, QStringLiteral("grandchild"));
+                command.insert(2, QStringLiteral("3"));
             }
             shell->runAsync(command, false, nullptr, [](const ShellResult &) {});
         }
