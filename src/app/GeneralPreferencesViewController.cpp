@@ -3,11 +3,11 @@
 
 #include "app/KubeConfigChooser.h"
 #include "platform/DispatchQueue.h"
+#include "platform/Environment.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
 
 #include <QComboBox>
-#include <QDir>
 #include <QEvent>
 #include <QFileInfo>
 #include <QFormLayout>
@@ -60,8 +60,7 @@ QString kubeConfigExplanation(const QString &path)
         return Pane::tr("Empty: kubectl's own default applies, which is the KUBECONFIG variable or else "
                         "~/.kube/config.");
     }
-    const bool inHome = path == QLatin1String("~") || path.startsWith(QLatin1String("~/"));
-    const QFileInfo file(inHome ? QDir::homePath() + path.mid(1) : path);
+    const QFileInfo file(withTildeExpanded(path));
     if (!file.exists()) {
         return Pane::tr("There is no such file now. The path is kept as it is.");
     }

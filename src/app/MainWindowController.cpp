@@ -6,13 +6,13 @@
 #include "app/PrimaryContentController.h"
 #include "app/SidebarController.h"
 #include "platform/Diagnostics.h"
+#include "platform/Environment.h"
 #include "platform/UserDefaults.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/PodConsoleSplitViewController.h"
 #include "resources/SharedContentViewController.h"
 
 #include <QDesktopServices>
-#include <QDir>
 #include <QHBoxLayout>
 #include <QSplitter>
 
@@ -83,11 +83,8 @@ void MainWindowController::connectParts()
 
 QString MainWindowController::defaultKubeConfigPath()
 {
-    QString path = userDefaults().string(QStringLiteral("defaultKubeConfigPath")).value_or(QString());
-    if (path == QLatin1String("~") || path.startsWith(QLatin1String("~/"))) {
-        path.replace(0, 1, QDir::homePath());
-    }
-    return path;
+    return withTildeExpanded(
+        userDefaults().string(QStringLiteral("defaultKubeConfigPath")).value_or(QString()));
 }
 
 void MainWindowController::windowDidLoad()

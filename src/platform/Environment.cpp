@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Environment.h"
 
+#include <QDir>
+
 #include <unistd.h>
 
 namespace tidewright {
@@ -16,6 +18,12 @@ Environment currentEnvironment()
         }
     }
     return environment;
+}
+
+QString withTildeExpanded(const QString &path)
+{
+    const bool inHome = path == QLatin1String("~") || path.startsWith(QLatin1String("~/"));
+    return inHome ? QDir::homePath() + path.mid(1) : path;
 }
 
 } // namespace tidewright

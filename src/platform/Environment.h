@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QMap>
+#include <QString>
 
 namespace tidewright {
 
@@ -12,5 +13,8 @@ using Environment = QMap<QByteArray, QByteArray>;
 
 /// A copy of this process's environment at the moment of the call.
 Environment currentEnvironment();
+
+/// A path as people type it, with "~" or "~/" at its beginning standing for the user's home folder.
+QString withTildeExpanded(const QString &path);
 
 } // namespace tidewright
