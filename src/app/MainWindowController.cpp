@@ -2,6 +2,7 @@
 #include "app/MainWindowController.h"
 
 #include "app/ClusterToolBar.h"
+#include "app/DestinationView.h"
 #include "app/KubeSplitViewController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SidebarController.h"
@@ -46,7 +47,8 @@ void MainWindowController::buildLayout()
 {
     auto *split = new QSplitter(Qt::Horizontal);
     split->addWidget(m_sidebar);
-    split->addWidget(new PodConsoleSplitViewController(m_content, m_console->view()));
+    split->addWidget(
+        new PodConsoleSplitViewController(new DestinationView(*m_content, *m_state), m_console->view()));
     split->setStretchFactor(1, 1);
     split->setSizes({m_sidebar->sizeHint().width(), 1000});
     split->setCollapsible(1, false);
