@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-find_package(Qt6 REQUIRED COMPONENTS Test)
+find_package(Qt6 REQUIRED COMPONENTS Network Test)
 
 set(TIDEWRIGHT_TEST_KUBECTL_OLD "" CACHE FILEPATH "Debian's older kubectl, run by the tests beside the packaged one")
 set(TIDEWRIGHT_TEST_TIMEOUT 120 CACHE STRING "Seconds that one test executable may take")

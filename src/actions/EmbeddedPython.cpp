@@ -17,20 +17,34 @@ namespace {
 
 namespace py = pybind11;
 
-/// False, with the reason on the standard output, when there is no interpreter to be had.
-bool initialise()
+bool isFine(const PyStatus &status)
 {
-    PyConfig config;
-    PyConfig_InitPythonConfig(&config);
-    config.install_signal_handlers = 0; // Ctrl+C in the terminal ends the application, not a script
-    const PyStatus status = Py_InitializeFromConfig(&config);
-    PyConfig_Clear(&config);
     if (PyStatus_Exception(status)) {
         writeDiagnostic(QLatin1String("Python could not be loaded: ")
             + QString::fromUtf8(status.err_msg ? status.err_msg : "unknown error"));
         return false;
     }
     return true;
+}
+
+/// False, with the reason on the standard output, when there is no interpreter to be had.
+bool initialise()
+{
+    // The locale and the environment are the application's, and other threads are reading them.
+    PyPreConfig preconfig;
+    PyPreConfig_InitPythonConfig(&preconfig);
+    preconfig.configure_locale = 0;
+    preconfig.coerce_c_locale = 0;
+    preconfig.utf8_mode = 1;
+    if (!isFine(Py_PreInitialize(&preconfig))) {
+        return false;
+    }
+    PyConfig config;
+    PyConfig_InitPythonConfig(&config);
+    config.install_signal_handlers = 0; // Ctrl+C in the terminal ends the application, not a script
+    const bool fine = isFine(Py_InitializeFromConfig(&config));
+    PyConfig_Clear(&config);
+    return fine;
 }
 
 void describeInterpreter()

@@ -13,6 +13,7 @@ AboutWindow::AboutWindow(QWidget *parent)
     : QDialog(parent)
 {
     setWindowTitle(tr("About Tidewright"));
+    setAttribute(Qt::WA_QuitOnClose, false); // the cluster windows keep the application open, this does not
     auto *name = new QLabel(QStringLiteral("Tidewright"));
     QFont font = name->font();
     font.setPointSizeF(font.pointSizeF() * 1.8);

@@ -29,14 +29,7 @@ namespace tidewright {
 namespace {
 
 constexpr auto graceAtQuit = std::chrono::milliseconds(200);
-
-void bringToFront(QWidget &window)
-{
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
-    window.raise();
-    window.activateWindow();
-}
+constexpr auto graceForKubeConfig = std::chrono::milliseconds(500);
 
 } // namespace
 
@@ -171,7 +164,7 @@ void AppDelegate::quit()
     if (const ClusterWindowFrame *window = mainWindow()) {
         window->saveFrame();
     }
-    QCoreApplication::quit();
+    QCoreApplication::exit(); // closing the windows one by one would leave the frame of any of them
 }
 
 void AppDelegate::openWebPage(WebPage page)
@@ -207,6 +200,7 @@ void AppDelegate::applicationWillTerminate()
     delete m_preferencesController;
     delete m_aboutController;
     qDeleteAll(frames());
+    m_writer.finish(graceForKubeConfig);
     ProcessKeeper::instance().endAll(graceAtQuit);
     PreviewFiles::removeAll();
     userDefaults().flush();

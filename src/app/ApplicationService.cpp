@@ -7,6 +7,9 @@
 #include <QFileInfo>
 
 #include <chrono>
+#include <future>
+#include <memory>
+#include <thread>
 
 namespace tidewright {
 
@@ -16,6 +19,7 @@ const auto serviceName = QStringLiteral("com.brindle.Tidewright");
 const auto objectPath = QStringLiteral("/com/brindle/Tidewright");
 const auto interfaceName = QStringLiteral("org.freedesktop.Application");
 constexpr auto patience = std::chrono::seconds(3);
+constexpr int millisecondsForAnswer = 1400; // twice, within that
 
 /// Asking for a bus where there is none starts one on some systems.
 bool hasSessionBus()
@@ -31,22 +35,35 @@ ApplicationService::Start ApplicationService::start()
     if (!hasSessionBus()) {
         return Start::First;
     }
+    // A bus that hangs must not keep the window from opening.
+    auto answer = std::make_shared<std::promise<Start>>();
+    std::future<Start> answered = answer->get_future();
+    std::thread([this, answer] { answer->set_value(takeName()); }).detach();
+    return answered.wait_for(patience) == std::future_status::ready ? answered.get() : Start::First;
+}
+
+ApplicationService::Start ApplicationService::takeName()
+{
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
         return Start::First;
     }
-    // The object first: whoever finds the name finds somebody who answers.
-    bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots);
-    if (bus.registerService(serviceName)) {
-        return Start::First;
+    for (int attempt = 0; attempt < 2; ++attempt) { // the owner may be ending just now
+        // The object first: whoever finds the name finds somebody who answers.
+        bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots);
+        if (bus.registerService(serviceName)) {
+            return Start::First;
+        }
+        bus.unregisterObject(objectPath);
+        QDBusMessage call = QDBusMessage::createMethodCall(
+            serviceName, objectPath, interfaceName, QStringLiteral("Activate"));
+        call << QVariantMap();
+        const QDBusMessage reply = bus.call(call, QDBus::Block, millisecondsForAnswer);
+        if (reply.type() == QDBusMessage::ReplyMessage) {
+            return Start::Forwarded;
+        }
     }
-    bus.unregisterObject(objectPath);
-    QDBusMessage call
-        = QDBusMessage::createMethodCall(serviceName, objectPath, interfaceName, QStringLiteral("Activate"));
-    call << QVariantMap();
-    const QDBusMessage answer
-        = bus.call(call, QDBus::Block, static_cast<int>(std::chrono::milliseconds(patience).count()));
-    return answer.type() == QDBusMessage::ReplyMessage ? Start::Forwarded : Start::Unanswered;
+    return Start::Unanswered;
 }
 
 void ApplicationService::Activate(const QVariantMap &)

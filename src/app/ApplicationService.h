@@ -23,7 +23,8 @@ public:
 
     using QObject::QObject;
 
-    /// Takes the name or tells its owner. Waits for the answer for at most three seconds.
+    /// Takes the name or tells its owner. Waits for the bus and for the answer for at most three seconds in
+    /// all; on a bus that hangs the program is one of its own. The service must live as long as the process.
     Start start();
 
 public Q_SLOTS:
@@ -36,6 +37,9 @@ public Q_SLOTS:
 Q_SIGNALS:
     /// The program was started once more.
     void activated();
+
+private:
+    Start takeName();
 };
 
 } // namespace tidewright

@@ -27,6 +27,14 @@ constexpr QSize usualWindow(1180, 760);
 
 } // namespace
 
+void bringToFront(QWidget &window)
+{
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
 ClusterWindowFrame::ClusterWindowFrame(KubeConfigWriter &writer, const WebPages &pages)
     : m_writer(writer)
     , m_toolBars(new QStackedWidget)
@@ -162,6 +170,13 @@ void ClusterWindowFrame::walkTabs(int step)
     selectTab((m_tabBar->currentIndex() + step + count) % count);
 }
 
+void ClusterWindowFrame::moveTab(int step)
+{
+    const int count = m_tabBar->count();
+    const int index = m_tabBar->currentIndex();
+    m_tabBar->moveTab(index, (index + step + count) % count);
+}
+
 void ClusterWindowFrame::closeTab(int index)
 {
     if (m_tabBar->count() <= 1) {
@@ -171,6 +186,7 @@ void ClusterWindowFrame::closeTab(int index)
     saveFrame();
     QWidget *page = m_pages->widget(index);
     m_pages->removeWidget(page);
+    m_toolBars->removeWidget(m_toolBars->widget(index)); // before the tab: the next one is shown by its place
     m_tabBar->removeTab(index);
     delete page; // with its toolbar
 }

@@ -14,6 +14,9 @@ class KubeConfigWriter;
 class MainWindowController;
 class WindowCommands;
 
+/// Shows a window in front of the others, whatever state it was in.
+void bringToFront(QWidget &window);
+
 /// A top-level window: a group of cluster windows of which one is shown, with a tab bar once there are
 /// several. To be the current tab of the active window is to be the application's main window. Deletes itself
 /// when closed.
@@ -38,6 +41,8 @@ public:
     void selectTab(int index);
     /// Moves on by that many tabs, around the ends.
     void walkTabs(int step);
+    /// Moves the current tab on by that many places, around the ends.
+    void moveTab(int step);
 
     /// Remembers the window's place and size for the next window.
     void saveFrame() const;

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/KubeConfigWriter.h"
 
+#include "platform/AtomicFile.h"
+#include "platform/ChildProcess.h"
 #include "platform/MainQueue.h"
 
-#include <QDateTime>
 #include <QDir>
-#include <QFileInfo>
-#include <QTimer>
+#include <QFile>
+
+#include <algorithm>
+#include <utility>
 
 namespace tidewright {
 
@@ -16,30 +19,34 @@ constexpr auto longestChange = std::chrono::seconds(20);
 
 QStringList filesOf(const QString &configPath)
 {
-    if (!configPath.isEmpty()) {
-        return {configPath};
-    }
-    const QStringList named = qEnvironmentVariable("KUBECONFIG").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    const QString list = configPath.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : configPath;
+    const QStringList named = list.split(QLatin1Char(':'), Qt::SkipEmptyParts);
     return named.isEmpty() ? QStringList{QDir::homePath() + QLatin1String("/.kube/config")} : named;
-}
-
-/// Changes whenever somebody writes one of the files.
-QByteArray fileState(const QString &configPath)
-{
-    QByteArray state;
-    for (const QString &path : filesOf(configPath)) {
-        const QFileInfo file(path);
-        state += QByteArray::number(file.lastModified().toMSecsSinceEpoch()) + ' '
-            + QByteArray::number(file.size()) + '\n';
-    }
-    return state;
 }
 
 } // namespace
 
+/// Changes whenever somebody writes one of the files; empty when there is none.
+QByteArray KubeConfigWriter::fileState(const QString &configPath)
+{
+    QByteArray state;
+    bool isThere = false;
+    for (const QString &path : filesOf(configPath)) {
+        const FileIdentity file = FileIdentity::at(QFile::encodeName(path));
+        isThere |= file != FileIdentity();
+        for (const auto part :
+            {std::int64_t(file.inode), file.size, file.modifiedSeconds, file.modifiedNanoseconds}) {
+            state += QByteArray::number(qint64(part)) + ' ';
+        }
+    }
+    return isThere ? state : QByteArray();
+}
+
 KubeConfigWriter::KubeConfigWriter(std::chrono::milliseconds readingTime)
     : m_readingTime(readingTime)
 {
+    m_delay.setSingleShot(true);
+    m_delay.callOnTimeout(this, &KubeConfigWriter::takeDelayedStep);
 }
 
 void KubeConfigWriter::enqueue(QObject *owner, Task task)
@@ -116,7 +123,15 @@ void KubeConfigWriter::setNamespace(const KubeCtl &kubeCtl, const QString &name,
 
 bool KubeConfigWriter::isUntouched(const QString &configPath) const
 {
-    return m_written && m_written->path == configPath && m_written->state == fileState(configPath);
+    return m_written && m_written->path == configPath && !m_written->state.isEmpty()
+        && m_written->state == fileState(configPath);
+}
+
+void KubeConfigWriter::observe(const QString &configPath, const QByteArray &before, const QString &context)
+{
+    if (before == fileState(configPath) && !hasContext(configPath, context)) {
+        m_written = {configPath, before, context, std::nullopt};
+    }
 }
 
 bool KubeConfigWriter::hasContext(const QString &configPath, const QString &context) const
@@ -132,22 +147,58 @@ bool KubeConfigWriter::hasNamespace(
 
 void KubeConfigWriter::afterStillness(std::function<void()> step)
 {
-    const qint64 rest = m_stillSince.isValid() ? m_readingTime.count() - m_stillSince.elapsed() : 0;
+    m_delayedStep = std::move(step);
+    takeDelayedStep();
+}
+
+void KubeConfigWriter::takeDelayedStep()
+{
+    std::erase_if(m_stillness, [](const auto &stillness) { return stillness.expired(); });
+    qint64 rest = 0;
+    for (const auto &stillness : m_stillness) {
+        const auto since = stillness.lock();
+        rest = std::max<qint64>(rest, m_readingTime.count() - since->elapsed());
+    }
     if (rest > 0) {
-        QTimer::singleShot(std::chrono::milliseconds(rest), this, std::move(step));
-    } else {
+        m_delay.start(std::chrono::milliseconds(rest));
+    } else if (const auto step = std::exchange(m_delayedStep, {})) {
+        m_delay.stop();
         step();
+    }
+}
+
+std::shared_ptr<void> KubeConfigWriter::keepStill()
+{
+    const std::shared_ptr<QElapsedTimer> since(
+        new QElapsedTimer, [self = QPointer<KubeConfigWriter>(this)](QElapsedTimer *ended) {
+            delete ended;
+            if (self) {
+                QMetaObject::invokeMethod(self, &KubeConfigWriter::takeDelayedStep, Qt::QueuedConnection);
+            }
+        });
+    since->start();
+    m_stillness.push_back(since);
+    return since;
+}
+
+void KubeConfigWriter::finish(std::chrono::milliseconds limit) const
+{
+    const auto shell = m_running.lock();
+    if (const auto process = shell ? shell->process() : nullptr) {
+        process->waitUntilExit(limit);
     }
 }
 
 void KubeConfigWriter::endHanging(const std::shared_ptr<Shell> &shell, const QString &what)
 {
+    m_running = shell;
     QTimer::singleShot(longestChange, this, [weak = std::weak_ptr(shell), what] {
         if (const auto hanging = weak.lock()) {
             hanging->cancel();
             postConsoleError(what
                 + QLatin1String(
-                    " could not be set: kubectl did not change the kubeconfig within 20 seconds."));
+                    " could not be set: kubectl did not change the kubeconfig within 20 seconds. If a file "
+                    "of the kubeconfig's name with the ending .lock stays behind, remove it."));
         }
     });
 }

@@ -6,9 +6,12 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 
 #include <chrono>
 #include <deque>
+#include <memory>
+#include <vector>
 
 namespace tidewright {
 
@@ -36,14 +39,21 @@ public:
     void useContext(const KubeCtl &kubeCtl, const QString &name, Done done);
     void setNamespace(const KubeCtl &kubeCtl, const QString &name, Done done);
 
-    /// Whether the kubeconfig at that path (empty: the default one) is known to have that current context,
-    /// and that namespace in it: both were chosen here, and no other program has changed the file since.
+    /// Tells one state of the kubeconfig at that path (empty: the default one) from another.
+    static QByteArray fileState(const QString &configPath);
+    /// A kubectl that was started in the state `before` has read that current context.
+    void observe(const QString &configPath, const QByteArray &before, const QString &context);
+    /// Whether the kubeconfig at that path is known to have that current context, and that namespace in it:
+    /// they were chosen or read here, and no other program has changed the file since.
     bool hasContext(const QString &configPath, const QString &context) const;
     bool hasNamespace(const QString &configPath, const QString &context, const QString &nameSpace) const;
 
-    /// Keeps the kubeconfigs as they are for the reading time: a kubectl that goes by their current context
-    /// is about to read them.
-    void keepStill() { m_stillSince.start(); }
+    /// Keeps the kubeconfigs as they are until the result is let go, but no longer than the reading time: a
+    /// kubectl that goes by their current context is about to read them.
+    [[nodiscard]] std::shared_ptr<void> keepStill();
+    /// For the end of the application: waits for a change under way, which would leave its lock behind
+    /// otherwise.
+    void finish(std::chrono::milliseconds limit) const;
 
 private:
     struct Entry
@@ -64,12 +74,16 @@ private:
     bool isUntouched(const QString &configPath) const;
     void runNext();
     void afterStillness(std::function<void()> step);
+    void takeDelayedStep();
     void endHanging(const std::shared_ptr<Shell> &shell, const QString &what);
 
     const std::chrono::milliseconds m_readingTime;
     std::deque<Entry> m_waiting;
     bool m_busy = false;
-    QElapsedTimer m_stillSince;
+    std::vector<std::weak_ptr<QElapsedTimer>> m_stillness;
+    std::function<void()> m_delayedStep;
+    QTimer m_delay;
+    std::weak_ptr<Shell> m_running;
     std::optional<Written> m_written;
 };
 

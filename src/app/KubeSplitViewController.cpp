@@ -55,10 +55,13 @@ void KubeSplitViewController::reloadContexts()
     m_waitingSince = QDateTime::currentDateTime();
     Q_EMIT contextListChanged();
     const QPointer<KubeSplitViewController> self(this);
+    const QByteArray before = KubeConfigWriter::fileState(m_kubeCtl.configPath);
     m_contextShell = m_kubeCtl.loadContexts(
-        [self, request](const QStringList &contexts, const QString &current) {
-            postToMain(self,
-                [=](KubeSplitViewController &window) { window.contextsLoaded(request, contexts, current); });
+        [self, request, before](const QStringList &contexts, const QString &current) {
+            postToMain(self, [=](KubeSplitViewController &window) {
+                window.m_writer.observe(window.m_kubeCtl.configPath, before, current);
+                window.contextsLoaded(request, contexts, current);
+            });
         },
         [self, request](const QString &reason) {
             postToMain(
@@ -83,9 +86,20 @@ void KubeSplitViewController::contextsLoaded(
     m_currentContext = current;
     m_hint = current.isEmpty() ? tr("Choose a context.") : QString();
     Q_EMIT contextListChanged();
-    if (!current.isEmpty()) { // without one, kubectl would ask whatever listens on this machine
+    if (current.isEmpty()) { // kubectl would ask whatever listens on this machine
+        forgetNamespaces();
+    } else {
         reloadNamespaces();
     }
+}
+
+void KubeSplitViewController::forgetNamespaces()
+{
+    cancel(m_namespaceShell);
+    ++m_namespaceRequest;
+    m_waitingSince = QDateTime();
+    m_namespaceList = {};
+    Q_EMIT namespaceListChanged();
 }
 
 void KubeSplitViewController::contextsMissing(quint64 request, const QString &reason)
@@ -108,6 +122,31 @@ void KubeSplitViewController::reloadNamespaces()
     m_namespaceError.clear();
     m_waitingSince = QDateTime::currentDateTime();
     Q_EMIT namespaceListChanged();
+    // What is asked is the cluster of the kubeconfig's current context: that must be the window's.
+    m_writer.enqueue(this, [this, request](const KubeConfigWriter::Finished &finished) {
+        if (request != m_namespaceRequest || m_writer.hasContext(m_kubeCtl.configPath, m_currentContext)) {
+            loadNamespaces(request);
+            finished();
+            return;
+        }
+        m_writer.useContext(m_kubeCtl, m_currentContext,
+            [self = QPointer<KubeSplitViewController>(this), request, finished](bool success) {
+                if (self && success) {
+                    self->loadNamespaces(request);
+                } else if (self) {
+                    self->namespacesOutOfReach(request);
+                }
+                finished();
+            });
+    });
+}
+
+void KubeSplitViewController::loadNamespaces(quint64 request)
+{
+    if (request != m_namespaceRequest) {
+        return;
+    }
+    m_stillness = m_writer.keepStill();
     const QPointer<KubeSplitViewController> self(this);
     m_namespaceShell = m_kubeCtl.loadNamespaces(
         [self, request](const QStringList &namespaces) {
@@ -125,6 +164,7 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
         return;
     }
     m_namespaceShell.reset();
+    m_stillness.reset();
     m_waitingSince = QDateTime();
     m_hint = tr("The namespaces could not be loaded.") + QLatin1Char('\n') + sentenceFirst(m_namespaceError);
     m_choosingContext = false;
@@ -142,6 +182,16 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
         Q_EMIT clusterSettingsChanged();
     }
     enableNamespaces();
+}
+
+void KubeSplitViewController::namespacesOutOfReach(quint64 request)
+{
+    if (m_choosingContext) {
+        contextUsed(m_currentContext, false);
+        return;
+    }
+    m_namespaceError = tr("The kubeconfig could not be switched to the context %1.").arg(m_currentContext);
+    namespacesLoaded(request, {});
 }
 
 void KubeSplitViewController::enableNamespaces()
@@ -162,15 +212,18 @@ void KubeSplitViewController::chooseNamespace(const QString &name)
     Q_EMIT namespaceChosen(name);
     m_writer.enqueue(
         this, [this, name, context = m_currentContext](const KubeConfigWriter::Finished &finished) {
-            // While another window's context is current, this would change that one's namespace; it is made
-            // up for when this window comes to the front.
-            const QString &current = applicationRecord().appContext;
-            const bool isElsewhere = !current.isEmpty() && current != m_currentContext;
-            if (isElsewhere || name != m_currentNamespace || context != m_currentContext) {
+            const bool isOutdated = name != m_currentNamespace || context != m_currentContext;
+            if (isOutdated || m_choosingContext) {
                 finished();
-                return;
+            } else if (m_writer.hasContext(m_kubeCtl.configPath, context)) {
+                m_writer.setNamespace(m_kubeCtl, name, [finished](bool) { finished(); });
+            } else if (m_console && mainConsole() == m_console) {
+                applyContext(finished);
+            } else {
+                // It would change the namespace of another context; it is made up for when this window
+                // comes to the front.
+                finished();
             }
-            m_writer.setNamespace(m_kubeCtl, name, [finished](bool) { finished(); });
         });
     Q_EMIT clusterSettingsChanged();
 }
@@ -251,6 +304,9 @@ void KubeSplitViewController::stopWaiting()
     }
     if (m_namespaceShell) {
         m_namespaceShell->cancel(); // answers with nothing
+    } else if (m_namespaceList.loading) { // waits for its turn
+        m_namespaceError = tr("Loading was stopped.");
+        namespacesLoaded(++m_namespaceRequest, {});
     }
 }
 
@@ -273,10 +329,13 @@ void KubeSplitViewController::applyContext(const std::function<void()> &finished
 {
     m_writer.useContext(m_kubeCtl, m_currentContext,
         [self = QPointer<KubeSplitViewController>(this), name = m_currentContext, finished](bool success) {
-            if (success && self && self->m_currentContext == name) {
-                self->applyNamespace(finished);
-            } else {
+            if (!success || !self || self->m_currentContext != name) {
                 finished();
+            } else if (self->m_choosingContext && !self->m_namespaceShell) {
+                self->contextUsed(name, true); // what failed before
+                finished();
+            } else {
+                self->applyNamespace(finished);
             }
         });
 }
@@ -319,7 +378,7 @@ void KubeSplitViewController::answerAgreement()
     const QString reason = obstacle();
     const bool agreed = reason.isEmpty() && kubeConfigAgrees();
     if (agreed) {
-        m_writer.keepStill();
+        m_agreedStillness = m_writer.keepStill();
     } else {
         postConsoleEntry(m_console, QString(), QString(),
             makeConsoleError(QLatin1String("The command was not run. ")

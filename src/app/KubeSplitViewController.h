@@ -72,8 +72,11 @@ Q_SIGNALS:
 
 private:
     void contextsLoaded(quint64 request, const QStringList &contexts, const QString &current);
+    void forgetNamespaces();
     void contextsMissing(quint64 request, const QString &reason);
+    void loadNamespaces(quint64 request);
     void namespacesLoaded(quint64 request, const QStringList &namespaces);
+    void namespacesOutOfReach(quint64 request);
     void switchContext(const QString &name);
     void contextUsed(const QString &name, bool success);
     void enableNamespaces();
@@ -98,6 +101,8 @@ private:
     quint64 m_namespaceRequest = 0;
     std::shared_ptr<Shell> m_contextShell;
     std::shared_ptr<Shell> m_namespaceShell;
+    std::shared_ptr<void> m_stillness; ///< until the namespaces are there
+    std::shared_ptr<void> m_agreedStillness; ///< for the latest command that goes by the kubeconfig
     bool m_choosingContext
         = false; // from the choice until its namespaces are known: the tables show the old context
     QString m_hint; ///< why the tables have nothing to load from

@@ -127,6 +127,10 @@ void WindowCommands::buildViewMenu()
         add(menu, tr("&Next Tab"), QKeySequence(tr("Ctrl+PgDown")), [this] { m_frame.walkTabs(1); }));
     m_forTabs.append(
         add(menu, tr("&Previous Tab"), QKeySequence(tr("Ctrl+PgUp")), [this] { m_frame.walkTabs(-1); }));
+    m_forTabs.append(add(
+        menu, tr("Move Tab &Right"), QKeySequence(tr("Ctrl+Shift+PgDown")), [this] { m_frame.moveTab(1); }));
+    m_forTabs.append(add(
+        menu, tr("Move Tab &Left"), QKeySequence(tr("Ctrl+Shift+PgUp")), [this] { m_frame.moveTab(-1); }));
     // By key these belong to the table that has the focus; elsewhere the same keys edit or copy text.
     for (QAction *action : std::as_const(m_forRows)) {
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -201,12 +205,8 @@ void WindowCommands::listWindows()
             continue;
         }
         QString title = frame->windowTitle();
-        QAction *action
-            = m_windowMenu->addAction(title.replace(QLatin1Char('&'), QLatin1String("&&")), frame, [frame] {
-                  frame->show();
-                  frame->raise();
-                  frame->activateWindow();
-              });
+        QAction *action = m_windowMenu->addAction(
+            title.replace(QLatin1Char('&'), QLatin1String("&&")), frame, [frame] { bringToFront(*frame); });
         action->setCheckable(true);
         action->setChecked(frame == &m_frame);
         m_windows.append(action);

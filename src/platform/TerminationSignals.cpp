@@ -14,9 +14,13 @@ constexpr std::array handledSignals{SIGTERM, SIGINT, SIGHUP};
 
 std::atomic<const WakeSignal *> wake = nullptr;
 
+/// Async-signal-safe, like all that it calls.
 void handle(int)
 {
     const int savedError = errno;
+    for (const int number : handledSignals) {
+        ::signal(number, SIG_DFL); // the next one ends what does not end by itself
+    }
     if (const WakeSignal *signal = wake) {
         signal->signal();
     }
@@ -39,7 +43,7 @@ TerminationSignals::TerminationSignals(QObject *parent)
         }
         action = {};
         action.sa_handler = handle;
-        action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+        action.sa_flags = SA_RESTART;
         ::sigaction(number, &action, nullptr);
     }
 }

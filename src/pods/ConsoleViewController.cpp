@@ -69,12 +69,17 @@ bool goesByCurrentContext(const QStringList &words)
         return false;
     }
     const auto saysWhere = [](const QString &word) {
-        return word.startsWith(QLatin1String("--context")) || word.startsWith(QLatin1String("--kubeconfig"));
+        return word == QLatin1String("--context") || word.startsWith(QLatin1String("--context="))
+            || word == QLatin1String("--kubeconfig") || word.startsWith(QLatin1String("--kubeconfig="));
     };
-    const auto isCommand = [](const QString &word) { return !word.startsWith(QLatin1Char('-')); };
-    const auto command = std::find_if(words.begin() + 1, words.end(), isCommand);
+    // An option before the command may take the next word for its value.
+    const auto isOwnOption = [](const QString &word) {
+        return word.startsWith(QLatin1Char('-')) && word.contains(QLatin1Char('='));
+    };
+    const auto command = std::find_if_not(words.begin() + 1, words.end(), isOwnOption);
+    const auto end = std::find(words.begin() + 1, words.end(), QLatin1String("--"));
     return !local.contains(command == words.end() ? QString() : *command)
-        && std::none_of(words.begin() + 1, words.end(), saysWhere);
+        && std::none_of(words.begin() + 1, end, saysWhere);
 }
 
 } // namespace
@@ -217,12 +222,23 @@ void ConsoleViewController::runTypedCommand()
         return;
     }
     m_window->agreeWithKubeConfig(
-        [self = QPointer<ConsoleViewController>(this), shell, words, line](bool agreed) {
-            if (self && agreed) {
-                self->start(shell, words, line);
-            } else if (self) {
-                self->refuse(shell.get(), line);
+        [self = QPointer<ConsoleViewController>(this), shell, words, line,
+            context = m_window->currentContext(), nameSpace = m_window->currentNamespace()](bool agreed) {
+            if (!self || !self->m_window) {
+                return;
             }
+            const WindowState &window = *self->m_window;
+            const bool isSame = window.currentContext() == context && window.currentNamespace() == nameSpace;
+            if (agreed && isSame) {
+                self->start(shell, words, line);
+                return;
+            }
+            if (agreed) {
+                self->addEntry(QString(), QString(),
+                    makeConsoleError(QStringLiteral(
+                        "The window shows another context or namespace than when the command was typed.")));
+            }
+            self->refuse(shell.get(), line);
         });
 }
 

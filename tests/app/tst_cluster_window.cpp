@@ -193,7 +193,8 @@ void tst_cluster_window::namespaceChangeEmptiesTables()
     app.cluster.release(u"get po"_s);
     QTRY_COMPARE(pods->tableItems().size(), 2U);
     const int visible = app.cluster.niceness(u"get events"_s);
-    QCOMPARE(app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
+    QCOMPARE(
+        app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
 }
 
 void tst_cluster_window::commandsFollowTheSelection()
@@ -295,12 +296,21 @@ void tst_cluster_window::tabsAreWindowsOfTheirOwn()
     QCOMPARE(app.frame->currentPage(), second.data());
     QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
 
-    app.frame->tabBar()->moveTab(1, 0);
+    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier | Qt::ShiftModifier);
     QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, first}));
     QCOMPARE(app.frame->currentPage(), second.data());
     QVERIFY(second->toolBar().isVisible() && !first->toolBar().isVisible());
+
+    // A tab that is closed from behind takes its own toolbar along, and no other.
+    QPointer<MainWindowController> third = app.frame->addTab();
+    QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, third, first}));
+    app.frame->selectTab(2);
+    app.frame->closeTab(0);
+    QVERIFY(!second && first->toolBar().isVisible() && !third->toolBar().isVisible());
+    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
+    QVERIFY(third->toolBar().isVisible());
     QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
-    QVERIFY(!second);
+    QVERIFY(!third);
     QCOMPARE(app.frame->currentPage(), first.data());
     QCOMPARE(tabTitles(*app.frame), QStringList{u"default"_s});
     QPointer<ClusterWindowFrame> frame = app.frame;
@@ -369,6 +379,13 @@ void tst_cluster_window::windowsComeBack()
     app.frame->showMinimized();
     app.delegate.comeForward();
     QVERIFY(!second->isMinimized() && !app.frame->isMinimized() && about->isVisible());
+
+    // What else is open keeps no application alive that has no cluster window any more.
+    app.delegate.showPreferences();
+    for (const QWidget *window : QApplication::topLevelWidgets()) {
+        const bool isCluster = qobject_cast<const ClusterWindowFrame *>(window);
+        QVERIFY(!window->isVisible() || window->testAttribute(Qt::WA_QuitOnClose) == isCluster);
+    }
 }
 
 void tst_cluster_window::frameIsRemembered()

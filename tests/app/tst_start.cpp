@@ -2,6 +2,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocalServer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -133,6 +134,7 @@ private Q_SLOTS:
     void endsWhenAskedTo_data();
     void endsWhenAskedTo();
     void secondStart();
+    void withASessionBusThatHangs();
 };
 
 void tst_start::withoutThePackagedKubectl_data()
@@ -192,6 +194,7 @@ void tst_start::firstWindow()
     package.addHangingKubectl();
     package.write(u"home/.config/com.brindle.Tidewright/settings.json"_s,
         R"({"defaultKubeConfigPath": "~/my config"})");
+    package.setVariable(u"LANG"_s, u"C"_s);
     package.program.start();
     const QString home = package.folder.filePath(u"home"_s);
     QTRY_VERIFY(package.seen().contains(u"KUBECONFIG="_s + home + u"/my config"_s));
@@ -201,7 +204,9 @@ void tst_start::firstWindow()
     for (const QByteArray &line : {"windoe did load\n"_ba, "Python Version: 3."_ba, "Python Path: ['"_ba}) {
         QTRY_VERIFY2(package.printsLine(line), line.constData());
     }
-    QVERIFY(package.seen().filter(u"PYTHON"_s).isEmpty()); // the package has no Python of its own
+    // The package has no Python of its own, and loading one changes nothing that children inherit.
+    QVERIFY(package.seen().filter(u"PYTHON"_s).isEmpty());
+    QVERIFY(package.seen().filter(u"LC_CTYPE"_s).isEmpty());
     package.program.kill();
     QVERIFY(package.program.waitForFinished());
 }
@@ -279,6 +284,20 @@ void tst_start::secondStart()
         process->kill();
         QVERIFY(process->waitForFinished());
     }
+}
+
+void tst_start::withASessionBusThatHangs()
+{
+    Package package;
+    package.addHangingKubectl();
+    QLocalServer bus; // takes connections and never says a word
+    QVERIFY(bus.listen(package.folder.filePath(u"bus"_s)));
+    package.setVariable(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path="_s + bus.fullServerName());
+    package.program.start();
+    QTRY_VERIFY_WITH_TIMEOUT(package.printsLine("windoe did load\n"), 15000);
+    QVERIFY(bus.hasPendingConnections());
+    package.program.kill();
+    QVERIFY(package.program.waitForFinished());
 }
 
 QTEST_GUILESS_MAIN(tst_start)

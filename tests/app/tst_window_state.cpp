@@ -70,6 +70,11 @@ private Q_SLOTS:
     void failedContextSwitch();
     void lateAnswersAreDropped();
     void oneChangeAfterTheOther();
+    void namespacesOfTheWindowsContext_data();
+    void namespacesOfTheWindowsContext();
+    void namespaceChoiceStaysInItsContext();
+    void whatFailedIsMadeUpForInFront();
+    void kubeConfigsAreTold();
     void allNamespaces();
     void becomingMain_data();
     void becomingMain();
@@ -149,6 +154,7 @@ void tst_window_state::withoutACurrentContextTheUserChooses()
     window.state.viewWillAppear(cluster.kubeConfig());
     QTRY_VERIFY(window.state.contextList().enabled);
     QCOMPARE(window.state.loadingHint(), u"Choose a context."_s);
+    QVERIFY(!window.state.waitingSince().isValid()); // for the user, not the other way round
     QCOMPARE(cluster.calls(), QStringList{u"contexts"_s}); // nobody is asked for the namespaces of no context
     window.state.chooseContext(u"a"_s);
     QTRY_COMPARE(window.state.currentNamespace(), u"default"_s);
@@ -301,6 +307,104 @@ void tst_window_state::oneChangeAfterTheOther()
     QVERIFY(cluster.calls().contains(u"use b"_s));
     QVERIFY(!cluster.calls().contains(u"set shop"_s));
     QVERIFY(cluster.calls().indexOf(u"use b"_s) < cluster.calls().indexOf(u"set kube-system"_s));
+}
+
+void tst_window_state::namespacesOfTheWindowsContext_data()
+{
+    QTest::addColumn<QString>("what");
+    QTest::addColumn<QStringList>("calls");
+    const QStringList reload{u"namespaces"_s, u"set default"_s};
+    QTest::newRow("nothing happened") << u"-"_s << reload;
+    QTest::newRow("another program wrote the kubeconfig") << u"file"_s << QStringList{u"use b"_s} + reload;
+    QTest::newRow("during a switch") << u"switch"_s << QStringList{u"use a"_s} + reload;
+    QTest::newRow("after a switch that failed")
+        << u"failed"_s << QStringList{u"use a"_s, u"use a"_s} + reload;
+    QTest::newRow("the context is gone") << u"gone"_s << QStringList{u"use b"_s};
+}
+
+/// A window never takes another cluster's namespaces for its own, nor sets its own in another context.
+void tst_window_state::namespacesOfTheWindowsContext()
+{
+    QFETCH(QString, what);
+    FakeCluster cluster;
+    KubeConfigWriter writer(50ms);
+    Window window(writer);
+    window.load(cluster);
+    window.state.windowDidBecomeMain();
+    window.untilWritten();
+    cluster.forgetCalls();
+    if (what == u"file"_s || what == u"gone"_s) {
+        QFile file(cluster.kubeConfig());
+        QVERIFY(file.open(QIODevice::Append) && file.write("changed\n") > 0);
+    }
+    if (what == u"gone"_s) {
+        cluster.fail(u"use b"_s, "no context exists with the name");
+    } else if (what == u"switch"_s) {
+        cluster.hold(u"use a"_s);
+        window.state.chooseContext(u"a"_s);
+    } else if (what == u"failed"_s) {
+        cluster.fail(u"use a"_s, "locked");
+        window.state.chooseContext(u"a"_s);
+        QTRY_VERIFY(window.state.namespaceList().enabled);
+        cluster.succeed(u"use a"_s);
+    }
+    window.state.reloadNamespaces();
+    cluster.release(u"use a"_s);
+    QTRY_VERIFY(window.state.namespaceList().enabled);
+    window.untilWritten();
+    QTEST(cluster.calls(), "calls");
+    QCOMPARE(window.state.loadingHint(), QString());
+    QVERIFY(!window.state.waitingSince().isValid());
+}
+
+void tst_window_state::namespaceChoiceStaysInItsContext()
+{
+    FakeCluster cluster;
+    KubeConfigWriter writer(50ms);
+    Window window(writer);
+    window.load(cluster);
+    for (const bool isMain : {false, true}) {
+        tidewright::setMainConsoleLookup(
+            [&]() -> tidewright::Console * { return isMain ? &window.console : nullptr; });
+        QFile file(cluster.kubeConfig());
+        QVERIFY(file.open(QIODevice::Append) && file.write("changed\n") > 0);
+        file.close();
+        cluster.forgetCalls();
+        window.state.chooseNamespace(u"shop"_s);
+        window.untilWritten();
+        QCOMPARE(cluster.calls(), isMain ? QStringList({u"use b"_s, u"set shop"_s}) : QStringList());
+    }
+    tidewright::setMainConsoleLookup({});
+}
+
+void tst_window_state::whatFailedIsMadeUpForInFront()
+{
+    FakeCluster cluster;
+    KubeConfigWriter writer(50ms);
+    Window window(writer);
+    window.load(cluster);
+    cluster.fail(u"use a"_s, "locked");
+    window.state.chooseContext(u"a"_s);
+    QTRY_VERIFY(window.state.loadingHint().contains(u"could not be switched to"_s));
+    cluster.succeed(u"use a"_s);
+    window.state.windowDidBecomeMain();
+    QTRY_COMPARE(window.reloads, 2);
+    QCOMPARE(window.state.loadingHint(), QString());
+}
+
+void tst_window_state::kubeConfigsAreTold()
+{
+    FakeCluster cluster;
+    const QString list = cluster.kubeConfig() + u':' + cluster.path(u"second"_s);
+    QCOMPARE(KubeConfigWriter::fileState(cluster.path(u"missing"_s)), QByteArray());
+    QSet<QByteArray> states{KubeConfigWriter::fileState(list)};
+    for (const QString &path : {cluster.path(u"second"_s), cluster.kubeConfig()}) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::Append) && file.write("changed\n") > 0);
+        file.close();
+        states.insert(KubeConfigWriter::fileState(list));
+    }
+    QCOMPARE(states.size(), 3);
 }
 
 void tst_window_state::allNamespaces()

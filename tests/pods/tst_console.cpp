@@ -187,6 +187,11 @@ private Q_SLOTS:
         QCOMPARE(bench.console.entries().front().command, u"kubectl get po"_s);
         QTRY_VERIFY(bench.text().endsWith(u"The command was not run.\n"_s));
         QCOMPARE(bench.field().text(), u"touch /never"_s);
+        bench.window.agrees = true; // but by then the window shows another namespace
+        bench.window.whenAsked = [&bench] { bench.window.nameSpace = u"other"_s; };
+        bench.type(u"kubectl delete pod y"_s);
+        QTRY_VERIFY(bench.text().contains(u"another context or namespace than when"_s));
+        QCOMPARE(bench.field().text(), u"kubectl delete pod y"_s);
         bench.window.whenAsked = {};
         bench.console.view()->activateWindow();
         bench.field().setFocus();
@@ -194,11 +199,11 @@ private Q_SLOTS:
         bench.view().setFocus();
         QVERIFY(!bench.field().hasFocus());
         bench.type(u"no-such-program-here"_s); // an entry that comes after all others
-        QTRY_COMPARE(bench.console.entries().size(), 2);
+        QTRY_COMPARE(bench.console.entries().size(), 3);
         QTRY_VERIFY(bench.text().contains(u"No such file"_s));
         QVERIFY(bench.console.entries().back().response.isEmpty());
         bench.type(QString(200'000, u'x'));
-        QTRY_COMPARE(bench.console.entries().size(), 3);
+        QTRY_COMPARE(bench.console.entries().size(), 4);
         QTRY_VERIFY(bench.text().endsWith(u"Unexpected error: Argument list too long.\n"_s));
     }
 
@@ -207,10 +212,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("agreements");
         for (const char *line : {"kubectl config view", "kubectl -v=1 config view", "kubectl version",
                  "kubectl help get", "kubectl --context b get po", "kubectl get po --context=b",
-                 "kubectl get po --kubeconfig f", "true"}) {
+                 "kubectl get po --kubeconfig f", "kubectl --namespace=x version", "true"}) {
             QTest::newRow(line) << 0;
         }
-        for (const char *line : {"kubectl get po", "kubectl delete po config", "kubectl"}) {
+        for (const char *line : {"kubectl get po", "kubectl delete po config", "kubectl",
+                 "kubectl -n config delete po x", "kubectl exec x -- y --context z"}) {
             QTest::newRow(line) << 1;
         }
     }
