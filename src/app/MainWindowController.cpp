@@ -9,6 +9,7 @@
 #include "platform/UserDefaults.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/PodConsoleSplitViewController.h"
+#include "pods/PodController.h"
 #include "resources/SharedContentViewController.h"
 
 #include <QDesktopServices>
@@ -73,6 +74,10 @@ void MainWindowController::connectParts()
             &MainWindowController::commandStateChanged);
         connect(table, &SharedContentViewController::loadingChanged, this,
             &MainWindowController::commandStateChanged);
+        if (auto *pods = qobject_cast<PodController *>(table)) {
+            connect(pods, &PodController::selectedContainersChanged, this,
+                &MainWindowController::commandStateChanged);
+        }
     }
 }
 

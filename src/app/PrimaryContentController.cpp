@@ -2,9 +2,21 @@
 #include "app/PrimaryContentController.h"
 
 #include "app/CreateFromFileDialog.h"
-#include "app/TableNotThereYet.h"
 #include "pods/PodController.h"
+#include "resources/ClusterRole.h"
+#include "resources/ConfigMap.h"
 #include "resources/CreateFromFiles.h"
+#include "resources/CronJobController.h"
+#include "resources/DaemonSet.h"
+#include "resources/DeploymentController.h"
+#include "resources/Endpoint.h"
+#include "resources/EventController.h"
+#include "resources/JobController.h"
+#include "resources/PersistentVolume.h"
+#include "resources/ReplicaSet.h"
+#include "resources/Secret.h"
+#include "resources/ServiceAccount.h"
+#include "resources/ServiceController.h"
 
 #include <QTimer>
 
@@ -15,35 +27,40 @@ namespace {
 constexpr auto reloadDelay = std::chrono::seconds(1);
 constexpr int nicenessOfHidden = 10;
 
-/// One tab: its sidebar name, the scopes of actions that mean it, and what makes its table (null: not there
-/// yet).
+/// One tab: its sidebar name, the scopes of actions that mean it, and what makes its table.
 struct Tab
 {
     const char *name;
     std::initializer_list<const char *> scopes;
-    QWidget *(*make)(WindowState &) = nullptr;
+    SharedContentViewController *(*make)(WindowState &);
 };
 
-template <typename Controller> QWidget *table(WindowState &window)
+/// A table with commands of its own.
+template <typename Controller> SharedContentViewController *table(WindowState &window)
 {
     return new Controller(window);
 }
 
+template <ResourceKind (*kind)()> SharedContentViewController *tableOf(WindowState &window)
+{
+    return new SharedContentViewController(kind(), window);
+}
+
 constexpr Tab tabs[] = {
     {"Pods", {"pod", "container"}, table<PodController>},
-    {"Deployments", {"deployment"}},
-    {"Services", {"service"}},
-    {"Persistent Volumes", {"persistentvolume"}},
-    {"Cron Jobs", {"cronjob"}},
-    {"Config Maps", {"configmap"}},
-    {"Secrets", {"secret"}},
-    {"Events", {"event"}},
-    {"Endpoints", {"endpoint"}},
-    {"Jobs", {"job"}},
-    {"Service Accounts", {"serviceaccount"}},
-    {"Cluster Roles", {"clusterrole"}},
-    {"Replica Sets", {"replicaset"}},
-    {"Daemon Sets", {"daemonset"}},
+    {"Deployments", {"deployment"}, table<DeploymentController>},
+    {"Services", {"service"}, table<ServiceController>},
+    {"Persistent Volumes", {"persistentvolume"}, tableOf<persistentVolumeKind>},
+    {"Cron Jobs", {"cronjob"}, table<CronJobController>},
+    {"Config Maps", {"configmap"}, tableOf<configMapKind>},
+    {"Secrets", {"secret"}, tableOf<secretKind>},
+    {"Events", {"event"}, table<EventController>},
+    {"Endpoints", {"endpoint"}, tableOf<endpointKind>},
+    {"Jobs", {"job"}, table<JobController>},
+    {"Service Accounts", {"serviceaccount"}, tableOf<serviceAccountKind>},
+    {"Cluster Roles", {"clusterrole"}, tableOf<clusterRoleKind>},
+    {"Replica Sets", {"replicaset"}, tableOf<replicaSetKind>},
+    {"Daemon Sets", {"daemonset"}, tableOf<daemonSetKind>},
 };
 
 } // namespace
@@ -54,9 +71,9 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
 {
     for (const Tab &tab : tabs) {
         const QString name = QString::fromLatin1(tab.name);
-        QWidget *page = tab.make ? tab.make(window) : new TableNotThereYet(name);
-        addWidget(page);
-        m_sidebarMap.insert(name.toLower(), page);
+        SharedContentViewController *controller = tab.make(window);
+        addWidget(controller);
+        m_sidebarMap.insert(name.toLower(), controller);
     }
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
 }

@@ -11,7 +11,7 @@ namespace tidewright {
 class SharedContentViewController;
 
 /// The tables of one cluster window, one tab for each kind of object, of which one is shown. All live as long
-/// as the window; a kind whose table this version does not have yet has a page that says so.
+/// as the window.
 class PrimaryContentController : public QStackedWidget
 {
     Q_OBJECT
@@ -32,10 +32,10 @@ public:
     SharedContentViewController *shownTable() const;
     QList<SharedContentViewController *> tables() const;
 
-    /// The context or namespace changed: empties and loads every table, those that nobody sees with lower
-    /// priority.
     /// Empties every table: the window turns to another context.
     void clear();
+    /// The context or namespace changed: empties and loads every table, those that nobody sees with lower
+    /// priority.
     void clusterSettingsChanged();
     /// Shows the kind of that sidebar item and refreshes it; a header leaves the shown table where it is.
     void selectSidebarItem(const QString &name);

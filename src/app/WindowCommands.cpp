@@ -8,6 +8,8 @@
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
 #include "pods/ConsoleViewController.h"
+#include "resources/CronJobController.h"
+#include "resources/NamedImages.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
 
@@ -18,6 +20,25 @@
 #include <QTabBar>
 
 namespace tidewright {
+
+namespace {
+
+/// The toolbar shows the image; in menus it would stand before a few commands only.
+void setToolBarImage(QAction *action, const QString &name)
+{
+    action->setIcon(namedImage(name));
+    action->setIconVisibleInMenu(false);
+}
+
+/// Enables a command, or says in its tool tip why it is not: `obstacle` is empty when it is.
+void enable(QAction *action, const QString &obstacle, const QString &description)
+{
+    action->setEnabled(obstacle.isEmpty());
+    const QString key = action->shortcut().toString(QKeySequence::NativeText);
+    action->setToolTip(obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle);
+}
+
+} // namespace
 
 WindowCommands::WindowCommands(ClusterWindowFrame &frame)
     : QObject(&frame)
@@ -72,6 +93,7 @@ void WindowCommands::buildEditMenu()
     m_delete = addForTable(
         menu, tr("&Delete…"), QKeySequence(QKeySequence::Delete), &SharedContentViewController::deleteRows);
     m_delete->setIconText(tr("Delete"));
+    setToolBarImage(m_delete, QStringLiteral("delete"));
     m_delete->setToolTip(tr("Delete the selected objects (Del)"));
     menu->addSeparator();
     m_forTable.append(addForTable(
@@ -87,10 +109,12 @@ void WindowCommands::buildViewMenu()
     QMenu *menu = m_frame.menuBar()->addMenu(tr("&View"));
     m_reload = add(menu, tr("&Reload"), QKeySequence(tr("Ctrl+R")),
         [this] { m_frame.currentPage()->primaryContentController().reloadContent(); });
+    setToolBarImage(m_reload, QStringLiteral("reload"));
     m_reload->setToolTip(tr("Load the table again (Ctrl+R)"));
     m_forTable.append(m_reload);
     m_quickLook = addForTable(menu, tr("&Quick Look"), QKeySequence(Qt::Key_Space),
         &SharedContentViewController::showQuickLookPanel);
+    setToolBarImage(m_quickLook, QStringLiteral("preview"));
     m_quickLook->setToolTip(tr("Show the selected objects as YAML (Space)"));
     m_forRows.append(m_quickLook);
     m_stop = addForTable(
@@ -116,6 +140,17 @@ void WindowCommands::buildClusterMenu()
         [this] { m_frame.currentPage()->toolBar().contextPopupButton()->showPopup(); });
     add(menu, tr("Choose &Namespace…"), QKeySequence(tr("Ctrl+L")),
         [this] { m_frame.currentPage()->toolBar().namespacesPopupButton()->showPopup(); });
+    menu->addSeparator();
+    m_viewLogs = addForTable(
+        menu, tr("View &Logs"), QKeySequence(tr("Ctrl+Shift+L")), &SharedContentViewController::viewLogs);
+    m_viewLogs->setObjectName(QStringLiteral("viewLogsToolbarItem"));
+    setToolBarImage(m_viewLogs, QStringLiteral("logs"));
+    m_runNow = add(menu, tr("Run Cron &Job Now"), QKeySequence(tr("Ctrl+Shift+J")), [this] {
+        if (auto *cronJobs = qobject_cast<CronJobController *>(shownTable())) {
+            cronJobs->runCronJobNow();
+        }
+    });
+    menu->setToolTipsVisible(true);
     menu->addSeparator();
     add(menu, QStringLiteral("Reload Contexts"), QKeySequence(tr("Ctrl+Shift+C")),
         [this] { m_frame.currentPage()->state().reloadContexts(); });
@@ -162,7 +197,7 @@ void WindowCommands::listWindows()
 
 QList<QAction *> WindowCommands::toolBarActions() const
 {
-    return {m_reload, m_quickLook, m_delete};
+    return {m_reload, m_viewLogs, m_quickLook, m_delete};
 }
 
 void WindowCommands::addTo(MainWindowController &page)
@@ -193,6 +228,17 @@ void WindowCommands::updateEnabled()
     for (QAction *action : std::as_const(m_forTabs)) {
         action->setEnabled(m_frame.tabBar()->count() > 1);
     }
+    updateLogsAndJobs();
+}
+
+void WindowCommands::updateLogsAndJobs()
+{
+    const SharedContentViewController *table = shownTable();
+    enable(m_viewLogs, table ? table->viewLogsObstacle() : tr("No table is shown."),
+        tr("Show the logs of what is selected"));
+    const auto *cronJobs = qobject_cast<const CronJobController *>(table);
+    enable(m_runNow, cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first."),
+        tr("Make a job from the selected cron job"));
 }
 
 } // namespace tidewright

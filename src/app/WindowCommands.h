@@ -43,6 +43,7 @@ private:
     QAction *add(QMenu *menu, const QString &title, const QKeySequence &key, std::function<void()> command);
     QAction *addForTable(QMenu *menu, const QString &title, const QKeySequence &key, TableCommand command);
     SharedContentViewController *shownTable() const;
+    void updateLogsAndJobs();
 
     ClusterWindowFrame &m_frame;
     QList<QAction *> m_forRows; ///< need chosen rows, and the focus in the table when they come by key
@@ -50,6 +51,8 @@ private:
     QAction *m_reload = nullptr;
     QAction *m_quickLook = nullptr;
     QAction *m_delete = nullptr;
+    QAction *m_viewLogs = nullptr;
+    QAction *m_runNow = nullptr;
     QAction *m_stop = nullptr;
     QList<QAction *> m_forTabs;
     QMenu *m_windowMenu = nullptr;

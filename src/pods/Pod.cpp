@@ -164,6 +164,7 @@ ResourceKind podKind()
     kind.listWord = QStringLiteral("po");
     kind.outputArguments = {podListingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.logTarget = QString(); // the pod's name by itself
     kind.columns = podColumns();
     kind.assign = assignPod;
     return kind;

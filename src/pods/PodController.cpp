@@ -7,10 +7,11 @@
 #include "pods/Pod.h"
 #include "pods/TableButtonView.h"
 #include "resources/ResourceTableView.h"
+#include "resources/VisibleCells.h"
 
 #include <QMenu>
 
-#include <algorithm>
+#include <vector>
 
 namespace tidewright {
 
@@ -18,40 +19,23 @@ namespace {
 
 constexpr int nameColumnIndex = 0;
 constexpr int containersColumn = 4;
-/// Cells that are built and out of sight cost memory; beyond this many, those without a chosen container are
-/// dropped.
-constexpr std::size_t keptCells = 400;
-/// While a sorted table fills, other rows come into sight again and again; building all their cells at once
-/// would be felt.
-constexpr int cellsPerTurn = 8;
 
 const Pod &podAt(const ArrangingModel &model, int row)
 {
     return static_cast<const Pod &>(*model.arrangedRow(row));
 }
 
-/// The buttons stand where the text would.
-class ContainersDelegate : public RowDelegate
-{
-public:
-    using RowDelegate::RowDelegate;
-
-protected:
-    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
-    {
-        RowDelegate::initStyleOption(option, index);
-        option->text.clear();
-    }
-};
-
 } // namespace
 
 PodController::PodController(WindowState &window, QWidget *parent)
     : SharedContentViewController(podKind(), window, parent)
+    , m_cells(new VisibleCells(
+          tableView(), containersColumn, [this](const QModelIndex &index) { return ensureCell(index); },
+          [](const QWidget &cell) { return static_cast<const TableButtonView &>(cell).hasCheckedButton(); }))
 {
     tableView().setItemDelegateForColumn(nameColumnIndex, new PaddedTextField(&tableView()));
-    tableView().setItemDelegateForColumn(containersColumn, new ContainersDelegate(&tableView()));
-    connect(&tableView(), &ResourceTableView::visibleRowsChanged, this, &PodController::buildVisibleCells);
+    connect(m_cells, &VisibleCells::cellsForgotten, this,
+        [this] { std::erase_if(m_containerButtons, [](const auto &button) { return !button; }); });
 }
 
 void PodController::reloadPods()
@@ -81,17 +65,34 @@ std::vector<ContainerPair> PodController::selectedContainerPairs() const
     return pairs;
 }
 
+QString PodController::viewLogsObstacle() const
+{
+    return chosenNames().isEmpty() && selectedContainerPairs().empty()
+        ? tr("Select a pod or choose a container first.")
+        : QString();
+}
+
+void PodController::viewLogs()
+{
+    std::vector<ContainerPair> containers = selectedContainerPairs();
+    for (ContainerButton *button : containerButtons()) {
+        button->setChecked(false);
+    }
+    Q_EMIT selectedContainersChanged();
+    if (containers.empty()) {
+        for (const QString &name : tableView().clickedRowIsSelected() ? selectedNames() : chosenNames()) {
+            containers.emplace_back(name, allContainers);
+        }
+    }
+    if (!containers.empty()) {
+        kubeSplitViewController().openLogs(containers);
+    }
+}
+
 void PodController::rowsChanged()
 {
-    forgetGoneCells();
     // A pod out of sight may have got other containers: what was chosen there is no longer what it seems.
-    std::vector<QPersistentModelIndex> built;
-    for (const Cell &cell : m_cells) {
-        built.push_back(cell.index);
-    }
-    for (const QPersistentModelIndex &index : built) {
-        ensureCell(index);
-    }
+    m_cells->update();
     Q_EMIT selectedContainersChanged();
 }
 
@@ -101,26 +102,9 @@ void PodController::selectContainer(ContainerButton *button)
     Q_EMIT selectedContainersChanged();
 }
 
-void PodController::buildVisibleCells()
-{
-    forgetGoneCells();
-    const auto [first, last] = tableView().visibleRows();
-    int built = 0;
-    for (int row = first; row >= 0 && row <= last; ++row) {
-        built += ensureCell(arrangedObjects().index(row, containersColumn));
-        if (built == cellsPerTurn) {
-            QMetaObject::invokeMethod(this, &PodController::buildVisibleCells, Qt::QueuedConnection);
-            return;
-        }
-    }
-    if (m_cells.size() > keptCells) {
-        dropCellsOutOfSight();
-    }
-}
-
 TableButtonView *PodController::cellAt(const QModelIndex &index) const
 {
-    return qobject_cast<TableButtonView *>(tableView().indexWidget(index));
+    return qobject_cast<TableButtonView *>(m_cells->at(index));
 }
 
 bool PodController::ensureCell(const QModelIndex &index)
@@ -141,29 +125,8 @@ bool PodController::ensureCell(const QModelIndex &index)
             replaced->setChecked(false); // it lives on for a moment
         }
     }
-    tableView().setIndexWidget(index, built); // ends the replaced cell
-    m_cells.push_back({index, built});
+    m_cells->put(index, built); // ends the replaced cell
     return true;
-}
-
-void PodController::forgetGoneCells()
-{
-    std::erase_if(m_cells, [this](const Cell &cell) {
-        return !cell.view || !cell.index.isValid() || cellAt(cell.index) != cell.view;
-    });
-    std::erase_if(m_containerButtons, [](const auto &button) { return !button; });
-}
-
-void PodController::dropCellsOutOfSight()
-{
-    const auto [first, last] = tableView().visibleRows();
-    for (const Cell &cell : m_cells) {
-        const bool inSight = cell.index.row() >= first && cell.index.row() <= last;
-        if (!inSight && !cell.view->hasCheckedButton()) {
-            tableView().setIndexWidget(cell.index, nullptr);
-        }
-    }
-    forgetGoneCells();
 }
 
 void PodController::extendContextMenu(QMenu &menu)
@@ -174,7 +137,7 @@ void PodController::extendContextMenu(QMenu &menu)
         return;
     }
     const QModelIndex index = arrangedObjects().index(row, containersColumn);
-    ensureCell(index);
+    m_cells->ensure(index);
     const TableButtonView *view = cellAt(index);
     if (!view) {
         return;

@@ -3,18 +3,17 @@
 
 #include "resources/SharedContentViewController.h"
 
-#include <QPersistentModelIndex>
-
 #include <vector>
 
 namespace tidewright {
 
 class ContainerButton;
 class TableButtonView;
+class VisibleCells;
 
 /// The table of pods, with a toggle button for each container in its last column. The buttons that are on are
-/// the chosen containers. Cells are built when their row is first seen; a row that vanishes, or that the
-/// filter hides, takes its buttons with it, so that nothing is chosen that cannot be seen.
+/// the chosen containers. A row that vanishes, or that the filter hides, takes its buttons with it, so that
+/// nothing is chosen that cannot be seen.
 class PodController : public SharedContentViewController
 {
     Q_OBJECT
@@ -26,8 +25,14 @@ public:
     /// The pairs whose buttons are on, in that order.
     std::vector<ContainerPair> selectedContainerPairs() const;
 
+    QString viewLogsObstacle() const override;
+
 public Q_SLOTS:
     void reloadPods();
+    /// Opens one window with the logs of the chosen containers, which are chosen no longer then. When there
+    /// are none, of all containers of the selected pods, or of the pod outside the selection that a context
+    /// menu was opened on.
+    void viewLogs() override;
 
 Q_SIGNALS:
     void selectedContainersChanged();
@@ -37,22 +42,12 @@ protected:
     void extendContextMenu(QMenu &menu) override;
 
 private:
-    struct Cell
-    {
-        QPersistentModelIndex index; // in the arranged model
-        QPointer<TableButtonView> view;
-    };
-
     void selectContainer(ContainerButton *button);
-    void buildVisibleCells();
-    /// True when a cell had to be built.
     bool ensureCell(const QModelIndex &index);
-    void forgetGoneCells();
-    void dropCellsOutOfSight();
     TableButtonView *cellAt(const QModelIndex &index) const;
 
     std::vector<QPointer<ContainerButton>> m_containerButtons;
-    std::vector<Cell> m_cells;
+    VisibleCells *m_cells;
 };
 
 } // namespace tidewright

@@ -1,11 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Columns.h"
 
+#include "platform/NaturalOrder.h"
 #include "platform/Timestamp.h"
 
 #include <limits>
 
 namespace tidewright {
+
+SortKey textSortKey(const QString &text)
+{
+    return SortKey(naturalSortKey(text));
+}
+
+SortKey timeSortKey(const QString &timestamp)
+{
+    const std::optional<qint64> time = parseTimestamp(timestamp);
+    return SortKey(time ? -static_cast<double>(*time) : std::numeric_limits<double>::infinity());
+}
 
 Column nameColumn(int width)
 {
@@ -15,15 +27,10 @@ Column nameColumn(int width)
         width};
 }
 
-Column ageColumn()
+Column ageColumn(int width)
 {
-    const auto sortKey = [](const KubeTableItem &item) {
-        const std::optional<qint64> start = parseTimestamp(item.startTimeString);
-        return SortKey(start ? -static_cast<double>(*start) : std::numeric_limits<double>::infinity());
-    };
-    return {QStringLiteral("age"), QStringLiteral("Age"),
-        [](const KubeTableItem &item) { return item.getAge(); }, sortKey, Qt::AlignLeft | Qt::AlignVCenter,
-        100};
+    return timeColumn<KubeTableItem>(
+        "age", QStringLiteral("Age"), &KubeTableItem::getAge, &KubeTableItem::startTimeString, width);
 }
 
 } // namespace tidewright

@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace tidewright {
 
@@ -37,14 +38,23 @@ void ListingPipeline::load(
     Load load;
     load.id = id;
     load.shell = shell;
+    load.arguments = arguments;
+    load.logToConsole = logToConsole;
     load.unattended = unattended;
     load.outcome.startedAt = QDateTime::currentDateTime();
     m_loads.push_back(std::move(load));
     if (m_loads.size() == 1) {
         Q_EMIT loadingChanged(true);
     }
-    shell->runAsync(
-        arguments, logToConsole, nullptr, [self = QPointer(this), id, shell](const ShellResult &result) {
+    if (const Load *started = find(id)) {
+        run(*started, m_kind->outputArguments);
+    }
+}
+
+void ListingPipeline::run(const Load &load, const QStringList &outputArguments)
+{
+    load.shell->runAsync(load.arguments + outputArguments, load.logToConsole, nullptr,
+        [self = QPointer(this), id = load.id, shell = load.shell](const ShellResult &result) {
             const auto child = shell->process();
             const bool ended = child && child->waitUntilExit(exitNotice);
             LoadOutcome outcome;
@@ -109,6 +119,9 @@ void ListingPipeline::listingArrived(quint64 id, const QByteArray &listing, cons
         finish(id);
         return;
     }
+    if (tryAgain(*load, outcome)) {
+        return;
+    }
     const QDateTime startedAt = load->outcome.startedAt;
     load->arrived = true;
     load->listing = listing;
@@ -116,6 +129,18 @@ void ListingPipeline::listingArrived(quint64 id, const QByteArray &listing, cons
     load->outcome.startedAt = startedAt;
     m_arrived.push_back(id);
     mergeNext();
+}
+
+bool ListingPipeline::tryAgain(Load &load, const LoadOutcome &outcome)
+{
+    if (!m_kind->otherOutput || !outcome.error || std::exchange(load.triedAgain, true)) {
+        return false;
+    }
+    const QStringList otherOutput = m_kind->otherOutput(*outcome.error);
+    if (!otherOutput.isEmpty()) {
+        run(load, otherOutput);
+    }
+    return !otherOutput.isEmpty();
 }
 
 void ListingPipeline::mergeNext()

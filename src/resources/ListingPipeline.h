@@ -35,7 +35,9 @@ public:
     explicit ListingPipeline(ResourceTableModel &model, QObject *parent = nullptr);
     ~ListingPipeline() override;
 
-    /// Runs `arguments` on `shell`. An unattended load is one that nobody asked for (the refresh timer).
+    /// Runs `arguments`, followed by the kind's output arguments, on `shell`. When that fails in a way for
+    /// which the kind has other output arguments, runs once more with these, logged or not like the first time.
+    /// An unattended load is one that nobody asked for (the refresh timer).
     void load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole,
         bool unattended);
     /// Ends the loads whose listing has not arrived; each still reports its outcome.
@@ -59,7 +61,10 @@ private:
     {
         quint64 id = 0;
         std::shared_ptr<Shell> shell;
+        QStringList arguments;
+        bool logToConsole = false;
         bool unattended = false;
+        bool triedAgain = false;
         bool arrived = false;
         QByteArray listing;
         LoadOutcome outcome;
@@ -74,6 +79,8 @@ private:
     };
 
     Load *find(quint64 id);
+    void run(const Load &load, const QStringList &outputArguments);
+    bool tryAgain(Load &load, const LoadOutcome &outcome);
     void listingArrived(quint64 id, const QByteArray &listing, const LoadOutcome &outcome);
     void mergeNext();
     void merged(quint64 id, std::shared_ptr<MergeResult> result);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Merge.h"
 
+#include "platform/Timestamp.h"
+
 #include <QHash>
 
 #include <algorithm>
@@ -105,6 +107,9 @@ public:
             update(*position, line);
         } else {
             const auto row = m_kind.create(QString::fromUtf8(m_fields.front()));
+            if (m_kind.firstListed) {
+                m_kind.firstListed(*row, m_moment);
+            }
             assign(*row, line);
             m_result.added.push_back(row);
         }
@@ -128,6 +133,10 @@ public:
 private:
     void skip(QByteArrayView line)
     {
+        if (!m_kind.listRemainder.isEmpty() && line.trimmed() == m_kind.listRemainder) {
+            --m_result.lines;
+            return;
+        }
         if (m_result.skippedLines++ == 0) {
             m_result.firstSkippedLine = keptPart(line);
         }
@@ -159,6 +168,7 @@ private:
     }
 
     const ResourceKind &m_kind;
+    const double m_moment = currentTime();
     const Rows &m_snapshot;
     NameIndex m_index;
     std::vector<bool> m_listed;

@@ -21,7 +21,7 @@ struct MergeResult
 /// Compares a listing (UTF-8, one object a line, fields separated by tabs) with the rows a table holds. Rows
 /// are matched by name against the snapshot only, each name with its first row; a later line for the same row
 /// wins; a name that the snapshot does not hold becomes a new row for each of its lines. Linear in lines and
-/// rows. Pure; any thread.
+/// rows. Pure but for the moment that new rows are told; any thread.
 MergeResult mergeListing(const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot);
 
 } // namespace tidewright

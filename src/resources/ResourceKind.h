@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 #include <variant>
 
 namespace tidewright {
@@ -27,6 +28,8 @@ struct Column
     std::function<QString(const KubeTableItem &)> image = nullptr; ///< name of a state image, beside the text
     std::function<QString(const KubeTableItem &)> colour
         = nullptr; ///< name of a text colour, empty for the usual one
+    bool movesWithTime = false; ///< the text changes as time goes by
+    bool hidden = false; ///< at first; the header's menu shows it
 };
 
 /// The tab-separated fields of one line of a listing, as kubectl printed them.
@@ -43,6 +46,12 @@ struct ResourceKind
     std::size_t fieldCount = 0;
     bool namespaced = true; ///< false for kinds that the whole cluster shares
     bool lastLineFirst = false; ///< lines are taken last to first
+    /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
+    /// logs.
+    std::optional<QString> logTarget;
+    /// A range in a JSONPath template that is not ended prints its body once more, for the list itself. That
+    /// is nothing but white space as a rule; where it is more, this is it, and no line to complain of.
+    QByteArray listRemainder;
     std::vector<Column> columns;
 
     // Any thread. The rows they get are of this kind.
@@ -52,10 +61,16 @@ struct ResourceKind
     /// Assigns all fields but the first (the name). Assigning a line once more must change nothing: it is not
     /// called for the very line that a row has its fields from.
     std::function<void(const Fields &, KubeTableItem &)> assign;
+    /// Told of each new row and of the moment at which its listing was read (seconds since 1970), the same
+    /// for all rows of a listing.
+    std::function<void(KubeTableItem &, double moment)> firstListed = nullptr;
     /// Told of each line that was taken; may write a diagnostic.
     std::function<void(QByteArrayView line)> lineTaken = nullptr;
     /// Told of each line whose field count is wrong; may write a diagnostic.
     std::function<void(QByteArrayView line, std::size_t fields)> lineSkipped = nullptr;
+    /// The output arguments for a second try when a listing has failed with this error text; none when another
+    /// template would not help.
+    std::function<QStringList(const QString &error)> otherOutput = nullptr;
 };
 
 /// Fills `create`, `copy` and `equal` of a kind whose row type is `Item` (constructible from a name,

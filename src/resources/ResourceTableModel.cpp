@@ -168,16 +168,14 @@ void ResourceTableModel::clear()
     removeRowsAt(all);
 }
 
-void ResourceTableModel::refreshColumn(const QString &identifier)
+void ResourceTableModel::timePasses()
 {
-    const auto column = std::find_if(m_kind.columns.begin(), m_kind.columns.end(),
-        [&identifier](const Column &c) { return c.identifier == identifier; });
-    if (column == m_kind.columns.end() || tableItems().empty()) {
-        return;
+    for (int column = 0; column < columnCount() && !tableItems().empty(); ++column) {
+        if (m_kind.columns[static_cast<std::size_t>(column)].movesWithTime) {
+            Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column), {Qt::DisplayRole});
+            Q_EMIT columnRefreshed(column);
+        }
     }
-    const auto c = static_cast<int>(column - m_kind.columns.begin());
-    Q_EMIT dataChanged(index(0, c), index(rowCount() - 1, c), {Qt::DisplayRole});
-    Q_EMIT columnRefreshed(c);
 }
 
 int ResourceTableModel::rowCount(const QModelIndex &parent) const

@@ -42,8 +42,8 @@ public:
     void removeRowsAt(std::span<const std::size_t> ascendingPositions);
     void appendRows(std::span<const Row> rows);
     void clear();
-    /// Ages move on by themselves: says that the texts of these columns may have changed.
-    void refreshColumn(const QString &identifier);
+    /// Ages move on by themselves: says that the texts of columns that show times may have changed.
+    void timePasses();
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;

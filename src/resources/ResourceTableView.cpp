@@ -48,7 +48,8 @@ void ResourceTableView::setUpHeader()
     header->setStyleSheet(
         QStringLiteral("QHeaderView { background: palette(window); border: none; }"
                        "QHeaderView::section { background: palette(window); border: none;"
-                       " border-bottom: 1px solid palette(mid); padding: 5px %1px 5px %1px; }")
+                       " border-bottom: 1px solid palette(mid); padding: 5px %1px 5px %2px; }")
+            .arg(RowDelegate::numberPadding + 2)
             .arg(RowDelegate::sidePadding + 2));
     header->setStretchLastSection(true);
     header->setSectionsMovable(true);
@@ -59,6 +60,11 @@ void ResourceTableView::setUpHeader()
     setSortingEnabled(true);
     header->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(header, &QWidget::customContextMenuRequested, this, &ResourceTableView::showHeaderMenu);
+}
+
+bool ResourceTableView::clickedRowIsSelected() const
+{
+    return clickedRow() >= 0 && selectionModel()->isRowSelected(clickedRow());
 }
 
 QModelIndexList ResourceTableView::selectedRowsInOrder() const
@@ -176,7 +182,7 @@ void ResourceTableView::showHeaderMenu(const QPoint &position)
         QAction *action = menu.addAction(m_model.headerData(column, Qt::Horizontal).toString());
         action->setCheckable(true);
         action->setChecked(!isColumnHidden(column));
-        action->setEnabled(column != 0); // a row without its name is of no use
+        action->setEnabled(column != 0); // the column that says what a row is
         connect(
             action, &QAction::toggled, this, [this, column](bool shown) { setColumnHidden(column, !shown); });
     }

@@ -23,6 +23,9 @@ public:
     /// True when the row that the open context menu belongs to has vanished meanwhile.
     bool clickedRowIsGone() const { return m_rowWasClicked && !m_clickedRow.isValid(); }
 
+    /// True when the row that the open context menu belongs to is one of the selected ones.
+    bool clickedRowIsSelected() const;
+
     /// The selected rows from top to bottom.
     QModelIndexList selectedRowsInOrder() const;
 

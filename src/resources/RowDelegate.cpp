@@ -4,7 +4,10 @@
 #include "resources/NamedImages.h"
 #include "resources/ResourceTableModel.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QHelpEvent>
+#include <QToolTip>
 
 namespace tidewright {
 
@@ -22,6 +25,21 @@ void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
     }
 }
 
+bool RowDelegate::helpEvent(
+    QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option, const QModelIndex &index)
+{
+    if (event->type() != QEvent::ToolTip) {
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    }
+    const bool fits = sizeHint(option, index).width() + 2 * sidePadding <= option.rect.width();
+    const QString text = fits ? QString() : index.data().toString();
+    // Names and messages come from the cluster: no markup.
+    QToolTip::showText(event->globalPos(),
+        text.isEmpty() ? QString() : QLatin1String("<p>") + text.toHtmlEscaped() + QLatin1String("</p>"),
+        view);
+    return true;
+}
+
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     paintPadded(painter, option, index, sidePadding);
@@ -35,7 +53,8 @@ void RowDelegate::paintPadded(
     const QStyle *style = cell.widget ? cell.widget->style() : QApplication::style();
     style->drawPrimitive(
         QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget); // the whole cell's background
-    cell.rect.adjust(leftPadding, 0, -sidePadding, 0);
+    const auto alignment = index.data(Qt::TextAlignmentRole).value<Qt::Alignment>();
+    cell.rect.adjust(leftPadding, 0, -(alignment & Qt::AlignRight ? numberPadding : sidePadding), 0);
     QStyledItemDelegate::paint(painter, cell, index);
 }
 

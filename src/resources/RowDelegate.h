@@ -15,6 +15,12 @@ public:
 
     /// Room on both sides of every cell, in pixels at 100 %; the header leaves the same.
     static constexpr int sidePadding = 6;
+    /// Behind numbers, so that they stand apart from the text in the next column.
+    static constexpr int numberPadding = 16;
+
+    /// The tool tip of a cell is its text, where that does not fit.
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+        const QModelIndex &index) override;
 
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;

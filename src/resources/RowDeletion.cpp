@@ -1,53 +1,44 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/RowDeletion.h"
 
-#include "platform/MainQueue.h"
+#include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
 
-#include <QLabel>
 #include <QLocale>
-#include <QPointer>
 
 namespace tidewright {
 
 namespace {
 
+const auto nothingDeleted = QStringLiteral("Nothing was deleted");
+
 /// What the user saw and agreed to.
 struct Deletion
 {
-    QPointer<WindowState> window;
+    ChangePlace place;
     QString resourceName;
     QStringList names;
-    QString context;
-    QString nameSpace;
     std::function<void()> finished;
 };
 
-void refuse(WindowState &window, const QString &reason)
-{
-    postConsoleEntry(window.console(), QString(), QString(),
-        makeConsoleError(QStringLiteral("Nothing was deleted: ") + reason));
-}
-
 void deleteNow(const Deletion &deletion)
 {
-    WindowState &window = *deletion.window;
-    if (window.currentContext() != deletion.context || window.currentNamespace() != deletion.nameSpace) {
-        refuse(window, QStringLiteral("the window shows another context or namespace by now."));
+    WindowState &window = *deletion.place.window;
+    if (!deletion.place.isStillShown()) {
+        refuseMovedChange(window, nothingDeleted);
         return;
     }
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("delete"), deletion.resourceName};
-    window.kubeCtl().makeShell()->runAsync(command + deletion.names, true, nullptr,
-        [finished = deletion.finished](const ShellResult &) { mainQueue().post(finished); });
+    runChange(window, command + deletion.names, deletion.finished);
 }
 
 void deleteOnceAgreed(const Deletion &deletion)
 {
-    if (!deletion.window) {
+    if (!deletion.place.window) {
         return;
     }
-    deletion.window->agreeWithKubeConfig([deletion](bool agreed) {
-        if (agreed && deletion.window) {
+    deletion.place.window->agreeWithKubeConfig([deletion](bool agreed) {
+        if (agreed && deletion.place.window) {
             deleteNow(deletion);
         }
     });
@@ -56,11 +47,8 @@ void deleteOnceAgreed(const Deletion &deletion)
 /// Why kubectl could not delete what the user means; empty when it can.
 QString obstacle(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
 {
-    if (kind.namespaced && nameSpace == allNamespaces) {
-        return QStringLiteral(
-            "choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
-            "them a %1 is in.")
-            .arg(kind.humanReadableResourceName);
+    if (const QString reason = namespaceObstacle(kind, nameSpace); !reason.isEmpty()) {
+        return reason;
     }
     for (const QString &name : names) {
         if (name.startsWith(QLatin1Char('-'))) {
@@ -71,7 +59,7 @@ QString obstacle(const ResourceKind &kind, const QStringList &names, const QStri
 }
 
 /// Where the objects are, and which when there are several: the first few by name.
-QLabel *detailsOf(const Deletion &deletion, const ResourceKind &kind)
+QWidget *detailsOf(const Deletion &deletion, const ResourceKind &kind)
 {
     constexpr qsizetype namesShown = 10;
     QString text;
@@ -83,14 +71,7 @@ QLabel *detailsOf(const Deletion &deletion, const ResourceKind &kind)
         }
         text += QLatin1String("\n\n");
     }
-    text += QStringLiteral("Context: %1").arg(deletion.context);
-    if (kind.namespaced) {
-        text += QStringLiteral("\nNamespace: %1").arg(deletion.nameSpace);
-    }
-    auto *label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setContentsMargins(12, 0, 12, 8);
-    return label;
+    return confirmationDetails(text + deletion.place.text(kind));
 }
 
 } // namespace
@@ -102,15 +83,14 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
         return;
     }
     if (const QString reason = obstacle(kind, names, window.currentNamespace()); !reason.isEmpty()) {
-        refuse(window, reason);
+        refuseChange(window, nothingDeleted, reason);
         return;
     }
     const QString &noun = kind.humanReadableResourceName;
     const QString message = names.size() == 1
         ? QStringLiteral("Are you sure you want to delete the %1 \"%2\"?").arg(noun, names.first())
         : QStringLiteral("Are you sure you want to delete %1 %2s?").arg(names.size()).arg(noun);
-    const Deletion deletion{&window, kind.resourceName, names, window.currentContext(),
-        window.currentNamespace(), std::move(finished)};
+    const Deletion deletion{ChangePlace(window), kind.resourceName, names, std::move(finished)};
     showConfirmation(&view, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
         QStringLiteral("Cancel"), detailsOf(deletion, kind), [deletion](bool confirmed) {
             if (confirmed) {

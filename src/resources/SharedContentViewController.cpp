@@ -41,8 +41,10 @@ SharedContentViewController::SharedContentViewController(
     , m_previews(std::make_unique<TablePreviews>(*m_tableView, m_window, this->kind().resourceName))
 {
     m_tableView->setAccessibleName(this->kind().tableName);
-    for (int column = 0; column < m_model->columnCount(); ++column) {
-        m_tableView->setColumnWidth(column, this->kind().columns[static_cast<std::size_t>(column)].width);
+    for (int index = 0; index < m_model->columnCount(); ++index) {
+        const Column &column = this->kind().columns[static_cast<std::size_t>(index)];
+        m_tableView->setColumnWidth(index, column.width);
+        m_tableView->setColumnHidden(index, column.hidden);
     }
     buildLayout();
     m_timer.setInterval(refreshInterval);
@@ -166,7 +168,7 @@ void SharedContentViewController::loadContent(bool logToConsole)
 
 void SharedContentViewController::refresh()
 {
-    m_model->refreshColumn(QStringLiteral("age"));
+    m_model->timePasses();
     if (!m_pipeline->hasUnattendedLoad()) {
         startLoad(false, true);
     }
@@ -190,8 +192,7 @@ void SharedContentViewController::startLoad(bool logToConsole, bool unattended)
 QStringList SharedContentViewController::listingArguments() const
 {
     return QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), kind().listWord,
-               contextArgument(m_window.currentContext()), namespaceArgument(m_window.currentNamespace())}
-    + kind().outputArguments;
+        contextArgument(m_window.currentContext()), namespaceArgument(m_window.currentNamespace())};
 }
 
 void SharedContentViewController::applyOutcome(const LoadOutcome &outcome)
@@ -273,6 +274,11 @@ QStringList SharedContentViewController::chosenNames() const
     if (const int clicked = m_tableView->clickedRow(); clicked >= 0) {
         return {m_arranged->arrangedRow(clicked)->name};
     }
+    return selectedNames();
+}
+
+QStringList SharedContentViewController::selectedNames() const
+{
     QStringList names;
     for (const QModelIndex &index : m_tableView->selectedRowsInOrder()) {
         names.append(m_arranged->arrangedRow(index.row())->name);
@@ -326,10 +332,39 @@ void SharedContentViewController::reloadSoon()
 void SharedContentViewController::showQuickLookPanel()
 {
     const int clicked = m_tableView->clickedRow();
-    if (clicked >= 0 && !m_tableView->selectionModel()->isRowSelected(clicked)) {
+    if (clicked >= 0 && !m_tableView->clickedRowIsSelected()) {
         m_tableView->selectRow(clicked);
     }
     PreviewPanel::shared().present(*m_previews, *this);
+}
+
+QString SharedContentViewController::viewLogsObstacle() const
+{
+    if (!kind().logTarget) {
+        return tr("%1 have no logs. Choose pods, deployments, jobs or services.").arg(kind().tableName);
+    }
+    return chosenNames().isEmpty() ? tr("Select a %1 first.").arg(kind().humanReadableResourceName)
+                                   : QString();
+}
+
+void SharedContentViewController::viewLogs()
+{
+    const QStringList names = chosenNames();
+    if (!kind().logTarget || names.isEmpty()) {
+        return;
+    }
+    std::vector<ContainerPair> containers;
+    for (const QString &name : names) {
+        containers.emplace_back(*kind().logTarget + name, allContainers);
+    }
+    m_window.openLogs(containers);
+}
+
+void SharedContentViewController::replaceRow(const QModelIndex &index, const Row &row)
+{
+    const auto position = static_cast<std::size_t>(m_arranged->mapToSource(index).row());
+    const std::pair<std::size_t, Row> changed(position, row);
+    m_model->replaceRows(std::span(&changed, 1));
 }
 
 void SharedContentViewController::stopLoading()
@@ -349,6 +384,9 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     };
     add(QStringLiteral("Copy Name"), &SharedContentViewController::copyName, hasRow);
     add(QStringLiteral("Quick Look"), &SharedContentViewController::showQuickLookPanel, hasRow);
+    if (kind().logTarget) {
+        add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
+    }
     if (m_window.canEdit()) {
         add(QStringLiteral("Edit Configuration"), &SharedContentViewController::editConfiguration, hasRow);
     }

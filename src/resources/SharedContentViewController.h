@@ -64,6 +64,12 @@ public:
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
     /// display order.
     QStringList chosenNames() const;
+    /// The selected rows, in display order.
+    QStringList selectedNames() const;
+
+    /// Why no logs can be viewed now (this kind has none, nothing is selected): a sentence; empty when they
+    /// can.
+    virtual QString viewLogsObstacle() const;
 
 public Q_SLOTS:
     void reloadContent();
@@ -72,6 +78,8 @@ public Q_SLOTS:
     void editConfiguration();
     void deleteRows();
     void showQuickLookPanel();
+    /// Opens one window with the logs of all containers of the chosen rows.
+    virtual void viewLogs();
     /// Ends the loads under way; the rows stay as they are.
     void stopLoading();
 
@@ -92,6 +100,9 @@ protected:
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+
+    /// Puts a changed copy in the place of the row at an arranged index.
+    void replaceRow(const QModelIndex &index, const Row &row);
 
     /// Loads again one second from now, for the time after a change to the cluster.
     void reloadSoon();

@@ -10,14 +10,14 @@ using namespace tidewright;
 namespace {
 
 // The folder of the script is its memory: NAME.out, NAME.err and NAME.hold tell it what to do.
-constexpr auto script = R"(#!/bin/sh
+constexpr auto script = R"sh(#!/bin/sh
 dir=${0%/*}
 case "$1 $2" in
 "config view") run=contexts ;;
 "get ns") run=namespaces ;;
 "config use-context") run="use $3" ;;
 "config set-context") run="set ${4#--namespace=}" ;;
-*) run="$1 $2"; printf '%s' "$*" | tr '\n\t' '  ' >> "$dir/reads"; echo >> "$dir/reads"; nice >> "$dir/niceness" ;;
+*) run="$1 $2"; echo "$(printf '%s' "$*" | tr '\n\t' '  ')" >> "$dir/reads"; echo "$(nice) $run" >> "$dir/niceness" ;;
 esac
 printf '%s\n' "$run" >> "$dir/calls"
 case "$run" in use*|set*) echo "$run" >> "${KUBECONFIG:-/dev/null}" ;; esac
@@ -26,7 +26,7 @@ while [ -e "$dir/$file.hold" ]; do sleep 0.02; done
 [ -e "$dir/$file.err" ] && cat "$dir/$file.err" >&2
 [ -e "$dir/$file.out" ] && cat "$dir/$file.out"
 printf '%s\n' "$run" >> "$dir/ended"
-)";
+)sh";
 
 void writeFile(const QString &path, const QByteArray &bytes)
 {
@@ -122,13 +122,10 @@ QStringList FakeCluster::tableReads() const
     return lines(QStringLiteral("reads"));
 }
 
-QList<int> FakeCluster::niceness() const
+int FakeCluster::niceness(const QString &run) const
 {
-    QList<int> values;
-    for (const QString &line : lines(QStringLiteral("niceness"))) {
-        values.append(line.toInt());
-    }
-    return values;
+    const QStringList all = lines(QStringLiteral("niceness")).filter(QLatin1Char(' ') + run);
+    return all.isEmpty() ? -1 : all.last().section(QLatin1Char(' '), 0, 0).toInt();
 }
 
 void FakeCluster::forgetCalls()

@@ -48,8 +48,8 @@ public:
     QStringList ended() const;
     /// The complete argument lists of those that read tables.
     QStringList tableReads() const;
-    /// The CPU priority value of each of these since the start.
-    QList<int> niceness() const;
+    /// The CPU priority value of the latest run of that name, -1 when there was none.
+    int niceness(const QString &run) const;
     void forgetCalls();
 
     tidewright::UserDefaults settings;

@@ -61,6 +61,7 @@ inline ResourceKind sampleKind()
             const auto start = parseTimestamp(i.startTimeString);
             return SortKey(start ? -static_cast<double>(*start) : std::numeric_limits<double>::quiet_NaN());
         });
+    kind.columns.back().movesWithTime = true;
     return kind;
 }
 

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/ClusterChange.h"
+
+#include "platform/MainQueue.h"
+
+#include <QLabel>
+
+namespace tidewright {
+
+ChangePlace::ChangePlace(WindowState &shown)
+    : window(&shown)
+    , context(shown.currentContext())
+    , nameSpace(shown.currentNamespace())
+{
+}
+
+bool ChangePlace::isStillShown() const
+{
+    return window && window->currentContext() == context && window->currentNamespace() == nameSpace;
+}
+
+QString ChangePlace::text(const ResourceKind &kind) const
+{
+    const QString where = QStringLiteral("Context: %1").arg(context);
+    return kind.namespaced ? where + QStringLiteral("\nNamespace: %1").arg(nameSpace) : where;
+}
+
+QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace)
+{
+    if (!kind.namespaced || nameSpace != allNamespaces) {
+        return {};
+    }
+    return QStringLiteral(
+        "choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
+        "them a %1 is in.")
+        .arg(kind.humanReadableResourceName);
+}
+
+void refuseChange(WindowState &window, const QString &notDone, const QString &reason)
+{
+    postConsoleEntry(
+        window.console(), QString(), QString(), makeConsoleError(notDone + QLatin1String(": ") + reason));
+}
+
+void refuseMovedChange(WindowState &window, const QString &notDone)
+{
+    refuseChange(window, notDone, QStringLiteral("the window shows another context or namespace by now."));
+}
+
+void runChange(WindowState &window, const QStringList &command, std::function<void()> finished)
+{
+    window.kubeCtl().makeShell()->runAsync(command, true, nullptr,
+        [finished = std::move(finished)](const ShellResult &) { mainQueue().post(finished); });
+}
+
+QWidget *confirmationDetails(const QString &text)
+{
+    auto *label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setContentsMargins(12, 0, 12, 8);
+    return label;
+}
+
+} // namespace tidewright

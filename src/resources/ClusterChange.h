@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/ResourceKind.h"
+#include "resources/WindowState.h"
+
+#include <QPointer>
+
+class QWidget;
+
+namespace tidewright {
+
+/// Where a change to the cluster goes: what the window showed when the user asked for it. Main thread only.
+struct ChangePlace
+{
+    explicit ChangePlace(WindowState &shown);
+
+    /// The window is there, and shows the same context and namespace as then.
+    bool isStillShown() const;
+    /// "Context: ..." and, for namespaced kinds, "Namespace: ..." on a line of its own.
+    QString text(const ResourceKind &kind) const;
+
+    QPointer<WindowState> window;
+    QString context;
+    QString nameSpace;
+};
+
+/// Why objects of this kind cannot be changed there: all namespaces are shown, and a name does not tell which
+/// one is meant. Empty when they can.
+QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace);
+
+/// Says in the window's console what was not done ("Nothing was deleted") and why.
+void refuseChange(WindowState &window, const QString &notDone, const QString &reason);
+/// The same when the window shows another place by now.
+void refuseMovedChange(WindowState &window, const QString &notDone);
+
+/// Runs a logged command with the window's kubeconfig. `finished` is called on the main thread after it has
+/// ended, whatever its outcome.
+void runChange(WindowState &window, const QStringList &command, std::function<void()> finished);
+
+/// Further lines for a confirmation; no markup, names come from the cluster.
+QWidget *confirmationDetails(const QString &text);
+
+} // namespace tidewright

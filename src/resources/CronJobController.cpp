@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/CronJobController.h"
+
+#include "platform/RandomString.h"
+#include "resources/ClusterChange.h"
+#include "resources/CronJob.h"
+
+#include <QMenu>
+
+namespace tidewright {
+
+CronJobController::CronJobController(WindowState &window, QWidget *parent)
+    : SharedContentViewController(cronJobKind(), window, parent)
+{
+}
+
+QString CronJobController::runObstacle() const
+{
+    switch (chosenNames().size()) {
+    case 0:
+        return tr("Select a cron job first.");
+    case 1:
+        return {};
+    default:
+        return tr("Select a single cron job.");
+    }
+}
+
+void CronJobController::runCronJobNow()
+{
+    const QStringList names = chosenNames();
+    if (names.isEmpty()) {
+        return;
+    }
+    WindowState &window = kubeSplitViewController();
+    if (const QString reason = namespaceObstacle(kind(), window.currentNamespace()); !reason.isEmpty()) {
+        refuseChange(window, QStringLiteral("Nothing was run"), reason);
+        return;
+    }
+    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
+        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
+        QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
+    runChange(window, command, [] {});
+}
+
+void CronJobController::extendContextMenu(QMenu &menu)
+{
+    QAction *action = menu.addAction(QStringLiteral("Run Now"), this, &CronJobController::runCronJobNow);
+    action->setEnabled(runObstacle().isEmpty());
+}
+
+QString manualJobName(const QString &cronJob)
+{
+    constexpr qsizetype kept = 32;
+    constexpr int randomCharacters = 5;
+    const QString middle = cronJob.size() > kept ? cronJob.left(kept) + QLatin1String("--") : cronJob;
+    return QLatin1String("manually-run-") + middle + QLatin1Char('-') + randomString(randomCharacters);
+}
+
+} // namespace tidewright
