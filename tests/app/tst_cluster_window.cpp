@@ -11,6 +11,8 @@
 #include "core/ApplicationRecord.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
+#include "pods/ContainerButton.h"
+#include "pods/PodController.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
 
@@ -91,6 +93,7 @@ private Q_SLOTS:
     void sidebarSelection();
     void namespaceChangeEmptiesTables();
     void commandsFollowTheSelection();
+    void logsAndJobsFollowTheTable();
     void filterFollowsTheTable();
     void titles_data();
     void titles();
@@ -214,6 +217,46 @@ void tst_cluster_window::commandsFollowTheSelection()
     QCOMPARE(app.table().tableItems().size(), 2U);
     app.page().sidebarController().select(u"Secrets"_s);
     QVERIFY(disabled(forRows) && enabled({u"Reload"_s, u"Filter"_s}));
+}
+
+void tst_cluster_window::logsAndJobsFollowTheTable()
+{
+    Application app;
+    app.cluster.answer(u"get cj"_s, "c\t@daily\tfalse\t\t\tT\nd\t@daily\tfalse\t\t\tT\n");
+    app.load();
+    QAction &viewLogs = app.command(u"View Logs"_s);
+    QAction &runNow = app.command(u"Run Cron Job Now"_s);
+    QCOMPARE(viewLogs.objectName(), u"viewLogsToolbarItem"_s);
+    QVERIFY(app.page().toolBar().actions().contains(&viewLogs));
+    QVERIFY(!viewLogs.icon().isNull());
+    const auto state = [](const QAction &action) -> QString {
+        return (action.isEnabled() ? u"on: "_s : u"off: "_s) + action.toolTip();
+    };
+    const QString on = u"on: Show the logs of what is selected (Ctrl+Shift+L)"_s;
+    QCOMPARE(state(viewLogs), u"off: Select a pod or choose a container first."_s);
+    auto *pods = qobject_cast<PodController *>(&app.table());
+    QTRY_COMPARE(pods->containerButtons().size(), 2U);
+    QTest::mouseClick(pods->containerButtons().front(), Qt::LeftButton);
+    QCOMPARE(state(viewLogs), on); // a container is enough
+    viewLogs.trigger();
+    QVERIFY(pods->selectedContainerPairs().empty());
+    QVERIFY(!viewLogs.isEnabled());
+    app.table().tableView().selectRow(1);
+    QCOMPARE(state(viewLogs), on);
+    QCOMPARE(state(runNow), u"off: Choose Cron Jobs in the sidebar first."_s);
+    app.page().sidebarController().select(u"Cron Jobs"_s);
+    QVERIFY(state(viewLogs).startsWith(u"off: Cron Jobs have no logs."_s));
+    QCOMPARE(state(runNow), u"off: Select a cron job first."_s);
+    QTRY_COMPARE(app.table().tableItems().size(), 2U);
+    app.table().tableView().selectRow(0);
+    QVERIFY(runNow.isEnabled());
+    runNow.trigger();
+    QTRY_VERIFY(app.cluster.tableReads().last().startsWith(
+        u"create job --context=b -ndefault --from=cronjob/c manually-run-c-"_s));
+    app.table().tableView().selectAll();
+    QCOMPARE(state(runNow), u"off: Select a single cron job."_s);
+    app.page().sidebarController().select(u"Pods"_s);
+    QVERIFY(viewLogs.isEnabled() && !runNow.isEnabled());
 }
 
 void tst_cluster_window::filterFollowsTheTable()
