@@ -26,6 +26,7 @@ namespace {
 
 constexpr auto reloadDelay = std::chrono::seconds(1);
 constexpr int nicenessOfHidden = 10;
+constexpr auto longestHiddenWait = std::chrono::seconds(3);
 
 /// One tab: its sidebar name, the scopes of actions that mean it, and what makes its table.
 struct Tab
@@ -74,7 +75,15 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
         SharedContentViewController *controller = tab.make(window);
         addWidget(controller);
         m_sidebarMap.insert(name.toLower(), controller);
+        connect(controller, &SharedContentViewController::loadFinished, this, [this, controller] {
+            if (controller == currentWidget() && m_hiddenTablesWait.isActive()) {
+                loadHiddenTables();
+            }
+        });
     }
+    m_hiddenTablesWait.setSingleShot(true);
+    m_hiddenTablesWait.setInterval(longestHiddenWait);
+    connect(&m_hiddenTablesWait, &QTimer::timeout, this, &PrimaryContentController::loadHiddenTables);
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
 }
 
@@ -115,13 +124,27 @@ QList<SharedContentViewController *> PrimaryContentController::tables() const
 
 void PrimaryContentController::clusterSettingsChanged()
 {
+    clear();
+    if (auto *controller = shownTable()) {
+        controller->reloadLogging(false);
+    }
+    m_hiddenTablesWait.start();
+}
+
+/// Thirteen runs at once would take the time of the one that the user waits for.
+void PrimaryContentController::loadHiddenTables()
+{
+    m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
-        controller->clearAndReload(false, controller == currentWidget() ? 0 : nicenessOfHidden);
+        if (!controller->isLoading() && !controller->rowsAsOf().isValid()) {
+            controller->clearAndReload(false, nicenessOfHidden);
+        }
     }
 }
 
 void PrimaryContentController::clear()
 {
+    m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
         controller->clear();
     }

@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QStackedWidget>
+#include <QTimer>
 
 namespace tidewright {
 
@@ -34,8 +35,8 @@ public:
 
     /// Empties every table: the window turns to another context.
     void clear();
-    /// The context or namespace changed: empties and loads every table, those that nobody sees with lower
-    /// priority.
+    /// The context or namespace changed: empties every table at once, and loads them: first the one that is
+    /// shown, then, with lower priority, the others.
     void clusterSettingsChanged();
     /// Shows the kind of that sidebar item and refreshes it; a header leaves the shown table where it is.
     void selectSidebarItem(const QString &name);
@@ -50,7 +51,10 @@ Q_SIGNALS:
     void shownTableChanged();
 
 private:
+    void loadHiddenTables();
+
     WindowState &m_window;
+    QTimer m_hiddenTablesWait; ///< for the load of the shown one
     QString m_selectedTabName;
     QHash<QString, QWidget *> m_sidebarMap;
 };

@@ -44,15 +44,15 @@ void assign(const Fields &fields, KubeTableItem &item)
 std::vector<Column> columns()
 {
     return {
-        nameColumn(190),
-        availabilityColumn<DaemonSet>(&DaemonSet::available, &DaemonSet::desired, 140),
-        numberColumn<DaemonSet>("desired", QStringLiteral("Desired"), &DaemonSet::desired, 85),
-        numberColumn<DaemonSet>("current", QStringLiteral("Current"), &DaemonSet::current, 85),
+        nameColumn(165),
+        availabilityColumn<DaemonSet>(&DaemonSet::available, &DaemonSet::desired, 138),
+        numberColumn<DaemonSet>("desired", QStringLiteral("Desired"), &DaemonSet::desired, 80),
+        numberColumn<DaemonSet>("current", QStringLiteral("Current"), &DaemonSet::current, 80),
         numberColumn<DaemonSet>("ready", QStringLiteral("Ready"), &DaemonSet::ready, 70),
         numberColumn<DaemonSet>("uptodate", QStringLiteral("Up to Date"), &DaemonSet::uptodate, 100),
-        numberColumn<DaemonSet>("available", QStringLiteral("Available"), &DaemonSet::available, 95),
-        textColumn<DaemonSet>("nodeSelector", QStringLiteral("Node Selector"), &DaemonSet::nodeSelector, 160),
-        ageColumn(90),
+        numberColumn<DaemonSet>("available", QStringLiteral("Available"), &DaemonSet::available, 92),
+        textColumn<DaemonSet>("nodeSelector", QStringLiteral("Node Selector"), &DaemonSet::nodeSelector, 175),
+        ageColumn(80),
     };
 }
 

@@ -31,7 +31,7 @@ void assign(const Fields &fields, KubeTableItem &item)
 std::vector<Column> columns()
 {
     return {
-        nameColumn(230),
+        nameColumn(255),
         availabilityColumn<Deployment>(&Deployment::available, &Deployment::previousDesired, 140),
         numberColumn<Deployment>("desired", QStringLiteral("Desired"), &Deployment::desired, 220),
         numberColumn<Deployment>("current", QStringLiteral("Ready"), &Deployment::current, 80),

@@ -108,19 +108,18 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
         QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
             .arg(name, QString::number(previous), QString::number(desired)),
         QStringLiteral("Scale Deployment"), QStringLiteral("Cancel"), confirmationDetails(place.text(kind())),
-        [this, self = QPointer(this), cell = QPointer(&cell), index, place, name, previous, desired](
-            bool confirmed) {
+        [this, self = QPointer(this), cell = QPointer(&cell), index, place, name, desired](bool confirmed) {
             if (!self) {
                 return;
             }
-            if (confirmed && !place.isStillShown()) {
-                refuseMovedChange(kubeSplitViewController(), nothingScaled);
-            } else if (confirmed) {
+            if (confirmed && place.isStillShown()) {
                 scale(name, desired);
                 setCounts(index, desired, desired);
-            } else if (index.isValid()) {
-                const qint64 now = deploymentAt(arrangedObjects(), index.row()).previousDesired;
-                setCounts(index, now, now);
+            } else {
+                if (confirmed) {
+                    refuseMovedChange(kubeSplitViewController(), nothingScaled);
+                }
+                restoreCounts(index);
             }
             if (cell) {
                 cell->answered();
@@ -152,6 +151,14 @@ void DeploymentController::setCounts(
     changed->desired = desired;
     replaceRow(index, changed);
     m_cells->update();
+}
+
+void DeploymentController::restoreCounts(const QPersistentModelIndex &index)
+{
+    if (index.isValid()) {
+        const qint64 known = deploymentAt(arrangedObjects(), index.row()).previousDesired;
+        setCounts(index, known, known);
+    }
 }
 
 void DeploymentController::extendContextMenu(QMenu &menu)

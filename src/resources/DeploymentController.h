@@ -29,6 +29,8 @@ private:
     void sliderChanged(ReplicaCell &cell, qint64 desired);
     void scale(const QString &name, qint64 desired);
     void setCounts(const QPersistentModelIndex &index, qint64 previousDesired, qint64 desired);
+    /// Gives up a change: the row shows what the cluster said again.
+    void restoreCounts(const QPersistentModelIndex &index);
     void leadFocusThrough(ReplicaCell *cell);
 
     VisibleCells *m_cells;

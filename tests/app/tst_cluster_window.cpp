@@ -11,6 +11,8 @@
 #include "core/ApplicationRecord.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
+#include "pods/ContainerButton.h"
+#include "pods/PodController.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
 
@@ -54,7 +56,7 @@ struct Application
         QVERIFY(QTest::qWaitForWindowActive(frame));
         QTRY_COMPARE(table().tableItems().size(), 2U);
         for (const SharedContentViewController *each : page().primaryContentController().tables()) {
-            QTRY_VERIFY(!each->isLoading());
+            QTRY_VERIFY(each->rowsAsOf().isValid() && !each->isLoading());
         }
     }
     QStringList podReads() const { return cluster.tableReads().filter(u"get po "_s); }
@@ -96,6 +98,7 @@ private Q_SLOTS:
     void sidebarSelection();
     void namespaceChangeEmptiesTables();
     void commandsFollowTheSelection();
+    void logsAndJobsFollowTheTable();
     void filterFollowsTheTable();
     void titles_data();
     void titles();
@@ -190,11 +193,11 @@ void tst_cluster_window::namespaceChangeEmptiesTables()
     QCOMPARE(pods->tableItems().size(), 0U); // also while it is hidden
     QTRY_COMPARE(app.cluster.tableReads().filter(u" --context=b -nshop "_s).size(), 14);
     QCOMPARE(app.podReads().size(), 1);
+    QVERIFY(app.cluster.tableReads().indexOf(app.podReads().first()) > 0); // the one that is seen comes first
     app.cluster.release(u"get po"_s);
     QTRY_COMPARE(pods->tableItems().size(), 2U);
     const int visible = app.cluster.niceness(u"get events"_s);
-    QCOMPARE(
-        app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
+    QCOMPARE(app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
 }
 
 void tst_cluster_window::commandsFollowTheSelection()
@@ -221,6 +224,46 @@ void tst_cluster_window::commandsFollowTheSelection()
     QCOMPARE(app.table().tableItems().size(), 2U);
     app.page().sidebarController().select(u"Secrets"_s);
     QVERIFY(disabled(forRows) && enabled({u"Reload"_s, u"Filter"_s}));
+}
+
+void tst_cluster_window::logsAndJobsFollowTheTable()
+{
+    Application app;
+    app.cluster.answer(u"get cj"_s, "c\t@daily\tfalse\t\t\tT\nd\t@daily\tfalse\t\t\tT\n");
+    app.load();
+    QAction &viewLogs = app.command(u"View Logs"_s);
+    QAction &runNow = app.command(u"Run Cron Job Now"_s);
+    QCOMPARE(viewLogs.objectName(), u"viewLogsToolbarItem"_s);
+    QVERIFY(app.page().toolBar().actions().contains(&viewLogs));
+    QVERIFY(!viewLogs.icon().isNull());
+    const auto state = [](const QAction &action) -> QString {
+        return (action.isEnabled() ? u"on: "_s : u"off: "_s) + action.toolTip();
+    };
+    const QString on = u"on: Show the logs of what is selected (Ctrl+Shift+L)"_s;
+    QCOMPARE(state(viewLogs), u"off: Select a pod or choose a container first."_s);
+    auto *pods = qobject_cast<PodController *>(&app.table());
+    QTRY_COMPARE(pods->containerButtons().size(), 2U);
+    QTest::mouseClick(pods->containerButtons().front(), Qt::LeftButton);
+    QCOMPARE(state(viewLogs), on); // a container is enough
+    viewLogs.trigger();
+    QVERIFY(pods->selectedContainerPairs().empty());
+    QVERIFY(!viewLogs.isEnabled());
+    app.table().tableView().selectRow(1);
+    QCOMPARE(state(viewLogs), on);
+    QCOMPARE(state(runNow), u"off: Choose Cron Jobs in the sidebar first."_s);
+    app.page().sidebarController().select(u"Cron Jobs"_s);
+    QVERIFY(state(viewLogs).startsWith(u"off: Cron Jobs have no logs."_s));
+    QCOMPARE(state(runNow), u"off: Select a cron job first."_s);
+    QTRY_COMPARE(app.table().tableItems().size(), 2U);
+    app.table().tableView().selectRow(0);
+    QVERIFY(runNow.isEnabled());
+    runNow.trigger();
+    QTRY_COMPARE(app.cluster.tableReads().filter(QRegularExpression(
+        u"^create job --context=b -ndefault --from=cronjob/c manually-run-c-[a-z0-9]{5}$"_s)).size(), 1);
+    app.table().tableView().selectAll();
+    QCOMPARE(state(runNow), u"off: Select a single cron job."_s);
+    app.page().sidebarController().select(u"Pods"_s);
+    QVERIFY(viewLogs.isEnabled() && !runNow.isEnabled());
 }
 
 void tst_cluster_window::filterFollowsTheTable()

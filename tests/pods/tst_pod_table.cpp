@@ -14,11 +14,14 @@
 #include "support/StubWindow.h"
 
 #include <QClipboard>
+#include <QContextMenuEvent>
+#include <QApplication>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -295,6 +298,52 @@ private Q_SLOTS:
         pretend("out\n\\n");
         QVERIFY(load());
         QTRY_VERIFY(m_table->containerButtons().empty());
+    }
+
+    void logsOfContainersElseOfPods()
+    {
+        pretend("out\nweb\\ttrue\\tRunning\\t0\\t\\t\\tapp "
+                "side\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpg\\nmq\\ttrue\\tRunning\\t0\\t\\t\\tmq\\n");
+        QVERIFY(load());
+        QTRY_COMPARE(m_table->containerButtons().size(), std::size_t(4));
+        const auto all = [](const char *pod) {
+            return ContainerPair(QLatin1String(pod), QStringLiteral("--all-containers"));
+        };
+        m_table->viewLogs();
+        QVERIFY(m_window->logsOpened.empty());
+        QVERIFY(!m_table->viewLogsObstacle().isEmpty());
+
+        QTest::mouseClick(buttonNamed(QStringLiteral("mq:mq")), Qt::LeftButton);
+        QTest::mouseClick(buttonNamed(QStringLiteral("web:side")), Qt::LeftButton);
+        selectRows({0, 1});
+        m_table->viewLogs(); // the buttons come first, and go off
+        QVERIFY(m_table->selectedContainerPairs().empty());
+        m_table->viewLogs();
+        const auto fromMenuOf = [this](int row) {
+            QMetaObject::invokeMethod(
+                this,
+                [] {
+                    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+                    for (QAction *action : menu->actions()) {
+                        if (action->text() == QLatin1String("View Logs")) {
+                            action->trigger();
+                        }
+                    }
+                    menu->close();
+                },
+                Qt::QueuedConnection);
+            QWidget *viewport = m_table->tableView().viewport();
+            const QPoint where
+                = m_table->tableView().visualRect(m_table->arrangedObjects().index(row, 0)).center();
+            QContextMenuEvent event(QContextMenuEvent::Mouse, where, viewport->mapToGlobal(where));
+            QCoreApplication::sendEvent(viewport, &event);
+        };
+        fromMenuOf(1); // one of the selected rows means all of them
+        fromMenuOf(2); // another row means that row
+        const std::vector<std::vector<ContainerPair>> expected{
+            {{QStringLiteral("web"), QStringLiteral("side")}, {QStringLiteral("mq"), QStringLiteral("mq")}},
+            {all("web"), all("db")}, {all("web"), all("db")}, {all("mq")}};
+        QCOMPARE(m_window->logsOpened, expected);
     }
 
     void deletesWhatTheUserSawAndNothingElse()

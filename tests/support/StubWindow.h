@@ -24,10 +24,13 @@ public:
         completion(agrees);
     }
 
+    void openLogs(const std::vector<ContainerPair> &containers) override { logsOpened.push_back(containers); }
+
     QString context;
     QString nameSpace;
     KubeCtl facade;
     RecordingConsole recorded;
+    std::vector<std::vector<ContainerPair>> logsOpened;
     bool agrees = true;
     int agreementsAsked = 0;
     std::function<void()> whenAsked;
