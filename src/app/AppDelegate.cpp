@@ -10,11 +10,12 @@
 #include "platform/MainQueue.h"
 #include "platform/ProcessKeeper.h"
 #include "platform/UserDefaults.h"
+#include "pods/CombinedLogsWindowController.h"
 #include "pods/ConsoleViewController.h"
 #include "resources/PreviewFiles.h"
 #include "resources/WindowState.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -176,6 +177,11 @@ void AppDelegate::applicationWillTerminate()
     delete m_preferencesController;
     delete m_aboutController;
     qDeleteAll(frames());
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (auto *logs = qobject_cast<CombinedLogsWindowController *>(window)) {
+            delete logs;
+        }
+    }
     ProcessKeeper::instance().endAll(graceAtQuit);
     PreviewFiles::removeAll();
     userDefaults().flush();
