@@ -7,7 +7,7 @@ namespace tidewright {
 
 namespace {
 
-constexpr qint64 blockLength = 64; // numbers per checkpoint
+constexpr qint64 blockLength = 128; // numbers per checkpoint
 
 } // namespace
 

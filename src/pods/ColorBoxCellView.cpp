@@ -19,6 +19,9 @@ ColorBoxCellView::ColorBoxCellView(QWidget *parent)
     setAttribute(Qt::WA_TransparentForMouseEvents); // the table hears the click
     m_colorBox->setFixedSize(side, side);
     m_colorBox->setFrameShape(QFrame::Box);
+    // In a table the roles would be the table's.
+    m_colorBox->setBackgroundRole(QPalette::Window);
+    m_colorBox->setForegroundRole(QPalette::WindowText);
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 0);
     layout->addWidget(m_colorBox, 0, Qt::AlignCenter);

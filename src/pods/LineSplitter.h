@@ -15,7 +15,7 @@ class LineSplitter
 {
 public:
     /// About the bytes of the longest line.
-    static constexpr qsizetype longestLine = 8192;
+    static constexpr qsizetype longestLine = 4096;
 
     /// Takes the next piece, valid UTF-8, and adds the positions at which lines begin to `starts`, counted in
     /// bytes from the beginning of the text. A line is only there once its first byte is.

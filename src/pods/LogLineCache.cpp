@@ -26,7 +26,8 @@ const LogLineLayout &LogLineCache::layout(qint64 line)
     const LogProjection &shown = m_document.shown();
     const qint64 start = shown.lineStart(line);
     const qint64 end = shown.lineEnd(line);
-    if (Entry *known = m_lines.object(line); known && known->end == end) {
+    if (Entry *known = m_lines.object(line);
+        known && known->end == end && known->layout.covers(m_neededWidth)) {
         return known->layout;
     }
     const std::vector<LogRange> ranges = shown.ranges(start, end);
@@ -39,8 +40,8 @@ const LogLineLayout &LogLineCache::layout(qint64 line)
         }
         before += range.length;
     }
-    auto *entry
-        = new Entry{end, {makeLineText(m_document.bytes().read(ranges), sources), m_appearance, m_wrapWidth}};
+    auto *entry = new Entry{end,
+        {makeLineText(m_document.bytes().read(ranges), sources), m_appearance, m_wrapWidth, m_neededWidth}};
     m_lines.insert(line, entry);
     return entry->layout;
 }

@@ -26,6 +26,8 @@ public:
     LogAppearance &changeAppearance();
     /// 0 does not wrap.
     void setWrapWidth(qreal width);
+    /// Without wrapping, what lies farther to the right than this need not be laid out.
+    void setNeededWidth(qreal width) { m_neededWidth = width; }
     /// Something else is shown.
     void clear() { m_lines.clear(); }
 
@@ -39,6 +41,7 @@ private:
     const LogDocument &m_document;
     LogAppearance m_appearance;
     qreal m_wrapWidth = 0;
+    qreal m_neededWidth = 0;
     QCache<qint64, Entry> m_lines;
 };
 

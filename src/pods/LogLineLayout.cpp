@@ -40,24 +40,30 @@ QColor LogAppearance::backgroundOf(const LogLook &look) const
     return look.background ? QColor(*look.background) : QColor();
 }
 
-LogLineLayout::LogLineLayout(LogLineText text, const LogAppearance &appearance, qreal width)
+LogLineLayout::LogLineLayout(LogLineText text, const LogAppearance &appearance, qreal width, qreal needed)
     : m_text(std::move(text))
     , m_appearance(appearance)
 {
+    const qsizetype length = m_text.text.size();
     if (!m_text.isGrid) {
-        layOut(width);
+        // A layout costs about a microsecond for each character: no more of them than can be seen.
+        qsizetype units = width > 0 ? length : static_cast<qsizetype>(needed / appearance.cellWidth) + 64;
+        do {
+            layOut(width, std::min(units, length));
+            units *= 2;
+        } while (!covers(needed));
         return;
     }
-    const qsizetype length = m_text.text.size();
+    m_laidOut = length;
     m_columns
         = width > 0 ? std::max<qsizetype>(1, static_cast<qsizetype>(width / appearance.cellWidth)) : length;
     m_columns = std::max<qsizetype>(m_columns, 1);
     m_rows = static_cast<int>(std::max<qsizetype>(1, (length + m_columns - 1) / m_columns));
 }
 
-void LogLineLayout::layOut(qreal width)
+void LogLineLayout::layOut(qreal width, qsizetype units)
 {
-    m_layout = std::make_unique<QTextLayout>(m_text.text, m_appearance.font);
+    m_layout = std::make_unique<QTextLayout>(m_text.text.left(units), m_appearance.font);
     QTextOption option;
     option.setWrapMode(width > 0 ? QTextOption::WrapAnywhere : QTextOption::NoWrap);
     // Lines stand at the left whatever they begin with, as in a terminal.
@@ -66,7 +72,10 @@ void LogLineLayout::layOut(qreal width)
     QList<QTextLayout::FormatRange> formats;
     for (std::size_t i = 0; i < m_text.runs.size(); ++i) {
         const qsizetype start = m_text.runs[i].start;
-        const qsizetype end = i + 1 < m_text.runs.size() ? m_text.runs[i + 1].start : m_text.text.size();
+        const qsizetype end = i + 1 < m_text.runs.size() ? m_text.runs[i + 1].start : units;
+        if (start >= units) {
+            break;
+        }
         formats.append(
             {static_cast<int>(start), static_cast<int>(end - start), formatOf(m_text.runs[i].look)});
     }
@@ -84,6 +93,11 @@ void LogLineLayout::layOut(qreal width)
     }
     m_layout->endLayout();
     m_rows = std::max(1, m_layout->lineCount());
+    m_laidOut = units;
+    m_widest = 0;
+    for (int row = 0; row < m_layout->lineCount(); ++row) {
+        m_widest = std::max(m_widest, m_layout->lineAt(row).naturalTextWidth());
+    }
 }
 
 QTextCharFormat LogLineLayout::formatOf(const LogLook &look) const
@@ -107,11 +121,7 @@ qreal LogLineLayout::width() const
     if (!m_layout) {
         return static_cast<qreal>(std::min(m_text.text.size(), m_columns)) * m_appearance.cellWidth;
     }
-    qreal widest = 0;
-    for (int row = 0; row < m_layout->lineCount(); ++row) {
-        widest = std::max(widest, m_layout->lineAt(row).naturalTextWidth());
-    }
-    return widest;
+    return m_widest + static_cast<qreal>(m_text.text.size() - m_laidOut) * m_appearance.cellWidth;
 }
 
 int LogLineLayout::rowOf(qsizetype unit) const
@@ -128,8 +138,10 @@ qreal LogLineLayout::xOf(qsizetype unit) const
     if (!m_layout) {
         return static_cast<qreal>(unit - rowStart(rowOf(unit))) * m_appearance.cellWidth;
     }
-    const QTextLine line = m_layout->lineForTextPosition(static_cast<int>(unit));
-    return line.isValid() ? line.cursorToX(static_cast<int>(unit)) : 0;
+    const qsizetype inside = std::min(unit, m_laidOut);
+    const QTextLine line = m_layout->lineForTextPosition(static_cast<int>(inside));
+    const qreal x = line.isValid() ? line.cursorToX(static_cast<int>(inside)) : 0;
+    return x + static_cast<qreal>(unit - inside) * m_appearance.cellWidth;
 }
 
 qsizetype LogLineLayout::rowStart(int row) const

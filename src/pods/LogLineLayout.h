@@ -40,14 +40,18 @@ struct LogHighlight
 class LogLineLayout
 {
 public:
-    /// Rows are at most `width` wide; 0 does not wrap.
-    LogLineLayout(LogLineText text, const LogAppearance &appearance, qreal width);
+    /// Rows are at most `width` wide; 0 does not wrap, and then only the first `needed` pixels are sure to be
+    /// laid out.
+    LogLineLayout(LogLineText text, const LogAppearance &appearance, qreal width, qreal needed);
     LogLineLayout(const LogLineLayout &) = delete;
     LogLineLayout &operator=(const LogLineLayout &) = delete;
 
     const LogLineText &text() const { return m_text; }
     int rows() const { return m_rows; }
+    /// Of the widest row; a guess when not all is laid out.
     qreal width() const;
+    /// Whether the first so many pixels are laid out.
+    bool covers(qreal needed) const { return m_laidOut == m_text.text.size() || m_widest >= needed; }
     /// The row of a unit, and its horizontal place.
     int rowOf(qsizetype unit) const;
     qreal xOf(qsizetype unit) const;
@@ -61,7 +65,7 @@ public:
         const std::vector<LogHighlight> &highlights) const;
 
 private:
-    void layOut(qreal width);
+    void layOut(qreal width, qsizetype units);
     void drawGridRow(QPainter &painter, QPointF origin, int row, qreal left, qreal right,
         const std::vector<LogHighlight> &highlights) const;
     void drawCells(QPainter &painter, QPointF origin, qsizetype start, qsizetype end, const LogLook &look,
@@ -71,6 +75,8 @@ private:
     const LogLineText m_text;
     const LogAppearance &m_appearance;
     int m_rows = 1;
+    qsizetype m_laidOut = 0; ///< units, all but in a long line that is not wrapped
+    qreal m_widest = 0; ///< of what is laid out
     qsizetype m_columns = 0; ///< of a grid's row
     std::unique_ptr<QTextLayout> m_layout; ///< null for a grid
 };

@@ -102,7 +102,13 @@ void LogView::updateWrapWidth()
     m_lines.setWrapWidth(m_wrapping
             ? std::max<qreal>(viewport()->width() - margin - margin / 2, appearance().cellWidth * 8)
             : 0);
+    updateNeededWidth();
     setHorizontalScrollBarPolicy(m_wrapping ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
+}
+
+void LogView::updateNeededWidth()
+{
+    m_lines.setNeededWidth(m_wrapping ? 0 : horizontalScrollBar()->value() + viewport()->width());
 }
 
 /// Rows are laid out anew; the character at the top stays there.
@@ -254,6 +260,7 @@ void LogView::updateScrollBars(const Top &bottom)
 void LogView::scrollContentsBy(int dx, int dy)
 {
     if (dx != 0) {
+        updateNeededWidth();
         viewport()->update();
     }
     if (dy != 0) {

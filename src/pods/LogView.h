@@ -98,6 +98,7 @@ private:
     void setTop(Top top);
     void keepTopWhile(const std::function<void()> &change);
     void updateWrapWidth();
+    void updateNeededWidth();
     int lineHeight(qint64 line) { return m_lines.rows(line) * appearance().rowHeight; }
     int pageHeight() const;
     qint64 lastLine() const { return m_document.shown().lineCount() - 1; }
