@@ -60,4 +60,5 @@ wait %1 2>/dev/null || true
 start_demo_cluster --pods 30000
 "$kubectl" get po --all-namespaces "$listing_template" >"$work/listing"
 "$build/bin/bench-table" "$work/listing" || status=1
+"$build/bin/bench-logs" || status=1
 exit $status

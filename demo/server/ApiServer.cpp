@@ -176,7 +176,9 @@ void ApiServer::serveResource(const ApiCall &call)
 void ApiServer::control(const httplib::Request &request, httplib::Response &response)
 {
     json wanted = request.body.empty() ? json::object() : json::parse(request.body, nullptr, false);
-    answer(response, toText(m_disturbance.change(wanted)));
+    json settings = m_disturbance.change(wanted);
+    settings["logLines"] = m_logPace.lines();
+    answer(response, toText(settings));
 }
 
 } // namespace tidewright::demo

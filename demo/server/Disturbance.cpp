@@ -48,10 +48,12 @@ void Disturbance::pass()
 json Disturbance::change(const json &wanted)
 {
     if (!wanted.is_object())
-        throw ApiError::badRequest("the body must be an object with hang, fail, latency or logRate");
+        throw ApiError::badRequest("the body must be an object with hang, fail, latency, logRate or logPause");
     const std::lock_guard lock(m_mutex);
-    if (wanted.contains("hang") && !wanted["hang"].is_boolean())
-        throw ApiError::badRequest("hang must be true or false");
+    for (const char *name : {"hang", "logPause"}) {
+        if (wanted.contains(name) && !wanted[name].is_boolean())
+            throw ApiError::badRequest(std::string(name) + " must be true or false");
+    }
     const int latency = int(numberFrom(wanted, "latency", 0, 600000, m_latencyMs));
     const int failCode = int(numberFrom(wanted, "fail", 0, 599, m_failCode));
     if (failCode != 0 && failCode < 400)
@@ -60,14 +62,22 @@ json Disturbance::change(const json &wanted)
     m_latencyMs = latency;
     m_failCode = failCode;
     m_hang = flagAt(wanted, "/hang", m_hang);
+    m_logPause = flagAt(wanted, "/logPause", m_logPause);
     m_mended.notify_all();
-    return {{"hang", m_hang}, {"fail", m_failCode}, {"latency", m_latencyMs}, {"logRate", m_logRate}};
+    return {{"hang", m_hang}, {"fail", m_failCode}, {"latency", m_latencyMs}, {"logRate", m_logRate},
+        {"logPause", m_logPause}};
 }
 
 double Disturbance::logRate() const
 {
     const std::lock_guard lock(m_mutex);
     return m_logRate;
+}
+
+bool Disturbance::logsPaused() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_logPause;
 }
 
 } // namespace tidewright::demo

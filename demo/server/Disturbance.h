@@ -20,11 +20,12 @@ public:
     // ApiError while it fails.
     void pass();
 
-    // {"hang": bool, "fail": code or 0, "latency": ms, "logRate": lines per second}, each optional. Throws
-    // ApiError 400. Returns the settings now in force.
+    // {"hang": bool, "fail": code or 0, "latency": ms, "logRate": lines per second, "logPause": bool}, each
+    // optional. Throws ApiError 400. Returns the settings now in force.
     json change(const json &wanted);
 
     double logRate() const;
+    bool logsPaused() const;
 
 private:
     mutable std::mutex m_mutex;
@@ -33,6 +34,7 @@ private:
     int m_failCode;
     int m_latencyMs;
     double m_logRate;
+    bool m_logPause = false;
 };
 
 } // namespace tidewright::demo

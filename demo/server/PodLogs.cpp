@@ -109,12 +109,16 @@ std::string stampedLine(const LogStream &stream, std::uint64_t number)
 bool writeLines(LogStream &stream, httplib::DataSink &sink, std::uint64_t until)
 {
     std::string piece;
+    const std::uint64_t first = stream.next;
     while (stream.next < until && piece.size() < pieceSize)
         piece += stampedLine(stream, stream.next++);
     if (piece.size() > stream.bytesLeft)
         piece.resize(stream.bytesLeft);
     stream.bytesLeft -= piece.size();
-    return piece.empty() || sink.write(piece.data(), piece.size());
+    if (!piece.empty() && !sink.write(piece.data(), piece.size()))
+        return false;
+    stream.share.countLines(stream.next - first);
+    return true;
 }
 
 bool podIsThere(const LogStream &stream)
@@ -127,7 +131,8 @@ bool podIsThere(const LogStream &stream)
 // noticed.
 std::uint64_t waitForLines(LogStream &stream)
 {
-    const double rate = stream.voice.isSilent() ? 0 : stream.share.rate(stream.disturbance.logRate());
+    const bool isStill = stream.voice.isSilent() || stream.disturbance.logsPaused();
+    const double rate = isStill ? 0 : stream.share.rate(stream.disturbance.logRate());
     const double untilNext = rate > 0 ? (1 - stream.due) / rate : 0.5;
     std::this_thread::sleep_for(std::chrono::duration<double>(std::clamp(untilNext, 0.02, 0.5)));
     const Clock::time_point present = Clock::now();

@@ -11,11 +11,12 @@
 #include "platform/MainQueue.h"
 #include "platform/ProcessKeeper.h"
 #include "platform/UserDefaults.h"
+#include "pods/CombinedLogsWindowController.h"
 #include "pods/ConsoleViewController.h"
 #include "resources/PreviewFiles.h"
 #include "resources/WindowState.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
@@ -200,6 +201,11 @@ void AppDelegate::applicationWillTerminate()
     delete m_preferencesController;
     delete m_aboutController;
     qDeleteAll(frames());
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (auto *logs = qobject_cast<CombinedLogsWindowController *>(window)) {
+            delete logs;
+        }
+    }
     m_writer.finish(graceForKubeConfig);
     ProcessKeeper::instance().endAll(graceAtQuit);
     PreviewFiles::removeAll();

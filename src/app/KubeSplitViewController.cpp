@@ -4,6 +4,8 @@
 #include "app/KubeConfigWriter.h"
 #include "core/ApplicationRecord.h"
 #include "platform/MainQueue.h"
+#include "pods/CombinedLogsViewController.h"
+#include "pods/CombinedLogsWindowController.h"
 #include "resources/LoadProblem.h"
 
 #include <utility>
@@ -308,6 +310,17 @@ void KubeSplitViewController::stopWaiting()
         m_namespaceError = tr("Loading was stopped.");
         namespacesLoaded(++m_namespaceRequest, {});
     }
+}
+
+void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &containers)
+{
+    auto *window = new CombinedLogsWindowController; // its own from now on: it goes when the user closes it
+    CombinedLogsViewController &content = window->contentController();
+    content.containers = containers;
+    content.kubeConfigPath = m_kubeCtl.configPath;
+    content.context = m_currentContext;
+    content.nameSpace = m_currentNamespace;
+    window->show();
 }
 
 void KubeSplitViewController::windowDidBecomeMain()

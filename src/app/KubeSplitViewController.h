@@ -41,6 +41,7 @@ public:
     QDateTime waitingSince() const override { return m_waitingSince; }
     void retryLoading() override;
     void stopWaiting() override;
+    void openLogs(const std::vector<ContainerPair> &containers) override;
 
     void setConsole(Console *console) { m_console = console; }
     /// The namespace last chosen in each context, as the settings have it.

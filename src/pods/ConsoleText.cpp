@@ -59,18 +59,6 @@ qsizetype endOfFunction(QStringView text, qsizetype at, char16_t function)
     }
 }
 
-/// Where the escape sequence ends whose ESC stands before `at`.
-qsizetype endOfEscape(QStringView text, qsizetype at)
-{
-    if (at < text.size() && isBetween(text[at].unicode(), 0x40, 0x5F)) {
-        return endOfFunction(text, at + 1, text[at].unicode());
-    }
-    while (at < text.size() && isBetween(text[at].unicode(), 0x20, 0x2F)) {
-        ++at;
-    }
-    return at < text.size() && isBetween(text[at].unicode(), 0x30, 0x7E) ? at + 1 : at;
-}
-
 bool isLineEnd(char16_t unit)
 {
     return isBetween(unit, u'\n', u'\r') || unit == 0x85 || unit == 0x2028 || unit == 0x2029;
@@ -98,6 +86,17 @@ void eraseLast(QString &line)
 }
 
 } // namespace
+
+qsizetype endOfEscape(QStringView text, qsizetype at)
+{
+    if (at < text.size() && isBetween(text[at].unicode(), 0x40, 0x5F)) {
+        return endOfFunction(text, at + 1, text[at].unicode());
+    }
+    while (at < text.size() && isBetween(text[at].unicode(), 0x20, 0x2F)) {
+        ++at;
+    }
+    return at < text.size() && isBetween(text[at].unicode(), 0x30, 0x7E) ? at + 1 : at;
+}
 
 QString shortened(const QString &text, qsizetype limit)
 {

@@ -23,6 +23,10 @@ QString shortened(const QString &text, qsizetype limit);
 /// rearrange the text around them, or that a text document keeps for itself, do not get through.
 QString withoutControls(QStringView text);
 
+/// Where the escape sequence ends (ECMA-48) whose ESC stands before `at`. A control string without an end counts
+/// as its first two characters.
+qsizetype endOfEscape(QStringView text, qsizetype at);
+
 /// "yyyy-MM-dd HH:mm:ss" in UTC, with European digits.
 QString logDate(const QDateTime &date);
 

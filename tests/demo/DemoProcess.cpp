@@ -58,7 +58,7 @@ Outcome DemoProcess::kubectl(const QStringList &arguments, int timeoutMs, const 
         QString::fromUtf8(process.readAllStandardError())};
 }
 
-bool DemoProcess::control(const QByteArray &settings) const
+bool DemoProcess::control(const QByteArray &settings, QByteArray *answer) const
 {
     QFile file(m_kubeconfig);
     if (!file.open(QIODevice::ReadOnly))
@@ -78,6 +78,8 @@ bool DemoProcess::control(const QByteArray &settings) const
         && ::send(socket, request.constData(), size_t(request.size()), 0) == request.size()
         && ::recv(socket, reply.data(), size_t(reply.size()), 0) > 0;
     ::close(socket);
+    if (answer)
+        *answer = reply;
     return sent && reply.startsWith("HTTP/1.1 200");
 }
 

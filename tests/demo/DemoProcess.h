@@ -29,8 +29,8 @@ public:
     // Ready to start; the caller starts and ends it.
     void prepareKubectl(QProcess &process, const QStringList &arguments) const;
 
-    // POST /demo/control.
-    bool control(const QByteArray &settings) const;
+    // POST /demo/control; `answer` gets the reply with its head.
+    bool control(const QByteArray &settings, QByteArray *answer = nullptr) const;
 
     QString writeFile(const QString &name, const QByteArray &content) const;
 

@@ -1,0 +1,285 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/CombinedLogsViewController.h"
+
+#include "core/ApplicationRecord.h"
+#include "platform/Diagnostics.h"
+#include "platform/MainQueue.h"
+#include "pods/ColorIndexView.h"
+#include "pods/ConsoleStyle.h"
+#include "resources/NamedImages.h"
+
+#include <QDir>
+#include <QFile>
+#include <QScrollBar>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tidewright {
+
+namespace {
+
+constexpr int indexTop = 20;
+constexpr int indexRight = 16;
+constexpr qsizetype errorsKept = 4000;
+constexpr int errorsInHint = 4;
+
+/// Where a log's file may lie: on the disk rather than in memory.
+QStringList logFolders()
+{
+    return {cacheDirectory(), QStringLiteral("/var/tmp"), QDir::tempPath()};
+}
+
+/// Says that a stream has ended when the last who knows of it lets go.
+class EndNotice
+{
+public:
+    EndNotice(std::shared_ptr<LogIntake> intake, int source)
+        : m_intake(std::move(intake))
+        , m_source(source)
+    {
+    }
+    ~EndNotice() { m_intake->end(m_source); }
+    EndNotice(const EndNotice &) = delete;
+    EndNotice &operator=(const EndNotice &) = delete;
+
+    LogIntake &intake() const { return *m_intake; }
+
+private:
+    const std::shared_ptr<LogIntake> m_intake;
+    const int m_source;
+};
+
+} // namespace
+
+CombinedLogsViewController::CombinedLogsViewController(QWidget *parent)
+    : QWidget(parent)
+    , foregroundColors{namedColour(QStringLiteral("solarized-base2")),
+          namedColour(QStringLiteral("solarized-yellow")), namedColour(QStringLiteral("solarized-blue")),
+          namedColour(QStringLiteral("solarized-orange")), namedColour(QStringLiteral("solarized-cyan"))}
+    , m_document(logFolders())
+    , m_logTextView(new LogView(m_document))
+    , m_colorIndexView(new ColorIndexView(this))
+{
+    logAttributes.setBackground(namedColour(QStringLiteral("solarized-base03")));
+    logAttributes.setFont(console_style::font());
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_logTextView);
+    m_colorIndexView->raise();
+    m_colorIndexView->hide();
+    connect(
+        m_colorIndexView, &ColorIndexView::sourceClicked, this, &CombinedLogsViewController::toggleSource);
+    connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::stopWhenFull);
+    const QPointer<CombinedLogsViewController> self(this);
+    m_intake = std::make_shared<LogIntake>([self] {
+        postToMain(self, [](CombinedLogsViewController &controller) { controller.takePieces(); });
+    });
+}
+
+CombinedLogsViewController::~CombinedLogsViewController()
+{
+    windowWillClose();
+    delete m_logTextView; // before the document that it shows
+}
+
+QTableWidget *CombinedLogsViewController::colorIndexTableView() const
+{
+    return m_colorIndexView->table();
+}
+
+QString CombinedLogsViewController::title() const
+{
+    QStringList names;
+    for (const auto &[pod, container] : containers) {
+        names.append(container);
+    }
+    return nameSpace + QLatin1String(" Logs | ") + names.join(QLatin1Char(','));
+}
+
+void CombinedLogsViewController::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    viewDidAppear();
+}
+
+void CombinedLogsViewController::viewDidAppear()
+{
+    if (m_appeared) {
+        return;
+    }
+    m_appeared = true;
+    window()->setWindowTitle(title());
+    m_logTextView->setTextFont(logAttributes.font());
+    m_logTextView->setSourceColours({foregroundColors.cbegin(), foregroundColors.cend()});
+    if (containers.empty()) {
+        writeDiagnostic(QStringLiteral("No containers"));
+        updateHint();
+        return;
+    }
+    startStreams();
+    for (std::size_t i = 0; i < containers.size(); ++i) {
+        m_colorIndexView->addRow(containers[i].first + QLatin1Char(':') + containers[i].second,
+            foregroundColors[i % foregroundColors.size()]);
+        updateSource(static_cast<int>(i));
+    }
+    placeColorIndex();
+    m_colorIndexView->show();
+    m_colorIndexView->announce();
+    updateHint();
+}
+
+void CombinedLogsViewController::startStreams()
+{
+    m_document.clear();
+    m_sources.resize(containers.size());
+    for (std::size_t i = 0; i < containers.size(); ++i) {
+        startStream(static_cast<int>(i));
+    }
+}
+
+void CombinedLogsViewController::startStream(int index)
+{
+    const auto &[pod, container] = containers[static_cast<std::size_t>(index)];
+    const std::shared_ptr<Shell> shell = Shell::create();
+    if (!kubeConfigPath.isEmpty()) {
+        shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
+    }
+    m_shells.push_back(shell);
+    const auto notice = std::make_shared<EndNotice>(m_intake, index);
+    shell->runStreaming(
+        {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
+            QLatin1String("--context=") + context, QLatin1String("-n") + nameSpace, pod, container},
+        [notice, index](const QString &output, const std::optional<QString> &error) {
+            if (!output.isEmpty()) {
+                notice->intake().put({index, LogIntake::Piece::Kind::Output, output});
+            } else if (error) {
+                notice->intake().put({index, LogIntake::Piece::Kind::Error, *error});
+            }
+        });
+}
+
+void CombinedLogsViewController::takePieces()
+{
+    bool changed = false;
+    for (const LogIntake::Piece &piece : m_intake->take()) {
+        if (piece.kind == LogIntake::Piece::Kind::Output) {
+            m_document.append(piece.source, piece.text);
+            continue;
+        }
+        Source &source = m_sources[static_cast<std::size_t>(piece.source)];
+        const bool isFirst = source.errors.isEmpty();
+        if (piece.kind == LogIntake::Piece::Kind::End) {
+            source.ended = true;
+        } else {
+            source.errors = QString(source.errors + piece.text).right(errorsKept);
+        }
+        updateSource(piece.source);
+        changed = true;
+        if (isFirst && !source.errors.isEmpty()) {
+            placeColorIndex();
+            m_colorIndexView->announce();
+        }
+    }
+    if (changed) {
+        if (!hasRunningStreams()) {
+            m_document.finish();
+        }
+        updateHint();
+        Q_EMIT sourcesChanged();
+    }
+}
+
+bool CombinedLogsViewController::hasRunningStreams() const
+{
+    return std::any_of(
+        m_sources.cbegin(), m_sources.cend(), [](const Source &source) { return !source.ended; });
+}
+
+void CombinedLogsViewController::stopWhenFull()
+{
+    if (m_document.isFull()) {
+        for (const auto &shell : m_shells) {
+            shell->cancel();
+        }
+    }
+}
+
+void CombinedLogsViewController::windowWillClose()
+{
+    if (m_closed) {
+        return;
+    }
+    m_closed = true;
+    m_intake->close();
+    for (const auto &shell : m_shells) {
+        const std::shared_ptr<ChildProcess> process = shell->process();
+        const bool isRunning = process && process->isRunning();
+        shell->cancel(); // also one whose child is only about to start
+        if (isRunning) {
+            writeDiagnostic(QStringLiteral("Process terminated"));
+        }
+    }
+}
+
+void CombinedLogsViewController::toggleSource(int row)
+{
+    m_document.setSourceHidden(row, !m_document.isSourceHidden(row));
+    updateSource(row);
+    placeColorIndex();
+    Q_EMIT sourcesChanged();
+}
+
+void CombinedLogsViewController::updateSource(int index)
+{
+    const Source &source = m_sources[static_cast<std::size_t>(index)];
+    ColorIndexView::State state;
+    state.hidden = m_document.isSourceHidden(index);
+    state.details = source.errors;
+    if (source.errors.isEmpty()) {
+        state.text = source.ended ? tr("ended") : tr("running");
+        state.image = source.ended ? QStringLiteral("statusCompleted") : QStringLiteral("NSStatusAvailable");
+    } else {
+        state.text = source.ended ? tr("ended, error") : tr("running, error");
+        state.image = source.ended ? QStringLiteral("NSStatusUnavailable")
+                                   : QStringLiteral("NSStatusPartiallyAvailable");
+    }
+    m_colorIndexView->setState(index, state);
+}
+
+void CombinedLogsViewController::updateHint()
+{
+    if (containers.empty()) {
+        m_logTextView->setHint(tr("There are no containers to follow."));
+    } else if (hasRunningStreams()) {
+        m_logTextView->setHint(containers.size() == 1
+                ? tr("Waiting for output of 1 container…")
+                : tr("Waiting for output of %1 containers…").arg(containers.size()));
+    } else {
+        QStringList lines{tr("No container has written anything, and none is followed any more.")};
+        for (std::size_t i = 0; i < m_sources.size() && lines.size() <= errorsInHint; ++i) {
+            if (!m_sources[i].errors.isEmpty()) {
+                lines.append(containers[i].first + QLatin1String(": ") + m_sources[i].errors.trimmed());
+            }
+        }
+        m_logTextView->setHint(lines.join(QLatin1String("\n\n")));
+    }
+}
+
+void CombinedLogsViewController::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    placeColorIndex();
+}
+
+/// At the right, beside the scroll bar; its top edge stays where it is whatever its height.
+void CombinedLogsViewController::placeColorIndex()
+{
+    const int bar = m_logTextView->verticalScrollBar()->sizeHint().width();
+    const QSize size = m_colorIndexView->fittingSize(QSize(width() / 2, height() - 2 * indexTop));
+    m_colorIndexView->setGeometry(
+        width() - size.width() - bar - indexRight, indexTop, size.width(), std::max(0, size.height()));
+}
+
+} // namespace tidewright

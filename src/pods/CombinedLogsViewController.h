@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/Shell.h"
+#include "pods/LogIntake.h"
+#include "pods/LogView.h"
+#include "resources/WindowState.h"
+
+#include <QTextCharFormat>
+
+#include <array>
+
+class QTableWidget;
+
+namespace tidewright {
+
+class ColorIndexView;
+
+/// The content of a logs window: follows the logs of containers, each with a `kubectl logs -f` of its own, in
+/// one text, each in its own colour. Set the fields, then show it; the streams start once and end with the
+/// window. Main thread.
+class CombinedLogsViewController : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit CombinedLogsViewController(QWidget *parent = nullptr);
+    ~CombinedLogsViewController() override;
+
+    /// What to follow, in the order of the colour index.
+    std::vector<ContainerPair> containers;
+    /// Empty for kubectl's own.
+    QString kubeConfigPath;
+    QString context;
+    QString nameSpace;
+
+    /// How one stream is doing.
+    struct Source
+    {
+        bool ended = false;
+        QString errors; ///< the end of what it wrote to standard error
+    };
+    const std::vector<Source> &sources() const { return m_sources; }
+    /// One for each started stream, in the order of the containers.
+    const std::vector<std::shared_ptr<Shell>> &shells() const { return m_shells; }
+    bool hasRunningStreams() const;
+
+    /// Stream n takes entry n modulo their number; an invalid colour is absent.
+    std::array<QColor, 5> foregroundColors;
+    /// Of all text; the foreground comes from the palette.
+    QTextCharFormat logAttributes;
+
+    LogDocument &document() { return m_document; }
+    LogView *logTextView() const { return m_logTextView; }
+    ColorIndexView *colorIndexView() const { return m_colorIndexView; }
+    QTableWidget *colorIndexTableView() const;
+
+    /// The namespace and the containers' names.
+    QString title() const;
+    /// Starts the streams, the first time.
+    void viewDidAppear();
+    /// Ends the streams that still run.
+    void windowWillClose();
+    void toggleSource(int row);
+
+Q_SIGNALS:
+    /// Something about the streams has changed.
+    void sourcesChanged();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void startStreams();
+    void startStream(int index);
+    void takePieces();
+    void stopWhenFull();
+    void updateSource(int index);
+    void updateHint();
+    void placeColorIndex();
+
+    LogDocument m_document;
+    LogView *m_logTextView;
+    ColorIndexView *m_colorIndexView;
+    std::vector<Source> m_sources;
+    std::vector<std::shared_ptr<Shell>> m_shells;
+    std::shared_ptr<LogIntake> m_intake;
+    bool m_appeared = false;
+    bool m_closed = false;
+};
+
+} // namespace tidewright

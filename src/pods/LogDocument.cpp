@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/LogDocument.h"
+
+#include "platform/MainQueue.h"
+
+#include <QStringEncoder>
+
+#include <algorithm>
+
+namespace tidewright {
+
+namespace {
+
+constexpr int frameMilliseconds = 16;
+constexpr qsizetype mostGathered = 256 * 1024;
+constexpr qint64 longestScan = qint64(64) << 20;
+
+qint64 total(const std::vector<LogRange> &ranges)
+{
+    qint64 sum = 0;
+    for (const LogRange &range : ranges) {
+        sum += range.length;
+    }
+    return sum;
+}
+
+void appendMerged(std::vector<LogRange> &ranges, const LogRange &range)
+{
+    if (!ranges.empty() && ranges.back().end() == range.start) {
+        ranges.back().length += range.length;
+    } else {
+        ranges.push_back(range);
+    }
+}
+
+} // namespace
+
+LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogStore::Write write)
+    : QObject(parent)
+    , m_folders(folders)
+    , m_write(std::move(write))
+{
+    m_frame.setSingleShot(true);
+    m_frame.setTimerType(Qt::PreciseTimer);
+    m_frame.setInterval(frameMilliseconds);
+    m_frame.callOnTimeout(this, &LogDocument::frame);
+    reset();
+}
+
+LogDocument::~LogDocument()
+{
+    if (m_cancelled) {
+        *m_cancelled = true;
+    }
+}
+
+void LogDocument::reset()
+{
+    m_store = std::make_unique<LogStore>(m_folders, m_write);
+    m_runs = std::make_unique<SourceRuns>();
+    m_whole = std::make_unique<LogProjection>();
+    m_splitter = LineSplitter();
+    m_arrivedSize = 0;
+    m_arrivedRuns.clear();
+}
+
+void LogDocument::append(int source, QStringView text)
+{
+    const qsizetype most = text.size() * 3;
+    if (m_arrivedSize + most > m_arrived.size()) {
+        m_arrived.resize(std::max(m_arrivedSize + most, 2 * mostGathered));
+    }
+    QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    char *const begin = m_arrived.data() + m_arrivedSize;
+    const char *const end = encoder.appendToBuffer(begin, text);
+    if (m_arrivedRuns.empty() || m_arrivedRuns.back().source != source) {
+        m_arrivedRuns.push_back({{m_arrivedSize, 0}, source});
+    }
+    m_arrivedSize += end - begin;
+    if (m_arrivedSize >= mostGathered) {
+        commit();
+    }
+    if (!m_frame.isActive()) {
+        m_frame.start();
+    }
+}
+
+void LogDocument::commit()
+{
+    if (m_arrivedSize == 0) {
+        return;
+    }
+    const qint64 before = m_store->size();
+    const QByteArrayView bytes(m_arrived.constData(), m_arrivedSize);
+    const qint64 kept = m_store->append(bytes);
+    for (const SourceRuns::Run &run : m_arrivedRuns) {
+        if (run.range.start < kept) {
+            m_runs->append(before + run.range.start, run.source);
+        }
+    }
+    m_starts.clear();
+    m_splitter.feed(bytes.first(kept), m_starts);
+    m_whole->appendRange({before, kept});
+    m_whole->appendLines(m_starts);
+    m_arrivedSize = 0;
+    m_arrivedRuns.clear();
+}
+
+void LogDocument::frame()
+{
+    commit();
+    scanOn();
+    Q_EMIT appended();
+}
+
+void LogDocument::finish()
+{
+    m_finished = true;
+    m_waitingAt = -1;
+    m_frame.start();
+}
+
+void LogDocument::clear()
+{
+    reset();
+    m_narrowed.reset();
+    m_building.reset();
+    narrow();
+}
+
+std::vector<LogRange> LogDocument::visibleRanges(const LogRange &range) const
+{
+    if (m_hidden.isEmpty()) {
+        return {range};
+    }
+    std::vector<LogRange> ranges;
+    for (const SourceRuns::Run &run : m_runs->runs(range)) {
+        if (!m_hidden.contains(run.source)) {
+            appendMerged(ranges, run.range);
+        }
+    }
+    return ranges;
+}
+
+std::vector<LogRange> LogDocument::shownRanges(const LogRange &range) const
+{
+    return shown().ranges(shown().place(range.start), shown().place(range.end()));
+}
+
+void LogDocument::setSourceHidden(int source, bool hidden)
+{
+    if (hidden != m_hidden.contains(source)) {
+        hidden ? (void)m_hidden.insert(source) : (void)m_hidden.remove(source);
+        narrow();
+    }
+}
+
+void LogDocument::setFilter(const LogPattern &filter)
+{
+    if (filter.isValid() && filter != m_filter) {
+        m_filter = filter;
+        narrow();
+    }
+}
+
+void LogDocument::narrow()
+{
+    if (m_cancelled) {
+        *m_cancelled = true;
+    }
+    m_cancelled = std::make_shared<std::atomic<bool>>(false);
+    ++m_request;
+    m_scanning = false;
+    m_building.reset();
+    if (!isNarrowed()) {
+        m_narrowed.reset();
+        Q_EMIT replaced();
+        return;
+    }
+    m_building = std::make_unique<LogProjection>();
+    scanOn();
+}
+
+void LogDocument::showNarrowed()
+{
+    m_narrowed = std::move(m_building);
+    Q_EMIT replaced();
+}
+
+void LogDocument::scanOn()
+{
+    LogProjection *target = m_building ? m_building.get() : m_narrowed.get();
+    if (!target || m_scanning) {
+        return;
+    }
+    if (m_building && target->size() == 0) {
+        m_narrowedSplitter = LineSplitter();
+        m_examined = 0;
+        m_span = LogScan::usualSpan;
+        m_waitingAt = -1;
+    }
+    if (m_examined >= size() || m_waitingAt == size()) {
+        if (m_building) {
+            showNarrowed();
+        }
+        return;
+    }
+    const qint64 end = std::min(size(), m_examined + m_span);
+    LogScan scan{bytes(), visibleRanges({m_examined, end - m_examined}), m_filter,
+        (m_finished && end == size()) || m_span >= longestScan, m_cancelled};
+    m_scanning = true;
+    logQueue().post([self = QPointer<LogDocument>(this), request = m_request, end, scan = std::move(scan),
+                        splitter = m_narrowedSplitter]() mutable {
+        LogScan::Lines lines = scan.lines(std::move(splitter));
+        postToMain(self,
+            [request, end, ranges = std::move(scan.ranges), lines = std::move(lines)](
+                LogDocument &document) mutable { document.scanned(request, end, ranges, std::move(lines)); });
+    });
+}
+
+void LogDocument::scanned(
+    quint64 request, qint64 end, const std::vector<LogRange> &ranges, LogScan::Lines lines)
+{
+    if (request != m_request) {
+        return;
+    }
+    m_scanning = false;
+    LogProjection &target = m_building ? *m_building : *m_narrowed;
+    for (const LogRange &range : lines.ranges) {
+        target.appendRange(range);
+    }
+    target.appendLines(lines.starts);
+    m_narrowedSplitter = std::move(lines.splitter);
+    const bool isComplete = lines.consumed == total(ranges);
+    if (!isComplete && lines.consumed == 0 && end < size()) {
+        m_span *= 2; // a line that is longer than that
+    } else {
+        m_span = LogScan::usualSpan;
+        m_waitingAt = isComplete || end < size() ? -1 : end;
+    }
+    m_examined = end;
+    for (qint64 left = lines.consumed; const LogRange &range : ranges) {
+        if (!isComplete && left < range.length) {
+            m_examined = range.start + left;
+            break;
+        }
+        left -= range.length;
+    }
+    if (m_building) {
+        showNarrowed();
+    }
+    Q_EMIT appended();
+    scanOn();
+}
+
+} // namespace tidewright

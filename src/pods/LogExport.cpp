@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/LogExport.h"
+
+#include "platform/MainQueue.h"
+#include "pods/LogScan.h"
+
+#include <QSaveFile>
+
+namespace tidewright {
+
+namespace {
+
+constexpr qint64 block = qint64(1) << 20;
+
+} // namespace
+
+LogExport::LogExport(LogBytes bytes, const QString &path, QObject *parent)
+    : QObject(parent)
+    , m_path(path)
+{
+    logQueue().post(
+        [self = QPointer<LogExport>(this), bytes = std::move(bytes), path, cancelled = m_cancelled] {
+            QSaveFile file(path);
+            bool written = file.open(QIODevice::WriteOnly);
+            int percent = 0;
+            for (qint64 at = 0; written && at < bytes.size() && !*cancelled;) {
+                const QByteArrayView piece = bytes.piece(at, block);
+                written = file.write(piece.data(), piece.size()) == piece.size();
+                at += piece.size();
+                if (const int now = static_cast<int>(at * 100 / bytes.size()); now != percent) {
+                    percent = now;
+                    postToMain(self, [now](LogExport &output) { Q_EMIT output.progressed(now); });
+                }
+            }
+            if (*cancelled) {
+                return; // the unfinished file goes away
+            }
+            written = written && file.commit();
+            const QString problem = written ? QString() : file.errorString();
+            postToMain(self, [problem](LogExport &output) { Q_EMIT output.finished(problem); });
+        });
+}
+
+LogExport::~LogExport()
+{
+    *m_cancelled = true;
+}
+
+} // namespace tidewright

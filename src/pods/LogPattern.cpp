@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/LogPattern.h"
+
+#include "pods/LogLineText.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tidewright {
+
+namespace {
+
+constexpr qsizetype windowLength = 64 * 1024;
+constexpr qsizetype windowOverlap = 4 * 1024;
+
+bool isAscii(const QString &text)
+{
+    return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() < 0x80; });
+}
+
+char lowerCase(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+}
+
+/// Where the bytes stand next, in whatever case; null when nowhere.
+const char *findInAnyCase(const char *from, const char *end, const QByteArray &lower)
+{
+    const auto found = std::search(
+        from, end, lower.cbegin(), lower.cend(), [](char a, char b) { return lowerCase(a) == b; });
+    return found == end ? nullptr : found;
+}
+
+/// The place at or before `at` where a character begins, or the end.
+qsizetype characterBegin(QByteArrayView line, qsizetype at)
+{
+    if (at >= line.size()) {
+        return line.size();
+    }
+    while (at > 0 && (static_cast<unsigned char>(line[at]) & 0xC0) == 0x80) {
+        --at;
+    }
+    return at;
+}
+
+/// The text as an expression that matches it alone.
+QString quoted(const QString &text)
+{
+    QString pattern;
+    for (const QChar c : text) {
+        if (c.unicode() < 0x80 && !c.isLetterOrNumber()) {
+            pattern += QLatin1Char('\\');
+        }
+        pattern += c;
+    }
+    return pattern;
+}
+
+} // namespace
+
+LogPattern::LogPattern(const QString &text, bool caseSensitive, bool isRegularExpression)
+    : m_text(text)
+    , m_caseSensitive(caseSensitive)
+    , m_isExpression(isRegularExpression)
+    , m_isBytes(!isRegularExpression && (caseSensitive || isAscii(text)))
+{
+    if (m_isBytes) {
+        m_bytes = caseSensitive ? text.toUtf8() : text.toLower().toUtf8();
+        return;
+    }
+    QString pattern = isRegularExpression ? text : quoted(text);
+    if (!caseSensitive) {
+        pattern.prepend(QLatin1String("(?i)"));
+    }
+    m_expression = RegularExpression(pattern);
+}
+
+std::vector<LogRange> LogPattern::matches(QByteArrayView line, std::size_t most) const
+{
+    std::vector<LogRange> found;
+    if (isEmpty() || line.isEmpty()) {
+        return found;
+    }
+    const auto find = [&](QByteArrayView text) {
+        m_isBytes ? findBytes(text, most, found) : findExpression(text, most, found);
+    };
+    if (!std::memchr(line.data(), '\x1b', static_cast<std::size_t>(line.size()))) {
+        find(line);
+        return found;
+    }
+    std::vector<qint64> places;
+    find(withoutEscapes(line, places));
+    for (LogRange &range : found) {
+        const qint64 start = places[static_cast<std::size_t>(range.start)];
+        const qint64 end = range.length > 0 ? places[static_cast<std::size_t>(range.end() - 1)] + 1 : start;
+        range = {start, end - start};
+    }
+    return found;
+}
+
+void LogPattern::findBytes(QByteArrayView line, std::size_t most, std::vector<LogRange> &found) const
+{
+    const char *const end = line.data() + line.size();
+    const char *at = line.data();
+    while (found.size() < most && at < end) {
+        at = m_caseSensitive ? static_cast<const char *>(::memmem(at, static_cast<std::size_t>(end - at),
+                 m_bytes.constData(), static_cast<std::size_t>(m_bytes.size())))
+                             : findInAnyCase(at, end, m_bytes);
+        if (!at) {
+            return;
+        }
+        found.push_back({at - line.data(), m_bytes.size()});
+        at += m_bytes.size();
+    }
+}
+
+void LogPattern::findExpression(QByteArrayView line, std::size_t most, std::vector<LogRange> &found) const
+{
+    for (qsizetype start = 0; start < line.size() && found.size() < most;) {
+        const qsizetype end = characterBegin(line, start + windowLength);
+        const bool isLast = end == line.size();
+        const QString text = QString::fromUtf8(line.sliced(start, end - start));
+        const QStringView view(text);
+        qint64 unit = 0;
+        qint64 byte = start;
+        // What begins in the overlap is left to the next window.
+        const qsizetype limit = isLast ? line.size() : characterBegin(line, end - windowOverlap);
+        for (const TextRange &range : m_expression.allMatches(text).ranges) {
+            byte += view.mid(unit, range.start - unit).toUtf8().size();
+            unit = range.start;
+            if (byte >= limit || found.size() >= most) {
+                break;
+            }
+            if (range.length > 0 && (found.empty() || byte >= found.back().end())) {
+                found.push_back({byte, view.mid(range.start, range.length).toUtf8().size()});
+            }
+        }
+        start = limit;
+    }
+}
+
+} // namespace tidewright

@@ -1,0 +1,497 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The text of a log window against plain models of it: what is kept, where lines begin, what is shown.
+#include "platform/MainQueue.h"
+#include "pods/LogDocument.h"
+#include "pods/LogLineText.h"
+#include "support/TestSupport.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBoundaryFinder>
+
+#include <csignal>
+#include <random>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Piece
+{
+    int source;
+    QString text;
+};
+
+QList<Piece> randomPieces(std::mt19937 &random, int count)
+{
+    static const QStringList words{u"\n"_s, u"\r\n"_s, u"\r"_s, u"ab"_s, u"error"_s, QString(QChar(u'\0')),
+        u"\u001b[31m"_s, u"äé€"_s, u"👩‍👩‍👧"_s, u"e\u0301"_s, u"שלום"_s, u"\n\n"_s,
+        QString(90, u'x')};
+    QList<Piece> pieces;
+    for (int i = 0; i < count; ++i) {
+        QString text;
+        for (auto n = random() % 12; n > 0; --n) {
+            text += words[qsizetype(random() % std::size_t(words.size()))];
+        }
+        pieces.append({int(random() % 4), text});
+    }
+    return pieces;
+}
+
+/// Where lines begin in a text without long ones, found the slow way.
+std::vector<qint64> naiveStarts(const QByteArray &text)
+{
+    std::vector<qint64> starts;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char before = i > 0 ? text[i - 1] : '\n';
+        if (before == '\n' || (before == '\r' && text[i] != '\n')) {
+            starts.push_back(i);
+        }
+    }
+    return starts;
+}
+
+QByteArrayList linesOf(const QByteArray &text)
+{
+    QByteArrayList lines;
+    const std::vector<qint64> starts = naiveStarts(text);
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        const qint64 end = i + 1 < starts.size() ? starts[i + 1] : text.size();
+        lines.append(text.mid(starts[i], end - starts[i]));
+    }
+    return lines;
+}
+
+QByteArray shownBytes(const LogDocument &document)
+{
+    return document.bytes().read(document.shown().ranges(0, document.shown().size()));
+}
+
+std::vector<qint64> shownStarts(const LogProjection &shown)
+{
+    std::vector<qint64> starts;
+    for (qint64 line = 0; line < shown.lineCount(); ++line) {
+        starts.push_back(shown.lineStart(line));
+    }
+    return starts;
+}
+
+QString described(const LogLineText &line)
+{
+    QString result;
+    for (std::size_t i = 0; i < line.runs.size(); ++i) {
+        const qsizetype end = i + 1 < line.runs.size() ? line.runs[i + 1].start : line.text.size();
+        const LogLook &look = line.runs[i].look;
+        QString mark = (look.foreground ? QString::number(*look.foreground & 0xFFFFFF, 16) : QString())
+            + (look.background ? u'/' + QString::number(*look.background & 0xFFFFFF, 16) : QString())
+            + QStringLiteral("%1%2%3").arg(look.bold ? u"b"_s : QString(),
+                look.underlined ? u"u"_s : QString(), look.inverse ? u"i"_s : QString());
+        result += (mark.isEmpty() ? QString() : u'<' + mark + u'>')
+            + line.text.mid(line.runs[i].start, end - line.runs[i].start);
+    }
+    return result;
+}
+
+} // namespace
+
+class tst_log_document : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        mainQueue();
+        QVERIFY(m_folder.isValid());
+    }
+
+    void ascendingListIsAList()
+    {
+        std::mt19937 random(1);
+        AscendingList list;
+        std::vector<qint64> model;
+        qint64 value = 0;
+        for (int i = 0; i < 5000; ++i) {
+            value += qint64(random() % (i % 7 == 0 ? 3'000'000'000U : i % 3 == 0 ? 2U : 200U));
+            list.append(value);
+            model.push_back(value);
+        }
+        QCOMPARE(list.size(), qint64(model.size()));
+        QCOMPARE(list.last(), model.back());
+        AscendingList::Cursor cursor(list, 0);
+        for (std::size_t i = 0; i < model.size(); ++i, cursor.next()) {
+            QCOMPARE(list.at(qint64(i)), model[i]);
+            QCOMPARE(cursor.value(), model[i]);
+            for (const qint64 probe : {model[i] - 1, model[i], model[i] + 1}) {
+                QCOMPARE(list.upperBound(probe),
+                    std::upper_bound(model.begin(), model.end(), probe) - model.begin());
+            }
+        }
+        QCOMPARE(AscendingList().upperBound(3), 0);
+    }
+
+    void linesBeginWhereverPiecesAreCut()
+    {
+        std::mt19937 random(2);
+        for (int round = 0; round < 60; ++round) {
+            QString all;
+            for (const Piece &piece : randomPieces(random, 80)) {
+                all += piece.text;
+            }
+            const QByteArray text = all.toUtf8();
+            LineSplitter splitter;
+            std::vector<qint64> starts;
+            for (qsizetype at = 0; at < text.size();) {
+                const qsizetype size = qMin<qsizetype>(text.size() - at, 1 + qsizetype(random() % 9));
+                splitter.feed(QByteArrayView(text).sliced(at, size), starts);
+                at += size;
+            }
+            QCOMPARE(starts, naiveStarts(text));
+            QCOMPARE(splitter.lines(), qint64(starts.size()));
+        }
+    }
+
+    void longLinesAreCutBetweenCharacters_data()
+    {
+        QTest::addColumn<QString>("unit");
+        QTest::newRow("ASCII") << u"x"_s;
+        QTest::newRow("combining") << u"e\u0301\u0302"_s;
+        QTest::newRow("wide") << u"日本語"_s;
+        QTest::newRow("family") << u"👩‍👩‍👧‍👦"_s;
+        QTest::newRow("coloured") << u"\u001b[38;2;1;2;3mab\u001b[0mc"_s;
+    }
+    void longLinesAreCutBetweenCharacters()
+    {
+        QFETCH(QString, unit);
+        const QString all = u'.' + unit.repeated(5'000'000 / unit.toUtf8().size());
+        const QByteArray text = all.toUtf8();
+        std::vector<qint64> whole;
+        LineSplitter atOnce;
+        atOnce.feed(text, whole);
+        std::vector<qint64> pieces;
+        LineSplitter inPieces;
+        std::mt19937 random(3);
+        for (qsizetype at = 0; at < text.size();) {
+            const qsizetype size = qMin<qsizetype>(text.size() - at, 1 + qsizetype(random() % 70'000));
+            inPieces.feed(QByteArrayView(text).sliced(at, size), pieces);
+            at += size;
+        }
+        QCOMPARE(pieces, whole);
+        QCOMPARE(inPieces.lines(), 1);
+        QVERIFY(qint64(whole.size()) >= text.size() / (LineSplitter::longestLine + 64));
+        for (std::size_t i = 1; i < whole.size(); ++i) {
+            QVERIFY(whole[i] - whole[i - 1] <= LineSplitter::longestLine + 64);
+            // A few units around the cut decide whether it is one between characters.
+            const QString before = QString::fromUtf8(text.mid(whole[i] - 60, 60));
+            const QString around = before + QString::fromUtf8(text.mid(whole[i], 60));
+            QVERIFY(!before.endsWith(QChar::ReplacementCharacter));
+            QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, around);
+            finder.setPosition(before.size());
+            QVERIFY(finder.isAtBoundary());
+            const QByteArray line = text.mid(whole[i - 1], whole[i] - whole[i - 1]);
+            QVERIFY(!makeLineText(line, {}).text.contains(u'['));
+        }
+    }
+
+    void showsWhatAModelShows_data()
+    {
+        QTest::addColumn<QList<int>>("hidden");
+        QTest::addColumn<QString>("filter");
+        QTest::newRow("all") << QList<int>{} << QString();
+        QTest::newRow("one hidden") << QList<int>{2} << QString();
+        QTest::newRow("all hidden") << QList<int>{0, 1, 2, 3} << QString();
+        QTest::newRow("filter") << QList<int>{} << u"error"_s;
+        QTest::newRow("filter without a match") << QList<int>{} << u"nowhere"_s;
+        QTest::newRow("hidden and filter") << QList<int>{0, 3} << u"äé€"_s;
+    }
+    void showsWhatAModelShows()
+    {
+        QFETCH(QList<int>, hidden);
+        QFETCH(QString, filter);
+        std::mt19937 random(4);
+        for (int round = 0; round < 20; ++round) {
+            LogDocument document({m_folder.path()});
+            QByteArray all;
+            QByteArray visible;
+            const auto narrow = [&] {
+                for (const int source : hidden) {
+                    document.setSourceHidden(source, true);
+                }
+                document.setFilter(LogPattern(filter, true, false));
+            };
+            const QList<Piece> pieces = randomPieces(random, 120);
+            for (qsizetype i = 0; i < pieces.size(); ++i) {
+                document.append(pieces[i].source, pieces[i].text);
+                all += pieces[i].text.toUtf8();
+                visible += hidden.contains(pieces[i].source) ? QByteArray() : pieces[i].text.toUtf8();
+                if (i == 50) {
+                    narrow(); // the rest arrives while that is under way, or later
+                } else if (i % 37 == 36) {
+                    QCoreApplication::processEvents();
+                }
+            }
+            document.append(9, u"end"_s);
+            document.finish();
+            all += "end";
+            visible += "end";
+            QByteArray expected;
+            for (const QByteArray &line : linesOf(visible)) {
+                expected += line.contains(filter.toUtf8()) ? line : QByteArray();
+            }
+            QTRY_VERIFY(document.size() == all.size() && document.examined() == all.size());
+            QCOMPARE(document.bytes().read(0, document.size()), all);
+            QCOMPARE(document.lines(), qint64(naiveStarts(all).size()));
+            QCOMPARE(shownBytes(document), expected);
+            QCOMPARE(shownStarts(document.shown()), naiveStarts(expected));
+            QCOMPARE(document.shownLines(), document.shown().lineCount());
+            // From places to positions and back.
+            for (qint64 place = 0; place < expected.size(); ++place) {
+                const qint64 position = document.shown().position(place);
+                QCOMPARE(document.bytes().at(position), expected[place]);
+                QCOMPARE(document.shown().place(position), place);
+            }
+            qint64 at = 0;
+            for (const Piece &piece : pieces) {
+                if (const qsizetype size = piece.text.toUtf8().size()) {
+                    const auto runs = document.runs({at, size});
+                    QCOMPARE(qsizetype(runs.size()), 1);
+                    QCOMPARE(runs[0].source, piece.source);
+                    at += size;
+                }
+            }
+        }
+    }
+
+    void manyMegabytesInParts()
+    {
+        // More than one mapped part of the file, and several scans.
+        LogDocument document({m_folder.path()});
+        const QString block = (u"0123456789 ordinary line number one\n"_s).repeated(1000);
+        QByteArray all;
+        for (int i = 0; i < (sanitized ? 600 : 2200); ++i) {
+            const QString text = i % 100 == 0 ? block + u"a needle\r\n"_s : block;
+            document.append(i % 3, text);
+            all += text.toUtf8();
+        }
+        document.setFilter(LogPattern(u"NEEDLE"_s, false, false));
+        QTRY_COMPARE_WITH_TIMEOUT(document.examined(), qint64(all.size()), 20'000);
+        QCOMPARE(document.shownLines(), sanitized ? 6 : 22);
+        document.setFilter({});
+        QVERIFY(document.problem().isEmpty());
+        QVERIFY(document.bytes().read(0, document.size()) == all);
+        const LogBytes old = document.bytes();
+        document.clear();
+        QCOMPARE(document.size(), 0);
+        QCOMPARE(document.shown().lineCount(), 0);
+        QVERIFY(old.read(0, all.size()) == all); // who still reads it may
+        QVERIFY(QDir(m_folder.path()).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden));
+    }
+
+    void theFileIsNobodyElses()
+    {
+        LogDocument document({u"/nowhere"_s, m_folder.path()});
+        document.append(0, u"secret"_s);
+        document.commit();
+        int found = 0;
+        for (const QFileInfo &entry : QDir(u"/proc/self/fd"_s).entryInfoList(QDir::System | QDir::Files)) {
+            struct stat status = {};
+            if (entry.symLinkTarget().startsWith(m_folder.path())
+                && ::stat(QFile::encodeName(entry.filePath()).constData(), &status) == 0) {
+                ++found;
+                QCOMPARE(status.st_mode & 0777, 0600U);
+                QCOMPARE(status.st_nlink, 0U);
+                QCOMPARE(status.st_size, 6);
+            }
+        }
+        QCOMPARE(found, 1);
+    }
+
+    void diskTroubleLosesNothing_data()
+    {
+        QTest::addColumn<qint64>("fails"); // after so many bytes
+        QTest::addColumn<int>("error");
+        QTest::newRow("full at once") << qint64(0) << ENOSPC;
+        QTest::newRow("full later, in the middle of a write") << qint64(700'001) << ENOSPC;
+        QTest::newRow("quota") << qint64(64) << EDQUOT;
+        QTest::newRow("behind the first part") << (qint64(64) << 20) + 5 << ENOSPC;
+    }
+    void diskTroubleLosesNothing()
+    {
+        QFETCH(qint64, fails);
+        QFETCH(int, error);
+        const auto write = [=](int file, const void *bytes, size_t count, off_t at) -> ssize_t {
+            if (at >= fails) {
+                errno = error;
+                return -1;
+            }
+            return ::pwrite(file, bytes, qMin(count, size_t(fails - at)), at);
+        };
+        LogDocument document({m_folder.path()}, nullptr, write);
+        const QString block = u"some line of the log, with ä\n"_s.repeated(5000);
+        QByteArray all;
+        const qint64 wanted = fails + 3'000'000;
+        while (all.size() < wanted) {
+            document.append(0, block);
+            all += block.toUtf8();
+        }
+        document.commit();
+        QVERIFY2(document.problem().contains(QString::fromLocal8Bit(strerror(error))),
+            qPrintable(document.problem()));
+        QVERIFY(!document.isFull());
+        QVERIFY(document.bytes().read(0, document.size()) == all);
+        QCOMPARE(document.lines(), qint64(all.count('\n')));
+        // The stated limit, and not a byte less.
+        while (!document.isFull()) {
+            document.append(1, block);
+            document.commit();
+        }
+        QCOMPARE(document.size(), fails + LogStore::memoryLimit);
+        QVERIFY2(document.problem().contains(u"used up"), qPrintable(document.problem()));
+        QCOMPARE(shownBytes(document).size(), document.size());
+    }
+
+    void aFileSizeLimitIsTroubleToo()
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before{};
+        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+        rlimit limited = before;
+        limited.rlim_cur = 100'000;
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+        LogDocument document({m_folder.path()});
+        QByteArray all;
+        for (int i = 0; i < 40; ++i) {
+            document.append(0, QString(10'000, QChar(u'a' + i % 26)));
+            all += QByteArray(10'000, char('a' + i % 26));
+            document.commit();
+        }
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
+        QVERIFY(!document.problem().isEmpty());
+        QVERIFY(document.bytes().read(0, document.size()) == all);
+    }
+
+    void withoutAnyFolderTheLogIsInMemory()
+    {
+        LogDocument document({QString(), u"/nowhere"_s});
+        QVERIFY(!document.problem().isEmpty());
+        document.append(0, u"kept"_s);
+        document.commit();
+        QCOMPARE(shownBytes(document), QByteArray("kept"));
+    }
+
+    void patternsFind_data()
+    {
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<bool>("sensitive");
+        QTest::addColumn<bool>("expression");
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QByteArrayList>("found");
+        const auto row = [](const char *name, const char *pattern, const char *how, const char *line,
+                             const QByteArrayList &found) {
+            QTest::newRow(name) << QString::fromUtf8(pattern) << (strchr(how, 'c') != nullptr)
+                                << (strchr(how, 'r') != nullptr) << QByteArray(line) << found;
+        };
+        row("text", "a.b", "c", "a.b axb a.b", {"a.b", "a.b"});
+        row("case", "Error", "c", "error Error", {"Error"});
+        row("no case", "eRRor", "", "error ERROR", {"error", "ERROR"});
+        row("no case, not ASCII", "ÄPFEL", "", "x äpfel", {"äpfel"});
+        row("a text with signs is no expression", "Ü(", "", "ü( x", {"ü("});
+        row("expression", "a.+?b", "cr", "a--b €ab a€b", {"a--b", "ab a€b"});
+        row("expression, no case", "E\\d", "r", "e1 E2", {"e1", "E2"});
+        row("inside of colours", "error: x", "c", "\x1b[31merror\x1b[0m: x", {"error\x1b[0m: x"});
+        row("overlapping", "aa", "c", "aaa", {"aa"});
+        row("empty matches are none", "x*", "cr", "ab", {});
+        row("invalid", "(", "cr", "(", {});
+    }
+    void patternsFind()
+    {
+        QFETCH(QString, pattern);
+        QFETCH(bool, sensitive);
+        QFETCH(bool, expression);
+        QFETCH(QByteArray, line);
+        QFETCH(QByteArrayList, found);
+        const LogPattern compiled(pattern, sensitive, expression);
+        QCOMPARE(compiled.isValid(), pattern != u"("_s);
+        QByteArrayList actual;
+        for (const LogRange &range : compiled.matches(line, 100)) {
+            actual.append(line.mid(range.start, range.length));
+        }
+        QCOMPARE(actual, found);
+        // The same in a line that is looked at in several windows.
+        const QByteArray padding = QByteArray("\u20ac-").repeated(50'000);
+        const QByteArray longLine = padding + line + padding;
+        actual.clear();
+        for (const LogRange &range : compiled.matches(longLine, 100)) {
+            actual.append(longLine.mid(range.start, range.length));
+        }
+        if (pattern != u"a.+?b"_s) {
+            QCOMPARE(actual, found);
+        }
+    }
+
+    void linesAreShownClean_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<bool>("grid");
+        const auto row = [](const char *name, const QByteArray &line, const char *shown, bool grid = true) {
+            QTest::newRow(name) << line << QString::fromUtf8(shown) << grid;
+        };
+        row("plain", "a b\r\n", "a b");
+        row("empty", "\n", "");
+        row("tabs", "a\tb\t\n", "a       b       ");
+        row("colour", "\x1b[31mred\x1b[0m.\x1b[1;4mbu\x1b[22mu", "<dc322f>red.<bu>bu<u>u");
+        row("bright and background", "\x1b[91;40mx", "<ff6b64/586e75>x");
+        row("256", "\x1b[38;5;196mx\x1b[48;5;255my\x1b[39mz", "<ff0000>x<ff0000/eeeeee>y</eeeeee>z");
+        row("direct", "\x1b[38;2;1;2;3mx\x1b[38:2::4:5:6my", "<10203>x<40506>y");
+        row("inverse", "\x1b[7mx\x1b[27my", "<i>xy");
+        row("kinds of underline", "\x1b[4:3mx", "<u>x");
+        row("other sequences",
+            "\x1b[2Ka\x1b]0;title\x07"
+            "b\x1b(B\x1b[?25lc\x1b[>4;1md",
+            "abcd");
+        row("sequence that is cut", "a\x1b[3", "a");
+        row("one-character introducer",
+            "a\xc2\x9b"
+            "31mb",
+            "a<dc322f>b");
+        row("controls",
+            "a\x07\x01\x7f\xc2\x85"
+            "b",
+            "ab");
+        row("NUL", QByteArray("a\0b", 3), "a\u2400b", false);
+        row("overstruck", "N\bNA\bA", "NA");
+        row("direction marks",
+            "a\u202e"
+            "b\u2066"
+            "c",
+            "abc");
+        row("reserved",
+            "a\ufdd0\ufffc\u2028"
+            "b",
+            "a\ufffd\ufffd b", false);
+        row("wide", "日本", "日本", false);
+    }
+    void linesAreShownClean()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, shown);
+        QFETCH(bool, grid);
+        const LogLineText text = makeLineText(line, {});
+        QCOMPARE(described(text), shown);
+        QCOMPARE(text.isGrid, grid);
+        QCOMPARE(qsizetype(text.bytes.size()), text.text.size() + 1);
+        QVERIFY(std::is_sorted(text.bytes.begin(), text.bytes.end()));
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+QTEST_GUILESS_MAIN(tst_log_document)
+#include "tst_log_document.moc"
