@@ -57,7 +57,7 @@ QWidget *confirmationDetails(const QString &text)
 {
     auto *label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);
-    label->setContentsMargins(12, 0, 12, 8);
+    label->setContentsMargins(2, 10, 12, 8);
     return label;
 }
 

@@ -2,6 +2,7 @@
 #include "resources/Confirmation.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -12,6 +13,7 @@ namespace tidewright {
 namespace {
 
 constexpr int comfortableWidth = 440;
+constexpr int textColumn = 2; // of a message box's layout, beside its icon
 
 } // namespace
 
@@ -39,7 +41,10 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
         if (accessory) {
-            grid->addWidget(accessory, grid->rowCount(), 0, 1, grid->columnCount());
+            auto *buttons = box->findChild<QDialogButtonBox *>();
+            grid->removeWidget(buttons);
+            grid->addWidget(accessory, grid->rowCount(), textColumn, 1, grid->columnCount() - textColumn);
+            grid->addWidget(buttons, grid->rowCount(), 0, 1, grid->columnCount());
         }
         // Wide enough for names to stand in one piece.
         grid->addItem(new QSpacerItem(comfortableWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());

@@ -91,7 +91,7 @@ std::vector<Column> columns()
             "accessModes", QStringLiteral("Access Modes"), &PersistentVolume::accessModes, 150),
         textColumn<PersistentVolume>(
             "reclaimPolicy", QStringLiteral("Reclaim"), &PersistentVolume::reclaimPolicy, 80),
-        textColumn<PersistentVolume>("claim", QStringLiteral("Claim"), shownClaim, 170),
+        textColumn<PersistentVolume>("claim", QStringLiteral("Claim"), shownClaim, 160),
         textColumn<PersistentVolume>("storageClass", QStringLiteral("Storage Class"), shownStorageClass, 115),
         ageColumn(90),
     };
