@@ -108,7 +108,7 @@ void CombinedLogsWindowController::buildToolBar()
         tr("Save…"), tr("Save the whole log to a file"), QKeySequence::Save, [this] { chooseFile(); });
     QAction *clearAction = command(
         tr("Clear"), tr("Let all text that has arrived go"), QKeySequence(tr("Ctrl+K")), [this] { clear(); });
-    command(tr("Close"), tr("Close the window"), QKeySequence::Close, [this] { close(); });
+    command(tr("Close"), tr("Close the window"), QKeySequence(tr("Ctrl+W")), [this] { close(); });
     command(tr("Find Next"), {}, QKeySequence::FindNext, [this] { m_search->goOn(true); });
     command(tr("Find Previous"), {}, QKeySequence::FindPrevious, [this] { m_search->goOn(false); });
     bar->addActions({find, filter});

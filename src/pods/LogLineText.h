@@ -15,8 +15,8 @@ namespace tidewright {
 struct LogLook
 {
     int source = 0;
-    std::optional<QRgb> foreground;
-    std::optional<QRgb> background;
+    std::optional<QRgb> foreground = {};
+    std::optional<QRgb> background = {};
     bool bold = false;
     bool italic = false;
     bool underlined = false;

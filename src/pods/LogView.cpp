@@ -210,7 +210,6 @@ void LogView::replaced()
 void LogView::refresh()
 {
     const LogProjection &shown = m_document.shown();
-    const bool wasFollowing = m_following;
     if (m_wantedTop && !m_following) {
         const qint64 place = shown.place(*m_wantedTop);
         m_top.line = shown.lineCount() > 0 ? shown.lineAt(place) : 0;
@@ -233,7 +232,8 @@ void LogView::refresh()
     m_topLinePosition = lastLine() < 0 ? 0 : shown.position(shown.lineStart(m_top.line));
     updateScrollBars(end);
     viewport()->update();
-    if (m_following != wasFollowing) {
+    if (m_following != m_toldFollowing) {
+        m_toldFollowing = m_following;
         Q_EMIT followingChanged(m_following);
     }
 }

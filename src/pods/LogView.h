@@ -126,6 +126,7 @@ private:
     int m_zoom = 0;
     bool m_wrapping = true;
     bool m_following = true;
+    bool m_toldFollowing = true; ///< what the signal last said
     Top m_top;
     qint64 m_topLinePosition = 0; ///< where the top line begins in the store
     std::optional<qint64> m_wantedTop; ///< a stored position that what is shown has not reached yet

@@ -93,7 +93,7 @@ bool applyFlag(int value, LogLook &look)
 {
     switch (value) {
     case 0:
-        look = LogLook{.source = look.source, .foreground = {}, .background = {}};
+        look = LogLook{.source = look.source};
         return true;
     case 1:
     case 22:

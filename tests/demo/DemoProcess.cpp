@@ -70,17 +70,20 @@ bool DemoProcess::control(const QByteArray &settings, QByteArray *answer) const
     target.sin_family = AF_INET;
     target.sin_port = htons(port);
     target.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    QByteArray reply(1024, '\0');
     const QByteArray request
         = "POST /demo/control HTTP/1.1\r\nHost: demo\r\nConnection: close\r\nContent-Length: "
         + QByteArray::number(settings.size()) + "\r\n\r\n" + settings;
-    const bool sent = ::connect(socket, reinterpret_cast<sockaddr *>(&target), sizeof target) == 0
-        && ::send(socket, request.constData(), size_t(request.size()), 0) == request.size()
-        && ::recv(socket, reply.data(), size_t(reply.size()), 0) > 0;
+    QByteArray reply;
+    if (::connect(socket, reinterpret_cast<sockaddr *>(&target), sizeof target) == 0
+        && ::send(socket, request.constData(), size_t(request.size()), 0) == request.size()) {
+        char part[1024];
+        for (ssize_t got = 0; (got = ::recv(socket, part, sizeof part, 0)) > 0;)
+            reply.append(part, got);
+    }
     ::close(socket);
     if (answer)
         *answer = reply;
-    return sent && reply.startsWith("HTTP/1.1 200");
+    return reply.startsWith("HTTP/1.1 200");
 }
 
 QString DemoProcess::writeFile(const QString &name, const QByteArray &content) const

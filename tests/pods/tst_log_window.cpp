@@ -1,0 +1,368 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The logs window: its streams over the fake tool, and all of it over the demo cluster through real kubectl.
+#include "core/ApplicationRecord.h"
+#include "demo/DemoProcess.h"
+#include "platform/MainQueue.h"
+#include "pods/ColorBoxCellView.h"
+#include "pods/ColorIndexView.h"
+#include "pods/CombinedLogsViewController.h"
+#include "pods/CombinedLogsWindowController.h"
+#include "pods/LogPatternBar.h"
+#include "pods/LogSearch.h"
+#include "resources/NamedImages.h"
+#include "support/TestSupport.h"
+
+#include <QGraphicsOpacityEffect>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QTableWidget>
+#include <QTest>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int patience = 30'000;
+
+/// What the program writes to its standard output while this lives.
+class CapturedOutput
+{
+public:
+    CapturedOutput()
+        : m_saved(::dup(STDOUT_FILENO))
+    {
+        std::fflush(stdout);
+        const int file = ::open(QFile::encodeName(m_path).constData(), O_WRONLY | O_CREAT, 0600);
+        ::dup2(file, STDOUT_FILENO);
+        ::close(file);
+    }
+    ~CapturedOutput()
+    {
+        std::fflush(stdout);
+        ::dup2(m_saved, STDOUT_FILENO);
+        ::close(m_saved);
+    }
+    QString text() const
+    {
+        QFile file(m_path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"(unreadable)"_s;
+    }
+
+private:
+    QTemporaryDir m_folder;
+    const QString m_path = m_folder.filePath(u"output"_s);
+    const int m_saved;
+};
+
+std::vector<ContainerPair> pairs(int count)
+{
+    std::vector<ContainerPair> result;
+    for (int i = 0; i < count; ++i) {
+        result.emplace_back(QStringLiteral("pod-%1").arg(i), QStringLiteral("c%1").arg(i));
+    }
+    return result;
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+qint64 anonymousBytes()
+{
+    for (const QByteArray &line : read(u"/proc/self/status"_s).split('\n')) {
+        if (line.startsWith("RssAnon:")) {
+            return line.mid(8).simplified().split(' ').first().toLongLong() * 1024;
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+class tst_log_window : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { mainQueue(); }
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        setKubectlPath(fakeToolPath());
+        setCacheDirectory(m_folder->path());
+        setScript("out hello\\n hang");
+        qputenv("FAKE_TOOL_RECORD", QFile::encodeName(path(u"record"_s)));
+    }
+    void cleanup()
+    {
+        delete m_window;
+        qunsetenv("FAKE_TOOL_SCRIPT");
+        qunsetenv("FAKE_TOOL_RECORD");
+    }
+
+    void startsEachStreamOnce()
+    {
+        auto &content = open({{u"web"_s, u"app"_s}, {u"deploy/db"_s, allContainers}}, u"/etc/kc"_s);
+        QCOMPARE(m_window->windowTitle(), u"team Logs | app,--all-containers"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
+        m_window->hide();
+        m_window->show();
+        QCOMPARE(qsizetype(content.shells().size()), 2);
+        QCOMPARE(content.document().size(), 12);
+        QByteArrayList expected;
+        for (const char *rest : {"\"web\"\n\"app\"\n", "\"deploy/db\"\n\"--all-containers\"\n"}) {
+            expected.append(QByteArray("\"logs\"\n\"-f\"\n\"--tail=50\"\n\"--context=demo\"\n\"-nteam\"\n")
+                + rest + "KUBECONFIG=/etc/kc\n");
+        }
+        const QByteArray record = read(path(u"record"_s));
+        QVERIFY2(
+            record == expected[0] + expected[1] || record == expected[1] + expected[0], record.constData());
+    }
+
+    void withoutContainersNothingRuns()
+    {
+        const CapturedOutput output;
+        auto &content = open({});
+        QCOMPARE(output.text(), u"No containers\n"_s);
+        QVERIFY(content.shells().empty());
+        QVERIFY(content.colorIndexView()->isHidden());
+        QVERIFY(!QFile::exists(path(u"record"_s)));
+    }
+
+    void sixPairsHaveFiveColours()
+    {
+        auto &content = open(pairs(6));
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 36, patience);
+        const QTableWidget *table = content.colorIndexTableView();
+        QCOMPARE(table->rowCount(), 6);
+        QCOMPARE(table->accessibleName(), u"Color Index"_s);
+        const QStringList names{u"base2"_s, u"yellow"_s, u"blue"_s, u"orange"_s, u"cyan"_s, u"base2"_s};
+        for (int row = 0; row < 6; ++row) {
+            const QColor colour = namedColour(u"solarized-"_s + names[row]);
+            QCOMPARE(table->item(row, 0)->text(), QStringLiteral("pod-%1:c%1").arg(row));
+            const auto *cell = qobject_cast<ColorBoxCellView *>(table->cellWidget(row, 1));
+            QVERIFY(cell);
+            const QImage box = cell->colorBox()->grab().toImage();
+            QCOMPARE(box.pixelColor(box.rect().center()), colour);
+            QCOMPARE(content.logTextView()->appearance().colourOf(LogLook{.source = row}), colour);
+        }
+        for (const SourceRuns::Run &run : content.document().runs({0, 36})) {
+            QCOMPARE(run.range.length, 6); // each pair's text is one source's
+        }
+        QCOMPARE(content.colorIndexView()->y(), 20);
+        const int height = content.colorIndexView()->height();
+        m_window->resize(900, 700);
+        QCOMPARE(content.colorIndexView()->y(), 20);
+        QCOMPARE(content.colorIndexView()->height(), height);
+        QVERIFY(content.colorIndexView()->geometry().right() < content.width());
+    }
+
+    void theIndexFades()
+    {
+        auto &content = open(pairs(1));
+        const auto *effect
+            = qobject_cast<QGraphicsOpacityEffect *>(content.colorIndexView()->graphicsEffect());
+        content.colorIndexView()->mouseExited();
+        QTRY_COMPARE(effect->opacity(), 0.2);
+        content.colorIndexView()->mouseEntered();
+        QVERIFY(effect->opacity() < 1);
+        QTRY_COMPARE(effect->opacity(), 1.0);
+    }
+
+    void troubleShowsInTheIndexAlone()
+    {
+        setScript("out text\\n err it\\x20failed\\n exit 1");
+        auto &content = open(pairs(2));
+        QTRY_VERIFY_WITH_TIMEOUT(!content.hasRunningStreams(), patience);
+        QTRY_COMPARE(content.document().size(), 10);
+        for (int row = 0; row < 2; ++row) {
+            QCOMPARE(content.colorIndexTableView()->item(row, 2)->text(), u"ended, error"_s);
+            QVERIFY(content.colorIndexTableView()->item(row, 0)->toolTip().contains(u"it failed"_s));
+        }
+        QCOMPARE(content.document().bytes().read(0, 10), QByteArray("text\ntext\n"));
+        QTRY_VERIFY2(
+            m_window->statusText().contains(u"all streams have ended"_s), qPrintable(m_window->statusText()));
+    }
+
+    void closingEndsTheChildren_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("running") << QByteArray("out x hang") << u"Process terminated\nProcess terminated\n"_s;
+        QTest::newRow("flooding") << QByteArray("fill 99999999999")
+                                  << u"Process terminated\nProcess terminated\n"_s;
+        QTest::newRow("deaf") << QByteArray("ignore-term out x hang")
+                              << u"Process terminated\nProcess terminated\n"_s;
+        QTest::newRow("ended") << QByteArray("out x") << QString();
+    }
+    void closingEndsTheChildren()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, said);
+        QVERIFY(QDir(m_folder->path()).mkdir(u"pids"_s));
+        setScript("pidfile " + QFile::encodeName(path(u"pids"_s)) + ' ' + script);
+        const CapturedOutput output;
+        auto &content = open(pairs(2));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            content.document().size() >= 2 && pidsIn(path(u"pids"_s)).size() == 2, patience);
+        if (said.isEmpty()) {
+            QTRY_VERIFY(!content.hasRunningStreams());
+        }
+        QTest::keyClick(m_window, Qt::Key_W, Qt::ControlModifier);
+        QTRY_VERIFY(!m_window);
+        QCOMPARE(output.text(), said);
+        for (const qint64 pid : pidsIn(path(u"pids"_s))) {
+            QTRY_VERIFY_WITH_TIMEOUT(!isAlive(pid), patience);
+        }
+    }
+
+    void aFloodFillsNoMemory()
+    {
+        constexpr qint64 size = 64'000'000; // of each of two
+        setScript("fill " + QByteArray::number(size) + " exit 0");
+        const qint64 before = anonymousBytes();
+        auto &content = open(pairs(2));
+        QThread::sleep(1); // the main thread takes nothing while all of it could arrive
+        const qint64 waiting = anonymousBytes() - before;
+        QVERIFY2(waiting < 40'000'000 || sanitized, qPrintable(QString::number(waiting)));
+        QTRY_VERIFY_WITH_TIMEOUT(!content.hasRunningStreams(), 90'000);
+        QTRY_COMPARE(content.document().size(), 2 * size);
+        QCOMPARE(content.document().lines(), 2 * size / 16);
+    }
+
+    void sourcesHideOnAClick()
+    {
+        auto &content = open(pairs(2));
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
+        QTableWidget *table = content.colorIndexTableView();
+        const QRect cell = table->visualItemRect(table->item(1, 0));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell.center());
+        QVERIFY(content.document().isSourceHidden(1));
+        QTRY_COMPARE(content.logTextView()->visibleText(), u"hello"_s);
+        QVERIFY(table->item(1, 2)->text().startsWith(u"hidden"_s));
+        QTest::keyClick(table, Qt::Key_Up);
+        QTest::keyClick(table, Qt::Key_Space);
+        QVERIFY(content.document().isSourceHidden(0));
+        QTRY_COMPARE(content.logTextView()->visibleText(), QString());
+        QTest::keyClick(table, Qt::Key_Space);
+        QTRY_COMPARE(content.logTextView()->visibleText(), u"hello"_s);
+    }
+
+    void findsFiltersAndSaves()
+    {
+        setScript("out one\\ntwo\\nONE\\x20\\x1b[31mred\\x1b[0m\\n hang");
+        auto &content = open(pairs(1));
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), 3, patience);
+        QTest::keyClick(m_window, Qt::Key_F, Qt::ControlModifier);
+        QVERIFY(m_window->findBar().isVisible());
+        QTest::keyClicks(m_window->findBar().field(), u"one"_s);
+        QTRY_COMPARE(m_window->search().count(), 2);
+        QCOMPARE(m_window->search().currentNumber(), 1);
+        QTest::keyClick(m_window, Qt::Key_F3);
+        QCOMPARE(m_window->search().currentNumber(), 2);
+        QTest::keyClick(m_window, Qt::Key_F3, Qt::ShiftModifier);
+        QCOMPARE(m_window->search().currentNumber(), 1);
+        QTest::keyClick(m_window->findBar().field(), Qt::Key_Escape);
+        QVERIFY(!m_window->findBar().isVisible());
+        QCOMPARE(m_window->search().count(), 0);
+        m_window->filterBar().open(u"ONE red"_s);
+        QTRY_COMPARE(content.logTextView()->visibleText(), u"ONE red"_s);
+        QTRY_VERIFY2(m_window->statusText().contains(u"1 shown"_s), qPrintable(m_window->statusText()));
+
+        // All is saved, whatever is shown; a file that is there is replaced whole.
+        const QString file = path(u"saved.log"_s);
+        QVERIFY(QFile(file).open(QIODevice::WriteOnly));
+        m_window->saveTo(file);
+        QTRY_COMPARE(read(file), QByteArray("one\ntwo\nONE \x1b[31mred\x1b[0m\n"));
+        m_window->saveTo(path(u"no/folder.log"_s));
+        QTRY_VERIFY(!labelWith(u"could not be saved"_s).isEmpty());
+        m_window->filterBar().close();
+        QTRY_COMPARE(content.logTextView()->visibleText(), u"one\ntwo\nONE red"_s);
+        QTest::keyClick(m_window, Qt::Key_K, Qt::ControlModifier);
+        QCOMPARE(content.document().size(), 0);
+    }
+
+    void nothingIsLostOnTheWay()
+    {
+        // TIDEWRIGHT_LOG_SECONDS=60 is the long run.
+        const int seconds = qEnvironmentVariableIntValue("TIDEWRIGHT_LOG_SECONDS");
+        qunsetenv("FAKE_TOOL_SCRIPT");
+        DemoProcess demo(
+            {u"--still"_s, u"--log-rate"_s, u"20000"_s}, qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
+        QVERIFY(demo.isReady());
+        setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
+        const QStringList pods
+            = demo.kubectl({u"get"_s, u"po"_s, u"-nshop"_s, u"-lapp in (storefront,cart)"_s,
+                               u"-ojsonpath={.items[*].metadata.name}"_s})
+                  .output.split(u' ', Qt::SkipEmptyParts);
+        std::vector<ContainerPair> containers;
+        for (const QString &pod : pods) {
+            containers.emplace_back(pod, pod.section(u'-', 0, 0) == u"cart"_s ? u"cart"_s : u"app"_s);
+        }
+        QVERIFY(containers.size() >= 6);
+        containers.resize(6);
+        auto &content = open(containers, demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(content.document().size() > 0, patience);
+        QTest::qWait((seconds > 0 ? seconds : 3) * 1000);
+        QByteArray answer;
+        QVERIFY(demo.control("{\"logPause\": true}", &answer));
+        // Paused, the count of the server stands still once the streams have noticed.
+        const auto sent = [&] {
+            static const QRegularExpression count(u"\"logLines\":(\\d+)"_s);
+            demo.control("{}", &answer);
+            return count.match(QString::fromUtf8(answer)).captured(1).toLongLong();
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), sent(), patience);
+        const qint64 lines = sent();
+        QVERIFY2(
+            lines > (seconds > 0 ? seconds : 3) * 15'000 || sanitized, qPrintable(QString::number(lines)));
+        content.document().commit();
+        QCOMPARE(content.document().bytes().read(0, content.document().size()).count('\n'), lines);
+        m_window->saveTo(path(u"saved.log"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(!labelWith(u"Saved"_s).isEmpty(), patience);
+        QCOMPARE(read(path(u"saved.log"_s)).count('\n'), lines);
+        qInfo("%lld lines sent, received, kept and saved; %lld bytes", lines, content.document().size());
+    }
+
+private:
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    static void setScript(QByteArray words) { qputenv("FAKE_TOOL_SCRIPT", words.replace(' ', '\n')); }
+
+    CombinedLogsViewController &open(const std::vector<ContainerPair> &containers,
+        const QString &kubeConfig = {}, const QString &context = u"demo"_s,
+        const QString &nameSpace = u"team"_s)
+    {
+        m_window = new CombinedLogsWindowController;
+        CombinedLogsViewController &content = m_window->contentController();
+        content.containers = containers;
+        content.kubeConfigPath = kubeConfig;
+        content.context = context;
+        content.nameSpace = nameSpace;
+        m_window->show();
+        m_window->activateWindow();
+        return content;
+    }
+    QString labelWith(const QString &text) const
+    {
+        for (const QLabel *label : m_window->findChildren<QLabel *>()) {
+            if (label->text().contains(text)) {
+                return label->text();
+            }
+        }
+        return {};
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QPointer<CombinedLogsWindowController> m_window;
+};
+
+QTEST_MAIN(tst_log_window)
+#include "tst_log_window.moc"
