@@ -53,23 +53,6 @@ void deleteOnceAgreed(const Deletion &deletion)
     });
 }
 
-/// Why kubectl could not delete what the user means; empty when it can.
-QString obstacle(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
-{
-    if (kind.namespaced && nameSpace == allNamespaces) {
-        return QStringLiteral(
-            "choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
-            "them a %1 is in.")
-            .arg(kind.humanReadableResourceName);
-    }
-    for (const QString &name : names) {
-        if (name.startsWith(QLatin1Char('-'))) {
-            return QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name);
-        }
-    }
-    return {};
-}
-
 /// Where the objects are, and which when there are several: the first few by name.
 QLabel *detailsOf(const Deletion &deletion, const ResourceKind &kind)
 {
@@ -95,13 +78,29 @@ QLabel *detailsOf(const Deletion &deletion, const ResourceKind &kind)
 
 } // namespace
 
+QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+{
+    if (kind.namespaced && nameSpace == allNamespaces) {
+        return QStringLiteral(
+            "choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
+            "them a %1 is in.")
+            .arg(kind.humanReadableResourceName);
+    }
+    for (const QString &name : names) {
+        if (name.startsWith(QLatin1Char('-'))) {
+            return QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name);
+        }
+    }
+    return {};
+}
+
 void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &kind, const QStringList &names,
     std::function<void()> finished)
 {
     if (names.isEmpty()) {
         return;
     }
-    if (const QString reason = obstacle(kind, names, window.currentNamespace()); !reason.isEmpty()) {
+    if (const QString reason = whyNotByName(kind, names, window.currentNamespace()); !reason.isEmpty()) {
         refuse(window, reason);
         return;
     }

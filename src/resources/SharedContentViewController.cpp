@@ -301,6 +301,12 @@ void SharedContentViewController::editConfiguration()
     if (names.isEmpty() || !m_window.canEdit()) {
         return;
     }
+    if (const QString reason = whyNotByName(kind(), names.first(1), m_window.currentNamespace());
+        !reason.isEmpty()) {
+        postConsoleEntry(m_window.console(), QString(), QString(),
+            makeConsoleError(QStringLiteral("Nothing was edited: ") + reason));
+        return;
+    }
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
         m_window.currentNamespace(), kind().resourceName, names.first(), QStringLiteral("-o"),
         QStringLiteral("yaml")};
