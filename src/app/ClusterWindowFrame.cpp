@@ -3,6 +3,7 @@
 
 #include "app/ClusterToolBar.h"
 #include "app/KubeConfigChooser.h"
+#include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
 #include "app/WindowCommands.h"
 #include "platform/Diagnostics.h"
@@ -127,6 +128,8 @@ MainWindowController *ClusterWindowFrame::insertPage(int index)
     page->toolBar().addCommands(m_commands->toolBarActions());
     connect(page, &MainWindowController::titleChanged, this, [this, page] { pageTitleChanged(page); });
     connect(page, &MainWindowController::commandStateChanged, m_commands, &WindowCommands::updateEnabled);
+    connect(&page->state(), &KubeSplitViewController::preferencesRequested, this,
+        &ClusterWindowFrame::preferencesRequested);
     m_commands->addTo(*page);
     m_pages->insertWidget(index, page);
     m_toolBars->insertWidget(index, &page->toolBar());

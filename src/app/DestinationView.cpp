@@ -3,11 +3,11 @@
 
 #include "app/PrimaryContentController.h"
 #include "platform/Diagnostics.h"
+#include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
 
 #include <QDragEnterEvent>
 #include <QFileInfo>
-#include <QLabel>
 #include <QMimeData>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -89,24 +89,17 @@ void DestinationView::confirmAndCreate(const QStringList &paths)
     }
     const QString question = QLatin1String("Are you sure you want to add the following: \n    ")
         + names.join(QLatin1String(",\n    ")) + QLatin1Char('?');
-    const QString context = m_window.currentContext();
-    const QString nameSpace = m_window.currentNamespace();
-    auto *where = new QLabel(tr("Context: %1\nNamespace: %2").arg(context, nameSpace));
-    where->setTextFormat(Qt::PlainText);
-    where->setContentsMargins(12, 0, 12, 8);
+    const ChangePlace place(m_window);
     showConfirmation(this, QStringLiteral("Confirm Create"), question, QStringLiteral("Create"),
-        QStringLiteral("Cancel"), where,
-        [self = QPointer<DestinationView>(this), paths, context, nameSpace](bool confirmed) {
+        QStringLiteral("Cancel"), confirmationDetails(place.text()),
+        [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
             if (!self || !confirmed) {
                 return;
             }
-            WindowState &window = self->m_window;
-            if (window.currentContext() == context && window.currentNamespace() == nameSpace) {
+            if (place.isStillShown()) {
                 self->m_content.createFrom(paths);
             } else {
-                postConsoleEntry(window.console(), QString(), QString(),
-                    makeConsoleError(
-                        tr("Nothing was created: the window shows another context or namespace by now.")));
+                refuseMovedChange(self->m_window, tr("Nothing was created"));
             }
         });
 }

@@ -2,6 +2,8 @@
 #include "app/GeneralPreferencesViewController.h"
 
 #include "app/KubeConfigChooser.h"
+#include "external/InstalledApplications.h"
+#include "external/Terminal.h"
 #include "platform/DispatchQueue.h"
 #include "platform/Environment.h"
 #include "platform/MainQueue.h"
@@ -22,7 +24,6 @@ namespace {
 const auto terminalKey = QStringLiteral("preferredTerminal");
 const auto editorKey = QStringLiteral("preferredEditor");
 const auto kubeConfigKey = QStringLiteral("defaultKubeConfigPath");
-const auto fixedTerminal = QStringLiteral("Terminal");
 const auto fixedEditor = QStringLiteral("Not Set");
 constexpr int listWidth = 220;
 constexpr int fieldWidth = 330;
@@ -38,9 +39,18 @@ QComboBox *makeList(const QString &entry, const QString &accessibleName)
 
 void selectTitle(QComboBox &list, const QString &title)
 {
-    list.setCurrentIndex(list.findText(title, Qt::MatchExactly | Qt::MatchCaseSensitive));
-    list.setPlaceholderText(
-        GeneralPreferencesViewController::tr("%1 (not installed)").arg(title)); // seen while none is selected
+    int index = list.findText(title, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index < 0) {
+        list.addItem(GeneralPreferencesViewController::tr("%1 (not found)").arg(title), title);
+        index = list.count() - 1;
+    }
+    list.setCurrentIndex(index);
+}
+
+/// The title as it is stored, which is not always the one shown.
+QString selectedTitle(const QComboBox &list)
+{
+    return list.currentData().isValid() ? list.currentData().toString() : list.currentText();
 }
 
 void storeSelectedTitle(const QComboBox &list, const QString &key)
@@ -48,7 +58,7 @@ void storeSelectedTitle(const QComboBox &list, const QString &key)
     if (list.currentIndex() < 0) {
         userDefaults().remove(key);
     } else {
-        userDefaults().set(key, list.currentText());
+        userDefaults().set(key, selectedTitle(list));
     }
 }
 
@@ -75,7 +85,7 @@ QString kubeConfigExplanation(const QString &path)
 
 GeneralPreferencesViewController::GeneralPreferencesViewController(QWidget *parent)
     : PreferencesViewController(tr("General"), parent)
-    , m_preferredTerminalPopup(makeList(fixedTerminal, tr("Preferred Terminal")))
+    , m_preferredTerminalPopup(makeList(terminalTitle, tr("Preferred Terminal")))
     , m_preferredEditorPopup(makeList(fixedEditor, tr("Preferred Editor")))
     , m_defaultKubeConfigField(new QLineEdit)
     , m_kubeConfigHint(makeHint({}, 2))
@@ -125,6 +135,7 @@ void GeneralPreferencesViewController::connectParts()
 
 void GeneralPreferencesViewController::viewDidLoad()
 {
+    scanInstalledApplications(*m_preferredTerminalPopup, *m_preferredEditorPopup);
     selectCurrentChoices();
     m_defaultKubeConfigField->setText(userDefaults().string(kubeConfigKey).value_or(QString()));
     connect(m_defaultKubeConfigField, &QLineEdit::textChanged, this,
@@ -134,7 +145,7 @@ void GeneralPreferencesViewController::viewDidLoad()
 
 void GeneralPreferencesViewController::selectCurrentChoices()
 {
-    selectTitle(*m_preferredTerminalPopup, userDefaults().string(terminalKey).value_or(fixedTerminal));
+    selectTitle(*m_preferredTerminalPopup, resolvePreferredTerminal());
     selectTitle(*m_preferredEditorPopup, userDefaults().string(editorKey).value_or(fixedEditor));
 }
 

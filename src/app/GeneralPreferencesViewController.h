@@ -32,7 +32,7 @@ protected:
 private:
     void buildLayout();
     void connectParts();
-    /// Selects what is stored; a stored title that is not in its list is shown, but no entry is selected.
+    /// Selects what is stored; a stored title that is not in its list gets an entry that says so.
     void selectCurrentChoices();
     void explainKubeConfig();
 

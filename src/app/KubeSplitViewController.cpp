@@ -3,6 +3,7 @@
 
 #include "app/KubeConfigWriter.h"
 #include "core/ApplicationRecord.h"
+#include "external/EditFile.h"
 #include "platform/MainQueue.h"
 #include "pods/CombinedLogsViewController.h"
 #include "pods/CombinedLogsWindowController.h"
@@ -40,6 +41,11 @@ KubeSplitViewController::~KubeSplitViewController()
 {
     cancel(m_contextShell);
     cancel(m_namespaceShell);
+    for (const auto &weak : m_edits) {
+        if (const auto edit = weak.lock()) {
+            edit->cancel();
+        }
+    }
 }
 
 void KubeSplitViewController::viewWillAppear(const QString &kubeConfigPath)
@@ -428,6 +434,37 @@ QString KubeSplitViewController::obstacle() const
         return QStringLiteral("No context and namespace are chosen yet.");
     }
     return {};
+}
+
+void KubeSplitViewController::startExternalEdit(const QStringList &arguments, std::function<void()> finished)
+{
+    agreeWithKubeConfig([this, arguments, finished = std::move(finished), context = m_currentContext,
+                            nameSpace = m_currentNamespace](bool agreed) {
+        if (agreed && context == m_currentContext && nameSpace == m_currentNamespace) {
+            editNow(arguments, finished);
+            return;
+        }
+        if (agreed) {
+            postConsoleEntry(m_console, QString(), QString(),
+                makeConsoleError(QStringLiteral(
+                    "Nothing was edited: the window shows another context or namespace by now.")));
+        }
+        finished();
+    });
+}
+
+void KubeSplitViewController::editNow(const QStringList &arguments, std::function<void()> finished)
+{
+    std::erase_if(m_edits, [](const auto &edit) { return edit.expired(); });
+    const auto edit = std::make_shared<EditFile>(qobject_cast<QWidget *>(parent()), m_kubeCtl.configPath);
+    edit->showPreferences = [self = QPointer(this)] {
+        if (self) {
+            Q_EMIT self->preferencesRequested();
+        }
+    };
+    m_edits.push_back(edit);
+    edit->runAsync(arguments, true, m_console,
+        [finished = std::move(finished)](const ShellResult &) { mainQueue().post(finished); });
 }
 
 } // namespace tidewright

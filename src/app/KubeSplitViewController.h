@@ -9,6 +9,7 @@
 
 namespace tidewright {
 
+class EditFile;
 class KubeConfigWriter;
 
 /// What a cluster window's context list or namespace list shows.
@@ -22,7 +23,7 @@ struct ChoiceList
 
 /// The state of one cluster window: its kubectl, context and namespace, and the lists to choose them from.
 /// Whatever arrives for a context that is no longer chosen, or for an older request, is dropped. Owned by the
-/// window's controller; letting it go ends its requests.
+/// window's controller; letting it go ends its requests and the kubectl runs of its open edits.
 class KubeSplitViewController : public WindowState
 {
     Q_OBJECT
@@ -42,6 +43,8 @@ public:
     void retryLoading() override;
     void stopWaiting() override;
     void openLogs(const std::vector<ContainerPair> &containers) override;
+    bool canEdit() const override { return true; }
+    void startExternalEdit(const QStringList &arguments, std::function<void()> finished) override;
 
     void setConsole(Console *console) { m_console = console; }
     /// The namespace last chosen in each context, as the settings have it.
@@ -70,6 +73,8 @@ Q_SIGNALS:
     void namespaceChosen(const QString &name);
     /// The tables must be emptied and loaded again.
     void clusterSettingsChanged();
+    /// The user wants to choose an editor.
+    void preferencesRequested();
 
 private:
     void contextsLoaded(quint64 request, const QStringList &contexts, const QString &current);
@@ -89,6 +94,7 @@ private:
     bool kubeConfigAgrees() const;
     /// Why commands that go by the kubeconfig cannot run now; empty when they can.
     QString obstacle() const;
+    void editNow(const QStringList &arguments, std::function<void()> finished);
 
     KubeConfigWriter &m_writer;
     KubeCtl m_kubeCtl;
@@ -110,6 +116,7 @@ private:
     QString m_namespaceError;
     QDateTime m_waitingSince;
     std::vector<std::function<void(bool)>> m_awaitingAgreement;
+    std::vector<std::weak_ptr<EditFile>> m_edits; ///< those under way, and some that have ended
 };
 
 } // namespace tidewright

@@ -90,6 +90,8 @@ void WindowCommands::buildEditMenu()
     QMenu *menu = m_frame.menuBar()->addMenu(tr("&Edit"));
     QAction *copy = addForTable(
         menu, tr("&Copy Name"), QKeySequence(QKeySequence::Copy), &SharedContentViewController::copyName);
+    QAction *edit = addForTable(menu, tr("&Edit Configuration"), QKeySequence(tr("Ctrl+E")),
+        &SharedContentViewController::editConfiguration);
     m_delete = addForTable(
         menu, tr("&Delete…"), QKeySequence(QKeySequence::Delete), &SharedContentViewController::deleteRows);
     m_delete->setIconText(tr("Delete"));
@@ -101,7 +103,7 @@ void WindowCommands::buildEditMenu()
     menu->addSeparator();
     add(menu, tr("&Preferences…"), QKeySequence(tr("Ctrl+,")),
         [this] { Q_EMIT m_frame.preferencesRequested(); });
-    m_forRows = {copy, m_delete};
+    m_forRows = {copy, edit, m_delete};
 }
 
 void WindowCommands::buildViewMenu()

@@ -33,6 +33,11 @@ std::optional<int> ChildProcess::terminationSignal() const
     return m_process ? m_process->terminationSignal() : std::nullopt;
 }
 
+std::optional<int> ChildProcess::exitStatus() const
+{
+    return m_process ? m_process->exitStatus() : std::nullopt;
+}
+
 bool ChildProcess::waitUntilExit(std::optional<std::chrono::milliseconds> limit) const
 {
     return !m_process || m_process->waitUntilExit(limit);

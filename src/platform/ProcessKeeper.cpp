@@ -30,11 +30,6 @@ int openPidfd(pid_t pid)
     return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)); // close-on-exec by definition
 }
 
-void signalGroup(pid_t pid, int signal)
-{
-    ::kill(-pid, signal);
-}
-
 std::vector<char *> pointers(QByteArrayList &texts)
 {
     std::vector<char *> result;
@@ -97,6 +92,17 @@ std::optional<int> KeptProcess::terminationSignal() const
     return signal ? std::optional(signal) : std::nullopt;
 }
 
+std::optional<int> KeptProcess::exitStatus() const
+{
+    const int status = m_exitStatus;
+    return status >= 0 ? std::optional(status) : std::nullopt;
+}
+
+void KeptProcess::signal(int number) const
+{
+    ::kill(m_endsAlone ? m_pid : -m_pid, number);
+}
+
 bool KeptProcess::waitUntilExit(std::optional<std::chrono::milliseconds> limit) const
 {
     pollfd exit{exitDescriptor(), POLLIN, 0};
@@ -131,10 +137,9 @@ void ProcessKeeper::terminate(const std::shared_ptr<KeptProcess> &process)
     post([this, process] {
         const auto entry = m_entries.find(process->pid());
         if (entry == m_entries.end()) {
-            signalGroup(
-                process->pid(), SIGKILL); // the child is over; what it left behind in its group goes too
+            process->signal(SIGKILL); // the child is over; what it left behind in its group goes too
         } else if (!entry->second.killAt) {
-            signalGroup(process->pid(), SIGTERM);
+            process->signal(SIGTERM);
             entry->second.killAt = Clock::now() + gracePeriod;
         }
     });
@@ -158,11 +163,11 @@ void ProcessKeeper::endAll(std::chrono::milliseconds grace)
 void ProcessKeeper::signalAll(int signal)
 {
     for (const auto &[pid, entry] : m_entries) {
-        signalGroup(pid, signal);
+        entry.process->signal(signal);
     }
     for (const auto &exited : m_exited) {
         if (const auto process = exited.lock()) {
-            signalGroup(process->pid(), signal);
+            process->signal(signal);
         }
     }
 }
@@ -258,6 +263,8 @@ void ProcessKeeper::noteExit(pid_t pid)
     KeptProcess &process = *entry->second.process;
     if (info.si_code == CLD_KILLED || info.si_code == CLD_DUMPED) {
         process.m_terminationSignal = info.si_status;
+    } else {
+        process.m_exitStatus = info.si_status;
     }
     process.m_exited = true;
     process.m_exitSignal.signal();
@@ -281,7 +288,7 @@ void ProcessKeeper::killOverdue()
         const auto current = next++;
         auto &[pid, entry] = *current;
         if (entry.killAt && Clock::now() >= *entry.killAt) {
-            signalGroup(pid, SIGKILL);
+            entry.process->signal(SIGKILL);
             entry.killAt = Clock::now() + gracePeriod;
             if (entry.process->hasExited()) {
                 m_entries.erase(current);
@@ -320,11 +327,11 @@ ProcessKeeper::Started ProcessKeeper::spawn(const Request &request)
     if (failure != 0) {
         return {nullptr, QString::fromLocal8Bit(std::strerror(failure))};
     }
-    auto process = std::make_shared<KeptProcess>(pid);
+    auto process = std::make_shared<KeptProcess>(pid, request.endsAlone);
     FileDescriptor pidfd(openPidfd(pid));
     if (const int reason = errno; !pidfd.isOpen() || process->exitDescriptor() < 0) {
         // A child whose end nobody would notice must not run.
-        signalGroup(pid, SIGKILL);
+        ::kill(-pid, SIGKILL);
         ::waitpid(pid, nullptr, 0);
         return {nullptr, QString::fromLocal8Bit(std::strerror(pidfd.isOpen() ? EMFILE : reason))};
     }

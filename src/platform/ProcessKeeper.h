@@ -29,8 +29,9 @@ namespace tidewright {
 class KeptProcess
 {
 public:
-    explicit KeptProcess(pid_t pid)
+    explicit KeptProcess(pid_t pid, bool endsAlone = false)
         : m_pid(pid)
+        , m_endsAlone(endsAlone)
     {
     }
     ~KeptProcess();
@@ -39,6 +40,8 @@ public:
     bool hasExited() const { return m_exited; }
     /// The signal that ended the child; nothing while it runs or when it exited by itself.
     std::optional<int> terminationSignal() const;
+    /// Nothing while it runs or when a signal ended it.
+    std::optional<int> exitStatus() const;
     /// False when the limit passed first; without a limit, waits for ever.
     bool waitUntilExit(std::optional<std::chrono::milliseconds> limit) const;
     /// A descriptor that is readable once the child has exited.
@@ -47,9 +50,13 @@ public:
 private:
     friend class ProcessKeeper;
 
+    void signal(int number) const;
+
     const pid_t m_pid;
+    const bool m_endsAlone;
     WakeSignal m_exitSignal;
     std::atomic<int> m_terminationSignal = 0;
+    std::atomic<int> m_exitStatus = -1;
     std::atomic<bool> m_exited = false;
 };
 
@@ -67,6 +74,7 @@ public:
         int standardOutput = -1; // descriptors of this process; -1 gives /dev/null
         int standardError = -1;
         int niceness = 0; // added to the CPU priority value
+        bool endsAlone = false; // signals go to the child, not to the rest of its group
     };
     struct Started
     {

@@ -28,8 +28,9 @@ int main(int argc, char **argv)
     }
     // Children run in a process group of their own. One that reads the terminal the application was started
     // from would be stopped for ever; ignoring the signal turns that read into an error that the child
-    // reports.
+    // reports. So would be one that restores the terminal's settings, as kubectl does behind an editor.
     std::signal(SIGTTIN, SIG_IGN);
+    std::signal(SIGTTOU, SIG_IGN);
     // Whoever started the application, or a library in it, may have left descriptors open that are not
     // close-on-exec.
     close_range(3, ~0U, 0);

@@ -21,8 +21,12 @@ bool ChangePlace::isStillShown() const
 
 QString ChangePlace::text(const ResourceKind &kind) const
 {
-    const QString where = QStringLiteral("Context: %1").arg(context);
-    return kind.namespaced ? where + QStringLiteral("\nNamespace: %1").arg(nameSpace) : where;
+    return kind.namespaced ? text() : QStringLiteral("Context: %1").arg(context);
+}
+
+QString ChangePlace::text() const
+{
+    return QStringLiteral("Context: %1\nNamespace: %2").arg(context, nameSpace);
 }
 
 QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace)
@@ -34,6 +38,19 @@ QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace)
         "choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
         "them a %1 is in.")
         .arg(kind.humanReadableResourceName);
+}
+
+QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+{
+    if (const QString reason = namespaceObstacle(kind, nameSpace); !reason.isEmpty()) {
+        return reason;
+    }
+    for (const QString &name : names) {
+        if (name.startsWith(QLatin1Char('-'))) {
+            return QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name);
+        }
+    }
+    return {};
 }
 
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason)

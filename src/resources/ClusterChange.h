@@ -19,6 +19,8 @@ struct ChangePlace
     bool isStillShown() const;
     /// "Context: ..." and, for namespaced kinds, "Namespace: ..." on a line of its own.
     QString text(const ResourceKind &kind) const;
+    /// Both lines.
+    QString text() const;
 
     QPointer<WindowState> window;
     QString context;
@@ -28,6 +30,9 @@ struct ChangePlace
 /// Why objects of this kind cannot be changed there: all namespaces are shown, and a name does not tell which
 /// one is meant. Empty when they can.
 QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace);
+/// The same for a command that is given these names and no namespace; also what makes kubectl take a name for
+/// something else. A sentence without its beginning, or empty.
+QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace);
 
 /// Says in the window's console what was not done ("Nothing was deleted") and why.
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason);

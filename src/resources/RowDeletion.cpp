@@ -44,20 +44,6 @@ void deleteOnceAgreed(const Deletion &deletion)
     });
 }
 
-/// Why kubectl could not delete what the user means; empty when it can.
-QString obstacle(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
-{
-    if (const QString reason = namespaceObstacle(kind, nameSpace); !reason.isEmpty()) {
-        return reason;
-    }
-    for (const QString &name : names) {
-        if (name.startsWith(QLatin1Char('-'))) {
-            return QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name);
-        }
-    }
-    return {};
-}
-
 /// Where the objects are, and which when there are several: the first few by name.
 QWidget *detailsOf(const Deletion &deletion, const ResourceKind &kind)
 {
@@ -82,7 +68,7 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
     if (names.isEmpty()) {
         return;
     }
-    if (const QString reason = obstacle(kind, names, window.currentNamespace()); !reason.isEmpty()) {
+    if (const QString reason = whyNotByName(kind, names, window.currentNamespace()); !reason.isEmpty()) {
         refuseChange(window, nothingDeleted, reason);
         return;
     }

@@ -3,6 +3,7 @@
 
 #include "platform/Diagnostics.h"
 #include "platform/MainQueue.h"
+#include "resources/ClusterChange.h"
 #include "resources/LoadProblem.h"
 #include "resources/PreviewPanel.h"
 #include "resources/ResourceTableView.h"
@@ -305,6 +306,11 @@ void SharedContentViewController::editConfiguration()
 {
     const QStringList names = chosenNames();
     if (names.isEmpty() || !m_window.canEdit()) {
+        return;
+    }
+    if (const QString reason = whyNotByName(kind(), names.first(1), m_window.currentNamespace());
+        !reason.isEmpty()) {
+        refuseChange(m_window, QStringLiteral("Nothing was edited"), reason);
         return;
     }
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),

@@ -48,8 +48,9 @@ public:
     /// Ends that waiting.
     virtual void stopWaiting() { }
 
-    /// Opens an object in the user's editor; false when this build has no editor support. `finished` is
-    /// called once, whatever the outcome.
+    /// Opens an object in the user's editor; false when this build has no editor support. The arguments are
+    /// those of kubectl; it is run once the kubeconfig agrees with the window. `finished` is called once,
+    /// whatever the outcome, on any thread, unless the window goes first.
     virtual bool canEdit() const { return false; }
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
 

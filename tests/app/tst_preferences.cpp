@@ -281,8 +281,9 @@ private Q_SLOTS:
         const Preferences open(0);
         const GeneralPreferencesViewController &pane = open.window.generalPane();
         QCOMPARE(pane.preferredTerminalPopup()->currentText(), u"Terminal");
-        QCOMPARE(pane.preferredEditorPopup()->currentIndex(), -1);
-        QVERIFY(pane.preferredEditorPopup()->placeholderText().contains(u"Gone"_s));
+        QCOMPARE(pane.preferredEditorPopup()->currentText(), u"Gone (not found)");
+        open.window.generalPane().setPreferredEditor();
+        QCOMPARE(settings().string(u"preferredEditor"_s), u"Gone"_s);
         QVERIFY(!settings().string(u"preferredTerminal"_s)); // showing is not choosing
         for (const auto &[list, key, title] :
             {std::tuple(pane.preferredTerminalPopup(), u"preferredTerminal"_s, u"Terminal"_s),

@@ -87,8 +87,8 @@ private Q_SLOTS:
         QTest::newRow("bytes that are no text")
             << QStringLiteral("out \\xff\\x00\\xe2") << QByteArray("\xff\0\xe2", 3) << qsizetype(0) << 0;
         row("its own descriptors only", "descriptors", "0\n1\n2\n", 0, 0);
-        // SIGTTIN alone is ignored: a child that reads the terminal gets an error instead of being stopped.
-        row("fresh signals", "signals", "21\n", 0, 0);
+        // SIGTTIN and SIGTTOU alone are ignored: the terminal's job control never stops a child.
+        row("fresh signals", "signals", "21\n22\n", 0, 0);
     }
     void yields()
     {

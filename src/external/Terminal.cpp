@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "external/Terminal.h"
+
+#include "core/Console.h"
+#include "external/CapturedOutput.h"
+#include "external/DesktopApplications.h"
+#include "external/TerminalQuoting.h"
+#include "platform/ChildProcess.h"
+#include "platform/Diagnostics.h"
+#include "platform/MainQueue.h"
+#include "platform/UserDefaults.h"
+
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <array>
+
+namespace tidewright {
+
+namespace {
+
+/// A terminal that does not come up says so within this time; one that does goes on, or has handed its window
+/// to a server of its own and ended well.
+constexpr std::chrono::milliseconds moment(1000);
+
+/// Runs the first argument and leaves the user's shell in the window, also after Ctrl+C.
+constexpr auto windowScript
+    = R"(trap : INT QUIT; /bin/sh -c "$1"; trap - INT QUIT; exec "${SHELL:-/bin/sh}")";
+
+/// What stands between a terminal's name and the command that it is to run in a new window.
+struct KnownTerminal
+{
+    const char *program;
+    std::array<const char *, 2> before;
+};
+
+/// In the order in which they stand for the desktop's default terminal.
+constexpr std::array<KnownTerminal, 9> knownTerminals{{
+    {"xdg-terminal-exec", {}},
+    {"x-terminal-emulator", {"-e"}},
+    {"gnome-terminal", {"--window", "--"}},
+    {"konsole", {"-e"}},
+    {"xfce4-terminal", {"-x"}},
+    {"kitty", {}},
+    {"alacritty", {"-e"}},
+    {"foot", {}},
+    {"xterm", {"-e"}},
+}};
+
+QStringList wordsBefore(const KnownTerminal &terminal)
+{
+    QStringList words;
+    for (const char *word : terminal.before) {
+        if (word) {
+            words.append(QLatin1String(word));
+        }
+    }
+    return words;
+}
+
+/// Words that open a new window and run the command appended to them; or none, and why.
+struct Opener
+{
+    QStringList words;
+    QString problem = {};
+};
+
+Opener defaultTerminal()
+{
+    QStringList tried;
+    for (const KnownTerminal &terminal : knownTerminals) {
+        const QString program = QLatin1String(terminal.program);
+        if (const QString path = QStandardPaths::findExecutable(program); !path.isEmpty()) {
+            return {QStringList(path) + wordsBefore(terminal)};
+        }
+        tried.append(program);
+    }
+    return {{},
+        QStringLiteral("No terminal was found. Looked on the PATH for %1.")
+            .arg(tried.join(QLatin1String(", ")))};
+}
+
+Opener iTerm()
+{
+    const auto handler = schemeHandler(iTermScheme);
+    if (!handler) {
+        return {{},
+            QStringLiteral(
+                "%1 was not found: no application is registered for the URL scheme \"%2\". Another "
+                "terminal can be chosen in the preferences.")
+                .arg(iTermTitle, iTermScheme)};
+    }
+    const QString program = QFileInfo(handler->command.first()).fileName();
+    const auto *const known = std::find_if(knownTerminals.begin(), knownTerminals.end(),
+        [&](const KnownTerminal &terminal) { return program == QLatin1String(terminal.program); });
+    QStringList words = handler->command;
+    if (known != knownTerminals.end()) {
+        words += wordsBefore(*known);
+    } else if (!handler->execArgument.isEmpty()) {
+        words.append(handler->execArgument);
+    }
+    return {words};
+}
+
+QString howItFailed(const QString &program, const ChildProcess &process, const QByteArray &printed)
+{
+    const auto signal = process.terminationSignal();
+    const int status = process.exitStatus().value_or(0);
+    if (!signal && status == 0) {
+        return {};
+    }
+    QString text = signal ? QStringLiteral("%1 was ended by signal %2.").arg(program).arg(*signal)
+                          : QStringLiteral("%1 failed with exit status %2.").arg(program).arg(status);
+    if (const QString details = QString::fromUtf8(printed).trimmed(); !details.isEmpty()) {
+        text += QLatin1Char('\n') + details;
+    }
+    return text;
+}
+
+/// Returns what failed, or the empty text.
+QString openWindow(const QString &shellLine)
+{
+    Opener opener = resolvePreferredTerminal() == iTermTitle ? iTerm() : defaultTerminal();
+    if (opener.words.isEmpty()) {
+        return opener.problem;
+    }
+    const QString program = opener.words.first();
+    opener.words += {QStringLiteral("/bin/sh"), QStringLiteral("-c"), QLatin1String(windowScript),
+        QStringLiteral("sh"), shellLine};
+    writeDiagnostic(QLatin1String("Running: ") + CommandLine{opener.words, {}}.shellLine());
+    // The terminal gets a session of its own, so that it stays when the application ends; what ends then is
+    // the one that waits to see how the terminal fares.
+    ChildProcess process;
+    process.setExecutable(QStringLiteral("/usr/bin/env"));
+    process.setArguments(QStringList{QStringLiteral("--default-signal=TTIN,TTOU"), QStringLiteral("setsid"),
+                             QStringLiteral("--fork"), QStringLiteral("--wait")}
+        + opener.words);
+    process.setEnvironment(currentEnvironment());
+    Pipe output = makeCapture();
+    Pipe error = makeCapture();
+    if (const auto failure = process.start(output, error)) {
+        return QStringLiteral("%1 could not be started: %2.").arg(program, *failure);
+    }
+    return process.waitUntilExit(moment)
+        ? howItFailed(program, process, capturedBytes(error) + capturedBytes(output))
+        : QString();
+}
+
+} // namespace
+
+QString resolvePreferredTerminal()
+{
+    if (const auto stored = userDefaults().string(QStringLiteral("preferredTerminal"))) {
+        return *stored;
+    }
+    return hasSchemeHandler(iTermScheme) ? iTermTitle : terminalTitle;
+}
+
+void runInTerminal(const QString &commandLine)
+{
+    QString outcome = openWindow(withoutLiteralEscapes(commandLine));
+    if (outcome.isEmpty()) {
+        outcome = QStringLiteral("{}");
+    }
+    mainQueue().post([commandLine, outcome] {
+        postConsoleEntry(nullptr, commandLine, QString(), makeConsoleError(outcome));
+    });
+}
+
+} // namespace tidewright
