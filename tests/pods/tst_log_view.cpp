@@ -5,6 +5,7 @@
 #include "pods/LogView.h"
 #include "support/TestSupport.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QScrollBar>
@@ -249,6 +250,16 @@ private Q_SLOTS:
                  QColor(0, 255, 0), QColor(0x6B, 0x5A, 0x10), bench.view.appearance().background}) {
             QVERIFY2(colours.contains(colour.rgb()), qPrintable(colour.name()));
         }
+    }
+
+    void screenReadersGetWhatIsVisible()
+    {
+        Bench bench(m_folder.path());
+        bench.addLines(500);
+        QAccessibleInterface *log = QAccessible::queryAccessibleInterface(&bench.view);
+        QCOMPARE(log->text(QAccessible::Name), u"Logs"_s);
+        QVERIFY(log->text(QAccessible::Value).contains(u"line 499"_s));
+        QVERIFY(!log->text(QAccessible::Value).contains(u"line 1\n"_s));
     }
 
     void searchGoesRound()
