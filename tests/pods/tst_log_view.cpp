@@ -278,6 +278,10 @@ private Q_SLOTS:
         search.goOn(true);
         QCOMPARE(search.currentNumber(), 2);
         QVERIFY(bench.view.visibleText().contains(u"unfinished"_s));
+        bench.view.follow();
+        search.goOn(false); // in sight already, but it must stay there when text arrives
+        QVERIFY(!bench.view.isFollowing());
+        search.goOn(true);
         search.goOn(true);
         QCOMPARE(search.currentNumber(), 1);
         search.goOn(false);
