@@ -143,7 +143,7 @@ void ColorIndexView::mouseEntered()
 
 void ColorIndexView::mouseExited()
 {
-    if (!m_table->hasFocus()) {
+    if (!m_isUsedByKeys) {
         fadeTo(faded);
     }
 }
@@ -181,9 +181,11 @@ void ColorIndexView::leaveEvent(QEvent *event)
 bool ColorIndexView::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::FocusIn) {
+        m_isUsedByKeys = static_cast<QFocusEvent *>(event)->reason() != Qt::MouseFocusReason;
         mouseEntered();
-    } else if (event->type() == QEvent::FocusOut && !underMouse()) {
-        fadeTo(faded);
+    } else if (event->type() == QEvent::FocusOut) {
+        m_isUsedByKeys = false;
+        fadeWhenUnused();
     } else if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent *>(event)->key();
         if ((key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter)

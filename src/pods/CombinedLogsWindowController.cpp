@@ -47,6 +47,7 @@ CombinedLogsWindowController::CombinedLogsWindowController()
     , m_status(new QLabel)
     , m_notice(new QLabel)
     , m_progress(new QProgressBar)
+    , m_following(new QLabel(tr("Following")))
     , m_jump(new QToolButton)
 {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -134,6 +135,9 @@ void CombinedLogsWindowController::buildLayout()
     m_notice->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_progress->setMaximumWidth(160);
     m_progress->hide();
+    m_following->setToolTip(tr("The view follows the text; scroll up to stop it."));
+    m_jump->setText(tr("Jump to End ↓"));
+    m_jump->setToolTip(tr("Scroll to the end and follow the text (Ctrl+End)"));
     m_jump->setAutoRaise(true);
     m_jump->setToolButtonStyle(Qt::ToolButtonTextOnly);
     auto *line = new QWidget;
@@ -143,7 +147,10 @@ void CombinedLogsWindowController::buildLayout()
     lineLayout->addStretch(1);
     lineLayout->addWidget(m_notice);
     lineLayout->addWidget(m_progress);
+    lineLayout->addWidget(m_following);
     lineLayout->addWidget(m_jump);
+    // The same with the label as with the button: the text above must not move.
+    line->setMinimumHeight(m_jump->sizeHint().height() + 4);
     m_status->setMinimumWidth(60);
     m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     lineLayout->setStretchFactor(m_status, 4);
@@ -247,9 +254,8 @@ void CombinedLogsWindowController::updateStatus()
         m_status->setToolTip(text);
     }
     const bool following = m_content->logTextView()->isFollowing();
-    m_jump->setEnabled(!following);
-    m_jump->setText(following ? tr("Following") : tr("Jump to End"));
-    m_jump->setToolTip(following ? tr("The view follows the text") : tr("Ctrl+End"));
+    m_following->setVisible(following);
+    m_jump->setVisible(!following);
 }
 
 void CombinedLogsWindowController::clear()

@@ -4,6 +4,7 @@
 #include "pods/ConsoleStyle.h"
 #include "resources/NamedImages.h"
 
+#include <QAccessibleWidget>
 #include <QEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 
 namespace tidewright {
 
@@ -24,6 +26,28 @@ constexpr int largestZoom = 16;
 constexpr qreal smallestFont = 4;
 constexpr QChar continuationMark(0x21AA);
 
+/// Tells screen readers the text on the screen.
+class AccessibleLog : public QAccessibleWidget
+{
+public:
+    explicit AccessibleLog(LogView *view)
+        : QAccessibleWidget(view, QAccessible::Terminal)
+    {
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        return kind == QAccessible::Value ? static_cast<LogView *>(widget())->visibleText()
+                                          : QAccessibleWidget::text(kind);
+    }
+};
+
+QAccessibleInterface *accessibleLog(const QString &, QObject *object)
+{
+    auto *view = qobject_cast<LogView *>(object);
+    return view ? new AccessibleLog(view) : nullptr;
+}
+
 } // namespace
 
 LogView::LogView(LogDocument &document, QWidget *parent)
@@ -32,6 +56,8 @@ LogView::LogView(LogDocument &document, QWidget *parent)
     , m_lines(document)
     , m_usualFont(console_style::font())
 {
+    static std::once_flag installed;
+    std::call_once(installed, [] { QAccessible::installFactory(accessibleLog); });
     setAccessibleName(tr("Logs"));
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);

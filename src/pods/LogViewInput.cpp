@@ -358,9 +358,9 @@ void LogView::reveal(const LogRange &range)
     if (row < m_top || row > screenEnd) {
         // A third down the screen: what led to it can be seen too.
         setTop(moved(row, -viewport()->height() / 3));
-    } else {
-        m_following = false;
-        setTop(m_top);
+    } else if (m_following && row <= moved(screenEnd, -rowHeight)) {
+        // Off the end, or arriving text would carry it away.
+        setTop(moved(m_top, -rowHeight));
     }
     if (m_wrapping) {
         return;

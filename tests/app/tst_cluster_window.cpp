@@ -9,6 +9,8 @@
 #include "app/SearchableComboBox.h"
 #include "app/SidebarController.h"
 #include "core/ApplicationRecord.h"
+#include "pods/CombinedLogsViewController.h"
+#include "pods/CombinedLogsWindowController.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerButton.h"
@@ -28,6 +30,7 @@
 #include <QRegularExpression>
 #include <QTabBar>
 #include <QTest>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -108,6 +111,7 @@ private Q_SLOTS:
     void frameIsRemembered();
     void listsAreSearchedByTyping();
     void createFromFiles();
+    void logsOpenInWindowsOfTheirOwn();
     void quittingWaitsForNobody();
 };
 
@@ -492,6 +496,51 @@ void tst_cluster_window::createFromFiles()
         app.cluster.tableReads().value(0), u"create --context b -n default -R -f /a b.yaml,\"/c,d\""_s);
     QTRY_COMPARE(app.cluster.tableReads().size(), 2);
     QVERIFY(app.cluster.tableReads().last().startsWith(u"get po "_s));
+}
+
+void tst_cluster_window::logsOpenInWindowsOfTheirOwn()
+{
+    Application app;
+    app.load();
+    const auto logs = [] {
+        QList<CombinedLogsWindowController *> windows;
+        for (QWidget *window : QApplication::topLevelWidgets()) {
+            if (auto *found = qobject_cast<CombinedLogsWindowController *>(window)) {
+                windows.append(found);
+            }
+        }
+        return windows;
+    };
+    const std::vector<ContainerPair> pairs{{u"web-1"_s, u"app"_s}, {u"deploy/web"_s, allContainers}};
+    app.page().state().openLogs(pairs);
+    app.page().state().openLogs(pairs);
+    QCOMPARE(logs().size(), 2);
+    const CombinedLogsViewController &content = logs().first()->contentController();
+    QVERIFY(content.isVisible());
+    QCOMPARE(content.containers, pairs);
+    QCOMPARE(content.kubeConfigPath, app.cluster.kubeConfig());
+    QCOMPARE(content.context, u"b"_s);
+    QCOMPARE(content.nameSpace, u"default"_s);
+    // They stay when the cluster's window goes, and the program ends with the last of them.
+    QStringList seen;
+    const auto close = [&](QWidget *window) {
+        seen.append(QStringLiteral("%1+%2").arg(logs().size()).arg(app.delegate.mainWindow() ? 1 : 0));
+        window->close();
+    };
+    QTimer::singleShot(0, qApp, [&] { close(app.frame); });
+    QTimer::singleShot(100, qApp, [&] { close(logs().first()); });
+    QTimer::singleShot(200, qApp, [&] { close(logs().first()); });
+    QTimer late;
+    late.setSingleShot(true);
+    late.callOnTimeout([] { QApplication::exit(1); });
+    late.start(10'000);
+    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(seen, (QStringList{u"2+1"_s, u"2+0"_s, u"1+0"_s}));
+
+    app.delegate.newDocument();
+    app.delegate.mainWindow()->currentPage()->state().openLogs(pairs);
+    app.delegate.applicationWillTerminate();
+    QCOMPARE(logs().size(), 0);
 }
 
 void tst_cluster_window::quittingWaitsForNobody()

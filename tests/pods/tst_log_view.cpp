@@ -5,6 +5,7 @@
 #include "pods/LogView.h"
 #include "support/TestSupport.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QScrollBar>
@@ -251,6 +252,16 @@ private Q_SLOTS:
         }
     }
 
+    void screenReadersGetWhatIsVisible()
+    {
+        Bench bench(m_folder.path());
+        bench.addLines(500);
+        QAccessibleInterface *log = QAccessible::queryAccessibleInterface(&bench.view);
+        QCOMPARE(log->text(QAccessible::Name), u"Logs"_s);
+        QVERIFY(log->text(QAccessible::Value).contains(u"line 499"_s));
+        QVERIFY(!log->text(QAccessible::Value).contains(u"line 1\n"_s));
+    }
+
     void searchGoesRound()
     {
         Bench bench(m_folder.path());
@@ -267,6 +278,10 @@ private Q_SLOTS:
         search.goOn(true);
         QCOMPARE(search.currentNumber(), 2);
         QVERIFY(bench.view.visibleText().contains(u"unfinished"_s));
+        bench.view.follow();
+        search.goOn(false); // in sight already, but it must stay there when text arrives
+        QVERIFY(!bench.view.isFollowing());
+        search.goOn(true);
         search.goOn(true);
         QCOMPARE(search.currentNumber(), 1);
         search.goOn(false);
