@@ -11,26 +11,39 @@
 #include <QFileInfo>
 #include <QStringList>
 
+#include <future>
+#include <mutex>
+
 namespace tidewright {
 
 namespace {
 
 namespace py = pybind11;
 
-/// False, with the reason on the standard output, when there is no interpreter to be had.
-bool initialise()
+/// The interpreter on its way. Empty when it is there, else what is wrong with it.
+struct Loading
+{
+    std::once_flag once;
+    std::promise<QString> promise;
+    std::shared_future<QString> problem = promise.get_future().share();
+};
+
+Loading &loading()
+{
+    static auto *state = new Loading; // outlives main(): scripts may still wait for it
+    return *state;
+}
+
+QString initialise()
 {
     PyConfig config;
     PyConfig_InitPythonConfig(&config);
     config.install_signal_handlers = 0; // Ctrl+C in the terminal ends the application, not a script
+    config.write_bytecode = 0; // scripts change, and their folders are the user's
     const PyStatus status = Py_InitializeFromConfig(&config);
     PyConfig_Clear(&config);
-    if (PyStatus_Exception(status)) {
-        writeDiagnostic(QLatin1String("Python could not be loaded: ")
-            + QString::fromUtf8(status.err_msg ? status.err_msg : "unknown error"));
-        return false;
-    }
-    return true;
+    return PyStatus_Exception(status) ? QString::fromUtf8(status.err_msg ? status.err_msg : "unknown error")
+                                      : QString();
 }
 
 void describeInterpreter()
@@ -44,6 +57,37 @@ void describeInterpreter()
     } catch (const std::exception &error) {
         writeDiagnostic(QLatin1String("Python could not be asked: ") + QString::fromUtf8(error.what()));
     }
+}
+
+void writeLine(const std::string &line)
+{
+    const py::gil_scoped_release whoeverReadsTheOutputMayBeSlow;
+    writeDiagnostic(QString::fromStdString(line));
+}
+
+/// Makes the interpreter fit to live inside an application; see the module tidewright_host.
+QString prepareForActions()
+{
+    const QString modules = bundle::resource(QStringLiteral("python"));
+    try {
+        py::module_::import("sys").attr("path").attr("append")(modules.toStdString());
+        py::module_::import("tidewright_host").attr("prepare")(py::cpp_function(writeLine));
+    } catch (const std::exception &error) {
+        return QStringLiteral("Python could not be prepared: ") + QString::fromUtf8(error.what());
+    }
+    return {};
+}
+
+QString load()
+{
+    QString problem = initialise();
+    if (!problem.isEmpty()) {
+        return QLatin1String("Python could not be loaded: ") + problem;
+    }
+    describeInterpreter();
+    problem = prepareForActions();
+    PyEval_SaveThread(); // whoever runs Python takes the lock for that long
+    return problem;
 }
 
 } // namespace
@@ -68,13 +112,22 @@ void prepareEmbeddedPython()
 
 void loadEmbeddedPython()
 {
-    static DispatchQueue queue("python"); // lives on: its threads may be loading when the process ends
-    queue.post([] {
-        if (initialise()) {
-            describeInterpreter();
-            PyEval_SaveThread(); // whoever runs Python takes the lock for that long
-        }
+    std::call_once(loading().once, [] {
+        static DispatchQueue queue("python"); // lives on: its threads may be loading when the process ends
+        queue.post([] {
+            const QString problem = load();
+            if (!problem.isEmpty()) {
+                writeDiagnostic(problem);
+            }
+            loading().promise.set_value(problem);
+        });
     });
+}
+
+QString waitForEmbeddedPython()
+{
+    loadEmbeddedPython();
+    return loading().problem.get();
 }
 
 } // namespace tidewright
