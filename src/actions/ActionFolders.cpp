@@ -21,8 +21,9 @@ namespace tidewright {
 
 namespace {
 
-// Far more than anybody has, and little enough when a link leads to a whole disk.
-constexpr int mostFolders = 5000;
+// Below one folder of the top level. Far more than anybody has, and little enough when a link leads to a whole
+// disk.
+constexpr int mostFolders = 2000;
 constexpr int deepestFolder = 32;
 
 constexpr qint64 largestImageFile = 4 << 20;
@@ -75,6 +76,10 @@ public:
 private:
     void loadFolder(const QString &folder, std::vector<ActionNode> &nodes)
     {
+        if (m_ancestors.size() == topLevel) {
+            m_folders = 0;
+            m_saidTooMany = false;
+        }
         if (m_ancestors.size() > deepestFolder || ++m_folders > mostFolders) {
             if (!m_saidTooMany) {
                 m_problems.append(QStringLiteral("There are too many action folders, or they are nested too "
@@ -138,6 +143,7 @@ private:
         });
     }
 
+    static constexpr std::size_t topLevel = 2; // the root and the folder itself
     std::vector<FileIdentity> m_ancestors;
     int m_folders = 0;
     bool m_saidTooMany = false;
