@@ -70,6 +70,8 @@ QString prepareForActions()
 {
     const QString modules = bundle::resource(QStringLiteral("python"));
     try {
+        // Made by a later thread, the binding's own record would keep that thread's state beyond its end.
+        py::detail::get_internals();
         py::module_::import("sys").attr("path").attr("append")(modules.toStdString());
         py::module_::import("tidewright_host").attr("prepare")(py::cpp_function(writeLine));
     } catch (const std::exception &error) {
