@@ -11,24 +11,36 @@
 #include <QFileInfo>
 #include <QStringList>
 
+#include <future>
+#include <mutex>
+
 namespace tidewright {
 
 namespace {
 
 namespace py = pybind11;
 
-bool isFine(const PyStatus &status)
+/// The interpreter on its way. Empty when it is there, else what is wrong with it.
+struct Loading
 {
-    if (PyStatus_Exception(status)) {
-        writeDiagnostic(QLatin1String("Python could not be loaded: ")
-            + QString::fromUtf8(status.err_msg ? status.err_msg : "unknown error"));
-        return false;
-    }
-    return true;
+    std::once_flag once;
+    std::promise<QString> promise;
+    std::shared_future<QString> problem = promise.get_future().share();
+};
+
+Loading &loading()
+{
+    static auto *state = new Loading; // outlives main(): scripts may still wait for it
+    return *state;
 }
 
-/// False, with the reason on the standard output, when there is no interpreter to be had.
-bool initialise()
+QString problemOf(const PyStatus &status)
+{
+    return PyStatus_Exception(status) ? QString::fromUtf8(status.err_msg ? status.err_msg : "unknown error")
+                                      : QString();
+}
+
+QString initialise()
 {
     // The locale and the environment are the application's, and other threads are reading them.
     PyPreConfig preconfig;
@@ -36,15 +48,16 @@ bool initialise()
     preconfig.configure_locale = 0;
     preconfig.coerce_c_locale = 0;
     preconfig.utf8_mode = 1;
-    if (!isFine(Py_PreInitialize(&preconfig))) {
-        return false;
+    if (const QString problem = problemOf(Py_PreInitialize(&preconfig)); !problem.isEmpty()) {
+        return problem;
     }
     PyConfig config;
     PyConfig_InitPythonConfig(&config);
     config.install_signal_handlers = 0; // Ctrl+C in the terminal ends the application, not a script
-    const bool fine = isFine(Py_InitializeFromConfig(&config));
+    config.write_bytecode = 0; // scripts change, and their folders are the user's
+    const QString problem = problemOf(Py_InitializeFromConfig(&config));
     PyConfig_Clear(&config);
-    return fine;
+    return problem;
 }
 
 void describeInterpreter()
@@ -58,6 +71,39 @@ void describeInterpreter()
     } catch (const std::exception &error) {
         writeDiagnostic(QLatin1String("Python could not be asked: ") + QString::fromUtf8(error.what()));
     }
+}
+
+void writeLine(const std::string &line)
+{
+    const py::gil_scoped_release whoeverReadsTheOutputMayBeSlow;
+    writeDiagnostic(QString::fromStdString(line));
+}
+
+/// Makes the interpreter fit to live inside an application; see the module tidewright_host.
+QString prepareForActions()
+{
+    const QString modules = bundle::resource(QStringLiteral("python"));
+    try {
+        // Made by a later thread, the binding's own record would keep that thread's state beyond its end.
+        py::detail::get_internals();
+        py::module_::import("sys").attr("path").attr("append")(modules.toStdString());
+        py::module_::import("tidewright_host").attr("prepare")(py::cpp_function(writeLine));
+    } catch (const std::exception &error) {
+        return QStringLiteral("Python could not be prepared: ") + QString::fromUtf8(error.what());
+    }
+    return {};
+}
+
+QString load()
+{
+    QString problem = initialise();
+    if (!problem.isEmpty()) {
+        return QLatin1String("Python could not be loaded: ") + problem;
+    }
+    describeInterpreter();
+    problem = prepareForActions();
+    PyEval_SaveThread(); // whoever runs Python takes the lock for that long
+    return problem;
 }
 
 } // namespace
@@ -82,13 +128,22 @@ void prepareEmbeddedPython()
 
 void loadEmbeddedPython()
 {
-    static DispatchQueue queue("python"); // lives on: its threads may be loading when the process ends
-    queue.post([] {
-        if (initialise()) {
-            describeInterpreter();
-            PyEval_SaveThread(); // whoever runs Python takes the lock for that long
-        }
+    std::call_once(loading().once, [] {
+        static DispatchQueue queue("python"); // lives on: its threads may be loading when the process ends
+        queue.post([] {
+            const QString problem = load();
+            if (!problem.isEmpty()) {
+                writeDiagnostic(problem);
+            }
+            loading().promise.set_value(problem);
+        });
     });
+}
+
+QString waitForEmbeddedPython()
+{
+    loadEmbeddedPython();
+    return loading().problem.get();
 }
 
 } // namespace tidewright

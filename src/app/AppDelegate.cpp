@@ -5,14 +5,17 @@
 #include "app/AboutWindow.h"
 #include "app/ClusterWindowFrame.h"
 #include "app/MainWindowController.h"
+#include "app/PassingMessage.h"
 #include "app/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "platform/Bundle.h"
 #include "platform/MainQueue.h"
+#include "platform/Notifications.h"
 #include "platform/ProcessKeeper.h"
 #include "platform/UserDefaults.h"
 #include "pods/CombinedLogsWindowController.h"
 #include "pods/ConsoleViewController.h"
+#include "resources/Confirmation.h"
 #include "resources/PreviewFiles.h"
 #include "resources/WindowState.h"
 
@@ -42,12 +45,20 @@ AppDelegate::AppDelegate()
         const MainWindowController *page = frame ? frame->currentPage() : nullptr;
         return page ? &page->windowConsoleController() : nullptr;
     });
+    setMainWindowLookup([this]() -> QWidget * { return mainWindow(); });
+    setNotificationFallback([this](const QString &title, const QString &text) {
+        if (ClusterWindowFrame *window = mainWindow()) {
+            PassingMessage::show(*window, title, text);
+        }
+    });
     setSettingsProblemHandler([](const QString &problem) { postConsoleError(problem); });
 }
 
 AppDelegate::~AppDelegate()
 {
     setSettingsProblemHandler({});
+    setNotificationFallback({});
+    setMainWindowLookup({});
     setMainConsoleLookup({});
 }
 

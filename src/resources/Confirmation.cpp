@@ -15,13 +15,32 @@ namespace {
 constexpr int comfortableWidth = 440;
 constexpr int textColumn = 2; // of a message box's layout, beside its icon
 
+std::function<QWidget *()> &mainWindowLookup()
+{
+    static std::function<QWidget *()> lookup;
+    return lookup;
+}
+
+/// The active window may be another application's, or a dialog that is closing, while a question comes up.
+QWidget *mainWindow()
+{
+    QWidget *window = mainWindowLookup() ? mainWindowLookup()() : nullptr;
+    return window ? window : QApplication::activeWindow();
+}
+
 } // namespace
+
+void setMainWindowLookup(std::function<QWidget *()> lookup)
+{
+    mainWindowLookup() = std::move(lookup);
+}
 
 void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
     const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion)
 {
-    QWidget *window = view ? view->window() : QApplication::activeWindow();
+    QWidget *window = view ? view->window() : mainWindow();
     if (!window) {
+        delete accessory;
         return;
     }
     auto *box = new QMessageBox(QMessageBox::Warning, QString(), title, QMessageBox::NoButton, window);
@@ -36,7 +55,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     box->setDefaultButton(first);
     if (!secondButton.isEmpty()) {
         QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
-        box->setDefaultButton(second);
+        box->setDefaultButton(accessory ? first : second);
         box->setEscapeButton(second);
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
@@ -45,6 +64,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
             grid->removeWidget(buttons);
             grid->addWidget(accessory, grid->rowCount(), textColumn, 1, grid->columnCount() - textColumn);
             grid->addWidget(buttons, grid->rowCount(), 0, 1, grid->columnCount());
+            accessory->setFocus();
         }
         // Wide enough for names to stand in one piece.
         grid->addItem(new QSpacerItem(comfortableWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());

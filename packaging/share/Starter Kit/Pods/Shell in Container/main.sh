@@ -1,0 +1,11 @@
+#!/bin/sh
+# A shell in the chosen container: bash where there is one.
+if [ "$NAMESPACE" = "All Namespaces" ]; then
+    echo "Choose the namespace of $POD first." >&2
+else
+    echo "$POD: $CONTAINER"
+    "$KUBECTL" exec --stdin --tty "$POD" --container="$CONTAINER" --context="$CONTEXT" --namespace="$NAMESPACE" \
+        -- sh -c 'command -v bash >/dev/null && exec bash || exec sh' && exit
+fi
+echo "Press Return to close this window."
+read -r _

@@ -1,0 +1,249 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The application's own side of the embedded interpreter. Scripts use tidewright_actions instead.
+
+What comes from a script is not trusted to behave: whatever it raises is caught here, and what is handed to the
+application has exactly the documented types. Texts are handed over as UTF-8 bytes.
+"""
+import functools
+import importlib
+import io
+import itertools
+import os
+import subprocess
+import sys
+import threading
+import traceback
+
+REQUESTS = ("OKDialog", "OKCancelDialog", "Notification", "FormDialog")
+MOST_LOG_LINES = 1000
+MOST_FIELDS = 200
+MOST_CHOICES = 2000
+LONGEST_LINE = 4096
+# Fits the stack of a thread, with room to spare for what each level may need of it.
+DEEPEST_RECURSION = 3000
+
+
+def prepare(write_line):
+    """Once, before any script runs. write_line takes one line of the diagnostics, as bytes."""
+    global diagnostics
+    diagnostics = Diagnostics(write_line)
+    sys.stdin = io.StringIO()
+    _redirect()
+    _limit_recursion()
+    _keep_environment()
+
+
+class Diagnostics(io.TextIOBase):
+    """What scripts print, line by line; each thread's lines are its own."""
+
+    encoding = "utf-8"
+    errors = "backslashreplace"
+
+    def __init__(self, write_line):
+        self._write_line = write_line
+        self._thread = threading.local()
+
+    def writable(self):
+        return True
+
+    def write(self, text):
+        *lines, rest = (getattr(self._thread, "rest", "") + text).split("\n")
+        if len(rest) > LONGEST_LINE:
+            lines, rest = lines + [rest], ""
+        self._thread.rest = rest
+        for line in lines:
+            self._write_line(line.encode("utf-8", "backslashreplace"))
+        return len(text)
+
+    def close(self):
+        """Stays open for the next script."""
+
+    def end_line(self):
+        if getattr(self._thread, "rest", ""):
+            self.write("\n")
+
+
+def _redirect():
+    sys.stdout = sys.stderr = diagnostics
+
+
+def _limit_recursion():
+    set_limit = sys.setrecursionlimit
+    sys.setrecursionlimit = lambda limit: set_limit(min(limit, DEEPEST_RECURSION))
+
+
+def _keep_environment():
+    """os.environ stays the interpreter's: its children get it, the application around it does not.
+
+    The application reads its own environment on other threads, while the C library would be changing it; and the
+    kubeconfig of one action must not become that of every window.
+    """
+    os.putenv = lambda key, value: None
+    os.unsetenv = lambda key: None
+    initialise = subprocess.Popen.__init__
+    position = 11  # of `env` among the arguments of Popen, with self
+
+    @functools.wraps(initialise)
+    def with_environment(*arguments, **options):
+        if len(arguments) <= position and options.get("env") is None:
+            options["env"] = dict(os.environ)
+        initialise(*arguments, **options)
+
+    def system(command):
+        status = subprocess.call(command, shell=True)
+        return status << 8 if status >= 0 else -status
+
+    subprocess.Popen.__init__ = with_environment
+    os.system = system
+
+
+class _SearchPath:
+    """sys.path: what it was before, then the folders of the scripts that run, the latest first."""
+
+    def __init__(self):
+        self._lock = threading.Lock()
+        self._folders = []
+        self._before = []
+
+    def add(self, folder):
+        with self._lock:
+            if not self._folders:
+                self._before = list(sys.path)
+            self._folders.insert(0, folder)
+            sys.path = self._before + self._folders
+
+    def remove(self, folder):
+        with self._lock:
+            self._folders.remove(folder)
+            sys.path = self._before + self._folders
+
+
+_search_path = _SearchPath()
+
+
+def begin(folder):
+    """A script from that folder is about to be loaded."""
+    _redirect()
+    _search_path.add(folder)
+
+
+def finish(folder):
+    """It has ended; its callbacks may still be called."""
+    _search_path.remove(folder)
+
+
+def load(variables):
+    """Sets the variables and imports the script. Returns the module and None, or None and why not."""
+    try:
+        os.environ.update(variables)
+        sys.modules.pop("main", None)
+        importlib.invalidate_caches()
+        return importlib.import_module("main"), None
+    except BaseException as error:
+        return None, _description(error)
+    finally:
+        diagnostics.end_line()
+
+
+def make(module):
+    """Makes an instance of the script's class. Returns it and None, or None and why not."""
+    try:
+        return module.Action(), None
+    except BaseException as error:
+        return None, _description(error)
+    finally:
+        diagnostics.end_line()
+
+
+def call(instance, function, *arguments):
+    """Calls a function of the instance. Returns what the application has to do about it:
+
+    log lines, the name of a request or None, its state, its form's rows, and what else was raised or None.
+    """
+    request, state, rows, problem = None, {}, [], None
+    try:
+        getattr(instance, function)(*arguments)
+    except BaseException as error:
+        name = _class_name(error)
+        if name in REQUESTS:
+            request, state = _utf8(name), _state(instance)
+            rows = _rows(instance) if name == "FormDialog" else []
+        else:
+            problem = _description(error)
+    diagnostics.end_line()
+    return _log_lines(instance), request, state, rows, problem
+
+
+def answer(instance, *arguments):
+    """Calls the instance back with the user's answer, if it waits for one. Returns the same as call."""
+    try:
+        waits = getattr(instance, "_callback", None) is not None
+    except BaseException as error:
+        return [], None, {}, [], _description(error)
+    return call(instance, "_run_callback", *arguments) if waits else ([], None, {}, [], None)
+
+
+def _class_name(error):
+    return type.__dict__["__name__"].__get__(type(error))
+
+
+def _utf8(text):
+    return str.encode(text, "utf-8", "replace")
+
+
+def _description(error):
+    """The error's type and text; the diagnostics get the traceback."""
+    try:
+        traceback.print_exception(type(error), error, error.__traceback__, file=diagnostics)
+        return _utf8("".join(traceback.format_exception_only(type(error), error)).strip())
+    except BaseException:
+        return _utf8(_class_name(error))
+
+
+def _log_lines(instance):
+    try:
+        lines = instance._logger.log
+    except BaseException:
+        return []
+    if not isinstance(lines, list) or not all(isinstance(line, str) for line in lines):
+        return []
+    shown = [_utf8(line) for line in lines[:MOST_LOG_LINES]]
+    if len(lines) > MOST_LOG_LINES:
+        shown.append(_utf8(f"... and {len(lines) - MOST_LOG_LINES} more lines"))
+    return shown
+
+
+def _state(instance):
+    try:
+        state = dict(instance._state)
+        if all(isinstance(text, str) for entry in state.items() for text in entry):
+            return {_utf8(key): _utf8(value) for key, value in state.items()}
+    except BaseException:
+        pass
+    return {}
+
+
+def _rows(instance):
+    """A tuple for each field: name, type, label, placeholder, initial or None, choices, checked."""
+    rows = []
+    try:
+        fields = instance.form.fields
+        for name in itertools.islice(fields.keys(), MOST_FIELDS):
+            if isinstance(name, str):
+                rows.append(_row(name, fields[name]))
+    except BaseException as error:
+        _description(error)
+    return rows
+
+
+def _row(name, field):
+    def given(attribute):
+        return getattr(field, attribute, None)
+
+    def text(value, otherwise=None):
+        return otherwise if value is None else _utf8(str(value))
+
+    label = text(given("label"), _utf8(name))
+    choices = [text(choice, b"") for choice in itertools.islice(given("choices") or (), MOST_CHOICES)]
+    return (_utf8(name), text(given("field_type"), b""), label, text(given("placeholder"), b""),
+            text(given("initial")), choices, bool(given("checked")))

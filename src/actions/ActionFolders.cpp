@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "actions/ActionFolders.h"
+
+#include "actions/ActionQueue.h"
+#include "platform/AtomicFile.h"
+#include "platform/Bundle.h"
+#include "platform/Diagnostics.h"
+#include "platform/MainQueue.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QPointer>
+
+#include <algorithm>
+#include <filesystem>
+#include <mutex>
+
+namespace tidewright {
+
+namespace {
+
+// Below one folder of the top level. Far more than anybody has, and little enough when a link leads to a whole
+// disk.
+constexpr int mostFolders = 2000;
+constexpr int deepestFolder = 32;
+
+constexpr qint64 largestImageFile = 4 << 20;
+constexpr int largestImageSide = 1024;
+
+/// Null when the file is no readable image of a sensible size; the standard image is shown then.
+QImage readImage(const QString &path)
+{
+    const QFileInfo file(path);
+    if (path.isEmpty() || !file.isFile() || file.size() > largestImageFile) {
+        return {};
+    }
+    QImageReader reader(path);
+    reader.setDecideFormatFromContent(true);
+    const QSize size = reader.size();
+    const bool isSensible = size.isValid() && size.width() <= largestImageSide
+        && size.height() <= largestImageSide && !reader.format().startsWith("svg");
+    return isSensible ? reader.read() : QImage();
+}
+
+/// One walk through the folders, on one thread.
+class FolderWalk
+{
+public:
+    explicit FolderWalk(const QString &root)
+        : m_ancestors{FileIdentity::at(QFile::encodeName(root))}
+    {
+    }
+
+    std::vector<ActionNode> load(QStringList folders)
+    {
+        std::vector<ActionNode> nodes;
+        const auto name = [](const QString &path) { return QFileInfo(path).fileName(); };
+        std::sort(folders.begin(), folders.end(),
+            [&name](const QString &a, const QString &b) { return name(a) < name(b); });
+        for (const QString &folder : std::as_const(folders)) {
+            const FileIdentity identity = FileIdentity::at(QFile::encodeName(folder));
+            if (isAncestor(identity)) {
+                continue;
+            }
+            m_ancestors.push_back(identity);
+            loadFolder(folder, nodes);
+            m_ancestors.pop_back();
+        }
+        return nodes;
+    }
+
+    QStringList takeProblems() { return std::move(m_problems); }
+
+private:
+    void loadFolder(const QString &folder, std::vector<ActionNode> &nodes)
+    {
+        if (m_ancestors.size() == topLevel) {
+            m_folders = 0;
+            m_saidTooMany = false;
+        }
+        if (m_ancestors.size() > deepestFolder || ++m_folders > mostFolders) {
+            if (!m_saidTooMany) {
+                m_problems.append(QStringLiteral("There are too many action folders, or they are nested too "
+                                                 "deeply; %1 and others were left out.")
+                                      .arg(folder));
+            }
+            m_saidTooMany = true;
+            return;
+        }
+        const QStringList entries = directoryContents(folder);
+        const QStringList subfolders = keptSubfolders(entries);
+        const QString title = QFileInfo(folder).fileName();
+        if (!subfolders.isEmpty()) {
+            nodes.push_back({title, nullptr, load(subfolders)});
+            return;
+        }
+        const auto first = [&entries](const auto &wanted) {
+            const auto found = std::find_if(entries.begin(), entries.end(),
+                [&wanted](const QString &path) { return wanted(QFileInfo(path).fileName()); });
+            return found == entries.end() ? QString() : *found;
+        };
+        const auto named = [&first](const char *name) {
+            return first([name](const QString &entry) { return entry == QLatin1String(name); });
+        };
+        const QString script
+            = first([](const QString &entry) { return entry.startsWith(QLatin1String("main.")); });
+        if (!script.isEmpty()) {
+            addActionItem(title, named("icon.png"), named("menu.png"), named("config.json"), script, nodes);
+        }
+    }
+
+    QStringList keptSubfolders(const QStringList &entries) const
+    {
+        QStringList kept;
+        for (const QString &entry : entries) {
+            const QFileInfo info(entry);
+            if (info.isDir() && !info.fileName().startsWith(QLatin1String("__"))
+                && !isAncestor(FileIdentity::at(QFile::encodeName(entry)))) {
+                kept.append(entry);
+            }
+        }
+        return kept;
+    }
+
+    void addActionItem(const QString &title, const QString &icon, const QString &menuIcon,
+        const QString &config, const QString &script, std::vector<ActionNode> &nodes)
+    {
+        auto item = CustomActionItem::create(title, readImage(icon), readImage(menuIcon), script,
+            config.isEmpty() ? std::nullopt : std::optional(config));
+        if (!item->configProblem().isEmpty()) {
+            m_problems.append(item->configProblem());
+        }
+        nodes.push_back({title, std::move(item), {}});
+    }
+
+    /// A link that leads to a folder around it would be followed for ever.
+    bool isAncestor(const FileIdentity &identity) const
+    {
+        return std::any_of(m_ancestors.begin(), m_ancestors.end(), [&identity](const FileIdentity &ancestor) {
+            return ancestor.device == identity.device && ancestor.inode == identity.inode;
+        });
+    }
+
+    static constexpr std::size_t topLevel = 2; // the root and the folder itself
+    std::vector<FileIdentity> m_ancestors;
+    int m_folders = 0;
+    bool m_saidTooMany = false;
+    QStringList m_problems;
+};
+
+std::optional<ActionTree> loadActions()
+{
+    const auto folder = actionsFolderURL(installStarterKit);
+    if (!folder) {
+        return std::nullopt;
+    }
+    QStringList folders;
+    for (const QString &entry : directoryContents(*folder)) {
+        if (QFileInfo(entry).isDir()) {
+            folders.append(entry);
+        }
+    }
+    return loadActionFolders(folders);
+}
+
+} // namespace
+
+std::optional<QString> actionsFolderURL(const std::function<void(const QString &folder)> &onCreate)
+{
+    static std::mutex mutex; // two windows may look for it at once, and one of them makes it
+    const std::lock_guard lock(mutex);
+    const QString support = bundle::applicationSupportFolder();
+    if (support.isEmpty()) {
+        return std::nullopt;
+    }
+    const QString folder = support + QLatin1String("/Tidewright/Actions");
+    if (QFileInfo(folder).isDir()) {
+        return folder;
+    }
+    const auto userOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    const bool isMade
+        = QDir().mkpath(support + QLatin1String("/Tidewright")) && QDir().mkdir(folder, userOnly);
+    if (!isMade) {
+        return std::nullopt;
+    }
+    if (onCreate) {
+        onCreate(folder);
+    }
+    return folder;
+}
+
+void installStarterKit(const QString &actionsFolder)
+{
+    namespace fs = std::filesystem;
+    const QString name = QStringLiteral("Starter Kit");
+    const QString source = bundle::resource(name);
+    if (source.isEmpty()) {
+        writeDiagnostic(QStringLiteral("Error creating starter kit: it is not in the package"));
+        return;
+    }
+    try {
+        const fs::path target(QFile::encodeName(actionsFolder + QLatin1Char('/') + name).toStdString());
+        fs::copy(QFile::encodeName(source).toStdString(), target, fs::copy_options::recursive);
+        // The package may be read-only; what belongs to the user is not.
+        fs::permissions(target, fs::perms::owner_all, fs::perm_options::add);
+        for (const auto &entry : fs::recursive_directory_iterator(target)) {
+            fs::permissions(entry.path(), fs::perms::owner_write, fs::perm_options::add);
+        }
+    } catch (const fs::filesystem_error &error) {
+        writeDiagnostic(QLatin1String("Error creating starter kit: ") + QString::fromLocal8Bit(error.what()));
+    }
+}
+
+QStringList directoryContents(const QString &folder)
+{
+    QStringList entries;
+    QDirIterator iterator(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (iterator.hasNext()) {
+        entries.append(iterator.next());
+    }
+    return entries;
+}
+
+ActionTree loadActionFolders(QStringList folders)
+{
+    for (QString &folder : folders) {
+        folder = QDir::cleanPath(folder);
+    }
+    FolderWalk walk(folders.isEmpty() ? QString() : QFileInfo(folders.first()).path());
+    ActionTree tree;
+    tree.nodes = walk.load(std::move(folders));
+    tree.problems = walk.takeProblems();
+    return tree;
+}
+
+void loadActionsInBackground(
+    QObject *receiver, std::function<void(const std::optional<ActionTree> &tree)> loaded)
+{
+    customActionQueue().post([receiver = QPointer(receiver), loaded = std::move(loaded)] {
+        postToMain(receiver, [tree = loadActions(), loaded](const QObject &) { loaded(tree); });
+    });
+}
+
+} // namespace tidewright

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "actions/BashScript.h"
+
+#include "actions/ActionTerminal.h"
+#include "actions/CustomActionItem.h"
+#include "actions/RunningScript.h"
+#include "core/Shell.h"
+#include "platform/Diagnostics.h"
+
+namespace tidewright {
+
+namespace {
+
+// `env` takes a word with an equals sign for one more variable, so a shell stands before a path that has one.
+const auto runsItsArgument = QStringLiteral("exec \"$0\"");
+
+QStringList backgroundCommand(const ActionEnvironment &environment, const QString &path)
+{
+    QStringList arguments{QStringLiteral("env")};
+    for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
+        arguments.append(entry.key() + QLatin1Char('=') + entry.value());
+    }
+    if (path.contains(QLatin1Char('='))) {
+        arguments += {QStringLiteral("/bin/sh"), QStringLiteral("-c"), runsItsArgument};
+    }
+    return arguments + QStringList{path};
+}
+
+/// Between quotes of a terminal command line, which is itself escaped once more; a plain path stays as it is.
+QString quoted(QString path)
+{
+    path.replace(QLatin1Char('\\'), QLatin1String("\\\\\\\\"));
+    for (const char special : {'"', '$', '`'}) {
+        const QString escaped = QLatin1String(special == '"' ? "\\\\\\" : "\\\\") + QLatin1Char(special);
+        path.replace(QLatin1Char(special), escaped);
+    }
+    return QLatin1String("\\\"") + path + QLatin1String("\\\"");
+}
+
+QString terminalCommand(const ActionEnvironment &environment, const QString &path)
+{
+    const QString quote = QStringLiteral("\\\"");
+    QStringList words{QStringLiteral("env")};
+    for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
+        words.append(
+            entry.key() + QLatin1Char('=') + quote + actionTerminal().escapeString(entry.value()) + quote);
+    }
+    if (path.contains(QLatin1Char('='))) {
+        words.append(QStringLiteral("/bin/sh -c 'exec \\\"$0\\\"'"));
+    }
+    words.append(quoted(path));
+    return words.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+void BashScript::runScript(
+    std::shared_ptr<CustomActionItem> item, ActionEnvironment environment, QPointer<Console> console)
+{
+    const auto complete = item->buildEnvironment(std::move(environment));
+    if (!complete) {
+        return;
+    }
+    const RunningScript running(std::move(console), item->title());
+    writeDiagnostic(QLatin1String("Run bash ") + scriptURL());
+    if (item->config().open_in_terminal.value_or(false)) {
+        actionTerminal().runInTerminal(terminalCommand(*complete, scriptURL()));
+        running.end();
+    } else {
+        Shell::create()->runAsync(backgroundCommand(*complete, scriptURL()), true, nullptr,
+            [running](const ShellResult &) { running.end(); });
+    }
+}
+
+} // namespace tidewright

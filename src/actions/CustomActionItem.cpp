@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "actions/CustomActionItem.h"
+
+#include "actions/ActionQueue.h"
+#include "actions/BashScript.h"
+#include "actions/PythonScript.h"
+#include "core/ApplicationRecord.h"
+#include "platform/Diagnostics.h"
+#include "platform/MainQueue.h"
+#include "platform/UserDefaults.h"
+#include "resources/Confirmation.h"
+#include "resources/NamedImages.h"
+
+namespace tidewright {
+
+namespace {
+
+constexpr int menuIconPoints = 16;
+constexpr int menuIconScale = 2; // stays sharp on dense screens
+
+void tellMissing(const QStringList &names)
+{
+    const QString message
+        = QStringLiteral("There are environment variables that need to be set to run this command.  Please "
+                         "set \"%1\" in Preferences: Advanced and try again.")
+              .arg(names.join(QLatin1String(", ")));
+    mainQueue().post([message] {
+        showConfirmation(nullptr, QStringLiteral("Required Environment Variables Missing"), message,
+            QStringLiteral("OK"), QString(), nullptr, [](bool) {});
+    });
+}
+
+} // namespace
+
+std::shared_ptr<CustomActionItem> CustomActionItem::create(
+    QString title, QImage icon, QImage menuIcon, QString scriptURL, std::optional<QString> configURL)
+{
+    return std::shared_ptr<CustomActionItem>(new CustomActionItem(
+        std::move(title), std::move(icon), std::move(menuIcon), std::move(scriptURL), std::move(configURL)));
+}
+
+CustomActionItem::CustomActionItem(
+    QString title, QImage icon, QImage menuIcon, QString scriptURL, std::optional<QString> configURL)
+    : m_title(std::move(title))
+    , m_icon(std::move(icon))
+    , m_menuIcon(std::move(menuIcon))
+    , m_scriptURL(std::move(scriptURL))
+    , m_configURL(std::move(configURL))
+{
+    loadConfig();
+    m_script = makeScript();
+}
+
+void CustomActionItem::loadConfig()
+{
+    if (!m_configURL) {
+        return;
+    }
+    CustomActionConfig::Decoded decoded = CustomActionConfig::load(*m_configURL);
+    if (decoded.config) {
+        m_config = *std::move(decoded.config);
+        return;
+    }
+    m_configProblem = QStringLiteral("The action \"%1\" runs without its configuration: %2: %3.")
+                          .arg(m_title, *m_configURL, decoded.error);
+    writeDiagnostic(QStringLiteral("Error %1: %2").arg(*m_configURL, decoded.error));
+}
+
+std::unique_ptr<Script> CustomActionItem::makeScript() const
+{
+    if (m_scriptURL.endsWith(QLatin1String(".py")) && m_config.is_smart_action.value_or(false)) {
+        return std::make_unique<PythonScript>(m_scriptURL);
+    }
+    return std::make_unique<BashScript>(m_scriptURL);
+}
+
+QIcon CustomActionItem::icon() const
+{
+    return m_icon.isNull() ? namedImage(QStringLiteral("NSAdvanced")) : QIcon(QPixmap::fromImage(m_icon));
+}
+
+QIcon CustomActionItem::menuIcon() const
+{
+    if (m_menuIcon.isNull()) {
+        return namedImage(QStringLiteral("NSSmartBadgeTemplate"));
+    }
+    constexpr int pixels = menuIconPoints * menuIconScale;
+    QPixmap pixmap = QPixmap::fromImage(
+        m_menuIcon.scaled(pixels, pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    pixmap.setDevicePixelRatio(menuIconScale);
+    return QIcon(pixmap);
+}
+
+void CustomActionItem::performAction(const ActionEnvironment &environment)
+{
+    if (!isActiveIn(environment.value(QStringLiteral("CONTEXT")))) {
+        return;
+    }
+    const auto run = [self = shared_from_this(), environment, console = QPointer(mainConsole())] {
+        customActionQueue().post(
+            [self, environment, console] { self->script().runScript(self, environment, console); });
+    };
+    if (!m_config.show_warning_text) {
+        run();
+        return;
+    }
+    showConfirmation(nullptr, QStringLiteral("Confirm Action"), *m_config.show_warning_text,
+        QStringLiteral("OK"), QStringLiteral("Cancel"), nullptr, [run](bool confirmed) {
+            if (confirmed) {
+                run();
+            }
+        });
+}
+
+std::optional<ActionEnvironment> CustomActionItem::buildEnvironment(ActionEnvironment environment) const
+{
+    environment.insert(QStringLiteral("KUBECTL"), kubectlPath());
+    const QStringList required = m_config.environment_variables.value_or(QStringList());
+    if (required.isEmpty()) {
+        return environment;
+    }
+    const auto defined = userDefaults().dictionary(QStringLiteral("customEnvVars"));
+    QStringList missing;
+    for (const QString &name : required) {
+        if (defined && defined->contains(name)) {
+            environment.insert(name, defined->value(name));
+        } else {
+            missing.append(name);
+        }
+    }
+    if (!missing.isEmpty()) {
+        tellMissing(missing);
+        return std::nullopt;
+    }
+    return environment;
+}
+
+} // namespace tidewright

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "actions/CustomActionConfig.h"
+#include "actions/Script.h"
+
+#include <QIcon>
+#include <QImage>
+
+#include <memory>
+#include <optional>
+
+namespace tidewright {
+
+/// One loaded action: made from its folder, unchanged afterwards. Shared by menus, toolbars and running
+/// scripts, so that a reload takes nothing from under a run.
+class CustomActionItem : public std::enable_shared_from_this<CustomActionItem>
+{
+public:
+    /// Loads the configuration, if there is one, and makes the script object. Null images stand for the
+    /// standard ones. Any thread.
+    static std::shared_ptr<CustomActionItem> create(
+        QString title, QImage icon, QImage menuIcon, QString scriptURL, std::optional<QString> configURL);
+
+    /// The action folder's name.
+    const QString &title() const { return m_title; }
+    /// The toolbar image. Main thread.
+    QIcon icon() const;
+    /// The menu image, 16 by 16 points. Main thread.
+    QIcon menuIcon() const;
+    /// Absolute path of the "main." file.
+    const QString &scriptURL() const { return m_scriptURL; }
+    Script &script() const { return *m_script; }
+    /// Absolute path of "config.json", when there is one.
+    const std::optional<QString> &configURL() const { return m_configURL; }
+    const CustomActionConfig &config() const { return m_config; }
+    /// Why the default configuration had to be taken instead of config.json, as a sentence for the user; else
+    /// empty.
+    const QString &configProblem() const { return m_configProblem; }
+
+    bool isActiveIn(const QString &context) const { return m_config.isActiveIn(context); }
+
+    /// Asks the user when the configuration wants it, and runs the script on the custom action queue.
+    /// Nothing happens in a context in which the action is not active. Returns at once. Main thread.
+    void performAction(const ActionEnvironment &environment);
+    /// Adds KUBECTL and the user's variables that the action needs. Nothing when one is missing; the user is
+    /// told then. Any thread.
+    std::optional<ActionEnvironment> buildEnvironment(ActionEnvironment environment) const;
+
+private:
+    CustomActionItem(
+        QString title, QImage icon, QImage menuIcon, QString scriptURL, std::optional<QString> configURL);
+    void loadConfig();
+    std::unique_ptr<Script> makeScript() const;
+
+    const QString m_title;
+    const QImage m_icon;
+    const QImage m_menuIcon;
+    const QString m_scriptURL;
+    const std::optional<QString> m_configURL;
+    CustomActionConfig m_config;
+    QString m_configProblem;
+    std::unique_ptr<Script> m_script;
+};
+
+} // namespace tidewright

@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <pybind11/pybind11.h> // first: it has an own idea of the standard headers' feature macros
+
+#include "actions/PythonScript.h"
+
+#include "actions/ActionQueue.h"
+#include "actions/CustomActionItem.h"
+#include "actions/EmbeddedPython.h"
+#include "actions/RunningScript.h"
+#include "platform/Diagnostics.h"
+#include "platform/MainQueue.h"
+
+#include <QFileInfo>
+
+#include <mutex>
+
+namespace tidewright {
+
+namespace py = pybind11;
+
+struct PythonScript::Loaded
+{
+    py::object pythonActionModule;
+    py::object pythonActionInstance;
+};
+
+struct PythonScript::Call
+{
+    py::object instance;
+    const char *hostFunction; ///< of the module tidewright_host
+    py::tuple arguments;
+};
+
+namespace {
+
+constexpr std::chrono::seconds importLimit(10);
+
+/// Held while a script is imported: the search path and the module "main" are the interpreter's own, and it
+/// gives its lock to others in the middle of an import. Taken without that lock, which the import needs.
+std::timed_mutex &importMutex()
+{
+    static std::timed_mutex mutex;
+    return mutex;
+}
+
+py::module_ host()
+{
+    return py::module_::import("tidewright_host");
+}
+
+/// Texts cross the border as UTF-8 bytes, because Python's may hold what is no Unicode.
+QString text(py::handle bytes)
+{
+    return QString::fromStdString(bytes.cast<std::string>());
+}
+
+py::str pythonText(const QString &value)
+{
+    return py::str(value.toStdString());
+}
+
+std::optional<QString> optionalText(py::handle bytes)
+{
+    return bytes.is_none() ? std::nullopt : std::optional(text(bytes));
+}
+
+QStringList textList(py::handle list)
+{
+    QStringList texts;
+    for (const py::handle element : list) {
+        texts.append(text(element));
+    }
+    return texts;
+}
+
+FormField formField(py::handle row)
+{
+    const auto parts = py::reinterpret_borrow<py::tuple>(row);
+    return {text(parts[0]), text(parts[1]), text(parts[2]), text(parts[3]), optionalText(parts[4]),
+        textList(parts[5]), parts[6].cast<bool>()};
+}
+
+ActionRequest actionRequest(py::handle name, py::handle state, py::handle fields)
+{
+    using Kind = ActionRequest::Kind;
+    static const QMap<QString, Kind> kinds{{QStringLiteral("OKDialog"), Kind::Dialog},
+        {QStringLiteral("OKCancelDialog"), Kind::Dialog},
+        {QStringLiteral("Notification"), Kind::Notification}, {QStringLiteral("FormDialog"), Kind::Form}};
+    ActionRequest request;
+    request.kind = kinds.value(text(name), Kind::None);
+    for (const auto entry : py::reinterpret_borrow<py::dict>(state)) {
+        request.state.insert(text(entry.first), text(entry.second));
+    }
+    for (const py::handle row : fields) {
+        request.fields.push_back(formField(row));
+    }
+    return request;
+}
+
+/// The arguments with which a callback is told the answer.
+py::tuple callbackArguments(const ActionAnswer &answer)
+{
+    if (const bool *first = std::get_if<bool>(&answer)) {
+        return py::make_tuple(*first);
+    }
+    if (const auto *values = std::get_if<FormValues>(&answer)) {
+        py::dict mapping;
+        for (const auto &[name, value] : *values) {
+            const bool *checked = std::get_if<bool>(&value);
+            mapping[pythonText(name)] = checked ? py::object(py::bool_(*checked))
+                                                : py::object(pythonText(std::get<QString>(value)));
+        }
+        return py::make_tuple(mapping);
+    }
+    return py::tuple();
+}
+
+void postLog(const QStringList &lines)
+{
+    if (!lines.isEmpty()) {
+        mainQueue().post([lines] {
+            for (const QString &line : lines) {
+                postConsoleEntry(nullptr, line, QString(), std::nullopt);
+            }
+        });
+    }
+}
+
+void postPythonException(const QString &description)
+{
+    postConsoleError(QLatin1String("Recieved python exception ") + description + QLatin1Char('.'));
+}
+
+void postImportException(const QString &description)
+{
+    postConsoleError(QLatin1String("Recieved exception ") + description + QLatin1Char('.'));
+}
+
+} // namespace
+
+PythonScript::PythonScript(const QString &scriptURL)
+    : Script(scriptURL)
+    , m_loaded(new Loaded, [](Loaded *loaded) {
+        if (!loaded->pythonActionModule && !loaded->pythonActionInstance) {
+            delete loaded;
+            return;
+        }
+        // On a thread that may wait for the interpreter's lock; the main thread never does.
+        customActionQueue().post([loaded] {
+            const py::gil_scoped_acquire lock;
+            delete loaded;
+        });
+    })
+{
+}
+
+void PythonScript::runScript(
+    std::shared_ptr<CustomActionItem> item, ActionEnvironment environment, QPointer<Console> console)
+{
+    const auto complete = item->buildEnvironment(std::move(environment));
+    if (!complete) {
+        return;
+    }
+    const RunningScript running(std::move(console), item->title());
+    writeDiagnostic(QLatin1String("Run python ") + scriptURL());
+    if (const QString problem = waitForEmbeddedPython(); !problem.isEmpty()) {
+        postImportException(problem);
+        running.end();
+        return;
+    }
+    std::unique_lock importing(importMutex(), importLimit);
+    if (!importing) {
+        postImportException(QStringLiteral("another Python action is still being loaded"));
+        running.end();
+        return;
+    }
+    const std::string folder = QFileInfo(scriptURL()).path().toStdString();
+    {
+        const py::gil_scoped_acquire lock;
+        try {
+            host().attr("begin")(folder);
+            Call call{py::object(), "call", py::make_tuple("run")};
+            const bool isLoaded = load(*complete, call);
+            importing.unlock();
+            if (isLoaded) {
+                callPython(item, call);
+            }
+        } catch (const std::exception &error) {
+            postPythonException(QString::fromUtf8(error.what()));
+        }
+    }
+    running.endAndWait();
+    const py::gil_scoped_acquire lock;
+    try {
+        host().attr("finish")(folder);
+    } catch (const std::exception &error) {
+        postPythonException(QString::fromUtf8(error.what()));
+    }
+}
+
+bool PythonScript::load(const ActionEnvironment &environment, Call &call)
+{
+    py::dict variables;
+    for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
+        variables[pythonText(entry.key())] = pythonText(entry.value());
+    }
+    m_loaded->pythonActionModule = py::none();
+    const py::tuple imported = host().attr("load")(variables);
+    if (!imported[1].is_none()) {
+        postImportException(text(imported[1]));
+        return false;
+    }
+    m_loaded->pythonActionModule = imported[0];
+    const py::tuple made = host().attr("make")(imported[0]);
+    if (!made[1].is_none()) {
+        postPythonException(text(made[1]));
+        return false;
+    }
+    call.instance = made[0];
+    m_loaded->pythonActionInstance = made[0];
+    return true;
+}
+
+void PythonScript::callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call)
+{
+    const py::tuple outcome = host().attr(call.hostFunction)(call.instance, *call.arguments);
+    postLog(textList(outcome[0]));
+    if (!outcome[1].is_none()) {
+        const ActionRequest request = actionRequest(outcome[1], outcome[2], outcome[3]);
+        mainQueue().post([item, request] {
+            showRequest(request, [item](const ActionAnswer &answer) { callBack(item, answer); });
+        });
+    } else if (!outcome[4].is_none()) {
+        postPythonException(text(outcome[4]));
+    }
+}
+
+void PythonScript::callBack(const std::shared_ptr<CustomActionItem> &item, const ActionAnswer &answer)
+{
+    customActionQueue().post([item, answer] {
+        auto &script = static_cast<PythonScript &>(item->script());
+        const py::gil_scoped_acquire lock;
+        try {
+            script.callPython(
+                item, {script.m_loaded->pythonActionInstance, "answer", callbackArguments(answer)});
+        } catch (const std::exception &error) {
+            postPythonException(QString::fromUtf8(error.what()));
+        }
+    });
+}
+
+} // namespace tidewright

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "actions/RunningScript.h"
+
+#include "platform/MainQueue.h"
+
+#include <future>
+
+namespace tidewright {
+
+RunningScript::RunningScript(QPointer<Console> console, QString title)
+    : m_console(std::move(console))
+    , m_title(std::move(title))
+{
+    postToMain(m_console, [name = m_title](Console &shown) {
+        shown.scriptsRunning.append(name);
+        shown.updateScriptState();
+    });
+}
+
+void RunningScript::end() const
+{
+    postToMain(m_console, [name = m_title](Console &shown) {
+        shown.scriptsRunning.removeOne(name);
+        shown.updateScriptState();
+    });
+}
+
+void RunningScript::endAndWait() const
+{
+    end();
+    auto told = std::make_shared<std::promise<void>>();
+    std::future<void> done = told->get_future();
+    // At the end of the program the queue drops its tasks, and the promise with them; that wakes us too.
+    mainQueue().post([told = std::move(told)] { told->set_value(); });
+    done.wait();
+}
+
+} // namespace tidewright

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "actions/ActionFolders.h"
+#include "core/ApplicationRecord.h"
+#include "platform/MainQueue.h"
+#include "platform/Notifications.h"
+#include "platform/UserDefaults.h"
+#include "resources/Confirmation.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
+#include <QTest>
+
+#include <unistd.h>
+
+namespace tidewright::test {
+
+/// Notes also what runs, each time it changes.
+class RunsConsole : public RecordingConsole
+{
+public:
+    void updateScriptState() override { states.append(scriptsRunning.join(u',')); }
+    QStringList states;
+};
+
+/// A main window with a console, folders and settings of its own, and no notification service.
+class ActionBench
+{
+public:
+    ActionBench()
+        : settings(path(QStringLiteral("settings.json")))
+    {
+        mainQueue();
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
+        qputenv("XDG_DATA_HOME", folder.path().toUtf8());
+        setUserDefaultsForTesting(&settings);
+        setMainConsoleLookup([this] { return &console; });
+        setMainWindowLookup([this] { return &window; });
+        setNotificationFallback(
+            [this](const QString &title, const QString &text) { notifications.append(title + u'|' + text); });
+        window.show();
+    }
+    ~ActionBench()
+    {
+        setNotificationFallback({});
+        setMainWindowLookup({});
+        setMainConsoleLookup({});
+        setUserDefaultsForTesting(nullptr);
+    }
+
+    QString path(const QString &name) const { return folder.filePath(name); }
+
+    /// A file of an action, with the folders around it; scripts are made executable.
+    void write(const QString &name, const QByteArray &bytes) const
+    {
+        QDir().mkpath(QFileInfo(path(name)).path());
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        if (name.endsWith(u".sh")) {
+            file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        }
+    }
+
+    /// The action in a folder of that name, with the file names and contents given.
+    std::shared_ptr<CustomActionItem> action(
+        const QString &title, const QByteArray &config, const char *main, const QByteArray &script) const
+    {
+        write(title + u'/' + QLatin1String(main), script);
+        if (!config.isEmpty()) {
+            write(title + QStringLiteral("/config.json"), config);
+        }
+        const ActionTree tree = loadActionFolders({path(title)});
+        return tree.nodes.empty() ? nullptr : tree.nodes.front().item;
+    }
+
+    /// The open question, or null.
+    QMessageBox *dialog() const
+    {
+        for (auto *box : window.findChildren<QMessageBox *>()) {
+            if (box->isVisible()) {
+                return box;
+            }
+        }
+        return nullptr;
+    }
+    /// "title|message|first button,second button" of the open question; empty when there is none.
+    QString question() const
+    {
+        const QMessageBox *box = dialog();
+        if (!box) {
+            return {};
+        }
+        QString buttons;
+        for (const auto role : {QMessageBox::AcceptRole, QMessageBox::RejectRole}) {
+            for (QAbstractButton *button : box->buttons()) {
+                buttons += box->buttonRole(button) == role ? u',' + button->text() : QString();
+            }
+        }
+        return box->text() + u'|' + box->informativeText() + u'|' + buttons.mid(1);
+    }
+    void press(const QString &button) const
+    {
+        const QMessageBox *box = dialog();
+        QVERIFY(box);
+        for (QAbstractButton *candidate : box->buttons()) {
+            if (candidate->text() == button) {
+                candidate->click();
+                return;
+            }
+        }
+        QFAIL(qPrintable(button + QStringLiteral(" is no button of ") + question()));
+    }
+
+    /// Whether all runs that were begun have ended.
+    bool isIdle() const { return console.states.size() >= 2 && console.scriptsRunning.isEmpty(); }
+
+    QTemporaryDir folder;
+    UserDefaults settings;
+    RunsConsole console;
+    QWidget window;
+    QStringList notifications;
+};
+
+/// While it lives, the standard output goes to a file.
+class CapturedOutput
+{
+public:
+    CapturedOutput()
+    {
+        std::fflush(stdout);
+        m_before = ::dup(STDOUT_FILENO);
+        if (m_file.open()) {
+            ::dup2(m_file.handle(), STDOUT_FILENO);
+        }
+    }
+    ~CapturedOutput()
+    {
+        std::fflush(stdout);
+        ::dup2(m_before, STDOUT_FILENO);
+        ::close(m_before);
+    }
+    CapturedOutput(const CapturedOutput &) = delete;
+    CapturedOutput &operator=(const CapturedOutput &) = delete;
+
+    QString text() const
+    {
+        QFile file(m_file.fileName());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+
+private:
+    QTemporaryFile m_file;
+    int m_before = -1;
+};
+
+} // namespace tidewright::test

@@ -1,0 +1,290 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ActionBench.h"
+#include "actions/BashScript.h"
+#include "actions/PythonScript.h"
+
+#include <QBuffer>
+#include <QElapsedTimer>
+
+#include <sys/stat.h>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// "Group(Action,Action(python)),Action"
+QString drawn(const std::vector<ActionNode> &nodes)
+{
+    QStringList texts;
+    for (const ActionNode &node : nodes) {
+        const bool isPython = node.item && dynamic_cast<PythonScript *>(&node.item->script());
+        texts.append(node.title + (node.item ? QString() : u'(' + drawn(node.children) + u')')
+            + (isPython ? u"*"_s : QString()));
+    }
+    return texts.join(u',');
+}
+
+QByteArray png(int side)
+{
+    QImage image(side, side, QImage::Format_ARGB32);
+    image.fill(Qt::red);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+} // namespace
+
+class TestActionFolders : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void configuration_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QString>("error"); // the beginning
+        QTest::addColumn<QString>("fields");
+        const auto row = [](const char *name, const QByteArray &json, const char *error, const char *fields) {
+            QTest::newRow(name) << json << QString::fromUtf8(error) << QString::fromUtf8(fields);
+        };
+        row("scope alone leaves the rest absent", R"({"scope":"pod"})", "", "pod - - - - - -");
+        row("all keys", R"({"scope":"pod","open_in_terminal":true,"use_name_matching_pattern":"w*",
+            "environment_variables":["A","B"],"show_warning_text":"","active_in_contexts":["c"],
+            "is_smart_action":false})",
+            "", "pod 1 w* A;B  c 0");
+        row("unknown keys", R"({"scope":"x","more":[1,{}]})", "", "x - - - - - -");
+        row("null is absent", R"({"scope":"x","show_warning_text":null})", "", "x - - - - - -");
+        row("no scope", R"({"is_smart_action":true})", "the required \"scope\" is missing", "");
+        row("scope is null", R"({"scope":null})", "the required \"scope\" is missing", "");
+        row("scope is a number", R"({"scope":1})", "\"scope\" is not a text", "");
+        row("boolean as text", R"({"scope":"x","open_in_terminal":"true"})",
+            "\"open_in_terminal\" is not true or false", "");
+        row("boolean as number", R"({"scope":"x","is_smart_action":1})", "\"is_smart_action\" is not", "");
+        row("array of numbers", R"({"scope":"x","environment_variables":["A",1]})",
+            "\"environment_variables\" is not an array of texts", "");
+        row("array as text", R"({"scope":"x","active_in_contexts":"c"})", "\"active_in_contexts\" is not",
+            "");
+        row("text as object", R"({"scope":"x","show_warning_text":{}})", "\"show_warning_text\" is not", "");
+        row("an array", "[]", "it is not one JSON object", "");
+        row("nothing", "", "illegal value at byte 1", "");
+        row("half", R"({"scope":"x")", "unterminated string at byte 12", "");
+        row("not UTF-8", "{\"scope\":\"\xff\"}", "invalid UTF8 string", "");
+        row("deeply nested", R"({"scope":"x","y":)" + QByteArray(500'000, '['), "too deeply nested", "");
+        row("10 MB", R"({"scope":")" + QByteArray(10 << 20, 'x') + R"("})", "it is larger than 1 MiB", "");
+    }
+    void configuration()
+    {
+        QFETCH(QByteArray, json);
+        QFETCH(QString, error);
+        QFETCH(QString, fields);
+        const ActionBench bench;
+        QElapsedTimer clock;
+        clock.start();
+        QString printed;
+        const auto item = [&] {
+            const CapturedOutput output;
+            auto made = bench.action(u"act"_s, json.isEmpty() ? QByteArray(" ") : json, "main.sh", "");
+            printed = output.text();
+            return made;
+        }();
+        const QString file = bench.path(u"act/config.json"_s);
+        if (error.isEmpty()) {
+            const CustomActionConfig &config = item->config();
+            const auto flag = [](auto value) { return value ? QString::number(*value) : u"-"_s; };
+            const auto list = [](auto value) { return value ? value->join(u';') : u"-"_s; };
+            QCOMPARE(
+                QStringList({config.scope, flag(config.open_in_terminal),
+                                config.use_name_matching_pattern.value_or(u"-"_s),
+                                list(config.environment_variables), config.show_warning_text.value_or(u"-"_s),
+                                list(config.active_in_contexts), flag(config.is_smart_action)})
+                    .join(u' '),
+                fields);
+            QVERIFY(printed.isEmpty());
+            QVERIFY(item->configProblem().isEmpty());
+        } else {
+            QVERIFY(item->config() == CustomActionConfig());
+            QVERIFY2(printed.startsWith(u"Error "_s + file + u": "_s + error), qPrintable(printed));
+            QVERIFY(item->configProblem().contains(error));
+        }
+        QVERIFY(clock.elapsed() < 2000);
+    }
+
+    void contexts()
+    {
+        CustomActionConfig config;
+        QVERIFY(config.isActiveIn(u"any"_s));
+        config.active_in_contexts = QStringList{u"one"_s, u"two"_s};
+        QVERIFY(config.isActiveIn(u"two"_s) && !config.isActiveIn(u"three"_s) && !config.isActiveIn(u"On"_s));
+        config.active_in_contexts.reset();
+        QVERIFY(config.isActiveIn(u"any"_s));
+    }
+
+    void walk_data()
+    {
+        QTest::addColumn<QStringList>("files"); // "a -> b" is a link with the text b
+        QTest::addColumn<QString>("tree");
+        const auto row = [](const char *name, const QStringList &files, const char *tree) {
+            QTest::newRow(name) << files << QString::fromUtf8(tree);
+        };
+        row("upper case before lower", {u"b/main.sh"_s, u"a/main.sh"_s, u"Z/main.sh"_s, u"é x/main.sh"_s},
+            "Z,a,b,é x");
+        row("no script, no action", {u"a/config.json"_s, u"b/Main.sh"_s, u"c/main"_s, u"d/main.sh"_s}, "d");
+        row("a folder in it makes a group", {u"g/main.sh"_s, u"g/x/main.sh"_s, u"g/empty/note"_s}, "g(x)");
+        row("underscores count below the top",
+            {u"__top/main.sh"_s, u"g/__pycache__/x"_s, u"g/main.py"_s, u"h/__no/main.sh"_s,
+                u"h/_yes/main.sh"_s},
+            "__top,g,h(_yes)");
+        row("the same name twice", {u"a/x/main.sh"_s, u"b/x/main.sh"_s}, "a(x),b(x)");
+        row("links are followed", {u"a/main.sh"_s, u"g/x -> ../a"_s, u"l -> g"_s}, "a,g(x),l(x)");
+        row("loops are not",
+            {u"g/x/main.sh"_s, u"g/self -> ."_s, u"g/x/up -> ../.."_s, u"g/up -> .."_s, u"a -> ."_s,
+                u"dangling -> nowhere"_s, u"file"_s},
+            "g(x)");
+        row("python only when asked, and only .py",
+            {u"p/main.py"_s, u"p/smart"_s, u"P/main.PY"_s, u"P/smart"_s, u"q/main.py"_s, u"s/main.sh"_s,
+                u"s/smart"_s},
+            "P,p*,q,s");
+    }
+    void walk()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QString, tree);
+        const ActionBench bench;
+        for (const QString &file : std::as_const(files)) {
+            const QStringList link = file.split(u" -> "_s);
+            const QString target = bench.path(u"Tidewright/Actions/"_s + link.first());
+            QDir().mkpath(QFileInfo(target).path());
+            if (link.size() > 1) {
+                QVERIFY(QFile::link(link.last(), target));
+            } else if (file.endsWith(u"/smart")) {
+                bench.write(u"Tidewright/Actions/"_s + file.chopped(5) + u"config.json"_s,
+                    R"({"scope":"pod","is_smart_action":true})");
+            } else {
+                bench.write(u"Tidewright/Actions/"_s + file, "");
+            }
+        }
+        std::optional<ActionTree> loaded;
+        QObject receiver;
+        loadActionsInBackground(&receiver, [&loaded](const auto &result) { loaded = result; });
+        QTRY_VERIFY(loaded);
+        QCOMPARE(drawn(loaded->nodes), tree);
+        QVERIFY2(loaded->problems.isEmpty(), qPrintable(loaded->problems.join(u'\n')));
+    }
+
+    void wholeDiskBehindALink()
+    {
+        const ActionBench bench;
+        bench.write(u"a/main.sh"_s, "");
+        for (int i = 0; i < 13; ++i) { // each level leads twice to the next: 2^13 folders
+            for (const char *side : {"l", "r"}) {
+                const QString level = bench.path(u"levels/%1"_s.arg(i));
+                QDir().mkpath(level);
+                QVERIFY(QFile::link(u"../%1"_s.arg(i + 1), level + u'/' + QLatin1String(side)));
+            }
+        }
+        QDir().mkpath(bench.path(u"levels/13"_s));
+        const ActionTree tree = loadActionFolders({bench.path(u"a"_s), bench.path(u"levels/0"_s)});
+        QCOMPARE(tree.nodes.back().title, u"a"_s);
+        QCOMPARE(tree.problems.size(), 1);
+        QVERIFY(tree.problems.first().contains(u"too many action folders"_s));
+    }
+
+    void images_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("side"); // 0: the standard image
+        QTest::newRow("an image") << png(64) << 64;
+        QTest::newRow("none") << QByteArray() << 0;
+        QTest::newRow("text") << QByteArray("no image") << 0;
+        QTest::newRow("cut off") << png(64).left(40) << 0;
+        QTest::newRow("huge") << png(3000) << 0;
+    }
+    void images()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(int, side);
+        const ActionBench bench;
+        if (!file.isEmpty()) {
+            bench.write(u"act/icon.png"_s, file);
+            bench.write(u"act/menu.png"_s, file);
+        }
+        const auto item = bench.action(u"act"_s, "", "main.sh", "");
+        const QColor corner = item->icon().pixmap(64).toImage().pixelColor(1, 1);
+        QCOMPARE(corner == QColor(Qt::red), side != 0);
+        QCOMPARE(item->menuIcon().pixmap(16).toImage().pixelColor(8, 1) == QColor(Qt::red), side != 0);
+        QCOMPARE(
+            item->menuIcon().availableSizes().value(0), side != 0 ? QSize(32, 32) : QSize()); // in pixels
+        QVERIFY(!item->icon().pixmap(32).isNull());
+    }
+
+    void firstUse()
+    {
+        const ActionBench bench;
+        QStringList told;
+        const auto folder = actionsFolderURL([&told](const QString &made) { told.append(made); });
+        QCOMPARE(folder, std::optional(bench.path(u"Tidewright/Actions"_s)));
+        QCOMPARE(told, QStringList{*folder});
+        actionsFolderURL([&told](const QString &made) { told.append(made); });
+        QCOMPARE(told.size(), 1);
+        installStarterKit(*folder);
+        struct stat script = {};
+        const QString path = *folder + u"/Starter Kit/Pods/Describe Pod/main.sh"_s;
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &script), 0);
+        QCOMPARE(script.st_mode & 0700, 0700U);
+        QString printed;
+        {
+            const CapturedOutput output;
+            installStarterKit(bench.path(u"nowhere/at/all"_s));
+            printed = output.text();
+        }
+        QVERIFY2(printed.startsWith(u"Error creating starter kit"_s), qPrintable(printed));
+    }
+
+    void noFolderToBeHad()
+    {
+        const ActionBench bench;
+        bench.write(u"Tidewright"_s, "a file where the folder should be");
+        bool called = false;
+        QVERIFY(!actionsFolderURL([&called](const QString &) { called = true; }));
+        QVERIFY(!called);
+        bool loaded = false;
+        QObject receiver;
+        loadActionsInBackground(&receiver, [&loaded](const auto &tree) { loaded = !tree; });
+        QTRY_VERIFY(loaded);
+    }
+
+    void fiveHundred()
+    {
+        const ActionBench bench;
+        const QByteArray image = png(64);
+        for (int i = 0; i < 500; ++i) {
+            const QString name = u"Tidewright/Actions/group %1/act %2/"_s.arg(i / 50).arg(i);
+            bench.write(name + u"main.sh"_s, "");
+            bench.write(name + u"config.json"_s, R"({"scope":"pod"})");
+            bench.write(name + u"icon.png"_s, image);
+        }
+        QElapsedTimer clock;
+        qint64 longestPause = 0;
+        std::optional<ActionTree> loaded;
+        QObject receiver;
+        clock.start();
+        loadActionsInBackground(&receiver, [&loaded](const auto &tree) { loaded = tree; });
+        for (QElapsedTimer pause; !loaded && clock.elapsed() < 20'000;) {
+            pause.start();
+            QTest::qWait(1);
+            longestPause = std::max(longestPause, pause.elapsed());
+        }
+        QVERIFY(loaded);
+        qInfo(
+            "500 actions in %lld ms, longest pause of the event loop %lld ms", clock.elapsed(), longestPause);
+        QCOMPARE(loaded->nodes.size(), 10U);
+        QCOMPARE(loaded->nodes.back().children.size(), 50U);
+        QVERIFY2(longestPause < (sanitized ? 200 : 50), "the main thread reads folders");
+    }
+};
+
+QTEST_MAIN(TestActionFolders)
+#include "tst_action_folders.moc"

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ActionBench.h"
+#include "actions/ActionTerminal.h"
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto missing
+    = u"Required Environment Variables Missing|There are environment variables that need to be set "
+      "to run this command.  Please set \"%1\" in Preferences: Advanced and try again.|OK"_s;
+
+/// What the terminals' own layer does with a value; see the commands below for what reaches it.
+QString escaped(QString value)
+{
+    return value.replace(u'"', u"\\\\\\\""_s);
+}
+
+/// A script text's quoted part, as the shell gets it.
+QString unescaped(const QString &text)
+{
+    QString result;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const bool isEscape = text[i] == u'\\' && i + 1 < text.size() && u"\\\""_s.contains(text[i + 1]);
+        result += text[isEscape ? ++i : i];
+    }
+    return result;
+}
+
+} // namespace
+
+class TestActionRuns : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        m_bench = std::make_unique<ActionBench>();
+        setKubectlPath(u"/the/kubectl"_s);
+    }
+    void cleanup() { m_bench.reset(); }
+
+    void environment_data()
+    {
+        QTest::addColumn<QByteArray>("names"); // that the action needs
+        QTest::addColumn<QString>(
+            "setting"); // "-" none, "!" of another type, else the names that have a value
+        QTest::addColumn<QString>("environment"); // empty: nothing
+        QTest::addColumn<QString>("asked"); // the names that are told to be missing
+        const auto row = [](const char *name, const char *names, const char *setting, const char *environment,
+                             const char *asked) {
+            QTest::newRow(name) << QByteArray(names) << QString::fromUtf8(setting)
+                                << QString::fromUtf8(environment) << QString::fromUtf8(asked);
+        };
+        row("none needed", "[]", "A", "CONTEXT=c KUBECTL=/the/kubectl", "");
+        row("all there, others kept back", R"(["B","A"])", "A B C", "A=a B=b CONTEXT=c KUBECTL=/the/kubectl",
+            "");
+        row("some missing, in their order", R"(["Z","A","B"])", "A", "", "Z, B");
+        row("no setting", R"(["B","A"])", "-", "", "B, A");
+        row("setting of another type", R"(["A"])", "!", "", "A");
+    }
+    void environment()
+    {
+        QFETCH(QByteArray, names);
+        QFETCH(QString, setting);
+        QFETCH(QString, asked);
+        const QString key = u"customEnvVars"_s;
+        if (setting == u"!") {
+            m_bench->settings.set(key, u"A"_s);
+        } else if (setting != u"-") {
+            UserDefaults::Dictionary values;
+            for (const QString &name : setting.split(u' ')) {
+                values.insert(name, name.toLower());
+            }
+            m_bench->settings.set(key, values);
+        }
+        const auto item = m_bench->action(
+            u"act"_s, R"({"scope":"pod","environment_variables":)" + names + '}', "main.sh", "");
+        const auto built = item->buildEnvironment({{u"CONTEXT"_s, u"c"_s}});
+        QStringList entries;
+        for (const auto &[name, value] : built.value_or(ActionEnvironment()).toStdMap()) {
+            entries.append(name + u'=' + value);
+        }
+        QTEST(entries.join(u' '), "environment");
+        if (asked.isEmpty()) {
+            QCOMPARE(m_bench->question(), QString());
+        } else {
+            QVERIFY(!built);
+            QTRY_COMPARE(m_bench->question(), missing.arg(asked));
+            item->performAction({});
+            QTRY_COMPARE(m_bench->window.findChildren<QMessageBox *>().size(), 2);
+            QVERIFY(m_bench->console.states.isEmpty());
+        }
+    }
+
+    void confirmation_data()
+    {
+        QTest::addColumn<QByteArray>("config");
+        QTest::addColumn<QString>("question");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<bool>("runs");
+        const auto question = [](const char *text) -> QString {
+            return u"Confirm Action|"_s + QString::fromUtf8(text) + u"|OK,Cancel"_s;
+        };
+        QTest::newRow("none asked for") << QByteArray(R"({"scope":"pod"})") << QString() << QString() << true;
+        QTest::newRow("accepted") << QByteArray(R"({"scope":"pod","show_warning_text":"Sure?"})")
+                                  << question("Sure?") << u"OK"_s << true;
+        QTest::newRow("declined") << QByteArray(R"({"scope":"pod","show_warning_text":"Sure?"})")
+                                  << question("Sure?") << u"Cancel"_s << false;
+        QTest::newRow("empty text") << QByteArray(R"({"scope":"pod","show_warning_text":""})") << question("")
+                                    << u"OK"_s << true;
+        QTest::newRow("no configuration") << QByteArray() << question("") << u"OK"_s << true;
+        QTest::newRow("unusable configuration") << QByteArray("{") << question("") << u"Cancel"_s << false;
+        QTest::newRow("another context")
+            << QByteArray(R"({"scope":"pod","active_in_contexts":["d"]})") << QString() << QString() << false;
+    }
+    void confirmation()
+    {
+        QFETCH(QByteArray, config);
+        QFETCH(QString, answer);
+        QFETCH(bool, runs);
+        const auto item = m_bench->action(u"act"_s, config, "main.sh", "#!/bin/sh\necho hello\n");
+        item->performAction({{u"CONTEXT"_s, u"c"_s}});
+        QTEST(m_bench->question(), "question");
+        if (!answer.isEmpty()) {
+            QVERIFY(m_bench->console.states.isEmpty());
+            m_bench->press(answer);
+        }
+        if (runs) {
+            QTRY_COMPARE(m_bench->console.states, QStringList({u"act"_s, u""_s}));
+            QCOMPARE(m_bench->console.entries,
+                QStringList{u"env CONTEXT=c KUBECTL=/the/kubectl "_s + item->scriptURL() + u"|hello\n|"_s});
+        } else {
+            QTest::qWait(200);
+            QVERIFY(m_bench->console.states.isEmpty() && m_bench->console.entries.isEmpty());
+        }
+    }
+
+    void background_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<bool>("executable");
+        QTest::addColumn<QString>("shown"); // in the entry
+        QTest::newRow("odd values arrive as they are")
+            << u"a b"_s << QByteArray("#!/bin/sh\nprintf '<%s>' \"$VALUE\"\n") << true
+            << u"|<q\" b , \\ $HOME `id` 'x'\n>|"_s;
+        QTest::newRow("a path with an equals sign")
+            << u"a=b $x"_s << QByteArray("#!/bin/sh\necho $KUBECTL\n") << true << u"|/the/kubectl\n|"_s;
+        QTest::newRow("standard error") << u"e"_s << QByteArray("#!/bin/sh\necho out\necho err >&2\nexit 3\n")
+                                        << true << u"|out\n|err\n"_s;
+        QTest::newRow("not executable")
+            << u"n"_s << QByteArray("#!/bin/sh\n") << false << u"Permission denied"_s;
+        QTest::newRow("no interpreter line") << u"i"_s
+                                             << QByteArray("\x7f"
+                                                           "echo no\n")
+                                             << true << u"ot found"_s; // env tries /bin/sh
+    }
+    void background()
+    {
+        QFETCH(QString, title);
+        QFETCH(QByteArray, script);
+        QFETCH(bool, executable);
+        QFETCH(QString, shown);
+        const auto item = m_bench->action(title, R"({"scope":"pod"})", "main.sh", script);
+        if (!executable) {
+            QFile::setPermissions(item->scriptURL(), QFile::ReadOwner);
+        }
+        item->performAction({{u"VALUE"_s, u"q\" b , \\ $HOME `id` 'x'\n"_s}});
+        QTRY_COMPARE(m_bench->console.states, QStringList({title, u""_s}));
+        QCOMPARE(m_bench->console.entries.size(), 1);
+        QVERIFY2(
+            m_bench->console.entries.first().contains(shown), qPrintable(m_bench->console.entries.first()));
+    }
+
+    void terminal_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("line"); // %1 for the folder
+        QTest::newRow("plain") << u"act"_s << u"v w"_s
+                               << uR"(env KUBECTL=\"/the/kubectl\" V=\"v w\" \"%1/act/main.sh\")"_s;
+        QTest::newRow("quote") << u"act"_s << u"a\"b"_s
+                               << uR"(env KUBECTL=\"/the/kubectl\" V=\"a\\\"b\" \"%1/act/main.sh\")"_s;
+        QTest::newRow("odd path") << u"a\"b $HOME `id` \\ x=y"_s << u"v"_s << QString();
+    }
+    void terminal()
+    {
+        QFETCH(QString, title);
+        QFETCH(QString, value);
+        QFETCH(QString, line);
+        QString told;
+        setActionTerminal({[&told](const QString &commandLine) { told = commandLine; }, escaped});
+        const auto item = m_bench->action(title, R"({"scope":"pod","open_in_terminal":true})", "main.sh",
+            "#!/bin/sh\nprintf '<%s>' \"$V\"\n");
+        item->performAction({{u"V"_s, value}});
+        QTRY_COMPARE(m_bench->console.states, QStringList({title, u""_s}));
+        if (!line.isEmpty()) {
+            QCOMPARE(told, line.arg(m_bench->folder.path()));
+        }
+        QCOMPARE(runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, unescaped(told)}).output,
+            QByteArray('<' + value.toUtf8() + '>'));
+    }
+
+    void reloadDuringARun()
+    {
+        const QString stop = m_bench->path(u"stop"_s);
+        const QByteArray script = "#!/bin/sh\nuntil [ -e \"$STOP\" ]; do sleep 0.05; done\necho $0\n";
+        auto item = m_bench->action(u"act"_s, R"({"scope":"pod"})", "main.sh", script);
+        item->performAction({{u"STOP"_s, stop}});
+        QTRY_COMPARE(m_bench->console.states, QStringList{u"act"_s});
+        const std::weak_ptr<CustomActionItem> first = item;
+        item = m_bench->action(u"act"_s, R"({"scope":"pod"})", "main.sh", script);
+        item->performAction({{u"STOP"_s, stop}});
+        QTRY_COMPARE(m_bench->console.states.last(), u"act,act"_s);
+        m_bench->write(u"stop"_s, "");
+        QTRY_COMPARE(m_bench->console.states, QStringList({u"act"_s, u"act,act"_s, u"act"_s, u""_s}));
+        QCOMPARE(m_bench->console.entries.size(), 2);
+        QTRY_VERIFY(first.expired());
+    }
+
+private:
+    std::unique_ptr<ActionBench> m_bench;
+};
+
+QTEST_MAIN(TestActionRuns)
+#include "tst_action_runs.moc"

@@ -1,0 +1,325 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ActionBench.h"
+#include "actions/ActionForm.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray smart = R"({"scope":"pod","is_smart_action":true})";
+
+/// What an action is made of when it is written without the module for it.
+const QByteArray bare = R"(
+class Log: pass
+class Action:
+    def __init__(self):
+        self._logger = Log()
+        self._logger.log = []
+        self._callback = None
+        self._state = {}
+    def _run_callback(self, *arguments): self._callback(*arguments)
+    def run(self):
+)";
+
+} // namespace
+
+class TestPythonActions : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { m_bench = std::make_unique<ActionBench>(); }
+    void cleanup() { m_bench.reset(); }
+
+    void outcomes_data()
+    {
+        QTest::addColumn<QByteArray>("body"); // of run, or the whole script when it begins with a line feed
+        QTest::addColumn<QString>("entries"); // the beginning, "command||error" joined with line feeds
+        QTest::addColumn<QString>("question");
+        const auto row
+            = [](const char *name, const char *body, const char *entries, const char *question = "") {
+                  QTest::newRow(name)
+                      << QByteArray(body) << QString::fromUtf8(entries) << QString::fromUtf8(question);
+              };
+        const char *const raised = "||Recieved python exception ";
+        const auto fails = [&](const char *name, const char *body, const char *what) {
+            row(name, body, QByteArray(raised + QByteArray(what)).constData());
+        };
+        row("returns", "pass", "");
+        row("logs", "self._logger.log = ['one', 'twö']", "one||\ntwö||");
+        row("logs and raises", "self._logger.log = ['one']; raise ValueError('bad')",
+            "one||\n||Recieved python exception ValueError: bad.");
+        row("no logger", "del self._logger", "");
+        row("log is no list of texts", "self._logger.log = ['one', 2]", "");
+        row("log is endless", "self._logger.log = ['x'] * 5000; self._logger.log[0] = 'first'",
+            "first||\nx||");
+        fails("exception without a text", "raise ValueError", "ValueError.");
+        fails("exits", "import sys; sys.exit(3)", "SystemExit: 3.");
+        fails("exits another way", "raise KeyboardInterrupt", "KeyboardInterrupt.");
+        fails("text of an exception fails",
+            "class Odd(Exception):\n            def __str__(self): raise Odd\n        raise Odd",
+            "main.Action.run.<locals>.Odd: <exception str() failed>.");
+        fails("an own class of exceptions that lies about its name",
+            "class Meta(type):\n            __name__ = property(lambda self: 1 / 0)\n"
+            "        class Lies(Exception, metaclass=Meta): pass\n        raise Lies('x')",
+            "");
+        fails("deep recursion", "def f(): f()\n        f()",
+            "RecursionError: maximum recursion depth exceeded");
+        fails("deeper recursion, through C",
+            "import sys; sys.setrecursionlimit(10**8)\n        def f(x): return sorted([1, 2], key=f)\n"
+            "        f(1)",
+            "RecursionError: maximum recursion depth exceeded");
+        fails("reads the terminal", "input()", "EOFError: EOF when reading a line.");
+        fails("half a character", "raise ValueError('\\udc80')", "ValueError: ?.");
+        row("does not import", "\nimport nowhere_to_be_found",
+            "||Recieved exception ModuleNotFoundError: No module named 'nowhere_to_be_found'.");
+        row("is no Python", "\nclass Action", "||Recieved exception File ");
+        row("exits while it is imported", "\nraise SystemExit", "||Recieved exception SystemExit.");
+        fails("has no class", "\nAction = None", "TypeError: 'NoneType' object is not callable.");
+        fails("cannot be made", "\nclass Action:\n    def __init__(self): 1/0",
+            "ZeroDivisionError: division by zero.");
+        fails(
+            "has no run", "\nclass Action: pass", "AttributeError: 'Action' object has no attribute 'run'.");
+        row("dialog by default", "class OKDialog(Exception): pass\n        raise OKDialog", "", "Alert!||OK");
+        row("dialog with all texts",
+            "self._state = {'title': 'T', 'dialog_text': 'D', 'ok_button_text': 'Y', 'cancel_button_text': "
+            "'N'}\n"
+            "        raise type('OKCancelDialog', (BaseException,), {})",
+            "", "T|D|Y,N");
+        row("state with a number",
+            "self._state = {'title': 'T', 'n': 1}\n        raise type('OKDialog', (Exception,), {})", "",
+            "Alert!||OK");
+        row("state is no mapping", "self._state = 7\n        raise type('OKDialog', (Exception,), {})", "",
+            "Alert!||OK");
+        row("no state", "del self._state\n        raise type('OKDialog', (Exception,), {})", "",
+            "Alert!||OK");
+        row("form without fields", "raise type('FormDialog', (Exception,), {})", "", "Alert!||OK");
+        row("form with odd fields",
+            "self.form = Log(); self.form.fields = {1: 2, 'a': None, 'b': Log()}\n"
+            "        raise type('FormDialog', (Exception,), {})",
+            "", "Alert!||OK");
+        fails("class derived from a request",
+            "class OKDialog(Exception): pass\n        class Mine(OKDialog): pass\n        raise Mine('x')",
+            "main.");
+    }
+    void outcomes()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QString, entries);
+        QFETCH(QString, question);
+        const auto item = run(body.startsWith('\n') ? body : bare + "        " + body + '\n');
+        QTRY_VERIFY(m_bench->isIdle());
+        QTRY_COMPARE(m_bench->question(), question);
+        const QString shown = m_bench->console.entries.join(u'\n');
+        QVERIFY2(entries.isEmpty() ? shown.isEmpty() : shown.startsWith(entries), qPrintable(shown));
+        QVERIFY(m_bench->console.entries.size() <= 1001);
+        QVERIFY(m_bench->notifications.isEmpty());
+    }
+
+    void answers_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<bool>("waits");
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("entries");
+        QTest::newRow("first button") << QByteArray("OKCancelDialog") << true << u"OK"_s << u"(True,)||"_s;
+        QTest::newRow("second button") << QByteArray("OKDialog") << true << u"No"_s << u"(False,)||"_s;
+        QTest::newRow("nobody waits") << QByteArray("OKDialog") << false << u"OK"_s << QString();
+        QTest::newRow("notification") << QByteArray("Notification") << true << QString() << u"()||"_s;
+        QTest::newRow("notification, nobody waits")
+            << QByteArray("Notification") << false << QString() << QString();
+        QTest::newRow("form") << QByteArray("FormDialog") << true << u"OK"_s << u"({},)||"_s;
+        QTest::newRow("form, declined") << QByteArray("FormDialog") << true << u"No"_s << QString();
+    }
+    void answers()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(bool, waits);
+        QFETCH(QString, button);
+        const auto item = run(bare + R"(
+        self._state = {"cancel_button_text": "No", "title": "T", "subtitle": "S", "informative_text": "I"}
+        self._callback = )"
+            + (waits ? "lambda *all: self._logger.log.append(repr(all))" : "None") + "\n        raise type('"
+            + request + "', (Exception,), {})\n");
+        if (!button.isEmpty()) {
+            QTRY_VERIFY(m_bench->dialog());
+            m_bench->press(button);
+        }
+        QTRY_VERIFY(m_bench->isIdle());
+        settle();
+        QTEST(m_bench->console.entries.join(u'\n'), "entries");
+        QCOMPARE(
+            m_bench->notifications, request == "Notification" ? QStringList{u"T|S\nI"_s} : QStringList());
+    }
+
+    void questionsFollowOneAnother()
+    {
+        const auto item = run(R"(
+import tidewright_actions as tw
+class Action(tw.Action):
+    def run(self):
+        self.log("asking")
+        self.ask("Sure?", title="First", ok="Go", cancel="Stop", then=self.fill)
+    def fill(self, accepted):
+        self.log(f"accepted: {accepted}")
+        self.ask_form("Fill", {
+            "name": tw.TextField(placeholder="any", initial="web"),
+            "kind": tw.DropDown(["a & b", "c", "d"], "Kind", initial="c"),
+            "dry": tw.CheckBox("Dry & safe", checked=True)}, then=self.filled)
+    def filled(self, values):
+        self.log(str(sorted(values.items())))
+        self.notify("Done", "all of it", then=self.end)
+    def end(self):
+        self.log("end")
+)");
+        QTRY_COMPARE(m_bench->question(), u"First|Sure?|Go,Stop"_s);
+        QVERIFY(m_bench->isIdle());
+        m_bench->press(u"Go"_s);
+        QTRY_COMPARE(m_bench->question(), u"Alert!|Fill|OK,Cancel"_s);
+        const QMessageBox *box = m_bench->dialog();
+        const auto *form = box->findChild<ActionForm *>();
+        auto *name = form->findChild<QLineEdit *>();
+        const auto *list = form->findChild<QComboBox *>();
+        auto *checked = form->findChild<QCheckBox *>();
+        QCOMPARE(form->width() >= 300, true);
+        QCOMPARE(QStringList({name->accessibleName(), name->placeholderText(), list->accessibleName(),
+                     list->currentText(), checked->accessibleName(), checked->text()}),
+            QStringList({u"name"_s, u"any"_s, u"Kind"_s, u"c"_s, u"Dry & safe"_s, u"Dry && safe"_s}));
+        QStringList labels;
+        for (const auto *label : form->findChildren<QLabel *>()) {
+            labels.append(label->text());
+        }
+        QCOMPARE(labels, QStringList({u"name:"_s, u"Kind:"_s}));
+        QVERIFY(name->y() < list->y() && list->y() < checked->y());
+        QCOMPARE(QSize(name->width(), list->width()), QSize(200, 200));
+        name->selectAll();
+        name->insert(u"käse"_s);
+        checked->click();
+        QTest::keyClick(name, Qt::Key_Return); // what is filled in is not thrown away
+        QTRY_COMPARE(m_bench->console.entries,
+            QStringList({u"asking||"_s, u"accepted: True||"_s,
+                u"[('dry', False), ('kind', 'c'), ('name', 'käse')]||"_s, u"end||"_s}));
+        QCOMPARE(m_bench->notifications, QStringList{u"Done|all of it"_s});
+    }
+
+    void environmentStaysTheInterpretersOwn()
+    {
+        QString printed;
+        {
+            const CapturedOutput output;
+            const auto item = run(R"(
+import os, subprocess, sys
+print("while importing", end="")
+class Log: log = []
+class Action:
+    _logger = Log()
+    def run(self):
+        print("one\ntwo", "three", end=""); print("!", file=sys.stderr)
+        shell = subprocess.run("echo $TOKEN", shell=True, capture_output=True, text=True).stdout.strip()
+        status = os.system("test $TOKEN = t && exit 3")
+        Log.log = [os.environ["TOKEN"], shell, str(os.waitstatus_to_exitcode(status))]
+)",
+                {{u"TOKEN"_s, u"t"_s}});
+            QTRY_VERIFY(m_bench->isIdle());
+            printed = output.text();
+        }
+        QCOMPARE(m_bench->console.entries, QStringList({u"t||"_s, u"t||"_s, u"3||"_s}));
+        QVERIFY(qgetenv("TOKEN").isEmpty());
+        QVERIFY2(printed.endsWith(u"while importing\none\ntwo three!\n"_s), qPrintable(printed));
+    }
+
+    void searchPath()
+    {
+        const QByteArray script = R"(
+import os, sys
+class Log: pass
+class Action:
+    def run(self):
+        self._logger = Log()
+        self._logger.log = [",".join(os.path.basename(p) for p in sys.path if p.startswith(os.environ["TOP"]))]
+        sys.path.append("/junk")
+        while os.environ["STOP"] and not os.path.exists(os.environ["STOP"]): pass
+)";
+        const QString top = m_bench->folder.path();
+        const QString stop = m_bench->path(u"stop"_s);
+        const auto endless = run(script, {{u"TOP"_s, top}, {u"STOP"_s, stop}}, u"endless"_s);
+        QTRY_COMPARE(m_bench->console.states, QStringList{u"endless"_s});
+        QTest::qWait(200); // it reads STOP once it runs
+        // Beside an endless loop everything else works, and each action gets its own "main".
+        const auto other = run(bare
+                + "        self._logger.log = [__file__.split('/')[-2]]\n"
+                  "        import sys; self._logger.log.append(sys.path[-1])\n",
+            {}, u"other"_s);
+        QTRY_COMPARE(m_bench->console.entries, QStringList({u"other||"_s, top + u"/endless||"_s}));
+        QTRY_COMPARE(m_bench->console.scriptsRunning, QStringList{u"endless"_s});
+        const auto shell = m_bench->action(u"shell"_s, R"({"scope":"pod"})", "main.sh", "#!/bin/sh\n");
+        shell->performAction({});
+        QTRY_COMPARE(m_bench->console.entries.size(), 3);
+        m_bench->write(u"stop"_s, "");
+        QTRY_VERIFY(m_bench->console.scriptsRunning.isEmpty());
+        settle();
+        m_bench->console.entries.clear();
+        const auto alone = run(script, {{u"TOP"_s, top}, {u"STOP"_s, QString()}}, u"alone"_s);
+        QTRY_COMPARE(m_bench->console.entries, QStringList{u"alone||"_s});
+        QTRY_VERIFY(m_bench->console.scriptsRunning.isEmpty());
+        settle();
+        m_bench->console.entries.clear();
+        const auto again = run(bare + "        import sys; self._logger.log = [str('/junk' in sys.path)]\n");
+        QTRY_COMPARE(m_bench->console.entries, QStringList{u"False||"_s});
+    }
+
+    void loadedAfreshEachTime()
+    {
+        auto item = run(bare + "        self._logger.log = ['1']\n");
+        QTRY_COMPARE(m_bench->console.entries, QStringList{u"1||"_s});
+        m_bench->write(
+            u"act/main.py"_s, bare + "        self._logger.log = ['2']\n"); // same size, same second
+        item->performAction({});
+        QTRY_COMPARE(m_bench->console.entries, QStringList({u"1||"_s, u"2||"_s}));
+        QVERIFY(!QFileInfo::exists(m_bench->path(u"act/__pycache__"_s)));
+        const std::weak_ptr<CustomActionItem> weak = item;
+        QTRY_VERIFY(m_bench->isIdle());
+        settle();
+        item.reset();
+        QTRY_VERIFY(weak.expired());
+    }
+
+    void endlessImport()
+    {
+        const QString stop = m_bench->path(u"stop"_s);
+        const auto endless
+            = run("import os\nwhile not os.path.exists(os.environ['STOP']): pass\n" + bare + "        pass\n",
+                {{u"STOP"_s, stop}}, u"endless"_s);
+        QTRY_COMPARE(m_bench->console.states, QStringList{u"endless"_s});
+        QTest::qWait(200);
+        const auto other = run(bare + "        pass\n", {}, u"other"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(m_bench->console.entries,
+            QStringList{u"||Recieved exception another Python action is still being loaded."_s}, 20'000);
+        QTRY_COMPARE(m_bench->console.states.last(), u"endless"_s);
+        m_bench->write(u"stop"_s, "");
+        QTRY_VERIFY(m_bench->console.scriptsRunning.isEmpty());
+    }
+
+private:
+    std::shared_ptr<CustomActionItem> run(
+        const QByteArray &script, const ActionEnvironment &environment = {}, const QString &title = u"act"_s)
+    {
+        auto item = m_bench->action(title, smart, "main.py", script);
+        item->performAction(environment);
+        return item;
+    }
+
+    /// Until whatever the action still does has come back to the main thread.
+    static void settle() { QTest::qWait(300); }
+
+    std::unique_ptr<ActionBench> m_bench;
+};
+
+QTEST_MAIN(TestPythonActions)
+#include "tst_python_actions.moc"
