@@ -42,7 +42,7 @@ fi
 if $use_demo || ! has_kubeconfig; then
     echo "Opening the demo cluster."
     # The demo's settings and caches stay apart from the user's own.
-    export XDG_CONFIG_HOME=$work/config XDG_CACHE_HOME=$work/cache
+    export XDG_CONFIG_HOME=$work/config XDG_CACHE_HOME=$work/cache XDG_DATA_HOME=$work/data
     start_demo_cluster "$@"
 fi
 if $headless; then

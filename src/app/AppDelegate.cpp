@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
+#include "actions/ActionTerminal.h"
 #include "actions/EmbeddedPython.h"
 #include "app/AboutWindow.h"
 #include "app/ClusterWindowFrame.h"
@@ -8,6 +9,8 @@
 #include "app/PassingMessage.h"
 #include "app/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
+#include "external/Terminal.h"
+#include "external/TerminalQuoting.h"
 #include "platform/Bundle.h"
 #include "platform/MainQueue.h"
 #include "platform/Notifications.h"
@@ -51,6 +54,7 @@ AppDelegate::AppDelegate()
             PassingMessage::show(*window, title, text);
         }
     });
+    setActionTerminal({runInTerminal, escapeString});
     setSettingsProblemHandler([](const QString &problem) { postConsoleError(problem); });
 }
 
@@ -106,7 +110,7 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::newDocument()
 {
-    auto *frame = new ClusterWindowFrame(m_writer, m_webPages);
+    auto *frame = new ClusterWindowFrame({m_writer, m_webPages, m_actions, m_toolBarLayout});
     m_frames.removeAll(nullptr);
     m_frames.append(frame);
     m_windowControllers.append(frame->currentPage());

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/ActionLibrary.h"
 #include "app/KubeConfigWriter.h"
+#include "app/ToolBarLayout.h"
 #include "app/WebPages.h"
 
 #include <QPointer>
@@ -59,6 +61,8 @@ private:
 
     const WebPages m_webPages;
     KubeConfigWriter m_writer;
+    ActionLibrary m_actions;
+    ToolBarLayout m_toolBarLayout;
     QList<QPointer<MainWindowController>> m_windowControllers;
     QList<QPointer<ClusterWindowFrame>> m_frames; ///< the one the user last worked in comes last
     QPointer<QDialog> m_aboutController;

@@ -76,8 +76,14 @@ void ClusterToolBar::followShownTable()
     m_filter->setEnabled(table);
 }
 
-void ClusterToolBar::addCommands(const QList<QAction *> &commands)
+void ClusterToolBar::setCommands(const QList<QAction *> &commands)
 {
+    for (const auto &command : std::as_const(m_commands)) {
+        if (command) {
+            removeAction(command);
+        }
+    }
+    m_commands = QList<QPointer<QAction>>(commands.begin(), commands.end());
     insertActions(m_beforeFilter, commands);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QPointer>
 #include <QToolBar>
 
 class QLineEdit;
@@ -21,8 +22,8 @@ public:
     ClusterToolBar(
         KubeSplitViewController &state, PrimaryContentController &content, QWidget *parent = nullptr);
 
-    /// Puts buttons for commands between the lists and the filter.
-    void addCommands(const QList<QAction *> &commands);
+    /// Puts buttons for these commands between the lists and the filter, in place of those before.
+    void setCommands(const QList<QAction *> &commands);
 
     SearchableComboBox *contextPopupButton() const { return m_contexts; }
     SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }
@@ -41,6 +42,7 @@ private:
     SearchableComboBox *m_namespaces;
     QLineEdit *m_filter;
     QAction *m_beforeFilter = nullptr;
+    QList<QPointer<QAction>> m_commands;
 };
 
 } // namespace tidewright

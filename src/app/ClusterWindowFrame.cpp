@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ClusterWindowFrame.h"
 
+#include "app/ActionLibrary.h"
+#include "app/ActionMenu.h"
 #include "app/ClusterToolBar.h"
 #include "app/KubeConfigChooser.h"
 #include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
+#include "app/ToolBarDialog.h"
+#include "app/ToolBarLayout.h"
 #include "app/WindowCommands.h"
 #include "platform/Diagnostics.h"
 #include "platform/UserDefaults.h"
@@ -36,12 +40,13 @@ void bringToFront(QWidget &window)
     window.activateWindow();
 }
 
-ClusterWindowFrame::ClusterWindowFrame(KubeConfigWriter &writer, const WebPages &pages)
-    : m_writer(writer)
+ClusterWindowFrame::ClusterWindowFrame(const WindowServices &services)
+    : m_services(services)
     , m_toolBars(new QStackedWidget)
     , m_tabBar(new QTabBar)
     , m_pages(new QStackedWidget)
-    , m_commands(new WindowCommands(*this, pages))
+    , m_commands(new WindowCommands(*this, services.pages))
+    , m_actionMenu(new ActionMenu(*this, services.actions))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setMinimumSize(minimumWindow);
@@ -49,6 +54,10 @@ ClusterWindowFrame::ClusterWindowFrame(KubeConfigWriter &writer, const WebPages 
     connect(m_tabBar, &QTabBar::currentChanged, this, &ClusterWindowFrame::currentTabChanged);
     connect(m_tabBar, &QTabBar::tabCloseRequested, this, &ClusterWindowFrame::closeTab);
     connect(m_tabBar, &QTabBar::tabMoved, this, &ClusterWindowFrame::tabMoved);
+    m_commands->insertActionMenu(m_actionMenu);
+    connect(m_actionMenu, &ActionMenu::rebuilt, this, &ClusterWindowFrame::fillToolBars);
+    connect(&services.toolBar, &ToolBarLayout::changed, this, &ClusterWindowFrame::fillToolBars);
+    connect(m_commands, &WindowCommands::toolBarRequested, this, &ClusterWindowFrame::customizeToolBar);
     awakeFromNib();
     insertPage(0);
 }
@@ -123,11 +132,12 @@ QList<MainWindowController *> ClusterWindowFrame::pages() const
 
 MainWindowController *ClusterWindowFrame::insertPage(int index)
 {
-    auto *page = new MainWindowController(m_writer);
+    auto *page = new MainWindowController(m_services.writer);
     page->windowDidLoad();
-    page->toolBar().addCommands(m_commands->toolBarActions());
+    fillToolBar(*page);
+    m_services.actions.reload();
     connect(page, &MainWindowController::titleChanged, this, [this, page] { pageTitleChanged(page); });
-    connect(page, &MainWindowController::commandStateChanged, m_commands, &WindowCommands::updateEnabled);
+    connect(page, &MainWindowController::commandStateChanged, this, &ClusterWindowFrame::updateCommands);
     connect(&page->state(), &KubeSplitViewController::preferencesRequested, this,
         &ClusterWindowFrame::preferencesRequested);
     m_commands->addTo(*page);
@@ -160,6 +170,45 @@ void ClusterWindowFrame::newWindowForTabWithConfig()
             addTab(choice->path, choice->title);
         }
     });
+}
+
+void ClusterWindowFrame::updateCommands()
+{
+    m_commands->updateEnabled();
+    m_actionMenu->updateEnabled();
+}
+
+void ClusterWindowFrame::fillToolBar(MainWindowController &page)
+{
+    QList<QAction *> actions;
+    for (const QString &identifier : m_services.toolBar.identifiers()) {
+        QAction *standard = m_commands->toolBarAction(identifier);
+        if (QAction *action = standard ? standard : m_actionMenu->toolbarItem(identifier)) {
+            actions.append(action);
+        }
+    }
+    page.toolBar().setCommands(actions);
+}
+
+void ClusterWindowFrame::fillToolBars()
+{
+    for (MainWindowController *page : pages()) {
+        fillToolBar(*page);
+    }
+}
+
+void ClusterWindowFrame::customizeToolBar()
+{
+    QList<ToolBarItem> items;
+    for (const QAction *action : m_commands->toolBarActions()) {
+        items.append({action->objectName(), action->iconText(), action->icon()});
+    }
+    for (const auto &item : m_services.actions.customToolbarItems()) {
+        items.append({item->title(), item->title(), item->icon()});
+    }
+    auto *dialog = new ToolBarDialog(items, m_services.toolBar, this);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->show();
 }
 
 void ClusterWindowFrame::selectTab(int index)
@@ -207,7 +256,7 @@ void ClusterWindowFrame::currentTabChanged(int index)
     m_toolBars->setCurrentIndex(index);
     m_pages->setCurrentIndex(index);
     pageTitleChanged(currentPage());
-    m_commands->updateEnabled();
+    updateCommands();
     if (isActiveWindow()) {
         pageBecomesMain();
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/WebPages.h"
+#include "app/WindowServices.h"
 
 #include <QMainWindow>
 
@@ -10,7 +11,7 @@ class QTabBar;
 
 namespace tidewright {
 
-class KubeConfigWriter;
+class ActionMenu;
 class MainWindowController;
 class WindowCommands;
 
@@ -24,8 +25,8 @@ class ClusterWindowFrame : public QMainWindow
 {
     Q_OBJECT
 public:
-    /// A window with one tab. `writer` must outlive it; of `pages`, the menu offers those there are.
-    ClusterWindowFrame(KubeConfigWriter &writer, const WebPages &pages);
+    /// A window with one tab.
+    explicit ClusterWindowFrame(const WindowServices &services);
 
     MainWindowController *currentPage() const;
     QList<MainWindowController *> pages() const;
@@ -38,6 +39,7 @@ public:
     void newWindowForTabWithConfig();
     void closeTab(int index);
     void closeCurrentTab();
+    ActionMenu &actionMenu() const { return *m_actionMenu; }
     void selectTab(int index);
     /// Moves on by that many tabs, around the ends.
     void walkTabs(int step);
@@ -69,11 +71,17 @@ private:
     void pageTitleChanged(MainWindowController *page);
     void pageBecomesMain();
 
-    KubeConfigWriter &m_writer;
+    void fillToolBar(MainWindowController &page);
+    void fillToolBars();
+    void updateCommands();
+    void customizeToolBar();
+
+    const WindowServices m_services;
     QStackedWidget *m_toolBars;
     QTabBar *m_tabBar;
     QStackedWidget *m_pages;
     WindowCommands *m_commands;
+    ActionMenu *m_actionMenu;
 };
 
 } // namespace tidewright

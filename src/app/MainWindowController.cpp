@@ -29,6 +29,7 @@ MainWindowController::MainWindowController(KubeConfigWriter &writer, QWidget *pa
     , m_content(new PrimaryContentController(*m_state))
     , m_sidebar(new SidebarController)
     , m_toolBar(new ClusterToolBar(*m_state, *m_content))
+    , m_dispatcher(std::make_unique<ActionDispatcher>(*m_content, *m_state))
 {
     m_state->setConsole(m_console);
     m_console->setKubeSplitViewController(m_state);
@@ -81,6 +82,8 @@ void MainWindowController::connectParts()
             &MainWindowController::commandStateChanged);
         connect(table, &SharedContentViewController::loadingChanged, this,
             &MainWindowController::commandStateChanged);
+        connect(table, &SharedContentViewController::loadFinished, this,
+            &MainWindowController::commandStateChanged);
         if (auto *pods = qobject_cast<PodController *>(table)) {
             connect(pods, &PodController::selectedContainersChanged, this,
                 &MainWindowController::commandStateChanged);
@@ -105,6 +108,20 @@ void MainWindowController::windowDidLoad()
 ClusterToolBar &MainWindowController::toolBar() const
 {
     return *m_toolBar;
+}
+
+void MainWindowController::runAction(const std::shared_ptr<CustomActionItem> &item)
+{
+    m_lastAction = item;
+    Q_EMIT commandStateChanged();
+    m_dispatcher->dispatchAction(item);
+}
+
+void MainWindowController::runLastAction()
+{
+    if (m_lastAction) {
+        runAction(m_lastAction);
+    }
 }
 
 void MainWindowController::windowDidBecomeMain()

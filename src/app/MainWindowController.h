@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/ActionDispatcher.h"
+
 #include <QPointer>
 #include <QWidget>
 
@@ -51,6 +53,15 @@ public:
     /// The tabs opened from this one; only ever appended to, those that were closed are null.
     QList<QPointer<MainWindowController>> subwindowControllers;
 
+    /// The custom action that was last chosen here; null at first.
+    const std::shared_ptr<CustomActionItem> &lastAction() const { return m_lastAction; }
+    /// Runs a custom action for what the tables show.
+    void runAction(const std::shared_ptr<CustomActionItem> &item);
+    /// Runs the last one again, for what the tables show now.
+    void runLastAction();
+    /// Why an action cannot be chosen now; empty when it can.
+    QString actionObstacle(const CustomActionItem &item) const { return m_dispatcher->obstacle(item); }
+
 Q_SIGNALS:
     void titleChanged();
     /// What commands can do now may have changed: another table, another selection, a load began or ended.
@@ -74,6 +85,8 @@ private:
     PrimaryContentController *m_content;
     SidebarController *m_sidebar;
     QPointer<ClusterToolBar> m_toolBar;
+    std::unique_ptr<ActionDispatcher> m_dispatcher;
+    std::shared_ptr<CustomActionItem> m_lastAction;
 };
 
 } // namespace tidewright

@@ -3,11 +3,15 @@
 
 #include "app/ClusterToolBar.h"
 #include "app/ClusterWindowFrame.h"
+#include "app/CopyFileDialog.h"
 #include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
 #include "pods/ConsoleViewController.h"
+#include "pods/ContainerCopy.h"
+#include "pods/PodController.h"
+#include "resources/ClusterChange.h"
 #include "resources/CronJobController.h"
 #include "resources/NamedImages.h"
 #include "resources/ResourceTableView.h"
@@ -18,6 +22,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QTabBar>
+
+#include <algorithm>
 
 namespace tidewright {
 
@@ -36,6 +42,24 @@ void enable(QAction *action, const QString &obstacle, const QString &description
     action->setEnabled(obstacle.isEmpty());
     const QString key = action->shortcut().toString(QKeySequence::NativeText);
     action->setToolTip(obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle);
+}
+
+/// Only the first of the chosen containers counts; none is chosen any more then.
+void copyFileDialog(PodController &pods)
+{
+    const std::vector<ContainerPair> pairs = pods.takeSelectedContainerPairs();
+    if (pairs.empty()) {
+        return;
+    }
+    const ChangePlace place(pods.kubeSplitViewController());
+    CopyFileDialog::open(pods.window(), &pods,
+        [container = pairs.front(), place](const QStringList &paths, const QString &destination) {
+            if (place.isStillShown()) {
+                copyIntoContainer(*place.window, container, paths, destination);
+            } else if (place.window) {
+                refuseMovedChange(*place.window, QObject::tr("Nothing was copied"));
+            }
+        });
 }
 
 } // namespace
@@ -94,6 +118,7 @@ void WindowCommands::buildEditMenu()
         &SharedContentViewController::editConfiguration);
     m_delete = addForTable(
         menu, tr("&Delete…"), QKeySequence(QKeySequence::Delete), &SharedContentViewController::deleteRows);
+    m_delete->setObjectName(QStringLiteral("deleteToolbarItem"));
     m_delete->setIconText(tr("Delete"));
     setToolBarImage(m_delete, QStringLiteral("delete"));
     m_delete->setToolTip(tr("Delete the selected objects (Del)"));
@@ -112,11 +137,13 @@ void WindowCommands::buildViewMenu()
     m_reload = add(menu, tr("&Reload"), QKeySequence(tr("Ctrl+R")),
         [this] { m_frame.currentPage()->primaryContentController().reloadContent(); });
     setToolBarImage(m_reload, QStringLiteral("reload"));
+    m_reload->setObjectName(QStringLiteral("reloadToolbarItem"));
     m_reload->setToolTip(tr("Load the table again (Ctrl+R)"));
     m_forTable.append(m_reload);
     m_quickLook = addForTable(menu, tr("&Quick Look"), QKeySequence(Qt::Key_Space),
         &SharedContentViewController::showQuickLookPanel);
     setToolBarImage(m_quickLook, QStringLiteral("preview"));
+    m_quickLook->setObjectName(QStringLiteral("quickLookToolbarItem"));
     m_quickLook->setToolTip(tr("Show the selected objects as YAML (Space)"));
     m_forRows.append(m_quickLook);
     m_stop = addForTable(
@@ -133,6 +160,8 @@ void WindowCommands::buildViewMenu()
         menu, tr("Move Tab &Right"), QKeySequence(tr("Ctrl+Shift+PgDown")), [this] { m_frame.moveTab(1); }));
     m_forTabs.append(add(
         menu, tr("Move Tab &Left"), QKeySequence(tr("Ctrl+Shift+PgUp")), [this] { m_frame.moveTab(-1); }));
+    menu->addSeparator();
+    add(menu, tr("Customize &Toolbar…"), QKeySequence(), [this] { Q_EMIT toolBarRequested(); });
     // By key these belong to the table that has the focus; elsewhere the same keys edit or copy text.
     for (QAction *action : std::as_const(m_forRows)) {
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -151,6 +180,14 @@ void WindowCommands::buildClusterMenu()
         menu, tr("View &Logs"), QKeySequence(tr("Ctrl+Shift+L")), &SharedContentViewController::viewLogs);
     m_viewLogs->setObjectName(QStringLiteral("viewLogsToolbarItem"));
     setToolBarImage(m_viewLogs, QStringLiteral("logs"));
+    m_copyFile = add(menu, tr("Copy &File…"), QKeySequence(tr("Ctrl+Shift+F")), [this] {
+        if (auto *pods = qobject_cast<PodController *>(shownTable())) {
+            copyFileDialog(*pods);
+        }
+    });
+    m_copyFile->setObjectName(QStringLiteral("copyFileToolbarItem"));
+    m_copyFile->setIconText(tr("Copy File"));
+    setToolBarImage(m_copyFile, QStringLiteral("copyfile"));
     m_runNow = add(menu, tr("Run Cron &Job Now"), QKeySequence(tr("Ctrl+Shift+J")), [this] {
         if (auto *cronJobs = qobject_cast<CronJobController *>(shownTable())) {
             cronJobs->runCronJobNow();
@@ -217,7 +254,20 @@ void WindowCommands::listWindows()
 
 QList<QAction *> WindowCommands::toolBarActions() const
 {
-    return {m_reload, m_viewLogs, m_quickLook, m_delete};
+    return {m_reload, m_viewLogs, m_copyFile, m_quickLook, m_delete};
+}
+
+QAction *WindowCommands::toolBarAction(const QString &identifier) const
+{
+    const auto actions = toolBarActions();
+    const auto found = std::find_if(actions.begin(), actions.end(),
+        [&identifier](const QAction *action) { return action->objectName() == identifier; });
+    return found == actions.end() ? nullptr : *found;
+}
+
+void WindowCommands::insertActionMenu(QMenu *menu)
+{
+    m_frame.menuBar()->insertMenu(m_windowMenu->menuAction(), menu);
 }
 
 void WindowCommands::addTo(MainWindowController &page)
@@ -256,6 +306,9 @@ void WindowCommands::updateLogsAndJobs()
     const SharedContentViewController *table = shownTable();
     enable(m_viewLogs, table ? table->viewLogsObstacle() : tr("No table is shown."),
         tr("Show the logs of what is selected"));
+    const auto *pods = qobject_cast<const PodController *>(table);
+    enable(m_copyFile, pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first."),
+        tr("Copy files into the chosen container"));
     const auto *cronJobs = qobject_cast<const CronJobController *>(table);
     enable(m_runNow, cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first."),
         tr("Make a job from the selected cron job"));

@@ -25,11 +25,19 @@ public:
     /// Fills the menu bar of `frame`, which owns it. Of `pages`, those without an address are disabled.
     WindowCommands(ClusterWindowFrame &frame, const WebPages &pages);
 
-    /// The commands that have a button in the toolbar.
+    /// The commands that can have a button in the toolbar. Their object names are their identifiers.
     QList<QAction *> toolBarActions() const;
+    /// The one of that identifier; null when there is none.
+    QAction *toolBarAction(const QString &identifier) const;
+    /// Puts the menu of the user's actions in its place.
+    void insertActionMenu(QMenu *menu);
     /// Makes the commands on rows work by key while a table of `page` has the keyboard focus.
     void addTo(MainWindowController &page);
     void updateEnabled();
+
+Q_SIGNALS:
+    /// The user wants to choose the toolbar's commands.
+    void toolBarRequested();
 
 private:
     using TableCommand = void (SharedContentViewController::*)();
@@ -53,6 +61,7 @@ private:
     QAction *m_quickLook = nullptr;
     QAction *m_delete = nullptr;
     QAction *m_viewLogs = nullptr;
+    QAction *m_copyFile = nullptr;
     QAction *m_runNow = nullptr;
     QAction *m_stop = nullptr;
     QList<QAction *> m_forTabs;

@@ -72,13 +72,27 @@ QString PodController::viewLogsObstacle() const
         : QString();
 }
 
-void PodController::viewLogs()
+QString PodController::copyFileObstacle() const
 {
-    std::vector<ContainerPair> containers = selectedContainerPairs();
+    const auto chosen = selectedContainerPairs().size();
+    return chosen == 1 ? QString()
+        : chosen == 0  ? tr("Choose a container in the row of a pod first.")
+                       : tr("Choose a single container.");
+}
+
+std::vector<ContainerPair> PodController::takeSelectedContainerPairs()
+{
+    std::vector<ContainerPair> pairs = selectedContainerPairs();
     for (ContainerButton *button : containerButtons()) {
         button->setChecked(false);
     }
     Q_EMIT selectedContainersChanged();
+    return pairs;
+}
+
+void PodController::viewLogs()
+{
+    std::vector<ContainerPair> containers = takeSelectedContainerPairs();
     if (containers.empty()) {
         for (const QString &name : tableView().clickedRowIsSelected() ? selectedNames() : chosenNames()) {
             containers.emplace_back(name, allContainers);

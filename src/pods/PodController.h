@@ -25,7 +25,12 @@ public:
     /// The pairs whose buttons are on, in that order.
     std::vector<ContainerPair> selectedContainerPairs() const;
 
+    /// The same, and switches all buttons off.
+    std::vector<ContainerPair> takeSelectedContainerPairs();
+
     QString viewLogsObstacle() const override;
+    /// Why no file can be copied into a container now, as a sentence; empty when one can.
+    QString copyFileObstacle() const;
 
 public Q_SLOTS:
     void reloadPods();

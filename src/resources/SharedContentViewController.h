@@ -35,6 +35,8 @@ public:
 
     const ResourceKind &kind() const { return m_model->kind(); }
     const Rows &tableItems() const { return m_model->tableItems(); }
+    /// Changes with every change of `tableItems`.
+    quint64 generation() const { return m_model->generation(); }
     ArrangingModel &arrangedObjects() const { return *m_arranged; }
     ResourceTableView &tableView() const { return *m_tableView; }
     WindowState &kubeSplitViewController() const { return m_window; }

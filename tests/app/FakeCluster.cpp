@@ -51,6 +51,7 @@ FakeCluster::FakeCluster()
     : settings(settingsFile())
 {
     setUserDefaultsForTesting(&settings);
+    qputenv("XDG_DATA_HOME", QFile::encodeName(path(QStringLiteral("data")))); // where the user's actions are
     applicationRecord() = {};
     const QString kubectl = path(QStringLiteral("kubectl"));
     writeFile(kubectl, script);

@@ -25,6 +25,7 @@ struct Windows
     Windows()
     {
         setUserDefaultsForTesting(&settings);
+        qputenv("XDG_DATA_HOME", QFile::encodeName(folder.path()));
         applicationRecord() = {};
         setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
         settings.set(u"defaultKubeConfigPath"_s, demo.kubeconfig());

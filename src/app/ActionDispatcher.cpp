@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/ActionDispatcher.h"
+
+#include "app/PrimaryContentController.h"
+#include "platform/Glob.h"
+#include "pods/PodController.h"
+#include "resources/ResourceTableView.h"
+
+#include <QDeadlineTimer>
+
+namespace tidewright {
+
+namespace {
+
+const auto podScope = QStringLiteral("pod");
+const auto containerScope = QStringLiteral("container");
+/// Names tried between looks at the clock.
+constexpr int namesPerLook = 64;
+/// A pattern may be slow on every one of many names. What it has not matched by then it does not match.
+constexpr auto patienceToEnable = std::chrono::milliseconds(15);
+constexpr auto patienceToRun = std::chrono::milliseconds(500);
+
+/// The first of `count` names that the pattern matches.
+std::optional<QString> firstMatch(const QString &pattern, int count,
+    const std::function<QString(int)> &nameAt, std::chrono::milliseconds patience)
+{
+    Glob glob(pattern);
+    glob.compile();
+    const QDeadlineTimer end(patience);
+    for (int number = 0; number < count; ++number) {
+        const QString name = nameAt(number);
+        if (glob.matches(name)) {
+            return name;
+        }
+        if (number % namesPerLook == 0 && end.hasExpired()) {
+            break;
+        }
+    }
+    return std::nullopt;
+}
+
+QStringList selectedNames(const SharedContentViewController &table)
+{
+    QStringList names;
+    for (const QModelIndex &index : table.tableView().selectedRowsInOrder()) {
+        names.append(table.arrangedObjects().arrangedRow(index.row())->name);
+    }
+    return names;
+}
+
+std::optional<QString> chosenName(
+    const SharedContentViewController &table, const std::optional<QString> &pattern)
+{
+    const QStringList selected = selectedNames(table);
+    if (!pattern) {
+        return selected.isEmpty() ? std::nullopt : std::optional(selected.first());
+    }
+    const ArrangingModel &shown = table.arrangedObjects();
+    const auto selectedCount = static_cast<int>(selected.size());
+    return firstMatch(
+        *pattern, selectedCount + shown.rowCount(),
+        [&](int number) {
+            return number < selectedCount ? selected.at(number)
+                                          : shown.arrangedRow(number - selectedCount)->name;
+        },
+        patienceToRun);
+}
+
+} // namespace
+
+ActionDispatcher::ActionDispatcher(const PrimaryContentController &content, WindowState &window)
+    : m_content(content)
+    , m_window(window)
+{
+}
+
+void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &item) const
+{
+    if (!m_window.loadingHint().isEmpty()) {
+        return; // what the tables show is not where the window is going
+    }
+    auto environment = target(*item);
+    if (!environment) {
+        return;
+    }
+    environment->insert(QStringLiteral("KUBECONFIG"), m_window.kubeConfigPath());
+    environment->insert(QStringLiteral("CONTEXT"), m_window.currentContext());
+    environment->insert(QStringLiteral("NAMESPACE"), m_window.currentNamespace());
+    item->performAction(*environment);
+}
+
+std::optional<ActionEnvironment> ActionDispatcher::target(const CustomActionItem &item) const
+{
+    const QString &scope = item.config().scope;
+    if (scope == QLatin1String("namespace")) {
+        return ActionEnvironment();
+    }
+    const SharedContentViewController *table = m_content.tableControllerForScope(scope);
+    if (!table) {
+        return std::nullopt;
+    }
+    if (scope == containerScope) {
+        const auto pairs = qobject_cast<const PodController *>(table)->selectedContainerPairs();
+        if (pairs.empty()) {
+            return std::nullopt;
+        }
+        return ActionEnvironment{{QStringLiteral("POD"), pairs.front().first},
+            {QStringLiteral("CONTAINER"), pairs.front().second}};
+    }
+    const auto name = chosenName(*table, item.config().use_name_matching_pattern);
+    return name ? std::optional(ActionEnvironment{{scope.toUpper(), *name}}) : std::nullopt;
+}
+
+QString ActionDispatcher::obstacle(const CustomActionItem &item) const
+{
+    if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
+        return hint.section(QLatin1Char('\n'), 0, 0);
+    }
+    if (!item.isActiveIn(m_window.currentContext())) {
+        return QObject::tr("This action is not meant for the context %1.").arg(m_window.currentContext());
+    }
+    return item.config().scope == QLatin1String("namespace") ? QString() : targetObstacle(item);
+}
+
+QString ActionDispatcher::targetObstacle(const CustomActionItem &item) const
+{
+    const QString &scope = item.config().scope;
+    const SharedContentViewController *table = m_content.tableControllerForScope(scope);
+    if (!table) {
+        return QObject::tr("This action is for a \"%1\", and there are none here.").arg(scope);
+    }
+    const QString noun = table->kind().humanReadableResourceName;
+    if (scope == containerScope) {
+        return qobject_cast<const PodController *>(table)->selectedContainerPairs().empty()
+            ? QObject::tr("Choose a container in the row of a pod first.")
+            : QString();
+    }
+    if (const auto pattern = item.config().use_name_matching_pattern) {
+        return hasMatch(item, *table) ? QString()
+                                      : QObject::tr("No %1 is named like %2.").arg(noun, *pattern);
+    }
+    return table->tableView().selectionModel()->hasSelection() ? QString()
+                                                               : QObject::tr("Select a %1 first.").arg(noun);
+}
+
+/// For pods the rows that are shown count, for other kinds all rows.
+bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedContentViewController &table) const
+{
+    const QString pattern = item.config().use_name_matching_pattern.value_or(QString());
+    const bool onlyShown = item.config().scope == podScope;
+    const QString filter = onlyShown ? table.filter() : QString();
+    const auto [found, isNew] = m_results.try_emplace({pattern, &table});
+    PatternResult &result = found->second;
+    if (!isNew && result.generation == table.generation() && result.filter == filter) {
+        return result.matches;
+    }
+    const ArrangingModel &shown = table.arrangedObjects();
+    const Rows &all = table.tableItems();
+    const auto count = onlyShown ? shown.rowCount() : static_cast<int>(all.size());
+    const auto nameAt = [&](int number) {
+        return onlyShown ? shown.arrangedRow(number)->name : all[static_cast<std::size_t>(number)]->name;
+    };
+    result = {table.generation(), filter, firstMatch(pattern, count, nameAt, patienceToEnable).has_value()};
+    return result.matches;
+}
+
+} // namespace tidewright

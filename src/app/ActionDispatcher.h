@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "actions/CustomActionItem.h"
+
+#include <map>
+
+namespace tidewright {
+
+class PrimaryContentController;
+class SharedContentViewController;
+class WindowState;
+
+/// Decides for one cluster window what a custom action applies to, and runs it for that. Main thread.
+class ActionDispatcher
+{
+public:
+    /// Both must outlive the dispatcher.
+    ActionDispatcher(const PrimaryContentController &content, WindowState &window);
+
+    /// Runs the action for the resource it applies to; when there is none, nothing happens.
+    void dispatchAction(const std::shared_ptr<CustomActionItem> &item) const;
+
+    /// Why the action cannot be chosen now, as a sentence; empty when it can.
+    QString obstacle(const CustomActionItem &item) const;
+
+private:
+    /// Whether a table has a row that an action's pattern matches, and of which rows that was found.
+    struct PatternResult
+    {
+        quint64 generation = 0;
+        QString filter;
+        bool matches = false;
+    };
+
+    QString targetObstacle(const CustomActionItem &item) const;
+    bool hasMatch(const CustomActionItem &item, const SharedContentViewController &table) const;
+    /// The variables that name the resource; nothing when there is none.
+    std::optional<ActionEnvironment> target(const CustomActionItem &item) const;
+
+    const PrimaryContentController &m_content;
+    WindowState &m_window;
+    mutable std::map<std::pair<QString, const SharedContentViewController *>, PatternResult> m_results;
+};
+
+} // namespace tidewright

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/ActionMenu.h"
+
+#include "app/ActionLibrary.h"
+#include "app/ClusterWindowFrame.h"
+#include "app/CustomActionCommands.h"
+#include "app/MainWindowController.h"
+
+namespace tidewright {
+
+namespace {
+
+void validate(CustomActionCommand &command, const MainWindowController *page)
+{
+    const QString obstacle = page ? page->actionObstacle(*command.actionItem) : QString();
+    command.setEnabled(obstacle.isEmpty());
+    command.setToolTip(obstacle.isEmpty() ? command.actionItem->title() : obstacle);
+}
+
+} // namespace
+
+ActionMenu::ActionMenu(ClusterWindowFrame &frame, ActionLibrary &library)
+    : QMenu(tr("&Actions"), &frame)
+    , m_frame(frame)
+    , m_library(library)
+{
+    setToolTipsVisible(true);
+    connect(this, &QMenu::aboutToShow, this, &ActionMenu::validateMenu);
+    connect(&library, &ActionLibrary::loaded, this, &ActionMenu::buildActionMenu);
+    buildActionMenu();
+}
+
+void ActionMenu::buildActionMenu()
+{
+    clear();
+    for (QMenu *group : findChildren<QMenu *>(QString(), Qt::FindDirectChildrenOnly)) {
+        group->deleteLater();
+    }
+    addFixedHead();
+    addNodes(*this, m_library.tree().nodes);
+    for (CustomToolbarItem *item : std::as_const(m_toolbarItems)) {
+        item->deleteLater();
+    }
+    m_toolbarItems.clear();
+    Q_EMIT rebuilt();
+    updateEnabled();
+}
+
+void ActionMenu::addFixedHead()
+{
+    m_runLast = addAction(tr("Run Last Action"), QKeySequence(tr("Ctrl+'")), this, [this] {
+        if (MainWindowController *page = m_frame.currentPage()) {
+            page->runLastAction();
+        }
+    });
+    addAction(QStringLiteral("Show in Finder"), QKeySequence(tr("Ctrl+Alt+R")), this,
+        [] { ActionLibrary::showInFinder(); });
+    addAction(
+        QStringLiteral("Reload Actions"), QKeySequence(tr("Ctrl+Alt+A")), &m_library, &ActionLibrary::reload);
+    addSeparator();
+}
+
+void ActionMenu::addNodes(QMenu &menu, const std::vector<ActionNode> &nodes)
+{
+    for (const ActionNode &node : nodes) {
+        if (node.item) {
+            auto *item = new CustomMenuItem(node.item, &menu);
+            connect(item, &QAction::triggered, this, [this, item] {
+                if (MainWindowController *page = m_frame.currentPage()) {
+                    page->runAction(item->actionItem);
+                }
+            });
+            menu.addAction(item);
+            continue;
+        }
+        auto *group = new QMenu(QString(node.title).replace(QLatin1Char('&'), QLatin1String("&&")), &menu);
+        group->setToolTipsVisible(true);
+        menu.addMenu(group);
+        addNodes(*group, node.children);
+    }
+}
+
+QAction *ActionMenu::toolbarItem(const QString &title)
+{
+    const auto item = m_library.customToolbarItems().value(title);
+    if (!item) {
+        return nullptr;
+    }
+    CustomToolbarItem *&button = m_toolbarItems[title];
+    if (!button) {
+        button = new CustomToolbarItem(item, this);
+        connect(button, &QAction::triggered, this, [this, item] {
+            if (MainWindowController *page = m_frame.currentPage()) {
+                page->runAction(item);
+            }
+        });
+        validate(*button, m_frame.currentPage());
+    }
+    return button;
+}
+
+void ActionMenu::updateEnabled()
+{
+    const MainWindowController *page = m_frame.currentPage();
+    const auto last = page ? page->lastAction() : nullptr;
+    m_runLast->setEnabled(last != nullptr);
+    m_runLast->setText(last ? QLatin1String("Run \"")
+                + QString(last->title()).replace(QLatin1Char('&'), QLatin1String("&&")) + QLatin1Char('"')
+                            : QStringLiteral("Run Last Action"));
+    for (CustomToolbarItem *button : std::as_const(m_toolbarItems)) {
+        validate(*button, page);
+    }
+}
+
+void ActionMenu::validateMenu()
+{
+    updateEnabled();
+    for (CustomMenuItem *item : findChildren<CustomMenuItem *>()) {
+        validate(*item, m_frame.currentPage());
+    }
+}
+
+} // namespace tidewright

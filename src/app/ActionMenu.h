@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QMenu>
+
+namespace tidewright {
+
+class ActionLibrary;
+class ClusterWindowFrame;
+class CustomToolbarItem;
+struct ActionNode;
+
+/// The Actions menu of one top-level window: three fixed commands, then the user's actions as their folders
+/// are nested. What is chosen runs in the tab that is shown.
+class ActionMenu : public QMenu
+{
+    Q_OBJECT
+public:
+    /// `frame` owns the menu; `library` must outlive it.
+    ActionMenu(ClusterWindowFrame &frame, ActionLibrary &library);
+
+    QAction *runLastActionMenuItem() const { return m_runLast; }
+    /// The toolbar button of the action of that title; null when there is no such action.
+    QAction *toolbarItem(const QString &title);
+    /// Enables the run-last item and the toolbar's buttons as the tab that is shown has it.
+    void updateEnabled();
+
+Q_SIGNALS:
+    /// The actions are others now, and the toolbar's buttons with them.
+    void rebuilt();
+
+private:
+    void buildActionMenu();
+    void addFixedHead();
+    void addNodes(QMenu &menu, const std::vector<ActionNode> &nodes);
+    void validateMenu();
+
+    ClusterWindowFrame &m_frame;
+    ActionLibrary &m_library;
+    QAction *m_runLast = nullptr;
+    QMap<QString, CustomToolbarItem *> m_toolbarItems;
+};
+
+} // namespace tidewright

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QFileDialog>
+
+#include <functional>
+
+class QLineEdit;
+
+namespace tidewright {
+
+/// Asks which files and folders to copy into a container, and where to.
+class CopyFileDialog : public QFileDialog
+{
+    Q_OBJECT
+public:
+    using Chosen = std::function<void(const QStringList &paths, const QString &destination)>;
+
+    /// `chosen` is not called when the user cancels, nor when `receiver` is gone.
+    static void open(QWidget *parent, QObject *receiver, Chosen chosen);
+
+    /// What was typed, or the usual place when nothing was.
+    QString destination() const;
+
+private:
+    explicit CopyFileDialog(QWidget *parent);
+    QStringList paths() const;
+    void accept() override;
+
+    QLineEdit *m_destination;
+};
+
+} // namespace tidewright

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/ContainerCopy.h"
+
+#include "platform/MainQueue.h"
+#include "resources/ClusterChange.h"
+
+#include <QFileInfo>
+
+namespace tidewright {
+
+namespace {
+
+/// A copy under way. What is left when the window has closed is not copied.
+struct Copy
+{
+    QPointer<WindowState> window;
+    QPointer<Console> console;
+    QStringList arguments; // before the path
+    QStringList behind; // the path
+    QStringList paths;
+    qsizetype number = 0;
+};
+
+void show(const Copy &copy, const QString &progress, bool running)
+{
+    if (!copy.console) {
+        return;
+    }
+    if (running) {
+        copy.console->scriptsRunning.append(progress);
+    } else {
+        copy.console->scriptsRunning.removeOne(progress);
+    }
+    copy.console->updateScriptState();
+}
+
+void copyNext(const std::shared_ptr<Copy> &copy)
+{
+    if (!copy->window || copy->number == copy->paths.size()) {
+        return;
+    }
+    const QString path = copy->paths.at(copy->number++);
+    const QString progress = copy->paths.size() == 1
+        ? QStringLiteral("copy of %1").arg(QFileInfo(path).fileName())
+        : QStringLiteral("copy %1 of %2: %3")
+              .arg(copy->number)
+              .arg(copy->paths.size())
+              .arg(QFileInfo(path).fileName());
+    show(*copy, progress, true);
+    copy->window->kubeCtl().makeShell()->runAsync(copy->arguments + QStringList{path} + copy->behind, true,
+        copy->console, [copy, progress](const ShellResult &) {
+            mainQueue().post([copy, progress] {
+                show(*copy, progress, false);
+                copyNext(copy);
+            });
+        });
+}
+
+} // namespace
+
+void copyIntoContainer(
+    WindowState &window, const ContainerPair &container, const QStringList &paths, const QString &destination)
+{
+    if (window.currentNamespace() == allNamespaces) {
+        refuseChange(window, QStringLiteral("Nothing was copied"),
+            QStringLiteral("choose a namespace first. While all namespaces are shown, kubectl cannot tell "
+                           "which of them the pod is in."));
+        return;
+    }
+    const auto copy = std::make_shared<Copy>();
+    copy->window = &window;
+    copy->console = window.console();
+    copy->arguments = {QStringLiteral("kubectl"), QStringLiteral("cp"),
+        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace())};
+    copy->behind = {container.first + QLatin1Char(':') + destination, QStringLiteral("-c"), container.second};
+    copy->paths = paths;
+    copyNext(copy);
+}
+
+} // namespace tidewright
