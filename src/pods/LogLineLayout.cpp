@@ -47,11 +47,14 @@ LogLineLayout::LogLineLayout(LogLineText text, const LogAppearance &appearance, 
     const qsizetype length = m_text.text.size();
     if (!m_text.isGrid) {
         // A layout costs about a microsecond for each character: no more of them than can be seen.
-        qsizetype units = width > 0 ? length : static_cast<qsizetype>(needed / appearance.cellWidth) + 64;
-        do {
+        qsizetype units = width > 0 ? length : static_cast<qsizetype>(needed / appearance.cellWidth) + 8;
+        layOut(width, std::min(units, length));
+        while (!covers(needed)) { // narrow or combining characters
+            const qreal unitWidth
+                = std::max(m_widest / static_cast<qreal>(m_laidOut), appearance.cellWidth / 4);
+            units = std::max(units + units / 8, static_cast<qsizetype>(needed / unitWidth) + 8);
             layOut(width, std::min(units, length));
-            units *= 2;
-        } while (!covers(needed));
+        }
         return;
     }
     m_laidOut = length;
