@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/ClusterWindowFrame.h"
+#include "app/KubeSplitViewController.h"
+#include "app/MainWindowController.h"
+#include "app/PreferencesWindowController.h"
+#include "app/PrimaryContentController.h"
+#include "core/ApplicationRecord.h"
+#include "demo/DemoProcess.h"
+#include "resources/ResourceTableView.h"
+#include "resources/SharedContentViewController.h"
+#include "support/TestSupport.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTest>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto preferredEditor = u"preferredEditor"_s;
+const auto editWeb = u"kubectl edit -n default deployments web -o yaml"_s;
+
+} // namespace
+
+/// Edits in a window on the demo cluster, with the real kubectl and a script in the place of the editor.
+class TestEditWindow : public QObject
+{
+    Q_OBJECT
+private:
+    QTemporaryDir m_folder;
+    UserDefaults m_settings{m_folder.filePath(u"settings.json"_s)};
+    RecordingConsole m_console;
+    std::unique_ptr<DemoProcess> m_demo;
+    std::unique_ptr<AppDelegate> m_delegate;
+
+    MainWindowController &page() const { return *m_delegate->mainWindow()->currentPage(); }
+    QString path(const QString &name) const { return m_folder.filePath(name); }
+    void write(const QString &name, const QByteArray &text) const
+    {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    QString read(const QString &name) const
+    {
+        QFile file(QDir(m_folder.path()).absoluteFilePath(name));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+    QString replicas() const
+    {
+        return m_demo
+            ->kubectl(QStringList{u"--context=demo-harbor"_s, u"-ndefault"_s, u"get"_s, u"deploy"_s, u"web"_s,
+                u"-ojsonpath={.spec.replicas}"_s})
+            .output;
+    }
+    /// Edits the deployment; true once the edit has finished.
+    bool edited()
+    {
+        auto finished = std::make_shared<bool>(false);
+        page().state().startExternalEdit(editWeb.split(u' '), [finished] { *finished = true; });
+        return QTest::qWaitFor([finished] { return *finished; }, 20'000);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        qputenv("PATH", m_folder.path().toLocal8Bit() + ":/usr/bin:/bin");
+        qputenv("TMPDIR", m_folder.path().toLocal8Bit()); // kubectl leaves files behind, as it should
+        setUserDefaultsForTesting(&m_settings);
+        applicationRecord() = {};
+        setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
+        m_demo = std::make_unique<DemoProcess>(
+            QStringList(u"--still"_s), qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
+        QVERIFY(m_demo->isReady());
+        m_settings.set(u"defaultKubeConfigPath"_s, m_demo->kubeconfig());
+        m_settings.set(preferredEditor, u"Kate"_s);
+        m_delegate = std::make_unique<AppDelegate>();
+        setMainConsoleLookup([this] { return &m_console; });
+        m_delegate->newDocument();
+        page().state().setConsole(&m_console);
+        QTRY_VERIFY_WITH_TIMEOUT(page().state().namespaceList().enabled, 20'000);
+        page().state().chooseNamespace(u"default"_s);
+        m_console.entries.clear();
+    }
+    void cleanup()
+    {
+        m_delegate->applicationWillTerminate();
+        m_delegate.reset();
+        m_demo.reset();
+        setUserDefaultsForTesting(nullptr);
+    }
+
+    void outcomes_data()
+    {
+        QTest::addColumn<QString>("editor");
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("outcome");
+        QTest::addColumn<QString>("replicas");
+        const auto row
+            = [](const char *name, const QString &editor, const QByteArray &script, const QString &outcome,
+                  const QString &left) { QTest::newRow(name) << editor << script << outcome << left; };
+        row("changed", u"Kate"_s, "sed -i 's/^  replicas: .*/  replicas: 7/' \"$3\"",
+            u"Configuration saved.|"_s, u"7"_s);
+        row("unchanged", u"Kate"_s, "", u"|Edit cancelled, no changes made.\n"_s, u"3"_s);
+        row("broken", u"Kate"_s, "[ -e $0.once ] || echo ' : [' >> \"$3\"; touch $0.once",
+            u"A copy of your changes has been stored to"_s, u"3"_s);
+        row("not installed", u"GVim"_s, "", u"unable to launch the editor \"gvim -f\""_s, u"3"_s);
+    }
+    void outcomes()
+    {
+        QFETCH(QString, editor);
+        QFETCH(QByteArray, script);
+        m_settings.set(preferredEditor, editor);
+        write(u"kate"_s, "#!/bin/sh\n" + script + '\n');
+        // Another program has switched the kubeconfig: the edit is the window's all the same.
+        QCOMPARE(m_demo->kubectl({u"config"_s, u"use-context"_s, u"demo-lighthouse"_s}).exitCode, 0);
+        QVERIFY(edited());
+        const QStringList entries = m_console.entries;
+        QVERIFY2(entries.size() >= 2 && entries.contains(editWeb + u"||"_s), qPrintable(entries.join(u'\n')));
+        QVERIFY(entries.last().startsWith(u"Returning: "_s + editWeb + u'|'));
+        QFETCH(QString, outcome);
+        QVERIFY2(entries.last().contains(outcome), qPrintable(entries.last()));
+        QTEST(replicas(), "replicas");
+    }
+
+    void endsWithItsWindow_data()
+    {
+        QTest::addColumn<bool>("quit");
+        QTest::newRow("window closed") << false;
+        QTest::newRow("program quits") << true;
+    }
+    void endsWithItsWindow()
+    {
+        QFETCH(bool, quit);
+        write(u"kate"_s,
+            "#!/bin/sh\necho $PPID > $0.kubectl; echo $$ > $0.pid; printf %s \"$3\" > $0.file\n"
+            "while [ ! -e $0.go ]; do echo waiting; sleep 0.05; done; echo '# mine' >> \"$3\"\n");
+        for (const auto &left : {u"kate.go"_s, u"kate.file"_s}) {
+            QFile::remove(path(left));
+        }
+        SharedContentViewController *table = page().primaryContentController().shownTable();
+        QTRY_VERIFY_WITH_TIMEOUT(!table->tableItems().empty() && !table->isLoading(), 20'000);
+        table->tableView().selectRow(0);
+        table->tableView().setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(m_delegate->mainWindow()));
+        QTest::keyClick(&table->tableView(), Qt::Key_E, Qt::ControlModifier);
+        QTRY_VERIFY_WITH_TIMEOUT(!read(u"kate.file"_s).isEmpty(), 20'000);
+        const qint64 kubectl = read(u"kate.kubectl"_s).trimmed().toLongLong();
+        const qint64 editor = read(u"kate.pid"_s).trimmed().toLongLong();
+        const QString file = read(u"kate.file"_s);
+        QVERIFY(isAlive(kubectl) && isAlive(editor));
+        if (quit) {
+            m_delegate->applicationWillTerminate();
+        } else {
+            m_delegate->mainWindow()->close();
+        }
+        QTRY_VERIFY(!isAlive(kubectl));
+        if (!quit) {
+            QTRY_VERIFY(m_console.entries.last().startsWith(u"Returning: kubectl edit -n default "_s));
+            QVERIFY2(m_console.entries.last().endsWith(u"kept, but not applied: "_s + file),
+                qPrintable(m_console.entries.last()));
+        }
+        // What the user still has in the editor is not lost.
+        QVERIFY(isAlive(editor));
+        write(u"kate.go"_s, "");
+        QTRY_VERIFY(!isAlive(editor));
+        QVERIFY(read(file).contains(u"kind: Pod"_s) && read(file).endsWith(u"# mine\n"_s));
+        QVERIFY(QFile::remove(file));
+    }
+
+    void refusals()
+    {
+        SharedContentViewController *table = page().primaryContentController().shownTable();
+        page().state().chooseNamespace(u"All Namespaces"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(!table->tableItems().empty() && !table->isLoading(), 20'000);
+        table->tableView().selectRow(0);
+        table->editConfiguration();
+        QVERIFY2(m_console.entries.last().startsWith(u"||Nothing was edited: choose a namespace first."_s),
+            qPrintable(m_console.entries.last()));
+        m_settings.remove(preferredEditor);
+        page().state().chooseNamespace(u"default"_s);
+        QVERIFY(edited());
+        const auto box = [] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); };
+        QTRY_VERIFY(box() && box()->parentWidget() == m_delegate->mainWindow());
+        QCOMPARE(box()->text() + u'|' + box()->informativeText() + u'|' + box()->buttons().first()->text(),
+            u"Editor not set|To edit files, you must first select an editor in Tidewright: Preferences|"
+            "Open Preferences"_s);
+        QVERIFY(!m_delegate->preferencesController());
+        QTest::mouseClick(box()->buttons().first(), Qt::LeftButton);
+        QTRY_VERIFY(m_delegate->preferencesController() && m_delegate->preferencesController()->isVisible());
+        QCOMPARE(m_console.entries.filter(u"kubectl edit"_s), QStringList());
+    }
+};
+
+QTEST_MAIN(TestEditWindow)
+#include "tst_edit_window.moc"
