@@ -7,8 +7,8 @@ namespace tidewright {
 
 /// Makes the Python that comes with the package findable, for the embedded interpreter and for every child:
 /// sets `PYTHON_LIBRARY`, `PYTHONHOME` and `PYTHONPATH`. A package without a Python of its own leaves them as
-/// they are, and the interpreter is looked for in its default places. Once, before any thread or child
-/// exists.
+/// they are, and the interpreter is looked for in its default places. Gives threads a stack on which scripts
+/// can recurse. Once, before any thread or child exists.
 void prepareEmbeddedPython();
 
 /// Loads the interpreter that serves the whole process until its end, and says on the standard output which
