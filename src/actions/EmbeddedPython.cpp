@@ -13,12 +13,32 @@
 
 #include <future>
 #include <mutex>
+#include <pthread.h>
 
 namespace tidewright {
 
 namespace {
 
 namespace py = pybind11;
+
+constexpr std::size_t comfortableStack = 8 << 20; // bytes
+
+/// What a thread gets that asks for nothing else, in bytes. It follows the limit of the shell that the
+/// application was started from, and is small when there is no limit; it can be raised to `atLeast`.
+std::size_t threadStackSize(std::size_t atLeast = 0)
+{
+    pthread_attr_t attributes;
+    std::size_t size = 0;
+    if (::pthread_getattr_default_np(&attributes) == 0) {
+        ::pthread_attr_getstacksize(&attributes, &size);
+        if (size < atLeast && ::pthread_attr_setstacksize(&attributes, atLeast) == 0
+            && ::pthread_setattr_default_np(&attributes) == 0) {
+            size = atLeast;
+        }
+        ::pthread_attr_destroy(&attributes);
+    }
+    return size;
+}
 
 /// The interpreter on its way. Empty when it is there, else what is wrong with it.
 struct Loading
@@ -87,7 +107,8 @@ QString prepareForActions()
         // Made by a later thread, the binding's own record would keep that thread's state beyond its end.
         py::detail::get_internals();
         py::module_::import("sys").attr("path").attr("append")(modules.toStdString());
-        py::module_::import("tidewright_host").attr("prepare")(py::cpp_function(writeLine));
+        py::module_::import("tidewright_host")
+            .attr("prepare")(py::cpp_function(writeLine), threadStackSize());
     } catch (const std::exception &error) {
         return QStringLiteral("Python could not be prepared: ") + QString::fromUtf8(error.what());
     }
@@ -110,6 +131,7 @@ QString load()
 
 void prepareEmbeddedPython()
 {
+    threadStackSize(comfortableStack);
     const QString version = QStringLiteral("%1.%2").arg(PY_MAJOR_VERSION).arg(PY_MINOR_VERSION);
     const QString library = bundle::resource(QStringLiteral("python%1/libpython%1.so").arg(version));
     if (library.isEmpty()) {

@@ -179,7 +179,7 @@ class Action(tw.Action):
         self.log("end")
 )");
         QTRY_COMPARE(m_bench->question(), u"First|Sure?|Go,Stop"_s);
-        QVERIFY(m_bench->isIdle());
+        QTRY_VERIFY(m_bench->isIdle());
         m_bench->press(u"Go"_s);
         QTRY_COMPARE(m_bench->question(), u"Alert!|Fill|OK,Cancel"_s);
         const QMessageBox *box = m_bench->dialog();

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ActionBench.h"
+#include "actions/ActionForm.h"
+#include "actions/ActionTerminal.h"
+#include "demo/DemoProcess.h"
+
+#include <QLineEdit>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void collect(
+    const std::vector<ActionNode> &nodes, std::map<QString, std::shared_ptr<CustomActionItem>> &found)
+{
+    for (const ActionNode &node : nodes) {
+        if (node.item) {
+            found[node.title] = node.item;
+        }
+        collect(node.children, found);
+    }
+}
+
+} // namespace
+
+/// Every action of the starter kit, as it is after the first start, against the demo cluster.
+class TestStarterKit : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const QString kubectl = QString::fromUtf8(qgetenv("TIDEWRIGHT_TEST_KUBECTL"));
+        setKubectlPath(kubectl);
+        m_demo = std::make_unique<DemoProcess>(QStringList{u"--still"_s}, kubectl);
+        QVERIFY(m_demo->isReady());
+        m_bench = std::make_unique<ActionBench>();
+        qputenv("HOME", m_bench->path(u"home"_s).toUtf8());
+        std::optional<ActionTree> tree;
+        loadActionsInBackground(&m_receiver, [&tree](const auto &loaded) { tree = loaded; });
+        QTRY_VERIFY(tree);
+        QVERIFY(tree->problems.isEmpty());
+        collect(tree->nodes, m_actions);
+        setActionTerminal({[this](const QString &line) {
+                               QString plain = line;
+                               plain.replace(u"\\\""_s, u"\""_s);
+                               const auto result = runToEnd(
+                                   Shell::create(), {u"sh"_s, u"-c"_s, u"( "_s + plain + u" ) 2>&1"_s});
+                               mainQueue().post([this, result] { m_terminal = result.output; });
+                           },
+            [](const QString &value) { return value; }});
+    }
+    void cleanupTestCase()
+    {
+        m_bench.reset();
+        m_demo.reset();
+    }
+
+    void allHaveImages()
+    {
+        QCOMPARE(m_actions.size(), 11U);
+        for (const auto &[title, item] : m_actions) {
+            const QString folder = QFileInfo(item->scriptURL()).path();
+            QVERIFY2(item->configURL(), qPrintable(title));
+            QCOMPARE(QImage(folder + u"/icon.png"_s).size(), QSize(64, 64));
+            QCOMPARE(QImage(folder + u"/menu.png"_s).size(), QSize(32, 32));
+        }
+    }
+
+    void run_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("resource"); // NAME=value; "%web" stands for a restarted pod of web
+        QTest::addColumn<QString>("nameSpace");
+        QTest::addColumn<QStringList>("answers"); // "field=value" or a button, in order
+        QTest::addColumn<QString>("shown"); // in the console, the terminal or a notification
+        QTest::addColumn<QString>("effect"); // arguments of kubectl after it, and what it then prints
+        const auto row = [](const char *title, const char *resource, const QStringList &answers,
+                             const char *shown, const char *effect = "", const char *nameSpace = "default") {
+            QTest::addRow("%s, %s %s", title, nameSpace, resource)
+                << QString::fromUtf8(title) << QString::fromUtf8(resource) << QString::fromUtf8(nameSpace)
+                << answers << QString::fromUtf8(shown) << QString::fromUtf8(effect);
+        };
+        const char *const everywhere = "All Namespaces";
+        const QStringList accepted{u"OK"_s};
+        row("Describe Pod", "POD=debug-shell", {}, "Name:         debug-shell");
+        row("Describe Pod", "POD=debug-shell", {}, "Choose the namespace of debug-shell first.", "",
+            everywhere);
+        row("Previous Logs", "POD=%fraud-check CONTAINER=scorer", {}, "seq=", "", "payments");
+        // The demo cluster refuses to connect to containers; that it is asked to shows in what it answers.
+        row("Shell in Container", "POD=debug-shell CONTAINER=shell", {},
+            "the demo cluster does not serve connections");
+        row("Forward Port", "SERVICE=web", {}, "port 80 will be at http://localhost:8080");
+        row("Forward Port", "SERVICE=greeter", {}, "port 9000 will be at http://localhost:9000");
+        row("Restart Deployment", "DEPLOYMENT=greeter", accepted, "deployment.apps/greeter restarted",
+            "rollout history deployment/greeter -n default|2         <none>");
+        row("Roll Back Deployment", "DEPLOYMENT=greeter", accepted, "deployment.apps/greeter rolled back",
+            "rollout history deployment/greeter -n default|3         <none>");
+        row("Decode Secret", "SECRET=web-tls", accepted, "tls.key: demo key");
+        row("Summarise Events", "", {}, "BackOff (Pod)", "", "shop");
+        row("Summarise Events", "", {}, "SuccessfulCreate (ReplicaSet)", "", everywhere);
+        row("Scale by Pattern", "", {u"pattern=w?b*"_s, u"replicas=5"_s, u"Continue"_s, u"Scale"_s},
+            "deployment.apps/web scaled", "get deploy web -n default -o jsonpath={.spec.replicas}|5");
+        row("Scale by Pattern", "",
+            {u"pattern=w*"_s, u"replicas=many"_s, u"Continue"_s, u"pattern=z*"_s, u"replicas=2"_s,
+                u"Continue"_s, u"OK"_s},
+            "kubectl get deployments -o name --context=demo-harbor -n default");
+        row("Restart and Watch", "DEPLOYMENT=web", {u"Restart"_s, u"Tell Me"_s},
+            "web|demo-harbor\ndeployment \"web\" successfully",
+            "rollout history deployment/web -n default|2         <none>");
+        row("Notify When Rolled Out", "DEPLOYMENT=web", {},
+            "web|demo-harbor\ndeployment \"web\" successfully");
+        row("Notify When Rolled Out", "DEPLOYMENT=nowhere", {},
+            "The rollout has not ended: Error from server (NotFound)");
+    }
+    void run()
+    {
+        QFETCH(QString, title);
+        QFETCH(QString, resource);
+        QFETCH(QString, nameSpace);
+        QFETCH(QStringList, answers);
+        QFETCH(QString, shown);
+        QFETCH(QString, effect);
+        ActionEnvironment environment{{u"KUBECONFIG"_s, m_demo->kubeconfig()},
+            {u"CONTEXT"_s, u"demo-harbor"_s}, {u"NAMESPACE"_s, nameSpace}};
+        for (const QString &entry : resource.split(u' ', Qt::SkipEmptyParts)) {
+            const QString value = entry.section(u'=', 1);
+            environment.insert(
+                entry.section(u'=', 0, 0), value.startsWith(u'%') ? restartedPod(value.mid(1)) : value);
+        }
+        m_bench->console.entries.clear();
+        m_bench->notifications.clear();
+        m_terminal.clear();
+        const auto action = m_actions.find(title);
+        QVERIFY(action != m_actions.end());
+        action->second->performAction(environment);
+        for (const QString &answer : std::as_const(answers)) {
+            QTRY_VERIFY_WITH_TIMEOUT(m_bench->dialog(), 15'000);
+            if (answer.contains(u'=')) {
+                const auto fields = m_bench->dialog()->findChildren<QLineEdit *>();
+                QVERIFY(fields.size() >= 2);
+                fields[answer.startsWith(u"pattern") ? 0 : 1]->setText(answer.section(u'=', 1));
+            } else {
+                m_bench->press(answer);
+            }
+        }
+        const auto all = [this]() -> QString {
+            return m_bench->console.entries.join(u'\n') + u'\n' + m_bench->notifications.join(u'\n') + u'\n'
+                + QString::fromUtf8(m_terminal);
+        };
+        const bool isShown = QTest::qWaitFor([&] { return all().contains(shown); }, 20'000);
+        QVERIFY2(isShown, qPrintable(all()));
+        QTRY_VERIFY(m_bench->isIdle());
+        QVERIFY2(!all().contains(u"Recieved"), qPrintable(all()));
+        QVERIFY(!m_bench->dialog());
+        if (!effect.isEmpty()) {
+            const Outcome outcome = m_demo->kubectl(effect.section(u'|', 0, 0).split(u' '));
+            QVERIFY2(outcome.output.contains(effect.section(u'|', 1)),
+                qPrintable(outcome.output + outcome.errors));
+        }
+    }
+
+private:
+    /// A pod of a deployment, one that has been restarted.
+    QString restartedPod(const QString &deployment) const
+    {
+        const QString listed = m_demo->kubectl({u"get"_s, u"po"_s, u"-A"_s, u"--no-headers"_s}).output;
+        for (const QString &line : listed.split(u'\n')) {
+            const QStringList words = line.simplified().split(u' ');
+            if (words.value(1).startsWith(deployment + u'-') && words.value(4).toInt() > 0) {
+                return words[1];
+            }
+        }
+        return {};
+    }
+
+    std::unique_ptr<DemoProcess> m_demo;
+    std::unique_ptr<ActionBench> m_bench;
+    QObject m_receiver;
+    std::map<QString, std::shared_ptr<CustomActionItem>> m_actions;
+    QByteArray m_terminal;
+};
+
+QTEST_MAIN(TestStarterKit)
+#include "tst_starter_kit.moc"

@@ -19,17 +19,20 @@ MOST_LOG_LINES = 1000
 MOST_FIELDS = 200
 MOST_CHOICES = 2000
 LONGEST_LINE = 4096
-# Fits the stack of a thread, with room to spare for what each level may need of it.
 DEEPEST_RECURSION = 3000
+STACK_PER_LEVEL = 4096  # bytes; a sort whose key function sorts needs half of it
 
 
-def prepare(write_line):
-    """Once, before any script runs. write_line takes one line of the diagnostics, as bytes."""
+def prepare(write_line, stack_size):
+    """Once, before any script runs. write_line takes one line of the diagnostics, as bytes.
+
+    stack_size is what the threads of scripts have, in bytes.
+    """
     global diagnostics
     diagnostics = Diagnostics(write_line)
     sys.stdin = io.StringIO()
     _redirect()
-    _limit_recursion()
+    _limit_recursion(min(DEEPEST_RECURSION, stack_size // STACK_PER_LEVEL))
     _keep_environment()
 
 
@@ -67,9 +70,11 @@ def _redirect():
     sys.stdout = sys.stderr = diagnostics
 
 
-def _limit_recursion():
+def _limit_recursion(deepest):
+    """An exhausted stack would end the application."""
     set_limit = sys.setrecursionlimit
-    sys.setrecursionlimit = lambda limit: set_limit(min(limit, DEEPEST_RECURSION))
+    sys.setrecursionlimit = lambda limit: set_limit(min(limit, deepest))
+    sys.setrecursionlimit(sys.getrecursionlimit())
 
 
 def _keep_environment():

@@ -1,4 +1,4 @@
-"""Scales all deployments whose names match a pattern."""
+"""Scales all deployments or stateful sets whose names match a pattern."""
 import fnmatch
 
 import tidewright_actions
@@ -7,23 +7,22 @@ from tidewright_actions import CheckBox, DropDown, TextField
 
 class Action(tidewright_actions.Action):
     def run(self):
-        self.ask_for("*", "1")
+        self.ask_for("*", "The pattern may hold * and ?.")
 
-    def ask_for(self, pattern, replicas):
+    def ask_for(self, pattern, text):
         fields = {
             "pattern": TextField("Names", placeholder="web-*", initial=pattern),
-            "replicas": TextField("Replicas", placeholder="1", initial=replicas),
+            "replicas": TextField("Replicas", placeholder="1"),
             "kind": DropDown(["deployments", "statefulsets"], "Kind"),
             "show": CheckBox("Only show which ones"),
         }
-        self.ask_form("The pattern may hold * and ?.", fields, title="Scale by Pattern", ok="Continue",
-                      then=self.choose)
+        self.ask_form(text, fields, title="Scale by Pattern", ok="Continue", then=self.choose)
 
     def choose(self, values):
         if self.namespace == "All Namespaces":
             self.ask("Choose a namespace first.", title="Scale by Pattern")
         if not values["replicas"].isdecimal():
-            self.ask_for(values["pattern"], "1")
+            self.ask_for(values["pattern"], "The number of replicas must be a whole number.")
         self.replicas = values["replicas"]
         names = self.kubectl("get", values["kind"], "-o", "name").split()
         self.chosen = [name for name in names if fnmatch.fnmatchcase(name.split("/")[1], values["pattern"])]
