@@ -21,8 +21,8 @@ namespace tidewright {
 
 namespace {
 
-// Below one folder of the top level. Far more than anybody has, and little enough when a link leads to a whole
-// disk.
+// Below one folder of the top level. Far more than anybody has, and little enough when a link leads to a
+// whole disk.
 constexpr int mostFolders = 2000;
 constexpr int deepestFolder = 32;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionTerminal.h"
 
-#include "core/Console.h"
+#include "external/Terminal.h"
 
 namespace tidewright {
 
@@ -9,9 +9,7 @@ namespace {
 
 ActionTerminal &installed()
 {
-    static ActionTerminal terminal{
-        [](const QString &) { postConsoleError(QStringLiteral("There is no terminal to run actions in.")); },
-        [](const QString &value) { return value; }};
+    static ActionTerminal terminal = runInTerminal;
     return terminal;
 }
 
@@ -19,7 +17,7 @@ ActionTerminal &installed()
 
 void setActionTerminal(ActionTerminal terminal)
 {
-    installed() = std::move(terminal);
+    installed() = terminal ? std::move(terminal) : ActionTerminal(runInTerminal);
 }
 
 const ActionTerminal &actionTerminal()

@@ -7,20 +7,14 @@
 
 namespace tidewright {
 
-/// How an action gets its command line into a terminal window.
-struct ActionTerminal
-{
-    /// Runs a command line, escaped for the inside of a quoted script text, in a new terminal window. Called
-    /// on a thread of the custom action queue; returns when the terminal was told, and reports its failures
-    /// itself.
-    std::function<void(const QString &commandLine)> runInTerminal;
-    /// Prepares a value to stand between two quotes (each a backslash and a quote) of such a command line.
-    std::function<QString(const QString &value)> escapeString;
-};
+/// Runs a command line in a new terminal window; see external/TerminalQuoting.h for how it is written. Called
+/// on a thread of the custom action queue; returns when the terminal was told, and reports its failures
+/// itself.
+using ActionTerminal = std::function<void(const QString &commandLine)>;
 
-/// Installed at start-up, before any action runs, by whoever knows the terminals.
+/// What actions that open in a terminal run in. At first it is the user's preferred terminal; null restores
+/// that. Before any action runs.
 void setActionTerminal(ActionTerminal terminal);
-/// Both functions can be called; without an installed terminal the console says so.
 const ActionTerminal &actionTerminal();
 
 } // namespace tidewright

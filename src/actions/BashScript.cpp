@@ -5,6 +5,7 @@
 #include "actions/CustomActionItem.h"
 #include "actions/RunningScript.h"
 #include "core/Shell.h"
+#include "external/TerminalQuoting.h"
 #include "platform/Diagnostics.h"
 
 namespace tidewright {
@@ -26,29 +27,17 @@ QStringList backgroundCommand(const ActionEnvironment &environment, const QStrin
     return arguments + QStringList{path};
 }
 
-/// Between quotes of a terminal command line, which is itself escaped once more; a plain path stays as it is.
-QString quoted(QString path)
-{
-    path.replace(QLatin1Char('\\'), QLatin1String("\\\\\\\\"));
-    for (const char special : {'"', '$', '`'}) {
-        const QString escaped = QLatin1String(special == '"' ? "\\\\\\" : "\\\\") + QLatin1Char(special);
-        path.replace(QLatin1Char(special), escaped);
-    }
-    return QLatin1String("\\\"") + path + QLatin1String("\\\"");
-}
-
+/// Values come from the cluster and from the user: the terminal's shell must take none of them for its own.
 QString terminalCommand(const ActionEnvironment &environment, const QString &path)
 {
-    const QString quote = QStringLiteral("\\\"");
     QStringList words{QStringLiteral("env")};
     for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
-        words.append(
-            entry.key() + QLatin1Char('=') + quote + actionTerminal().escapeString(entry.value()) + quote);
+        words.append(terminalAssignment(entry.key(), entry.value()));
     }
     if (path.contains(QLatin1Char('='))) {
-        words.append(QStringLiteral("/bin/sh -c 'exec \\\"$0\\\"'"));
+        words += {QStringLiteral("/bin/sh -c"), terminalArgument(runsItsArgument)};
     }
-    words.append(quoted(path));
+    words.append(terminalArgument(path));
     return words.join(QLatin1Char(' '));
 }
 
@@ -64,7 +53,7 @@ void BashScript::runScript(
     const RunningScript running(std::move(console), item->title());
     writeDiagnostic(QLatin1String("Run bash ") + scriptURL());
     if (item->config().open_in_terminal.value_or(false)) {
-        actionTerminal().runInTerminal(terminalCommand(*complete, scriptURL()));
+        actionTerminal()(terminalCommand(*complete, scriptURL()));
         running.end();
     } else {
         Shell::create()->runAsync(backgroundCommand(*complete, scriptURL()), true, nullptr,

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
 
-#include "actions/ActionTerminal.h"
 #include "actions/EmbeddedPython.h"
 #include "app/AboutWindow.h"
 #include "app/ClusterWindowFrame.h"
@@ -9,8 +8,6 @@
 #include "app/PassingMessage.h"
 #include "app/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
-#include "external/Terminal.h"
-#include "external/TerminalQuoting.h"
 #include "platform/Bundle.h"
 #include "platform/MainQueue.h"
 #include "platform/Notifications.h"
@@ -54,7 +51,6 @@ AppDelegate::AppDelegate()
             PassingMessage::show(*window, title, text);
         }
     });
-    setActionTerminal({runInTerminal, escapeString});
     setSettingsProblemHandler([](const QString &problem) { postConsoleError(problem); });
 }
 

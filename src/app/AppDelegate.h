@@ -52,6 +52,7 @@ public:
     void showPreferences();
     /// Opens a page in the user's browser; nothing happens when there is no such page.
     void openWebPage(WebPage page);
+    ActionLibrary &actions() { return m_actions; }
     /// The preferences window; null before its first use.
     PreferencesWindowController *preferencesController() const;
 

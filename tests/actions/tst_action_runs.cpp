@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ActionBench.h"
 #include "actions/ActionTerminal.h"
+#include "external/TerminalQuoting.h"
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -11,23 +12,6 @@ namespace {
 const auto missing
     = u"Required Environment Variables Missing|There are environment variables that need to be set "
       "to run this command.  Please set \"%1\" in Preferences: Advanced and try again.|OK"_s;
-
-/// What the terminals' own layer does with a value; see the commands below for what reaches it.
-QString escaped(QString value)
-{
-    return value.replace(u'"', u"\\\\\\\""_s);
-}
-
-/// A script text's quoted part, as the shell gets it.
-QString unescaped(const QString &text)
-{
-    QString result;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const bool isEscape = text[i] == u'\\' && i + 1 < text.size() && u"\\\""_s.contains(text[i + 1]);
-        result += text[isEscape ? ++i : i];
-    }
-    return result;
-}
 
 } // namespace
 
@@ -184,6 +168,7 @@ private Q_SLOTS:
                                << uR"(env KUBECTL=\"/the/kubectl\" V=\"v w\" \"%1/act/main.sh\")"_s;
         QTest::newRow("quote") << u"act"_s << u"a\"b"_s
                                << uR"(env KUBECTL=\"/the/kubectl\" V=\"a\\\"b\" \"%1/act/main.sh\")"_s;
+        QTest::newRow("shell's own") << u"act"_s << u"$HOME `id` \\ , \n \"; id; \""_s << QString();
         QTest::newRow("odd path") << u"a\"b $HOME `id` \\ x=y"_s << u"v"_s << QString();
     }
     void terminal()
@@ -192,7 +177,7 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(QString, line);
         QString told;
-        setActionTerminal({[&told](const QString &commandLine) { told = commandLine; }, escaped});
+        setActionTerminal([&told](const QString &commandLine) { told = commandLine; });
         const auto item = m_bench->action(title, R"({"scope":"pod","open_in_terminal":true})", "main.sh",
             "#!/bin/sh\nprintf '<%s>' \"$V\"\n");
         item->performAction({{u"V"_s, value}});
@@ -200,7 +185,7 @@ private Q_SLOTS:
         if (!line.isEmpty()) {
             QCOMPARE(told, line.arg(m_bench->folder.path()));
         }
-        QCOMPARE(runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, unescaped(told)}).output,
+        QCOMPARE(runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, withoutLiteralEscapes(told)}).output,
             QByteArray('<' + value.toUtf8() + '>'));
     }
 

@@ -3,6 +3,7 @@
 #include "actions/ActionForm.h"
 #include "actions/ActionTerminal.h"
 #include "demo/DemoProcess.h"
+#include "external/TerminalQuoting.h"
 
 #include <QLineEdit>
 
@@ -43,14 +44,11 @@ private Q_SLOTS:
         QTRY_VERIFY(tree);
         QVERIFY(tree->problems.isEmpty());
         collect(tree->nodes, m_actions);
-        setActionTerminal({[this](const QString &line) {
-                               QString plain = line;
-                               plain.replace(u"\\\""_s, u"\""_s);
-                               const auto result = runToEnd(
-                                   Shell::create(), {u"sh"_s, u"-c"_s, u"( "_s + plain + u" ) 2>&1"_s});
-                               mainQueue().post([this, result] { m_terminal = result.output; });
-                           },
-            [](const QString &value) { return value; }});
+        setActionTerminal([this](const QString &line) {
+            const QString command = u"( "_s + withoutLiteralEscapes(line) + u" ) 2>&1"_s;
+            const auto result = runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, command});
+            mainQueue().post([this, result] { m_terminal = result.output; });
+        });
     }
     void cleanupTestCase()
     {

@@ -1,0 +1,387 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "FakeCluster.h"
+#include "app/ActionMenu.h"
+#include "app/AppDelegate.h"
+#include "app/ClusterToolBar.h"
+#include "app/ClusterWindowFrame.h"
+#include "app/KubeSplitViewController.h"
+#include "app/MainWindowController.h"
+#include "app/PrimaryContentController.h"
+#include "app/SidebarController.h"
+#include "app/ToolBarDialog.h"
+#include "pods/ConsoleViewController.h"
+#include "pods/ContainerButton.h"
+#include "pods/PodController.h"
+#include "resources/ResourceTableView.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QTest>
+
+using namespace tidewright;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The application with one window on a fake cluster, and actions that write down what they were told.
+struct Actions
+{
+    Actions()
+    {
+        cluster.answer(u"get po"_s,
+            "web-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp side\n"
+            "db-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n"
+            "web-2\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n");
+        cluster.answer(u"get deploy"_s, "alpha\t1\t1\t1\t1\tT\nbeta\t1\t1\t1\t1\tT\n");
+        cluster.settings.set(u"defaultKubeConfigPath"_s, cluster.kubeConfig());
+    }
+    ~Actions() { delegate.applicationWillTerminate(); }
+
+    void add(const QString &folder, const QByteArray &config)
+    {
+        const QString path = cluster.path(u"data/Tidewright/Actions/"_s + folder);
+        QVERIFY(QDir().mkpath(path));
+        QFile script(path + u"/main.sh"_s);
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\necho \"$KUBECONFIG $CONTEXT $NAMESPACE $POD$DEPLOYMENT $CONTAINER\"\n");
+        script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        QFile file(path + u"/config.json"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(config);
+    }
+
+    void open()
+    {
+        delegate.newDocument();
+        frame = delegate.mainWindow();
+        QVERIFY(QTest::qWaitForWindowActive(frame));
+        for (SharedContentViewController *each : content().tables()) {
+            QTRY_VERIFY(each->rowsAsOf().isValid() && !each->isLoading());
+        }
+        QTRY_VERIFY(entries().contains(u"Actions Loaded"_s));
+    }
+
+    MainWindowController &page() const { return *frame->currentPage(); }
+    PrimaryContentController &content() const { return page().primaryContentController(); }
+    ActionMenu &menu() const { return frame->actionMenu(); }
+    PodController &pods() const
+    {
+        return *qobject_cast<PodController *>(content().tableControllerForScope(u"pod"_s));
+    }
+    QStringList entries() const
+    {
+        QStringList commands;
+        for (const ConsoleEntry &entry : page().windowConsoleController().entries()) {
+            commands.append(entry.command);
+        }
+        return commands;
+    }
+
+    /// The menu as it opens: titles, groups with a slash behind them, disabled ones in brackets.
+    QStringList shown(QMenu &of) const
+    {
+        if (&of == &menu()) {
+            Q_EMIT of.aboutToShow();
+        }
+        QStringList titles;
+        for (const QAction *action : of.actions()) {
+            const QString title = action->isSeparator() ? u"-"_s : action->text();
+            titles.append(action->isEnabled() ? title : u'[' + title + u']');
+            if (action->menu()) {
+                titles.last() += u'/' + shown(*action->menu()).join(u',');
+            }
+        }
+        return titles;
+    }
+    QAction *item(const QString &title) const
+    {
+        Q_EMIT menu().aboutToShow();
+        for (QAction *action : menu().findChildren<QAction *>()) {
+            if (action->text() == title) {
+                return action;
+            }
+        }
+        return nullptr;
+    }
+
+    /// What the latest action said it was told, without the kubeconfig.
+    QString told()
+    {
+        QString response;
+        const auto isThere = [&] {
+            const auto &all = page().windowConsoleController().entries();
+            for (auto entry = all.rbegin(); entry != all.rend(); ++entry) {
+                if (entry->command.startsWith(u"env "_s)) {
+                    response = entry->response;
+                    return static_cast<int>(all.rend() - entry) > m_read;
+                }
+            }
+            return false;
+        };
+        [&] { QTRY_VERIFY(isThere()); }();
+        m_read = static_cast<int>(page().windowConsoleController().entries().size());
+        return response.remove(cluster.kubeConfig()).simplified();
+    }
+
+    FakeCluster cluster;
+    AppDelegate delegate;
+    ClusterWindowFrame *frame = nullptr;
+
+private:
+    int m_read = 0;
+};
+
+} // namespace
+
+class tst_action_menu : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void menuFollowsTheFolders();
+    void freshInstallation();
+    void targets_data();
+    void targets();
+    void lastAction();
+    void toolbarIsTheUsers();
+    void copyFiles_data();
+    void copyFiles();
+};
+
+void tst_action_menu::menuFollowsTheFolders()
+{
+    Actions app;
+    app.add(u"zeta"_s, R"({"scope":"namespace"})");
+    app.add(u"Group & Co/inner"_s, R"({"scope":"deployment"})");
+    app.open();
+    const QStringList head{u"[Run Last Action]"_s, u"Show in Finder"_s, u"Reload Actions"_s, u"-"_s};
+    QCOMPARE(app.shown(app.menu()), head + QStringList({u"Group && Co/[inner]"_s, u"zeta"_s}));
+    QCOMPARE(app.menu().actions().at(0)->shortcut(), QKeySequence(u"Ctrl+'"_s));
+    app.add(u"new"_s, R"({"scope":"nonsense"})");
+    QVERIFY(QDir(app.cluster.path(u"data/Tidewright/Actions/zeta"_s)).removeRecursively());
+    app.menu().actions().at(2)->trigger();
+    QTRY_COMPARE(app.entries().count(u"Actions Loaded"_s), 2);
+    QCOMPARE(app.shown(app.menu()), head + QStringList({u"Group && Co/[inner]"_s, u"[new]"_s}));
+    QVERIFY(app.item(u"new"_s)->toolTip().contains(u"nonsense"_s));
+}
+
+void tst_action_menu::freshInstallation()
+{
+    Actions app;
+    app.open();
+    QVERIFY(QFile::exists(app.cluster.path(u"data/Tidewright/Actions/Starter Kit"_s)));
+    QVERIFY(app.shown(app.menu()).value(4).startsWith(u"Starter Kit/"_s));
+}
+
+void tst_action_menu::targets_data()
+{
+    QTest::addColumn<QByteArray>("config");
+    QTest::addColumn<QString>("filter"); // of the scope's table
+    QTest::addColumn<QString>("selected"); // a row of that table, or a container's button "POD:NAME"
+    QTest::addColumn<QString>("told"); // null: disabled
+    const QByteArray context = "b default ";
+    const auto row = [](const char *name, const QByteArray &config, const char *filter, const char *selected,
+                         const char *told) {
+        QTest::newRow(name) << config << QString::fromLatin1(filter) << QString::fromLatin1(selected)
+                            << (told ? QString(u"b default "_s + QString::fromLatin1(told)).trimmed()
+                                     : QString());
+    };
+    row("namespace", R"({"scope":"namespace"})", "", "", "");
+    row("pod, none", R"({"scope":"pod"})", "", "", nullptr);
+    row("pod", R"({"scope":"pod"})", "", "db-1", "db-1");
+    row("pod by pattern", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "db-1", "web-1");
+    row("selected pod first", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "web-2", "web-2");
+    row("no pod of that name", R"({"scope":"pod","use_name_matching_pattern":"x*"})", "", "web-2", nullptr);
+    row("pod filtered out", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "db", "", nullptr);
+    row("invalid pattern", R"({"scope":"pod","use_name_matching_pattern":"("})", "", "web-2", nullptr);
+    row("container, none", R"({"scope":"container"})", "", "web-1", nullptr);
+    row("container", R"({"scope":"container"})", "", "web-1:side", "web-1 side");
+    row("deployment, none", R"({"scope":"deployment"})", "", "", nullptr);
+    row("deployment", R"({"scope":"deployment"})", "", "beta", "beta");
+    row("deployment by pattern", R"({"scope":"deployment","use_name_matching_pattern":"*a"})", "", "",
+        "alpha");
+    row("shown rows only for the run", R"({"scope":"deployment","use_name_matching_pattern":"*a"})", "bet",
+        "", "beta");
+    row("this context", R"({"scope":"namespace","active_in_contexts":["a","b"]})", "", "", "");
+    row("another context", R"({"scope":"namespace","active_in_contexts":["a"]})", "", "", nullptr);
+    row("another kind", R"({"scope":"node"})", "", "", nullptr);
+}
+
+void tst_action_menu::targets()
+{
+    QFETCH(QByteArray, config);
+    QFETCH(QString, filter);
+    QFETCH(QString, selected);
+    QFETCH(QString, told);
+    Actions app;
+    app.add(u"act"_s, config);
+    app.cluster.settings.set(u"toolbarItems"_s, u"act"_s);
+    app.open();
+    auto *deployments = app.content().tableControllerForScope(u"deployment"_s);
+    SharedContentViewController *table = config.contains("deployment") ? deployments : &app.pods();
+    table->setFilter(filter);
+    for (int number = 0; number < table->arrangedObjects().rowCount(); ++number) {
+        if (table->arrangedObjects().arrangedRow(number)->name == selected) {
+            table->tableView().selectRow(number);
+        }
+    }
+    if (selected.contains(u':')) {
+        QTRY_COMPARE(app.pods().containerButtons().size(), 4U);
+        for (ContainerButton *button : app.pods().containerButtons()) {
+            if (button->accessibleName() == selected) {
+                QTest::mouseClick(button, Qt::LeftButton);
+            }
+        }
+    }
+    const QAction *button = app.menu().toolbarItem(u"act"_s);
+    QVERIFY(app.page().toolBar().actions().contains(button));
+    QCOMPARE(button->isEnabled(), !told.isNull());
+    QCOMPARE(app.item(u"act"_s)->isEnabled(), !told.isNull());
+    QCOMPARE(button->toolTip() == u"act"_s, !told.isNull()); // or why not
+    app.page().runAction(app.delegate.actions().customToolbarItems().value(u"act"_s));
+    if (told.isNull()) { // nothing has run before what is run now
+        app.add(u"act"_s, R"({"scope":"namespace"})");
+        app.menu().actions().at(2)->trigger();
+        QTRY_COMPARE(app.entries().count(u"Actions Loaded"_s), 2);
+        app.item(u"act"_s)->trigger();
+        QCOMPARE(app.told(), u"b default"_s);
+        QCOMPARE(app.entries().filter(u"env "_s).size(), 1);
+    } else {
+        QCOMPARE(app.told(), told);
+    }
+}
+
+void tst_action_menu::lastAction()
+{
+    Actions app;
+    app.add(u"Scale & Up"_s, R"({"scope":"pod"})");
+    app.open();
+    app.pods().tableView().selectRow(0);
+    app.item(u"Scale && Up"_s)->trigger();
+    QCOMPARE(app.told(), u"b default web-1"_s);
+    QCOMPARE(app.menu().runLastActionMenuItem()->text(), u"Run \"Scale && Up\""_s);
+    app.pods().tableView().selectRow(1);
+    QTest::keyClick(app.frame, Qt::Key_Apostrophe, Qt::ControlModifier);
+    QCOMPARE(app.told(), u"b default db-1"_s);
+    // Its own rules do not count for the repetition, and it survives a reload. A tab has one of its own.
+    app.pods().tableView().clearSelection();
+    app.menu().actions().at(2)->trigger();
+    QTRY_COMPARE(app.entries().count(u"Actions Loaded"_s), 2);
+    QVERIFY(app.menu().runLastActionMenuItem()->isEnabled());
+    QVERIFY(!app.item(u"Scale && Up"_s)->isEnabled());
+    app.frame->addTab();
+    QVERIFY(!app.menu().runLastActionMenuItem()->isEnabled());
+    QCOMPARE(app.menu().runLastActionMenuItem()->text(), u"Run Last Action"_s);
+}
+
+void tst_action_menu::toolbarIsTheUsers()
+{
+    Actions app;
+    app.add(u"act"_s, R"({"scope":"namespace"})");
+    app.open();
+    const auto buttons = [&app] {
+        QStringList names;
+        for (const QAction *action : app.page().toolBar().actions()) {
+            names.append(action->objectName());
+        }
+        names.removeAll(QString());
+        return names;
+    };
+    const QStringList usual{u"reloadToolbarItem"_s, u"viewLogsToolbarItem"_s, u"copyFileToolbarItem"_s,
+        u"quickLookToolbarItem"_s, u"deleteToolbarItem"_s};
+    QCOMPARE(buttons(), usual);
+    for (QAction *action : app.frame->findChildren<QAction *>()) {
+        if (action->text().remove(u'&') == u"Customize Toolbar…"_s) {
+            action->trigger();
+        }
+    }
+    auto *dialog = app.frame->findChild<ToolBarDialog *>();
+    QVERIFY(dialog);
+    auto *list = dialog->findChild<QListWidget *>();
+    QCOMPARE(list->count(), 6);
+    list->item(5)->setCheckState(Qt::Checked);
+    list->item(4)->setCheckState(Qt::Unchecked);
+    QCOMPARE(buttons(), usual.first(4) + QStringList{u"act"_s});
+    list->setCurrentRow(5);
+    for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>()) {
+        if (button->text().remove(u'&') == u"Move Up"_s) {
+            button->click();
+            button->click();
+        }
+    }
+    const QStringList chosen = usual.first(3) + QStringList{u"act"_s, usual.at(3)};
+    QCOMPARE(buttons(), chosen);
+    QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier); // every tab, and the next start
+    QCOMPARE(buttons(), chosen);
+    QVERIFY(app.cluster.settings.flush());
+    QCOMPARE(UserDefaults(app.cluster.settingsFile()).string(u"toolbarItems"_s), chosen.join(u'\n'));
+}
+
+void tst_action_menu::copyFiles_data()
+{
+    QTest::addColumn<QString>("nameSpace");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QStringList>("runs");
+    const QString here = u"cp --context=b -ndefault %1/x.txt web-1:%2 -c side"_s;
+    QTest::newRow("usual place") << u"default"_s << QString() << QStringList{u"x.txt"_s}
+                                 << QStringList{u"x.txt web-1:/tmp/"_s};
+    QTest::newRow("in order") << u"default"_s << u"/opt/"_s << QStringList{u"y"_s, u"x.txt"_s}
+                              << QStringList{u"y web-1:/opt/"_s, u"x.txt web-1:/opt/"_s};
+    QTest::newRow("all namespaces") << allNamespaces << QString() << QStringList{u"x.txt"_s} << QStringList();
+}
+
+void tst_action_menu::copyFiles()
+{
+    QFETCH(QString, nameSpace);
+    QFETCH(QString, typed);
+    QFETCH(QStringList, files);
+    QFETCH(QStringList, runs);
+    Actions app;
+    app.cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"b"_s, nameSpace}});
+    app.open();
+    QAction *copy = nullptr;
+    for (QAction *action : app.page().toolBar().actions()) {
+        copy = action->objectName() == u"copyFileToolbarItem"_s ? action : copy;
+    }
+    QTRY_COMPARE(app.pods().containerButtons().size(), 4U);
+    const auto buttons = app.pods().containerButtons();
+    QVERIFY(copy && !copy->isEnabled());
+    QTest::mouseClick(buttons[0], Qt::LeftButton);
+    QVERIFY(copy->isEnabled());
+    QTest::mouseClick(buttons[1], Qt::LeftButton);
+    QVERIFY(!copy->isEnabled());
+    QTest::mouseClick(buttons[0], Qt::LeftButton);
+    copy->trigger();
+    QVERIFY(app.pods().selectedContainerPairs().empty());
+    auto *dialog = app.frame->findChild<QFileDialog *>();
+    QVERIFY(dialog);
+    QStringList names;
+    for (const QString &name : files) {
+        QFile file(app.cluster.path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        names.append(u'"' + name + u'"');
+    }
+    dialog->setDirectory(app.cluster.path(u"."_s));
+    dialog->findChild<QLineEdit *>(u"destinationField"_s)->setText(typed);
+    dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(names.join(u' '));
+    QMetaObject::invokeMethod(dialog, "accept");
+    if (runs.isEmpty()) {
+        QTRY_VERIFY(app.page().windowConsoleController().entries().size() > 0);
+        QVERIFY(app.cluster.tableReads().filter(u"cp "_s).isEmpty());
+        return;
+    }
+    QTRY_COMPARE(app.cluster.tableReads().filter(u"cp --context"_s).size(), runs.size());
+    for (qsizetype number = 0; number < runs.size(); ++number) {
+        QString run = app.cluster.tableReads().filter(u"cp --context"_s).at(number);
+        run.remove(QDir(app.cluster.path(u"."_s)).canonicalPath() + u'/');
+        QCOMPARE(run, u"cp --context=b -ndefault %1 -c side"_s.arg(runs.at(number)));
+    }
+    QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning.isEmpty());
+}
+
+QTEST_MAIN(tst_action_menu)
+#include "tst_action_menu.moc"
