@@ -11,6 +11,8 @@
 #include <QLineEdit>
 #include <QSignalBlocker>
 
+#include <algorithm>
+
 namespace tidewright {
 
 ClusterToolBar::ClusterToolBar(
@@ -78,6 +80,9 @@ void ClusterToolBar::followShownTable()
 
 void ClusterToolBar::setCommands(const QList<QAction *> &commands)
 {
+    if (std::equal(m_commands.begin(), m_commands.end(), commands.begin(), commands.end())) {
+        return; // laying out anew would take the focus from the filter
+    }
     for (const auto &command : std::as_const(m_commands)) {
         if (command) {
             removeAction(command);

@@ -82,6 +82,8 @@ void MainWindowController::connectParts()
             &MainWindowController::commandStateChanged);
         connect(table, &SharedContentViewController::loadingChanged, this,
             &MainWindowController::commandStateChanged);
+        connect(table, &SharedContentViewController::filterChanged, this,
+            &MainWindowController::commandStateChanged);
         connect(table, &SharedContentViewController::loadFinished, this,
             &MainWindowController::commandStateChanged);
         if (auto *pods = qobject_cast<PodController *>(table)) {

@@ -110,6 +110,7 @@ void SharedContentViewController::setFilter(const QString &text)
 {
     m_arranged->setFilter(text);
     updateStatus();
+    Q_EMIT filterChanged();
 }
 
 void SharedContentViewController::setFilterField(QLineEdit *field)

@@ -88,6 +88,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     void loadingChanged(bool loading);
     void selectionChanged();
+    void filterChanged();
     /// A load has ended, one way or another, and what it brought is shown.
     void loadFinished();
 
