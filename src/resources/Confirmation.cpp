@@ -49,16 +49,19 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
         label->setTextFormat(Qt::PlainText); // names come from the cluster
     }
+    const bool isForm = accessory && accessory->focusProxy();
     QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
     box->setDefaultButton(first);
     if (!secondButton.isEmpty()) {
         QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
-        box->setDefaultButton(accessory ? first : second);
+        box->setDefaultButton(isForm ? first : second);
         box->setEscapeButton(second);
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
         if (accessory) {
             grid->addWidget(accessory, grid->rowCount(), 0, 1, grid->columnCount());
+        }
+        if (isForm) {
             accessory->setFocus();
         }
         // Wide enough for names to stand in one piece.
