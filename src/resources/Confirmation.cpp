@@ -51,11 +51,12 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
         label->setTextFormat(Qt::PlainText); // names come from the cluster
     }
+    const bool isForm = accessory && accessory->focusProxy();
     QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
     box->setDefaultButton(first);
     if (!secondButton.isEmpty()) {
         QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
-        box->setDefaultButton(accessory ? first : second);
+        box->setDefaultButton(isForm ? first : second);
         box->setEscapeButton(second);
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
@@ -64,6 +65,8 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
             grid->removeWidget(buttons);
             grid->addWidget(accessory, grid->rowCount(), textColumn, 1, grid->columnCount() - textColumn);
             grid->addWidget(buttons, grid->rowCount(), 0, 1, grid->columnCount());
+        }
+        if (isForm) {
             accessory->setFocus();
         }
         // Wide enough for names to stand in one piece.
