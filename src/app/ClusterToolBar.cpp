@@ -6,38 +6,42 @@
 #include "app/SearchableComboBox.h"
 #include "resources/SharedContentViewController.h"
 
+#include <QFrame>
+#include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLayout>
 #include <QLineEdit>
 #include <QSignalBlocker>
-
-#include <algorithm>
 
 namespace tidewright {
 
 ClusterToolBar::ClusterToolBar(
     KubeSplitViewController &state, PrimaryContentController &content, QWidget *parent)
-    : QToolBar(parent)
+    : QWidget(parent)
     , m_state(state)
     , m_content(content)
     , m_contexts(new SearchableComboBox(QStringLiteral("Contexts"), tr("context")))
     , m_namespaces(new SearchableComboBox(QStringLiteral("Namespaces"), tr("namespace")))
     , m_filter(new QLineEdit)
+    , m_bar(new QToolBar)
 {
-    setMovable(false);
-    setFloatable(false);
-    setContextMenuPolicy(Qt::PreventContextMenu);
-    setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    setIconSize(QSize(16, 16));
-    layout()->setContentsMargins(8, 6, 8, 6);
-    layout()->setSpacing(6);
-    addWidget(m_contexts);
-    addWidget(m_namespaces);
-    addSeparator();
-    auto *stretch = new QWidget;
-    stretch->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    m_beforeFilter = addWidget(stretch);
-    addWidget(m_filter);
+    m_bar->setMovable(false);
+    m_bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    m_bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_bar->setIconSize(QSize(16, 16));
+    m_bar->layout()->setContentsMargins(0, 0, 0, 0);
+    m_bar->layout()->setSpacing(6);
+    m_bar->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // gives way to the rest
+    auto *separator = new QFrame;
+    separator->setFrameShape(QFrame::VLine);
+    separator->setForegroundRole(QPalette::Mid);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 6, 8, 6);
+    row->setSpacing(6);
+    row->addWidget(m_contexts);
+    row->addWidget(m_namespaces);
+    row->addWidget(separator);
+    row->addWidget(m_bar, 1);
+    row->addWidget(m_filter);
     setUpFilter();
     connect(&m_state, &KubeSplitViewController::contextListChanged, m_contexts,
         [this] { m_contexts->showList(m_state.contextList()); });
@@ -80,23 +84,17 @@ void ClusterToolBar::followShownTable()
 
 void ClusterToolBar::setCommands(const QList<QAction *> &commands)
 {
-    if (std::equal(m_commands.begin(), m_commands.end(), commands.begin(), commands.end())) {
-        return; // laying out anew would take the focus from the filter
+    for (QAction *command : m_bar->actions()) {
+        m_bar->removeAction(command);
     }
-    for (const auto &command : std::as_const(m_commands)) {
-        if (command) {
-            removeAction(command);
-        }
-    }
-    m_commands = QList<QPointer<QAction>>(commands.begin(), commands.end());
-    insertActions(m_beforeFilter, commands);
+    m_bar->addActions(commands);
 }
 
 bool ClusterToolBar::eventFilter(QObject *watched, QEvent *event)
 {
     const bool overriding = event->type() == QEvent::ShortcutOverride;
     if (watched != m_filter || (event->type() != QEvent::KeyPress && !overriding)) {
-        return QToolBar::eventFilter(watched, event);
+        return QWidget::eventFilter(watched, event);
     }
     const int key = static_cast<QKeyEvent *>(event)->key();
     if (overriding && key == Qt::Key_Escape) {
@@ -104,12 +102,12 @@ bool ClusterToolBar::eventFilter(QObject *watched, QEvent *event)
         return true;
     }
     if (overriding) {
-        return QToolBar::eventFilter(watched, event);
+        return QWidget::eventFilter(watched, event);
     }
     if (key == Qt::Key_Escape) {
         m_filter->clear();
     } else if (key != Qt::Key_Down && key != Qt::Key_Return && key != Qt::Key_Enter) {
-        return QToolBar::eventFilter(watched, event);
+        return QWidget::eventFilter(watched, event);
     }
     m_content.currentWidget()->setFocus(Qt::OtherFocusReason);
     return true;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QPointer>
 #include <QToolBar>
 
 class QLineEdit;
@@ -13,8 +12,8 @@ class PrimaryContentController;
 class SearchableComboBox;
 
 /// The toolbar of one cluster window: its context and namespace lists, room for commands, and the filter of
-/// the table that is shown.
-class ClusterToolBar : public QToolBar
+/// the table that is shown. In a narrow window the commands that do not fit go into a menu; the rest stays.
+class ClusterToolBar : public QWidget
 {
     Q_OBJECT
 public:
@@ -24,6 +23,7 @@ public:
 
     /// Puts buttons for these commands between the lists and the filter, in place of those before.
     void setCommands(const QList<QAction *> &commands);
+    QList<QAction *> commands() const { return m_bar->actions(); }
 
     SearchableComboBox *contextPopupButton() const { return m_contexts; }
     SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }
@@ -41,8 +41,7 @@ private:
     SearchableComboBox *m_contexts;
     SearchableComboBox *m_namespaces;
     QLineEdit *m_filter;
-    QAction *m_beforeFilter = nullptr;
-    QList<QPointer<QAction>> m_commands;
+    QToolBar *m_bar;
 };
 
 } // namespace tidewright

@@ -237,7 +237,7 @@ void tst_action_menu::targets()
         }
     }
     const QAction *button = app.menu().toolbarItem(u"act"_s);
-    QVERIFY(app.page().toolBar().actions().contains(button));
+    QVERIFY(app.page().toolBar().commands().contains(button));
     QCOMPARE(button->isEnabled(), !told.isNull());
     QCOMPARE(app.item(u"act"_s)->isEnabled(), !told.isNull());
     QCOMPARE(button->toolTip() == u"act"_s, !told.isNull()); // or why not
@@ -284,7 +284,7 @@ void tst_action_menu::toolbarIsTheUsers()
     app.open();
     const auto buttons = [&app] {
         QStringList names;
-        for (const QAction *action : app.page().toolBar().actions()) {
+        for (const QAction *action : app.page().toolBar().commands()) {
             names.append(action->objectName());
         }
         names.removeAll(QString());
@@ -344,7 +344,7 @@ void tst_action_menu::copyFiles()
     app.cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"b"_s, nameSpace}});
     app.open();
     QAction *copy = nullptr;
-    for (QAction *action : app.page().toolBar().actions()) {
+    for (QAction *action : app.page().toolBar().commands()) {
         copy = action->objectName() == u"copyFileToolbarItem"_s ? action : copy;
     }
     QTRY_COMPARE(app.pods().containerButtons().size(), 4U);

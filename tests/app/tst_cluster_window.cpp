@@ -238,7 +238,7 @@ void tst_cluster_window::logsAndJobsFollowTheTable()
     QAction &viewLogs = app.command(u"View Logs"_s);
     QAction &runNow = app.command(u"Run Cron Job Now"_s);
     QCOMPARE(viewLogs.objectName(), u"viewLogsToolbarItem"_s);
-    QVERIFY(app.page().toolBar().actions().contains(&viewLogs));
+    QVERIFY(app.page().toolBar().commands().contains(&viewLogs));
     QVERIFY(!viewLogs.icon().isNull());
     const auto state = [](const QAction &action) -> QString {
         return (action.isEnabled() ? u"on: "_s : u"off: "_s) + action.toolTip();
