@@ -4,6 +4,6 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake --preset ci >/dev/null
-cmake --build --preset ci -j "$(nproc)" >/dev/null
-exec scripts/measure-budgets.sh build/ci
+cmake --preset bench >/dev/null
+cmake --build --preset bench -j "$(nproc)" >/dev/null
+exec scripts/measure-budgets.sh build/bench

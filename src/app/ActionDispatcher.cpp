@@ -83,7 +83,10 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
     if (!environment) {
         return;
     }
-    environment->insert(QStringLiteral("KUBECONFIG"), m_window.kubeConfigPath());
+    // An empty variable would take kubectl to another file than the window's, where the user names one.
+    const QString path = m_window.kubeConfigPath();
+    environment->insert(
+        QStringLiteral("KUBECONFIG"), path.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : path);
     environment->insert(QStringLiteral("CONTEXT"), m_window.currentContext());
     environment->insert(QStringLiteral("NAMESPACE"), m_window.currentNamespace());
     item->performAction(*environment);

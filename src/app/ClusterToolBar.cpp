@@ -58,7 +58,7 @@ void ClusterToolBar::setUpFilter()
     m_filter->setAccessibleName(QStringLiteral("Filter"));
     m_filter->setPlaceholderText(tr("Filter by name"));
     m_filter->setClearButtonEnabled(true);
-    m_filter->setMinimumWidth(120);
+    m_filter->setMinimumWidth(170);
     m_filter->setMaximumWidth(260);
     m_filter->installEventFilter(this);
     for (SharedContentViewController *table : m_content.tables()) {

@@ -145,6 +145,7 @@ private Q_SLOTS:
     void freshInstallation();
     void targets_data();
     void targets();
+    void withoutAKubeConfigOfItsOwn();
     void lastAction();
     void toolbarIsTheUsers();
     void copyFiles_data();
@@ -252,6 +253,18 @@ void tst_action_menu::targets()
     } else {
         QCOMPARE(app.told(), told);
     }
+}
+
+void tst_action_menu::withoutAKubeConfigOfItsOwn()
+{
+    Actions app;
+    app.cluster.settings.remove(u"defaultKubeConfigPath"_s);
+    qputenv("KUBECONFIG", "/named/by/the/user");
+    app.add(u"act"_s, R"({"scope":"namespace"})");
+    app.open();
+    app.item(u"act"_s)->trigger();
+    QCOMPARE(app.told(), u"/named/by/the/user b default"_s);
+    qunsetenv("KUBECONFIG");
 }
 
 void tst_action_menu::lastAction()
