@@ -13,7 +13,6 @@ namespace {
 
 constexpr int frameMilliseconds = 16;
 constexpr qsizetype mostGathered = 256 * 1024;
-constexpr qint64 longestScan = qint64(64) << 20;
 
 qint64 total(const std::vector<LogRange> &ranges)
 {
@@ -115,6 +114,7 @@ void LogDocument::frame()
 
 void LogDocument::finish()
 {
+    commit(); // or a scan that comes back before the next frame takes the text so far for all of it
     m_finished = true;
     m_waitingAt = -1;
     m_frame.start();
@@ -207,7 +207,7 @@ void LogDocument::scanOn()
     }
     const qint64 end = std::min(size(), m_examined + m_span);
     LogScan scan{bytes(), visibleRanges({m_examined, end - m_examined}), m_filter,
-        (m_finished && end == size()) || m_span >= longestScan, m_cancelled};
+        (m_finished && end == size()) || end - m_examined >= LogScan::longestSpan, m_cancelled};
     m_scanning = true;
     logQueue().post([self = QPointer<LogDocument>(this), request = m_request, end, scan = std::move(scan),
                         splitter = m_narrowedSplitter]() mutable {
@@ -232,12 +232,10 @@ void LogDocument::scanned(
     target.appendLines(lines.starts);
     m_narrowedSplitter = std::move(lines.splitter);
     const bool isComplete = lines.consumed == total(ranges);
-    if (!isComplete && lines.consumed == 0 && end < size()) {
-        m_span *= 2; // a line that is longer than that
-    } else {
-        m_span = LogScan::usualSpan;
-        m_waitingAt = isComplete || end < size() ? -1 : end;
-    }
+    m_span = isComplete ? LogScan::usualSpan
+                        : LogScan::nextSpan(m_span, end - m_examined, lines.consumed);
+    // Once all text is there, a line that a scan has left is looked at again, as a whole one.
+    m_waitingAt = isComplete || end < size() || m_finished ? -1 : end;
     m_examined = end;
     for (qint64 left = lines.consumed; const LogRange &range : ranges) {
         if (!isComplete && left < range.length) {

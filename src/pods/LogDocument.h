@@ -5,7 +5,6 @@
 #include "pods/LogScan.h"
 #include "pods/SourceRuns.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 #include <QTimer>

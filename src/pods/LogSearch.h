@@ -42,7 +42,7 @@ Q_SIGNALS:
 private:
     void restart();
     void scanOn();
-    void scanned(quint64 request, qint64 begin, bool reachesEnd, const LogScan::Matches &matches);
+    void scanned(quint64 request, qint64 begin, qint64 end, bool reachesEnd, const LogScan::Matches &matches);
     qint64 at(qint64 index) const;
     /// The index of the first match behind a position.
     qint64 upperBound(qint64 position) const;

@@ -4,6 +4,7 @@
 #include "pods/LogLineCache.h"
 
 #include <QAbstractScrollArea>
+#include <QElapsedTimer>
 
 namespace tidewright {
 

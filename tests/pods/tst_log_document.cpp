@@ -267,6 +267,29 @@ private Q_SLOTS:
         }
     }
 
+    void theLastLineNeedsNoEnd_data()
+    {
+        QTest::addColumn<QString>("scanned"); // when the end comes
+        QTest::addColumn<QString>("waiting"); // for the next frame
+        QTest::newRow("all is being looked at") << u"x\nfatal error"_s << QString();
+        QTest::newRow("its second half waits") << u"x\nfatal er"_s << u"ror"_s;
+        QTest::newRow("all waits") << u"x\n"_s << u"fatal error"_s;
+    }
+    void theLastLineNeedsNoEnd()
+    {
+        QFETCH(QString, scanned);
+        QFETCH(QString, waiting);
+        LogDocument document({m_folder.path()});
+        document.append(0, scanned);
+        document.commit();
+        document.setFilter(LogPattern(u"error"_s, true, false));
+        document.append(0, waiting);
+        document.finish();
+        QTRY_COMPARE(document.examined(), 13);
+        QCOMPARE(shownBytes(document), QByteArray("fatal error"));
+        QCOMPARE(document.shownLines(), 1);
+    }
+
     void manyMegabytesInParts()
     {
         // More than one mapped part of the file, and several scans.

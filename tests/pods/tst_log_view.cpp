@@ -290,6 +290,11 @@ private Q_SLOTS:
         bench.add(u" and line 1999\nline 1999\n"_s);
         QTRY_COMPARE(search.count(), 4);
         QCOMPARE(search.currentNumber(), 2);
+        // So is what arrives while the text before it is looked at.
+        search.setPattern(LogPattern(u"line 1999"_s, true, false), 0);
+        bench.document.append(0, u"line 1999\n"_s);
+        bench.document.commit();
+        QTRY_COMPARE(search.count(), 5);
         bench.document.setFilter(LogPattern(u"unfinished"_s, true, false));
         QTRY_COMPARE(search.count(), 2);
         search.setPattern(LogPattern(u"^\\w+ line"_s, true, true), 0);
