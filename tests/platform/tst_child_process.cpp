@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/ChildProcess.h"
 #include "platform/PipeReader.h"
+#include "platform/ProcessSetup.h"
 #include "support/TestSupport.h"
 
 #include <QElapsedTimer>
@@ -61,7 +62,7 @@ private Q_SLOTS:
     {
         // What an application may have: descriptors from whoever started it, ignored and blocked signals.
         QVERIFY(::open("/dev/null", O_RDONLY) >= 0);
-        std::signal(SIGPIPE, SIG_IGN);
+        ignoreHarmlessSignals();
         sigset_t blocked;
         sigemptyset(&blocked);
         sigaddset(&blocked, SIGUSR1);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The text of a log window against plain models of it: what is kept, where lines begin, what is shown.
 #include "platform/MainQueue.h"
+#include "platform/ProcessSetup.h"
 #include "pods/LogDocument.h"
 #include "pods/LogLineText.h"
 #include "support/TestSupport.h"
@@ -10,7 +11,6 @@
 #include <QTest>
 #include <QTextBoundaryFinder>
 
-#include <csignal>
 #include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -107,6 +107,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         mainQueue();
+        ignoreHarmlessSignals();
         QVERIFY(m_folder.isValid());
     }
 
@@ -380,7 +381,6 @@ private Q_SLOTS:
 
     void aFileSizeLimitIsTroubleToo()
     {
-        std::signal(SIGXFSZ, SIG_IGN);
         rlimit before{};
         QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
         rlimit limited = before;
