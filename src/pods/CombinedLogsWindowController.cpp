@@ -65,6 +65,9 @@ CombinedLogsWindowController::~CombinedLogsWindowController()
     // The search refers to the content's document.
     delete m_search;
     m_content->windowWillClose();
+    if (m_export) {
+        m_export->leaveAlone();
+    }
 }
 
 QAction *CombinedLogsWindowController::addCommand(
@@ -107,8 +110,8 @@ void CombinedLogsWindowController::buildToolBar()
         tr("Usual Text Size"), tr("Usual text size"), QKeySequence(tr("Ctrl+0")), [view] { view->zoom(0); });
     m_save = command(
         tr("Save…"), tr("Save the whole log to a file"), QKeySequence::Save, [this] { chooseFile(); });
-    QAction *clearAction = command(
-        tr("Clear"), tr("Let all text that has arrived go"), QKeySequence(tr("Ctrl+K")), [this] { clear(); });
+    QAction *clearAction = command(tr("Clear"), tr("Let all text that has arrived go"),
+        QKeySequence(tr("Ctrl+Shift+K")), [this] { clear(); });
     command(tr("Close"), tr("Close the window"), QKeySequence(tr("Ctrl+W")), [this] { close(); });
     command(tr("Find Next"), {}, QKeySequence::FindNext, [this] { m_search->goOn(true); });
     command(tr("Find Previous"), {}, QKeySequence::FindPrevious, [this] { m_search->goOn(false); });
@@ -130,6 +133,9 @@ void CombinedLogsWindowController::buildToolBar()
 
 void CombinedLogsWindowController::buildLayout()
 {
+    // What is said here holds file names and texts of other programs.
+    m_status->setTextFormat(Qt::PlainText);
+    m_notice->setTextFormat(Qt::PlainText);
     m_status->setAccessibleName(tr("Status"));
     m_status->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_notice->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -260,7 +266,7 @@ void CombinedLogsWindowController::updateStatus()
 
 void CombinedLogsWindowController::clear()
 {
-    m_content->document().clear();
+    m_content->clear();
     m_notice->clear();
 }
 
@@ -281,8 +287,12 @@ void CombinedLogsWindowController::saveTo(const QString &path)
 {
     m_content->document().commit();
     const LogBytes bytes = m_content->document().bytes();
-    delete m_export;
-    m_export = new LogExport(bytes, path, this);
+    if (m_export) {
+        m_export->disconnect(this);
+        m_export->disconnect(m_progress);
+        m_export->leaveAlone();
+    }
+    m_export = new LogExport(bytes, path);
     m_save->setEnabled(false);
     m_notice->setText(tr("Saving…"));
     m_progress->setValue(0);
@@ -294,8 +304,7 @@ void CombinedLogsWindowController::saveTo(const QString &path)
                                             : tr("%1 could not be saved: %2").arg(shown, problem));
         m_progress->hide();
         m_save->setEnabled(true);
-        m_export->deleteLater();
-        m_export = nullptr;
+        m_export = nullptr; // it goes by itself
     });
 }
 

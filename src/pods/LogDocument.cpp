@@ -232,8 +232,7 @@ void LogDocument::scanned(
     target.appendLines(lines.starts);
     m_narrowedSplitter = std::move(lines.splitter);
     const bool isComplete = lines.consumed == total(ranges);
-    m_span = isComplete ? LogScan::usualSpan
-                        : LogScan::nextSpan(m_span, end - m_examined, lines.consumed);
+    m_span = isComplete ? LogScan::usualSpan : LogScan::nextSpan(m_span, end - m_examined, lines.consumed);
     // Once all text is there, a line that a scan has left is looked at again, as a whole one.
     m_waitingAt = isComplete || end < size() || m_finished ? -1 : end;
     m_examined = end;

@@ -16,8 +16,8 @@ struct LogScan
     static constexpr qint64 usualSpan = qint64(4) << 20;
     /// A line that is longer is looked at in parts.
     static constexpr qint64 longestSpan = qint64(64) << 20;
-    /// The span of the next scan when one of `scanned` bytes has come to the end of lines behind `consumed` of
-    /// them: a line that the span is too short for gets a longer one, and keeps it until it ends.
+    /// The span of the next scan when one of `scanned` bytes has come to the end of lines behind `consumed`
+    /// of them: a line that the span is too short for gets a longer one, and keeps it until it ends.
     static constexpr qint64 nextSpan(qint64 span, qint64 scanned, qint64 consumed)
     {
         return consumed > 0 ? usualSpan : scanned == span ? span * 2 : span;

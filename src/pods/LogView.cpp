@@ -86,6 +86,12 @@ void LogView::setTextFont(const QFont &font)
     zoom(0);
 }
 
+void LogView::setBackground(const QColor &color)
+{
+    m_lines.changeAppearance().background = color;
+    viewport()->update();
+}
+
 void LogView::setHint(const QString &hint)
 {
     if (hint != m_hint) {

@@ -22,9 +22,11 @@ public:
     /// Of source n, entry n modulo their number; an invalid one stands for the view's own text colour.
     void setSourceColours(const QList<QColor> &colours);
     void setTextFont(const QFont &font);
+    void setBackground(const QColor &color);
     const LogAppearance &appearance() const { return m_lines.appearance(); }
     /// What stands in the view while there is no text.
     void setHint(const QString &hint);
+    QString hint() const { return m_hint; }
 
     bool isWrapping() const { return m_wrapping; }
     void setWrapping(bool wrapping);
