@@ -32,6 +32,11 @@ QString counted(qint64 number)
     return QLocale().toString(number);
 }
 
+QString tooComplicated(qint64 lines)
+{
+    return CombinedLogsWindowController::tr("too complicated for %1 lines").arg(counted(lines));
+}
+
 QString bytesText(qint64 bytes)
 {
     return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
@@ -207,9 +212,11 @@ void CombinedLogsWindowController::updateFindResult()
     if (m_search->pattern().isEmpty() || !m_search->pattern().isValid()) {
         return;
     }
-    const QString more = m_search->isSearching() ? QStringLiteral("…") : QString();
+    const QString more = (m_search->isSearching() ? QStringLiteral("…") : QString())
+        + (m_search->cutOffLines() > 0 ? tr(" (%1)").arg(tooComplicated(m_search->cutOffLines()))
+                                       : QString());
     if (m_search->count() == 0) {
-        m_findBar->setResult(m_search->isSearching() ? tr("Searching…") : tr("Not found"));
+        m_findBar->setResult((m_search->isSearching() ? tr("Searching") : tr("Not found")) + more);
     } else if (const qint64 number = m_search->currentNumber()) {
         m_findBar->setResult(tr("%1 of %2").arg(counted(number), counted(m_search->count())) + more);
     } else {
@@ -238,6 +245,9 @@ void CombinedLogsWindowController::updateStatus()
                       .arg(counted(document.shownLines()))
                       .arg(document.examined() * 100 / size)
                 : tr("%1 shown").arg(counted(document.shownLines())));
+    }
+    if (document.cutOffLines() > 0 && m_filterBar->pattern() == document.filter()) {
+        m_filterBar->setResult(tooComplicated(document.cutOffLines()));
     }
     const auto &sources = m_content->sources();
     const auto ended = std::count_if(sources.cbegin(), sources.cend(), [](const auto &s) { return s.ended; });

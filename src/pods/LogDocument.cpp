@@ -14,15 +14,6 @@ namespace {
 constexpr int frameMilliseconds = 16;
 constexpr qsizetype mostGathered = 256 * 1024;
 
-qint64 total(const std::vector<LogRange> &ranges)
-{
-    qint64 sum = 0;
-    for (const LogRange &range : ranges) {
-        sum += range.length;
-    }
-    return sum;
-}
-
 void appendMerged(std::vector<LogRange> &ranges, const LogRange &range)
 {
     if (!ranges.empty() && ranges.back().end() == range.start) {
@@ -51,10 +42,20 @@ LogDocument::~LogDocument()
     if (m_cancelled) {
         *m_cancelled = true;
     }
+    letGo();
+}
+
+/// Unmapping and closing a file of gigabytes takes its time: not here.
+void LogDocument::letGo()
+{
+    if (m_store && m_store->size() > LogScan::usualSpan) {
+        logQueue().post([store = std::shared_ptr<LogStore>(std::move(m_store))] {});
+    }
 }
 
 void LogDocument::reset()
 {
+    letGo();
     m_store = std::make_unique<LogStore>(m_folders, m_write);
     m_runs = std::make_unique<SourceRuns>();
     m_whole = std::make_unique<LogProjection>();
@@ -196,6 +197,7 @@ void LogDocument::scanOn()
     if (m_building && target->size() == 0) {
         m_narrowedSplitter = LineSplitter();
         m_examined = 0;
+        m_cutOff = 0;
         m_span = LogScan::usualSpan;
         m_waitingAt = -1;
     }
@@ -231,7 +233,8 @@ void LogDocument::scanned(
     }
     target.appendLines(lines.starts);
     m_narrowedSplitter = std::move(lines.splitter);
-    const bool isComplete = lines.consumed == total(ranges);
+    m_cutOff += lines.cutOff;
+    const bool isComplete = lines.consumed == totalLength(ranges);
     m_span = isComplete ? LogScan::usualSpan : LogScan::nextSpan(m_span, end - m_examined, lines.consumed);
     // Once all text is there, a line that a scan has left is looked at again, as a whole one.
     m_waitingAt = isComplete || end < size() || m_finished ? -1 : end;

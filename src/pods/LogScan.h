@@ -37,6 +37,7 @@ struct LogScan
         std::vector<qint64> starts; ///< where lines begin, in bytes of all lines found
         LineSplitter splitter; ///< to go on with
         qint64 consumed = 0; ///< bytes looked at: up to the last line end
+        qint64 cutOff = 0; ///< lines that the pattern is too complicated for
     };
     Lines lines(LineSplitter splitter) const;
 
@@ -46,6 +47,8 @@ struct LogScan
         std::vector<qint64> found; ///< positions in the store
         std::vector<qint64> inLastLine; ///< the same in the line that has not ended yet
         qint64 consumed = 0;
+        qint64 cutOff = 0; ///< lines that the pattern is too complicated for, but for the last one
+        bool isLastCutOff = false;
     };
     Matches matches() const;
 

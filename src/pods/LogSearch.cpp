@@ -39,6 +39,8 @@ void LogSearch::restart()
     ++m_request;
     m_found = AscendingList();
     m_inLastLine.clear();
+    m_cutOff = 0;
+    m_isLastCutOff = false;
     m_place = 0;
     m_span = LogScan::usualSpan;
     m_waitingAt = -1;
@@ -82,6 +84,8 @@ void LogSearch::scanned(
         m_found.append(position);
     }
     m_inLastLine = reachesEnd ? matches.inLastLine : std::vector<qint64>();
+    m_cutOff += matches.cutOff;
+    m_isLastCutOff = reachesEnd && matches.isLastCutOff;
     m_place = begin + matches.consumed;
     m_span = LogScan::nextSpan(m_span, end - begin, matches.consumed);
     m_waitingAt = reachesEnd ? end : -1; // more may have arrived since

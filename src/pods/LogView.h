@@ -47,6 +47,8 @@ public:
     void setHighlight(const LogPattern &pattern, qint64 current);
 
     bool hasSelection() const { return m_anchor != m_cursor; }
+    /// The bytes of it that are shown.
+    qint64 selectedSize() const;
     /// The selected bytes of the store, those that are shown.
     std::vector<LogRange> selectedRanges() const;
     void selectAll();
@@ -107,7 +109,8 @@ private:
     qint64 lastLine() const { return m_document.shown().lineCount() - 1; }
 
     // Painting
-    std::vector<LogHighlight> highlights(qint64 line, const LogLineLayout &layout) const;
+    static constexpr int margin = 14; ///< also room for the mark of a continued line
+    std::vector<LogHighlight> highlights(qint64 line, const LogLineLayout &layout);
 
     // Selecting
     Hit hitAt(QPoint point);
@@ -136,7 +139,6 @@ private:
     qreal m_widest = 0; ///< of the lines that have been seen
     QString m_hint;
 
-    LogPattern m_pattern;
     qint64 m_current = -1;
 
     qint64 m_anchor = 0; ///< of the selection, stored positions

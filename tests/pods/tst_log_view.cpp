@@ -252,6 +252,25 @@ private Q_SLOTS:
         }
     }
 
+    void marksLongLinesAsTheyAreFound_data()
+    {
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<std::vector<LogRange>>("inSecondPiece");
+        QTest::newRow("begin of the line") << u"^.."_s << std::vector<LogRange>{};
+        QTest::newRow("across the cut") << u"A+"_s << std::vector<LogRange>{{-96, 200}};
+        QTest::newRow("end of the line") << u"b$"_s << std::vector<LogRange>{};
+    }
+    void marksLongLinesAsTheyAreFound()
+    {
+        QFETCH(QString, pattern);
+        Bench bench(m_folder.path());
+        bench.add(QString(4000, u'.') + QString(200, u'A') + QString(8000, u'b') + u'\n');
+        LogLineCache lines(bench.document);
+        lines.setPattern(LogPattern(pattern, true, true));
+        QCOMPARE(bench.document.shown().lineStart(1), 4096);
+        QTEST(lines.matches(1), "inSecondPiece");
+    }
+
     void screenReadersGetWhatIsVisible()
     {
         Bench bench(m_folder.path());
