@@ -74,6 +74,7 @@ int runApplication(int argc, char **argv)
 int main(int argc, char **argv)
 {
     tidewright::ignoreHarmlessSignals();
+    tidewright::raiseDescriptorLimit();
     const int status = hasDisplay() ? runApplication(argc, argv) : refuseWithoutDisplay(argc, argv);
     // Worker threads may still be blocked, and nobody waits for them: no destructor of the process may run
     // under them.

@@ -243,7 +243,10 @@ void CombinedLogsViewController::updateSource(int index)
     const Source &source = m_sources[static_cast<std::size_t>(index)];
     ColorIndexView::State state;
     state.hidden = m_document.isSourceHidden(index);
-    state.details = source.errors;
+    state.details = source.errors == QLatin1String("No process defined")
+        ? tr("%1: the pipes to kubectl could not be made; too many files or streams are open.")
+              .arg(source.errors)
+        : source.errors;
     if (source.errors.isEmpty()) {
         state.text = source.ended ? tr("ended") : tr("running");
         state.image = source.ended ? QStringLiteral("statusCompleted") : QStringLiteral("NSStatusAvailable");

@@ -116,6 +116,23 @@ private Q_SLOTS:
         QCOMPARE(child.read().output.toInt(), std::min(19, getpriority(PRIO_PROCESS, 0) + 3));
     }
 
+    void descriptorLimit()
+    {
+        rlimit before{};
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &before), 0);
+        rlimit limit{200, before.rlim_max};
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+        raiseDescriptorLimit();
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+        QCOMPARE(limit.rlim_cur, before.rlim_max);
+        Child child(QString{});
+        child.process.setExecutable(QStringLiteral("/bin/sh"));
+        child.process.setArguments({QStringLiteral("-c"), QStringLiteral("ulimit -n")});
+        QCOMPARE(child.start(), std::nullopt);
+        QCOMPARE(child.read().output, QByteArray("200\n"));
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    }
+
     void failsToStart_data()
     {
         QTest::addColumn<QString>("executable");

@@ -237,6 +237,16 @@ private Q_SLOTS:
             m_window->statusText().contains(u"all streams have ended"_s), qPrintable(m_window->statusText()));
     }
 
+    void withoutDescriptorsTheIndexSaysWhy()
+    {
+        const NoDescriptorsLeft none;
+        auto &content = open(pairs(1));
+        QTRY_VERIFY_WITH_TIMEOUT(!content.hasRunningStreams(), patience);
+        QTRY_COMPARE(content.sources()[0].errors, u"No process defined"_s);
+        const QString tip = content.colorIndexTableView()->item(0, 0)->toolTip();
+        QVERIFY2(tip.contains(u"too many files or streams are open"_s), qPrintable(tip));
+    }
+
     void closingEndsTheChildren_data()
     {
         QTest::addColumn<QByteArray>("script");
