@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/KubeSplitViewController.h"
 
+#include "app/ClusterWindowFrame.h"
 #include "app/KubeConfigWriter.h"
 #include "core/ApplicationRecord.h"
 #include "external/EditFile.h"
@@ -326,7 +327,7 @@ void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &contain
     content.kubeConfigPath = m_kubeCtl.configPath;
     content.context = m_currentContext;
     content.nameSpace = m_currentNamespace;
-    window->show();
+    bringToFront(*window);
 }
 
 void KubeSplitViewController::windowDidBecomeMain()

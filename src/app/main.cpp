@@ -2,12 +2,12 @@
 #include "app/AppDelegate.h"
 #include "app/ApplicationService.h"
 #include "app/ReadablePalette.h"
+#include "platform/ProcessSetup.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QMessageBox>
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -73,8 +73,8 @@ int runApplication(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    // Standard output may be a pipe that nobody reads any more; that is no reason to end.
-    std::signal(SIGPIPE, SIG_IGN);
+    tidewright::ignoreHarmlessSignals();
+    tidewright::raiseDescriptorLimit();
     const int status = hasDisplay() ? runApplication(argc, argv) : refuseWithoutDisplay(argc, argv);
     // Worker threads may still be blocked, and nobody waits for them: no destructor of the process may run
     // under them.

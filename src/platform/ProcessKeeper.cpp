@@ -2,6 +2,7 @@
 #include "platform/ProcessKeeper.h"
 
 #include "platform/Bundle.h"
+#include "platform/ProcessSetup.h"
 
 #include <QFile>
 
@@ -305,7 +306,8 @@ ProcessKeeper::Started ProcessKeeper::spawn(const Request &request)
         return {nullptr, QStringLiteral("the package is incomplete: child-guard is missing")};
     }
     QByteArrayList arguments{QByteArrayLiteral("child-guard"), QByteArray::number(::getpid()),
-        QByteArray::number(request.niceness), request.executable};
+        QByteArray::number(request.niceness), QByteArray::number(qulonglong(childDescriptorLimit())),
+        request.executable};
     arguments += request.arguments;
     if (std::any_of(
             arguments.cbegin(), arguments.cend(), [](const QByteArray &a) { return a.contains('\0'); })) {

@@ -33,16 +33,30 @@ RegularExpression::RegularExpression(const QString &pattern, int effort)
 
 std::optional<TextRange> RegularExpression::firstMatch(QStringView text) const
 {
-    const Matches found = search(text, 0, 1);
+    const Matches found = search(text, 0, 1, 0);
     return found.ranges.empty() ? std::nullopt : std::optional(found.ranges.front());
 }
 
 RegularExpression::Matches RegularExpression::allMatches(QStringView text, qsizetype from) const
 {
-    return search(text, from, std::numeric_limits<size_t>::max());
+    return search(text, from, std::numeric_limits<size_t>::max(), 0);
 }
 
-RegularExpression::Matches RegularExpression::search(QStringView text, qsizetype from, size_t limit) const
+RegularExpression::Matches RegularExpression::nonEmptyMatches(
+    QStringView text, qsizetype from, size_t most) const
+{
+    return search(text, from, most, 1);
+}
+
+RegularExpression RegularExpression::withEffort(int effort) const
+{
+    RegularExpression other = *this;
+    other.m_effort = effort;
+    return other;
+}
+
+RegularExpression::Matches RegularExpression::search(
+    QStringView text, qsizetype from, size_t limit, qsizetype shortest) const
 {
     Matches found;
     if (!m_pattern) {
@@ -61,7 +75,9 @@ RegularExpression::Matches RegularExpression::search(QStringView text, qsizetype
     bool more = matcher->find(from, status);
     while (more && U_SUCCESS(status)) {
         const qsizetype start = matcher->start(status);
-        found.ranges.push_back({start, matcher->end(status) - start});
+        if (const qsizetype length = matcher->end(status) - start; length >= shortest) {
+            found.ranges.push_back({start, length});
+        }
         more = found.ranges.size() < limit && matcher->find(status);
     }
     found.cutOff = U_FAILURE(status);

@@ -34,6 +34,8 @@ public:
     /// How far a search may backtrack, in tens of thousands of steps: about five milliseconds on today's
     /// machines.
     static constexpr int usualEffort = 50;
+    /// The same for what is done while somebody waits for a picture: half a millisecond.
+    static constexpr int quickEffort = 5;
     /// For patterns of the system that cannot backtrack.
     static constexpr int unlimitedEffort = 0;
 
@@ -48,14 +50,18 @@ public:
     explicit RegularExpression(const QString &pattern, int effort = usualEffort);
 
     bool isValid() const { return m_pattern != nullptr; }
+    /// The same expression with another limit for its searches.
+    RegularExpression withEffort(int effort) const;
 
     std::optional<TextRange> firstMatch(QStringView text) const;
     /// The matches that begin at `from` or behind. What stands before `from` is still seen by look-behind and
     /// "\b".
     Matches allMatches(QStringView text, qsizetype from = 0) const;
+    /// The same without empty matches, and not more than `most`.
+    Matches nonEmptyMatches(QStringView text, qsizetype from, size_t most) const;
 
 private:
-    Matches search(QStringView text, qsizetype from, size_t limit) const;
+    Matches search(QStringView text, qsizetype from, size_t limit, qsizetype shortest) const;
 
     std::shared_ptr<const icu::RegexPattern> m_pattern;
     int m_effort = usualEffort;

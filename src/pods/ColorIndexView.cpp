@@ -70,6 +70,7 @@ ColorIndexView::ColorIndexView(QWidget *parent)
     m_table->setTextElideMode(Qt::ElideMiddle);
     m_table->setWordWrap(false);
     m_table->setTabKeyNavigation(false);
+    m_table->setFocusPolicy(Qt::TabFocus); // after a click the keyboard is still the log's
     m_table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_table->horizontalHeader()->setMinimumSectionSize(0);
     m_table->horizontalHeader()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
@@ -143,7 +144,7 @@ void ColorIndexView::mouseEntered()
 
 void ColorIndexView::mouseExited()
 {
-    if (!m_isUsedByKeys) {
+    if (!m_table->hasFocus()) {
         fadeTo(faded);
     }
 }
@@ -181,10 +182,8 @@ void ColorIndexView::leaveEvent(QEvent *event)
 bool ColorIndexView::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::FocusIn) {
-        m_isUsedByKeys = static_cast<QFocusEvent *>(event)->reason() != Qt::MouseFocusReason;
         mouseEntered();
     } else if (event->type() == QEvent::FocusOut) {
-        m_isUsedByKeys = false;
         fadeWhenUnused();
     } else if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent *>(event)->key();

@@ -56,7 +56,6 @@ private:
     QGraphicsOpacityEffect *m_opacity;
     QPropertyAnimation *m_fade;
     QTimer m_announced;
-    bool m_isUsedByKeys = false;
 };
 
 } // namespace tidewright

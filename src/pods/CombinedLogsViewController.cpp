@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <set>
 
 namespace tidewright {
 
@@ -72,6 +73,8 @@ CombinedLogsViewController::CombinedLogsViewController(QWidget *parent)
     connect(
         m_colorIndexView, &ColorIndexView::sourceClicked, this, &CombinedLogsViewController::toggleSource);
     connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::stopWhenFull);
+    connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::updateHint);
+    connect(&m_document, &LogDocument::replaced, this, &CombinedLogsViewController::updateHint);
     const QPointer<CombinedLogsViewController> self(this);
     m_intake = std::make_shared<LogIntake>([self] {
         postToMain(self, [](CombinedLogsViewController &controller) { controller.takePieces(); });
@@ -112,6 +115,7 @@ void CombinedLogsViewController::viewDidAppear()
     m_appeared = true;
     window()->setWindowTitle(title());
     m_logTextView->setTextFont(logAttributes.font());
+    m_logTextView->setBackground(logAttributes.background().color());
     m_logTextView->setSourceColours({foregroundColors.cbegin(), foregroundColors.cend()});
     if (containers.empty()) {
         writeDiagnostic(QStringLiteral("No containers"));
@@ -162,27 +166,30 @@ void CombinedLogsViewController::startStream(int index)
 
 void CombinedLogsViewController::takePieces()
 {
-    bool changed = false;
+    std::set<int> changed;
+    bool isNewTrouble = false;
     for (const LogIntake::Piece &piece : m_intake->take()) {
         if (piece.kind == LogIntake::Piece::Kind::Output) {
             m_document.append(piece.source, piece.text);
             continue;
         }
         Source &source = m_sources[static_cast<std::size_t>(piece.source)];
-        const bool isFirst = source.errors.isEmpty();
         if (piece.kind == LogIntake::Piece::Kind::End) {
             source.ended = true;
         } else {
+            isNewTrouble = isNewTrouble || source.errors.isEmpty();
             source.errors = QString(source.errors + piece.text).right(errorsKept);
         }
-        updateSource(piece.source);
-        changed = true;
-        if (isFirst && !source.errors.isEmpty()) {
-            placeColorIndex();
-            m_colorIndexView->announce();
-        }
+        changed.insert(piece.source);
     }
-    if (changed) {
+    for (const int source : changed) {
+        updateSource(source);
+    }
+    if (isNewTrouble) {
+        placeColorIndex();
+        m_colorIndexView->announce();
+    }
+    if (!changed.empty()) {
         if (!hasRunningStreams()) {
             m_document.finish();
         }
@@ -236,7 +243,10 @@ void CombinedLogsViewController::updateSource(int index)
     const Source &source = m_sources[static_cast<std::size_t>(index)];
     ColorIndexView::State state;
     state.hidden = m_document.isSourceHidden(index);
-    state.details = source.errors;
+    state.details = source.errors == QLatin1String("No process defined")
+        ? tr("%1: the pipes to kubectl could not be made; too many files or streams are open.")
+              .arg(source.errors)
+        : source.errors;
     if (source.errors.isEmpty()) {
         state.text = source.ended ? tr("ended") : tr("running");
         state.image = source.ended ? QStringLiteral("statusCompleted") : QStringLiteral("NSStatusAvailable");
@@ -248,23 +258,55 @@ void CombinedLogsViewController::updateSource(int index)
     m_colorIndexView->setState(index, state);
 }
 
+void CombinedLogsViewController::clear()
+{
+    m_cleared = true;
+    m_document.clear();
+}
+
+/// Why there is nothing to see, while that is so.
 void CombinedLogsViewController::updateHint()
 {
-    if (containers.empty()) {
-        m_logTextView->setHint(tr("There are no containers to follow."));
-    } else if (hasRunningStreams()) {
-        m_logTextView->setHint(containers.size() == 1
-                ? tr("Waiting for output of 1 container…")
-                : tr("Waiting for output of %1 containers…").arg(containers.size()));
-    } else {
-        QStringList lines{tr("No container has written anything, and none is followed any more.")};
-        for (std::size_t i = 0; i < m_sources.size() && lines.size() <= errorsInHint; ++i) {
-            if (!m_sources[i].errors.isEmpty()) {
-                lines.append(containers[i].first + QLatin1String(": ") + m_sources[i].errors.trimmed());
-            }
-        }
-        m_logTextView->setHint(lines.join(QLatin1String("\n\n")));
+    if (m_document.shown().lineCount() == 0) {
+        m_logTextView->setHint(m_document.size() > 0 ? narrowedText() : emptyText());
     }
+}
+
+QString CombinedLogsViewController::narrowedText() const
+{
+    int hidden = 0;
+    for (int i = 0; i < static_cast<int>(m_sources.size()); ++i) {
+        hidden += m_document.isSourceHidden(i) ? 1 : 0;
+    }
+    if (hidden == static_cast<int>(m_sources.size())) {
+        return tr("All containers are hidden.");
+    }
+    if (m_document.examined() < m_document.size() - LogScan::usualSpan) {
+        return tr("Looking for lines to show…");
+    }
+    return m_document.filter().isEmpty() ? tr("The containers that are not hidden have written nothing.")
+                                         : tr("No line matches the filter.");
+}
+
+QString CombinedLogsViewController::emptyText() const
+{
+    if (containers.empty()) {
+        return tr("There are no containers to follow.");
+    }
+    if (m_cleared) {
+        return tr("Cleared.");
+    }
+    if (hasRunningStreams()) {
+        return containers.size() == 1 ? tr("Waiting for output of 1 container…")
+                                      : tr("Waiting for output of %1 containers…").arg(containers.size());
+    }
+    QStringList lines{tr("No container has written anything, and none is followed any more.")};
+    for (std::size_t i = 0; i < m_sources.size() && lines.size() <= errorsInHint; ++i) {
+        if (!m_sources[i].errors.isEmpty()) {
+            lines.append(containers[i].first + QLatin1String(": ") + m_sources[i].errors.trimmed());
+        }
+    }
+    return lines.join(QLatin1String("\n\n"));
 }
 
 void CombinedLogsViewController::resizeEvent(QResizeEvent *event)

@@ -46,7 +46,7 @@ public:
 
     /// Stream n takes entry n modulo their number; an invalid colour is absent.
     std::array<QColor, 5> foregroundColors;
-    /// Of all text; the foreground comes from the palette.
+    /// The font and the background of all text; the foreground comes from the palette.
     QTextCharFormat logAttributes;
 
     LogDocument &document() { return m_document; }
@@ -61,6 +61,8 @@ public:
     /// Ends the streams that still run.
     void windowWillClose();
     void toggleSource(int row);
+    /// Lets all text that has arrived go.
+    void clear();
 
 Q_SIGNALS:
     /// Something about the streams has changed.
@@ -77,6 +79,8 @@ private:
     void stopWhenFull();
     void updateSource(int index);
     void updateHint();
+    QString emptyText() const;
+    QString narrowedText() const;
     void placeColorIndex();
 
     LogDocument m_document;
@@ -85,6 +89,7 @@ private:
     std::vector<Source> m_sources;
     std::vector<std::shared_ptr<Shell>> m_shells;
     std::shared_ptr<LogIntake> m_intake;
+    bool m_cleared = false;
     bool m_appeared = false;
     bool m_closed = false;
 };

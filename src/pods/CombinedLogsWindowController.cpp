@@ -32,6 +32,11 @@ QString counted(qint64 number)
     return QLocale().toString(number);
 }
 
+QString tooComplicated(qint64 lines)
+{
+    return CombinedLogsWindowController::tr("too complicated for %1 lines").arg(counted(lines));
+}
+
 QString bytesText(qint64 bytes)
 {
     return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
@@ -65,6 +70,9 @@ CombinedLogsWindowController::~CombinedLogsWindowController()
     // The search refers to the content's document.
     delete m_search;
     m_content->windowWillClose();
+    if (m_export) {
+        m_export->leaveAlone();
+    }
 }
 
 QAction *CombinedLogsWindowController::addCommand(
@@ -107,8 +115,8 @@ void CombinedLogsWindowController::buildToolBar()
         tr("Usual Text Size"), tr("Usual text size"), QKeySequence(tr("Ctrl+0")), [view] { view->zoom(0); });
     m_save = command(
         tr("Save…"), tr("Save the whole log to a file"), QKeySequence::Save, [this] { chooseFile(); });
-    QAction *clearAction = command(
-        tr("Clear"), tr("Let all text that has arrived go"), QKeySequence(tr("Ctrl+K")), [this] { clear(); });
+    QAction *clearAction = command(tr("Clear"), tr("Let all text that has arrived go"),
+        QKeySequence(tr("Ctrl+Shift+K")), [this] { clear(); });
     command(tr("Close"), tr("Close the window"), QKeySequence(tr("Ctrl+W")), [this] { close(); });
     command(tr("Find Next"), {}, QKeySequence::FindNext, [this] { m_search->goOn(true); });
     command(tr("Find Previous"), {}, QKeySequence::FindPrevious, [this] { m_search->goOn(false); });
@@ -130,6 +138,9 @@ void CombinedLogsWindowController::buildToolBar()
 
 void CombinedLogsWindowController::buildLayout()
 {
+    // What is said here holds file names and texts of other programs.
+    m_status->setTextFormat(Qt::PlainText);
+    m_notice->setTextFormat(Qt::PlainText);
     m_status->setAccessibleName(tr("Status"));
     m_status->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_notice->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -201,9 +212,11 @@ void CombinedLogsWindowController::updateFindResult()
     if (m_search->pattern().isEmpty() || !m_search->pattern().isValid()) {
         return;
     }
-    const QString more = m_search->isSearching() ? QStringLiteral("…") : QString();
+    const QString more = (m_search->isSearching() ? QStringLiteral("…") : QString())
+        + (m_search->cutOffLines() > 0 ? tr(" (%1)").arg(tooComplicated(m_search->cutOffLines()))
+                                       : QString());
     if (m_search->count() == 0) {
-        m_findBar->setResult(m_search->isSearching() ? tr("Searching…") : tr("Not found"));
+        m_findBar->setResult((m_search->isSearching() ? tr("Searching") : tr("Not found")) + more);
     } else if (const qint64 number = m_search->currentNumber()) {
         m_findBar->setResult(tr("%1 of %2").arg(counted(number), counted(m_search->count())) + more);
     } else {
@@ -233,6 +246,9 @@ void CombinedLogsWindowController::updateStatus()
                       .arg(document.examined() * 100 / size)
                 : tr("%1 shown").arg(counted(document.shownLines())));
     }
+    if (document.cutOffLines() > 0 && m_filterBar->pattern() == document.filter()) {
+        m_filterBar->setResult(tooComplicated(document.cutOffLines()));
+    }
     const auto &sources = m_content->sources();
     const auto ended = std::count_if(sources.cbegin(), sources.cend(), [](const auto &s) { return s.ended; });
     const auto failed
@@ -260,7 +276,7 @@ void CombinedLogsWindowController::updateStatus()
 
 void CombinedLogsWindowController::clear()
 {
-    m_content->document().clear();
+    m_content->clear();
     m_notice->clear();
 }
 
@@ -281,8 +297,12 @@ void CombinedLogsWindowController::saveTo(const QString &path)
 {
     m_content->document().commit();
     const LogBytes bytes = m_content->document().bytes();
-    delete m_export;
-    m_export = new LogExport(bytes, path, this);
+    if (m_export) {
+        m_export->disconnect(this);
+        m_export->disconnect(m_progress);
+        m_export->leaveAlone();
+    }
+    m_export = new LogExport(bytes, path);
     m_save->setEnabled(false);
     m_notice->setText(tr("Saving…"));
     m_progress->setValue(0);
@@ -294,8 +314,7 @@ void CombinedLogsWindowController::saveTo(const QString &path)
                                             : tr("%1 could not be saved: %2").arg(shown, problem));
         m_progress->hide();
         m_save->setEnabled(true);
-        m_export->deleteLater();
-        m_export = nullptr;
+        m_export = nullptr; // it goes by itself
     });
 }
 

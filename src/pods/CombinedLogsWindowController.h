@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
 class QLabel;
 class QProgressBar;
@@ -60,7 +61,7 @@ private:
     QToolButton *m_jump;
     QAction *m_wrap = nullptr;
     QAction *m_save = nullptr;
-    LogExport *m_export = nullptr;
+    QPointer<LogExport> m_export; ///< while it runs
 };
 
 } // namespace tidewright

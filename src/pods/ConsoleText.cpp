@@ -13,11 +13,6 @@ constexpr char16_t escape = 0x1B;
 constexpr char16_t bell = 0x07;
 constexpr char16_t stringTerminator = 0x9C;
 
-bool isBetween(char16_t unit, char16_t first, char16_t last)
-{
-    return unit >= first && unit <= last;
-}
-
 /// Where a control sequence ends whose parameters begin at `at`.
 qsizetype endOfSequence(QStringView text, qsizetype at)
 {
@@ -62,16 +57,6 @@ qsizetype endOfFunction(QStringView text, qsizetype at, char16_t function)
 bool isLineEnd(char16_t unit)
 {
     return isBetween(unit, u'\n', u'\r') || unit == 0x85 || unit == 0x2028 || unit == 0x2029;
-}
-
-bool changesDirection(char16_t unit)
-{
-    return isBetween(unit, 0x202A, 0x202E) || isBetween(unit, 0x2066, 0x2069);
-}
-
-bool isReserved(char16_t unit)
-{
-    return isBetween(unit, 0xFDD0, 0xFDEF) || unit == QChar::ObjectReplacementCharacter || unit >= 0xFFFE;
 }
 
 /// Takes back the last character of the line, as a backspace followed by another character does on paper.

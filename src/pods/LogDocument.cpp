@@ -13,16 +13,6 @@ namespace {
 
 constexpr int frameMilliseconds = 16;
 constexpr qsizetype mostGathered = 256 * 1024;
-constexpr qint64 longestScan = qint64(64) << 20;
-
-qint64 total(const std::vector<LogRange> &ranges)
-{
-    qint64 sum = 0;
-    for (const LogRange &range : ranges) {
-        sum += range.length;
-    }
-    return sum;
-}
 
 void appendMerged(std::vector<LogRange> &ranges, const LogRange &range)
 {
@@ -52,10 +42,20 @@ LogDocument::~LogDocument()
     if (m_cancelled) {
         *m_cancelled = true;
     }
+    letGo();
+}
+
+/// Unmapping and closing a file of gigabytes takes its time: not here.
+void LogDocument::letGo()
+{
+    if (m_store && m_store->size() > LogScan::usualSpan) {
+        logQueue().post([store = std::shared_ptr<LogStore>(std::move(m_store))] {});
+    }
 }
 
 void LogDocument::reset()
 {
+    letGo();
     m_store = std::make_unique<LogStore>(m_folders, m_write);
     m_runs = std::make_unique<SourceRuns>();
     m_whole = std::make_unique<LogProjection>();
@@ -115,6 +115,7 @@ void LogDocument::frame()
 
 void LogDocument::finish()
 {
+    commit(); // or a scan that comes back before the next frame takes the text so far for all of it
     m_finished = true;
     m_waitingAt = -1;
     m_frame.start();
@@ -196,6 +197,7 @@ void LogDocument::scanOn()
     if (m_building && target->size() == 0) {
         m_narrowedSplitter = LineSplitter();
         m_examined = 0;
+        m_cutOff = 0;
         m_span = LogScan::usualSpan;
         m_waitingAt = -1;
     }
@@ -207,7 +209,7 @@ void LogDocument::scanOn()
     }
     const qint64 end = std::min(size(), m_examined + m_span);
     LogScan scan{bytes(), visibleRanges({m_examined, end - m_examined}), m_filter,
-        (m_finished && end == size()) || m_span >= longestScan, m_cancelled};
+        (m_finished && end == size()) || end - m_examined >= LogScan::longestSpan, m_cancelled};
     m_scanning = true;
     logQueue().post([self = QPointer<LogDocument>(this), request = m_request, end, scan = std::move(scan),
                         splitter = m_narrowedSplitter]() mutable {
@@ -231,13 +233,11 @@ void LogDocument::scanned(
     }
     target.appendLines(lines.starts);
     m_narrowedSplitter = std::move(lines.splitter);
-    const bool isComplete = lines.consumed == total(ranges);
-    if (!isComplete && lines.consumed == 0 && end < size()) {
-        m_span *= 2; // a line that is longer than that
-    } else {
-        m_span = LogScan::usualSpan;
-        m_waitingAt = isComplete || end < size() ? -1 : end;
-    }
+    m_cutOff += lines.cutOff;
+    const bool isComplete = lines.consumed == totalLength(ranges);
+    m_span = isComplete ? LogScan::usualSpan : LogScan::nextSpan(m_span, end - m_examined, lines.consumed);
+    // Once all text is there, a line that a scan has left is looked at again, as a whole one.
+    m_waitingAt = isComplete || end < size() || m_finished ? -1 : end;
     m_examined = end;
     for (qint64 left = lines.consumed; const LogRange &range : ranges) {
         if (!isComplete && left < range.length) {

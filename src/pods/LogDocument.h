@@ -5,7 +5,6 @@
 #include "pods/LogScan.h"
 #include "pods/SourceRuns.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 #include <QTimer>
@@ -52,6 +51,8 @@ public:
     /// Shows only the lines that a pattern is in; an empty one shows all, an invalid one changes nothing.
     void setFilter(const LogPattern &filter);
     const LogPattern &filter() const { return m_filter; }
+    /// Lines that are left out because the filter is too complicated for them.
+    qint64 cutOffLines() const { return m_narrowed ? m_cutOff : 0; }
     /// Whether anything is left out of what is shown.
     bool isNarrowed() const { return !m_hidden.isEmpty() || !m_filter.isEmpty(); }
 
@@ -68,6 +69,7 @@ Q_SIGNALS:
 
 private:
     void reset();
+    void letGo();
     void frame();
     void narrow();
     void scanOn();
@@ -94,6 +96,7 @@ private:
     std::unique_ptr<LogProjection> m_building; ///< not shown before its first part is known
     LineSplitter m_narrowedSplitter;
     qint64 m_examined = 0;
+    qint64 m_cutOff = 0;
     qint64 m_span = LogScan::usualSpan;
     qint64 m_waitingAt = -1; ///< the size at which only an unfinished line was left
     bool m_scanning = false;

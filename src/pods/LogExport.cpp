@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogExport.h"
 
+#include "core/Console.h"
+#include "platform/Diagnostics.h"
 #include "platform/MainQueue.h"
 #include "pods/LogScan.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QSaveFile>
 
 namespace tidewright {
@@ -14,10 +18,11 @@ constexpr qint64 block = qint64(1) << 20;
 
 } // namespace
 
-LogExport::LogExport(LogBytes bytes, const QString &path, QObject *parent)
-    : QObject(parent)
+LogExport::LogExport(LogBytes bytes, const QString &path)
+    : QObject(QCoreApplication::instance())
     , m_path(path)
 {
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, [this] { delete this; });
     logQueue().post(
         [self = QPointer<LogExport>(this), bytes = std::move(bytes), path, cancelled = m_cancelled] {
             QSaveFile file(path);
@@ -37,13 +42,34 @@ LogExport::LogExport(LogBytes bytes, const QString &path, QObject *parent)
             }
             written = written && file.commit();
             const QString problem = written ? QString() : file.errorString();
-            postToMain(self, [problem](LogExport &output) { Q_EMIT output.finished(problem); });
+            postToMain(self, [problem](LogExport &output) { output.end(problem); });
         });
 }
 
 LogExport::~LogExport()
 {
-    *m_cancelled = true;
+    if (!m_ended) {
+        *m_cancelled = true;
+        writeDiagnostic(
+            tr("%1 was not saved: the application has ended.").arg(QDir::toNativeSeparators(m_path)));
+    }
+}
+
+void LogExport::end(const QString &problem)
+{
+    m_ended = true;
+    Q_EMIT finished(problem);
+    deleteLater();
+}
+
+void LogExport::leaveAlone()
+{
+    connect(
+        this, &LogExport::finished, this, [path = QDir::toNativeSeparators(m_path)](const QString &problem) {
+            if (!problem.isEmpty()) {
+                postConsoleError(tr("%1 could not be saved: %2").arg(path, problem));
+            }
+        });
 }
 
 } // namespace tidewright

@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogLineCache.h"
 
+#include <limits>
+
 namespace tidewright {
 
 namespace {
 
 constexpr int mostLines = 400; // more than a large screen has rows
+constexpr qint64 linesBefore = 16; // that a match in a long line sees
 
 } // namespace
 
 LogLineCache::LogLineCache(const LogDocument &document)
     : m_document(document)
     , m_lines(mostLines)
+    , m_found(mostLines)
 {
 }
 
@@ -19,6 +23,61 @@ QByteArray LogLineCache::bytes(qint64 line) const
 {
     const LogProjection &shown = m_document.shown();
     return m_document.bytes().read(shown.ranges(shown.lineStart(line), shown.lineEnd(line)));
+}
+
+bool LogLineCache::continues(qint64 line) const
+{
+    const LogProjection &shown = m_document.shown();
+    const qint64 start = shown.lineStart(line);
+    const char before = start > 0 ? m_document.bytes().at(shown.position(start - 1)) : '\n';
+    return before != '\n' && before != '\r';
+}
+
+void LogLineCache::setPattern(const LogPattern &pattern)
+{
+    if (pattern != m_pattern) {
+        m_pattern = pattern.quick();
+        m_found.clear();
+    }
+}
+
+const std::vector<LogRange> &LogLineCache::matches(qint64 line)
+{
+    static const std::vector<LogRange> none;
+    if (m_pattern.isEmpty() || !m_pattern.isValid()) {
+        return none;
+    }
+    const LogProjection &shown = m_document.shown();
+    const bool goesOn = line + 1 < shown.lineCount() && continues(line + 1);
+    const qint64 end = shown.lineEnd(goesOn ? line + 1 : line);
+    if (const Found *known = m_found.object(line); known && known->end == end) {
+        return known->ranges;
+    }
+    qint64 first = line;
+    while (first > 0 && line - first < linesBefore && continues(first)) {
+        --first;
+    }
+    const qint64 begin = shown.lineStart(first);
+    const qint64 before = shown.lineStart(line) - begin;
+    const QByteArray text = m_document.bytes().read(shown.ranges(begin, end));
+    QByteArrayView content(text);
+    while (!content.isEmpty() && (content.back() == '\n' || content.back() == '\r')) {
+        content.chop(1);
+    }
+    auto *found = new Found{end, {}};
+    for (const LogRange &range : m_pattern.matches(content, std::numeric_limits<std::size_t>::max()).ranges) {
+        if (range.end() > before && range.start < shown.lineEnd(line) - begin) {
+            found->ranges.push_back({range.start - before, range.length});
+        }
+    }
+    m_found.insert(line, found);
+    return found->ranges;
+}
+
+void LogLineCache::clear()
+{
+    m_lines.clear();
+    m_found.clear();
 }
 
 const LogLineLayout &LogLineCache::layout(qint64 line)

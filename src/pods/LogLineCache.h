@@ -19,6 +19,13 @@ public:
     const LogLineLayout &layout(qint64 line);
     /// The bytes of a line as shown.
     QByteArray bytes(qint64 line) const;
+    /// Whether a line goes on with one that was too long.
+    bool continues(qint64 line) const;
+    /// What is looked for.
+    void setPattern(const LogPattern &pattern);
+    /// The matches that reach into a line, in its bytes; a match may begin before it and end behind it. Good
+    /// until the next call of any of these.
+    const std::vector<LogRange> &matches(qint64 line);
     int rows(qint64 line) { return m_wrapWidth > 0 ? layout(line).rows() : 1; }
 
     const LogAppearance &appearance() const { return m_appearance; }
@@ -29,7 +36,7 @@ public:
     /// Without wrapping, what lies farther to the right than this need not be laid out.
     void setNeededWidth(qreal width) { m_neededWidth = width; }
     /// Something else is shown.
-    void clear() { m_lines.clear(); }
+    void clear();
 
 private:
     struct Entry
@@ -38,11 +45,19 @@ private:
         LogLineLayout layout;
     };
 
+    struct Found
+    {
+        qint64 end; ///< of the text that was looked at
+        std::vector<LogRange> ranges;
+    };
+
     const LogDocument &m_document;
     LogAppearance m_appearance;
     qreal m_wrapWidth = 0;
     qreal m_neededWidth = 0;
     QCache<qint64, Entry> m_lines;
+    LogPattern m_pattern;
+    QCache<qint64, Found> m_found;
 };
 
 } // namespace tidewright

@@ -15,28 +15,17 @@ constexpr char16_t escape = 0x1B;
 constexpr char16_t controlSequence = 0x9B;
 constexpr QChar signForNul(0x2400);
 
-bool isBetween(char16_t unit, char16_t first, char16_t last)
-{
-    return unit >= first && unit <= last;
-}
-
 bool isControl(char16_t unit)
 {
-    return unit < 0x20 || isBetween(unit, 0x7F, 0x9F);
+    return unit < 0x20 || console_text::isBetween(unit, 0x7F, 0x9F);
 }
 
-/// They would rearrange the text around them.
-bool changesDirection(char16_t unit)
-{
-    return isBetween(unit, 0x202A, 0x202E) || isBetween(unit, 0x2066, 0x2069);
-}
-
-/// What a text layout would take for something of its own.
 QChar harmless(char16_t unit)
 {
-    const bool reserved = isBetween(unit, 0xFDD0, 0xFDEF) || unit == 0xFFFC || unit >= 0xFFFE;
     const bool separates = unit == 0x2028 || unit == 0x2029;
-    return reserved ? QChar(QChar::ReplacementCharacter) : separates ? QChar(u' ') : QChar(unit);
+    return console_text::isReserved(unit) ? QChar(QChar::ReplacementCharacter)
+        : separates                       ? QChar(u' ')
+                                          : QChar(unit);
 }
 
 qint32 bytesOf(QStringView text, qsizetype at)
@@ -115,7 +104,7 @@ private:
             } while (m_line.text.size() % tabStop != 0);
         } else if (unit == u'\b') {
             eraseLast();
-        } else if (!isControl(unit) && !changesDirection(unit)) {
+        } else if (!isControl(unit) && !console_text::changesDirection(unit)) {
             put(harmless(unit));
         }
     }
@@ -126,7 +115,7 @@ private:
         if (m_line.runs.empty() || m_line.runs.back().look != m_look) {
             m_line.runs.push_back({m_line.text.size(), m_look});
         }
-        m_line.isGrid = m_line.isGrid && isBetween(c.unicode(), 0x20, 0x7E);
+        m_line.isGrid = m_line.isGrid && console_text::isBetween(c.unicode(), 0x20, 0x7E);
         m_line.text.append(c);
         m_line.bytes.push_back(m_byte);
     }

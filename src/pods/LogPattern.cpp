@@ -75,27 +75,34 @@ LogPattern::LogPattern(const QString &text, bool caseSensitive, bool isRegularEx
     m_expression = RegularExpression(pattern);
 }
 
-std::vector<LogRange> LogPattern::matches(QByteArrayView line, std::size_t most) const
+LogPattern LogPattern::quick() const
 {
-    std::vector<LogRange> found;
+    LogPattern other = *this;
+    other.m_expression = m_expression.withEffort(RegularExpression::quickEffort);
+    return other;
+}
+
+LogPattern::Matches LogPattern::matches(QByteArrayView line, std::size_t most) const
+{
+    Matches result;
     if (isEmpty() || line.isEmpty()) {
-        return found;
+        return result;
     }
     const auto find = [&](QByteArrayView text) {
-        m_isBytes ? findBytes(text, most, found) : findExpression(text, most, found);
+        m_isBytes ? findBytes(text, most, result.ranges) : findExpression(text, most, result);
     };
     if (!std::memchr(line.data(), '\x1b', static_cast<std::size_t>(line.size()))) {
         find(line);
-        return found;
+        return result;
     }
     std::vector<qint64> places;
     find(withoutEscapes(line, places));
-    for (LogRange &range : found) {
+    for (LogRange &range : result.ranges) {
         const qint64 start = places[static_cast<std::size_t>(range.start)];
         const qint64 end = range.length > 0 ? places[static_cast<std::size_t>(range.end() - 1)] + 1 : start;
         range = {start, end - start};
     }
-    return found;
+    return result;
 }
 
 void LogPattern::findBytes(QByteArrayView line, std::size_t most, std::vector<LogRange> &found) const
@@ -114,28 +121,32 @@ void LogPattern::findBytes(QByteArrayView line, std::size_t most, std::vector<Lo
     }
 }
 
-void LogPattern::findExpression(QByteArrayView line, std::size_t most, std::vector<LogRange> &found) const
+void LogPattern::findExpression(QByteArrayView line, std::size_t most, Matches &result) const
 {
+    std::vector<LogRange> &found = result.ranges;
     for (qsizetype start = 0; start < line.size() && found.size() < most;) {
+        // What stands before the window is seen, so that it is no begin of the line or of a word.
+        const qsizetype seen = characterBegin(line, std::max<qsizetype>(0, start - windowOverlap));
         const qsizetype end = characterBegin(line, start + windowLength);
         const bool isLast = end == line.size();
-        const QString text = QString::fromUtf8(line.sliced(start, end - start));
+        const QString text = QString::fromUtf8(line.sliced(seen, end - seen));
         const QStringView view(text);
-        qint64 unit = 0;
+        qint64 unit = start == 0 ? 0 : QString::fromUtf8(line.sliced(seen, start - seen)).size();
         qint64 byte = start;
         // What begins in the overlap is left to the next window.
         const qsizetype limit = isLast ? line.size() : characterBegin(line, end - windowOverlap);
-        for (const TextRange &range : m_expression.allMatches(text).ranges) {
+        const RegularExpression::Matches matches
+            = m_expression.nonEmptyMatches(text, unit, most - found.size());
+        result.cutOff = result.cutOff || matches.cutOff;
+        for (const TextRange &range : matches.ranges) {
             byte += view.mid(unit, range.start - unit).toUtf8().size();
             unit = range.start;
-            if (byte >= limit || found.size() >= most) {
+            if (byte >= limit) {
                 break;
             }
-            if (range.length > 0 && (found.empty() || byte >= found.back().end())) {
-                found.push_back({byte, view.mid(range.start, range.length).toUtf8().size()});
-            }
+            found.push_back({byte, view.mid(range.start, range.length).toUtf8().size()});
         }
-        start = limit;
+        start = found.empty() ? limit : std::max<qsizetype>(limit, found.back().end());
     }
 }
 

@@ -19,11 +19,16 @@ public:
     /// False for a regular expression that is none.
     bool isValid() const { return m_isBytes || isEmpty() || m_expression.isValid(); }
 
-    /// The matches in a line (without its end, valid UTF-8), in its bytes, from left to right; at most
-    /// `most`. An expression's match in a line of more than 64 KiB may be missed when it is longer than 4
-    /// KiB.
-    std::vector<LogRange> matches(QByteArrayView line, std::size_t most) const;
-    bool isIn(QByteArrayView line) const { return !matches(line, 1).empty(); }
+    struct Matches
+    {
+        std::vector<LogRange> ranges; ///< in the line's bytes, from left to right
+        bool cutOff = false; ///< the expression is too complicated for the line: there may be more
+    };
+    /// The matches in a line (without its end, valid UTF-8), at most `most`. An expression's match in a line
+    /// of more than 64 KiB may be missed when it is longer than 4 KiB.
+    Matches matches(QByteArrayView line, std::size_t most) const;
+    /// The same for painting: gives an expression that backtracks up sooner.
+    LogPattern quick() const;
 
     friend bool operator==(const LogPattern &a, const LogPattern &b)
     {
@@ -33,7 +38,7 @@ public:
 
 private:
     void findBytes(QByteArrayView line, std::size_t most, std::vector<LogRange> &found) const;
-    void findExpression(QByteArrayView line, std::size_t most, std::vector<LogRange> &found) const;
+    void findExpression(QByteArrayView line, std::size_t most, Matches &result) const;
 
     QString m_text;
     bool m_caseSensitive = true;

@@ -124,7 +124,9 @@ LogScan::Lines LogScan::lines(LineSplitter splitter) const
     LineWalk lines(text, isEnd);
     for (Line line{}; !isCancelled() && lines.next(line); result.consumed = line.end) {
         const QByteArrayView view = QByteArrayView(text).sliced(line.start, line.end - line.start);
-        if (pattern.isIn(view.first(line.textEnd - line.start))) {
+        const LogPattern::Matches found = pattern.matches(view.first(line.textEnd - line.start), 1);
+        result.cutOff += found.cutOff ? 1 : 0;
+        if (!found.ranges.empty()) {
             positions.append(line.start, line.end, result.ranges);
             result.splitter.feed(view, result.starts);
         }
@@ -139,17 +141,19 @@ LogScan::Matches LogScan::matches() const
     Positions positions(ranges);
     const auto look = [&](const Line &line, std::vector<qint64> &found) {
         const QByteArrayView view = QByteArrayView(text).sliced(line.start, line.textEnd - line.start);
-        for (const LogRange &match : pattern.matches(view, std::numeric_limits<std::size_t>::max())) {
+        const LogPattern::Matches matches = pattern.matches(view, std::numeric_limits<std::size_t>::max());
+        for (const LogRange &match : matches.ranges) {
             found.push_back(positions(line.start + match.start));
         }
+        return matches.cutOff;
     };
     LineWalk lines(text, isEnd);
     Line line{};
     for (; !isCancelled() && lines.next(line); result.consumed = line.end) {
-        look(line, result.found);
+        result.cutOff += look(line, result.found) ? 1 : 0;
     }
     if (!isCancelled() && line.textEnd > line.start && line.start >= result.consumed) {
-        look(line, result.inLastLine);
+        result.isLastCutOff = look(line, result.inLastLine);
     }
     return result;
 }

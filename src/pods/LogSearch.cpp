@@ -7,12 +7,6 @@
 
 namespace tidewright {
 
-namespace {
-
-constexpr qint64 longestScan = qint64(64) << 20;
-
-} // namespace
-
 LogSearch::LogSearch(LogDocument &document, QObject *parent)
     : QObject(parent)
     , m_document(document)
@@ -45,6 +39,8 @@ void LogSearch::restart()
     ++m_request;
     m_found = AscendingList();
     m_inLastLine.clear();
+    m_cutOff = 0;
+    m_isLastCutOff = false;
     m_place = 0;
     m_span = LogScan::usualSpan;
     m_waitingAt = -1;
@@ -66,17 +62,19 @@ void LogSearch::scanOn()
     const qint64 begin = m_place;
     const qint64 end = std::min(shown.size(), begin + m_span);
     const bool reachesEnd = end == shown.size();
-    LogScan scan{m_document.bytes(), shown.ranges(begin, end), m_pattern, m_span >= longestScan, m_cancelled};
+    LogScan scan{m_document.bytes(), shown.ranges(begin, end), m_pattern, end - begin >= LogScan::longestSpan,
+        m_cancelled};
     m_scanning = true;
-    logQueue().post(
-        [self = QPointer<LogSearch>(this), request = m_request, begin, reachesEnd, scan = std::move(scan)] {
-            postToMain(self, [=, matches = scan.matches()](LogSearch &search) {
-                search.scanned(request, begin, reachesEnd, matches);
-            });
+    logQueue().post([self = QPointer<LogSearch>(this), request = m_request, begin, end, reachesEnd,
+                        scan = std::move(scan)] {
+        postToMain(self, [=, matches = scan.matches()](LogSearch &search) {
+            search.scanned(request, begin, end, reachesEnd, matches);
         });
+    });
 }
 
-void LogSearch::scanned(quint64 request, qint64 begin, bool reachesEnd, const LogScan::Matches &matches)
+void LogSearch::scanned(
+    quint64 request, qint64 begin, qint64 end, bool reachesEnd, const LogScan::Matches &matches)
 {
     if (request != m_request) {
         return;
@@ -86,9 +84,11 @@ void LogSearch::scanned(quint64 request, qint64 begin, bool reachesEnd, const Lo
         m_found.append(position);
     }
     m_inLastLine = reachesEnd ? matches.inLastLine : std::vector<qint64>();
+    m_cutOff += matches.cutOff;
+    m_isLastCutOff = reachesEnd && matches.isLastCutOff;
     m_place = begin + matches.consumed;
-    m_span = matches.consumed == 0 && !reachesEnd ? m_span * 2 : LogScan::usualSpan;
-    m_waitingAt = reachesEnd ? m_document.shown().size() : -1;
+    m_span = LogScan::nextSpan(m_span, end - begin, matches.consumed);
+    m_waitingAt = reachesEnd ? end : -1; // more may have arrived since
     scanOn();
     if (m_origin && count() > 0) {
         const qint64 index = upperBound(*m_origin - 1);

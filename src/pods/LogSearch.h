@@ -27,6 +27,8 @@ public:
     qint64 currentNumber() const;
     /// Its stored position; -1 when there is none.
     qint64 current() const { return m_current; }
+    /// Lines that may hold more matches: the pattern is too complicated for them.
+    qint64 cutOffLines() const { return m_cutOff + (m_isLastCutOff ? 1 : 0); }
     /// Part of the text has not been looked at yet.
     bool isSearching() const
     {
@@ -42,7 +44,7 @@ Q_SIGNALS:
 private:
     void restart();
     void scanOn();
-    void scanned(quint64 request, qint64 begin, bool reachesEnd, const LogScan::Matches &matches);
+    void scanned(quint64 request, qint64 begin, qint64 end, bool reachesEnd, const LogScan::Matches &matches);
     qint64 at(qint64 index) const;
     /// The index of the first match behind a position.
     qint64 upperBound(qint64 position) const;
@@ -52,6 +54,8 @@ private:
     LogPattern m_pattern;
     AscendingList m_found;
     std::vector<qint64> m_inLastLine; ///< of a line that has not ended: found again with each scan
+    qint64 m_cutOff = 0;
+    bool m_isLastCutOff = false;
     qint64 m_place = 0; ///< how far the shown text has been searched
     qint64 m_span = LogScan::usualSpan;
     qint64 m_waitingAt = -1; ///< the size at which only an unfinished line was left

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <linux/magic.h>
+#include <numeric>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
@@ -44,6 +45,12 @@ FileDescriptor nameless(const QByteArray &folder)
 
 } // namespace
 
+qint64 totalLength(const std::vector<LogRange> &ranges)
+{
+    return std::accumulate(ranges.cbegin(), ranges.cend(), qint64(0),
+        [](qint64 sum, const LogRange &range) { return sum + range.length; });
+}
+
 QByteArrayView LogBytes::piece(qint64 start, qint64 length) const
 {
     length = std::min(length, m_size - start);
@@ -61,12 +68,8 @@ QByteArrayView LogBytes::piece(qint64 start, qint64 length) const
 
 QByteArray LogBytes::read(const std::vector<LogRange> &ranges) const
 {
-    qint64 total = 0;
-    for (const LogRange &range : ranges) {
-        total += range.length;
-    }
     QByteArray result;
-    result.reserve(static_cast<qsizetype>(total));
+    result.reserve(static_cast<qsizetype>(totalLength(ranges)));
     for (LogRange range : ranges) {
         while (range.length > 0) {
             const QByteArrayView next = piece(range.start, range.length);
@@ -129,7 +132,10 @@ LogBytes LogStore::bytes() const
 
 qint64 LogStore::append(QByteArrayView bytes)
 {
-    const qsizetype wanted = bytes.size();
+    if (m_full) {
+        return 0;
+    }
+    const QByteArrayView all = bytes;
     while (!bytes.isEmpty() && makeRoom()) {
         const auto count = static_cast<qsizetype>(std::min<qint64>(m_room, bytes.size()));
         ssize_t written = count;
@@ -150,7 +156,12 @@ qint64 LogStore::append(QByteArrayView bytes)
         m_room -= written;
         bytes = bytes.sliced(written);
     }
-    return wanted - bytes.size();
+    qsizetype kept = all.size() - bytes.size();
+    while (m_full && kept > 0 && (static_cast<unsigned char>(all[kept]) & 0xC0) == 0x80) {
+        --kept; // whole characters only
+        --m_size;
+    }
+    return kept;
 }
 
 bool LogStore::makeRoom()

@@ -24,6 +24,8 @@ struct LogRange
     friend bool operator==(const LogRange &, const LogRange &) = default;
 };
 
+qint64 totalLength(const std::vector<LogRange> &ranges);
+
 /// The bytes of a log as they were at one moment; cheap to copy, and readable from any thread while the log
 /// grows or goes away.
 class LogBytes
@@ -65,7 +67,8 @@ public:
     /// Uses the first of the folders that is on a disk, else the first that can be written at all.
     explicit LogStore(const QStringList &folders, Write write = {});
 
-    /// Adds bytes at the end and returns how many of them are kept: all, unless the limit is reached.
+    /// Adds bytes (whole characters) at the end and returns how many of them are kept: all, unless the limit
+    /// is reached.
     qint64 append(QByteArrayView bytes);
     LogBytes bytes() const;
     qint64 size() const { return m_size; }

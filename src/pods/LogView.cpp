@@ -19,7 +19,6 @@ namespace tidewright {
 
 namespace {
 
-constexpr int margin = 14; // also room for the mark of a continued line
 constexpr int rowsPerNotch = 3;
 constexpr int smallestZoom = -5;
 constexpr int largestZoom = 16;
@@ -86,6 +85,12 @@ void LogView::setTextFont(const QFont &font)
     zoom(0);
 }
 
+void LogView::setBackground(const QColor &color)
+{
+    m_lines.changeAppearance().background = color;
+    viewport()->update();
+}
+
 void LogView::setHint(const QString &hint)
 {
     if (hint != m_hint) {
@@ -96,7 +101,7 @@ void LogView::setHint(const QString &hint)
 
 void LogView::setHighlight(const LogPattern &pattern, qint64 current)
 {
-    m_pattern = pattern;
+    m_lines.setPattern(pattern);
     m_current = current;
     viewport()->update();
 }
@@ -331,20 +336,16 @@ void LogView::changeEvent(QEvent *event)
     }
 }
 
-std::vector<LogHighlight> LogView::highlights(qint64 line, const LogLineLayout &layout) const
+std::vector<LogHighlight> LogView::highlights(qint64 line, const LogLineLayout &layout)
 {
     std::vector<LogHighlight> result;
     const LogProjection &shown = m_document.shown();
     const qint64 start = shown.lineStart(line);
-    if (!m_pattern.isEmpty() && m_pattern.isValid()) {
-        const QByteArray bytes = m_lines.bytes(line);
-        const QByteArrayView content = QByteArrayView(bytes).first(layout.text().bytes.back());
-        for (const LogRange &match : m_pattern.matches(content, 2000)) {
-            const bool isCurrent = shown.position(start + match.start) == m_current;
-            result.push_back({layout.text().unitOf(match.start), layout.text().unitOf(match.end()),
-                isCurrent ? QColor(0xFF, 0xD7, 0x5F) : QColor(0x6B, 0x5A, 0x10),
-                isCurrent ? QColor(Qt::black) : QColor(Qt::white)});
-        }
+    for (const LogRange &match : m_lines.matches(line)) {
+        const bool isCurrent = shown.position(start + match.start) == m_current;
+        result.push_back({layout.text().unitOf(match.start), layout.text().unitOf(match.end()),
+            isCurrent ? QColor(0xFF, 0xD7, 0x5F) : QColor(0x6B, 0x5A, 0x10),
+            isCurrent ? QColor(Qt::black) : QColor(Qt::white)});
     }
     if (hasSelection()) {
         const qint64 from = shown.place(std::min(m_anchor, m_cursor)) - start;
@@ -379,10 +380,7 @@ void LogView::paintEvent(QPaintEvent *event)
         if (firstRow < lastRow) {
             layout.draw(painter, QPointF(x, y), firstRow, lastRow, area.left(), area.right() + 1,
                 highlights(line, layout));
-            const qint64 start = m_document.shown().lineStart(line);
-            const char before
-                = start > 0 ? m_document.bytes().at(m_document.shown().position(start - 1)) : '\n';
-            if (before != '\n' && before != '\r') {
+            if (m_lines.continues(line)) {
                 painter.setFont(appearance().font);
                 painter.setPen(namedColour(QStringLiteral("solarized-base01")));
                 painter.drawText(QPointF(1, y + appearance().ascent), QString(continuationMark));

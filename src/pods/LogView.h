@@ -4,6 +4,7 @@
 #include "pods/LogLineCache.h"
 
 #include <QAbstractScrollArea>
+#include <QElapsedTimer>
 
 namespace tidewright {
 
@@ -21,9 +22,11 @@ public:
     /// Of source n, entry n modulo their number; an invalid one stands for the view's own text colour.
     void setSourceColours(const QList<QColor> &colours);
     void setTextFont(const QFont &font);
+    void setBackground(const QColor &color);
     const LogAppearance &appearance() const { return m_lines.appearance(); }
     /// What stands in the view while there is no text.
     void setHint(const QString &hint);
+    QString hint() const { return m_hint; }
 
     bool isWrapping() const { return m_wrapping; }
     void setWrapping(bool wrapping);
@@ -44,6 +47,8 @@ public:
     void setHighlight(const LogPattern &pattern, qint64 current);
 
     bool hasSelection() const { return m_anchor != m_cursor; }
+    /// The bytes of it that are shown.
+    qint64 selectedSize() const;
     /// The selected bytes of the store, those that are shown.
     std::vector<LogRange> selectedRanges() const;
     void selectAll();
@@ -104,7 +109,8 @@ private:
     qint64 lastLine() const { return m_document.shown().lineCount() - 1; }
 
     // Painting
-    std::vector<LogHighlight> highlights(qint64 line, const LogLineLayout &layout) const;
+    static constexpr int margin = 14; ///< also room for the mark of a continued line
+    std::vector<LogHighlight> highlights(qint64 line, const LogLineLayout &layout);
 
     // Selecting
     Hit hitAt(QPoint point);
@@ -133,7 +139,6 @@ private:
     qreal m_widest = 0; ///< of the lines that have been seen
     QString m_hint;
 
-    LogPattern m_pattern;
     qint64 m_current = -1;
 
     qint64 m_anchor = 0; ///< of the selection, stored positions

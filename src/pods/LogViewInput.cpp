@@ -17,18 +17,8 @@ namespace tidewright {
 
 namespace {
 
-constexpr int margin = 14;
 constexpr qint64 copiedAtOnce = qint64(1) << 20;
 constexpr qint64 copyLimit = qint64(256) << 20;
-
-qint64 total(const std::vector<LogRange> &ranges)
-{
-    qint64 sum = 0;
-    for (const LogRange &range : ranges) {
-        sum += range.length;
-    }
-    return sum;
-}
 
 bool isWordCharacter(QChar c)
 {
@@ -116,10 +106,15 @@ std::vector<LogRange> LogView::selectedRanges() const
     return m_document.shownRanges({from, std::max(m_anchor, m_cursor) - from});
 }
 
+qint64 LogView::selectedSize() const
+{
+    const LogProjection &shown = m_document.shown();
+    return shown.place(std::max(m_anchor, m_cursor)) - shown.place(std::min(m_anchor, m_cursor));
+}
+
 void LogView::copy()
 {
-    std::vector<LogRange> ranges = selectedRanges();
-    const qint64 size = total(ranges);
+    const qint64 size = selectedSize();
     if (size == 0) {
         return;
     }
@@ -127,10 +122,10 @@ void LogView::copy()
         Q_EMIT noticed(tr("%1 are too much for the clipboard; save the log to a file instead.")
                            .arg(QLocale().formattedDataSize(size)));
     } else if (size <= copiedAtOnce) {
-        QGuiApplication::clipboard()->setText(plainText(m_document.bytes().read(ranges)));
+        QGuiApplication::clipboard()->setText(plainText(m_document.bytes().read(selectedRanges())));
     } else {
         logQueue().post(
-            [self = QPointer<LogView>(this), bytes = m_document.bytes(), ranges = std::move(ranges)] {
+            [self = QPointer<LogView>(this), bytes = m_document.bytes(), ranges = selectedRanges()] {
                 postToMain(self, [text = plainText(bytes.read(ranges))](LogView &view) {
                     QGuiApplication::clipboard()->setText(text);
                     Q_EMIT view.noticed(tr("Copied."));
@@ -215,9 +210,8 @@ void LogView::mouseReleaseEvent(QMouseEvent *event)
     m_dragging = false;
     m_dragTimer.stop();
     QClipboard *clipboard = QGuiApplication::clipboard();
-    const std::vector<LogRange> ranges = selectedRanges();
-    if (clipboard->supportsSelection() && hasSelection() && total(ranges) <= copiedAtOnce) {
-        clipboard->setText(plainText(m_document.bytes().read(ranges)), QClipboard::Selection);
+    if (clipboard->supportsSelection() && hasSelection() && selectedSize() <= copiedAtOnce) {
+        clipboard->setText(plainText(m_document.bytes().read(selectedRanges())), QClipboard::Selection);
     }
 }
 

@@ -10,12 +10,21 @@
 
 #include <QMenu>
 
+#include <algorithm>
+
 namespace tidewright {
 
 namespace {
 
-constexpr int desiredColumn = 2;
 const auto nothingScaled = QStringLiteral("Nothing was scaled");
+
+int desiredColumn()
+{
+    const auto columns = deploymentKind().columns;
+    const auto desired = std::find_if(columns.begin(), columns.end(),
+        [](const Column &column) { return column.identifier == QLatin1String("desired"); });
+    return static_cast<int>(desired - columns.begin());
+}
 
 const Deployment &deploymentAt(const ArrangingModel &model, int row)
 {
@@ -33,7 +42,7 @@ void setFocusPolicies(ReplicaCell &cell, Qt::FocusPolicy policy)
 DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
     : SharedContentViewController(deploymentKind(), window, parent)
     , m_cells(new VisibleCells(
-          tableView(), desiredColumn, [this](const QModelIndex &index) { return ensureCell(index); },
+          tableView(), desiredColumn(), [this](const QModelIndex &index) { return ensureCell(index); },
           [](const QWidget &cell) { return static_cast<const ReplicaCell &>(cell).isBeingChanged(); }))
 {
     connect(tableView().selectionModel(), &QItemSelectionModel::currentRowChanged, this,
@@ -165,7 +174,7 @@ void DeploymentController::extendContextMenu(QMenu &menu)
 {
     const int clicked = tableView().clickedRow();
     const QPersistentModelIndex row
-        = arrangedObjects().index(clicked >= 0 ? clicked : tableView().currentIndex().row(), desiredColumn);
+        = arrangedObjects().index(clicked >= 0 ? clicked : tableView().currentIndex().row(), desiredColumn());
     QAction *action = menu.addAction(QStringLiteral("Scale…"), this, [this, row] {
         if (row.isValid()) {
             tableView().scrollTo(row);

@@ -73,8 +73,9 @@ Column completionsColumn()
     Column column = textColumn<Job>("completions", QStringLiteral("Completions"), &Job::getCompletions, 115);
     column.sortKey = [](const KubeTableItem &item) {
         const auto &job = static_cast<const Job &>(item);
-        return SortKey(
-            static_cast<double>(job.succeeded) / static_cast<double>(qMax(qint64(1), job.completions)));
+        const auto succeeded = static_cast<double>(job.succeeded);
+        // One that wants nothing has all of it, as with availability.
+        return SortKey(job.completions > 0 ? succeeded / static_cast<double>(job.completions) : 2);
     };
     column.image
         = [](const KubeTableItem &item) { return static_cast<const Job &>(item).getCompletionsImage(); };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/ChildProcess.h"
 #include "platform/PipeReader.h"
+#include "platform/ProcessSetup.h"
 #include "support/TestSupport.h"
 
 #include <QElapsedTimer>
@@ -61,7 +62,7 @@ private Q_SLOTS:
     {
         // What an application may have: descriptors from whoever started it, ignored and blocked signals.
         QVERIFY(::open("/dev/null", O_RDONLY) >= 0);
-        std::signal(SIGPIPE, SIG_IGN);
+        ignoreHarmlessSignals();
         sigset_t blocked;
         sigemptyset(&blocked);
         sigaddset(&blocked, SIGUSR1);
@@ -113,6 +114,23 @@ private Q_SLOTS:
         child.process.setNiceness(3);
         QCOMPARE(child.start(), std::nullopt);
         QCOMPARE(child.read().output.toInt(), std::min(19, getpriority(PRIO_PROCESS, 0) + 3));
+    }
+
+    void descriptorLimit()
+    {
+        rlimit before{};
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &before), 0);
+        rlimit limit{200, before.rlim_max};
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+        raiseDescriptorLimit();
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+        QCOMPARE(limit.rlim_cur, before.rlim_max);
+        Child child(QString{});
+        child.process.setExecutable(QStringLiteral("/bin/sh"));
+        child.process.setArguments({QStringLiteral("-c"), QStringLiteral("ulimit -n")});
+        QCOMPARE(child.start(), std::nullopt);
+        QCOMPARE(child.read().output, QByteArray("200\n"));
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &before), 0);
     }
 
     void failsToStart_data()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/ProcessSetup.h"
 #include "platform/UserDefaults.h"
 
 #include <QDeadlineTimer>
@@ -14,7 +15,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
 #include <iostream>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -426,7 +426,7 @@ private:
 
 int main(int argc, char **argv)
 {
-    std::signal(SIGXFSZ, SIG_IGN); // too large a file is an error, as a full disk is
+    ignoreHarmlessSignals();
     QCoreApplication application(argc, argv);
     if (argc == 4 && qstrcmp(argv[1], "--write") == 0) {
         return writeSettings(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));

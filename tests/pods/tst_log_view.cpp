@@ -252,6 +252,25 @@ private Q_SLOTS:
         }
     }
 
+    void marksLongLinesAsTheyAreFound_data()
+    {
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<std::vector<LogRange>>("inSecondPiece");
+        QTest::newRow("begin of the line") << u"^.."_s << std::vector<LogRange>{};
+        QTest::newRow("across the cut") << u"A+"_s << std::vector<LogRange>{{-96, 200}};
+        QTest::newRow("end of the line") << u"b$"_s << std::vector<LogRange>{};
+    }
+    void marksLongLinesAsTheyAreFound()
+    {
+        QFETCH(QString, pattern);
+        Bench bench(m_folder.path());
+        bench.add(QString(4000, u'.') + QString(200, u'A') + QString(8000, u'b') + u'\n');
+        LogLineCache lines(bench.document);
+        lines.setPattern(LogPattern(pattern, true, true));
+        QCOMPARE(bench.document.shown().lineStart(1), 4096);
+        QTEST(lines.matches(1), "inSecondPiece");
+    }
+
     void screenReadersGetWhatIsVisible()
     {
         Bench bench(m_folder.path());
@@ -290,6 +309,11 @@ private Q_SLOTS:
         bench.add(u" and line 1999\nline 1999\n"_s);
         QTRY_COMPARE(search.count(), 4);
         QCOMPARE(search.currentNumber(), 2);
+        // So is what arrives while the text before it is looked at.
+        search.setPattern(LogPattern(u"line 1999"_s, true, false), 0);
+        bench.document.append(0, u"line 1999\n"_s);
+        bench.document.commit();
+        QTRY_COMPARE(search.count(), 5);
         bench.document.setFilter(LogPattern(u"unfinished"_s, true, false));
         QTRY_COMPARE(search.count(), 2);
         search.setPattern(LogPattern(u"^\\w+ line"_s, true, true), 0);

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The logs window: its streams over the fake tool, and all of it over the demo cluster through real kubectl.
 #include "core/ApplicationRecord.h"
+#include "core/Console.h"
 #include "demo/DemoProcess.h"
 #include "platform/MainQueue.h"
+#include "platform/ProcessSetup.h"
 #include "pods/ColorBoxCellView.h"
 #include "pods/ColorIndexView.h"
 #include "pods/CombinedLogsViewController.h"
@@ -12,6 +14,7 @@
 #include "resources/NamedImages.h"
 #include "support/TestSupport.h"
 
+#include <QDeadlineTimer>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QLineEdit>
@@ -21,6 +24,7 @@
 #include <QTest>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace tidewright;
@@ -86,13 +90,46 @@ qint64 anonymousBytes()
     return -1;
 }
 
+/// What the children whose ids are in a folder have written until now.
+qint64 bytesWritten(const QString &pids)
+{
+    qint64 sum = 0;
+    for (const qint64 pid : pidsIn(pids)) {
+        for (const QByteArray &line : read(QStringLiteral("/proc/%1/io").arg(pid)).split('\n')) {
+            sum += line.startsWith("wchar:") ? line.mid(6).trimmed().toLongLong() : 0;
+        }
+    }
+    return sum;
+}
+
+/// Waits, without events, until a number has grown beyond a megabyte and has not changed for a while.
+bool standsStill(const std::function<qint64()> &number)
+{
+    const QDeadlineTimer deadline(patience);
+    qint64 last = 0;
+    QElapsedTimer unchanged;
+    while (!deadline.hasExpired()) {
+        if (const qint64 now = number(); now != last || now < 1'000'000) {
+            last = now;
+            unchanged.start();
+        } else if (unchanged.hasExpired(300)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 class tst_log_window : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { mainQueue(); }
+    void initTestCase()
+    {
+        mainQueue();
+        ignoreHarmlessSignals();
+    }
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
@@ -108,10 +145,18 @@ private Q_SLOTS:
         qunsetenv("FAKE_TOOL_RECORD");
     }
 
+    void startsEachStreamOnce_data()
+    {
+        QTest::addColumn<QString>("nameSpace");
+        QTest::newRow("a namespace") << u"team"_s;
+        QTest::newRow("a name with a space is one argument") << u"All Namespaces"_s;
+    }
     void startsEachStreamOnce()
     {
-        auto &content = open({{u"web"_s, u"app"_s}, {u"deploy/db"_s, allContainers}}, u"/etc/kc"_s);
-        QCOMPARE(m_window->windowTitle(), u"team Logs | app,--all-containers"_s);
+        QFETCH(QString, nameSpace);
+        auto &content = open(
+            {{u"web"_s, u"app"_s}, {u"deploy/db"_s, allContainers}}, u"/etc/kc"_s, u"demo"_s, nameSpace);
+        QCOMPARE(m_window->windowTitle(), nameSpace + u" Logs | app,--all-containers"_s);
         QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
         m_window->hide();
         m_window->show();
@@ -119,8 +164,8 @@ private Q_SLOTS:
         QCOMPARE(content.document().size(), 12);
         QByteArrayList expected;
         for (const char *rest : {"\"web\"\n\"app\"\n", "\"deploy/db\"\n\"--all-containers\"\n"}) {
-            expected.append(QByteArray("\"logs\"\n\"-f\"\n\"--tail=50\"\n\"--context=demo\"\n\"-nteam\"\n")
-                + rest + "KUBECONFIG=/etc/kc\n");
+            expected.append(QByteArray("\"logs\"\n\"-f\"\n\"--tail=50\"\n\"--context=demo\"\n\"-n")
+                + nameSpace.toUtf8() + "\"\n" + rest + "KUBECONFIG=/etc/kc\n");
         }
         const QByteArray record = read(path(u"record"_s));
         QVERIFY2(
@@ -192,6 +237,16 @@ private Q_SLOTS:
             m_window->statusText().contains(u"all streams have ended"_s), qPrintable(m_window->statusText()));
     }
 
+    void withoutDescriptorsTheIndexSaysWhy()
+    {
+        const NoDescriptorsLeft none;
+        auto &content = open(pairs(1));
+        QTRY_VERIFY_WITH_TIMEOUT(!content.hasRunningStreams(), patience);
+        QTRY_COMPARE(content.sources()[0].errors, u"No process defined"_s);
+        const QString tip = content.colorIndexTableView()->item(0, 0)->toolTip();
+        QVERIFY2(tip.contains(u"too many files or streams are open"_s), qPrintable(tip));
+    }
+
     void closingEndsTheChildren_data()
     {
         QTest::addColumn<QByteArray>("script");
@@ -227,10 +282,12 @@ private Q_SLOTS:
     void aFloodFillsNoMemory()
     {
         constexpr qint64 size = 64'000'000; // of each of two
-        setScript("fill " + QByteArray::number(size) + " exit 0");
+        QVERIFY(QDir(m_folder->path()).mkdir(u"pids"_s));
+        const QString pids = path(u"pids"_s);
+        setScript("pidfile " + QFile::encodeName(pids) + " fill " + QByteArray::number(size) + " exit 0");
         const qint64 before = anonymousBytes();
         auto &content = open(pairs(2));
-        QThread::sleep(1); // the main thread takes nothing while all of it could arrive
+        QVERIFY(standsStill([&] { return bytesWritten(pids); })); // the main thread takes nothing
         const qint64 waiting = anonymousBytes() - before;
         QVERIFY2(waiting < 40'000'000 || sanitized, qPrintable(QString::number(waiting)));
         QTRY_VERIFY_WITH_TIMEOUT(!content.hasRunningStreams(), 90'000);
@@ -246,6 +303,7 @@ private Q_SLOTS:
         const QRect cell = table->visualItemRect(table->item(1, 0));
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell.center());
         QVERIFY(content.document().isSourceHidden(1));
+        QVERIFY(content.logTextView()->hasFocus()); // the keys still scroll the log
         QTRY_COMPARE(content.logTextView()->visibleText(), u"hello"_s);
         QVERIFY(table->item(1, 2)->text().startsWith(u"hidden"_s));
         QTest::keyClick(table, Qt::Key_Up);
@@ -286,8 +344,75 @@ private Q_SLOTS:
         QTRY_VERIFY(!labelWith(u"could not be saved"_s).isEmpty());
         m_window->filterBar().close();
         QTRY_COMPARE(content.logTextView()->visibleText(), u"one\ntwo\nONE red"_s);
+    }
+
+    void anEmptyViewSaysWhy()
+    {
+        setScript("until " + QFile::encodeName(path(u"go"_s)) + " out hello\\n hang");
+        auto &content = open(pairs(2));
+        const auto hint = [&] { return content.logTextView()->hint(); };
+        QCOMPARE(hint(), u"Waiting for output of 2 containers…"_s);
+        QVERIFY(QFile(path(u"go"_s)).open(QIODevice::WriteOnly));
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
+        m_window->filterBar().open(u"nowhere"_s);
+        QTRY_COMPARE(hint(), u"No line matches the filter."_s);
+        content.toggleSource(0);
+        content.toggleSource(1);
+        QTRY_COMPARE(hint(), u"All containers are hidden."_s);
         QTest::keyClick(m_window, Qt::Key_K, Qt::ControlModifier);
+        QCOMPARE(content.document().size(), 12);
+        QTest::keyClick(m_window, Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(content.document().size(), 0);
+        QTRY_COMPARE(hint(), u"Cleared."_s);
+        content.windowWillClose();
+        delete m_window;
+        setScript("err no\\x20such\\x20pod exit 1");
+        auto &failed = open(pairs(1));
+        QTRY_VERIFY2_WITH_TIMEOUT(failed.logTextView()->hint().endsWith(u"pod-0: no such pod"_s),
+            qPrintable(failed.logTextView()->hint()), patience);
+    }
+
+    void aSaveOutlivesItsWindow_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<qint64>("saved");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("saved") << u"saved.log"_s << qint64(50'000'000) << QString();
+        QTest::newRow("failed") << u"no/folder.log"_s << qint64(0) << u"could not be saved"_s;
+    }
+    void aSaveOutlivesItsWindow()
+    {
+        QFETCH(QString, name);
+        QFETCH(qint64, saved);
+        QFETCH(QString, said);
+        RecordingConsole console;
+        setMainConsoleLookup([&] { return &console; });
+        auto &content = open(pairs(1));
+        content.document().append(0, QString(50'000'000 - 6, u'x'));
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 50'000'000, patience);
+        m_window->saveTo(path(name));
+        delete m_window;
+        QTRY_COMPARE(QFileInfo(path(name)).size(), saved);
+        QTRY_VERIFY2(console.entries.join(u'|').contains(said), qPrintable(console.entries.join(u'|')));
+        QCOMPARE(console.entries.isEmpty(), said.isEmpty());
+        setMainConsoleLookup({});
+    }
+
+    void withoutRoomTheStreamsEnd()
+    {
+        rlimit before{};
+        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+        rlimit limited = before;
+        limited.rlim_cur = 1'000'000;
+        setScript("fill 99999999999");
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+        auto &content = open(pairs(2));
+        QTRY_VERIFY_WITH_TIMEOUT(!content.hasRunningStreams() && !content.sources().empty(), 2 * patience);
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
+        QVERIFY(content.document().size() >= LogStore::memoryLimit);
+        QTRY_VERIFY2(m_window->statusText().startsWith(u"Stopped: "_s)
+                && m_window->statusText().contains(u"all streams have ended"_s),
+            qPrintable(m_window->statusText()));
     }
 
     void nothingIsLostOnTheWay()
