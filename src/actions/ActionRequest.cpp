@@ -2,12 +2,14 @@
 #include "actions/ActionRequest.h"
 
 #include "platform/Notifications.h"
+#include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
 
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QUuid>
+#include <QVBoxLayout>
 
 namespace tidewright {
 
@@ -16,9 +18,14 @@ namespace {
 constexpr qsizetype longestText = 4000; // more fits no screen, and laying it out takes long
 constexpr int tallestForm = 420;
 
+/// More lines than these would push the buttons off the screen.
+constexpr int mostLines = 24;
+
 QString shortened(const QString &text)
 {
-    return text.size() > longestText ? QString(text.left(longestText) + QChar(0x2026)) : text;
+    const QString lines = text.section(QLatin1Char('\n'), 0, mostLines - 1);
+    const QString part = lines.left(longestText);
+    return part.size() < text.size() ? QString(part + QChar(0x2026)) : text;
 }
 
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})
@@ -50,6 +57,20 @@ QWidget *fittingTheScreen(ActionForm *form)
     return area;
 }
 
+QWidget *withPlace(QWidget *form, const QString &place)
+{
+    if (place.isEmpty()) {
+        return form;
+    }
+    auto *both = new QWidget;
+    auto *column = new QVBoxLayout(both);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(form);
+    column->addWidget(confirmationDetails(place));
+    both->setFocusProxy(form);
+    return both;
+}
+
 } // namespace
 
 void showRequest(const ActionRequest &request, std::function<void(const ActionAnswer &)> answered)
@@ -58,7 +79,8 @@ void showRequest(const ActionRequest &request, std::function<void(const ActionAn
     case ActionRequest::Kind::None:
         return;
     case ActionRequest::Kind::Dialog:
-        ask(request, nullptr, [answered = std::move(answered)](bool first) { answered(first); });
+        ask(request, request.place.isEmpty() ? nullptr : confirmationDetails(request.place),
+            [answered = std::move(answered)](bool first) { answered(first); });
         return;
     case ActionRequest::Kind::Notification:
         deliverNotification({QUuid::createUuid().toString(QUuid::WithoutBraces), text(request, "title"),
@@ -67,7 +89,7 @@ void showRequest(const ActionRequest &request, std::function<void(const ActionAn
         return;
     case ActionRequest::Kind::Form: {
         auto *form = new ActionForm(request.fields);
-        ask(request, fittingTheScreen(form),
+        ask(request, withPlace(fittingTheScreen(form), request.place),
             [form = QPointer(form), answered = std::move(answered)](bool first) {
                 if (first && form) {
                     answered(form->values());

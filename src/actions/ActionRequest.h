@@ -20,6 +20,7 @@ struct ActionRequest
     /// "informative_text". What is absent has a default.
     QMap<QString, QString> state;
     std::vector<FormField> fields; ///< of a form
+    QString place; ///< where the script acts, for the question; may be empty
 };
 
 /// Nothing (a notification), whether the first button was chosen (a dialog), or what was filled in (a form).

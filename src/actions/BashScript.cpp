@@ -12,6 +12,9 @@ namespace tidewright {
 
 namespace {
 
+// Everything that a script prints is kept in the console's entry.
+constexpr qsizetype outputLimit = qsizetype(64) << 20;
+
 // `env` takes a word with an equals sign for one more variable, so a shell stands before a path that has one.
 const auto runsItsArgument = QStringLiteral("exec \"$0\"");
 
@@ -56,7 +59,9 @@ void BashScript::runScript(
         actionTerminal()(terminalCommand(*complete, scriptURL()));
         running.end();
     } else {
-        Shell::create()->runAsync(backgroundCommand(*complete, scriptURL()), true, nullptr,
+        const auto shell = Shell::create();
+        shell->outputLimit = outputLimit;
+        shell->runAsync(backgroundCommand(*complete, scriptURL()), true, nullptr,
             [running](const ShellResult &) { running.end(); });
     }
 }

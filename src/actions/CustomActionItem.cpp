@@ -18,6 +18,21 @@ namespace {
 constexpr int menuIconPoints = 16;
 constexpr int menuIconScale = 2; // stays sharp on dense screens
 
+/// What runs for what, and where.
+QString described(const QString &title, const ActionEnvironment &environment, const ChangePlace &place)
+{
+    QStringList lines{QStringLiteral("Action: ") + title};
+    for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
+        static const QStringList places{
+            QStringLiteral("KUBECONFIG"), QStringLiteral("CONTEXT"), QStringLiteral("NAMESPACE")};
+        if (!places.contains(entry.key())) {
+            const QString noun = entry.key().left(1) + entry.key().mid(1).toLower();
+            lines.append(noun + QLatin1String(": ") + entry.value());
+        }
+    }
+    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n') + place.text();
+}
+
 void tellMissing(const QStringList &names)
 {
     const QString message
@@ -91,7 +106,8 @@ QIcon CustomActionItem::menuIcon() const
     return QIcon(pixmap);
 }
 
-void CustomActionItem::performAction(const ActionEnvironment &environment)
+void CustomActionItem::performAction(
+    const ActionEnvironment &environment, const std::optional<ChangePlace> &place)
 {
     if (!isActiveIn(environment.value(QStringLiteral("CONTEXT")))) {
         return;
@@ -105,8 +121,14 @@ void CustomActionItem::performAction(const ActionEnvironment &environment)
         return;
     }
     showConfirmation(nullptr, QStringLiteral("Confirm Action"), *m_config.show_warning_text,
-        QStringLiteral("OK"), QStringLiteral("Cancel"), nullptr, [run](bool confirmed) {
-            if (confirmed) {
+        QStringLiteral("OK"), QStringLiteral("Cancel"),
+        place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
+        [run, place](bool confirmed) {
+            if (confirmed && place && !place->isStillShown()) {
+                if (place->window) {
+                    refuseMovedChange(*place->window, QStringLiteral("The action was not run"));
+                }
+            } else if (confirmed) {
                 run();
             }
         });

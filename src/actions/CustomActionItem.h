@@ -3,6 +3,7 @@
 
 #include "actions/CustomActionConfig.h"
 #include "actions/Script.h"
+#include "resources/ClusterChange.h"
 
 #include <QIcon>
 #include <QImage>
@@ -41,8 +42,10 @@ public:
     bool isActiveIn(const QString &context) const { return m_config.isActiveIn(context); }
 
     /// Asks the user when the configuration wants it, and runs the script on the custom action queue.
-    /// Nothing happens in a context in which the action is not active. Returns at once. Main thread.
-    void performAction(const ActionEnvironment &environment);
+    /// Nothing happens in a context in which the action is not active, nor when the window has left `place`
+    /// (if given) by the time of the answer; its console says so. Returns at once. Main thread.
+    void performAction(
+        const ActionEnvironment &environment, const std::optional<ChangePlace> &place = std::nullopt);
     /// Adds KUBECTL and the user's variables that the action needs. Nothing when one is missing; the user is
     /// told then. Any thread.
     std::optional<ActionEnvironment> buildEnvironment(ActionEnvironment environment) const;

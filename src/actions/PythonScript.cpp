@@ -22,6 +22,8 @@ struct PythonScript::Loaded
 {
     py::object pythonActionModule;
     py::object pythonActionInstance;
+    int run = 0; ///< the number of the latest run
+    QString place; ///< where that run acts
 };
 
 struct PythonScript::Call
@@ -29,6 +31,7 @@ struct PythonScript::Call
     py::object instance;
     const char *hostFunction; ///< of the module tidewright_host
     py::tuple arguments;
+    int run = 0;
 };
 
 namespace {
@@ -217,6 +220,10 @@ bool PythonScript::load(const ActionEnvironment &environment, Call &call)
         return false;
     }
     call.instance = made[0];
+    call.run = ++m_loaded->run;
+    m_loaded->place = QStringLiteral("Context: %1\nNamespace: %2")
+                          .arg(environment.value(QStringLiteral("CONTEXT")),
+                              environment.value(QStringLiteral("NAMESPACE")));
     m_loaded->pythonActionInstance = made[0];
     return true;
 }
@@ -226,23 +233,32 @@ void PythonScript::callPython(const std::shared_ptr<CustomActionItem> &item, con
     const py::tuple outcome = host().attr(call.hostFunction)(call.instance, *call.arguments);
     postLog(textList(outcome[0]));
     if (!outcome[1].is_none()) {
-        const ActionRequest request = actionRequest(outcome[1], outcome[2], outcome[3]);
-        mainQueue().post([item, request] {
-            showRequest(request, [item](const ActionAnswer &answer) { callBack(item, answer); });
+        ActionRequest request = actionRequest(outcome[1], outcome[2], outcome[3]);
+        request.place = m_loaded->place;
+        mainQueue().post([item, request, run = call.run] {
+            showRequest(request, [item, run](const ActionAnswer &answer) { callBack(item, run, answer); });
         });
     } else if (!outcome[4].is_none()) {
         postPythonException(text(outcome[4]));
     }
 }
 
-void PythonScript::callBack(const std::shared_ptr<CustomActionItem> &item, const ActionAnswer &answer)
+void PythonScript::callBack(
+    const std::shared_ptr<CustomActionItem> &item, int run, const ActionAnswer &answer)
 {
-    customActionQueue().post([item, answer] {
+    customActionQueue().post([item, run, answer] {
         auto &script = static_cast<PythonScript &>(item->script());
         const py::gil_scoped_acquire lock;
+        if (script.m_loaded->run != run) {
+            // The instance of now may act somewhere else.
+            postConsoleError(QStringLiteral("The answer to \"%1\" was not used: the action was started again "
+                                            "meanwhile.")
+                                 .arg(item->title()));
+            return;
+        }
         try {
             script.callPython(
-                item, {script.m_loaded->pythonActionInstance, "answer", callbackArguments(answer)});
+                item, {script.m_loaded->pythonActionInstance, "answer", callbackArguments(answer), run});
         } catch (const std::exception &error) {
             postPythonException(QString::fromUtf8(error.what()));
         }

@@ -29,8 +29,9 @@ private:
     /// Calls an instance's function, forwards what it logged, and shows what it asks for or what is wrong
     /// with it. With the interpreter's lock.
     void callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call);
-    /// Gives an answer to the instance of the latest run, on the custom action queue.
-    static void callBack(const std::shared_ptr<CustomActionItem> &item, const ActionAnswer &answer);
+    /// Gives an answer to the instance of that run, on the custom action queue; to nobody when the action was
+    /// started again since, and the console says so.
+    static void callBack(const std::shared_ptr<CustomActionItem> &item, int run, const ActionAnswer &answer);
 
     std::shared_ptr<Loaded> m_loaded;
 };

@@ -16,13 +16,19 @@ const auto podScope = QStringLiteral("pod");
 const auto containerScope = QStringLiteral("container");
 /// Names tried between looks at the clock.
 constexpr int namesPerLook = 64;
-/// A pattern may be slow on every one of many names. What it has not matched by then it does not match.
+/// A pattern may be slow on every one of many names.
 constexpr auto patienceToEnable = std::chrono::milliseconds(15);
 constexpr auto patienceToRun = std::chrono::milliseconds(500);
 
+struct Match
+{
+    std::optional<QString> name;
+    bool timeIsUp = false; ///< not all names were tried
+};
+
 /// The first of `count` names that the pattern matches.
-std::optional<QString> firstMatch(const QString &pattern, int count,
-    const std::function<QString(int)> &nameAt, std::chrono::milliseconds patience)
+Match firstMatch(const QString &pattern, int count, const std::function<QString(int)> &nameAt,
+    std::chrono::milliseconds patience)
 {
     Glob glob(pattern);
     glob.compile();
@@ -30,13 +36,13 @@ std::optional<QString> firstMatch(const QString &pattern, int count,
     for (int number = 0; number < count; ++number) {
         const QString name = nameAt(number);
         if (glob.matches(name)) {
-            return name;
+            return {name};
         }
         if (number % namesPerLook == 0 && end.hasExpired()) {
-            break;
+            return {std::nullopt, true};
         }
     }
-    return std::nullopt;
+    return {};
 }
 
 QStringList selectedNames(const SharedContentViewController &table)
@@ -63,7 +69,8 @@ std::optional<QString> chosenName(
             return number < selectedCount ? selected.at(number)
                                           : shown.arrangedRow(number - selectedCount)->name;
         },
-        patienceToRun);
+        patienceToRun)
+        .name;
 }
 
 } // namespace
@@ -89,7 +96,7 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
         QStringLiteral("KUBECONFIG"), path.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : path);
     environment->insert(QStringLiteral("CONTEXT"), m_window.currentContext());
     environment->insert(QStringLiteral("NAMESPACE"), m_window.currentNamespace());
-    item->performAction(*environment);
+    item->performAction(*environment, ChangePlace(m_window));
 }
 
 std::optional<ActionEnvironment> ActionDispatcher::target(const CustomActionItem &item) const
@@ -163,7 +170,9 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     const auto nameAt = [&](int number) {
         return onlyShown ? shown.arrangedRow(number)->name : all[static_cast<std::size_t>(number)]->name;
     };
-    result = {table.generation(), filter, firstMatch(pattern, count, nameAt, patienceToEnable).has_value()};
+    // What took too long to find out is left to the run.
+    const Match match = firstMatch(pattern, count, nameAt, patienceToEnable);
+    result = {table.generation(), filter, match.name || match.timeIsUp};
     return result.matches;
 }
 

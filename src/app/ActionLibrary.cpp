@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ActionLibrary.h"
 
+#include "actions/ActionQueue.h"
 #include "core/Console.h"
+#include "platform/MainQueue.h"
 
 #include <QDesktopServices>
 #include <QUrl>
@@ -50,9 +52,15 @@ void ActionLibrary::collect(const std::vector<ActionNode> &nodes)
 
 void ActionLibrary::showInFinder()
 {
-    if (const auto folder = actionsFolderURL({})) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(*folder));
-    }
+    // Another load may be busy in the folder just now.
+    customActionQueue().post([] {
+        const auto folder = actionsFolderURL({});
+        mainQueue().post([folder] {
+            if (folder && !QDesktopServices::openUrl(QUrl::fromLocalFile(*folder))) {
+                postConsoleError(tr("No program could be found that opens the folder %1.").arg(*folder));
+            }
+        });
+    });
 }
 
 } // namespace tidewright

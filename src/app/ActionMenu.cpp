@@ -57,6 +57,9 @@ void ActionMenu::addFixedHead()
         [] { ActionLibrary::showInFinder(); });
     addAction(
         QStringLiteral("Reload Actions"), QKeySequence(tr("Ctrl+Alt+A")), &m_library, &ActionLibrary::reload);
+    for (QAction *command : actions()) {
+        command->setAutoRepeat(false);
+    }
     addSeparator();
 }
 

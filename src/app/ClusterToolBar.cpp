@@ -4,6 +4,7 @@
 #include "app/KubeSplitViewController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
+#include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
 
 #include <QFrame>
@@ -84,6 +85,9 @@ void ClusterToolBar::followShownTable()
 
 void ClusterToolBar::setCommands(const QList<QAction *> &commands)
 {
+    if (m_bar->actions() == commands) {
+        return;
+    }
     for (QAction *command : m_bar->actions()) {
         m_bar->removeAction(command);
     }
@@ -110,6 +114,11 @@ bool ClusterToolBar::eventFilter(QObject *watched, QEvent *event)
         return QWidget::eventFilter(watched, event);
     }
     m_content.currentWidget()->setFocus(Qt::OtherFocusReason);
+    const auto *table = m_content.shownTable();
+    if (key != Qt::Key_Escape && table && table->arrangedObjects().rowCount() > 0
+        && !table->tableView().selectionModel()->hasSelection()) {
+        table->tableView().selectRow(0); // what was looked for, ready for the next key
+    }
     return true;
 }
 

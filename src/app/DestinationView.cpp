@@ -65,6 +65,12 @@ void DestinationView::dragEnterEvent(QDragEnterEvent *event)
     setHighlighed(true);
 }
 
+void DestinationView::dragMoveEvent(QDragMoveEvent *event)
+{
+    event->setDropAction(Qt::CopyAction); // the files stay where they are
+    event->accept();
+}
+
 void DestinationView::dragLeaveEvent(QDragLeaveEvent *)
 {
     setHighlighed(false);
@@ -81,6 +87,10 @@ void DestinationView::dropEvent(QDropEvent *event)
 void DestinationView::confirmAndCreate(const QStringList &paths)
 {
     if (paths.isEmpty()) {
+        return;
+    }
+    if (m_window.currentNamespace() == allNamespaces) {
+        refuseChange(m_window, tr("Nothing was created"), tr("choose a namespace first."));
         return;
     }
     QStringList names;

@@ -465,7 +465,15 @@ void KubeSplitViewController::editNow(const QStringList &arguments, std::functio
     };
     m_edits.push_back(edit);
     edit->runAsync(arguments, true, m_console,
-        [finished = std::move(finished)](const ShellResult &) { mainQueue().post(finished); });
+        [finished = std::move(finished), console = m_console](const ShellResult &result) {
+            // Every other outcome has its entry.
+            if (result.error && result.error->startsWith(QLatin1String("Unexpected error: "))) {
+                mainQueue().post([console, error = *result.error] {
+                    postConsoleEntry(console, QString(), QString(), makeConsoleError(error));
+                });
+            }
+            mainQueue().post(finished);
+        });
 }
 
 } // namespace tidewright

@@ -49,6 +49,10 @@ ColorIndexView::ColorIndexView(QWidget *parent)
     setPalette(panelPalette(palette()));
     setFrameShape(QFrame::StyledPanel);
     setWidgetResizable(true);
+    // The table scrolls, the panel around it never does, however low it is.
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_table->setMinimumSize(1, 1);
     setFocusProxy(m_table);
     m_opacity->setOpacity(shown);
     setGraphicsEffect(m_opacity);

@@ -54,7 +54,12 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     const bool isForm = accessory && accessory->focusProxy();
     QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
     box->setDefaultButton(first);
-    if (!secondButton.isEmpty()) {
+    if (secondButton.isEmpty()) {
+        // The toolkit would take Escape for a press of the only button.
+        QPushButton *dismissal = box->addButton(QString(), QMessageBox::RejectRole);
+        dismissal->hide();
+        box->setEscapeButton(dismissal);
+    } else {
         QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
         box->setDefaultButton(isForm ? first : second);
         box->setEscapeButton(second);

@@ -98,7 +98,8 @@ public:
         QString buttons;
         for (const auto role : {QMessageBox::AcceptRole, QMessageBox::RejectRole}) {
             for (QAbstractButton *button : box->buttons()) {
-                buttons += box->buttonRole(button) == role ? u',' + button->text() : QString();
+                const bool isOne = button->isVisible() && box->buttonRole(button) == role;
+                buttons += isOne ? u',' + button->text() : QString();
             }
         }
         return box->text() + u'|' + box->informativeText() + u'|' + buttons.mid(1);

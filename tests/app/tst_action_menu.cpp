@@ -9,6 +9,7 @@
 #include "app/PrimaryContentController.h"
 #include "app/SidebarController.h"
 #include "app/ToolBarDialog.h"
+#include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerButton.h"
 #include "pods/PodController.h"
@@ -17,9 +18,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QTest>
 
 using namespace tidewright;
@@ -47,7 +50,10 @@ struct Actions
         QVERIFY(QDir().mkpath(path));
         QFile script(path + u"/main.sh"_s);
         QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write("#!/bin/sh\necho \"$KUBECONFIG $CONTEXT $NAMESPACE $POD$DEPLOYMENT $CONTAINER\"\n");
+        script.write(
+            "#!/bin/sh\necho \"$KUBECONFIG $CONTEXT $NAMESPACE \"\n"
+            "echo \"$POD$DEPLOYMENT$SERVICE$PERSISTENTVOLUME$CRONJOB$CONFIGMAP$SECRET$EVENT$ENDPOINT$JOB\"\n"
+            "echo \"$SERVICEACCOUNT$CLUSTERROLE$REPLICASET$DAEMONSET $CONTAINER\"\n");
         script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
         QFile file(path + u"/config.json"_s);
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -145,6 +151,9 @@ private Q_SLOTS:
     void freshInstallation();
     void targets_data();
     void targets();
+    void everyScope_data();
+    void everyScope();
+    void questionsSayWhere();
     void withoutAKubeConfigOfItsOwn();
     void lastAction();
     void toolbarIsTheUsers();
@@ -161,6 +170,7 @@ void tst_action_menu::menuFollowsTheFolders()
     const QStringList head{u"[Run Last Action]"_s, u"Show in Finder"_s, u"Reload Actions"_s, u"-"_s};
     QCOMPARE(app.shown(app.menu()), head + QStringList({u"Group && Co/[inner]"_s, u"zeta"_s}));
     QCOMPARE(app.menu().actions().at(0)->shortcut(), QKeySequence(u"Ctrl+'"_s));
+    QVERIFY(!app.menu().actions().at(0)->autoRepeat()); // held down, it runs once
     app.add(u"new"_s, R"({"scope":"nonsense"})");
     QVERIFY(QDir(app.cluster.path(u"data/Tidewright/Actions/zeta"_s)).removeRecursively());
     app.menu().actions().at(2)->trigger();
@@ -255,6 +265,81 @@ void tst_action_menu::targets()
     }
 }
 
+void tst_action_menu::everyScope_data()
+{
+    QTest::addColumn<QString>("listing");
+    QTest::addColumn<int>("fields");
+    const std::tuple<const char *, const char *, int> kinds[] = {{"service", "services", 6},
+        {"persistentvolume", "persistentvolumes", 8}, {"cronjob", "cj", 6}, {"configmap", "configmaps", 2},
+        {"secret", "secrets", 4}, {"event", "events", 7}, {"endpoint", "ep", 5}, {"job", "job", 7},
+        {"serviceaccount", "serviceaccounts", 3}, {"clusterrole", "clusterroles", 3}, {"replicaset", "rs", 5},
+        {"daemonset", "ds", 8}, {"deployment", "deploy", 6}, {"pod", "po", 7}};
+    for (const auto &[scope, listing, fields] : kinds) {
+        QTest::newRow(scope) << QString(u"get "_s + QString::fromLatin1(listing)) << fields;
+    }
+}
+
+void tst_action_menu::everyScope()
+{
+    QFETCH(QString, listing);
+    QFETCH(int, fields);
+    const QString scope = QString::fromLatin1(QTest::currentDataTag());
+    Actions app;
+    app.cluster.answer(listing, "thing-1" + QByteArray("\t1").repeated(fields - 1) + '\n');
+    app.add(u"plain"_s, R"({"scope":"%1"})"_ba.replace("%1", scope.toUtf8()));
+    app.add(u"pattern"_s,
+        R"({"scope":"%1","use_name_matching_pattern":"t*-1"})"_ba.replace("%1", scope.toUtf8()));
+    app.add(
+        u"other"_s, R"({"scope":"%1","use_name_matching_pattern":"x*"})"_ba.replace("%1", scope.toUtf8()));
+    app.open();
+    SharedContentViewController *table = app.content().tableControllerForScope(scope);
+    QCOMPARE(table->tableItems().size(), 1U);
+    const auto enabled = [&app] {
+        QStringList titles;
+        for (const QString &title : {u"plain"_s, u"pattern"_s, u"other"_s}) {
+            titles += app.item(title)->isEnabled() ? QStringList{title} : QStringList();
+        }
+        return titles;
+    };
+    QCOMPARE(enabled(), QStringList{u"pattern"_s});
+    table->tableView().selectRow(0);
+    QCOMPARE(enabled(), QStringList({u"plain"_s, u"pattern"_s}));
+    for (const QString &title : enabled()) {
+        app.item(title)->trigger();
+        QCOMPARE(app.told(), u"b default thing-1"_s);
+    }
+}
+
+void tst_action_menu::questionsSayWhere()
+{
+    Actions app;
+    app.add(u"act"_s, R"({"scope":"pod","show_warning_text":"Sure?"})");
+    app.open();
+    app.pods().tableView().selectRow(1);
+    for (const bool moves : {true, false}) {
+        app.item(u"act"_s)->trigger();
+        QTRY_VERIFY(app.frame->findChild<QMessageBox *>());
+        auto *box = app.frame->findChild<QMessageBox *>();
+        const auto labels = box->findChildren<QLabel *>();
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+            return label->text() == u"Action: act\nPod: db-1\nContext: b\nNamespace: default"_s;
+        }));
+        if (moves) {
+            app.page().state().chooseNamespace(u"shop"_s);
+        }
+        box->buttons().first()->click();
+        if (!moves) {
+            QCOMPARE(app.told(), u"b default db-1"_s);
+            QCOMPARE(app.entries().filter(u"env "_s).size(), 1);
+            break;
+        }
+        QTRY_VERIFY(!app.frame->findChild<QMessageBox *>());
+        app.page().state().chooseNamespace(u"default"_s);
+        QTRY_COMPARE(app.pods().arrangedObjects().rowCount(), 3);
+        app.pods().tableView().selectRow(1);
+    }
+}
+
 void tst_action_menu::withoutAKubeConfigOfItsOwn()
 {
     Actions app;
@@ -341,7 +426,6 @@ void tst_action_menu::copyFiles_data()
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QStringList>("files");
     QTest::addColumn<QStringList>("runs");
-    const QString here = u"cp --context=b -ndefault %1/x.txt web-1:%2 -c side"_s;
     QTest::newRow("usual place") << u"default"_s << QString() << QStringList{u"x.txt"_s}
                                  << QStringList{u"x.txt web-1:/tmp/"_s};
     QTest::newRow("in order") << u"default"_s << u"/opt/"_s << QStringList{u"y"_s, u"x.txt"_s}
@@ -385,8 +469,12 @@ void tst_action_menu::copyFiles()
     dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(names.join(u' '));
     QMetaObject::invokeMethod(dialog, "accept");
     if (runs.isEmpty()) {
-        QTRY_VERIFY(app.page().windowConsoleController().entries().size() > 0);
-        QVERIFY(app.cluster.tableReads().filter(u"cp "_s).isEmpty());
+        const auto *text = app.page().windowConsoleController().consoleTextView();
+        QTRY_VERIFY(text->toPlainText().contains(u"Nothing was copied: choose a namespace first."_s));
+        app.cluster.forgetCalls();
+        app.content().reloadContent(); // what comes after a copy that had begun
+        QTRY_VERIFY(!app.cluster.tableReads().isEmpty());
+        QVERIFY(app.cluster.tableReads().filter(u"cp --"_s).isEmpty());
         return;
     }
     QTRY_COMPARE(app.cluster.tableReads().filter(u"cp --context"_s).size(), runs.size());

@@ -280,6 +280,9 @@ void tst_cluster_window::filterFollowsTheTable()
     QTRY_VERIFY(filter->hasFocus());
     QTest::keyClicks(filter, u"WEB-2"_s);
     QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
+    QTest::keyClick(filter, Qt::Key_Down); // on to the row that was found
+    QCOMPARE(app.table().chosenNames(), QStringList{u"web-2"_s});
+    QVERIFY(!filter->hasFocus());
     app.page().sidebarController().select(u"Jobs"_s);
     QCOMPARE(filter->text(), QString());
     app.page().sidebarController().select(u"Pods"_s);

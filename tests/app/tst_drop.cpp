@@ -45,6 +45,10 @@ struct Drop
         enter.setAccepted(false);
         QCoreApplication::sendEvent(window(), &enter);
         accepted = enter.isAccepted();
+        QDragMoveEvent move(place(), Qt::CopyAction | Qt::MoveAction, &dragged, Qt::LeftButton, {});
+        move.setDropAction(Qt::MoveAction);
+        QCoreApplication::sendEvent(window(), &move);
+        moves = accepted && move.dropAction() != Qt::CopyAction;
     }
 
     void drop()
@@ -94,6 +98,7 @@ struct Drop
     DestinationView *view = nullptr;
     QMimeData dragged;
     bool accepted = false;
+    bool moves = false; ///< the source would remove the files
 };
 
 } // namespace
@@ -145,6 +150,7 @@ void tst_drop::dragAndDrop()
     drop.load();
     drop.drag(urls);
     QCOMPARE(drop.accepted, !names.isEmpty());
+    QVERIFY(!drop.moves);
     QCOMPARE(drop.view->isHighlighed(), !names.isEmpty());
     QCOMPARE(drop.view->findChildren<DropOverlayView *>().size(), names.isEmpty() ? 0 : 1);
     if (names.isEmpty()) {
@@ -179,6 +185,10 @@ void tst_drop::theAnswerIsForThatContext()
     drop.page->state().chooseNamespace(u"shop"_s);
     drop.answer(u"Create"_s);
     QCOMPARE(drop.created(), QStringList());
+    drop.page->state().chooseNamespace(allNamespaces);
+    drop.drag({u"file:///a.yaml"_s});
+    drop.drop();
+    QVERIFY(!drop.question()); // no namespace to create anything in
 }
 
 QTEST_MAIN(tst_drop)

@@ -154,7 +154,7 @@ class Action:
         kubectl = self.environment["KUBECTL"]
         guard = os.path.join(os.path.dirname(kubectl), "child-guard")  # ends it together with Tidewright
         if os.access(guard, os.X_OK):
-            command = [guard, str(os.getpid()), "0", kubectl, *command]
+            command = [guard, str(os.getpid()), "0", "1024", kubectl, *command]
         else:
             command = [kubectl, *command]
         try:
