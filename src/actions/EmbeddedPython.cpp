@@ -14,12 +14,17 @@
 #include <future>
 #include <mutex>
 #include <pthread.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace tidewright {
 
 namespace {
 
 namespace py = pybind11;
+
+constexpr int niceness = 15;
 
 constexpr std::size_t comfortableStack = 8 << 20; // bytes
 
@@ -153,6 +158,8 @@ void loadEmbeddedPython()
     std::call_once(loading().once, [] {
         static DispatchQueue queue("python"); // lives on: its threads may be loading when the process ends
         queue.post([] {
+            // This thread only: the kubectl runs that bring the first rows come first.
+            ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), niceness);
             const QString problem = load();
             if (!problem.isEmpty()) {
                 writeDiagnostic(problem);
