@@ -7,6 +7,13 @@ set(TIDEWRIGHT_TEST_TIMEOUT 120 CACHE STRING "Seconds that one test executable m
 # Every test executable with the label threads: what the build with ThreadSanitizer needs.
 add_custom_target(threaded_tests)
 
+# One precompiled header for all tests, which therefore link the same Qt libraries.
+if(TIDEWRIGHT_PRECOMPILE)
+    add_library(test_precompiled OBJECT "${PROJECT_SOURCE_DIR}/tests/support/precompiled.cpp")
+    target_link_libraries(test_precompiled PUBLIC Qt6::Widgets Qt6::Svg Qt6::DBus Qt6::Network tidewright_options)
+    tidewright_precompile(test_precompiled ${TIDEWRIGHT_WIDGET_HEADERS} <QJsonObject> <QProcess> <QTemporaryDir>)
+endif()
+
 # tidewright_add_test(NAME tst_x SOURCES ... LIBS ... [DEFINITIONS ...] [LABELS ...] [CHECK_LEAKS])
 # One Qt Test executable beside the program's own, so that look-ups in the package tree find the same files.
 # CHECK_LEAKS also lets AddressSanitizer look for leaks: for tests without windows, whose libraries keep none.
@@ -15,6 +22,10 @@ function(tidewright_add_test)
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} Qt6::Test tidewright_options)
     target_compile_definitions(${ARG_NAME} PRIVATE ${ARG_DEFINITIONS})
+    if(TIDEWRIGHT_PRECOMPILE)
+        target_link_libraries(${ARG_NAME} PRIVATE Qt6::Widgets Qt6::Svg Qt6::DBus Qt6::Network)
+        target_precompile_headers(${ARG_NAME} REUSE_FROM test_precompiled)
+    endif()
     add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
     if("threads" IN_LIST ARG_LABELS)
         add_dependencies(threaded_tests ${ARG_NAME})
