@@ -26,6 +26,7 @@ PipeReader::End PipeReader::read(int stop, int exit, const Handler &handler)
             continue; // interrupted
         }
         if (polled[2].revents != 0) {
+            drainAvailable(handler);
             return End::Stopped;
         }
         if (polled[3].revents != 0) {

@@ -16,7 +16,7 @@ public:
     enum class Stream { Output, Error };
     enum class End {
         EndOfFile, ///< both pipes came to their end
-        Stopped, ///< the stop descriptor became readable
+        Stopped, ///< the stop descriptor became readable; what was in the pipes then has been delivered
         ChildGone, ///< the exit descriptor became readable and what was in the pipes then has been delivered
         Refused, ///< the handler asked to stop
     };
