@@ -5,6 +5,7 @@
 #include "platform/Diagnostics.h"
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
+#include "resources/CreateFromFiles.h"
 
 #include <QDragEnterEvent>
 #include <QFileInfo>
@@ -86,11 +87,7 @@ void DestinationView::dropEvent(QDropEvent *event)
 
 void DestinationView::confirmAndCreate(const QStringList &paths)
 {
-    if (paths.isEmpty()) {
-        return;
-    }
-    if (m_window.currentNamespace() == allNamespaces) {
-        refuseChange(m_window, tr("Nothing was created"), tr("choose a namespace first."));
+    if (paths.isEmpty() || !canCreateIn(m_window)) {
         return;
     }
     QStringList names;
@@ -103,13 +100,8 @@ void DestinationView::confirmAndCreate(const QStringList &paths)
     showConfirmation(this, QStringLiteral("Confirm Create"), question, QStringLiteral("Create"),
         QStringLiteral("Cancel"), confirmationDetails(place.text()),
         [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
-            if (!self || !confirmed) {
-                return;
-            }
-            if (place.isStillShown()) {
-                self->m_content.createFrom(paths);
-            } else {
-                refuseMovedChange(self->m_window, tr("Nothing was created"));
+            if (self && confirmed) {
+                self->m_content.createFrom(paths, place);
             }
         });
 }

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -28,6 +29,23 @@ QWidget *mainWindow()
     return window ? window : QApplication::activeWindow();
 }
 
+/// The toolkit takes Escape for a press of the button when there is only one.
+class Question : public QMessageBox
+{
+public:
+    using QMessageBox::QMessageBox;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->matches(QKeySequence::Cancel)) {
+            reject();
+        } else {
+            QMessageBox::keyPressEvent(event);
+        }
+    }
+};
+
 } // namespace
 
 void setMainWindowLookup(std::function<QWidget *()> lookup)
@@ -43,7 +61,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
         delete accessory;
         return;
     }
-    auto *box = new QMessageBox(QMessageBox::Warning, QString(), title, QMessageBox::NoButton, window);
+    auto *box = new Question(QMessageBox::Warning, QString(), title, QMessageBox::NoButton, window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setTextFormat(Qt::PlainText);
@@ -54,12 +72,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     const bool isForm = accessory && accessory->focusProxy();
     QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
     box->setDefaultButton(first);
-    if (secondButton.isEmpty()) {
-        // The toolkit would take Escape for a press of the only button.
-        QPushButton *dismissal = box->addButton(QString(), QMessageBox::RejectRole);
-        dismissal->hide();
-        box->setEscapeButton(dismissal);
-    } else {
+    if (!secondButton.isEmpty()) {
         QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
         box->setDefaultButton(isForm ? first : second);
         box->setEscapeButton(second);

@@ -2,6 +2,7 @@
 #include "ActionBench.h"
 #include "actions/BashScript.h"
 #include "actions/PythonScript.h"
+#include "support/Patience.h"
 
 #include <QBuffer>
 #include <QElapsedTimer>

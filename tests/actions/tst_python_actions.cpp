@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ActionBench.h"
 #include "actions/ActionForm.h"
+#include "support/Patience.h"
 
 #include <QCheckBox>
 #include <QComboBox>

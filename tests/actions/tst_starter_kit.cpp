@@ -4,6 +4,7 @@
 #include "actions/ActionTerminal.h"
 #include "demo/DemoProcess.h"
 #include "external/TerminalQuoting.h"
+#include "support/Patience.h"
 
 #include <QLineEdit>
 

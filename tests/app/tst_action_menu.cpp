@@ -14,6 +14,7 @@
 #include "pods/ContainerButton.h"
 #include "pods/PodController.h"
 #include "resources/ResourceTableView.h"
+#include "support/Patience.h"
 
 #include <QDir>
 #include <QFile>

@@ -6,8 +6,12 @@
 #include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
 #include "app/PrimaryContentController.h"
+#include "pods/ConsoleTextView.h"
+#include "pods/ConsoleViewController.h"
+#include "support/Patience.h"
 
 #include <QDragEnterEvent>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -81,7 +85,7 @@ struct Drop
     /// What was created until now.
     QStringList created()
     {
-        page->primaryContentController().createFrom({u"/last.yaml"_s});
+        page->primaryContentController().createFrom({u"/last.yaml"_s}, ChangePlace(page->state()));
         const QString command = u"create --context b -n %1 -R -f "_s.arg(page->state().currentNamespace());
         QStringList runs;
         const auto isThere = [&] {
@@ -189,6 +193,11 @@ void tst_drop::theAnswerIsForThatContext()
     drop.drag({u"file:///a.yaml"_s});
     drop.drop();
     QVERIFY(!drop.question()); // no namespace to create anything in
+    drop.page->primaryContentController().createFromFileDialog();
+    QVERIFY(!drop.page->findChild<QFileDialog *>());
+    drop.page->primaryContentController().createFrom({u"/a.yaml"_s}, ChangePlace(drop.page->state()));
+    const auto *console = drop.page->windowConsoleController().consoleTextView();
+    QTRY_COMPARE(console->toPlainText().count(u"Nothing was created: choose a namespace first."_s), 3);
 }
 
 QTEST_MAIN(tst_drop)

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/Patience.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>

@@ -3,6 +3,7 @@
 #include "external/EditFile.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QTemporaryDir>

@@ -4,6 +4,7 @@
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
 #include "resources/NamedImages.h"
+#include "support/Patience.h"
 #include "support/StubWindow.h"
 
 #include <QClipboard>
