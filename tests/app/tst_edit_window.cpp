@@ -110,7 +110,8 @@ private Q_SLOTS:
             u"|Configuration saved.|(end)"_s, u"7"_s);
         row("unchanged", u"Kate"_s, talk, u"||Edit cancelled, no changes made.\n(end)"_s, u"3"_s);
         row("broken", u"Kate"_s, talk + "[ -e $0.once ] || echo ' : [' >> \"$3\"; touch $0.once",
-            u"||error: Edit cancelled, no valid changes were saved."_s, u"3"_s);
+            u"-o yaml||error: deployments.apps \"web\" is invalid\nA copy of your changes has been stored to"_s,
+            u"3"_s);
         row("not installed", u"GVim"_s, "", u"||The editor gvim is not installed.\n"_s, u"3"_s);
         row("fails", u"Kate"_s, talk + "exit 4", u"error: there was a problem with the editor"_s, u"3"_s);
     }
