@@ -88,7 +88,8 @@ private Q_SLOTS:
         row("out \\xff err \\xff", u"|-"_s, u"||"_s);
         row("die 9", u"|kubectl was ended by signal 9."_s, u"||kubectl was ended by signal 9."_s);
         row("environment EDITOR environment KUBE_EDITOR environment KUBECONFIG",
-            bundle::auxiliaryExecutable(u"quiet-editor"_s) + u" kate -b -n(unset)/some/config|-"_s, u"|Configuration saved.|"_s);
+            bundle::auxiliaryExecutable(u"quiet-editor"_s) + u" kate -b -n(unset)/some/config|-"_s,
+            u"|Configuration saved.|"_s);
     }
     void outcomes()
     {
