@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionRequest.h"
 
+#include "platform/DisplayText.h"
 #include "platform/Notifications.h"
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
@@ -21,16 +22,10 @@ constexpr int tallestForm = 420;
 /// More lines than these would push the buttons off the screen.
 constexpr int mostLines = 24;
 
-QString shortened(const QString &text)
-{
-    const QString lines = text.section(QLatin1Char('\n'), 0, mostLines - 1);
-    const QString part = lines.left(longestText);
-    return part.size() < text.size() ? QString(part + QChar(0x2026)) : text;
-}
-
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})
 {
-    return shortened(request.state.value(QLatin1String(key), otherwise));
+    return display_text::shortened(
+        request.state.value(QLatin1String(key), otherwise), longestText, mostLines);
 }
 
 void ask(const ActionRequest &request, QWidget *accessory, std::function<void(bool)> answered)
