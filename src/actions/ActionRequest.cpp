@@ -19,7 +19,7 @@ namespace {
 constexpr qsizetype longestText = 4000; // more fits no screen, and laying it out takes long
 constexpr int tallestForm = 420;
 
-/// More lines than these would push the buttons off the screen.
+/// More lines than these make no question.
 constexpr int mostLines = 24;
 
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})

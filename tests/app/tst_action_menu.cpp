@@ -187,6 +187,9 @@ void tst_action_menu::menuFollowsTheFolders()
     QTRY_COMPARE(app.entries().count(u"Actions Loaded"_s), 2);
     QCOMPARE(app.shown(app.menu()), head + QStringList({u"Group && Co/[inner]"_s, u"[new]"_s}));
     QVERIFY(app.item(u"new"_s)->toolTip().contains(u"nonsense"_s));
+    app.add(u"newer"_s, R"({"scope":"namespace"})");
+    app.frame->addTab();
+    QTRY_VERIFY(app.item(u"newer"_s));
 }
 
 void tst_action_menu::freshInstallation()
@@ -573,7 +576,7 @@ void tst_action_menu::openMenuStaysAsItIs()
     app.add(u"new"_s, R"({"scope":"namespace"})");
     app.delegate.actions().reload();
     QTRY_COMPARE(app.entries().count(u"Actions Loaded"_s), 2);
-    QCOMPARE(app.menu().actions(), before);
+    QVERIFY(app.menu().actions() == before);
     app.menu().setActiveAction(before.last());
     QTest::keyClick(&app.menu(), Qt::Key_Return); // what the user sees is what runs
     QCOMPARE(app.told(), u"b default"_s);
@@ -603,7 +606,7 @@ void tst_action_menu::fiveHundredLargeImages()
     Q_EMIT app.delegate.actions().loaded();
     const qint64 rebuilt = clock.elapsed();
     qInfo("menu of 500 actions rebuilt in %lld ms", rebuilt);
-    QVERIFY2(rebuilt < 200, "images are scaled on the main thread");
+    QVERIFY2(rebuilt < 60, "images are scaled on the main thread");
     // One library for all tabs, and what has not changed is neither read nor built again.
     const auto before = app.menu().actions();
     clock.start();
@@ -611,11 +614,7 @@ void tst_action_menu::fiveHundredLargeImages()
     const auto entries = [&app] { return app.entries().count(u"Actions Loaded"_s); };
     QTRY_COMPARE(entries(), 1); // in the new tab's console
     qInfo("told in a new tab after %lld ms", clock.elapsed());
-    QCOMPARE(app.menu().actions(), before);
-    app.add(u"new"_s, R"({"scope":"namespace"})");
-    app.frame->addTab();
-    QTRY_COMPARE(entries(), 1);
-    QVERIFY(app.item(u"new"_s));
+    QVERIFY(app.menu().actions() == before);
 }
 
 void tst_action_menu::moveWhilePythonAsks()
