@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionRequest.h"
 
+#include "platform/DisplayText.h"
 #include "platform/Notifications.h"
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
@@ -18,19 +19,13 @@ namespace {
 constexpr qsizetype longestText = 4000; // more fits no screen, and laying it out takes long
 constexpr int tallestForm = 420;
 
-/// More lines than these would push the buttons off the screen.
+/// More lines than these make no question.
 constexpr int mostLines = 24;
-
-QString shortened(const QString &text)
-{
-    const QString lines = text.section(QLatin1Char('\n'), 0, mostLines - 1);
-    const QString part = lines.left(longestText);
-    return part.size() < text.size() ? QString(part + QChar(0x2026)) : text;
-}
 
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})
 {
-    return shortened(request.state.value(QLatin1String(key), otherwise));
+    return display_text::shortened(
+        request.state.value(QLatin1String(key), otherwise), longestText, mostLines);
 }
 
 void ask(const ActionRequest &request, QWidget *accessory, std::function<void(bool)> answered)

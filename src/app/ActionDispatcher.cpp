@@ -46,19 +46,10 @@ Match firstMatch(const QString &pattern, int count, const std::function<QString(
     return {};
 }
 
-QStringList selectedNames(const SharedContentViewController &table)
-{
-    QStringList names;
-    for (const QModelIndex &index : table.tableView().selectedRowsInOrder()) {
-        names.append(table.arrangedObjects().arrangedRow(index.row())->name);
-    }
-    return names;
-}
-
 std::optional<QString> chosenName(
     const SharedContentViewController &table, const std::optional<QString> &pattern)
 {
-    const QStringList selected = selectedNames(table);
+    const QStringList selected = table.selectedNames();
     if (!pattern) {
         return selected.isEmpty() ? std::nullopt : std::optional(selected.first());
     }
@@ -160,10 +151,10 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     const QString pattern = item.config().use_name_matching_pattern.value_or(QString());
     const bool onlyShown = item.config().scope == podScope;
     const QString filter = onlyShown ? table.filter() : QString();
-    const auto [found, isNew] = m_results.try_emplace({pattern, &table});
-    PatternResult &result = found->second;
-    if (!isNew && result.generation == table.generation() && result.filter == filter) {
-        return result.matches;
+    const std::pair key(pattern, &table);
+    const PatternResult *known = m_results.object(key);
+    if (known && known->generation == table.generation() && known->filter == filter) {
+        return known->matches;
     }
     const ArrangingModel &shown = table.arrangedObjects();
     const Rows &all = table.tableItems();
@@ -173,8 +164,9 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     };
     // What took too long to find out is left to the run.
     const Match match = firstMatch(pattern, count, nameAt, patienceToEnable);
-    result = {table.generation(), filter, match.name || match.timeIsUp};
-    return result.matches;
+    const bool matches = match.name || match.timeIsUp;
+    m_results.insert(key, new PatternResult{table.generation(), filter, matches});
+    return matches;
 }
 
 } // namespace tidewright

@@ -3,7 +3,7 @@
 
 #include "actions/CustomActionItem.h"
 
-#include <map>
+#include <QCache>
 
 namespace tidewright {
 
@@ -40,7 +40,8 @@ private:
 
     const PrimaryContentController &m_content;
     WindowState &m_window;
-    mutable std::map<std::pair<QString, const SharedContentViewController *>, PatternResult> m_results;
+    /// By pattern and table. More actions than that are found out anew each time.
+    mutable QCache<std::pair<QString, const SharedContentViewController *>, PatternResult> m_results{2000};
 };
 
 } // namespace tidewright

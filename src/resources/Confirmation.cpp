@@ -7,7 +7,11 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
+
+#include <algorithm>
 
 namespace tidewright {
 
@@ -20,6 +24,32 @@ std::function<QWidget *()> &mainWindowLookup()
 {
     static std::function<QWidget *()> lookup;
     return lookup;
+}
+
+/// Puts a message that would push the buttons off the screen into a view that scrolls.
+void fitOnScreen(const QMessageBox &box, QGridLayout &grid)
+{
+    constexpr int tallestMessage = 340;
+    constexpr double partOfScreen = 0.4;
+    const int tallest
+        = std::min(tallestMessage, static_cast<int>(box.screen()->availableSize().height() * partOfScreen));
+    auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"));
+    if (!label || label->heightForWidth(comfortableWidth) <= tallest) {
+        return;
+    }
+    int row = 0;
+    int column = 0;
+    int rows = 1;
+    int columns = 1;
+    grid.getItemPosition(grid.indexOf(label), &row, &column, &rows, &columns);
+    grid.removeWidget(label);
+    label->hide();
+    auto *text = new QPlainTextEdit(label->text());
+    text->setReadOnly(true);
+    text->setTabChangesFocus(true);
+    text->setAccessibleName(box.text());
+    text->setFixedHeight(tallest);
+    grid.addWidget(text, row, column, rows, columns);
 }
 
 /// The active window may be another application's, or a dialog that is closing, while a question comes up.
@@ -78,6 +108,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
         box->setEscapeButton(second);
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
+        fitOnScreen(*box, *grid);
         if (accessory) {
             auto *buttons = box->findChild<QDialogButtonBox *>();
             grid->removeWidget(buttons);

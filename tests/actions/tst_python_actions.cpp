@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProcess>
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -146,6 +147,10 @@ private Q_SLOTS:
             << QByteArray("Notification") << false << QString() << QString();
         QTest::newRow("form") << QByteArray("FormDialog") << true << u"OK"_s << u"({},)||"_s;
         QTest::newRow("form, declined") << QByteArray("FormDialog") << true << u"No"_s << QString();
+        const QByteArray dialog = "OKDialog";
+        QTest::newRow("one button") << dialog << true << u"only OK"_s << u"(True,)||"_s;
+        QTest::newRow("one button, Escape") << dialog << true << u"only Escape"_s << u"(False,)||"_s;
+        QTest::newRow("one button, closed") << dialog << true << u"only close"_s << u"(False,)||"_s;
     }
     void answers()
     {
@@ -153,13 +158,22 @@ private Q_SLOTS:
         QFETCH(bool, waits);
         QFETCH(QString, button);
         const auto item = run(bare + R"(
-        self._state = {"cancel_button_text": "No", "title": "T", "subtitle": "S", "informative_text": "I"}
+        self._state = {"cancel_button_text": ")"
+            + (button.startsWith(u"only") ? "" : "No")
+            + R"(", "title": "T", "subtitle": "S", "informative_text": "I"}
         self._callback = )"
             + (waits ? "lambda *all: self._logger.log.append(repr(all))" : "None") + "\n        raise type('"
             + request + "', (Exception,), {})\n");
         if (!button.isEmpty()) {
             QTRY_VERIFY(m_bench->dialog());
-            m_bench->press(button);
+            const QString answer = button.section(u' ', -1);
+            if (answer == u"Escape") {
+                QTest::keyClick(m_bench->dialog(), Qt::Key_Escape);
+            } else if (answer == u"close") {
+                QVERIFY(m_bench->dialog()->close());
+            } else {
+                m_bench->press(answer);
+            }
         }
         QTRY_VERIFY(m_bench->isIdle());
         settle();
@@ -216,6 +230,55 @@ class Action(tw.Action):
             QStringList({u"asking||"_s, u"accepted: True||"_s,
                 u"[('dry', False), ('kind', 'c'), ('name', 'käse')]||"_s, u"end||"_s}));
         QCOMPARE(m_bench->notifications, QStringList{u"Done|all of it"_s});
+    }
+
+    void twoRunsAsk()
+    {
+        const QByteArray script = R"(
+import os
+import tidewright_actions as tw
+class Action(tw.Action):
+    def run(self):
+        self.place = os.environ["CONTEXT"]
+        self.ask("Sure?", then=lambda accepted: self.log(f"{self.place}: {accepted}"))
+)";
+        const auto item = run(script, {{u"CONTEXT"_s, u"first"_s}});
+        const auto asked = [this](const QString &context) -> QMessageBox * {
+            for (auto *label : m_bench->window.findChildren<QLabel *>()) {
+                if (label->text().startsWith(u"Context: "_s + context) && label->window()->isVisible()) {
+                    return qobject_cast<QMessageBox *>(label->window());
+                }
+            }
+            return nullptr;
+        };
+        QTRY_VERIFY(asked(u"first"_s));
+        item->performAction({{u"CONTEXT"_s, u"second"_s}});
+        QTRY_VERIFY(asked(u"second"_s));
+        asked(u"second"_s)->buttons().first()->click();
+        QTRY_COMPARE(m_bench->console.entries, QStringList{u"second: True||"_s});
+        asked(u"first"_s)->buttons().first()->click(); // never taken for one about the second
+        QTRY_COMPARE(m_bench->console.entries.value(1),
+            u"||The answer to \"act\" was not used: the action was started again meanwhile."_s);
+        settle();
+        QCOMPARE(m_bench->console.entries.size(), 2);
+    }
+
+    void quitWhileAScriptPrints()
+    {
+        m_bench->write(u"act/main.py"_s, bare + "        while True: print('more')\n");
+        m_bench->write(u"act/config.json"_s, smart);
+        QProcess program;
+        program.start(QStringLiteral(ACTION_HOST_PATH), {m_bench->path(u"act"_s)});
+        QByteArray printed;
+        const auto hasPrinted = [&] {
+            printed += program.readAllStandardOutput();
+            return printed.count("more\n") > 1000;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(hasPrinted(), 20'000);
+        program.write("quit\n");
+        QVERIFY(program.waitForFinished(10'000));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
     }
 
     void environmentStaysTheInterpretersOwn()

@@ -40,7 +40,7 @@ private Q_SLOTS:
         QVERIFY(m_demo->isReady());
         m_bench = std::make_unique<ActionBench>();
         qputenv("HOME", m_bench->path(u"home"_s).toUtf8());
-        std::optional<ActionTree> tree;
+        SharedActionTree tree;
         loadActionsInBackground(&m_receiver, [&tree](const auto &loaded) { tree = loaded; });
         QTRY_VERIFY(tree);
         QVERIFY(tree->problems.isEmpty());
