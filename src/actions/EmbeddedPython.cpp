@@ -100,7 +100,6 @@ void describeInterpreter()
 
 void writeLine(const std::string &line)
 {
-    const py::gil_scoped_release whoeverReadsTheOutputMayBeSlow;
     writeDiagnostic(QString::fromStdString(line));
 }
 

@@ -183,7 +183,7 @@ void PythonScript::runScript(
         try {
             host().attr("begin")(folder);
             Call call{py::object(), "call", py::make_tuple("run")};
-            const bool isLoaded = load(*complete, call);
+            const bool isLoaded = load(folder, *complete, call);
             importing.unlock();
             if (isLoaded) {
                 callPython(item, call);
@@ -201,14 +201,14 @@ void PythonScript::runScript(
     }
 }
 
-bool PythonScript::load(const ActionEnvironment &environment, Call &call)
+bool PythonScript::load(const std::string &folder, const ActionEnvironment &environment, Call &call)
 {
     py::dict variables;
     for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
         variables[pythonText(entry.key())] = pythonText(entry.value());
     }
     m_loaded->pythonActionModule = py::none();
-    const py::tuple imported = host().attr("load")(variables);
+    const py::tuple imported = host().attr("load")(folder, variables);
     if (!imported[1].is_none()) {
         postImportException(text(imported[1]));
         return false;

@@ -23,9 +23,9 @@ private:
     /// A function of an instance with its arguments.
     struct Call;
 
-    /// Loads the module afresh and makes the instance that `run` is called on; with the interpreter's lock.
-    /// Posts what went wrong, and then returns false.
-    bool load(const ActionEnvironment &environment, Call &call);
+    /// Loads the module of that folder afresh and makes the instance that `run` is called on; with the
+    /// interpreter's lock. Posts what went wrong, and then returns false.
+    bool load(const std::string &folder, const ActionEnvironment &environment, Call &call);
     /// Calls an instance's function, forwards what it logged, and shows what it asks for or what is wrong
     /// with it. With the interpreter's lock.
     void callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call);

@@ -30,7 +30,7 @@ void RunningScript::endAndWait() const
     end();
     auto told = std::make_shared<std::promise<void>>();
     std::future<void> done = told->get_future();
-    // At the end of the program the queue drops its tasks, and the promise with them; that wakes us too.
+    // Once the event loop has ended nothing wakes us any more. The process then ends without waiting for us.
     mainQueue().post([told = std::move(told)] { told->set_value(); });
     done.wait();
 }

@@ -32,10 +32,11 @@ Match firstMatch(const QString &pattern, int count, const std::function<QString(
 {
     Glob glob(pattern);
     glob.compile();
+    auto searcher = glob.searcher();
     const QDeadlineTimer end(patience);
     for (int number = 0; number < count; ++number) {
         const QString name = nameAt(number);
-        if (glob.matches(name)) {
+        if (searcher.matches(name)) {
             return {name};
         }
         if (number % namesPerLook == 0 && end.hasExpired()) {

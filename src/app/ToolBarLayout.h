@@ -7,8 +7,8 @@
 namespace tidewright {
 
 /// Which commands stand in the toolbars, and in which order: identifiers of standard commands
-/// ("reloadToolbarItem") and titles of custom actions. Kept in the settings under "toolbarItems", one a line.
-/// The same for all windows. Main thread.
+/// ("reloadToolbarItem") and titles of custom actions. Kept in the settings under "toolbarItems", one a line;
+/// "\n" and "\\" stand for a line feed and a backslash in them. The same for all windows. Main thread.
 class ToolBarLayout : public QObject
 {
     Q_OBJECT

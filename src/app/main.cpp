@@ -2,21 +2,23 @@
 #include "app/AppDelegate.h"
 #include "app/ApplicationService.h"
 #include "app/ReadablePalette.h"
+#include "platform/Diagnostics.h"
 #include "platform/ProcessSetup.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QMessageBox>
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace {
 
+constexpr auto patienceWithReaders = std::chrono::seconds(1);
+
 /// Says on standard error, and on the screen when there is one, why the application cannot start.
 int refuseToStart(QApplication &application, const QString &reason)
 {
-    std::fprintf(stderr, "%s\n", qPrintable(reason));
+    tidewright::writeDiagnostic(reason, tidewright::DiagnosticStream::StandardError);
     const QString platform = QGuiApplication::platformName();
     if (platform == QLatin1String("offscreen") || platform == QLatin1String("minimal")) {
         return EXIT_FAILURE;
@@ -39,7 +41,7 @@ int refuseWithoutDisplay(int argc, char **argv)
     const QString obstacle = tidewright::AppDelegate().startUp();
     const QString reason
         = obstacle.isEmpty() ? QStringLiteral("Tidewright cannot start: there is no display.") : obstacle;
-    std::fprintf(stderr, "%s\n", qPrintable(reason));
+    tidewright::writeDiagnostic(reason, tidewright::DiagnosticStream::StandardError);
     return EXIT_FAILURE;
 }
 
@@ -75,9 +77,10 @@ int main(int argc, char **argv)
 {
     tidewright::ignoreHarmlessSignals();
     tidewright::raiseDescriptorLimit();
+    tidewright::sendQtMessagesToDiagnostics();
     const int status = hasDisplay() ? runApplication(argc, argv) : refuseWithoutDisplay(argc, argv);
     // Worker threads may still be blocked, and nobody waits for them: no destructor of the process may run
-    // under them.
-    std::fflush(nullptr);
+    // under them. One of a script may even be blocked inside stdio, with its locks.
+    tidewright::flushDiagnostics(patienceWithReaders);
     std::_Exit(status);
 }

@@ -2,8 +2,10 @@
 #include "external/EditFile.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/CommandLine.h"
 #include "external/CapturedOutput.h"
 #include "external/InstalledApplications.h"
+#include "platform/Bundle.h"
 #include "platform/Diagnostics.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
@@ -87,8 +89,14 @@ EditFile::EditFile(QWidget *shownIn, const QString &kubeConfigPath)
 
 std::optional<QString> EditFile::editorCommand()
 {
-    return editorCommandLine(
+    const auto command = editorCommandLine(
         userDefaults().string(QStringLiteral("preferredEditor")).value_or(QStringLiteral("Not Set")));
+    const QString silencer = bundle::auxiliaryExecutable(QStringLiteral("quiet-editor"));
+    if (!command || silencer.isEmpty()) {
+        return command;
+    }
+    // kubectl splits EDITOR at blanks, and hands it to a shell when there are quotes in it.
+    return CommandLine{{silencer}, {}}.shellLine() + QLatin1Char(' ') + *command;
 }
 
 void EditFile::prepareProcess()

@@ -25,8 +25,9 @@ public:
     /// With the application's own environment and, unless empty, the window's kubeconfig.
     EditFile(QWidget *view, const QString &kubeConfigPath);
 
-    /// What EDITOR is to be for the editor stored as "preferredEditor", read anew each time; nothing when
-    /// none is chosen, or none that is known. Any thread.
+    /// What EDITOR is to be for the editor stored as "preferredEditor", read anew each time: its command line
+    /// behind the package's quiet-editor, which keeps what the editor prints apart from kubectl's output.
+    /// Nothing when none is chosen, or none that is known. Any thread.
     static std::optional<QString> editorCommand();
 
     /// Makes the child when an editor is chosen, else asks over the view's window whether to open the

@@ -19,7 +19,7 @@ class MainQueue : public QObject
 public:
     using Task = std::function<void()>;
 
-    /// Any thread. Tasks that are still waiting when the event loop ends are dropped.
+    /// Any thread. Tasks that are still waiting when the event loop ends are never run.
     void post(Task task);
 
 protected:

@@ -58,27 +58,53 @@ RegularExpression RegularExpression::withEffort(int effort) const
 RegularExpression::Matches RegularExpression::search(
     QStringView text, qsizetype from, size_t limit, qsizetype shortest) const
 {
-    Matches found;
+    return searcher().search(text, from, limit, shortest);
+}
+
+RegularExpression::Searcher RegularExpression::searcher() const
+{
+    return Searcher(*this);
+}
+
+RegularExpression::Searcher::Searcher(const RegularExpression &expression)
+    : m_pattern(expression.m_pattern)
+{
     if (!m_pattern) {
+        return;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    m_matcher.reset(m_pattern->matcher(status));
+    if (m_matcher) {
+        m_matcher->setTimeLimit(expression.m_effort, status);
+        m_matcher->setStackLimit(stackLimit, status);
+    }
+    if (U_FAILURE(status)) {
+        m_matcher.reset();
+    }
+}
+
+RegularExpression::Searcher::Searcher(Searcher &&) noexcept = default;
+RegularExpression::Searcher &RegularExpression::Searcher::operator=(Searcher &&) noexcept = default;
+RegularExpression::Searcher::~Searcher() = default;
+
+RegularExpression::Matches RegularExpression::Searcher::search(
+    QStringView text, qsizetype from, size_t limit, qsizetype shortest)
+{
+    Matches found;
+    if (!m_matcher || text.size() > std::numeric_limits<int32_t>::max()) {
+        found.cutOff = m_pattern != nullptr;
         return found;
     }
     UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::RegexMatcher> matcher(m_pattern->matcher(status));
-    if (U_FAILURE(status) || text.size() > std::numeric_limits<int32_t>::max()) {
-        found.cutOff = true;
-        return found;
-    }
     const icu::UnicodeString input = alias(text);
-    matcher->setTimeLimit(m_effort, status);
-    matcher->setStackLimit(stackLimit, status);
-    matcher->reset(input);
-    bool more = matcher->find(from, status);
+    m_matcher->reset(input);
+    bool more = m_matcher->find(from, status);
     while (more && U_SUCCESS(status)) {
-        const qsizetype start = matcher->start(status);
-        if (const qsizetype length = matcher->end(status) - start; length >= shortest) {
+        const qsizetype start = m_matcher->start(status);
+        if (const qsizetype length = m_matcher->end(status) - start; length >= shortest) {
             found.ranges.push_back({start, length});
         }
-        more = found.ranges.size() < limit && matcher->find(status);
+        more = found.ranges.size() < limit && m_matcher->find(status);
     }
     found.cutOff = U_FAILURE(status);
     return found;

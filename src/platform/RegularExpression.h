@@ -10,6 +10,7 @@
 #include <vector>
 
 U_NAMESPACE_BEGIN
+class RegexMatcher;
 class RegexPattern;
 U_NAMESPACE_END
 
@@ -54,6 +55,10 @@ public:
     RegularExpression withEffort(int effort) const;
 
     std::optional<TextRange> firstMatch(QStringView text) const;
+    /// Searches of many short texts, one after another, with what a search needs made only once. For one
+    /// thread at a time.
+    class Searcher;
+    Searcher searcher() const;
     /// The matches that begin at `from` or behind. What stands before `from` is still seen by look-behind and
     /// "\b".
     Matches allMatches(QStringView text, qsizetype from = 0) const;
@@ -65,6 +70,25 @@ private:
 
     std::shared_ptr<const icu::RegexPattern> m_pattern;
     int m_effort = usualEffort;
+};
+
+class RegularExpression::Searcher
+{
+public:
+    explicit Searcher(const RegularExpression &expression);
+    Searcher(Searcher &&) noexcept;
+    Searcher &operator=(Searcher &&) noexcept;
+    ~Searcher();
+
+    /// Whether the expression matches somewhere in the text.
+    bool matches(QStringView text) { return !search(text, 0, 1, 0).ranges.empty(); }
+
+private:
+    friend RegularExpression;
+    Matches search(QStringView text, qsizetype from, size_t limit, qsizetype shortest);
+
+    std::shared_ptr<const icu::RegexPattern> m_pattern; // the matcher's
+    std::unique_ptr<icu::RegexMatcher> m_matcher; // null when there is no pattern, or no memory for it
 };
 
 } // namespace tidewright

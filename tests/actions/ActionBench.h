@@ -13,10 +13,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QTest>
-
-#include <unistd.h>
 
 namespace tidewright::test {
 
@@ -125,38 +122,6 @@ public:
     RunsConsole console;
     QWidget window;
     QStringList notifications;
-};
-
-/// While it lives, the standard output goes to a file.
-class CapturedOutput
-{
-public:
-    CapturedOutput()
-    {
-        std::fflush(stdout);
-        m_before = ::dup(STDOUT_FILENO);
-        if (m_file.open()) {
-            ::dup2(m_file.handle(), STDOUT_FILENO);
-        }
-    }
-    ~CapturedOutput()
-    {
-        std::fflush(stdout);
-        ::dup2(m_before, STDOUT_FILENO);
-        ::close(m_before);
-    }
-    CapturedOutput(const CapturedOutput &) = delete;
-    CapturedOutput &operator=(const CapturedOutput &) = delete;
-
-    QString text() const
-    {
-        QFile file(m_file.fileName());
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-
-private:
-    QTemporaryFile m_file;
-    int m_before = -1;
 };
 
 } // namespace tidewright::test

@@ -35,6 +35,15 @@ class TestPythonActions : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // A Python of the user's may have modules with any name.
+        for (const auto &name : {u"main.py"_s, u"helper.py"_s}) {
+            QFile file(m_elsewhere.filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("raise ValueError('elsewhere')") > 0);
+        }
+        qputenv("PYTHONPATH", m_elsewhere.path().toUtf8());
+    }
     void init() { m_bench = std::make_unique<ActionBench>(); }
     void cleanup() { m_bench.reset(); }
 
@@ -275,6 +284,38 @@ class Action:
         QTRY_COMPARE(m_bench->console.entries, QStringList{u"False||"_s});
     }
 
+    void modulesBesideTheScript()
+    {
+        const QByteArray script = R"(
+import tidewright_actions
+class Action(tidewright_actions.Action):
+    def run(self): self.ask("Now?", then=self.answered)
+    def answered(self, accepted):
+        import helper, __parts.deep as deep, json
+        from __parts.end import mark
+        self.log(" ".join((helper.who, deep.who, mark, json.dumps(1))))
+        raise helper.Error("x")
+)";
+        std::vector<std::shared_ptr<CustomActionItem>> items;
+        for (const auto &title : {u"first"_s, u"second"_s}) {
+            const QByteArray name = title.toUtf8();
+            m_bench->write(title + u"/helper.py"_s, "class Error(Exception): pass\nwho = '" + name + "'\n");
+            m_bench->write(title + u"/__parts/__init__.py"_s, "");
+            m_bench->write(title + u"/__parts/deep.py"_s,
+                "import helper\nfrom . import end\nwho = helper.who + end.mark\n");
+            m_bench->write(title + u"/__parts/end.py"_s, "mark = '!'\n");
+            items.push_back(run(script, {}, title));
+            QTRY_VERIFY(m_bench->dialog());
+            QTRY_VERIFY(m_bench->isIdle()); // its folder is no longer on the search path
+            settle();
+            m_bench->console.entries.clear();
+            m_bench->press(u"OK"_s);
+            QTRY_COMPARE(m_bench->console.entries,
+                QStringList(
+                    {u"%1 %1! ! 1||"_s.arg(title), u"||Recieved python exception helper.Error: x."_s}));
+        }
+    }
+
     void loadedAfreshEachTime()
     {
         auto item = run(bare + "        self._logger.log = ['1']\n");
@@ -319,6 +360,7 @@ private:
     /// Until whatever the action still does has come back to the main thread.
     static void settle() { QTest::qWait(300); }
 
+    QTemporaryDir m_elsewhere;
     std::unique_ptr<ActionBench> m_bench;
 };
 

@@ -73,7 +73,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("resource"); // NAME=value; "%web" stands for a restarted pod of web
         QTest::addColumn<QString>("nameSpace");
-        QTest::addColumn<QStringList>("answers"); // "field=value" or a button, in order
+        QTest::addColumn<QStringList>(
+            "answers"); // "field=value", a button, or "?" and what is asked, in order
         QTest::addColumn<QString>("shown"); // in the console, the terminal or a notification
         QTest::addColumn<QString>("effect"); // arguments of kubectl after it, and what it then prints
         const auto row = [](const char *title, const char *resource, const QStringList &answers,
@@ -103,9 +104,17 @@ private Q_SLOTS:
         row("Scale by Pattern", "", {u"pattern=w?b*"_s, u"replicas=5"_s, u"Continue"_s, u"Scale"_s},
             "deployment.apps/web scaled", "get deploy web -n default -o jsonpath={.spec.replicas}|5");
         row("Scale by Pattern", "",
-            {u"pattern=w*"_s, u"replicas=many"_s, u"Continue"_s, u"pattern=z*"_s, u"replicas=2"_s,
-                u"Continue"_s, u"OK"_s},
+            {u"?*,: The pattern may hold"_s, u"pattern=w*"_s, u"replicas=²"_s, u"Continue"_s,
+                u"?w*,²: The number of replicas must be a whole number"_s, u"pattern=z*"_s, u"replicas=2"_s,
+                u"Continue"_s, u"?z*,2: No name of the deployments here matches \"z*\"."_s, u"pattern=w*"_s,
+                u"replicas=9999999999"_s, u"Continue"_s, u"Scale"_s, u"?w*,9999999999: "_s, u"Cancel"_s},
             "kubectl get deployments -o name --context=demo-harbor -n default");
+        const auto nowhere = [&](const char *title, const char *resource, const QString &message) {
+            row(title, resource, {u"?: "_s + message, u"OK"_s}, "", "", everywhere);
+        };
+        nowhere("Scale by Pattern", "", u"Choose a namespace first."_s);
+        nowhere("Restart and Watch", "DEPLOYMENT=web", u"Choose the namespace of web first."_s);
+        nowhere("Notify When Rolled Out", "DEPLOYMENT=web", u"Choose the namespace of web first."_s);
         row("Restart and Watch", "DEPLOYMENT=web", {u"Restart"_s, u"Tell Me"_s},
             "web|demo-harbor\ndeployment \"web\" successfully",
             "rollout history deployment/web -n default|2         <none>");
@@ -137,8 +146,15 @@ private Q_SLOTS:
         action->second->performAction(environment);
         for (const QString &answer : std::as_const(answers)) {
             QTRY_VERIFY_WITH_TIMEOUT(m_bench->dialog(), 15'000);
-            if (answer.contains(u'=')) {
-                const auto fields = m_bench->dialog()->findChildren<QLineEdit *>();
+            const auto fields = m_bench->dialog()->findChildren<QLineEdit *>();
+            if (answer.startsWith(u'?')) {
+                QStringList texts;
+                for (const QLineEdit *field : fields) {
+                    texts.append(field->text());
+                }
+                const QString asked = texts.join(u',') + u": "_s + m_bench->dialog()->informativeText();
+                QVERIFY2(asked.startsWith(answer.mid(1)), qPrintable(asked));
+            } else if (answer.contains(u'=')) {
                 QVERIFY(fields.size() >= 2);
                 fields[answer.startsWith(u"pattern") ? 0 : 1]->setText(answer.section(u'=', 1));
             } else {
@@ -159,6 +175,18 @@ private Q_SLOTS:
             QVERIFY2(outcome.output.contains(effect.section(u'|', 1)),
                 qPrintable(outcome.output + outcome.errors));
         }
+    }
+
+    void saysNothing()
+    {
+        const QString kubectl = kubectlPath();
+        m_bench->write(u"quiet.sh"_s, "#!/bin/sh\n");
+        setKubectlPath(m_bench->path(u"quiet.sh"_s));
+        m_bench->notifications.clear();
+        m_actions.at(u"Notify When Rolled Out"_s)
+            ->performAction({{u"CONTEXT"_s, u"here"_s}, {u"DEPLOYMENT"_s, u"web"_s}});
+        QTRY_COMPARE(m_bench->notifications, QStringList{u"web|here\nThe rollout has ended."_s});
+        setKubectlPath(kubectl);
     }
 
 private:

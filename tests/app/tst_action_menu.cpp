@@ -9,6 +9,7 @@
 #include "app/PrimaryContentController.h"
 #include "app/SidebarController.h"
 #include "app/ToolBarDialog.h"
+#include "app/ToolBarLayout.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerButton.h"
@@ -381,7 +382,8 @@ void tst_action_menu::lastAction()
 void tst_action_menu::toolbarIsTheUsers()
 {
     Actions app;
-    app.add(u"act"_s, R"({"scope":"namespace"})");
+    const auto odd = u"a\\n\nact"_s; // names of folders may hold anything
+    app.add(odd, R"({"scope":"namespace"})");
     app.open();
     const auto buttons = [&app] {
         QStringList names;
@@ -405,7 +407,7 @@ void tst_action_menu::toolbarIsTheUsers()
     QCOMPARE(list->count(), 6);
     list->item(5)->setCheckState(Qt::Checked);
     list->item(4)->setCheckState(Qt::Unchecked);
-    QCOMPARE(buttons(), usual.first(4) + QStringList{u"act"_s});
+    QCOMPARE(buttons(), usual.first(4) + QStringList{odd});
     list->setCurrentRow(5);
     for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>()) {
         if (button->text().remove(u'&') == u"Move Up"_s) {
@@ -413,12 +415,15 @@ void tst_action_menu::toolbarIsTheUsers()
             button->click();
         }
     }
-    const QStringList chosen = usual.first(3) + QStringList{u"act"_s, usual.at(3)};
+    const QStringList chosen = usual.first(3) + QStringList{odd, usual.at(3)};
     QCOMPARE(buttons(), chosen);
     QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier); // every tab, and the next start
     QCOMPARE(buttons(), chosen);
     QVERIFY(app.cluster.settings.flush());
-    QCOMPARE(UserDefaults(app.cluster.settingsFile()).string(u"toolbarItems"_s), chosen.join(u'\n'));
+    QCOMPARE(UserDefaults(app.cluster.settingsFile()).string(u"toolbarItems"_s),
+        chosen.join(u'\n').replace(odd, u"a\\\\n\\nact"_s));
+    app.cluster.settings.set(u"toolbarItems"_s, u"x\\y\nz\\"_s); // backslashes of before
+    QCOMPARE(ToolBarLayout().identifiers(), QStringList({u"x\\y"_s, u"z\\"_s}));
 }
 
 void tst_action_menu::copyFiles_data()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/Patience.h"
+#include "support/TestSupport.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -135,6 +137,7 @@ private Q_SLOTS:
     void packagedPython();
     void endsWhenAskedTo_data();
     void endsWhenAskedTo();
+    void nobodyReads();
     void secondStart();
     void withASessionBusThatHangs();
 };
@@ -259,6 +262,24 @@ void tst_start::endsWhenAskedTo()
     QCOMPARE(package.program.exitCode(), 0);
     QVERIFY(package.read(u"home/.config/com.brindle.Tidewright/settings.json"_s).contains("TidewrightFrame"));
     QTRY_COMPARE(::kill(kubectl, 0), -1);
+}
+
+/// Whoever started the program has stopped reading what it prints.
+void tst_start::nobodyReads()
+{
+    Package package;
+    package.addHangingKubectl();
+    const tidewright::Pipe pipe = tidewright::test::fullPipe();
+    package.program.setChildProcessModifier([writer = pipe.writeEnd.get()] {
+        ::dup2(writer, STDOUT_FILENO);
+        ::dup2(writer, STDERR_FILENO);
+    });
+    package.program.start();
+    QTRY_VERIFY(!package.read(u"libexec/tidewright/pid"_s).isEmpty()); // a window is there, and loads
+    QCOMPARE(::kill(static_cast<pid_t>(package.program.processId()), SIGTERM), 0);
+    QVERIFY(package.program.waitForFinished(15'000));
+    QCOMPARE(package.program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(package.program.exitCode(), 0);
 }
 
 void tst_start::secondStart()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ApplicationRecord.h"
 #include "external/EditFile.h"
+#include "platform/Bundle.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
 #include "support/Patience.h"
@@ -88,7 +89,8 @@ private Q_SLOTS:
         row("out \\xff err \\xff", u"|-"_s, u"||"_s);
         row("die 9", u"|kubectl was ended by signal 9."_s, u"||kubectl was ended by signal 9."_s);
         row("environment EDITOR environment KUBE_EDITOR environment KUBECONFIG",
-            u"kate -b -n(unset)/some/config|-"_s, u"|Configuration saved.|"_s);
+            bundle::auxiliaryExecutable(u"quiet-editor"_s) + u" kate -b -n(unset)/some/config|-"_s,
+            u"|Configuration saved.|"_s);
     }
     void outcomes()
     {

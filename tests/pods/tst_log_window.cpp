@@ -36,36 +36,6 @@ namespace {
 
 constexpr int patience = 30'000;
 
-/// What the program writes to its standard output while this lives.
-class CapturedOutput
-{
-public:
-    CapturedOutput()
-        : m_saved(::dup(STDOUT_FILENO))
-    {
-        std::fflush(stdout);
-        const int file = ::open(QFile::encodeName(m_path).constData(), O_WRONLY | O_CREAT, 0600);
-        ::dup2(file, STDOUT_FILENO);
-        ::close(file);
-    }
-    ~CapturedOutput()
-    {
-        std::fflush(stdout);
-        ::dup2(m_saved, STDOUT_FILENO);
-        ::close(m_saved);
-    }
-    QString text() const
-    {
-        QFile file(m_path);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"(unreadable)"_s;
-    }
-
-private:
-    QTemporaryDir m_folder;
-    const QString m_path = m_folder.filePath(u"output"_s);
-    const int m_saved;
-};
-
 std::vector<ContainerPair> pairs(int count)
 {
     std::vector<ContainerPair> result;

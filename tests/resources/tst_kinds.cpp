@@ -24,14 +24,13 @@
 #include "resources/SharedContentViewController.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
+#include "support/TestSupport.h"
 
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTemporaryFile>
 #include <QTest>
 
 #include <map>
-#include <unistd.h>
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -304,20 +303,17 @@ void tst_kinds::brokenLinesAreSkipped()
         good += "\t1";
     }
     const QByteArray odd = "odd" + QByteArray("\tx").repeated(9);
-    QTemporaryFile standardOutput;
-    QVERIFY(standardOutput.open());
-    fflush(stdout);
-    const int kept = dup(STDOUT_FILENO);
-    dup2(standardOutput.handle(), STDOUT_FILENO);
-    const MergeResult merged = mergeListing(kind, odd + '\n' + good + "\nshort\n\xff\xfe\x01", {});
-    dup2(kept, STDOUT_FILENO);
-    close(kept);
+    MergeResult merged;
+    QString written;
+    {
+        const CapturedOutput output;
+        merged = mergeListing(kind, odd + '\n' + good + "\nshort\n\xff\xfe\x01", {});
+        written = output.text();
+    }
     QCOMPARE(merged.added.size(), 1U);
     QCOMPARE(merged.added.front()->name, u"good"_s);
     QCOMPARE(merged.lines, 4U);
     QCOMPARE(merged.skippedLines, 3U);
-    standardOutput.seek(0);
-    const QString written = QString::fromUtf8(standardOutput.readAll());
     QCOMPARE(written.isEmpty(), diagnostic.isEmpty());
     QVERIFY2(
         written.contains(diagnostic + (diagnostic.isEmpty() ? QString() : u"\n"_s)), qPrintable(written));

@@ -1,14 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/TestSupport.h"
 
+#include "platform/Diagnostics.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QThread>
 
+#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace tidewright::test {
+
+namespace {
+
+void flushOutput()
+{
+    std::fflush(stdout);
+    flushDiagnostics(deadline);
+}
+
+} // namespace
 
 void RecordingConsole::addEntry(
     const QString &command, const QString &response, const std::optional<ConsoleError> &error)
@@ -38,6 +51,39 @@ ShellResult runToEnd(const std::shared_ptr<Shell> &shell, const QStringList &arg
 {
     auto result = inBackground([shell, arguments] { return shell->run(arguments, false); });
     return arrives(result) ? result.get() : ShellResult{{}, QStringLiteral("(still running)")};
+}
+
+CapturedOutput::CapturedOutput()
+{
+    flushOutput();
+    m_before = ::dup(STDOUT_FILENO);
+    if (m_file.open()) {
+        ::dup2(m_file.handle(), STDOUT_FILENO);
+    }
+}
+
+CapturedOutput::~CapturedOutput()
+{
+    flushOutput();
+    ::dup2(m_before, STDOUT_FILENO);
+    ::close(m_before);
+}
+
+QString CapturedOutput::text() const
+{
+    flushOutput();
+    QFile file(m_file.fileName());
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+Pipe fullPipe()
+{
+    Pipe pipe = Pipe::make();
+    const int writer = pipe.writeEnd.get();
+    ::fcntl(writer, F_SETFL, O_NONBLOCK);
+    while (::write(writer, "x", 1) == 1) { }
+    ::fcntl(writer, F_SETFL, 0);
+    return pipe;
 }
 
 NoDescriptorsLeft::NoDescriptorsLeft()

@@ -4,6 +4,9 @@
 #include "core/Console.h"
 #include "core/Shell.h"
 #include "platform/DispatchQueue.h"
+#include "platform/FileDescriptor.h"
+
+#include <QTemporaryFile>
 
 #include <chrono>
 #include <future>
@@ -50,6 +53,25 @@ template <typename Value> bool arrives(const std::future<Value> &future)
 {
     return future.wait_for(deadline) == std::future_status::ready;
 }
+
+/// While it lives, the standard output goes to a file.
+class CapturedOutput
+{
+public:
+    CapturedOutput();
+    ~CapturedOutput();
+    CapturedOutput(const CapturedOutput &) = delete;
+    CapturedOutput &operator=(const CapturedOutput &) = delete;
+
+    QString text() const;
+
+private:
+    QTemporaryFile m_file;
+    int m_before = -1;
+};
+
+/// A pipe that takes nothing more: nobody reads it.
+Pipe fullPipe();
 
 /// While it lives, this process can open no descriptor.
 class NoDescriptorsLeft

@@ -19,10 +19,15 @@ import os
 import shlex
 import subprocess
 
-__all__ = ["Action", "CheckBox", "DropDown", "FormDialog", "KubectlError", "Notification", "OKCancelDialog", "OKDialog",
-           "TextField"]
+__all__ = ["ALL_NAMESPACES", "Action", "CheckBox", "DropDown", "FormDialog", "KubectlError", "Notification",
+           "OKCancelDialog", "OKDialog", "TextField", "last_line"]
 
-ALL_NAMESPACES = "All Namespaces"
+ALL_NAMESPACES = "All Namespaces"  # what Action.namespace is while the window shows all
+
+
+def last_line(text):
+    """The last line of what a command printed that is not blank; empty when there is none."""
+    return next((line.strip() for line in reversed(text.splitlines()) if line.strip()), "")
 
 
 class OKDialog(Exception):

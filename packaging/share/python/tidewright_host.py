@@ -4,15 +4,20 @@
 What comes from a script is not trusted to behave: whatever it raises is caught here, and what is handed to the
 application has exactly the documented types. Texts are handed over as UTF-8 bytes.
 """
+import builtins
 import functools
 import importlib
+import importlib.machinery
+import importlib.util
 import io
 import itertools
 import os
+import re
 import subprocess
 import sys
 import threading
 import traceback
+import types
 
 REQUESTS = ("OKDialog", "OKCancelDialog", "Notification", "FormDialog")
 MOST_LOG_LINES = 1000
@@ -20,6 +25,7 @@ MOST_FIELDS = 200
 MOST_CHOICES = 2000
 LONGEST_LINE = 4096
 DEEPEST_RECURSION = 3000
+PACKAGE_PREFIX = "tidewright_action_"
 STACK_PER_LEVEL = 4096  # bytes; a sort whose key function sorts needs half of it
 
 
@@ -34,6 +40,7 @@ def prepare(write_line, stack_size):
     _redirect()
     _limit_recursion(min(DEEPEST_RECURSION, stack_size // STACK_PER_LEVEL))
     _keep_environment()
+    _keep_modules_apart()
 
 
 class Diagnostics(io.TextIOBase):
@@ -67,7 +74,7 @@ class Diagnostics(io.TextIOBase):
 
 
 def _redirect():
-    sys.stdout = sys.stderr = diagnostics
+    sys.stdout = sys.stderr = sys.__stdout__ = sys.__stderr__ = diagnostics
 
 
 def _limit_recursion(deepest):
@@ -126,6 +133,68 @@ class _SearchPath:
 _search_path = _SearchPath()
 
 
+_packages = {}  # folder of an action: name of the package that stands for it
+
+
+def _package(folder):
+    """A package whose modules are the files beside an action's script.
+
+    What the script imports from its folder is imported from there. So each action has modules of its own, whatever
+    others name theirs, and finds them at any time, not only while its folder is on the search path.
+    """
+    if folder not in _packages:
+        package = types.ModuleType(f"{PACKAGE_PREFIX}{len(_packages) + 1}")
+        package.__path__ = [folder]
+        sys.modules[package.__name__] = package
+        _packages[folder] = package.__name__
+    return _packages[folder]
+
+
+def _keep_modules_apart():
+    """Has what stands in an action's own modules look into the action's folder first."""
+    plain_import = builtins.__import__
+
+    @functools.wraps(plain_import)
+    def import_module(name, globals=None, locals=None, fromlist=(), level=0):
+        package = (globals or {}).get("__package__") if level == 0 else None
+        package = package.partition(".")[0] if isinstance(package, str) else None
+        if not package or package not in _packages.values() or not isinstance(name, str):
+            return plain_import(name, globals, locals, fromlist, level)
+        first = package + "." + name.partition(".")[0]
+        if not _is_own(first, sys.modules[package].__path__):
+            return plain_import(name, globals, locals, fromlist, level)
+        module = plain_import(package + "." + name, globals, locals, fromlist, 0)
+        return module if fromlist else sys.modules[first]
+
+    builtins.__import__ = import_module
+
+
+def _is_own(name, path):
+    if name in sys.modules:
+        return True
+    spec = importlib.machinery.PathFinder.find_spec(name, path)
+    return spec is not None and spec.has_location  # a folder that holds no module is none
+
+
+def _import_main(folder):
+    """The script as the module "main", from its own folder whatever else the search path holds."""
+    spec = importlib.machinery.PathFinder.find_spec("main", [folder])
+    if spec is None or spec.loader is None:
+        raise ModuleNotFoundError("No module named 'main'", name="main")
+    package = _package(folder)
+    module = importlib.util.module_from_spec(spec)
+    module.__package__ = package
+    names = ("main", package + ".main")
+    sys.modules.update(dict.fromkeys(names, module))
+    try:
+        spec.loader.exec_module(module)
+    except BaseException:
+        for name in names:
+            sys.modules.pop(name, None)
+        raise
+    return module
+
+
 def begin(folder):
     """A script from that folder is about to be loaded."""
     _redirect()
@@ -137,13 +206,13 @@ def finish(folder):
     _search_path.remove(folder)
 
 
-def load(variables):
-    """Sets the variables and imports the script. Returns the module and None, or None and why not."""
+def load(folder, variables):
+    """Sets the variables and imports the script of that folder. Returns the module and None, or None and why not."""
     try:
         os.environ.update(variables)
         sys.modules.pop("main", None)
         importlib.invalidate_caches()
-        return importlib.import_module("main"), None
+        return _import_main(folder), None
     except BaseException as error:
         return None, _description(error)
     finally:
@@ -200,7 +269,8 @@ def _description(error):
     """The error's type and text; the diagnostics get the traceback."""
     try:
         traceback.print_exception(type(error), error, error.__traceback__, file=diagnostics)
-        return _utf8("".join(traceback.format_exception_only(type(error), error)).strip())
+        text = "".join(traceback.format_exception_only(type(error), error)).strip()
+        return _utf8(re.sub(rf"\b{PACKAGE_PREFIX}\d+\.", "", text))
     except BaseException:
         return _utf8(_class_name(error))
 

@@ -5,7 +5,7 @@ import tidewright_actions
 class Action(tidewright_actions.Action):
     def run(self):
         self.name = self.environment["DEPLOYMENT"]
-        if self.namespace == "All Namespaces":
+        if self.namespace == tidewright_actions.ALL_NAMESPACES:
             self.ask(f"Choose the namespace of {self.name} first.", title="Restart and Watch")
         self.ask(f"All pods of {self.name} are replaced, a few at a time.", title=f"Restart {self.name}?",
                  ok="Restart", cancel="Cancel", then=self.restart)
@@ -18,5 +18,8 @@ class Action(tidewright_actions.Action):
 
     def watch(self, accepted):
         if accepted:
-            state = self.kubectl("rollout", "status", "deployment/" + self.name, "--timeout=10m")
-            self.notify(self.name, state.strip().splitlines()[-1], subtitle=self.context)
+            try:
+                state = self.kubectl("rollout", "status", "deployment/" + self.name, "--timeout=10m")
+            except tidewright_actions.KubectlError as error:
+                self.notify(self.name, f"The rollout has not ended: {error}", subtitle=self.context)
+            self.notify(self.name, tidewright_actions.last_line(state) or "The rollout has ended.", subtitle=self.context)
