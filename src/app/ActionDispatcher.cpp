@@ -4,9 +4,8 @@
 #include "app/PrimaryContentController.h"
 #include "platform/Glob.h"
 #include "pods/PodController.h"
+#include "resources/ClusterChange.h"
 #include "resources/ResourceTableView.h"
-
-#include <QDeadlineTimer>
 
 namespace tidewright {
 
@@ -14,11 +13,11 @@ namespace {
 
 const auto podScope = QStringLiteral("pod");
 const auto containerScope = QStringLiteral("container");
-/// Names tried between looks at the clock.
-constexpr int namesPerLook = 64;
 /// A pattern may be slow on every one of many names.
 constexpr auto patienceToEnable = std::chrono::milliseconds(15);
 constexpr auto patienceToRun = std::chrono::milliseconds(500);
+/// How long a result stands while rows come in slice by slice, each of which would ask again.
+constexpr auto restWhileLoading = std::chrono::milliseconds(500);
 
 struct Match
 {
@@ -39,19 +38,18 @@ Match firstMatch(const QString &pattern, int count, const std::function<QString(
         if (searcher.matches(name)) {
             return {name};
         }
-        if (number % namesPerLook == 0 && end.hasExpired()) {
+        if (end.hasExpired()) {
             return {std::nullopt, true};
         }
     }
     return {};
 }
 
-std::optional<QString> chosenName(
-    const SharedContentViewController &table, const std::optional<QString> &pattern)
+Match chosenName(const SharedContentViewController &table, const std::optional<QString> &pattern)
 {
     const QStringList selected = table.selectedNames();
     if (!pattern) {
-        return selected.isEmpty() ? std::nullopt : std::optional(selected.first());
+        return {selected.isEmpty() ? std::nullopt : std::optional(selected.first())};
     }
     const ArrangingModel &shown = table.arrangedObjects();
     const auto selectedCount = static_cast<int>(selected.size());
@@ -61,8 +59,12 @@ std::optional<QString> chosenName(
             return number < selectedCount ? selected.at(number)
                                           : shown.arrangedRow(number - selectedCount)->name;
         },
-        patienceToRun)
-        .name;
+        patienceToRun);
+}
+
+QString notRun(const CustomActionItem &item)
+{
+    return QObject::tr("\"%1\" was not run").arg(item.title());
 }
 
 } // namespace
@@ -75,8 +77,10 @@ ActionDispatcher::ActionDispatcher(const PrimaryContentController &content, Wind
 
 void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &item) const
 {
-    if (!m_window.loadingHint().isEmpty()) {
-        return; // what the tables show is not where the window is going
+    if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
+        // What the tables show is not where the window is going.
+        refuseChange(m_window, notRun(*item), hint);
+        return;
     }
     auto environment = target(*item);
     if (!environment) {
@@ -109,8 +113,13 @@ std::optional<ActionEnvironment> ActionDispatcher::target(const CustomActionItem
         return ActionEnvironment{{QStringLiteral("POD"), pairs.front().first},
             {QStringLiteral("CONTAINER"), pairs.front().second}};
     }
-    const auto name = chosenName(*table, item.config().use_name_matching_pattern);
-    return name ? std::optional(ActionEnvironment{{scope.toUpper(), *name}}) : std::nullopt;
+    const Match chosen = chosenName(*table, item.config().use_name_matching_pattern);
+    if (chosen.timeIsUp) {
+        refuseChange(m_window, notRun(item),
+            QObject::tr("looking for a name like %1 took too long.")
+                .arg(item.config().use_name_matching_pattern.value_or(QString())));
+    }
+    return chosen.name ? std::optional(ActionEnvironment{{scope.toUpper(), *chosen.name}}) : std::nullopt;
 }
 
 QString ActionDispatcher::obstacle(const CustomActionItem &item) const
@@ -153,7 +162,8 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     const QString filter = onlyShown ? table.filter() : QString();
     const std::pair key(pattern, &table);
     const PatternResult *known = m_results.object(key);
-    if (known && known->generation == table.generation() && known->filter == filter) {
+    if (known && known->filter == filter
+        && (known->generation == table.generation() || (table.isLoading() && !known->rest.hasExpired()))) {
         return known->matches;
     }
     const ArrangingModel &shown = table.arrangedObjects();
@@ -165,7 +175,8 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     // What took too long to find out is left to the run.
     const Match match = firstMatch(pattern, count, nameAt, patienceToEnable);
     const bool matches = match.name || match.timeIsUp;
-    m_results.insert(key, new PatternResult{table.generation(), filter, matches});
+    m_results.insert(
+        key, new PatternResult{table.generation(), filter, matches, QDeadlineTimer(restWhileLoading)});
     return matches;
 }
 

@@ -4,6 +4,7 @@
 #include "actions/CustomActionItem.h"
 
 #include <QCache>
+#include <QDeadlineTimer>
 
 namespace tidewright {
 
@@ -18,7 +19,8 @@ public:
     /// Both must outlive the dispatcher.
     ActionDispatcher(const PrimaryContentController &content, WindowState &window);
 
-    /// Runs the action for the resource it applies to; when there is none, nothing happens.
+    /// Runs the action for the resource it applies to; when there is none, nothing happens. While contexts or
+    /// namespaces are loading, and when a pattern took too long, the console says that it was not run.
     void dispatchAction(const std::shared_ptr<CustomActionItem> &item) const;
 
     /// Why the action cannot be chosen now, as a sentence; empty when it can.
@@ -31,6 +33,7 @@ private:
         quint64 generation = 0;
         QString filter;
         bool matches = false;
+        QDeadlineTimer rest; ///< until then it also stands for other rows, while they are loading
     };
 
     QString targetObstacle(const CustomActionItem &item) const;

@@ -48,6 +48,9 @@ void enable(QAction *action, const QString &obstacle, const QString &description
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
+    if (!canCopyIn(pods.kubeSplitViewController())) {
+        return;
+    }
     const std::vector<ContainerPair> pairs = pods.takeSelectedContainerPairs();
     if (pairs.empty()) {
         return;

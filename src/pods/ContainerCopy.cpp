@@ -37,7 +37,12 @@ void show(const Copy &copy, const QString &progress, bool running)
 
 void copyNext(const std::shared_ptr<Copy> &copy)
 {
-    if (!copy->table || copy->number == copy->paths.size()) {
+    if (copy->number == copy->paths.size()) {
+        return;
+    }
+    if (!copy->table) {
+        postConsoleError(QStringLiteral("Files that were not copied, because their window was closed: %1.")
+                             .arg(copy->paths.mid(copy->number).join(QLatin1String(", "))));
         return;
     }
     const QString path = copy->paths.at(copy->number++);
@@ -80,14 +85,22 @@ QStringList withoutColons(const QStringList &paths, WindowState &window)
 
 } // namespace
 
+bool canCopyIn(WindowState &window)
+{
+    if (window.currentNamespace() != allNamespaces) {
+        return true;
+    }
+    refuseChange(window, QStringLiteral("Nothing was copied"),
+        QStringLiteral("choose a namespace first. While all namespaces are shown, kubectl cannot tell "
+                       "which of them the pod is in."));
+    return false;
+}
+
 void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,
     const QStringList &paths, const QString &destination)
 {
     WindowState &window = table.kubeSplitViewController();
-    if (window.currentNamespace() == allNamespaces) {
-        refuseChange(window, QStringLiteral("Nothing was copied"),
-            QStringLiteral("choose a namespace first. While all namespaces are shown, kubectl cannot tell "
-                           "which of them the pod is in."));
+    if (!canCopyIn(window)) {
         return;
     }
     const auto copy = std::make_shared<Copy>();
