@@ -10,7 +10,7 @@ namespace tidewright {
 
 PipeReader::PipeReader(int output, int error)
     : m_descriptors{output, error}
-    , m_buffer(1 << 18, Qt::Uninitialized)
+    , m_buffer(1 << 16, Qt::Uninitialized)
 {
     for (const int fd : m_descriptors) {
         ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);

@@ -75,7 +75,7 @@ Content readOpened(int descriptor)
     if (!file.open(descriptor, QIODevice::ReadOnly)) {
         return inaccessible(file.errorString());
     }
-    const QByteArray bytes = file.read(largestFile);
+    const QByteArray bytes = file.read(status.st_size);
     if (file.error() != QFileDevice::NoError) {
         return inaccessible(file.errorString());
     }

@@ -2,6 +2,7 @@
 #include "resources/ResourceTableView.h"
 
 #include "resources/RowDelegate.h"
+#include "resources/TableHeader.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -42,19 +43,12 @@ ResourceTableView::ResourceTableView(ArrangingModel &model, QWidget *parent)
 
 void ResourceTableView::setUpHeader()
 {
-    QHeaderView *header = horizontalHeader();
+    auto *header = new TableHeader(this);
+    setHorizontalHeader(header);
     header->setHighlightSections(false);
-    // Titles start where the texts below them do.
-    header->setStyleSheet(
-        QStringLiteral("QHeaderView { background: palette(window); border: none; }"
-                       "QHeaderView::section { background: palette(window); border: none;"
-                       " border-bottom: 1px solid palette(mid); padding: 5px %1px 5px %2px; }")
-            .arg(RowDelegate::numberPadding + 2)
-            .arg(RowDelegate::sidePadding + 2));
     header->setStretchLastSection(true);
     header->setSectionsMovable(true);
     header->setMinimumSectionSize(40);
-    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setSortIndicatorClearable(true);
     header->setSortIndicator(-1, Qt::AscendingOrder); // rows stand as they came until the user sorts
     setSortingEnabled(true);
