@@ -5,6 +5,7 @@
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
 
+#include <QLocale>
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -15,29 +16,62 @@ namespace tidewright {
 
 namespace {
 
-constexpr qsizetype longestText = 4000; // more fits no screen, and laying it out takes long
 constexpr int tallestForm = 420;
 
-/// More lines than these would push the buttons off the screen.
-constexpr int mostLines = 24;
+// Messages scroll; laying out more than this holds up the window.
+constexpr int mostLines = 2000;
+constexpr qsizetype longestMessage = 100'000; // characters
+// Titles and buttons do not scroll: what is too long for a title stands at the head of the message.
+constexpr int mostTitleLines = 4;
+constexpr qsizetype longestTitle = 300;
+constexpr qsizetype longestButton = 60;
 
-QString shortened(const QString &text)
+/// As much of the beginning as the limits let through.
+QString beginning(const QString &text, qsizetype longest, int lines = 1)
 {
-    const QString lines = text.section(QLatin1Char('\n'), 0, mostLines - 1);
-    const QString part = lines.left(longestText);
-    return part.size() < text.size() ? QString(part + QChar(0x2026)) : text;
+    return text.section(QLatin1Char('\n'), 0, lines - 1).left(longest);
+}
+
+QString marked(const QString &shown, const QString &text, const QString &mark)
+{
+    return shown.size() < text.size() ? QString(shown + mark) : text;
+}
+
+QString shortTitle(const QString &text)
+{
+    return marked(beginning(text, longestTitle, mostTitleLines), text, QChar(0x2026));
+}
+
+QString buttonText(const QString &text)
+{
+    return marked(beginning(text, longestButton), text, QChar(0x2026));
+}
+
+QString message(const QString &text)
+{
+    const QString shown = beginning(text, longestMessage, mostLines);
+    const QString rest = text.mid(shown.size());
+    const qsizetype lines = rest.count(QLatin1Char('\n')) + (rest.startsWith(QLatin1Char('\n')) ? 0 : 1);
+    const QLocale locale;
+    return marked(shown, text,
+        QStringLiteral("\n\n%1 more characters are left out (lines: %2).")
+            .arg(locale.toString(rest.size()), locale.toString(lines)));
 }
 
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})
 {
-    return shortened(request.state.value(QLatin1String(key), otherwise));
+    return request.state.value(QLatin1String(key), otherwise);
 }
 
 void ask(const ActionRequest &request, QWidget *accessory, std::function<void(bool)> answered)
 {
-    showConfirmation(nullptr, text(request, "title", QStringLiteral("Alert!")), text(request, "dialog_text"),
-        text(request, "ok_button_text", QStringLiteral("OK")), text(request, "cancel_button_text"), accessory,
-        std::move(answered));
+    const QString whole = text(request, "title", QStringLiteral("Alert!"));
+    const QString title = shortTitle(whole);
+    const QString asked = text(request, "dialog_text");
+    showConfirmation(nullptr, title,
+        message(title == whole ? asked : QString(whole + QLatin1String("\n\n") + asked)),
+        buttonText(text(request, "ok_button_text", QStringLiteral("OK"))),
+        buttonText(text(request, "cancel_button_text")), accessory, std::move(answered));
 }
 
 /// A form of many rows scrolls, so that the buttons stay on the screen.
