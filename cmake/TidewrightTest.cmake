@@ -2,7 +2,7 @@
 find_package(Qt6 REQUIRED COMPONENTS Network Test)
 
 set(TIDEWRIGHT_TEST_KUBECTL_OLD "" CACHE FILEPATH "Debian's older kubectl, run by the tests beside the packaged one")
-set(TIDEWRIGHT_TEST_TIMEOUT 120 CACHE STRING "Seconds that one test executable may take")
+set(TIDEWRIGHT_TEST_TIMEOUT 240 CACHE STRING "Seconds that one test executable may take")
 
 # Every test executable with the label threads: what the build with ThreadSanitizer needs.
 add_custom_target(threaded_tests)
@@ -21,6 +21,7 @@ function(tidewright_add_test)
     cmake_parse_arguments(ARG "CHECK_LEAKS" "NAME" "SOURCES;LIBS;DEFINITIONS;LABELS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} Qt6::Test tidewright_options)
+    target_include_directories(${ARG_NAME} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
     target_compile_definitions(${ARG_NAME} PRIVATE ${ARG_DEFINITIONS})
     if(TIDEWRIGHT_PRECOMPILE)
         target_link_libraries(${ARG_NAME} PRIVATE Qt6::Widgets Qt6::Svg Qt6::DBus Qt6::Network)

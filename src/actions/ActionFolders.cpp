@@ -2,7 +2,6 @@
 #include "actions/ActionFolders.h"
 
 #include "actions/ActionQueue.h"
-#include "platform/AtomicFile.h"
 #include "platform/Bundle.h"
 #include "platform/Diagnostics.h"
 #include "platform/MainQueue.h"
@@ -10,8 +9,10 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QImageReader>
 #include <QPointer>
+#include <QtMath>
 
 #include <algorithm>
 #include <filesystem>
@@ -29,8 +30,9 @@ constexpr int deepestFolder = 32;
 constexpr qint64 largestImageFile = 4 << 20;
 constexpr int largestImageSide = 1024;
 
-/// Null when the file is no readable image of a sensible size; the standard image is shown then.
-QImage readImage(const QString &path)
+/// In the size in which it is shown, at most or (stretched) exactly. Null when the file is no readable image
+/// of a sensible size; the standard image is shown then.
+QImage readImage(const QString &path, int pixelsPerPoint, Qt::AspectRatioMode mode)
 {
     const QFileInfo file(path);
     if (path.isEmpty() || !file.isFile() || file.size() > largestImageFile) {
@@ -41,7 +43,17 @@ QImage readImage(const QString &path)
     const QSize size = reader.size();
     const bool isSensible = size.isValid() && size.width() <= largestImageSide
         && size.height() <= largestImageSide && !reader.format().startsWith("svg");
-    return isSensible ? reader.read() : QImage();
+    if (!isSensible) {
+        return {};
+    }
+    const int side = CustomActionItem::iconPoints * pixelsPerPoint;
+    const bool isStretched = mode == Qt::IgnoreAspectRatio;
+    if (isStretched || size.width() > side || size.height() > side) {
+        reader.setScaledSize(size.scaled(side, side, mode).expandedTo(QSize(1, 1)));
+    }
+    QImage image = reader.read();
+    image.setDevicePixelRatio(pixelsPerPoint);
+    return image;
 }
 
 /// One walk through the folders, on one thread.
@@ -53,9 +65,9 @@ public:
     {
     }
 
-    std::vector<ActionNode> load(QStringList folders)
+    std::vector<ActionFolder> find(QStringList folders)
     {
-        std::vector<ActionNode> nodes;
+        std::vector<ActionFolder> found;
         const auto name = [](const QString &path) { return QFileInfo(path).fileName(); };
         std::sort(folders.begin(), folders.end(),
             [&name](const QString &a, const QString &b) { return name(a) < name(b); });
@@ -65,16 +77,16 @@ public:
                 continue;
             }
             m_ancestors.push_back(identity);
-            loadFolder(folder, nodes);
+            findIn(folder, found);
             m_ancestors.pop_back();
         }
-        return nodes;
+        return found;
     }
 
     QStringList takeProblems() { return std::move(m_problems); }
 
 private:
-    void loadFolder(const QString &folder, std::vector<ActionNode> &nodes)
+    void findIn(const QString &folder, std::vector<ActionFolder> &found)
     {
         if (m_ancestors.size() == topLevel) {
             m_folders = 0;
@@ -93,21 +105,23 @@ private:
         const QStringList subfolders = keptSubfolders(entries);
         const QString title = QFileInfo(folder).fileName();
         if (!subfolders.isEmpty()) {
-            nodes.push_back({title, nullptr, load(subfolders)});
+            found.push_back({title, {}, {}, {}, {}, find(subfolders)});
             return;
         }
         const auto first = [&entries](const auto &wanted) {
-            const auto found = std::find_if(entries.begin(), entries.end(),
+            const auto entry = std::find_if(entries.begin(), entries.end(),
                 [&wanted](const QString &path) { return wanted(QFileInfo(path).fileName()); });
-            return found == entries.end() ? QString() : *found;
+            return entry == entries.end()
+                ? ActionFolder::File()
+                : ActionFolder::File{*entry, FileIdentity::at(QFile::encodeName(*entry))};
         };
         const auto named = [&first](const char *name) {
             return first([name](const QString &entry) { return entry == QLatin1String(name); });
         };
-        const QString script
+        const auto script
             = first([](const QString &entry) { return entry.startsWith(QLatin1String("main.")); });
-        if (!script.isEmpty()) {
-            addActionItem(title, named("icon.png"), named("menu.png"), named("config.json"), script, nodes);
+        if (!script.path.isEmpty()) {
+            found.push_back({title, script, named("icon.png"), named("menu.png"), named("config.json"), {}});
         }
     }
 
@@ -122,17 +136,6 @@ private:
             }
         }
         return kept;
-    }
-
-    void addActionItem(const QString &title, const QString &icon, const QString &menuIcon,
-        const QString &config, const QString &script, std::vector<ActionNode> &nodes)
-    {
-        auto item = CustomActionItem::create(title, readImage(icon), readImage(menuIcon), script,
-            config.isEmpty() ? std::nullopt : std::optional(config));
-        if (!item->configProblem().isEmpty()) {
-            m_problems.append(item->configProblem());
-        }
-        nodes.push_back({title, std::move(item), {}});
     }
 
     /// A link that leads to a folder around it would be followed for ever.
@@ -150,11 +153,54 @@ private:
     QStringList m_problems;
 };
 
-std::optional<ActionTree> loadActions()
+FoundActions findActions(QStringList folders, int pixelsPerPoint)
+{
+    for (QString &folder : folders) {
+        folder = QDir::cleanPath(folder);
+    }
+    FolderWalk walk(folders.isEmpty() ? QString() : QFileInfo(folders.first()).path());
+    FoundActions found;
+    found.pixelsPerPoint = pixelsPerPoint;
+    found.folders = walk.find(std::move(folders));
+    found.problems = walk.takeProblems();
+    return found;
+}
+
+std::vector<ActionNode> makeNodes(
+    const std::vector<ActionFolder> &folders, int pixelsPerPoint, QStringList &problems)
+{
+    std::vector<ActionNode> nodes;
+    for (const ActionFolder &folder : folders) {
+        if (folder.script.path.isEmpty()) {
+            nodes.push_back({folder.title, nullptr, makeNodes(folder.children, pixelsPerPoint, problems)});
+            continue;
+        }
+        auto item = CustomActionItem::create(folder.title,
+            readImage(folder.icon.path, pixelsPerPoint, Qt::KeepAspectRatio),
+            readImage(folder.menuIcon.path, pixelsPerPoint, Qt::IgnoreAspectRatio), folder.script.path,
+            folder.config.path.isEmpty() ? std::nullopt : std::optional(folder.config.path));
+        if (!item->configProblem().isEmpty()) {
+            problems.append(item->configProblem());
+        }
+        nodes.push_back({folder.title, std::move(item), {}});
+    }
+    return nodes;
+}
+
+ActionTree makeTree(FoundActions found)
+{
+    ActionTree tree;
+    tree.nodes = makeNodes(found.folders, found.pixelsPerPoint, tree.problems);
+    tree.problems += found.problems;
+    tree.found = std::move(found);
+    return tree;
+}
+
+SharedActionTree loadActions(const SharedActionTree &known, int pixelsPerPoint)
 {
     const auto folder = actionsFolderURL(installStarterKit);
     if (!folder) {
-        return std::nullopt;
+        return nullptr;
     }
     QStringList folders;
     for (const QString &entry : directoryContents(*folder)) {
@@ -162,7 +208,9 @@ std::optional<ActionTree> loadActions()
             folders.append(entry);
         }
     }
-    return loadActionFolders(folders);
+    FoundActions found = findActions(std::move(folders), pixelsPerPoint);
+    return known && known->found == found ? known
+                                          : std::make_shared<const ActionTree>(makeTree(std::move(found)));
 }
 
 } // namespace
@@ -223,23 +271,20 @@ QStringList directoryContents(const QString &folder)
     return entries;
 }
 
-ActionTree loadActionFolders(QStringList folders)
+ActionTree loadActionFolders(QStringList folders, int pixelsPerPoint)
 {
-    for (QString &folder : folders) {
-        folder = QDir::cleanPath(folder);
-    }
-    FolderWalk walk(folders.isEmpty() ? QString() : QFileInfo(folders.first()).path());
-    ActionTree tree;
-    tree.nodes = walk.load(std::move(folders));
-    tree.problems = walk.takeProblems();
-    return tree;
+    return makeTree(findActions(std::move(folders), pixelsPerPoint));
 }
 
 void loadActionsInBackground(
-    QObject *receiver, std::function<void(const std::optional<ActionTree> &tree)> loaded)
+    QObject *receiver, std::function<void(const SharedActionTree &tree)> loaded, SharedActionTree known)
 {
-    customActionQueue().post([receiver = QPointer(receiver), loaded = std::move(loaded)] {
-        postToMain(receiver, [tree = loadActions(), loaded](const QObject &) { loaded(tree); });
+    // Of the densest screen; no less than 2, for those that are connected later.
+    const int pixelsPerPoint = std::max(2, qCeil(qGuiApp->devicePixelRatio()));
+    customActionQueue().post([receiver = QPointer(receiver), loaded = std::move(loaded),
+                                 known = std::move(known), pixelsPerPoint] {
+        postToMain(
+            receiver, [tree = loadActions(known, pixelsPerPoint), loaded](const QObject &) { loaded(tree); });
     });
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionForm.h"
 
+#include "platform/DisplayText.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
@@ -61,8 +63,7 @@ QWidget *ActionForm::addRow(const FormField &field, int row)
         return list;
     }
     if (field.type == QLatin1String("checkbox")) {
-        QString title = field.label;
-        auto *box = new QCheckBox(title.replace(QLatin1Char('&'), QLatin1String("&&")));
+        auto *box = new QCheckBox(display_text::withoutMnemonics(field.label));
         box->setChecked(field.checked);
         static_cast<QGridLayout *>(layout())->addWidget(box, row, ControlColumn);
         return box;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionRequest.h"
 
+#include "platform/DisplayText.h"
 #include "platform/Notifications.h"
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
@@ -21,41 +22,24 @@ constexpr int tallestForm = 420;
 // Messages scroll; laying out more than this holds up the window.
 constexpr int mostLines = 2000;
 constexpr qsizetype longestMessage = 100'000; // characters
-// Titles and buttons do not scroll: what is too long for a title stands at the head of the message.
+// Titles and buttons do not scroll: a title that is too long stands at the head of the message.
 constexpr int mostTitleLines = 4;
 constexpr qsizetype longestTitle = 300;
 constexpr qsizetype longestButton = 60;
 
-/// As much of the beginning as the limits let through.
-QString beginning(const QString &text, qsizetype longest, int lines = 1)
+/// The text, or its beginning and how much is left out.
+QString fitMessage(const QString &text)
 {
-    return text.section(QLatin1Char('\n'), 0, lines - 1).left(longest);
-}
-
-QString marked(const QString &shown, const QString &text, const QString &mark)
-{
-    return shown.size() < text.size() ? QString(shown + mark) : text;
-}
-
-QString shortTitle(const QString &text)
-{
-    return marked(beginning(text, longestTitle, mostTitleLines), text, QChar(0x2026));
-}
-
-QString buttonText(const QString &text)
-{
-    return marked(beginning(text, longestButton), text, QChar(0x2026));
-}
-
-QString message(const QString &text)
-{
-    const QString shown = beginning(text, longestMessage, mostLines);
-    const QString rest = text.mid(shown.size());
+    const QString shown = display_text::shortened(text, longestMessage, mostLines);
+    if (shown == text) {
+        return text;
+    }
+    const QString rest = text.mid(shown.size() - 1); // without the ellipsis
     const qsizetype lines = rest.count(QLatin1Char('\n')) + (rest.startsWith(QLatin1Char('\n')) ? 0 : 1);
     const QLocale locale;
-    return marked(shown, text,
-        QStringLiteral("\n\n%1 more characters are left out (lines: %2).")
-            .arg(locale.toString(rest.size()), locale.toString(lines)));
+    return shown
+        + QStringLiteral("\n\n%1 more characters are left out (lines: %2).")
+              .arg(locale.toString(rest.size()), locale.toString(lines));
 }
 
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})
@@ -65,13 +49,14 @@ QString text(const ActionRequest &request, const char *key, const QString &other
 
 void ask(const ActionRequest &request, QWidget *accessory, std::function<void(bool)> answered)
 {
+    using display_text::shortened;
     const QString whole = text(request, "title", QStringLiteral("Alert!"));
-    const QString title = shortTitle(whole);
-    const QString asked = text(request, "dialog_text");
+    const QString title = shortened(whole, longestTitle, mostTitleLines);
+    const QString message = text(request, "dialog_text");
     showConfirmation(nullptr, title,
-        message(title == whole ? asked : QString(whole + QLatin1String("\n\n") + asked)),
-        buttonText(text(request, "ok_button_text", QStringLiteral("OK"))),
-        buttonText(text(request, "cancel_button_text")), accessory, std::move(answered));
+        fitMessage(title == whole ? message : QString(whole + QLatin1String("\n\n") + message)),
+        shortened(text(request, "ok_button_text", QStringLiteral("OK")), longestButton, 1),
+        shortened(text(request, "cancel_button_text"), longestButton, 1), accessory, std::move(answered));
 }
 
 /// A form of many rows scrolls, so that the buttons stay on the screen.

@@ -15,9 +15,6 @@ namespace tidewright {
 
 namespace {
 
-constexpr int menuIconPoints = 16;
-constexpr int menuIconScale = 2; // stays sharp on dense screens
-
 /// What runs for what, and where.
 QString described(const QString &title, const ActionEnvironment &environment, const ChangePlace &place)
 {
@@ -96,14 +93,8 @@ QIcon CustomActionItem::icon() const
 
 QIcon CustomActionItem::menuIcon() const
 {
-    if (m_menuIcon.isNull()) {
-        return namedImage(QStringLiteral("NSSmartBadgeTemplate"));
-    }
-    constexpr int pixels = menuIconPoints * menuIconScale;
-    QPixmap pixmap = QPixmap::fromImage(
-        m_menuIcon.scaled(pixels, pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
-    pixmap.setDevicePixelRatio(menuIconScale);
-    return QIcon(pixmap);
+    return m_menuIcon.isNull() ? namedImage(QStringLiteral("NSSmartBadgeTemplate"))
+                               : QIcon(QPixmap::fromImage(m_menuIcon));
 }
 
 void CustomActionItem::performAction(

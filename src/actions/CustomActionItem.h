@@ -18,13 +18,15 @@ namespace tidewright {
 class CustomActionItem : public std::enable_shared_from_this<CustomActionItem>
 {
 public:
-    /// Loads the configuration, if there is one, and makes the script object. Null images stand for the
-    /// standard ones. Any thread.
+    /// Loads the configuration, if there is one, and makes the script object. The images come in the size in
+    /// which they are shown, their device pixel ratio set; null ones stand for the standard ones. Any thread.
     static std::shared_ptr<CustomActionItem> create(
         QString title, QImage icon, QImage menuIcon, QString scriptURL, std::optional<QString> configURL);
 
     /// The action folder's name.
     const QString &title() const { return m_title; }
+    /// Points in which images are shown, each way.
+    static constexpr int iconPoints = 16;
     /// The toolbar image. Main thread.
     QIcon icon() const;
     /// The menu image, 16 by 16 points. Main thread.

@@ -4,9 +4,8 @@
 #include "app/PrimaryContentController.h"
 #include "platform/Glob.h"
 #include "pods/PodController.h"
+#include "resources/ClusterChange.h"
 #include "resources/ResourceTableView.h"
-
-#include <QDeadlineTimer>
 
 namespace tidewright {
 
@@ -14,11 +13,11 @@ namespace {
 
 const auto podScope = QStringLiteral("pod");
 const auto containerScope = QStringLiteral("container");
-/// Names tried between looks at the clock.
-constexpr int namesPerLook = 64;
 /// A pattern may be slow on every one of many names.
 constexpr auto patienceToEnable = std::chrono::milliseconds(15);
 constexpr auto patienceToRun = std::chrono::milliseconds(500);
+/// How long a result stands while rows come in slice by slice, each of which would ask again.
+constexpr auto restWhileLoading = std::chrono::milliseconds(500);
 
 struct Match
 {
@@ -39,28 +38,18 @@ Match firstMatch(const QString &pattern, int count, const std::function<QString(
         if (searcher.matches(name)) {
             return {name};
         }
-        if (number % namesPerLook == 0 && end.hasExpired()) {
+        if (end.hasExpired()) {
             return {std::nullopt, true};
         }
     }
     return {};
 }
 
-QStringList selectedNames(const SharedContentViewController &table)
+Match chosenName(const SharedContentViewController &table, const std::optional<QString> &pattern)
 {
-    QStringList names;
-    for (const QModelIndex &index : table.tableView().selectedRowsInOrder()) {
-        names.append(table.arrangedObjects().arrangedRow(index.row())->name);
-    }
-    return names;
-}
-
-std::optional<QString> chosenName(
-    const SharedContentViewController &table, const std::optional<QString> &pattern)
-{
-    const QStringList selected = selectedNames(table);
+    const QStringList selected = table.selectedNames();
     if (!pattern) {
-        return selected.isEmpty() ? std::nullopt : std::optional(selected.first());
+        return {selected.isEmpty() ? std::nullopt : std::optional(selected.first())};
     }
     const ArrangingModel &shown = table.arrangedObjects();
     const auto selectedCount = static_cast<int>(selected.size());
@@ -70,8 +59,12 @@ std::optional<QString> chosenName(
             return number < selectedCount ? selected.at(number)
                                           : shown.arrangedRow(number - selectedCount)->name;
         },
-        patienceToRun)
-        .name;
+        patienceToRun);
+}
+
+QString notRun(const CustomActionItem &item)
+{
+    return QObject::tr("\"%1\" was not run").arg(item.title());
 }
 
 } // namespace
@@ -84,8 +77,10 @@ ActionDispatcher::ActionDispatcher(const PrimaryContentController &content, Wind
 
 void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &item) const
 {
-    if (!m_window.loadingHint().isEmpty()) {
-        return; // what the tables show is not where the window is going
+    if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
+        // What the tables show is not where the window is going.
+        refuseChange(m_window, notRun(*item), hint);
+        return;
     }
     auto environment = target(*item);
     if (!environment) {
@@ -118,8 +113,13 @@ std::optional<ActionEnvironment> ActionDispatcher::target(const CustomActionItem
         return ActionEnvironment{{QStringLiteral("POD"), pairs.front().first},
             {QStringLiteral("CONTAINER"), pairs.front().second}};
     }
-    const auto name = chosenName(*table, item.config().use_name_matching_pattern);
-    return name ? std::optional(ActionEnvironment{{scope.toUpper(), *name}}) : std::nullopt;
+    const Match chosen = chosenName(*table, item.config().use_name_matching_pattern);
+    if (chosen.timeIsUp) {
+        refuseChange(m_window, notRun(item),
+            QObject::tr("looking for a name like %1 took too long.")
+                .arg(item.config().use_name_matching_pattern.value_or(QString())));
+    }
+    return chosen.name ? std::optional(ActionEnvironment{{scope.toUpper(), *chosen.name}}) : std::nullopt;
 }
 
 QString ActionDispatcher::obstacle(const CustomActionItem &item) const
@@ -160,10 +160,11 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     const QString pattern = item.config().use_name_matching_pattern.value_or(QString());
     const bool onlyShown = item.config().scope == podScope;
     const QString filter = onlyShown ? table.filter() : QString();
-    const auto [found, isNew] = m_results.try_emplace({pattern, &table});
-    PatternResult &result = found->second;
-    if (!isNew && result.generation == table.generation() && result.filter == filter) {
-        return result.matches;
+    const std::pair key(pattern, &table);
+    const PatternResult *known = m_results.object(key);
+    if (known && known->filter == filter
+        && (known->generation == table.generation() || (table.isLoading() && !known->rest.hasExpired()))) {
+        return known->matches;
     }
     const ArrangingModel &shown = table.arrangedObjects();
     const Rows &all = table.tableItems();
@@ -173,8 +174,10 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     };
     // What took too long to find out is left to the run.
     const Match match = firstMatch(pattern, count, nameAt, patienceToEnable);
-    result = {table.generation(), filter, match.name || match.timeIsUp};
-    return result.matches;
+    const bool matches = match.name || match.timeIsUp;
+    m_results.insert(
+        key, new PatternResult{table.generation(), filter, matches, QDeadlineTimer(restWhileLoading)});
+    return matches;
 }
 
 } // namespace tidewright

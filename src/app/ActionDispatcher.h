@@ -3,7 +3,8 @@
 
 #include "actions/CustomActionItem.h"
 
-#include <map>
+#include <QCache>
+#include <QDeadlineTimer>
 
 namespace tidewright {
 
@@ -18,7 +19,8 @@ public:
     /// Both must outlive the dispatcher.
     ActionDispatcher(const PrimaryContentController &content, WindowState &window);
 
-    /// Runs the action for the resource it applies to; when there is none, nothing happens.
+    /// Runs the action for the resource it applies to; when there is none, nothing happens. While contexts or
+    /// namespaces are loading, and when a pattern took too long, the console says that it was not run.
     void dispatchAction(const std::shared_ptr<CustomActionItem> &item) const;
 
     /// Why the action cannot be chosen now, as a sentence; empty when it can.
@@ -31,6 +33,7 @@ private:
         quint64 generation = 0;
         QString filter;
         bool matches = false;
+        QDeadlineTimer rest; ///< until then it also stands for other rows, while they are loading
     };
 
     QString targetObstacle(const CustomActionItem &item) const;
@@ -40,7 +43,8 @@ private:
 
     const PrimaryContentController &m_content;
     WindowState &m_window;
-    mutable std::map<std::pair<QString, const SharedContentViewController *>, PatternResult> m_results;
+    /// By pattern and table. More actions than that are found out anew each time.
+    mutable QCache<std::pair<QString, const SharedContentViewController *>, PatternResult> m_results{2000};
 };
 
 } // namespace tidewright

@@ -14,29 +14,41 @@ namespace tidewright {
 
 void ActionLibrary::reload()
 {
-    if (std::exchange(m_loading, true)) {
-        m_again = true;
-        return;
-    }
-    loadActionsInBackground(this, [this](const std::optional<ActionTree> &tree) { take(tree); });
+    m_afresh = true;
+    refresh();
 }
 
-void ActionLibrary::take(const std::optional<ActionTree> &tree)
+void ActionLibrary::refresh()
 {
-    m_loading = false;
+    if (std::exchange(m_loading, true)) {
+        m_again = true;
+    } else {
+        load();
+    }
+}
+
+void ActionLibrary::load()
+{
+    loadActionsInBackground(
+        this, [this](const SharedActionTree &tree) { take(tree); },
+        std::exchange(m_afresh, false) ? nullptr : m_tree);
+}
+
+void ActionLibrary::take(const SharedActionTree &tree)
+{
+    if (tree) { // else what was loaded before stays
+        if (std::exchange(m_tree, tree) != tree) {
+            collect(m_tree->nodes);
+            Q_EMIT loaded();
+        }
+        postConsoleEntry(nullptr, QStringLiteral("Actions Loaded"), QString(), std::nullopt);
+        for (const QString &problem : m_tree->problems) {
+            postConsoleEntry(nullptr, QString(), QString(), makeConsoleError(problem));
+        }
+    }
+    m_loading = m_again;
     if (std::exchange(m_again, false)) {
-        reload();
-        return;
-    }
-    if (!tree) {
-        return; // what was loaded before stays
-    }
-    m_tree = *tree;
-    collect(m_tree.nodes);
-    Q_EMIT loaded();
-    postConsoleEntry(nullptr, QStringLiteral("Actions Loaded"), QString(), std::nullopt);
-    for (const QString &problem : m_tree.problems) {
-        postConsoleEntry(nullptr, QString(), QString(), makeConsoleError(problem));
+        load();
     }
 }
 

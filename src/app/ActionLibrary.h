@@ -19,8 +19,11 @@ public:
     /// Loads the folders anew, once more if a load is under way already; `loaded` follows. The main window's
     /// console is told.
     void reload();
+    /// The same for a window that opens: the console is told, but what has not changed on the disk since it
+    /// was loaded is neither read again nor announced.
+    void refresh();
 
-    const ActionTree &tree() const { return m_tree; }
+    const ActionTree &tree() const { return *m_tree; }
     /// Every action loaded since the start, by title: of two with the same title the one loaded last. Those
     /// whose folders vanished stay.
     const QMap<QString, std::shared_ptr<CustomActionItem>> &customToolbarItems() const { return m_items; }
@@ -32,13 +35,15 @@ Q_SIGNALS:
     void loaded();
 
 private:
-    void take(const std::optional<ActionTree> &tree);
+    void load();
+    void take(const SharedActionTree &tree);
     void collect(const std::vector<ActionNode> &nodes);
 
-    ActionTree m_tree;
+    SharedActionTree m_tree = std::make_shared<const ActionTree>();
     QMap<QString, std::shared_ptr<CustomActionItem>> m_items;
     bool m_loading = false;
-    bool m_again = false;
+    bool m_again = false; ///< another load was asked for meanwhile
+    bool m_afresh = false; ///< the next load reads everything
 };
 
 } // namespace tidewright

@@ -5,6 +5,7 @@
 #include "app/ClusterWindowFrame.h"
 #include "app/CustomActionCommands.h"
 #include "app/MainWindowController.h"
+#include "platform/DisplayText.h"
 
 namespace tidewright {
 
@@ -26,8 +27,25 @@ ActionMenu::ActionMenu(ClusterWindowFrame &frame, ActionLibrary &library)
 {
     setToolTipsVisible(true);
     connect(this, &QMenu::aboutToShow, this, &ActionMenu::validateMenu);
-    connect(&library, &ActionLibrary::loaded, this, &ActionMenu::buildActionMenu);
+    connect(&library, &ActionLibrary::loaded, this, &ActionMenu::actionsLoaded);
+    // Queued: the item that was chosen is triggered after the menu has closed.
+    connect(
+        this, &QMenu::aboutToHide, this,
+        [this] {
+            if (m_outdated) {
+                actionsLoaded();
+            }
+        },
+        Qt::QueuedConnection);
     buildActionMenu();
+}
+
+void ActionMenu::actionsLoaded()
+{
+    m_outdated = isVisible();
+    if (!m_outdated) {
+        buildActionMenu();
+    }
 }
 
 void ActionMenu::buildActionMenu()
@@ -76,7 +94,7 @@ void ActionMenu::addNodes(QMenu &menu, const std::vector<ActionNode> &nodes)
             menu.addAction(item);
             continue;
         }
-        auto *group = new QMenu(QString(node.title).replace(QLatin1Char('&'), QLatin1String("&&")), &menu);
+        auto *group = new QMenu(display_text::withoutMnemonics(node.title), &menu);
         group->setToolTipsVisible(true);
         menu.addMenu(group);
         addNodes(*group, node.children);
@@ -107,8 +125,7 @@ void ActionMenu::updateEnabled()
     const MainWindowController *page = m_frame.currentPage();
     const auto last = page ? page->lastAction() : nullptr;
     m_runLast->setEnabled(last != nullptr);
-    m_runLast->setText(last ? QLatin1String("Run \"")
-                + QString(last->title()).replace(QLatin1Char('&'), QLatin1String("&&")) + QLatin1Char('"')
+    m_runLast->setText(last ? QStringLiteral("Run \"%1\"").arg(display_text::withoutMnemonics(last->title()))
                             : QStringLiteral("Run Last Action"));
     for (CustomToolbarItem *button : std::as_const(m_toolbarItems)) {
         validate(*button, page);

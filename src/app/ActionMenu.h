@@ -11,7 +11,8 @@ class CustomToolbarItem;
 struct ActionNode;
 
 /// The Actions menu of one top-level window: three fixed commands, then the user's actions as their folders
-/// are nested. What is chosen runs in the tab that is shown.
+/// are nested. What is chosen runs in the tab that is shown. Actions that are loaded while the menu is open
+/// are shown once it has closed: nothing moves or vanishes under the pointer.
 class ActionMenu : public QMenu
 {
     Q_OBJECT
@@ -30,6 +31,7 @@ Q_SIGNALS:
     void rebuilt();
 
 private:
+    void actionsLoaded();
     void buildActionMenu();
     void addFixedHead();
     void addNodes(QMenu &menu, const std::vector<ActionNode> &nodes);
@@ -38,6 +40,7 @@ private:
     ClusterWindowFrame &m_frame;
     ActionLibrary &m_library;
     QAction *m_runLast = nullptr;
+    bool m_outdated = false;
     QMap<QString, CustomToolbarItem *> m_toolbarItems;
 };
 

@@ -11,6 +11,7 @@
 #include "app/ToolBarLayout.h"
 #include "app/WindowCommands.h"
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "platform/UserDefaults.h"
 
 #include <QCloseEvent>
@@ -135,7 +136,7 @@ MainWindowController *ClusterWindowFrame::insertPage(int index)
     auto *page = new MainWindowController(m_services.writer);
     page->windowDidLoad();
     fillToolBar(*page);
-    m_services.actions.reload();
+    m_services.actions.refresh();
     connect(page, &MainWindowController::titleChanged, this, [this, page] { pageTitleChanged(page); });
     connect(page, &MainWindowController::commandStateChanged, this, &ClusterWindowFrame::updateCommands);
     connect(&page->state(), &KubeSplitViewController::preferencesRequested, this,
@@ -277,8 +278,7 @@ void ClusterWindowFrame::tabMoved(int from, int to)
 void ClusterWindowFrame::pageTitleChanged(MainWindowController *page)
 {
     const int index = m_pages->indexOf(page);
-    QString text = page->tabTitle();
-    m_tabBar->setTabText(index, text.replace(QLatin1Char('&'), QLatin1String("&&")));
+    m_tabBar->setTabText(index, display_text::withoutMnemonics(page->tabTitle()));
     m_tabBar->setTabToolTip(index, page->title());
     if (page == currentPage()) {
         setWindowTitle(page->title());

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CopyFileDialog.h"
 
+#include "app/FileDialogSelection.h"
+
 #include <QFileInfo>
-#include <QFileSystemModel>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+
+#include <algorithm>
 
 namespace tidewright {
 
@@ -36,7 +39,12 @@ CopyFileDialog::CopyFileDialog(QWidget *parent)
     setOption(QFileDialog::ReadOnly);
     setFileMode(QFileDialog::ExistingFiles);
     setFilter(QDir::AllDirs | QDir::Files | QDir::NoDotAndDotDot);
-    setLabelText(QFileDialog::Accept, tr("Copy"));
+    const auto nameButton = [this] { setLabelText(QFileDialog::Accept, tr("Copy")); };
+    nameButton();
+    if (const auto *list = findChild<QListView *>(QStringLiteral("listView"))) {
+        // Qt has just named it "Open" when a folder is selected.
+        connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this, nameButton);
+    }
     m_destination->setPlaceholderText(usualDestination);
     m_destination->setFixedSize(fieldSize.expandedTo(QSize(0, m_destination->sizeHint().height())));
     m_destination->setObjectName(QStringLiteral("destinationField"));
@@ -52,15 +60,9 @@ CopyFileDialog::CopyFileDialog(QWidget *parent)
     }
 }
 
-/// In this mode the dialog itself keeps folders out of selectedFiles().
 QStringList CopyFileDialog::paths() const
 {
-    QStringList chosen;
-    if (const auto *list = findChild<QListView *>(QStringLiteral("listView"))) {
-        for (const QModelIndex &index : list->selectionModel()->selectedRows()) {
-            chosen.append(index.data(QFileSystemModel::FilePathRole).toString());
-        }
-    }
+    const QStringList chosen = selectedInList(*this);
     return chosen.isEmpty() ? selectedFiles() : chosen;
 }
 
@@ -69,12 +71,14 @@ QString CopyFileDialog::destination() const
     return m_destination->text().isEmpty() ? usualDestination : m_destination->text();
 }
 
-/// A selected folder is to be copied; a double click has opened it by then.
+/// A selected folder is to be copied, where Qt would open it; a double click has opened it by then.
 void CopyFileDialog::accept()
 {
     const QStringList chosen = paths();
-    if (!chosen.isEmpty() && QFileInfo(chosen.first()).isDir()
-        && chosen.first() != directory().absolutePath()) {
+    const bool hasFolder = std::any_of(chosen.begin(), chosen.end(), [this](const QString &path) {
+        return QFileInfo(path).isDir() && path != directory().absolutePath();
+    });
+    if (hasFolder) {
         done(QDialog::Accepted);
         return;
     }

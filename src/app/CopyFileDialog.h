@@ -14,6 +14,8 @@ class CopyFileDialog : public QFileDialog
 {
     Q_OBJECT
 public:
+    /// `paths` are absolute, in the order in which the user chose or typed them; those chosen together, with
+    /// Shift or a frame, from top to bottom.
     using Chosen = std::function<void(const QStringList &paths, const QString &destination)>;
 
     /// `chosen` is not called when the user cancels, nor when `receiver` is gone.

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CreateFromFileDialog.h"
 
+#include "app/FileDialogSelection.h"
+
 #include <QDir>
 #include <QFileInfo>
-#include <QFileSystemModel>
 #include <QGridLayout>
 #include <QLabel>
-#include <QListView>
 #include <QPushButton>
 
 namespace tidewright {
@@ -46,13 +46,9 @@ CreateFromFileDialog::CreateFromFileDialog(QWidget *parent)
 
 void CreateFromFileDialog::takeFolder()
 {
-    // In this mode the dialog itself keeps folders out of selectedFiles().
-    if (const auto *list = findChild<QListView *>(QStringLiteral("listView"))) {
-        for (const QModelIndex &index : list->selectionModel()->selectedRows()) {
-            const QString path = index.data(QFileSystemModel::FilePathRole).toString();
-            if (QFileInfo(path).isDir()) {
-                m_folders.append(path);
-            }
+    for (const QString &path : selectedInList(*this)) {
+        if (QFileInfo(path).isDir()) {
+            m_folders.append(path);
         }
     }
     if (m_folders.isEmpty()) {

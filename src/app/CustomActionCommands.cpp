@@ -1,21 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CustomActionCommands.h"
 
+#include "platform/DisplayText.h"
+
 namespace tidewright {
-
-namespace {
-
-QString asMenuText(QString title)
-{
-    return title.replace(QLatin1Char('&'), QLatin1String("&&"));
-}
-
-} // namespace
 
 CustomMenuItem::CustomMenuItem(std::shared_ptr<CustomActionItem> item, QObject *parent)
     : CustomActionCommand(std::move(item), parent)
 {
-    setText(asMenuText(actionItem->title()));
+    setText(display_text::withoutMnemonics(actionItem->title()));
     setIcon(actionItem->menuIcon());
     setIconVisibleInMenu(true);
 }
@@ -24,7 +17,7 @@ CustomToolbarItem::CustomToolbarItem(std::shared_ptr<CustomActionItem> item, QOb
     : CustomActionCommand(std::move(item), parent)
 {
     setObjectName(actionItem->title());
-    setText(asMenuText(actionItem->title()));
+    setText(display_text::withoutMnemonics(actionItem->title()));
     setIconText(actionItem->title());
     setIcon(actionItem->icon());
 }

@@ -5,9 +5,11 @@
 #include "platform/Diagnostics.h"
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
+#include "resources/CreateFromFiles.h"
 
 #include <QDragEnterEvent>
 #include <QFileInfo>
+#include <QLocale>
 #include <QMimeData>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -18,10 +20,15 @@ namespace {
 
 constexpr int frameWidth = 6;
 
+/// Without the slash that some file managers put behind a folder's name.
+QString localPath(const QUrl &url)
+{
+    return url.adjusted(QUrl::StripTrailingSlash).toLocalFile();
+}
+
 bool hasExpectedExtension(const QUrl &url)
 {
-    return url.isLocalFile()
-        && DestinationView::expectedExt().contains(QFileInfo(url.toLocalFile()).suffix());
+    return url.isLocalFile() && DestinationView::expectedExt().contains(QFileInfo(localPath(url)).suffix());
 }
 
 } // namespace
@@ -48,7 +55,7 @@ QStringList DestinationView::acceptedPaths(const QMimeData &dropped)
     QStringList paths;
     for (const QUrl &url : dropped.urls()) {
         if (hasExpectedExtension(url)) {
-            paths.append(url.toLocalFile());
+            paths.append(localPath(url));
         }
     }
     return paths;
@@ -86,11 +93,7 @@ void DestinationView::dropEvent(QDropEvent *event)
 
 void DestinationView::confirmAndCreate(const QStringList &paths)
 {
-    if (paths.isEmpty()) {
-        return;
-    }
-    if (m_window.currentNamespace() == allNamespaces) {
-        refuseChange(m_window, tr("Nothing was created"), tr("choose a namespace first."));
+    if (paths.isEmpty() || !canCreateIn(m_window)) {
         return;
     }
     QStringList names;
@@ -100,16 +103,13 @@ void DestinationView::confirmAndCreate(const QStringList &paths)
     const QString question = QLatin1String("Are you sure you want to add the following: \n    ")
         + names.join(QLatin1String(",\n    ")) + QLatin1Char('?');
     const ChangePlace place(m_window);
+    const QString details
+        = tr("Files: %1").arg(QLocale().toString(paths.size())) + QLatin1Char('\n') + place.text();
     showConfirmation(this, QStringLiteral("Confirm Create"), question, QStringLiteral("Create"),
-        QStringLiteral("Cancel"), confirmationDetails(place.text()),
+        QStringLiteral("Cancel"), confirmationDetails(details),
         [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
-            if (!self || !confirmed) {
-                return;
-            }
-            if (place.isStillShown()) {
-                self->m_content.createFrom(paths);
-            } else {
-                refuseMovedChange(self->m_window, tr("Nothing was created"));
+            if (self && confirmed) {
+                self->m_content.createFrom(paths, place);
             }
         });
 }

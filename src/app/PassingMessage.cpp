@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/PassingMessage.h"
 
+#include "platform/DisplayText.h"
+
 #include <QAccessible>
 #include <QEvent>
 #include <QLabel>
@@ -21,16 +23,12 @@ constexpr int shortestLifetime = 6000;
 constexpr int longestLifetime = 20000;
 constexpr int perCharacter = 60; // at a leisurely reader's pace
 
-QString shortened(const QString &text)
-{
-    return text.size() > longestText ? QString(text.left(longestText) + QChar(0x2026)) : text;
-}
-
 } // namespace
 
 PassingMessage *PassingMessage::show(QWidget &window, const QString &title, const QString &text)
 {
-    auto *message = new PassingMessage(window, shortened(title), shortened(text));
+    auto *message = new PassingMessage(
+        window, display_text::shortened(title, longestText), display_text::shortened(text, longestText));
     message->QFrame::show();
     message->raise();
     arrangeAll(window);

@@ -173,11 +173,19 @@ void PrimaryContentController::reloadContent()
 
 void PrimaryContentController::createFromFileDialog()
 {
-    CreateFromFileDialog::open(window(), this, [this](const QStringList &paths) { createFrom(paths); });
+    if (!canCreateIn(m_window)) {
+        return;
+    }
+    CreateFromFileDialog::open(window(), this,
+        [this, place = ChangePlace(m_window)](const QStringList &paths) { createFrom(paths, place); });
 }
 
-void PrimaryContentController::createFrom(const QStringList &paths)
+void PrimaryContentController::createFrom(const QStringList &paths, const ChangePlace &place)
 {
+    if (!place.isStillShown()) {
+        refuseMovedChange(m_window, nothingCreated());
+        return;
+    }
     createFromFiles(m_window, paths, [self = QPointer<PrimaryContentController>(this)] {
         if (self) {
             QTimer::singleShot(reloadDelay, self, &PrimaryContentController::reloadContent);

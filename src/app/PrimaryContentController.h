@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/WindowState.h"
+#include "resources/ClusterChange.h"
 
 #include <QHash>
 #include <QStackedWidget>
@@ -42,10 +42,11 @@ public:
     void selectSidebarItem(const QString &name);
 
     void reloadContent();
-    /// Asks for files and creates what they declare.
+    /// Asks for files and creates what they declare, in what the window shows when it asks.
     void createFromFileDialog();
-    /// Creates what files declare, and loads the shown table again one second after that has ended.
-    void createFrom(const QStringList &paths);
+    /// Creates what files declare, unless the window shows another place by now, and loads the shown table
+    /// again one second after that has ended.
+    void createFrom(const QStringList &paths, const ChangePlace &place);
 
 Q_SIGNALS:
     void shownTableChanged();

@@ -8,6 +8,7 @@
 #include "app/MainWindowController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
+#include "platform/DisplayText.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerCopy.h"
 #include "pods/PodController.h"
@@ -47,15 +48,18 @@ void enable(QAction *action, const QString &obstacle, const QString &description
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
+    if (!canCopyIn(pods.kubeSplitViewController())) {
+        return;
+    }
     const std::vector<ContainerPair> pairs = pods.takeSelectedContainerPairs();
     if (pairs.empty()) {
         return;
     }
     const ChangePlace place(pods.kubeSplitViewController());
     CopyFileDialog::open(pods.window(), &pods,
-        [container = pairs.front(), place](const QStringList &paths, const QString &destination) {
+        [&pods, container = pairs.front(), place](const QStringList &paths, const QString &destination) {
             if (place.isStillShown()) {
-                copyIntoContainer(*place.window, container, paths, destination);
+                copyIntoContainer(pods, container, paths, destination);
             } else if (place.window) {
                 refuseMovedChange(*place.window, QObject::tr("Nothing was copied"));
             }
@@ -243,9 +247,8 @@ void WindowCommands::listWindows()
         if (!frame) {
             continue;
         }
-        QString title = frame->windowTitle();
         QAction *action = m_windowMenu->addAction(
-            title.replace(QLatin1Char('&'), QLatin1String("&&")), frame, [frame] { bringToFront(*frame); });
+            display_text::withoutMnemonics(frame->windowTitle()), frame, [frame] { bringToFront(*frame); });
         action->setCheckable(true);
         action->setChecked(frame == &m_frame);
         m_windows.append(action);
@@ -293,8 +296,7 @@ void WindowCommands::updateEnabled()
     for (QAction *action : std::as_const(m_forTable)) {
         action->setEnabled(table);
     }
-    m_stop->setEnabled(
-        table && (table->isLoading() || table->kubeSplitViewController().waitingSince().isValid()));
+    m_stop->setEnabled(table && table->canStopLoading());
     for (QAction *action : std::as_const(m_forTabs)) {
         action->setEnabled(m_frame.tabBar()->count() > 1);
     }

@@ -26,6 +26,9 @@ QStringList withPackagedKubectl(QStringList arguments)
     return arguments;
 }
 
+/// Bytes of standard error that are kept of a command that was ended early.
+constexpr qsizetype complaintLimit = 1 << 16;
+
 QString withoutTabs(QString text)
 {
     return text.replace(QLatin1Char('\t'), QLatin1String("  "));
@@ -41,7 +44,7 @@ std::optional<ConsoleError> consoleError(const std::optional<QString> &text)
     return text ? std::optional(makeConsoleError(*text)) : std::nullopt;
 }
 
-/// What a command had printed when it was stopped, for the console alone.
+/// What a command had printed when it was ended early, for the console alone.
 QString unfinishedText(QByteArray bytes)
 {
     bytes.chop(incompleteUtf8Tail(bytes));
@@ -141,8 +144,10 @@ ShellResult Shell::perform(const QStringList &arguments, bool logToConsole, cons
     ShellResult result;
     QString response;
     if (collected.complaint) {
-        result.error = collected.complaint;
-        response = logToConsole && m_cancelled ? unfinishedText(collected.output) : QString();
+        const QString said = unfinishedText(collected.error.left(complaintLimit));
+        result.error
+            = said.isEmpty() ? *collected.complaint : *collected.complaint + QLatin1Char('\n') + said;
+        response = logToConsole ? unfinishedText(collected.output) : QString();
         collected.output.clear();
     } else if (!collected.error.isEmpty()) {
         result.error = decodeUtf8(collected.error);

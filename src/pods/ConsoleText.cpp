@@ -83,20 +83,6 @@ qsizetype endOfEscape(QStringView text, qsizetype at)
     return at < text.size() && isBetween(text[at].unicode(), 0x30, 0x7E) ? at + 1 : at;
 }
 
-QString shortened(const QString &text, qsizetype limit)
-{
-    qsizetype end = 0;
-    for (qsizetype characters = 0; end < text.size(); ++characters) {
-        if (characters == limit) {
-            return text.left(end) + QChar(0x2026);
-        }
-        const bool pair
-            = text.at(end).isHighSurrogate() && end + 1 < text.size() && text.at(end + 1).isLowSurrogate();
-        end += pair ? 2 : 1;
-    }
-    return text;
-}
-
 QString withoutControls(QStringView text)
 {
     QString result;

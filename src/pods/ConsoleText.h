@@ -15,9 +15,6 @@ inline constexpr qsizetype longestResponse = 3000;
 /// Commands and errors are meant to be read whole; this only keeps a flood from stopping the window.
 inline constexpr qsizetype longestLine = 30'000;
 
-/// The first `limit` characters (code points) and an ellipsis when there are more, else the whole text.
-QString shortened(const QString &text, qsizetype limit);
-
 /// What a terminal without colours would show: escape sequences (ECMA-48) and other control characters are
 /// gone, erased characters too, tabs stay, and every kind of line end is a line feed. Characters that would
 /// rearrange the text around them, or that a text document keeps for itself, do not get through.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ConsoleViewController.h"
 
+#include "platform/DisplayText.h"
 #include "platform/LinkDetection.h"
 #include "platform/MainQueue.h"
 #include "pods/CommandEntryBar.h"
@@ -44,6 +45,7 @@ std::vector<StyledRun> withLinks(const QString &text)
 std::vector<StyledRun> styled(const ConsoleEntry &entry, const QString &error)
 {
     using namespace console_text;
+    using display_text::shortened;
     std::vector<StyledRun> runs{{logDate(entry.date), console_style::date()},
         {console_style::separatorGlyph + QStringLiteral(" "), console_style::separator()},
         {withoutControls(shortened(entry.command, longestLine)) + lineFeed, console_style::text()}};

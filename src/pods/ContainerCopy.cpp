@@ -3,6 +3,7 @@
 
 #include "platform/MainQueue.h"
 #include "resources/ClusterChange.h"
+#include "resources/SharedContentViewController.h"
 
 #include <QFileInfo>
 
@@ -13,7 +14,7 @@ namespace {
 /// A copy under way. What is left when the window has closed is not copied.
 struct Copy
 {
-    QPointer<WindowState> window;
+    QPointer<SharedContentViewController> table;
     QPointer<Console> console;
     QStringList arguments; // before the path
     QStringList behind; // the path
@@ -36,7 +37,12 @@ void show(const Copy &copy, const QString &progress, bool running)
 
 void copyNext(const std::shared_ptr<Copy> &copy)
 {
-    if (!copy->window || copy->number == copy->paths.size()) {
+    if (copy->number == copy->paths.size()) {
+        return;
+    }
+    if (!copy->table) {
+        postConsoleError(QStringLiteral("Files that were not copied, because their window was closed: %1.")
+                             .arg(copy->paths.mid(copy->number).join(QLatin1String(", "))));
         return;
     }
     const QString path = copy->paths.at(copy->number++);
@@ -47,34 +53,67 @@ void copyNext(const std::shared_ptr<Copy> &copy)
               .arg(copy->paths.size())
               .arg(QFileInfo(path).fileName());
     show(*copy, progress, true);
-    copy->window->kubeCtl().makeShell()->runAsync(copy->arguments + QStringList{path} + copy->behind, true,
+    WindowState &window = copy->table->kubeSplitViewController();
+    window.kubeCtl().makeShell()->runAsync(copy->arguments + QStringList{path} + copy->behind, true,
         copy->console, [copy, progress](const ShellResult &) {
             mainQueue().post([copy, progress] {
                 show(*copy, progress, false);
                 copyNext(copy);
             });
         });
+    if (copy->number == copy->paths.size()) {
+        copy->table->setLoading(false);
+    }
+}
+
+/// Those that can be copied; the others are told in the console.
+QStringList withoutColons(const QStringList &paths, WindowState &window)
+{
+    QStringList kept;
+    for (const QString &path : paths) {
+        if (path.contains(QLatin1Char(':'))) {
+            refuseChange(window, QStringLiteral("%1 was not copied").arg(path),
+                QStringLiteral(
+                    "kubectl takes what stands before the colon for the name of a pod. Rename it, or "
+                    "copy it from a folder without a colon in its path."));
+        } else {
+            kept.append(path);
+        }
+    }
+    return kept;
 }
 
 } // namespace
 
-void copyIntoContainer(
-    WindowState &window, const ContainerPair &container, const QStringList &paths, const QString &destination)
+bool canCopyIn(WindowState &window)
 {
-    if (window.currentNamespace() == allNamespaces) {
-        refuseChange(window, QStringLiteral("Nothing was copied"),
-            QStringLiteral("choose a namespace first. While all namespaces are shown, kubectl cannot tell "
-                           "which of them the pod is in."));
+    if (window.currentNamespace() != allNamespaces) {
+        return true;
+    }
+    refuseChange(window, QStringLiteral("Nothing was copied"),
+        QStringLiteral("choose a namespace first. While all namespaces are shown, kubectl cannot tell "
+                       "which of them the pod is in."));
+    return false;
+}
+
+void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,
+    const QStringList &paths, const QString &destination)
+{
+    WindowState &window = table.kubeSplitViewController();
+    if (!canCopyIn(window)) {
         return;
     }
     const auto copy = std::make_shared<Copy>();
-    copy->window = &window;
+    copy->table = &table;
     copy->console = window.console();
     copy->arguments = {QStringLiteral("kubectl"), QStringLiteral("cp"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace())};
     copy->behind = {container.first + QLatin1Char(':') + destination, QStringLiteral("-c"), container.second};
-    copy->paths = paths;
-    copyNext(copy);
+    copy->paths = withoutColons(paths, window);
+    if (!copy->paths.isEmpty()) {
+        table.setLoading(true);
+        copyNext(copy);
+    }
 }
 
 } // namespace tidewright

@@ -4,9 +4,14 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
+
+#include <algorithm>
 
 namespace tidewright {
 
@@ -21,12 +26,55 @@ std::function<QWidget *()> &mainWindowLookup()
     return lookup;
 }
 
+/// Puts a message that would push the buttons off the screen into a view that scrolls.
+void fitOnScreen(const QMessageBox &box, QGridLayout &grid)
+{
+    constexpr int tallestMessage = 340;
+    constexpr double partOfScreen = 0.4;
+    const int tallest
+        = std::min(tallestMessage, static_cast<int>(box.screen()->availableSize().height() * partOfScreen));
+    auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"));
+    if (!label || label->heightForWidth(comfortableWidth) <= tallest) {
+        return;
+    }
+    int row = 0;
+    int column = 0;
+    int rows = 1;
+    int columns = 1;
+    grid.getItemPosition(grid.indexOf(label), &row, &column, &rows, &columns);
+    grid.removeWidget(label);
+    label->hide();
+    auto *text = new QPlainTextEdit(label->text());
+    text->setReadOnly(true);
+    text->setTabChangesFocus(true);
+    text->setAccessibleName(box.text());
+    text->setFixedHeight(tallest);
+    grid.addWidget(text, row, column, rows, columns);
+}
+
 /// The active window may be another application's, or a dialog that is closing, while a question comes up.
 QWidget *mainWindow()
 {
     QWidget *window = mainWindowLookup() ? mainWindowLookup()() : nullptr;
     return window ? window : QApplication::activeWindow();
 }
+
+/// The toolkit takes Escape for a press of the button when there is only one.
+class Question : public QMessageBox
+{
+public:
+    using QMessageBox::QMessageBox;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->matches(QKeySequence::Cancel)) {
+            reject();
+        } else {
+            QMessageBox::keyPressEvent(event);
+        }
+    }
+};
 
 } // namespace
 
@@ -43,7 +91,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
         delete accessory;
         return;
     }
-    auto *box = new QMessageBox(QMessageBox::Warning, QString(), title, QMessageBox::NoButton, window);
+    auto *box = new Question(QMessageBox::Warning, QString(), title, QMessageBox::NoButton, window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setTextFormat(Qt::PlainText);
@@ -54,17 +102,13 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     const bool isForm = accessory && accessory->focusProxy();
     QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
     box->setDefaultButton(first);
-    if (secondButton.isEmpty()) {
-        // The toolkit would take Escape for a press of the only button.
-        QPushButton *dismissal = box->addButton(QString(), QMessageBox::RejectRole);
-        dismissal->hide();
-        box->setEscapeButton(dismissal);
-    } else {
+    if (!secondButton.isEmpty()) {
         QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
         box->setDefaultButton(isForm ? first : second);
         box->setEscapeButton(second);
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
+        fitOnScreen(*box, *grid);
         if (accessory) {
             auto *buttons = box->findChild<QDialogButtonBox *>();
             grid->removeWidget(buttons);

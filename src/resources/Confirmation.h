@@ -13,8 +13,9 @@ namespace tidewright {
 /// application's main window when there is no view), with the buttons in the given order. Returns at once;
 /// `completion` is told later whether the first button was chosen, and never when there is no window to ask
 /// in. Without a `secondButton` (empty) there is only the first; with one, the safe second button is the
-/// default. `accessory` (optional) is shown below the text and owned from here on. One with a focus proxy is a
-/// form to fill in: it has the keyboard focus, and the first button is the default. Main thread.
+/// default. A message too long for the screen scrolls. `accessory` (optional) is shown below the text and
+/// owned from here on. One with a focus proxy is a form to fill in: it has the keyboard focus, and the first
+/// button is the default. Main thread.
 void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
     const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion);
 

@@ -2,7 +2,10 @@
 #include "resources/CreateFromFiles.h"
 
 #include "platform/MainQueue.h"
+#include "resources/ClusterChange.h"
 #include "resources/WindowState.h"
+
+#include <QCoreApplication>
 
 namespace tidewright {
 
@@ -20,14 +23,29 @@ QString asListElement(QString path)
 
 } // namespace
 
+QString nothingCreated()
+{
+    return QCoreApplication::translate("CreateFromFiles", "Nothing was created");
+}
+
+bool canCreateIn(WindowState &window)
+{
+    QString reason = window.loadingHint();
+    if (reason.isEmpty() && window.currentNamespace() == allNamespaces) {
+        reason = QCoreApplication::translate("CreateFromFiles",
+            "choose a namespace first. While all namespaces are shown, it is not clear where objects go "
+            "whose "
+            "files name none.");
+    }
+    if (!reason.isEmpty()) {
+        refuseChange(window, nothingCreated(), reason);
+    }
+    return reason.isEmpty();
+}
+
 void createFromFiles(WindowState &window, const QStringList &paths, std::function<void()> finished)
 {
-    if (paths.isEmpty()) {
-        return;
-    }
-    if (const QString hint = window.loadingHint(); !hint.isEmpty()) {
-        postConsoleEntry(window.console(), QString(), QString(),
-            makeConsoleError(QLatin1String("Nothing was created: ") + hint));
+    if (paths.isEmpty() || !canCreateIn(window)) {
         return;
     }
     QStringList elements;

@@ -77,16 +77,7 @@ void SharedContentViewController::buildLayout()
 
 void SharedContentViewController::connectParts()
 {
-    connect(m_pipeline, &ListingPipeline::loadingChanged, this, [this](bool loading) {
-        if (loading) {
-            m_progressDelay.start();
-        } else {
-            m_progressDelay.stop();
-            m_progress->hide();
-        }
-        updateStatus();
-        Q_EMIT loadingChanged(loading);
-    });
+    connect(m_pipeline, &ListingPipeline::loadingChanged, this, &SharedContentViewController::showLoading);
     m_progressDelay.setSingleShot(true);
     m_progressDelay.setInterval(progressDelay);
     connect(&m_progressDelay, &QTimer::timeout, m_progress, &QWidget::show);
@@ -104,6 +95,25 @@ void SharedContentViewController::connectParts()
         Q_EMIT selectionChanged();
         PreviewPanel::shared().selectionChanged(*m_previews);
     });
+}
+
+void SharedContentViewController::setLoading(bool loading)
+{
+    m_otherWork += loading ? 1 : -1;
+    showLoading();
+}
+
+void SharedContentViewController::showLoading()
+{
+    const bool loading = isLoading();
+    if (loading) {
+        m_progressDelay.start();
+    } else {
+        m_progressDelay.stop();
+        m_progress->hide();
+    }
+    updateStatus();
+    Q_EMIT loadingChanged(loading);
 }
 
 void SharedContentViewController::setFilter(const QString &text)
@@ -229,7 +239,8 @@ void SharedContentViewController::updateStatus()
     // After a failure nobody knows how many there are.
     m_statusBar->setCounts(m_loadFailed || !m_rowsAsOf.isValid() ? QString() : counts);
     m_statusBar->setAsOf(m_loadFailed ? QDateTime() : m_rowsAsOf);
-    m_statusBar->setLoadingSince(isLoading() ? m_pipeline->loadingSince() : m_window.waitingSince());
+    m_statusBar->setLoadingSince(
+        m_pipeline->isLoading() ? m_pipeline->loadingSince() : m_window.waitingSince());
     m_statusBar->setWarning(shown > 0 ? firstLine(m_problem) : QString(), m_problem);
     const QString reason = shown > 0 ? QString() : emptyReason();
     m_tableView->setEmptyText(firstLine(reason), reason.section(QLatin1Char('\n'), 1));
@@ -242,7 +253,7 @@ QString SharedContentViewController::emptyReason() const
     if (!tableItems().empty()) {
         return tr("No %1 match “%2”.").arg(noun, filter());
     }
-    if (isLoading()) {
+    if (m_pipeline->isLoading()) {
         return tr("Loading %1…").arg(noun);
     }
     if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {

@@ -41,8 +41,13 @@ public:
     ResourceTableView &tableView() const { return *m_tableView; }
     WindowState &kubeSplitViewController() const { return m_window; }
 
-    /// True from the start of a load until its rows are shown.
-    bool isLoading() const { return m_pipeline->isLoading(); }
+    /// True from the start of a load until its rows are shown, and while `setLoading` says so.
+    bool isLoading() const { return m_pipeline->isLoading() || m_otherWork > 0; }
+    /// Shows the table as loading while something else than its own loads is being done for it. Each true is
+    /// taken back by one false.
+    void setLoading(bool loading);
+    /// There is something for `stopLoading` to end.
+    bool canStopLoading() const { return m_pipeline->isLoading() || m_window.waitingSince().isValid(); }
     /// The moment to which the shown rows are known to be true (the start of the load they came with);
     /// invalid before the first one.
     QDateTime rowsAsOf() const { return m_rowsAsOf; }
@@ -117,6 +122,7 @@ private:
     void startLoad(bool logToConsole, bool unattended);
     QStringList listingArguments() const;
     void applyOutcome(const LoadOutcome &outcome);
+    void showLoading();
     void updateStatus();
     void showContextMenu(const QPoint &position);
     bool canLoad() const;
@@ -132,6 +138,7 @@ private:
     QPointer<QLineEdit> m_filterField;
     QTimer m_timer;
     QTimer m_progressDelay;
+    int m_otherWork = 0;
     QDateTime m_rowsAsOf;
     QString m_problem;
     bool m_loadFailed = false; // the latest load brought nothing but a problem

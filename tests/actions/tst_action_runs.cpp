@@ -2,6 +2,7 @@
 #include "ActionBench.h"
 #include "actions/ActionTerminal.h"
 #include "external/TerminalQuoting.h"
+#include "support/Patience.h"
 
 using namespace tidewright;
 using namespace tidewright::test;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/MainQueue.h"
 #include "platform/Notifications.h"
+#include "support/Patience.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>

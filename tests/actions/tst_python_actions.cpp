@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ActionBench.h"
 #include "actions/ActionForm.h"
+#include "support/Patience.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProcess>
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -116,7 +118,7 @@ private Q_SLOTS:
         row("dialog with too many lines",
             "self._state = {'dialog_text': '\\n'.join(str(n) for n in range(2500))}\n        " + asks, "",
             "Alert!|" + numbers(0, 2000, u"\n"_s)
-                + "\n\n2,500 more characters are left out (lines: 500).|OK");
+                + "\u2026\n\n2,500 more characters are left out (lines: 500).|OK");
         row("dialog with a long title",
             "self._state = {'title': 't' * 400, 'dialog_text': 'D'}\n        " + asks, "",
             QByteArray(300, 't') + "\u2026|" + QByteArray(400, 't') + "\n\nD|OK");
@@ -164,6 +166,10 @@ private Q_SLOTS:
             << QByteArray("Notification") << false << QString() << QString();
         QTest::newRow("form") << QByteArray("FormDialog") << true << u"OK"_s << u"({},)||"_s;
         QTest::newRow("form, declined") << QByteArray("FormDialog") << true << u"No"_s << QString();
+        const QByteArray dialog = "OKDialog";
+        QTest::newRow("one button") << dialog << true << u"only OK"_s << u"(True,)||"_s;
+        QTest::newRow("one button, Escape") << dialog << true << u"only Escape"_s << u"(False,)||"_s;
+        QTest::newRow("one button, closed") << dialog << true << u"only close"_s << u"(False,)||"_s;
     }
     void answers()
     {
@@ -171,13 +177,22 @@ private Q_SLOTS:
         QFETCH(bool, waits);
         QFETCH(QString, button);
         const auto item = run(bare + R"(
-        self._state = {"cancel_button_text": "No", "title": "T", "subtitle": "S", "informative_text": "I"}
+        self._state = {"cancel_button_text": ")"
+            + (button.startsWith(u"only") ? "" : "No")
+            + R"(", "title": "T", "subtitle": "S", "informative_text": "I"}
         self._callback = )"
             + (waits ? "lambda *all: self._logger.log.append(repr(all))" : "None") + "\n        raise type('"
             + request + "', (Exception,), {})\n");
         if (!button.isEmpty()) {
             QTRY_VERIFY(m_bench->dialog());
-            m_bench->press(button);
+            const QString answer = button.section(u' ', -1);
+            if (answer == u"Escape") {
+                QTest::keyClick(m_bench->dialog(), Qt::Key_Escape);
+            } else if (answer == u"close") {
+                QVERIFY(m_bench->dialog()->close());
+            } else {
+                m_bench->press(answer);
+            }
         }
         QTRY_VERIFY(m_bench->isIdle());
         settle();
@@ -278,6 +293,24 @@ class Action(tidewright_actions.Action):
                 QStringList{u"%1 %2 %1||"_s.arg(context, context == u"dev" ? u"none"_s : u"p"_s)});
             m_bench->console.entries.clear();
         }
+    }
+
+    void quitWhileAScriptPrints()
+    {
+        m_bench->write(u"act/main.py"_s, bare + "        while True: print('more')\n");
+        m_bench->write(u"act/config.json"_s, smart);
+        QProcess program;
+        program.start(QStringLiteral(ACTION_HOST_PATH), {m_bench->path(u"act"_s)});
+        QByteArray printed;
+        const auto hasPrinted = [&] {
+            printed += program.readAllStandardOutput();
+            return printed.count("more\n") > 1000;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(hasPrinted(), 20'000);
+        program.write("quit\n");
+        QVERIFY(program.waitForFinished(10'000));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
     }
 
     void environmentStaysTheInterpretersOwn()

@@ -4,6 +4,7 @@
 #include "actions/ActionTerminal.h"
 #include "demo/DemoProcess.h"
 #include "external/TerminalQuoting.h"
+#include "support/Patience.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -41,7 +42,7 @@ private Q_SLOTS:
         QVERIFY(m_demo->isReady());
         m_bench = std::make_unique<ActionBench>();
         qputenv("HOME", m_bench->path(u"home"_s).toUtf8());
-        std::optional<ActionTree> tree;
+        SharedActionTree tree;
         loadActionsInBackground(&m_receiver, [&tree](const auto &loaded) { tree = loaded; });
         QTRY_VERIFY(tree);
         QVERIFY(tree->problems.isEmpty());

@@ -15,8 +15,12 @@
 #include "pods/ContainerButton.h"
 #include "pods/PodController.h"
 #include "resources/ResourceTableView.h"
+#include "support/Patience.h"
 
+#include <QBuffer>
+#include <QDialogButtonBox>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
@@ -24,6 +28,7 @@
 #include <QListView>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
 
 using namespace tidewright;
@@ -45,20 +50,22 @@ struct Actions
     }
     ~Actions() { delegate.applicationWillTerminate(); }
 
+    /// A file in an action's folder.
+    void write(const QString &name, const QByteArray &bytes)
+    {
+        QFile file(cluster.path(u"data/Tidewright/Actions/"_s + name));
+        QVERIFY(QDir().mkpath(QFileInfo(file).path()));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
     void add(const QString &folder, const QByteArray &config)
     {
-        const QString path = cluster.path(u"data/Tidewright/Actions/"_s + folder);
-        QVERIFY(QDir().mkpath(path));
-        QFile script(path + u"/main.sh"_s);
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write(
+        write(folder + u"/main.sh"_s,
             "#!/bin/sh\necho \"$KUBECONFIG $CONTEXT $NAMESPACE \"\n"
             "echo \"$POD$DEPLOYMENT$SERVICE$PERSISTENTVOLUME$CRONJOB$CONFIGMAP$SECRET$EVENT$ENDPOINT$JOB\"\n"
             "echo \"$SERVICEACCOUNT$CLUSTERROLE$REPLICASET$DAEMONSET $CONTAINER\"\n");
-        script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-        QFile file(path + u"/config.json"_s);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(config);
+        write(folder + u"/config.json"_s, config);
     }
 
     void open()
@@ -160,6 +167,10 @@ private Q_SLOTS:
     void toolbarIsTheUsers();
     void copyFiles_data();
     void copyFiles();
+    void copyInTheOrderOfChoice();
+    void openMenuStaysAsItIs();
+    void fiveHundredLargeImages();
+    void moveWhilePythonAsks();
 };
 
 void tst_action_menu::menuFollowsTheFolders()
@@ -178,6 +189,9 @@ void tst_action_menu::menuFollowsTheFolders()
     QTRY_COMPARE(app.entries().count(u"Actions Loaded"_s), 2);
     QCOMPARE(app.shown(app.menu()), head + QStringList({u"Group && Co/[inner]"_s, u"[new]"_s}));
     QVERIFY(app.item(u"new"_s)->toolTip().contains(u"nonsense"_s));
+    app.add(u"newer"_s, R"({"scope":"namespace"})");
+    app.frame->addTab();
+    QTRY_VERIFY(app.item(u"newer"_s));
 }
 
 void tst_action_menu::freshInstallation()
@@ -421,6 +435,14 @@ void tst_action_menu::toolbarIsTheUsers()
     QVERIFY(app.cluster.settings.flush());
     QCOMPARE(UserDefaults(app.cluster.settingsFile()).string(u"toolbarItems"_s),
         chosen.join(u'\n').replace(odd, u"a\\\\n\\nact"_s));
+    QVERIFY(list->model()->moveRow({}, 3, {}, 0)); // as dragging a row does
+    QCOMPARE(buttons(), QStringList{odd} + chosen.first(3) + chosen.last(1));
+    dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::RestoreDefaults)->click();
+    QCOMPARE(buttons(), usual);
+    QVERIFY(!app.cluster.settings.string(u"toolbarItems"_s));
+    QCOMPARE(list->item(4)->checkState(), Qt::Checked);
+    QCOMPARE(list->item(5)->text(), odd);
+    QCOMPARE(list->item(5)->checkState(), Qt::Unchecked);
     app.cluster.settings.set(u"toolbarItems"_s, u"x\\y\nz\\"_s); // backslashes of before
     QCOMPARE(ToolBarLayout().identifiers(), QStringList({u"x\\y"_s, u"z\\"_s}));
 }
@@ -435,6 +457,8 @@ void tst_action_menu::copyFiles_data()
                                  << QStringList{u"x.txt web-1:/tmp/"_s};
     QTest::newRow("in order") << u"default"_s << u"/opt/"_s << QStringList{u"y"_s, u"x.txt"_s}
                               << QStringList{u"y web-1:/opt/"_s, u"x.txt web-1:/opt/"_s};
+    QTest::newRow("colons") << u"default"_s << QString() << QStringList{u"a:b"_s, u"x.txt"_s}
+                            << QStringList{u"x.txt web-1:/tmp/"_s};
     QTest::newRow("all namespaces") << allNamespaces << QString() << QStringList{u"x.txt"_s} << QStringList();
 }
 
@@ -460,35 +484,175 @@ void tst_action_menu::copyFiles()
     QVERIFY(!copy->isEnabled());
     QTest::mouseClick(buttons[0], Qt::LeftButton);
     copy->trigger();
-    QVERIFY(app.pods().selectedContainerPairs().empty());
     auto *dialog = app.frame->findChild<QFileDialog *>();
-    QVERIFY(dialog);
+    QCOMPARE(dialog != nullptr, !runs.isEmpty());
+    QCOMPARE(app.pods().selectedContainerPairs().empty(), !runs.isEmpty());
+    if (!dialog) {
+        const auto *text = app.page().windowConsoleController().consoleTextView();
+        QTRY_VERIFY(text->toPlainText().contains(u"Nothing was copied: choose a namespace first."_s));
+        return;
+    }
     QStringList names;
     for (const QString &name : files) {
         QFile file(app.cluster.path(name));
         QVERIFY(file.open(QIODevice::WriteOnly));
         names.append(u'"' + name + u'"');
     }
+    app.cluster.hold(u"cp --context=b"_s);
     dialog->setDirectory(app.cluster.path(u"."_s));
     dialog->findChild<QLineEdit *>(u"destinationField"_s)->setText(typed);
     dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(names.join(u' '));
     QMetaObject::invokeMethod(dialog, "accept");
-    if (runs.isEmpty()) {
-        const auto *text = app.page().windowConsoleController().consoleTextView();
-        QTRY_VERIFY(text->toPlainText().contains(u"Nothing was copied: choose a namespace first."_s));
-        app.cluster.forgetCalls();
-        app.content().reloadContent(); // what comes after a copy that had begun
-        QTRY_VERIFY(!app.cluster.tableReads().isEmpty());
-        QVERIFY(app.cluster.tableReads().filter(u"cp --"_s).isEmpty());
-        return;
-    }
+    QTRY_COMPARE(app.cluster.tableReads().filter(u"cp --context"_s).size(), 1);
+    QCOMPARE(app.pods().isLoading(), runs.size() > 1); // until the last one has been started
+    QCOMPARE(app.page().windowConsoleController().scriptsRunning.size(), 1);
+    app.cluster.release(u"cp --context=b"_s);
     QTRY_COMPARE(app.cluster.tableReads().filter(u"cp --context"_s).size(), runs.size());
+    QCOMPARE(app.page().windowConsoleController().consoleTextView()->toPlainText().contains(
+                 u"a:b was not copied: kubectl takes"_s),
+        files.contains(u"a:b"_s));
     for (qsizetype number = 0; number < runs.size(); ++number) {
         QString run = app.cluster.tableReads().filter(u"cp --context"_s).at(number);
         run.remove(QDir(app.cluster.path(u"."_s)).canonicalPath() + u'/');
         QCOMPARE(run, u"cp --context=b -ndefault %1 -c side"_s.arg(runs.at(number)));
     }
     QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning.isEmpty());
+    QVERIFY(!app.pods().isLoading());
+}
+
+void tst_action_menu::copyInTheOrderOfChoice()
+{
+    Actions app;
+    app.open();
+    QTRY_COMPARE(app.pods().containerButtons().size(), 4U);
+    for (const QStringList &chosen : {QStringList{u"q"_s, u"folder"_s, u"p"_s}, QStringList{u"folder"_s}}) {
+        QTest::mouseClick(app.pods().containerButtons()[0], Qt::LeftButton);
+        for (QAction *action : app.page().toolBar().commands()) {
+            if (action->objectName() == u"copyFileToolbarItem"_s) {
+                action->trigger();
+            }
+        }
+        auto *dialog = app.frame->findChild<QFileDialog *>();
+        QVERIFY(QDir(app.cluster.path(u"files"_s)).mkpath(u"folder"_s));
+        for (const QString &name : {u"p"_s, u"q"_s}) {
+            QVERIFY(QFile(app.cluster.path(u"files/"_s + name)).open(QIODevice::WriteOnly));
+        }
+        dialog->setDirectory(app.cluster.path(u"files"_s));
+        auto *list = dialog->findChild<QListView *>(u"listView"_s);
+        QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 3);
+        for (const QString &name : chosen) {
+            for (int row = 0; row < 3; ++row) {
+                const QModelIndex index = list->model()->index(row, 0, list->rootIndex());
+                if (index.data().toString() == name) {
+                    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                        list->visualRect(index).center());
+                }
+            }
+        }
+        app.cluster.forgetCalls();
+        QAbstractButton *copy = dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open);
+        QVERIFY(copy->isEnabled());
+        QCOMPARE(copy->text(), u"Copy"_s);
+        copy->click();
+        const auto copied = [&app] {
+            QStringList names;
+            for (const QString &run : app.cluster.tableReads().filter(u"cp --context"_s)) {
+                names.append(run.section(u' ', 3, 3).section(u'/', -1));
+            }
+            return names;
+        };
+        QTRY_COMPARE(copied(), chosen);
+        QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning.isEmpty());
+        QTRY_VERIFY(!app.frame->findChild<QFileDialog *>());
+    }
+}
+
+void tst_action_menu::openMenuStaysAsItIs()
+{
+    Actions app;
+    app.add(u"old"_s, R"({"scope":"namespace"})");
+    app.open();
+    app.menu().popup(app.frame->pos());
+    QTRY_VERIFY(app.menu().isVisible());
+    const auto before = app.menu().actions();
+    app.add(u"new"_s, R"({"scope":"namespace"})");
+    app.delegate.actions().reload();
+    QTRY_COMPARE(app.entries().count(u"Actions Loaded"_s), 2);
+    QVERIFY(app.menu().actions() == before);
+    app.menu().setActiveAction(before.last());
+    QTest::keyClick(&app.menu(), Qt::Key_Return); // what the user sees is what runs
+    QCOMPARE(app.told(), u"b default"_s);
+    QVERIFY(!app.menu().isVisible());
+    QTRY_COMPARE(app.shown(app.menu()).mid(4), QStringList({u"new"_s, u"old"_s}));
+}
+
+void tst_action_menu::fiveHundredLargeImages()
+{
+    QImage image(512, 512, QImage::Format_ARGB32);
+    image.fill(Qt::red);
+    QByteArray png;
+    QBuffer buffer(&png);
+    QVERIFY(image.save(&buffer, "PNG"));
+    Actions app;
+    for (int number = 0; number < 500; ++number) {
+        const QString folder = u"group %1/act %2"_s.arg(number / 50).arg(number);
+        app.add(folder, R"({"scope":"namespace"})");
+        app.write(folder + u"/icon.png"_s, png);
+        app.write(folder + u"/menu.png"_s, png);
+    }
+    QElapsedTimer clock;
+    clock.start();
+    app.open();
+    qInfo("opened with 500 actions after %lld ms", clock.elapsed());
+    clock.start();
+    Q_EMIT app.delegate.actions().loaded();
+    const qint64 rebuilt = clock.elapsed();
+    qInfo("menu of 500 actions rebuilt in %lld ms", rebuilt);
+    QVERIFY2(rebuilt < 60, "images are scaled on the main thread");
+    // One library for all tabs, and what has not changed is neither read nor built again.
+    const auto before = app.menu().actions();
+    clock.start();
+    app.frame->addTab();
+    const auto entries = [&app] { return app.entries().count(u"Actions Loaded"_s); };
+    QTRY_COMPARE(entries(), 1); // in the new tab's console
+    qInfo("told in a new tab after %lld ms", clock.elapsed());
+    QVERIFY(app.menu().actions() == before);
+}
+
+void tst_action_menu::moveWhilePythonAsks()
+{
+    Actions app;
+    app.write(u"ask/config.json"_s, R"({"scope":"pod","is_smart_action":true})");
+    app.write(u"ask/main.py"_s, R"(
+import os
+import tidewright_actions as tw
+class Action(tw.Action):
+    def run(self):
+        self.place = " ".join(os.environ[name] for name in ("CONTEXT", "NAMESPACE", "POD"))
+        self.ask("Sure?", then=lambda accepted: self.log(f"{self.place}: {accepted}"))
+)");
+    app.open();
+    for (const bool toContext : {false, true}) {
+        QTRY_COMPARE(app.pods().arrangedObjects().rowCount(), 3);
+        app.pods().tableView().selectRow(1);
+        app.item(u"ask"_s)->trigger();
+        QTRY_VERIFY(app.frame->findChild<QMessageBox *>());
+        auto *box = app.frame->findChild<QMessageBox *>();
+        if (toContext) {
+            app.page().state().chooseContext(u"c"_s);
+            QTRY_COMPARE(app.page().state().currentContext(), u"c"_s);
+        } else {
+            app.page().state().chooseNamespace(u"shop"_s);
+        }
+        const auto labels = box->findChildren<QLabel *>();
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+            return label->isVisible() && label->text() == u"Context: b\nNamespace: default"_s;
+        }));
+        box->buttons().first()->click(); // for where it was asked, as the question says
+        QTRY_COMPARE(app.entries().count(u"b default db-1: True"_s), toContext ? 2 : 1);
+        QTRY_VERIFY(!app.frame->findChild<QMessageBox *>());
+        app.page().state().chooseNamespace(u"default"_s);
+    }
 }
 
 QTEST_MAIN(tst_action_menu)

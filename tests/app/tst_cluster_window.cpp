@@ -17,6 +17,7 @@
 #include "pods/PodController.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
+#include "support/Patience.h"
 
 #include <QAction>
 #include <QDialog>
@@ -201,7 +202,8 @@ void tst_cluster_window::namespaceChangeEmptiesTables()
     app.cluster.release(u"get po"_s);
     QTRY_COMPARE(pods->tableItems().size(), 2U);
     const int visible = app.cluster.niceness(u"get events"_s);
-    QCOMPARE(app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
+    QCOMPARE(
+        app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
 }
 
 void tst_cluster_window::commandsFollowTheSelection()
@@ -262,8 +264,11 @@ void tst_cluster_window::logsAndJobsFollowTheTable()
     app.table().tableView().selectRow(0);
     QVERIFY(runNow.isEnabled());
     runNow.trigger();
-    QTRY_COMPARE(app.cluster.tableReads().filter(QRegularExpression(
-        u"^create job --context=b -ndefault --from=cronjob/c manually-run-c-[a-z0-9]{5}$"_s)).size(), 1);
+    QTRY_COMPARE(app.cluster.tableReads()
+                     .filter(QRegularExpression(
+                         u"^create job --context=b -ndefault --from=cronjob/c manually-run-c-[a-z0-9]{5}$"_s))
+                     .size(),
+        1);
     app.table().tableView().selectAll();
     QCOMPARE(state(runNow), u"off: Select a single cron job."_s);
     app.page().sidebarController().select(u"Pods"_s);
@@ -495,7 +500,8 @@ void tst_cluster_window::createFromFiles()
     Application app;
     app.load();
     app.cluster.forgetCalls();
-    app.page().primaryContentController().createFrom({u"/a b.yaml"_s, u"/c,d"_s});
+    app.page().primaryContentController().createFrom(
+        {u"/a b.yaml"_s, u"/c,d"_s}, ChangePlace(app.page().state()));
     QTRY_COMPARE(
         app.cluster.tableReads().value(0), u"create --context b -n default -R -f /a b.yaml,\"/c,d\""_s);
     QTRY_COMPARE(app.cluster.tableReads().size(), 2);

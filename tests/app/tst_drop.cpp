@@ -6,11 +6,19 @@
 #include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
 #include "app/PrimaryContentController.h"
+#include "pods/ConsoleTextView.h"
+#include "pods/ConsoleViewController.h"
+#include "support/Patience.h"
 
 #include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QLabel>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
 #include <QTest>
 #include <QWindow>
 
@@ -81,7 +89,7 @@ struct Drop
     /// What was created until now.
     QStringList created()
     {
-        page->primaryContentController().createFrom({u"/last.yaml"_s});
+        page->primaryContentController().createFrom({u"/last.yaml"_s}, ChangePlace(page->state()));
         const QString command = u"create --context b -n %1 -R -f "_s.arg(page->state().currentNamespace());
         QStringList runs;
         const auto isThere = [&] {
@@ -111,6 +119,7 @@ private Q_SLOTS:
     void dragAndDrop();
     void leavingTakesTheFrameAway();
     void theAnswerIsForThatContext();
+    void hundredsOfFiles();
 };
 
 void tst_drop::dragAndDrop_data()
@@ -129,6 +138,8 @@ void tst_drop::dragAndDrop_data()
         << QStringList{file(u"a.yaml"_s), file(u"b.txt"_s), file(u"c.yml"_s), file(u"d.YAML"_s),
                file(u"e.yaml"_s)}
         << u"a.yaml,\n    e.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/e.yaml"_s;
+    QTest::newRow("folders too") << QStringList{file(u"a.yaml/"_s), file(u"b.yaml"_s)}
+                                 << u"a.yaml,\n    b.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/b.yaml"_s;
     QTest::newRow("the first decides")
         << QStringList{file(u"b.txt"_s), file(u"a.yaml"_s)} << QString() << QString() << QString();
     QTest::newRow("other case") << QStringList{file(u"service.YAML"_s)} << QString() << QString()
@@ -189,6 +200,43 @@ void tst_drop::theAnswerIsForThatContext()
     drop.drag({u"file:///a.yaml"_s});
     drop.drop();
     QVERIFY(!drop.question()); // no namespace to create anything in
+    drop.page->primaryContentController().createFromFileDialog();
+    QVERIFY(!drop.page->findChild<QFileDialog *>());
+    drop.page->primaryContentController().createFrom({u"/a.yaml"_s}, ChangePlace(drop.page->state()));
+    const auto *console = drop.page->windowConsoleController().consoleTextView();
+    QTRY_COMPARE(console->toPlainText().count(u"Nothing was created: choose a namespace first."_s), 3);
+}
+
+void tst_drop::hundredsOfFiles()
+{
+    Drop drop;
+    drop.load();
+    QStringList urls;
+    QStringList names;
+    for (int number = 1; number <= 300; ++number) {
+        names.append(u"file-%1.yaml"_s.arg(number));
+        urls.append(u"file:///d/"_s + names.last());
+    }
+    drop.drag(urls);
+    drop.drop();
+    QMessageBox *box = drop.question();
+    QVERIFY(QTest::qWaitForWindowExposed(box));
+    const QSize room = box->screen()->availableSize();
+    QVERIFY(box->height() < room.height() && box->width() < room.width());
+    for (const QAbstractButton *button : box->buttons()) {
+        QVERIFY(box->rect().contains(QRect(button->mapTo(box, QPoint()), button->size())));
+    }
+    auto *list = box->findChild<QPlainTextEdit *>();
+    QVERIFY(list && list->isVisible() && list->isReadOnly());
+    QCOMPARE(list->toPlainText(), box->informativeText());
+    QVERIFY(list->toPlainText().endsWith(u"    "_s + names.join(u",\n    "_s) + u'?'));
+    QVERIFY(list->verticalScrollBar()->maximum() > 0);
+    const auto labels = box->findChildren<QLabel *>();
+    QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+        return label->isVisible() && label->text().startsWith(u"Files: 300\n"_s);
+    }));
+    drop.answer(u"Create"_s);
+    QCOMPARE(drop.created().value(0).count(u"/d/file-"_s), 300);
 }
 
 QTEST_MAIN(tst_drop)

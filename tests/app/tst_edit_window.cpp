@@ -9,6 +9,7 @@
 #include "demo/DemoProcess.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QAbstractButton>

@@ -8,6 +8,7 @@
 #include "app/SearchableComboBox.h"
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
+#include "support/Patience.h"
 
 #include <QElapsedTimer>
 #include <QLineEdit>

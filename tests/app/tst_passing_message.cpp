@@ -48,4 +48,5 @@ private Q_SLOTS:
 };
 
 QTEST_MAIN(TestPassingMessage)
+#include "support/Patience.h"
 #include "tst_passing_message.moc"

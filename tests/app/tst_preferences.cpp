@@ -9,6 +9,7 @@
 #include "app/PreferencesWindowController.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
+#include "support/Patience.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>

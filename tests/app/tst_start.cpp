@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QDir>

@@ -3,6 +3,7 @@
 #include "app/KubeConfigWriter.h"
 #include "app/KubeSplitViewController.h"
 #include "core/ApplicationRecord.h"
+#include "support/Patience.h"
 
 #include <QFile>
 #include <QSignalSpy>

@@ -2,6 +2,7 @@
 #include "core/ApplicationRecord.h"
 #include "core/KubeCtl.h"
 #include "platform/MainQueue.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QTemporaryDir>

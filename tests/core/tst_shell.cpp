@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ApplicationRecord.h"
 #include "platform/MainQueue.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QTemporaryDir>
@@ -239,7 +240,10 @@ private Q_SLOTS:
         shell->outputLimit = 1 << 20;
         const QByteArray script = "pidfile " + folder.path().toUtf8() + " fill 900000 errfill 99999999999";
         const ShellResult result = runToEnd(shell, fakeTool(script));
-        QCOMPARE(result.error, QStringLiteral("The command was ended: it printed more than 1 MiB."));
+        const QString said = result.error.value_or(QString());
+        QVERIFY(said.startsWith(
+            QLatin1String("The command was ended: it printed more than 1 MiB.\n0123456789abcde\n")));
+        QVERIFY(said.size() < 100'000);
         QCOMPARE(result.output, QByteArray());
         QTRY_VERIFY(!isAlive(pidsIn(folder.path()).first()));
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "DemoProcess.h"
+#include "support/Patience.h"
 
 #include <QElapsedTimer>
 #include <QFile>

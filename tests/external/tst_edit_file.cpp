@@ -4,6 +4,7 @@
 #include "platform/Bundle.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QTemporaryDir>

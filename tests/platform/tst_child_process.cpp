@@ -2,6 +2,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/PipeReader.h"
 #include "platform/ProcessSetup.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QElapsedTimer>

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DisplayText.h"
 #include "platform/MainQueue.h"
 #include "pods/ConsoleText.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
 #include "resources/NamedImages.h"
+#include "support/Patience.h"
 #include "support/StubWindow.h"
 
 #include <QClipboard>
@@ -129,7 +131,7 @@ private Q_SLOTS:
         const QString pairs = u"😀"_s.repeated(3000);
         for (const auto &[text, shown] : TextPairs{{full, full}, {full + u'y', full + u'…'}, {pairs, pairs},
                  {pairs + u'y', pairs + u'…'}, {full + QChar(0xD83D), full + u'…'}}) {
-            QCOMPARE(console_text::shortened(text, console_text::longestResponse), shown);
+            QCOMPARE(display_text::shortened(text, console_text::longestResponse), shown);
         }
     }
 

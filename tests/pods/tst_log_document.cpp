@@ -5,6 +5,7 @@
 #include "pods/LogDocument.h"
 #include "pods/LogLineText.h"
 #include "pods/LogSearch.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QSignalSpy>

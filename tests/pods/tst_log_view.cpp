@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 #include "pods/LogSearch.h"
 #include "pods/LogView.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QAccessible>

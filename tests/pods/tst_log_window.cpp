@@ -12,6 +12,7 @@
 #include "pods/LogPatternBar.h"
 #include "pods/LogSearch.h"
 #include "resources/NamedImages.h"
+#include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QDeadlineTimer>
@@ -415,7 +416,7 @@ private Q_SLOTS:
             demo.control("{}", &answer);
             return count.match(QString::fromUtf8(answer)).captured(1).toLongLong();
         };
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), sent(), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), sent(), 3 * patience);
         const qint64 lines = sent();
         QVERIFY2(
             lines > (seconds > 0 ? seconds : 3) * 15'000 || sanitized, qPrintable(QString::number(lines)));

@@ -11,6 +11,7 @@
 #include "resources/PreviewPanel.h"
 #include "resources/ResourceTableView.h"
 #include "resources/TableStatusBar.h"
+#include "support/Patience.h"
 #include "support/StubWindow.h"
 
 #include <QClipboard>

@@ -22,6 +22,7 @@
 #include "resources/Service.h"
 #include "resources/ServiceAccount.h"
 #include "resources/SharedContentViewController.h"
+#include "support/Patience.h"
 #include "support/StubWindow.h"
 #include "support/TestSupport.h"
 

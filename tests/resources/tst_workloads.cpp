@@ -10,6 +10,7 @@
 #include "resources/ReplicaCell.h"
 #include "resources/ResourceTableView.h"
 #include "resources/ServiceController.h"
+#include "support/Patience.h"
 #include "support/StubWindow.h"
 
 #include <QContextMenuEvent>

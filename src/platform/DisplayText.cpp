@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DisplayText.h"
+
+namespace tidewright::display_text {
+
+QString withoutMnemonics(QString text)
+{
+    return text.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+QString shortened(const QString &text, qsizetype characters, int lines)
+{
+    qsizetype end = 0;
+    for (qsizetype seen = 0; end < text.size(); ++seen) {
+        if (seen == characters || (text.at(end) == QLatin1Char('\n') && --lines == 0)) {
+            return text.left(end) + QChar(0x2026);
+        }
+        const bool pair
+            = text.at(end).isHighSurrogate() && end + 1 < text.size() && text.at(end + 1).isLowSurrogate();
+        end += pair ? 2 : 1;
+    }
+    return text;
+}
+
+} // namespace tidewright::display_text
