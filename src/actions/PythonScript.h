@@ -36,7 +36,7 @@ private:
     static void callBack(const std::shared_ptr<CustomActionItem> &item, const std::shared_ptr<Run> &run,
         const ActionAnswer &answer);
 
-    std::shared_ptr<Run> m_latest;
+    std::shared_ptr<Run> m_latest; ///< its module and instance stay until the next run begins
 };
 
 } // namespace tidewright
