@@ -6,6 +6,7 @@
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
 
+#include <QLocale>
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -16,23 +17,46 @@ namespace tidewright {
 
 namespace {
 
-constexpr qsizetype longestText = 4000; // more fits no screen, and laying it out takes long
 constexpr int tallestForm = 420;
 
-/// More lines than these make no question.
-constexpr int mostLines = 24;
+// Messages scroll; laying out more than this holds up the window.
+constexpr int mostLines = 2000;
+constexpr qsizetype longestMessage = 100'000; // characters
+// Titles and buttons do not scroll: a title that is too long stands at the head of the message.
+constexpr int mostTitleLines = 4;
+constexpr qsizetype longestTitle = 300;
+constexpr qsizetype longestButton = 60;
+
+/// The text, or its beginning and how much is left out.
+QString fitMessage(const QString &text)
+{
+    const QString shown = display_text::shortened(text, longestMessage, mostLines);
+    if (shown == text) {
+        return text;
+    }
+    const QString rest = text.mid(shown.size() - 1); // without the ellipsis
+    const qsizetype lines = rest.count(QLatin1Char('\n')) + (rest.startsWith(QLatin1Char('\n')) ? 0 : 1);
+    const QLocale locale;
+    return shown
+        + QStringLiteral("\n\n%1 more characters are left out (lines: %2).")
+              .arg(locale.toString(rest.size()), locale.toString(lines));
+}
 
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})
 {
-    return display_text::shortened(
-        request.state.value(QLatin1String(key), otherwise), longestText, mostLines);
+    return request.state.value(QLatin1String(key), otherwise);
 }
 
 void ask(const ActionRequest &request, QWidget *accessory, std::function<void(bool)> answered)
 {
-    showConfirmation(nullptr, text(request, "title", QStringLiteral("Alert!")), text(request, "dialog_text"),
-        text(request, "ok_button_text", QStringLiteral("OK")), text(request, "cancel_button_text"), accessory,
-        std::move(answered));
+    using display_text::shortened;
+    const QString whole = text(request, "title", QStringLiteral("Alert!"));
+    const QString title = shortened(whole, longestTitle, mostTitleLines);
+    const QString message = text(request, "dialog_text");
+    showConfirmation(nullptr, title,
+        fitMessage(title == whole ? message : QString(whole + QLatin1String("\n\n") + message)),
+        shortened(text(request, "ok_button_text", QStringLiteral("OK")), longestButton, 1),
+        shortened(text(request, "cancel_button_text"), longestButton, 1), accessory, std::move(answered));
 }
 
 /// A form of many rows scrolls, so that the buttons stay on the screen.

@@ -18,20 +18,35 @@ namespace tidewright {
 
 namespace py = pybind11;
 
-struct PythonScript::Loaded
+struct PythonScript::Run
 {
+    ActionEnvironment environment;
     py::object pythonActionModule;
     py::object pythonActionInstance;
-    int run = 0; ///< the number of the latest run
-    QString place; ///< where that run acts
+
+    /// Destroyed on a thread that may wait for the interpreter's lock; the main thread never does.
+    static std::shared_ptr<Run> create(const ActionEnvironment &environment)
+    {
+        return {new Run{environment, {}, {}}, [](Run *run) {
+                    customActionQueue().post([run] {
+                        const py::gil_scoped_acquire lock;
+                        delete run;
+                    });
+                }};
+    }
+    QString place() const
+    {
+        return QStringLiteral("Context: %1\nNamespace: %2")
+            .arg(
+                environment.value(QStringLiteral("CONTEXT")), environment.value(QStringLiteral("NAMESPACE")));
+    }
 };
 
 struct PythonScript::Call
 {
-    py::object instance;
-    const char *hostFunction; ///< of the module tidewright_host
-    py::tuple arguments;
-    int run = 0;
+    std::shared_ptr<Run> run;
+    const char *hostFunction; ///< of the module tidewright_host; its first argument is the run's instance
+    py::tuple arguments; ///< the others
 };
 
 namespace {
@@ -60,6 +75,15 @@ QString text(py::handle bytes)
 py::str pythonText(const QString &value)
 {
     return py::str(value.toStdString());
+}
+
+py::dict pythonTexts(const ActionEnvironment &environment)
+{
+    py::dict texts;
+    for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
+        texts[pythonText(entry.key())] = pythonText(entry.value());
+    }
+    return texts;
 }
 
 std::optional<QString> optionalText(py::handle bytes)
@@ -143,17 +167,6 @@ void postImportException(const QString &description)
 
 PythonScript::PythonScript(const QString &scriptURL)
     : Script(scriptURL)
-    , m_loaded(new Loaded, [](Loaded *loaded) {
-        if (!loaded->pythonActionModule && !loaded->pythonActionInstance) {
-            delete loaded;
-            return;
-        }
-        // On a thread that may wait for the interpreter's lock; the main thread never does.
-        customActionQueue().post([loaded] {
-            const py::gil_scoped_acquire lock;
-            delete loaded;
-        });
-    })
 {
 }
 
@@ -173,7 +186,9 @@ void PythonScript::runScript(
     }
     std::unique_lock importing(importMutex(), importLimit);
     if (!importing) {
-        postImportException(QStringLiteral("another Python action is still being loaded"));
+        postImportException(
+            QStringLiteral("another Python action is still being loaded; try again when it is "
+                           "done"));
         running.end();
         return;
     }
@@ -182,11 +197,12 @@ void PythonScript::runScript(
         const py::gil_scoped_acquire lock;
         try {
             host().attr("begin")(folder);
-            Call call{py::object(), "call", py::make_tuple("run")};
-            const bool isLoaded = load(folder, *complete, call);
+            m_latest = Run::create(*complete);
+            const std::shared_ptr<Run> run = m_latest;
+            const bool isLoaded = load(folder, *run);
             importing.unlock();
             if (isLoaded) {
-                callPython(item, call);
+                callPython(item, {run, "call", py::make_tuple("run")});
             }
         } catch (const std::exception &error) {
             postPythonException(QString::fromUtf8(error.what()));
@@ -201,40 +217,30 @@ void PythonScript::runScript(
     }
 }
 
-bool PythonScript::load(const std::string &folder, const ActionEnvironment &environment, Call &call)
+bool PythonScript::load(const std::string &folder, Run &run)
 {
-    py::dict variables;
-    for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
-        variables[pythonText(entry.key())] = pythonText(entry.value());
-    }
-    m_loaded->pythonActionModule = py::none();
-    const py::tuple imported = host().attr("load")(folder, variables);
+    const py::tuple imported = host().attr("load")(folder, pythonTexts(run.environment));
     if (!imported[1].is_none()) {
         postImportException(text(imported[1]));
         return false;
     }
-    m_loaded->pythonActionModule = imported[0];
+    run.pythonActionModule = imported[0];
     const py::tuple made = host().attr("make")(imported[0]);
     if (!made[1].is_none()) {
         postPythonException(text(made[1]));
         return false;
     }
-    call.instance = made[0];
-    call.run = ++m_loaded->run;
-    m_loaded->place = QStringLiteral("Context: %1\nNamespace: %2")
-                          .arg(environment.value(QStringLiteral("CONTEXT")),
-                              environment.value(QStringLiteral("NAMESPACE")));
-    m_loaded->pythonActionInstance = made[0];
+    run.pythonActionInstance = made[0];
     return true;
 }
 
 void PythonScript::callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call)
 {
-    const py::tuple outcome = host().attr(call.hostFunction)(call.instance, *call.arguments);
+    const py::tuple outcome = host().attr(call.hostFunction)(call.run->pythonActionInstance, *call.arguments);
     postLog(textList(outcome[0]));
     if (!outcome[1].is_none()) {
         ActionRequest request = actionRequest(outcome[1], outcome[2], outcome[3]);
-        request.place = m_loaded->place;
+        request.place = call.run->place();
         mainQueue().post([item, request, run = call.run] {
             showRequest(request, [item, run](const ActionAnswer &answer) { callBack(item, run, answer); });
         });
@@ -243,22 +249,16 @@ void PythonScript::callPython(const std::shared_ptr<CustomActionItem> &item, con
     }
 }
 
-void PythonScript::callBack(
-    const std::shared_ptr<CustomActionItem> &item, int run, const ActionAnswer &answer)
+void PythonScript::callBack(const std::shared_ptr<CustomActionItem> &item, const std::shared_ptr<Run> &run,
+    const ActionAnswer &answer)
 {
     customActionQueue().post([item, run, answer] {
-        auto &script = static_cast<PythonScript &>(item->script());
         const py::gil_scoped_acquire lock;
-        if (script.m_loaded->run != run) {
-            // The instance of now may act somewhere else.
-            postConsoleError(QStringLiteral("The answer to \"%1\" was not used: the action was started again "
-                                            "meanwhile.")
-                                 .arg(item->title()));
-            return;
-        }
         try {
-            script.callPython(
-                item, {script.m_loaded->pythonActionInstance, "answer", callbackArguments(answer), run});
+            static_cast<PythonScript &>(item->script())
+                .callPython(item,
+                    {run, "answer",
+                        py::make_tuple(pythonTexts(run->environment)) + callbackArguments(answer)});
         } catch (const std::exception &error) {
             postPythonException(QString::fromUtf8(error.what()));
         }

@@ -18,22 +18,25 @@ public:
         QPointer<Console> console) override;
 
 private:
-    /// The module and the instance of the latest run. Touched with the interpreter's lock only.
-    struct Loaded;
-    /// A function of an instance with its arguments.
+    /// What was started with, and the module and the instance made for it. Touched with the interpreter's
+    /// lock only; kept by whoever may still call its instance.
+    struct Run;
+    /// A function of a run's instance with its arguments.
     struct Call;
 
     /// Loads the module of that folder afresh and makes the instance that `run` is called on; with the
     /// interpreter's lock. Posts what went wrong, and then returns false.
-    bool load(const std::string &folder, const ActionEnvironment &environment, Call &call);
+    static bool load(const std::string &folder, Run &run);
     /// Calls an instance's function, forwards what it logged, and shows what it asks for or what is wrong
     /// with it. With the interpreter's lock.
-    void callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call);
-    /// Gives an answer to the instance of that run, on the custom action queue; to nobody when the action was
-    /// started again since, and the console says so.
-    static void callBack(const std::shared_ptr<CustomActionItem> &item, int run, const ActionAnswer &answer);
+    static void callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call);
+    /// Gives an answer to the run that asked, with its variables in the interpreter's environment, on the
+    /// custom action queue. So it acts where the question said, also when the action was started elsewhere
+    /// since.
+    static void callBack(const std::shared_ptr<CustomActionItem> &item, const std::shared_ptr<Run> &run,
+        const ActionAnswer &answer);
 
-    std::shared_ptr<Loaded> m_loaded;
+    std::shared_ptr<Run> m_latest; ///< its module and instance stay until the next run begins
 };
 
 } // namespace tidewright

@@ -24,9 +24,11 @@ namespace {
 /// to a server of its own and ended well.
 constexpr std::chrono::milliseconds moment(1000);
 
-/// Runs the first argument and leaves the user's shell in the window, also after Ctrl+C.
-constexpr auto windowScript
-    = R"(trap : INT QUIT; /bin/sh -c "$1"; trap - INT QUIT; exec "${SHELL:-/bin/sh}")";
+/// Runs the first argument and leaves the user's shell in the window, also after Ctrl+C. What ran may have
+/// been a shell somewhere else, whose prompt looks the same.
+constexpr auto windowScript = R"(trap : INT QUIT; /bin/sh -c "$1"; trap - INT QUIT; )"
+                              R"(printf '\n%s\n' 'That has ended. You are on your own machine again.'; )"
+                              R"(exec "${SHELL:-/bin/sh}")";
 
 /// What stands between a terminal's name and the command that it is to run in a new window.
 struct KnownTerminal

@@ -24,7 +24,8 @@ public:
     void compile();
     /// No name matches before `compile`, nor when the pattern makes no valid expression.
     bool matches(const QString &name) const;
-    /// The same question for many names, several times as fast; for one thread at a time.
+    /// The same question for many names, with what a search needs made only once; for one thread at a
+    /// time.
     RegularExpression::Searcher searcher() const { return m_expression.searcher(); }
 
 private:

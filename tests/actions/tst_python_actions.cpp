@@ -53,14 +53,13 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("body"); // of run, or the whole script when it begins with a line feed
         QTest::addColumn<QString>("entries"); // the beginning, "command||error" joined with line feeds
         QTest::addColumn<QString>("question");
-        const auto row
-            = [](const char *name, const char *body, const char *entries, const char *question = "") {
-                  QTest::newRow(name)
-                      << QByteArray(body) << QString::fromUtf8(entries) << QString::fromUtf8(question);
-              };
+        const auto row = [](const char *name, const QByteArray &body, const QByteArray &entries,
+                             const QByteArray &question = "") {
+            QTest::newRow(name) << body << QString::fromUtf8(entries) << QString::fromUtf8(question);
+        };
         const char *const raised = "||Recieved python exception ";
         const auto fails = [&](const char *name, const char *body, const char *what) {
-            row(name, body, QByteArray(raised + QByteArray(what)).constData());
+            row(name, body, QByteArray(raised + QByteArray(what)));
         };
         row("returns", "pass", "");
         row("logs", "self._logger.log = ['one', 'twö']", "one||\ntwö||");
@@ -68,8 +67,17 @@ private Q_SLOTS:
             "one||\n||Recieved python exception ValueError: bad.");
         row("no logger", "del self._logger", "");
         row("log is no list of texts", "self._logger.log = ['one', 2]", "");
-        row("log is endless", "self._logger.log = ['x'] * 5000; self._logger.log[0] = 'first'",
-            "first||\nx||");
+        const auto numbers = [](int from, int to, const QString &separator) {
+            QStringList lines;
+            for (int number = from; number < to; ++number) {
+                lines.append(QString::number(number));
+            }
+            return QByteArray((lines.join(separator)).toUtf8());
+        };
+        row("log is long", "self._logger.log = [str(n) for n in range(20000)]",
+            numbers(0, 20'000, u"||\n"_s));
+        row("log is endless", "self._logger.log = [str(n) for n in range(30000)]",
+            "... 10000 earlier lines are left out||\n" + numbers(10'000, 30'000, u"||\n"_s));
         fails("exception without a text", "raise ValueError", "ValueError.");
         fails("exits", "import sys; sys.exit(3)", "SystemExit: 3.");
         fails("exits another way", "raise KeyboardInterrupt", "KeyboardInterrupt.");
@@ -103,6 +111,17 @@ private Q_SLOTS:
             "'N'}\n"
             "        raise type('OKCancelDialog', (BaseException,), {})",
             "", "T|D|Y,N");
+        const QByteArray asks = "raise type('OKDialog', (Exception,), {})";
+        row("dialog with many lines",
+            "self._state = {'dialog_text': '\\n'.join(str(n) for n in range(1500))}\n        " + asks, "",
+            "Alert!|" + numbers(0, 1500, u"\n"_s) + "|OK");
+        row("dialog with too many lines",
+            "self._state = {'dialog_text': '\\n'.join(str(n) for n in range(2500))}\n        " + asks, "",
+            "Alert!|" + numbers(0, 2000, u"\n"_s)
+                + "\u2026\n\n2,500 more characters are left out (lines: 500).|OK");
+        row("dialog with a long title",
+            "self._state = {'title': 't' * 400, 'dialog_text': 'D'}\n        " + asks, "",
+            QByteArray(300, 't') + "\u2026|" + QByteArray(400, 't') + "\n\nD|OK");
         row("state with a number",
             "self._state = {'title': 'T', 'n': 1}\n        raise type('OKDialog', (Exception,), {})", "",
             "Alert!||OK");
@@ -129,7 +148,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_bench->question(), question);
         const QString shown = m_bench->console.entries.join(u'\n');
         QVERIFY2(entries.isEmpty() ? shown.isEmpty() : shown.startsWith(entries), qPrintable(shown));
-        QVERIFY(m_bench->console.entries.size() <= 1001);
+        QVERIFY(m_bench->console.entries.size() <= 20'001);
         QVERIFY(m_bench->notifications.isEmpty());
     }
 
@@ -232,35 +251,48 @@ class Action(tw.Action):
         QCOMPARE(m_bench->notifications, QStringList{u"Done|all of it"_s});
     }
 
-    void twoRunsAsk()
+    void twoRunsOfOneAction_data()
     {
-        const QByteArray script = R"(
-import os
-import tidewright_actions as tw
-class Action(tw.Action):
+        QTest::addColumn<QStringList>("order"); // of the answers; the question about prod comes last
+        QTest::newRow("as they came") << QStringList{u"dev"_s, u"prod"_s};
+        QTest::newRow("the other way round") << QStringList{u"prod"_s, u"dev"_s};
+    }
+    void twoRunsOfOneAction()
+    {
+        QFETCH(QStringList, order);
+        m_bench->write(u"kubectl.sh"_s, "#!/bin/sh\necho $CONTEXT ${POD-none}\n");
+        setKubectlPath(m_bench->path(u"kubectl.sh"_s));
+        const auto item = run(R"(
+import os, tidewright_actions
+class Action(tidewright_actions.Action):
     def run(self):
-        self.place = os.environ["CONTEXT"]
-        self.ask("Sure?", then=lambda accepted: self.log(f"{self.place}: {accepted}"))
-)";
-        const auto item = run(script, {{u"CONTEXT"_s, u"first"_s}});
-        const auto asked = [this](const QString &context) -> QMessageBox * {
-            for (auto *label : m_bench->window.findChildren<QLabel *>()) {
-                if (label->text().startsWith(u"Context: "_s + context) && label->window()->isVisible()) {
-                    return qobject_cast<QMessageBox *>(label->window());
+        while "STOP" in self.environment and not os.path.exists(self.environment["STOP"]): pass
+        self.ask("Sure?", title=self.context, then=self.go)
+    def go(self, accepted):
+        self._logger.log = [self.kubectl("x").strip() + " " + os.environ["CONTEXT"]]
+)",
+            {{u"CONTEXT"_s, u"prod"_s}, {u"POD"_s, u"p"_s}, {u"STOP"_s, m_bench->path(u"stop"_s)}});
+        QTRY_COMPARE(m_bench->console.states, QStringList{u"act"_s});
+        QTest::qWait(200); // its variables are those of the interpreter
+        item->performAction({{u"CONTEXT"_s, u"dev"_s}});
+        QTRY_COMPARE(m_bench->question(), u"dev|Sure?|OK"_s);
+        m_bench->write(u"stop"_s, "");
+        QTRY_VERIFY(m_bench->isIdle());
+        settle();
+        for (const QString &context : std::as_const(order)) {
+            for (QMessageBox *box : m_bench->window.findChildren<QMessageBox *>()) {
+                if (box->text() == context) {
+                    const auto labels = box->findChildren<QLabel *>();
+                    QVERIFY(std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+                        return label->text() == u"Context: %1\nNamespace: "_s.arg(context);
+                    }));
+                    box->defaultButton()->click();
                 }
             }
-            return nullptr;
-        };
-        QTRY_VERIFY(asked(u"first"_s));
-        item->performAction({{u"CONTEXT"_s, u"second"_s}});
-        QTRY_VERIFY(asked(u"second"_s));
-        asked(u"second"_s)->buttons().first()->click();
-        QTRY_COMPARE(m_bench->console.entries, QStringList{u"second: True||"_s});
-        asked(u"first"_s)->buttons().first()->click(); // never taken for one about the second
-        QTRY_COMPARE(m_bench->console.entries.value(1),
-            u"||The answer to \"act\" was not used: the action was started again meanwhile."_s);
-        settle();
-        QCOMPARE(m_bench->console.entries.size(), 2);
+            QTRY_COMPARE(m_bench->console.entries,
+                QStringList{u"%1 %2 %1||"_s.arg(context, context == u"dev" ? u"none"_s : u"p"_s)});
+            m_bench->console.entries.clear();
+        }
     }
 
     void quitWhileAScriptPrints()
@@ -318,6 +350,7 @@ class Action:
         self._logger.log = [",".join(os.path.basename(p) for p in sys.path if p.startswith(os.environ["TOP"]))]
         sys.path.append("/junk")
         while os.environ["STOP"] and not os.path.exists(os.environ["STOP"]): pass
+        self._logger.log.append(str("/junk" in sys.path))
 )";
         const QString top = m_bench->folder.path();
         const QString stop = m_bench->path(u"stop"_s);
@@ -327,19 +360,21 @@ class Action:
         // Beside an endless loop everything else works, and each action gets its own "main".
         const auto other = run(bare
                 + "        self._logger.log = [__file__.split('/')[-2]]\n"
-                  "        import sys; self._logger.log.append(sys.path[-1])\n",
+                  "        import sys; self._logger.log += sys.path[-3:]\n",
             {}, u"other"_s);
-        QTRY_COMPARE(m_bench->console.entries, QStringList({u"other||"_s, top + u"/endless||"_s}));
+        QTRY_COMPARE(m_bench->console.entries,
+            QStringList({u"other||"_s, top + u"/other||"_s, top + u"/endless||"_s, u"/junk||"_s}));
         QTRY_COMPARE(m_bench->console.scriptsRunning, QStringList{u"endless"_s});
         const auto shell = m_bench->action(u"shell"_s, R"({"scope":"pod"})", "main.sh", "#!/bin/sh\n");
         shell->performAction({});
-        QTRY_COMPARE(m_bench->console.entries.size(), 3);
+        QTRY_COMPARE(m_bench->console.entries.size(), 5);
         m_bench->write(u"stop"_s, "");
+        QTRY_COMPARE(m_bench->console.entries.value(6), u"True||"_s);
         QTRY_VERIFY(m_bench->console.scriptsRunning.isEmpty());
         settle();
         m_bench->console.entries.clear();
         const auto alone = run(script, {{u"TOP"_s, top}, {u"STOP"_s, QString()}}, u"alone"_s);
-        QTRY_COMPARE(m_bench->console.entries, QStringList{u"alone||"_s});
+        QTRY_COMPARE(m_bench->console.entries, QStringList({u"alone||"_s, u"True||"_s}));
         QTRY_VERIFY(m_bench->console.scriptsRunning.isEmpty());
         settle();
         m_bench->console.entries.clear();
@@ -405,7 +440,10 @@ class Action(tidewright_actions.Action):
         QTest::qWait(200);
         const auto other = run(bare + "        pass\n", {}, u"other"_s);
         QTRY_COMPARE_WITH_TIMEOUT(m_bench->console.entries,
-            QStringList{u"||Recieved exception another Python action is still being loaded."_s}, 20'000);
+            QStringList{
+                u"||Recieved exception another Python action is still being loaded; try again when it "
+                "is done."_s},
+            20'000);
         QTRY_COMPARE(m_bench->console.states.last(), u"endless"_s);
         m_bench->write(u"stop"_s, "");
         QTRY_VERIFY(m_bench->console.scriptsRunning.isEmpty());

@@ -6,6 +6,8 @@
 #include "external/TerminalQuoting.h"
 #include "support/Patience.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QLineEdit>
 
 using namespace tidewright;
@@ -98,16 +100,26 @@ private Q_SLOTS:
             "rollout history deployment/greeter -n default|2         <none>");
         row("Roll Back Deployment", "DEPLOYMENT=greeter", accepted, "deployment.apps/greeter rolled back",
             "rollout history deployment/greeter -n default|3         <none>");
-        row("Decode Secret", "SECRET=web-tls", accepted, "tls.key: demo key");
+        row("Decode Secret", "SECRET=web-tls", accepted,
+            "tls.key: demo key\nPress Return to clear the screen.\n\033[H\033[2J\033[3J");
         row("Summarise Events", "", {}, "BackOff (Pod)", "", "shop");
         row("Summarise Events", "", {}, "SuccessfulCreate (ReplicaSet)", "", everywhere);
         row("Scale by Pattern", "", {u"pattern=w?b*"_s, u"replicas=5"_s, u"Continue"_s, u"Scale"_s},
             "deployment.apps/web scaled", "get deploy web -n default -o jsonpath={.spec.replicas}|5");
         row("Scale by Pattern", "",
-            {u"?*,: The pattern may hold"_s, u"pattern=w*"_s, u"replicas=²"_s, u"Continue"_s,
-                u"?w*,²: The number of replicas must be a whole number"_s, u"pattern=z*"_s, u"replicas=2"_s,
-                u"Continue"_s, u"?z*,2: No name of the deployments here matches \"z*\"."_s, u"pattern=w*"_s,
-                u"replicas=9999999999"_s, u"Continue"_s, u"Scale"_s, u"?w*,9999999999: "_s, u"Cancel"_s},
+            {u"?*,,deployments,false: The pattern may hold"_s, u"pattern=w*"_s, u"replicas=²"_s,
+                u"Continue"_s, u"?w*,²,deployments,false: The number of replicas must be a whole number"_s,
+                u"pattern=z*"_s, u"replicas=2"_s, u"Continue"_s,
+                u"?z*,2,deployments,false: No name of the deployments here matches \"z*\"."_s,
+                u"pattern=w*"_s, u"replicas=9999999999"_s, u"Continue"_s, u"Scale"_s,
+                u"?w*,9999999999,deployments,false: "_s, u"Cancel"_s},
+            "kubectl get deployments -o name --context=demo-harbor -n default");
+        row("Scale by Pattern", "",
+            {u"kind=statefulsets"_s, u"replicas=many"_s, u"Continue"_s,
+                u"?*,many,statefulsets,false: The number of replicas must be"_s, u"show=yes"_s,
+                u"pattern=z*"_s, u"replicas="_s, u"Continue"_s,
+                u"?z*,,statefulsets,true: No name of the statefulsets here"_s, u"kind=deployments"_s,
+                u"pattern=w*"_s, u"Continue"_s, u"?: deployment.apps/web"_s, u"OK"_s},
             "kubectl get deployments -o name --context=demo-harbor -n default");
         const auto nowhere = [&](const char *title, const char *resource, const QString &message) {
             row(title, resource, {u"?: "_s + message, u"OK"_s}, "", "", everywhere);
@@ -147,16 +159,28 @@ private Q_SLOTS:
         for (const QString &answer : std::as_const(answers)) {
             QTRY_VERIFY_WITH_TIMEOUT(m_bench->dialog(), 15'000);
             const auto fields = m_bench->dialog()->findChildren<QLineEdit *>();
+            auto *kind = m_bench->dialog()->findChild<QComboBox *>();
+            auto *show = m_bench->dialog()->findChild<QCheckBox *>();
             if (answer.startsWith(u'?')) {
                 QStringList texts;
                 for (const QLineEdit *field : fields) {
                     texts.append(field->text());
                 }
+                if (kind && show) {
+                    texts += {kind->currentText(), QVariant(show->isChecked()).toString()};
+                }
                 const QString asked = texts.join(u',') + u": "_s + m_bench->dialog()->informativeText();
                 QVERIFY2(asked.startsWith(answer.mid(1)), qPrintable(asked));
             } else if (answer.contains(u'=')) {
-                QVERIFY(fields.size() >= 2);
-                fields[answer.startsWith(u"pattern") ? 0 : 1]->setText(answer.section(u'=', 1));
+                QVERIFY(fields.size() >= 2 && kind && show);
+                const QString value = answer.section(u'=', 1);
+                if (answer.startsWith(u"kind")) {
+                    kind->setCurrentText(value);
+                } else if (answer.startsWith(u"show")) {
+                    show->setChecked(true);
+                } else {
+                    fields[answer.startsWith(u"pattern") ? 0 : 1]->setText(value);
+                }
             } else {
                 m_bench->press(answer);
             }

@@ -24,7 +24,7 @@ namespace {
 constexpr auto workingTerminal = R"(#!/bin/sh
 printf '%s' "${0##*/}" > "$TERMINAL_RECORD/terminal"
 while [ "$1" != /bin/sh ]; do printf ' %s' "$1" >> "$TERMINAL_RECORD/terminal"; shift; done
-exec "$@"
+exec "$@" > "$TERMINAL_RECORD/shown"
 )";
 // What the command line starts: writes down the values that it got.
 constexpr auto recorder = R"(#!/bin/sh
@@ -136,6 +136,7 @@ private Q_SLOTS:
         QCOMPARE(recorded(u"B"_s), value);
         QCOMPARE(recorded(u"odd"_s), u"1\n"_s);
         QCOMPARE(recorded(u"hit"_s), u"(nothing)"_s);
+        QCOMPARE(recorded(u"shown"_s), u"\nThat has ended. You are on your own machine again.\n"_s);
     }
 
     void terminalsInOrder()

@@ -19,6 +19,8 @@ import os
 import shlex
 import subprocess
 
+import tidewright_host
+
 __all__ = ["ALL_NAMESPACES", "Action", "CheckBox", "DropDown", "FormDialog", "KubectlError", "Notification",
            "OKCancelDialog", "OKDialog", "TextField", "last_line"]
 
@@ -104,7 +106,7 @@ class Action:
     def __new__(cls, *arguments, **options):
         # Not in __init__, which an action may replace without calling this one.
         action = super().__new__(cls)
-        action.environment = dict(os.environ)
+        action.environment = tidewright_host.run_environment()
         action.form = None
         action._state = {}
         action._callback = None

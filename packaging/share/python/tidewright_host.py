@@ -20,7 +20,7 @@ import traceback
 import types
 
 REQUESTS = ("OKDialog", "OKCancelDialog", "Notification", "FormDialog")
-MOST_LOG_LINES = 1000
+MOST_LOG_LINES = 20_000
 MOST_FIELDS = 200
 MOST_CHOICES = 2000
 LONGEST_LINE = 4096
@@ -34,8 +34,9 @@ def prepare(write_line, stack_size):
 
     stack_size is what the threads of scripts have, in bytes.
     """
-    global diagnostics
+    global diagnostics, _base_environment
     diagnostics = Diagnostics(write_line)
+    _base_environment = dict(os.environ)
     sys.stdin = io.StringIO()
     _redirect()
     _limit_recursion(min(DEEPEST_RECURSION, stack_size // STACK_PER_LEVEL))
@@ -110,7 +111,10 @@ def _keep_environment():
 
 
 class _SearchPath:
-    """sys.path: what it was before, then the folders of the scripts that run, the latest first."""
+    """sys.path, with the folders of the scripts that run behind what it was before, the latest first.
+
+    What a script adds itself stays as long as any runs.
+    """
 
     def __init__(self):
         self._lock = threading.Lock()
@@ -121,13 +125,19 @@ class _SearchPath:
         with self._lock:
             if not self._folders:
                 self._before = list(sys.path)
+            elif not isinstance(sys.path, list):
+                sys.path = self._before + self._folders
+            latest = self._folders[0] if self._folders else None
+            sys.path.insert(sys.path.index(latest) if latest in sys.path else len(sys.path), folder)
             self._folders.insert(0, folder)
-            sys.path = self._before + self._folders
 
     def remove(self, folder):
         with self._lock:
             self._folders.remove(folder)
-            sys.path = self._before + self._folders
+            if not self._folders:
+                sys.path = self._before
+            elif isinstance(sys.path, list) and folder in sys.path:
+                sys.path.remove(folder)
 
 
 _search_path = _SearchPath()
@@ -206,10 +216,23 @@ def finish(folder):
     _search_path.remove(folder)
 
 
+_run = threading.local()  # the run whose script this thread is in
+
+
+def _enter(variables):
+    _run.variables = variables
+    os.environ.update(variables)
+
+
+def run_environment():
+    """The variables of the run that this thread is in, over what the application was started with."""
+    return {**_base_environment, **_run.variables} if hasattr(_run, "variables") else dict(os.environ)
+
+
 def load(folder, variables):
     """Sets the variables and imports the script of that folder. Returns the module and None, or None and why not."""
     try:
-        os.environ.update(variables)
+        _enter(variables)
         sys.modules.pop("main", None)
         importlib.invalidate_caches()
         return _import_main(folder), None
@@ -248,13 +271,19 @@ def call(instance, function, *arguments):
     return _log_lines(instance), request, state, rows, problem
 
 
-def answer(instance, *arguments):
-    """Calls the instance back with the user's answer, if it waits for one. Returns the same as call."""
+def answer(instance, variables, *arguments):
+    """Calls the instance back with the user's answer, if it waits for one. Returns the same as call.
+
+    The variables of its run are set again: another may have been started since.
+    """
     try:
         waits = getattr(instance, "_callback", None) is not None
     except BaseException as error:
         return [], None, {}, [], _description(error)
-    return call(instance, "_run_callback", *arguments) if waits else ([], None, {}, [], None)
+    if not waits:
+        return [], None, {}, [], None
+    _enter(variables)
+    return call(instance, "_run_callback", *arguments)
 
 
 def _class_name(error):
@@ -282,9 +311,9 @@ def _log_lines(instance):
         return []
     if not isinstance(lines, list) or not all(isinstance(line, str) for line in lines):
         return []
-    shown = [_utf8(line) for line in lines[:MOST_LOG_LINES]]
+    shown = [_utf8(line) for line in lines[-MOST_LOG_LINES:]]
     if len(lines) > MOST_LOG_LINES:
-        shown.append(_utf8(f"... and {len(lines) - MOST_LOG_LINES} more lines"))
+        shown.insert(0, _utf8(f"... {len(lines) - MOST_LOG_LINES} earlier lines are left out"))
     return shown
 
 

@@ -5,7 +5,5 @@ if [ "$NAMESPACE" = "All Namespaces" ]; then
 else
     echo "$POD: $CONTAINER"
     "$KUBECTL" exec --stdin --tty "$POD" --container="$CONTAINER" --context="$CONTEXT" --namespace="$NAMESPACE" \
-        -- sh -c 'command -v bash >/dev/null && exec bash || exec sh' && exit
+        -- sh -c 'command -v bash >/dev/null && exec bash || exec sh'
 fi
-echo "Press Return to close this window."
-read -r _

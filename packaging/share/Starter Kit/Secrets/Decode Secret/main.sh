@@ -2,10 +2,11 @@
 # Shows the values of the chosen secret. In a terminal, so that they stay out of the console's history.
 if [ "$NAMESPACE" = "All Namespaces" ]; then
     echo "Choose the namespace of $SECRET first." >&2
-else
-    "$KUBECTL" get secret "$SECRET" --context="$CONTEXT" --namespace="$NAMESPACE" --output=go-template='{{
+elif "$KUBECTL" get secret "$SECRET" --context="$CONTEXT" --namespace="$NAMESPACE" --output=go-template='{{
         range $key, $value := .data}}{{$key}}: {{$value | base64decode}}
 {{end}}'
+then
+    echo "Press Return to clear the screen."
+    read -r _
+    printf '\033[H\033[2J\033[3J' # with what has scrolled away
 fi
-echo "Press Return to close this window."
-read -r _

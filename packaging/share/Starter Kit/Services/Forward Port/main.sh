@@ -13,5 +13,3 @@ else
         "$KUBECTL" port-forward "service/$SERVICE" "$local:$port" --context="$CONTEXT" --namespace="$NAMESPACE"
     fi
 fi
-echo "Press Return to close this window."
-read -r _
