@@ -31,10 +31,13 @@ void fitOnScreen(const QMessageBox &box, QGridLayout &grid)
 {
     constexpr int tallestMessage = 340;
     constexpr double partOfScreen = 0.4;
-    const int tallest
-        = std::min(tallestMessage, static_cast<int>(box.screen()->availableSize().height() * partOfScreen));
+    const QSize room = box.screen()->availableSize() * partOfScreen;
+    const int tallest = std::min(tallestMessage, room.height());
     auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"));
-    if (!label || label->heightForWidth(comfortableWidth) <= tallest) {
+    // A long word does not wrap.
+    if (!label
+        || (label->heightForWidth(comfortableWidth) <= tallest
+            && label->minimumSizeHint().width() <= room.width())) {
         return;
     }
     int row = 0;
