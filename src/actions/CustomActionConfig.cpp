@@ -101,8 +101,12 @@ CustomActionConfig::Decoded CustomActionConfig::decode(const QByteArray &json)
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (error.error != QJsonParseError::NoError) {
+        const QByteArray before = json.left(error.offset);
         return {std::nullopt,
-            QStringLiteral("%1 at byte %2").arg(error.errorString(), QString::number(error.offset))};
+            QStringLiteral("%1 at line %2, byte %3")
+                .arg(error.errorString())
+                .arg(before.count('\n') + 1)
+                .arg(before.size() - before.lastIndexOf('\n') - 1)};
     }
     if (!document.isObject()) {
         return {std::nullopt, QStringLiteral("it is not one JSON object")};

@@ -13,8 +13,9 @@ namespace {
 
 const auto podScope = QStringLiteral("pod");
 const auto containerScope = QStringLiteral("container");
-/// A pattern may be slow on every one of many names.
+/// A pattern may be slow on every one of many names, and there may be many patterns.
 constexpr auto patienceToEnable = std::chrono::milliseconds(15);
+constexpr auto patienceToEnableAll = std::chrono::milliseconds(60);
 constexpr auto patienceToRun = std::chrono::milliseconds(500);
 /// How long a result stands while rows come in slice by slice, each of which would ask again.
 constexpr auto restWhileLoading = std::chrono::milliseconds(500);
@@ -26,13 +27,12 @@ struct Match
 };
 
 /// The first of `count` names that the pattern matches.
-Match firstMatch(const QString &pattern, int count, const std::function<QString(int)> &nameAt,
-    std::chrono::milliseconds patience)
+Match firstMatch(
+    const QString &pattern, int count, const std::function<QString(int)> &nameAt, const QDeadlineTimer &end)
 {
     Glob glob(pattern);
     glob.compile();
     auto searcher = glob.searcher();
-    const QDeadlineTimer end(patience);
     for (int number = 0; number < count; ++number) {
         const QString name = nameAt(number);
         if (searcher.matches(name)) {
@@ -47,7 +47,10 @@ Match firstMatch(const QString &pattern, int count, const std::function<QString(
 
 Match chosenName(const SharedContentViewController &table, const std::optional<QString> &pattern)
 {
-    const QStringList selected = table.selectedNames();
+    QStringList selected; // in the order of the user's clicks, which is the selection's own
+    for (const QModelIndex &index : table.tableView().selectionModel()->selectedRows()) {
+        selected.append(table.arrangedObjects().arrangedRow(index.row())->name);
+    }
     if (!pattern) {
         return {selected.isEmpty() ? std::nullopt : std::optional(selected.first())};
     }
@@ -59,7 +62,7 @@ Match chosenName(const SharedContentViewController &table, const std::optional<Q
             return number < selectedCount ? selected.at(number)
                                           : shown.arrangedRow(number - selectedCount)->name;
         },
-        patienceToRun);
+        QDeadlineTimer(patienceToRun));
 }
 
 QString notRun(const CustomActionItem &item)
@@ -73,6 +76,11 @@ ActionDispatcher::ActionDispatcher(const PrimaryContentController &content, Wind
     : m_content(content)
     , m_window(window)
 {
+}
+
+void ActionDispatcher::beginChecks()
+{
+    m_checks = QDeadlineTimer(patienceToEnableAll);
 }
 
 void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &item) const
@@ -163,7 +171,7 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     const std::pair key(pattern, &table);
     const PatternResult *known = m_results.object(key);
     if (known && known->filter == filter
-        && (known->generation == table.generation() || (table.isLoading() && !known->rest.hasExpired()))) {
+        && (known->generation == table.generation() || (table.isListing() && !known->rest.hasExpired()))) {
         return known->matches;
     }
     const ArrangingModel &shown = table.arrangedObjects();
@@ -172,8 +180,12 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     const auto nameAt = [&](int number) {
         return onlyShown ? shown.arrangedRow(number)->name : all[static_cast<std::size_t>(number)]->name;
     };
-    // What took too long to find out is left to the run.
-    const Match match = firstMatch(pattern, count, nameAt, patienceToEnable);
+    // What takes too long to find out is left to the run.
+    if (m_checks.hasExpired()) {
+        return true;
+    }
+    const Match match
+        = firstMatch(pattern, count, nameAt, std::min(QDeadlineTimer(patienceToEnable), m_checks));
     const bool matches = match.name || match.timeIsUp;
     m_results.insert(
         key, new PatternResult{table.generation(), filter, matches, QDeadlineTimer(restWhileLoading)});

@@ -23,7 +23,10 @@ public:
     /// namespaces are loading, and when a pattern took too long, the console says that it was not run.
     void dispatchAction(const std::shared_ptr<CustomActionItem> &item) const;
 
-    /// Why the action cannot be chosen now, as a sentence; empty when it can.
+    /// Many calls of `obstacle` follow, which together must not hold up the window.
+    void beginChecks();
+    /// Why the action cannot be chosen now, as a sentence; empty when it can, and when the checks since
+    /// `beginChecks` have taken too long.
     QString obstacle(const CustomActionItem &item) const;
 
 private:
@@ -43,6 +46,7 @@ private:
 
     const PrimaryContentController &m_content;
     WindowState &m_window;
+    QDeadlineTimer m_checks{QDeadlineTimer::Forever};
     /// By pattern and table. More actions than that are found out anew each time.
     mutable QCache<std::pair<QString, const SharedContentViewController *>, PatternResult> m_results{2000};
 };

@@ -122,11 +122,14 @@ QAction *ActionMenu::toolbarItem(const QString &title)
 
 void ActionMenu::updateEnabled()
 {
-    const MainWindowController *page = m_frame.currentPage();
+    MainWindowController *page = m_frame.currentPage();
     const auto last = page ? page->lastAction() : nullptr;
     m_runLast->setEnabled(last != nullptr);
     m_runLast->setText(last ? QStringLiteral("Run \"%1\"").arg(display_text::withoutMnemonics(last->title()))
                             : QStringLiteral("Run Last Action"));
+    if (page) {
+        page->beginActionChecks();
+    }
     for (CustomToolbarItem *button : std::as_const(m_toolbarItems)) {
         validate(*button, page);
     }

@@ -4,6 +4,7 @@
 #include "app/KubeSplitViewController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
+#include "resources/NamedImages.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
 
@@ -12,6 +13,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QSignalBlocker>
+#include <QToolButton>
 
 namespace tidewright {
 
@@ -29,6 +31,11 @@ ClusterToolBar::ClusterToolBar(
     m_bar->setContextMenuPolicy(Qt::PreventContextMenu);
     m_bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_bar->setIconSize(QSize(16, 16));
+    if (auto *overflow = m_bar->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button"))) {
+        overflow->setIcon(
+            namedImage(QStringLiteral("more"))); // the style's own is black on a dark ground too
+        overflow->setToolTip(tr("More commands"));
+    }
     m_bar->layout()->setContentsMargins(0, 0, 0, 0);
     m_bar->layout()->setSpacing(6);
     m_bar->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // gives way to the rest

@@ -20,9 +20,9 @@ constexpr QSize fieldSize(200, 24);
 
 } // namespace
 
-void CopyFileDialog::open(QWidget *parent, QObject *receiver, Chosen chosen)
+void CopyFileDialog::open(QWidget *parent, QObject *receiver, const QString &target, Chosen chosen)
 {
-    auto *dialog = new CopyFileDialog(parent);
+    auto *dialog = new CopyFileDialog(parent, target);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     connect(dialog, &QDialog::accepted, receiver,
@@ -30,7 +30,7 @@ void CopyFileDialog::open(QWidget *parent, QObject *receiver, Chosen chosen)
     dialog->show();
 }
 
-CopyFileDialog::CopyFileDialog(QWidget *parent)
+CopyFileDialog::CopyFileDialog(QWidget *parent, const QString &target)
     : QFileDialog(parent, tr("Copy File"))
     , m_destination(new QLineEdit)
 {
@@ -57,6 +57,9 @@ CopyFileDialog::CopyFileDialog(QWidget *parent)
         grid->addWidget(new QLabel(QStringLiteral("Select a folder or file(s) to copy.")), row, 1);
         grid->addWidget(label, row + 1, 0);
         grid->addWidget(m_destination, row + 1, 1, Qt::AlignLeft);
+        auto *into = new QLabel(target);
+        into->setTextFormat(Qt::PlainText); // names come from the cluster
+        grid->addWidget(into, row + 2, 1);
     }
 }
 

@@ -18,14 +18,15 @@ public:
     /// Shift or a frame, from top to bottom.
     using Chosen = std::function<void(const QStringList &paths, const QString &destination)>;
 
-    /// `chosen` is not called when the user cancels, nor when `receiver` is gone.
-    static void open(QWidget *parent, QObject *receiver, Chosen chosen);
+    /// The dialog shows the lines of `target`. `chosen` is not called when the user cancels, nor when
+    /// `receiver` is gone.
+    static void open(QWidget *parent, QObject *receiver, const QString &target, Chosen chosen);
 
     /// What was typed, or the usual place when nothing was.
     QString destination() const;
 
 private:
-    explicit CopyFileDialog(QWidget *parent);
+    CopyFileDialog(QWidget *parent, const QString &target);
     QStringList paths() const;
     void accept() override;
 

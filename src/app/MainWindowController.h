@@ -59,6 +59,8 @@ public:
     void runAction(const std::shared_ptr<CustomActionItem> &item);
     /// Runs the last one again, for what the tables show now.
     void runLastAction();
+    /// Many calls of `actionObstacle` follow, which together must not hold up the window.
+    void beginActionChecks() { m_dispatcher->beginChecks(); }
     /// Why an action cannot be chosen now; empty when it can.
     QString actionObstacle(const CustomActionItem &item) const { return m_dispatcher->obstacle(item); }
 

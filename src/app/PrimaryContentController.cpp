@@ -136,7 +136,7 @@ void PrimaryContentController::loadHiddenTables()
 {
     m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
-        if (!controller->isLoading() && !controller->rowsAsOf().isValid()) {
+        if (!controller->isListing() && !controller->rowsAsOf().isValid()) {
             controller->clearAndReload(false, nicenessOfHidden);
         }
     }

@@ -48,7 +48,7 @@ void enable(QAction *action, const QString &obstacle, const QString &description
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
-    if (!canCopyIn(pods.kubeSplitViewController())) {
+    if (!canCopyFrom(pods)) {
         return;
     }
     const std::vector<ContainerPair> pairs = pods.takeSelectedContainerPairs();
@@ -56,7 +56,10 @@ void copyFileDialog(PodController &pods)
         return;
     }
     const ChangePlace place(pods.kubeSplitViewController());
-    CopyFileDialog::open(pods.window(), &pods,
+    const QString target
+        = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)
+        + QLatin1Char('\n') + place.text();
+    CopyFileDialog::open(pods.window(), &pods, target,
         [&pods, container = pairs.front(), place](const QStringList &paths, const QString &destination) {
             if (place.isStillShown()) {
                 copyIntoContainer(pods, container, paths, destination);

@@ -15,8 +15,8 @@ enum class DiagnosticStream { StandardOutput, StandardError };
 /// what was lost.
 void writeDiagnostic(const QString &line, DiagnosticStream stream = DiagnosticStream::StandardOutput);
 
-/// Waits until all lines have been written, at most for `limit`. Returns whether they have. Lines that still
-/// wait when the process ends are lost.
+/// Waits on any thread until all lines have been written, at most for `limit`. Returns whether they have.
+/// Lines that still wait when the process ends are lost.
 bool flushDiagnostics(std::chrono::milliseconds limit);
 
 /// Has Qt's own warnings take the same way to the standard error. Main thread, before there are others.

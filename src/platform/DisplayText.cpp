@@ -12,7 +12,8 @@ QString shortened(const QString &text, qsizetype characters, int lines)
 {
     qsizetype end = 0;
     for (qsizetype seen = 0; end < text.size(); ++seen) {
-        if (seen == characters || (text.at(end) == QLatin1Char('\n') && --lines == 0)) {
+        const bool lineEnds = text.at(end) == QLatin1Char('\n') && --lines == 0;
+        if (seen == characters || (lineEnds && end + 1 < text.size())) {
             return text.left(end) + QChar(0x2026);
         }
         const bool pair

@@ -13,8 +13,8 @@ namespace display_text {
 /// For menus, buttons and tabs, which take a single ampersand for the mark of a mnemonic.
 QString withoutMnemonics(QString text);
 
-/// The first `characters` (code points) in the first `lines` of them, and an ellipsis when there is more;
-/// else the whole text.
+/// At most so many characters (code points) and so many lines of the text, with an ellipsis behind them when
+/// something is left out.
 QString shortened(const QString &text, qsizetype characters, int lines = std::numeric_limits<int>::max());
 
 } // namespace display_text

@@ -83,8 +83,6 @@ RegularExpression::Searcher::Searcher(const RegularExpression &expression)
     }
 }
 
-RegularExpression::Searcher::Searcher(Searcher &&) noexcept = default;
-RegularExpression::Searcher &RegularExpression::Searcher::operator=(Searcher &&) noexcept = default;
 RegularExpression::Searcher::~Searcher() = default;
 
 RegularExpression::Matches RegularExpression::Searcher::search(

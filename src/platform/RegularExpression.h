@@ -75,16 +75,14 @@ private:
 class RegularExpression::Searcher
 {
 public:
-    explicit Searcher(const RegularExpression &expression);
-    Searcher(Searcher &&) noexcept;
-    Searcher &operator=(Searcher &&) noexcept;
     ~Searcher();
 
-    /// Whether the expression matches somewhere in the text.
+    /// Whether the expression matches somewhere in the text. A search that was cut off found nothing.
     bool matches(QStringView text) { return !search(text, 0, 1, 0).ranges.empty(); }
 
 private:
     friend RegularExpression;
+    explicit Searcher(const RegularExpression &expression);
     Matches search(QStringView text, qsizetype from, size_t limit, qsizetype shortest);
 
     std::shared_ptr<const icu::RegexPattern> m_pattern; // the matcher's

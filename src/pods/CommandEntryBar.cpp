@@ -55,11 +55,12 @@ void CommandEntryBar::buildLayout()
     setTabOrder(m_field, m_stop);
 }
 
-void CommandEntryBar::setRunningText(const QString &text)
+void CommandEntryBar::setRunningText(const QString &text, const QStringList &all)
 {
     m_running->setText(m_running->fontMetrics().elidedText(text, Qt::ElideRight, m_running->width()));
-    m_running->setToolTip(text);
-    m_running->setAccessibleDescription(text);
+    m_running->setToolTip(
+        all.size() < 2 ? text : tr("Running:") + QLatin1Char('\n') + all.join(QLatin1Char('\n')));
+    m_running->setAccessibleDescription(m_running->toolTip());
 }
 
 void CommandEntryBar::setTypedCommands(const QStringList &commands)

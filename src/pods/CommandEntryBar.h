@@ -18,7 +18,8 @@ public:
     explicit CommandEntryBar(QWidget *parent = nullptr);
 
     QLineEdit *field() const { return m_field; }
-    void setRunningText(const QString &text);
+    /// Empty: nothing runs. The tool tip names all of several.
+    void setRunningText(const QString &text, const QStringList &all);
     /// The typed commands that run now; without any, there is no button.
     void setTypedCommands(const QStringList &commands);
 

@@ -198,7 +198,7 @@ void ConsoleViewController::showScriptState()
         Q_EMIT scriptRunningTextChanged();
     }
     if (m_bar) {
-        m_bar->setRunningText(m_scriptRunningText);
+        m_bar->setRunningText(m_scriptRunningText, scriptsRunning);
     }
 }
 

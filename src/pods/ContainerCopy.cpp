@@ -85,24 +85,23 @@ QStringList withoutColons(const QStringList &paths, WindowState &window)
 
 } // namespace
 
-bool canCopyIn(WindowState &window)
+bool canCopyFrom(const SharedContentViewController &table)
 {
-    if (window.currentNamespace() != allNamespaces) {
-        return true;
+    WindowState &window = table.kubeSplitViewController();
+    const QString reason = namespaceObstacle(table.kind(), window.currentNamespace());
+    if (!reason.isEmpty()) {
+        refuseChange(window, QStringLiteral("Nothing was copied"), reason);
     }
-    refuseChange(window, QStringLiteral("Nothing was copied"),
-        QStringLiteral("choose a namespace first. While all namespaces are shown, kubectl cannot tell "
-                       "which of them the pod is in."));
-    return false;
+    return reason.isEmpty();
 }
 
 void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,
     const QStringList &paths, const QString &destination)
 {
-    WindowState &window = table.kubeSplitViewController();
-    if (!canCopyIn(window)) {
+    if (!canCopyFrom(table)) {
         return;
     }
+    WindowState &window = table.kubeSplitViewController();
     const auto copy = std::make_shared<Copy>();
     copy->table = &table;
     copy->console = window.console();

@@ -9,8 +9,8 @@ namespace tidewright {
 
 class SharedContentViewController;
 
-/// Whether the window shows one namespace; its console says when it does not. Main thread.
-bool canCopyIn(WindowState &window);
+/// Whether the table's window shows one namespace; its console says when it does not. Main thread.
+bool canCopyFrom(const SharedContentViewController &table);
 
 /// Copies local files and folders (absolute paths) into a container of a pod in `table`, one after the other
 /// in their order, each with a logged `kubectl cp` in the window's context and namespace. The table is shown

@@ -92,6 +92,9 @@ std::vector<ContainerPair> PodController::takeSelectedContainerPairs()
 
 void PodController::viewLogs()
 {
+    if (!hasOneNamespace(noLogs())) {
+        return;
+    }
     std::vector<ContainerPair> containers = takeSelectedContainerPairs();
     if (containers.empty()) {
         for (const QString &name : tableView().clickedRowIsSelected() ? selectedNames() : chosenNames()) {

@@ -18,6 +18,7 @@ namespace tidewright {
 namespace {
 
 constexpr int comfortableWidth = 440;
+constexpr int longMessage = 8000; // more UTF-16 units than a label lays out within a few frames
 constexpr int textColumn = 2; // of a message box's layout, beside its icon
 
 std::function<QWidget *()> &mainWindowLookup()
@@ -27,17 +28,18 @@ std::function<QWidget *()> &mainWindowLookup()
 }
 
 /// Puts a message that would push the buttons off the screen into a view that scrolls.
-void fitOnScreen(const QMessageBox &box, QGridLayout &grid)
+void fitOnScreen(const QMessageBox &box, QGridLayout &grid, const QString &message)
 {
     constexpr int tallestMessage = 340;
     constexpr double partOfScreen = 0.4;
     const QSize room = box.screen()->availableSize() * partOfScreen;
     const int tallest = std::min(tallestMessage, room.height());
     auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"));
-    // A long word does not wrap.
-    if (!label
-        || (label->heightForWidth(comfortableWidth) <= tallest
-            && label->minimumSizeHint().width() <= room.width())) {
+    const auto fits = [&] { // a long word does not wrap
+        return label->heightForWidth(comfortableWidth) <= tallest
+            && label->minimumSizeHint().width() <= room.width();
+    };
+    if (!label || (message.size() <= longMessage && fits())) {
         return;
     }
     int row = 0;
@@ -47,7 +49,7 @@ void fitOnScreen(const QMessageBox &box, QGridLayout &grid)
     grid.getItemPosition(grid.indexOf(label), &row, &column, &rows, &columns);
     grid.removeWidget(label);
     label->hide();
-    auto *text = new QPlainTextEdit(label->text());
+    auto *text = new QPlainTextEdit(message);
     text->setReadOnly(true);
     text->setTabChangesFocus(true);
     text->setAccessibleName(box.text());
@@ -98,7 +100,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(message);
+    box->setInformativeText(message.size() <= longMessage ? message : QString(QChar(0x2026)));
     if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
         label->setTextFormat(Qt::PlainText); // names come from the cluster
     }
@@ -111,7 +113,7 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
         box->setEscapeButton(second);
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
-        fitOnScreen(*box, *grid);
+        fitOnScreen(*box, *grid, message);
         if (accessory) {
             auto *buttons = box->findChild<QDialogButtonBox *>();
             grid->removeWidget(buttons);

@@ -33,8 +33,7 @@ bool canCreateIn(WindowState &window)
     QString reason = window.loadingHint();
     if (reason.isEmpty() && window.currentNamespace() == allNamespaces) {
         reason = QCoreApplication::translate("CreateFromFiles",
-            "choose a namespace first. While all namespaces are shown, it is not clear where objects go "
-            "whose "
+            "choose a namespace first. While all namespaces are shown, it is not clear where objects go whose "
             "files name none.");
     }
     if (!reason.isEmpty()) {

@@ -353,7 +353,23 @@ void SharedContentViewController::showQuickLookPanel()
     if (clicked >= 0 && !m_tableView->clickedRowIsSelected()) {
         m_tableView->selectRow(clicked);
     }
-    PreviewPanel::shared().present(*m_previews, *this);
+    if (hasOneNamespace(QStringLiteral("Nothing was previewed"))) {
+        PreviewPanel::shared().present(*m_previews, *this);
+    }
+}
+
+bool SharedContentViewController::hasOneNamespace(const QString &notDone) const
+{
+    const QString reason = namespaceObstacle(kind(), m_window.currentNamespace());
+    if (!reason.isEmpty()) {
+        refuseChange(m_window, notDone, reason);
+    }
+    return reason.isEmpty();
+}
+
+QString SharedContentViewController::noLogs()
+{
+    return QStringLiteral("No logs were opened");
 }
 
 QString SharedContentViewController::viewLogsObstacle() const
@@ -368,7 +384,7 @@ QString SharedContentViewController::viewLogsObstacle() const
 void SharedContentViewController::viewLogs()
 {
     const QStringList names = chosenNames();
-    if (!kind().logTarget || names.isEmpty()) {
+    if (!kind().logTarget || names.isEmpty() || !hasOneNamespace(noLogs())) {
         return;
     }
     std::vector<ContainerPair> containers;
@@ -437,7 +453,7 @@ void SharedContentViewController::hideEvent(QHideEvent *event)
 
 void SharedContentViewController::keyPressEvent(QKeyEvent *event)
 {
-    if (event->key() == Qt::Key_Escape && (isLoading() || m_window.waitingSince().isValid())) {
+    if (event->key() == Qt::Key_Escape && canStopLoading()) {
         stopLoading();
     } else {
         QWidget::keyPressEvent(event);

@@ -42,12 +42,14 @@ public:
     WindowState &kubeSplitViewController() const { return m_window; }
 
     /// True from the start of a load until its rows are shown, and while `setLoading` says so.
-    bool isLoading() const { return m_pipeline->isLoading() || m_otherWork > 0; }
+    bool isLoading() const { return isListing() || m_otherWork > 0; }
+    /// The same without what `setLoading` says.
+    bool isListing() const { return m_pipeline->isLoading(); }
     /// Shows the table as loading while something else than its own loads is being done for it. Each true is
     /// taken back by one false.
     void setLoading(bool loading);
     /// There is something for `stopLoading` to end.
-    bool canStopLoading() const { return m_pipeline->isLoading() || m_window.waitingSince().isValid(); }
+    bool canStopLoading() const { return isListing() || m_window.waitingSince().isValid(); }
     /// The moment to which the shown rows are known to be true (the start of the load they came with);
     /// invalid before the first one.
     QDateTime rowsAsOf() const { return m_rowsAsOf; }
@@ -111,6 +113,11 @@ protected:
 
     /// Puts a changed copy in the place of the row at an arranged index.
     void replaceRow(const QModelIndex &index, const Row &row);
+
+    /// Whether the names of rows are enough to find their objects; the window's console says `notDone` and why
+    /// when they are not.
+    bool hasOneNamespace(const QString &notDone) const;
+    static QString noLogs();
 
     /// Loads again one second from now, for the time after a change to the cluster.
     void reloadSoon();

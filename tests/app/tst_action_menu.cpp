@@ -227,6 +227,7 @@ void tst_action_menu::targets_data()
     row("container", R"({"scope":"container"})", "", "web-1:side", "web-1 side");
     row("deployment, none", R"({"scope":"deployment"})", "", "", nullptr);
     row("deployment", R"({"scope":"deployment"})", "", "beta", "beta");
+    row("first chosen", R"({"scope":"deployment"})", "", "beta,alpha", "beta");
     row("deployment by pattern", R"({"scope":"deployment","use_name_matching_pattern":"*a"})", "", "",
         "alpha");
     row("shown rows only for the run", R"({"scope":"deployment","use_name_matching_pattern":"*a"})", "bet",
@@ -249,9 +250,12 @@ void tst_action_menu::targets()
     auto *deployments = app.content().tableControllerForScope(u"deployment"_s);
     SharedContentViewController *table = config.contains("deployment") ? deployments : &app.pods();
     table->setFilter(filter);
-    for (int number = 0; number < table->arrangedObjects().rowCount(); ++number) {
-        if (table->arrangedObjects().arrangedRow(number)->name == selected) {
-            table->tableView().selectRow(number);
+    for (const QString &name : selected.split(u',')) {
+        for (int number = 0; number < table->arrangedObjects().rowCount(); ++number) {
+            if (table->arrangedObjects().arrangedRow(number)->name == name) {
+                table->tableView().selectionModel()->select(table->arrangedObjects().index(number, 0),
+                    QItemSelectionModel::Select | QItemSelectionModel::Rows);
+            }
         }
     }
     if (selected.contains(u':')) {

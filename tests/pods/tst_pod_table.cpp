@@ -409,9 +409,10 @@ private Q_SLOTS:
         QVERIFY(m_table->tableItems().size() > 20);
         selectRows({0});
         m_table->deleteRows();
-        QVERIFY(!question());
-        QCOMPARE(m_window->recorded.entries.size(), 1);
-        QVERIFY(m_window->recorded.entries.first().contains(QLatin1String("choose a namespace first")));
+        m_table->showQuickLookPanel();
+        m_table->viewLogs();
+        QVERIFY(!question() && !PreviewPanel::shared().isVisible() && m_window->logsOpened.empty());
+        QCOMPARE(m_window->recorded.entries.filter(QStringLiteral("choose a namespace first")).size(), 3);
         QCOMPARE(m_window->agreementsAsked, 0);
     }
 
