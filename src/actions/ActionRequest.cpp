@@ -19,9 +19,9 @@ namespace {
 
 constexpr int tallestForm = 420;
 
-// Messages scroll; laying out more than this holds up the window.
+// Messages scroll; more than this nobody reads.
 constexpr int mostLines = 2000;
-constexpr qsizetype longestMessage = 100'000; // characters
+constexpr qsizetype longestMessage = 100'000; // code points, as all lengths here
 // Titles and buttons do not scroll: a title that is too long stands at the head of the message.
 constexpr int mostTitleLines = 4;
 constexpr qsizetype longestTitle = 300;
@@ -39,7 +39,7 @@ QString fitMessage(const QString &text)
     const QLocale locale;
     return shown
         + QStringLiteral("\n\n%1 more characters are left out (lines: %2).")
-              .arg(locale.toString(rest.size()), locale.toString(lines));
+              .arg(locale.toString(rest.toUcs4().size()), locale.toString(lines));
 }
 
 QString text(const ActionRequest &request, const char *key, const QString &otherwise = {})

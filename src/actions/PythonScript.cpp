@@ -21,24 +21,35 @@ namespace py = pybind11;
 struct PythonScript::Run
 {
     ActionEnvironment environment;
+    py::object hostRun; ///< what the module tidewright_host keeps of it
     py::object pythonActionModule;
     py::object pythonActionInstance;
 
     /// Destroyed on a thread that may wait for the interpreter's lock; the main thread never does.
     static std::shared_ptr<Run> create(const ActionEnvironment &environment)
     {
-        return {new Run{environment, {}, {}}, [](Run *run) {
+        return {new Run{environment, {}, {}, {}}, [](Run *run) {
                     customActionQueue().post([run] {
                         const py::gil_scoped_acquire lock;
+                        forget(run->hostRun);
                         delete run;
                     });
                 }};
     }
+    static void forget(const py::object &hostRun)
+    {
+        try {
+            if (hostRun) {
+                hostRun.attr("forget")();
+            }
+        } catch (const std::exception &error) {
+            writeDiagnostic(QString::fromUtf8(error.what()));
+        }
+    }
     QString place() const
     {
-        return QStringLiteral("Context: %1\nNamespace: %2")
-            .arg(
-                environment.value(QStringLiteral("CONTEXT")), environment.value(QStringLiteral("NAMESPACE")));
+        return placeText(
+            environment.value(QStringLiteral("CONTEXT")), environment.value(QStringLiteral("NAMESPACE")));
     }
 };
 
@@ -53,8 +64,9 @@ namespace {
 
 constexpr std::chrono::seconds importLimit(10);
 
-/// Held while a script is imported: the search path and the module "main" are the interpreter's own, and it
-/// gives its lock to others in the middle of an import. Taken without that lock, which the import needs.
+/// Held while a script is imported: the module "main" and os.environ, which scripts read at their head, are
+/// the interpreter's own, and it gives its lock to others in the middle of an import. Taken without that
+/// lock, which the import needs.
 std::timed_mutex &importMutex()
 {
     static std::timed_mutex mutex;
@@ -201,8 +213,8 @@ void PythonScript::runScript(
             const std::shared_ptr<Run> run = m_latest;
             const bool isLoaded = load(folder, *run);
             importing.unlock();
-            if (isLoaded) {
-                callPython(item, {run, "call", py::make_tuple("run")});
+            if (isLoaded && make(*run)) {
+                callPython({run, "call", py::make_tuple("run")});
             }
         } catch (const std::exception &error) {
             postPythonException(QString::fromUtf8(error.what()));
@@ -220,45 +232,47 @@ void PythonScript::runScript(
 bool PythonScript::load(const std::string &folder, Run &run)
 {
     const py::tuple imported = host().attr("load")(folder, pythonTexts(run.environment));
-    if (!imported[1].is_none()) {
-        postImportException(text(imported[1]));
+    run.hostRun = imported[0];
+    run.pythonActionModule = imported[1];
+    if (!imported[2].is_none()) {
+        postImportException(text(imported[2]));
         return false;
     }
-    run.pythonActionModule = imported[0];
-    const py::tuple made = host().attr("make")(imported[0]);
+    return true;
+}
+
+bool PythonScript::make(Run &run)
+{
+    const py::tuple made = host().attr("make")(run.pythonActionModule);
+    run.pythonActionInstance = made[0];
     if (!made[1].is_none()) {
         postPythonException(text(made[1]));
         return false;
     }
-    run.pythonActionInstance = made[0];
     return true;
 }
 
-void PythonScript::callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call)
+void PythonScript::callPython(const Call &call)
 {
     const py::tuple outcome = host().attr(call.hostFunction)(call.run->pythonActionInstance, *call.arguments);
     postLog(textList(outcome[0]));
     if (!outcome[1].is_none()) {
         ActionRequest request = actionRequest(outcome[1], outcome[2], outcome[3]);
         request.place = call.run->place();
-        mainQueue().post([item, request, run = call.run] {
-            showRequest(request, [item, run](const ActionAnswer &answer) { callBack(item, run, answer); });
+        mainQueue().post([request, run = call.run] {
+            showRequest(request, [run](const ActionAnswer &answer) { callBack(run, answer); });
         });
     } else if (!outcome[4].is_none()) {
         postPythonException(text(outcome[4]));
     }
 }
 
-void PythonScript::callBack(const std::shared_ptr<CustomActionItem> &item, const std::shared_ptr<Run> &run,
-    const ActionAnswer &answer)
+void PythonScript::callBack(const std::shared_ptr<Run> &run, const ActionAnswer &answer)
 {
-    customActionQueue().post([item, run, answer] {
+    customActionQueue().post([run, answer] {
         const py::gil_scoped_acquire lock;
         try {
-            static_cast<PythonScript &>(item->script())
-                .callPython(item,
-                    {run, "answer",
-                        py::make_tuple(pythonTexts(run->environment)) + callbackArguments(answer)});
+            callPython({run, "answer", py::make_tuple(run->hostRun) + callbackArguments(answer)});
         } catch (const std::exception &error) {
             postPythonException(QString::fromUtf8(error.what()));
         }

@@ -24,17 +24,17 @@ private:
     /// A function of a run's instance with its arguments.
     struct Call;
 
-    /// Loads the module of that folder afresh and makes the instance that `run` is called on; with the
-    /// interpreter's lock. Posts what went wrong, and then returns false.
+    /// Loads the module of that folder afresh; with the interpreter's lock. Posts what went wrong, and then
+    /// returns false.
     static bool load(const std::string &folder, Run &run);
+    /// The same for the instance that `run` is called on.
+    static bool make(Run &run);
     /// Calls an instance's function, forwards what it logged, and shows what it asks for or what is wrong
     /// with it. With the interpreter's lock.
-    static void callPython(const std::shared_ptr<CustomActionItem> &item, const Call &call);
-    /// Gives an answer to the run that asked, with its variables in the interpreter's environment, on the
-    /// custom action queue. So it acts where the question said, also when the action was started elsewhere
-    /// since.
-    static void callBack(const std::shared_ptr<CustomActionItem> &item, const std::shared_ptr<Run> &run,
-        const ActionAnswer &answer);
+    static void callPython(const Call &call);
+    /// Gives an answer to the run that asked, on the custom action queue. So it acts where the question said,
+    /// also when the action was started elsewhere since.
+    static void callBack(const std::shared_ptr<Run> &run, const ActionAnswer &answer);
 
     std::shared_ptr<Run> m_latest; ///< its module and instance stay until the next run begins
 };

@@ -26,6 +26,11 @@ QString ChangePlace::text(const ResourceKind &kind) const
 
 QString ChangePlace::text() const
 {
+    return placeText(context, nameSpace);
+}
+
+QString placeText(const QString &context, const QString &nameSpace)
+{
     return QStringLiteral("Context: %1\nNamespace: %2").arg(context, nameSpace);
 }
 

@@ -27,6 +27,9 @@ struct ChangePlace
     QString nameSpace;
 };
 
+/// How a question names a context and a namespace: a line each.
+QString placeText(const QString &context, const QString &nameSpace);
+
 /// Why objects of this kind cannot be changed there: all namespaces are shown, and a name does not tell which
 /// one is meant. Empty when they can.
 QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace);

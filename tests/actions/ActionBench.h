@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -99,7 +100,9 @@ public:
                 buttons += isOne ? u',' + button->text() : QString();
             }
         }
-        return box->text() + u'|' + box->informativeText() + u'|' + buttons.mid(1);
+        const auto *longText = box->findChild<QPlainTextEdit *>();
+        const QString message = longText ? longText->toPlainText() : box->informativeText();
+        return box->text() + u'|' + message + u'|' + buttons.mid(1);
     }
     void press(const QString &button) const
     {

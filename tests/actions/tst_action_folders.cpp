@@ -70,7 +70,7 @@ private Q_SLOTS:
             "");
         row("text as object", R"({"scope":"x","show_warning_text":{}})", "\"show_warning_text\" is not", "");
         row("an array", "[]", "it is not one JSON object", "");
-        row("nothing", "", "illegal value at line 1, byte 0", "");
+        row("nothing", "", "illegal value at line 1, byte 1", "");
         row("half", "{\n\"scope\":\"x", "unterminated string at line 2, byte 10", "");
         row("not UTF-8", "{\"scope\":\"\xff\"}", "invalid UTF8 string", "");
         row("deeply nested", R"({"scope":"x","y":)" + QByteArray(500'000, '['), "too deeply nested", "");

@@ -116,9 +116,11 @@ private Q_SLOTS:
             "self._state = {'dialog_text': '\\n'.join(str(n) for n in range(1500))}\n        " + asks, "",
             "Alert!|" + numbers(0, 1500, u"\n"_s) + "|OK");
         row("dialog with too many lines",
-            "self._state = {'dialog_text': '\\n'.join(str(n) for n in range(2500))}\n        " + asks, "",
+            "self._state = {'dialog_text': '\\n'.join(str(n) for n in range(2500)) + '\\U0001f600'}\n        "
+                + asks,
+            "",
             "Alert!|" + numbers(0, 2000, u"\n"_s)
-                + "\u2026\n\n2,500 more characters are left out (lines: 500).|OK");
+                + "\u2026\n\n2,501 more characters are left out (lines: 500).|OK");
         row("dialog with a long title",
             "self._state = {'title': 't' * 400, 'dialog_text': 'D'}\n        " + asks, "",
             QByteArray(300, 't') + "\u2026|" + QByteArray(400, 't') + "\n\nD|OK");
@@ -253,33 +255,49 @@ class Action(tw.Action):
 
     void twoRunsOfOneAction_data()
     {
-        QTest::addColumn<QStringList>("order"); // of the answers; the question about prod comes last
-        QTest::newRow("as they came") << QStringList{u"dev"_s, u"prod"_s};
-        QTest::newRow("the other way round") << QStringList{u"prod"_s, u"dev"_s};
+        QTest::addColumn<QStringList>("order"); // of the starts, the answers and the end of prod's loop
+        QTest::newRow("as they came")
+            << QStringList{u"+prod"_s, u"+dev"_s, u"stop"_s, u"dev none dev dev"_s, u"prod p prod prod"_s};
+        QTest::newRow("the other way round")
+            << QStringList{u"+prod"_s, u"+dev"_s, u"stop"_s, u"prod p prod prod"_s, u"dev none dev dev"_s};
+        QTest::newRow("one answered while the other runs")
+            << QStringList{u"+dev"_s, u"+prod"_s, u"dev none dev prod"_s, u"stop"_s, u"prod p prod prod"_s};
     }
     void twoRunsOfOneAction()
     {
         QFETCH(QStringList, order);
         m_bench->write(u"kubectl.sh"_s, "#!/bin/sh\necho $CONTEXT ${POD-none}\n");
         setKubectlPath(m_bench->path(u"kubectl.sh"_s));
-        const auto item = run(R"(
+        const auto item = m_bench->action(u"act"_s, smart, "main.py", R"(
 import os, tidewright_actions
 class Action(tidewright_actions.Action):
     def run(self):
         while "STOP" in self.environment and not os.path.exists(self.environment["STOP"]): pass
         self.ask("Sure?", title=self.context, then=self.go)
     def go(self, accepted):
-        self._logger.log = [self.kubectl("x").strip() + " " + os.environ["CONTEXT"]]
-)",
-            {{u"CONTEXT"_s, u"prod"_s}, {u"POD"_s, u"p"_s}, {u"STOP"_s, m_bench->path(u"stop"_s)}});
-        QTRY_COMPARE(m_bench->console.states, QStringList{u"act"_s});
-        QTest::qWait(200); // its variables are those of the interpreter
-        item->performAction({{u"CONTEXT"_s, u"dev"_s}});
-        QTRY_COMPARE(m_bench->question(), u"dev|Sure?|OK"_s);
-        m_bench->write(u"stop"_s, "");
-        QTRY_VERIFY(m_bench->isIdle());
-        settle();
-        for (const QString &context : std::as_const(order)) {
+        child = os.popen("echo $CONTEXT").read().strip()
+        self._logger.log = [" ".join((self.kubectl("x").strip(), child, os.environ["CONTEXT"]))]
+)");
+        for (const QString &step : std::as_const(order)) {
+            const QString context = step.section(u' ', 0, 0);
+            if (step == u"+prod") {
+                item->performAction(
+                    {{u"CONTEXT"_s, u"prod"_s}, {u"POD"_s, u"p"_s}, {u"STOP"_s, m_bench->path(u"stop"_s)}});
+                QTRY_VERIFY(!m_bench->console.scriptsRunning.isEmpty());
+                QTest::qWait(200); // its variables are those of the interpreter
+                continue;
+            }
+            if (step == u"+dev") {
+                item->performAction({{u"CONTEXT"_s, u"dev"_s}});
+                QTRY_COMPARE(m_bench->question(), u"dev|Sure?|OK"_s);
+                continue;
+            }
+            if (step == u"stop") {
+                m_bench->write(u"stop"_s, "");
+                QTRY_VERIFY(m_bench->isIdle());
+                settle();
+                continue;
+            }
             for (QMessageBox *box : m_bench->window.findChildren<QMessageBox *>()) {
                 if (box->text() == context) {
                     const auto labels = box->findChildren<QLabel *>();
@@ -289,8 +307,7 @@ class Action(tidewright_actions.Action):
                     box->defaultButton()->click();
                 }
             }
-            QTRY_COMPARE(m_bench->console.entries,
-                QStringList{u"%1 %2 %1||"_s.arg(context, context == u"dev" ? u"none"_s : u"p"_s)});
+            QTRY_COMPARE(m_bench->console.entries, QStringList{step + u"||"_s});
             m_bench->console.entries.clear();
         }
     }
@@ -345,18 +362,19 @@ class Action:
 import os, sys
 class Log: pass
 class Action:
+    def __init__(self):
+        sys.path.append("/junk")
+        while os.environ["STOP"] and not os.path.exists(os.environ["STOP"]): pass
     def run(self):
         self._logger = Log()
         self._logger.log = [",".join(os.path.basename(p) for p in sys.path if p.startswith(os.environ["TOP"]))]
-        sys.path.append("/junk")
-        while os.environ["STOP"] and not os.path.exists(os.environ["STOP"]): pass
         self._logger.log.append(str("/junk" in sys.path))
 )";
         const QString top = m_bench->folder.path();
         const QString stop = m_bench->path(u"stop"_s);
         const auto endless = run(script, {{u"TOP"_s, top}, {u"STOP"_s, stop}}, u"endless"_s);
         QTRY_COMPARE(m_bench->console.states, QStringList{u"endless"_s});
-        QTest::qWait(200); // it reads STOP once it runs
+        QTest::qWait(200); // it reads STOP once it is loaded
         // Beside an endless loop everything else works, and each action gets its own "main".
         const auto other = run(bare
                 + "        self._logger.log = [__file__.split('/')[-2]]\n"
@@ -385,43 +403,55 @@ class Action:
     void modulesBesideTheScript()
     {
         const QByteArray script = R"(
-import tidewright_actions
+import importlib, pickle, sys, tidewright_actions, typing
+class Mine: own: "Mine"
 class Action(tidewright_actions.Action):
-    def run(self): self.ask("Now?", then=self.answered)
+    def run(self):
+        __import__("pkgutil").resolve_name("stray") # as a module of others
+        self.ask("Now?", title=self.context, then=self.answered)
     def answered(self, accepted):
-        import helper, __parts.deep as deep, json
-        from __parts.end import mark
-        self.log(" ".join((helper.who, deep.who, mark, json.dumps(1))))
+        import helper, __parts__.deep as deep, json
+        from __parts__.end import mark
+        made = {}
+        exec("import helper", made)
+        every = {helper, importlib.import_module("helper"), __import__("helper"), made["helper"]}
+        self.log(" ".join((helper.who, deep.who, mark, json.dumps(len(every)))))
+        self.log(str((type(pickle.loads(pickle.dumps(Mine()))) is typing.get_type_hints(Mine)["own"],
+            "stray" in sys.modules)))
         raise helper.Error("x")
 )";
         std::vector<std::shared_ptr<CustomActionItem>> items;
         for (const auto &title : {u"first"_s, u"second"_s}) {
             const QByteArray name = title.toUtf8();
             m_bench->write(title + u"/helper.py"_s, "class Error(Exception): pass\nwho = '" + name + "'\n");
-            m_bench->write(title + u"/__parts/__init__.py"_s, "");
-            m_bench->write(title + u"/__parts/deep.py"_s,
+            m_bench->write(title + u"/stray.py"_s, "");
+            m_bench->write(title + u"/__parts__/deep.py"_s,
                 "import helper\nfrom . import end\nwho = helper.who + end.mark\n");
-            m_bench->write(title + u"/__parts/end.py"_s, "mark = '!'\n");
-            items.push_back(run(script, {}, title));
-            QTRY_VERIFY(m_bench->dialog());
+            m_bench->write(title + u"/__parts__/end.py"_s, "mark = '!'\n");
+            items.push_back(run(script, {{u"CONTEXT"_s, title}}, title));
+            QTRY_COMPARE(std::size_t(m_bench->window.findChildren<QMessageBox *>().size()), items.size());
             QTRY_VERIFY(m_bench->isIdle()); // its folder is no longer on the search path
             settle();
+        }
+        for (const auto &title : {u"first"_s, u"second"_s}) {
             m_bench->console.entries.clear();
             m_bench->press(u"OK"_s);
             QTRY_COMPARE(m_bench->console.entries,
-                QStringList(
-                    {u"%1 %1! ! 1||"_s.arg(title), u"||Recieved python exception helper.Error: x."_s}));
+                QStringList({u"%1 %1! ! 1||"_s.arg(title), u"(True, False)||"_s,
+                    u"||Recieved python exception helper.Error: x."_s}));
         }
     }
 
     void loadedAfreshEachTime()
     {
-        auto item = run(bare + "        self._logger.log = ['1']\n");
-        QTRY_COMPARE(m_bench->console.entries, QStringList{u"1||"_s});
-        m_bench->write(
-            u"act/main.py"_s, bare + "        self._logger.log = ['2']\n"); // same size, same second
+        m_bench->write(u"act/helper.py"_s, "text = 'a'\n");
+        const QByteArray script = "import helper\n" + bare + "        self._logger.log = [helper.text + '";
+        auto item = run(script + "1']\n");
+        QTRY_COMPARE(m_bench->console.entries, QStringList{u"a1||"_s});
+        m_bench->write(u"act/main.py"_s, script + "2']\n"); // same size, same second
+        m_bench->write(u"act/helper.py"_s, "text = 'b'\n");
         item->performAction({});
-        QTRY_COMPARE(m_bench->console.entries, QStringList({u"1||"_s, u"2||"_s}));
+        QTRY_COMPARE(m_bench->console.entries, QStringList({u"a1||"_s, u"b2||"_s}));
         QVERIFY(!QFileInfo::exists(m_bench->path(u"act/__pycache__"_s)));
         const std::weak_ptr<CustomActionItem> weak = item;
         QTRY_VERIFY(m_bench->isIdle());

@@ -99,7 +99,7 @@ def _keep_environment():
     @functools.wraps(initialise)
     def with_environment(*arguments, **options):
         if len(arguments) <= position and options.get("env") is None:
-            options["env"] = dict(os.environ)
+            options["env"] = _child_environment()
         initialise(*arguments, **options)
 
     def system(command):
@@ -108,6 +108,19 @@ def _keep_environment():
 
     subprocess.Popen.__init__ = with_environment
     os.system = system
+
+
+def _child_environment():
+    """os.environ as if no other run had ever put its variables there; what scripts set themselves stays."""
+    environment = dict(os.environ)
+    if hasattr(_here, "run"):
+        own = run_environment()
+        for key, value in list(_entered.items()):
+            if environment.get(key) == value:
+                del environment[key]
+                if key in own:
+                    environment[key] = own[key]
+    return environment
 
 
 class _SearchPath:
@@ -143,64 +156,102 @@ class _SearchPath:
 _search_path = _SearchPath()
 
 
-_packages = {}  # folder of an action: name of the package that stands for it
+class _Run:
+    """A script that was started, and the package whose modules are the files beside it.
 
-
-def _package(folder):
-    """A package whose modules are the files beside an action's script.
-
-    What the script imports from its folder is imported from there. So each action has modules of its own, whatever
-    others name theirs, and finds them at any time, not only while its folder is on the search path.
+    What the script imports from its folder is imported from that package. So each run has modules of its own, as the
+    files are by then, whatever others name theirs, and finds them at any time, not only while its folder is on the
+    search path.
     """
-    if folder not in _packages:
-        package = types.ModuleType(f"{PACKAGE_PREFIX}{len(_packages) + 1}")
+
+    _numbers = itertools.count(1)
+
+    def __init__(self, folder, variables):
+        self.folder = folder
+        self.variables = variables
+        package = types.ModuleType(f"{PACKAGE_PREFIX}{next(self._numbers)}")
         package.__path__ = [folder]
-        sys.modules[package.__name__] = package
-        _packages[folder] = package.__name__
-    return _packages[folder]
+        self.package = package.__name__
+        sys.modules[self.package] = package
+
+    def forget(self):
+        """Nothing of it is called any more."""
+        for name in list(sys.modules):
+            if name.partition(".")[0] == self.package:
+                sys.modules.pop(name, None)
 
 
 def _keep_modules_apart():
     """Has what stands in an action's own modules look into the action's folder first."""
-    plain_import = builtins.__import__
+    plain_import, plain_import_module = builtins.__import__, importlib.import_module
 
     @functools.wraps(plain_import)
-    def import_module(name, globals=None, locals=None, fromlist=(), level=0):
-        package = (globals or {}).get("__package__") if level == 0 else None
-        package = package.partition(".")[0] if isinstance(package, str) else None
-        if not package or package not in _packages.values() or not isinstance(name, str):
+    def import_(name, globals=None, locals=None, fromlist=(), level=0):
+        package = _own_package(name, sys._getframe(1).f_globals if globals is None else globals) if level == 0 else None
+        if package is None:
             return plain_import(name, globals, locals, fromlist, level)
-        first = package + "." + name.partition(".")[0]
-        if not _is_own(first, sys.modules[package].__path__):
-            return plain_import(name, globals, locals, fromlist, level)
-        module = plain_import(package + "." + name, globals, locals, fromlist, 0)
-        return module if fromlist else sys.modules[first]
+        module = plain_import(f"{package}.{name}", globals, locals, fromlist, 0)
+        return module if fromlist else sys.modules[f"{package}.{name.partition('.')[0]}"]
 
-    builtins.__import__ = import_module
+    @functools.wraps(plain_import_module)
+    def import_module(name, package=None):
+        own = _own_package(name, sys._getframe(1).f_globals)
+        return plain_import_module(f"{own}.{name}" if own else name, package)
 
-
-def _is_own(name, path):
-    if name in sys.modules:
-        return True
-    spec = importlib.machinery.PathFinder.find_spec(name, path)
-    return spec is not None and spec.has_location  # a folder that holds no module is none
+    builtins.__import__ = import_
+    importlib.import_module = import_module
 
 
-def _import_main(folder):
-    """The script as the module "main", from its own folder whatever else the search path holds."""
-    spec = importlib.machinery.PathFinder.find_spec("main", [folder])
+def _own_package(name, globals):
+    """The package of the run whose code imports that, if its folder holds it; else None.
+
+    Code that was made by exec stands in no package; it belongs to the run of its thread.
+    """
+    if not isinstance(name, str) or not isinstance(globals, dict):
+        return None
+    here = getattr(getattr(_here, "run", None), "package", None)
+    package = globals.get("__package__", here)
+    package = package.partition(".")[0] if isinstance(package, str) else ""
+    top = name.partition(".")[0]
+    if not top or top == __name__ or not package.startswith(PACKAGE_PREFIX) or package not in sys.modules:
+        return None
+    own = f"{package}.{top}"
+    if own in sys.modules:
+        return package
+    spec = importlib.machinery.PathFinder.find_spec(own, sys.modules[package].__path__)
+    # A folder without __init__.py counts when its name says that it is meant for the action.
+    return package if spec is not None and (spec.has_location or top.startswith("__")) else None
+
+
+def _drop_strays():
+    """Forgets what other modules have imported for a script from its folder, under a name that others may use too."""
+    def is_stray(name, module):
+        spec = getattr(module, "__spec__", None)
+        if "." in name or name == "main" or not isinstance(spec, importlib.machinery.ModuleSpec):
+            return False
+        places = [spec.origin] if spec.has_location else list(spec.submodule_search_locations or ())
+        return any(os.path.dirname(place) in _folders or
+                   os.path.basename(place) == "__init__.py" and os.path.dirname(os.path.dirname(place)) in _folders
+                   for place in places)
+
+    strays = {name for name, module in list(sys.modules.items()) if is_stray(name, module)}
+    for name in list(sys.modules):
+        if name.partition(".")[0] in strays:
+            sys.modules.pop(name, None)
+
+
+def _import_main(run):
+    """The script, from its own folder whatever else the search path holds; "main" is another name for the latest."""
+    name = run.package + ".main"
+    spec = importlib.machinery.PathFinder.find_spec(name, [run.folder])
     if spec is None or spec.loader is None:
         raise ModuleNotFoundError("No module named 'main'", name="main")
-    package = _package(folder)
     module = importlib.util.module_from_spec(spec)
-    module.__package__ = package
-    names = ("main", package + ".main")
-    sys.modules.update(dict.fromkeys(names, module))
+    sys.modules.update({name: module, "main": module})
     try:
         spec.loader.exec_module(module)
     except BaseException:
-        for name in names:
-            sys.modules.pop(name, None)
+        sys.modules.pop("main", None)
         raise
     return module
 
@@ -216,28 +267,55 @@ def finish(folder):
     _search_path.remove(folder)
 
 
-_run = threading.local()  # the run whose script this thread is in
+_here = threading.local()  # its `run` is the one whose script this thread is in
+_lock = threading.Lock()
+_executing = 0  # how many runs and callbacks
+_folders = set()  # of all scripts that were started
+_entered = {}  # what was put into os.environ for runs, the latest values
 
 
-def _enter(variables):
-    _run.variables = variables
-    os.environ.update(variables)
+def _enter(run, is_new):
+    """Until _leave the script of that run executes. Its variables are put into os.environ; those of a callback only
+    when this moves no other script to another cluster."""
+    global _executing
+    _here.run = run
+    with _lock:
+        _executing += 1
+        if is_new or _executing == 1:
+            _entered.update(run.variables)
+            os.environ.update(run.variables)
+    _drop_strays()
+
+
+def _leave():
+    global _executing
+    with _lock:
+        _executing -= 1
 
 
 def run_environment():
     """The variables of the run that this thread is in, over what the application was started with."""
-    return {**_base_environment, **_run.variables} if hasattr(_run, "variables") else dict(os.environ)
+    return {**_base_environment, **_here.run.variables} if hasattr(_here, "run") else dict(os.environ)
 
 
 def load(folder, variables):
-    """Sets the variables and imports the script of that folder. Returns the module and None, or None and why not."""
+    """Begins a run: sets the variables and imports the script of that folder.
+
+    Returns the run, the module and None, or the run, None and why not. A run that has a module executes until `make`
+    fails or `call` returns.
+    """
+    _folders.add(folder)
+    run = _Run(folder, variables)
     try:
-        _enter(variables)
+        _enter(run, True)
         sys.modules.pop("main", None)
         importlib.invalidate_caches()
-        return _import_main(folder), None
+        return run, _import_main(run), None
     except BaseException as error:
-        return None, _description(error)
+        problem = _description(error)
+        run.forget()
+        _leave()
+        return run, None, problem
     finally:
         diagnostics.end_line()
 
@@ -247,7 +325,9 @@ def make(module):
     try:
         return module.Action(), None
     except BaseException as error:
-        return None, _description(error)
+        problem = _description(error)
+        _leave()
+        return None, problem
     finally:
         diagnostics.end_line()
 
@@ -259,30 +339,34 @@ def call(instance, function, *arguments):
     """
     request, state, rows, problem = None, {}, [], None
     try:
-        getattr(instance, function)(*arguments)
-    except BaseException as error:
-        name = _class_name(error)
-        if name in REQUESTS:
-            request, state = _utf8(name), _state(instance)
-            rows = _rows(instance) if name == "FormDialog" else []
-        else:
-            problem = _description(error)
-    diagnostics.end_line()
-    return _log_lines(instance), request, state, rows, problem
+        try:
+            getattr(instance, function)(*arguments)
+        except BaseException as error:
+            name = _class_name(error)
+            if name in REQUESTS:
+                request, state = _utf8(name), _state(instance)
+                rows = _rows(instance) if name == "FormDialog" else []
+            else:
+                problem = _description(error)
+        return _log_lines(instance), request, state, rows, problem
+    finally:
+        diagnostics.end_line()
+        _leave()
 
 
-def answer(instance, variables, *arguments):
-    """Calls the instance back with the user's answer, if it waits for one. Returns the same as call.
-
-    The variables of its run are set again: another may have been started since.
-    """
+def answer(instance, run, *arguments):
+    """Calls the instance back with the user's answer, if it waits for one. Returns the same as call."""
     try:
         waits = getattr(instance, "_callback", None) is not None
     except BaseException as error:
         return [], None, {}, [], _description(error)
     if not waits:
         return [], None, {}, [], None
-    _enter(variables)
+    try:
+        _enter(run, False)
+    except BaseException as error:
+        _leave()
+        return [], None, {}, [], _description(error)
     return call(instance, "_run_callback", *arguments)
 
 
