@@ -187,10 +187,10 @@ private Q_SLOTS:
         const auto *effect
             = qobject_cast<QGraphicsOpacityEffect *>(content.colorIndexView()->graphicsEffect());
         content.colorIndexView()->mouseExited();
-        QTRY_COMPARE(effect->opacity(), 0.2);
+        QTRY_VERIFY(qFuzzyCompare(effect->opacity(), 0.2));
         content.colorIndexView()->mouseEntered();
         QVERIFY(effect->opacity() < 1);
-        QTRY_COMPARE(effect->opacity(), 1.0);
+        QTRY_VERIFY(qFuzzyCompare(effect->opacity(), 1.0));
     }
 
     void troubleShowsInTheIndexAlone()
