@@ -272,19 +272,19 @@ private Q_SLOTS:
             bench.write(name + u"icon.png"_s, image);
         }
         QElapsedTimer clock;
-        qint64 longestPause = 0;
+        double longestPause = 0;
         SharedActionTree loaded;
         QObject receiver;
         clock.start();
         loadActionsInBackground(&receiver, [&loaded](const auto &tree) { loaded = tree; });
-        for (QElapsedTimer pause; !loaded && clock.elapsed() < 20'000;) {
-            pause.start();
+        while (!loaded && clock.elapsed() < 20'000) {
+            const double before = threadTime();
             QTest::qWait(1);
-            longestPause = std::max(longestPause, pause.elapsed());
+            longestPause = std::max(longestPause, threadTime() - before);
         }
         QVERIFY(loaded);
         qInfo(
-            "500 actions in %lld ms, longest pause of the event loop %lld ms", clock.elapsed(), longestPause);
+            "500 actions in %lld ms, longest work of the main thread %.1f ms", clock.elapsed(), longestPause);
         QCOMPARE(loaded->nodes.size(), 10U);
         QCOMPARE(loaded->nodes.back().children.size(), 50U);
         QVERIFY2(longestPause < (sanitized ? 200 : 50), "the main thread reads folders");

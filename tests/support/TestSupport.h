@@ -9,6 +9,7 @@
 #include <QTemporaryFile>
 
 #include <chrono>
+#include <ctime>
 #include <future>
 
 namespace tidewright::test {
@@ -31,6 +32,15 @@ public:
         const QString &command, const QString &response, const std::optional<ConsoleError> &error) override;
     QStringList entries;
 };
+
+/// What the calling thread has computed until now, in milliseconds: unlike the clock on the wall it does not
+/// count what others do on a busy machine.
+inline double threadTime()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
 
 QString fakeToolPath();
 /// The fake tool with a script whose words are separated by single spaces.
