@@ -46,21 +46,21 @@ QString terminalCommand(const ActionEnvironment &environment, const QString &pat
 
 } // namespace
 
-void BashScript::runScript(
-    std::shared_ptr<CustomActionItem> item, ActionEnvironment environment, QPointer<Console> console)
+void BashScript::runScript(std::shared_ptr<CustomActionItem> item, ActionRun run)
 {
-    const auto complete = item->buildEnvironment(std::move(environment));
+    const auto complete = item->buildEnvironment(std::move(run.environment));
     if (!complete) {
         return;
     }
-    const RunningScript running(std::move(console), item->title());
+    const RunningScript running(std::move(run.console), item->title());
     writeDiagnostic(QLatin1String("Run bash ") + scriptURL());
     if (item->config().open_in_terminal.value_or(false)) {
-        actionTerminal()(terminalCommand(*complete, scriptURL()));
+        actionTerminal()(terminalCommand(*complete, scriptURL()), run.view ? run.view->path() : QString());
         running.end();
     } else {
         const auto shell = Shell::create();
         shell->outputLimit = outputLimit;
+        shell->needed = run.view;
         shell->runAsync(backgroundCommand(*complete, scriptURL()), true, nullptr,
             [running](const ShellResult &) { running.end(); });
     }

@@ -11,8 +11,7 @@ class BashScript : public Script
 {
 public:
     using Script::Script;
-    void runScript(std::shared_ptr<CustomActionItem> item, ActionEnvironment environment,
-        QPointer<Console> console) override;
+    void runScript(std::shared_ptr<CustomActionItem> item, ActionRun run) override;
 };
 
 } // namespace tidewright

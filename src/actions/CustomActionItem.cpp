@@ -103,26 +103,60 @@ void CustomActionItem::performAction(
     if (!isActiveIn(environment.value(QStringLiteral("CONTEXT")))) {
         return;
     }
-    const auto run = [self = shared_from_this(), environment, console = QPointer(mainConsole())] {
-        customActionQueue().post(
-            [self, environment, console] { self->script().runScript(self, environment, console); });
-    };
     if (!m_config.show_warning_text) {
-        run();
+        runIn(environment, place);
         return;
     }
     showConfirmation(nullptr, QStringLiteral("Confirm Action"), *m_config.show_warning_text,
         QStringLiteral("OK"), QStringLiteral("Cancel"),
         place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
-        [run, place](bool confirmed) {
-            if (confirmed && place && !place->isStillShown()) {
-                if (place->window) {
-                    refuseMovedChange(*place->window, QStringLiteral("The action was not run"));
-                }
-            } else if (confirmed) {
-                run();
+        [self = shared_from_this(), environment, place](bool confirmed) {
+            if (confirmed) {
+                self->runIn(environment, place);
             }
         });
+}
+
+/// The script acts where the window is, whatever other programs or it itself do to kubeconfigs meanwhile.
+void CustomActionItem::runIn(const ActionEnvironment &environment, const std::optional<ChangePlace> &place)
+{
+    if (!place) {
+        start({environment, mainConsole()});
+        return;
+    }
+    if (!place->window) {
+        return;
+    }
+    place->window->whenSettled(
+        [self = shared_from_this(), environment, place = *place](const QString &reason) {
+            if (!place.window) {
+                return;
+            }
+            const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
+            if (!reason.isEmpty()) {
+                refuseChange(*place.window, notRun, reason);
+                return;
+            }
+            if (!place.isStillShown()) {
+                refuseMovedChange(*place.window, notRun);
+                return;
+            }
+            const bool inTerminal = self->config().open_in_terminal.value_or(false);
+            const KubeConfigCopy copy = place.window->kubeCtl().makeCopy(
+                inTerminal ? KubeConfigView::Lifetime::OnItsOwn : KubeConfigView::Lifetime::WithHolder);
+            if (!copy.problem.isEmpty()) {
+                refuseChange(*place.window, notRun, copy.problem);
+                return;
+            }
+            ActionRun run{environment, place.window->console(), copy.view};
+            run.environment.insert(QStringLiteral("KUBECONFIG"), copy.kubeConfig);
+            self->start(run);
+        });
+}
+
+void CustomActionItem::start(const ActionRun &run)
+{
+    customActionQueue().post([self = shared_from_this(), run] { self->script().runScript(self, run); });
 }
 
 std::optional<ActionEnvironment> CustomActionItem::buildEnvironment(ActionEnvironment environment) const

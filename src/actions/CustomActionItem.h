@@ -44,8 +44,9 @@ public:
     bool isActiveIn(const QString &context) const { return m_config.isActiveIn(context); }
 
     /// Asks the user when the configuration wants it, and runs the script on the custom action queue.
-    /// Nothing happens in a context in which the action is not active, nor when the window has left `place`
-    /// (if given) by the time of the answer; its console says so. Returns at once. Main thread.
+    /// Nothing happens in a context in which the action is not active. With a `place` the script acts there,
+    /// by a view of the kubeconfig of its own in front of KUBECONFIG, or is not run and its console says why.
+    /// Returns at once. Main thread.
     void performAction(
         const ActionEnvironment &environment, const std::optional<ChangePlace> &place = std::nullopt);
     /// Adds KUBECTL and the user's variables that the action needs. Nothing when one is missing; the user is
@@ -56,6 +57,8 @@ private:
     CustomActionItem(
         QString title, QImage icon, QImage menuIcon, QString scriptURL, std::optional<QString> configURL);
     void loadConfig();
+    void runIn(const ActionEnvironment &environment, const std::optional<ChangePlace> &place);
+    void start(const ActionRun &run);
     std::unique_ptr<Script> makeScript() const;
 
     const QString m_title;

@@ -21,14 +21,16 @@ namespace py = pybind11;
 struct PythonScript::Run
 {
     ActionEnvironment environment;
+    std::shared_ptr<const KubeConfigView> view;
     py::object hostRun; ///< what the module tidewright_host keeps of it
     py::object pythonActionModule;
     py::object pythonActionInstance;
 
     /// Destroyed on a thread that may wait for the interpreter's lock; the main thread never does.
-    static std::shared_ptr<Run> create(const ActionEnvironment &environment)
+    static std::shared_ptr<Run> create(
+        const ActionEnvironment &environment, std::shared_ptr<const KubeConfigView> view)
     {
-        return {new Run{environment, {}, {}, {}}, [](Run *run) {
+        return {new Run{environment, std::move(view), {}, {}, {}}, [](Run *run) {
                     customActionQueue().post([run] {
                         const py::gil_scoped_acquire lock;
                         forget(run->hostRun);
@@ -182,14 +184,13 @@ PythonScript::PythonScript(const QString &scriptURL)
 {
 }
 
-void PythonScript::runScript(
-    std::shared_ptr<CustomActionItem> item, ActionEnvironment environment, QPointer<Console> console)
+void PythonScript::runScript(std::shared_ptr<CustomActionItem> item, ActionRun run)
 {
-    const auto complete = item->buildEnvironment(std::move(environment));
+    const auto complete = item->buildEnvironment(std::move(run.environment));
     if (!complete) {
         return;
     }
-    const RunningScript running(std::move(console), item->title());
+    const RunningScript running(std::move(run.console), item->title());
     writeDiagnostic(QLatin1String("Run python ") + scriptURL());
     if (const QString problem = waitForEmbeddedPython(); !problem.isEmpty()) {
         postImportException(problem);
@@ -209,12 +210,12 @@ void PythonScript::runScript(
         const py::gil_scoped_acquire lock;
         try {
             host().attr("begin")(folder);
-            m_latest = Run::create(*complete);
-            const std::shared_ptr<Run> run = m_latest;
-            const bool isLoaded = load(folder, *run);
+            m_latest = Run::create(*complete, std::move(run.view));
+            const std::shared_ptr<Run> latest = m_latest;
+            const bool isLoaded = load(folder, *latest);
             importing.unlock();
-            if (isLoaded && make(*run)) {
-                callPython({run, "call", py::make_tuple("run")});
+            if (isLoaded && make(*latest)) {
+                callPython({latest, "call", py::make_tuple("run")});
             }
         } catch (const std::exception &error) {
             postPythonException(QString::fromUtf8(error.what()));

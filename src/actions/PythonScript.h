@@ -14,8 +14,7 @@ class PythonScript : public Script
 public:
     explicit PythonScript(const QString &scriptURL);
 
-    void runScript(std::shared_ptr<CustomActionItem> item, ActionEnvironment environment,
-        QPointer<Console> console) override;
+    void runScript(std::shared_ptr<CustomActionItem> item, ActionRun run) override;
 
 private:
     /// What was started with, and the module and the instance made for it. Touched with the interpreter's

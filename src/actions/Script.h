@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/Console.h"
+#include "core/KubeConfigView.h"
 
 #include <QMap>
 #include <QString>
@@ -14,6 +15,15 @@ class CustomActionItem;
 
 /// What an action's script is told: the name of an environment variable to its value.
 using ActionEnvironment = QMap<QString, QString>;
+
+/// One run of an action.
+struct ActionRun
+{
+    ActionEnvironment environment;
+    QPointer<Console> console; ///< shows that it runs; may be null or gone
+    /// What KUBECONFIG names first, kept for as long as the script may read it; null without a window.
+    std::shared_ptr<const KubeConfigView> view = {};
+};
 
 /// The "main." file of an action and the way to run it. Owned by its CustomActionItem.
 class Script
@@ -29,12 +39,9 @@ public:
 
     const QString &scriptURL() const { return m_scriptURL; }
 
-    /// Runs the script for `item`, which owns it, unless variables that it needs are missing. `console` (may
-    /// be null or gone) shows that it runs. On a thread of the custom action queue; failures go to the
-    /// console of the main window.
-    virtual void runScript(
-        std::shared_ptr<CustomActionItem> item, ActionEnvironment environment, QPointer<Console> console)
-        = 0;
+    /// Runs the script for `item`, which owns it, unless variables that it needs are missing. On a thread of
+    /// the custom action queue; failures go to the console of the main window.
+    virtual void runScript(std::shared_ptr<CustomActionItem> item, ActionRun run) = 0;
 
 private:
     const QString m_scriptURL;

@@ -94,10 +94,6 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
     if (!environment) {
         return;
     }
-    // An empty variable would take kubectl to another file than the window's, where the user names one.
-    const QString path = m_window.kubeConfigPath();
-    environment->insert(
-        QStringLiteral("KUBECONFIG"), path.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : path);
     environment->insert(QStringLiteral("CONTEXT"), m_window.currentContext());
     environment->insert(QStringLiteral("NAMESPACE"), m_window.currentNamespace());
     item->performAction(*environment, ChangePlace(m_window));

@@ -106,7 +106,7 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::newDocument()
 {
-    auto *frame = new ClusterWindowFrame({m_writer, m_webPages, m_actions, m_toolBarLayout});
+    auto *frame = new ClusterWindowFrame({m_userFile, m_webPages, m_actions, m_toolBarLayout});
     m_frames.removeAll(nullptr);
     m_frames.append(frame);
     m_windowControllers.append(frame->currentPage());
@@ -217,7 +217,7 @@ void AppDelegate::applicationWillTerminate()
             delete logs;
         }
     }
-    m_writer.finish(graceForKubeConfig);
+    m_userFile.finish(graceForKubeConfig);
     ProcessKeeper::instance().endAll(graceAtQuit);
     PreviewFiles::removeAll();
     userDefaults().flush();

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "app/ActionLibrary.h"
-#include "app/KubeConfigWriter.h"
 #include "app/ToolBarLayout.h"
+#include "app/UserKubeConfig.h"
 #include "app/WebPages.h"
 
 #include <QPointer>
@@ -61,7 +61,7 @@ private:
     QList<ClusterWindowFrame *> frames() const;
 
     const WebPages m_webPages;
-    KubeConfigWriter m_writer;
+    UserKubeConfig m_userFile;
     ActionLibrary m_actions;
     ToolBarLayout m_toolBarLayout;
     QList<QPointer<MainWindowController>> m_windowControllers;

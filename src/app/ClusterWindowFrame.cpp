@@ -133,7 +133,7 @@ QList<MainWindowController *> ClusterWindowFrame::pages() const
 
 MainWindowController *ClusterWindowFrame::insertPage(int index)
 {
-    auto *page = new MainWindowController(m_services.writer);
+    auto *page = new MainWindowController(m_services.userFile);
     page->windowDidLoad();
     fillToolBar(*page);
     m_services.actions.refresh();

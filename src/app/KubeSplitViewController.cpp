@@ -2,12 +2,12 @@
 #include "app/KubeSplitViewController.h"
 
 #include "app/ClusterWindowFrame.h"
-#include "app/KubeConfigWriter.h"
-#include "core/ApplicationRecord.h"
+#include "app/UserKubeConfig.h"
 #include "external/EditFile.h"
 #include "platform/MainQueue.h"
 #include "pods/CombinedLogsViewController.h"
 #include "pods/CombinedLogsWindowController.h"
+#include "resources/ClusterChange.h"
 #include "resources/LoadProblem.h"
 
 #include <utility>
@@ -17,6 +17,9 @@ namespace tidewright {
 namespace {
 
 const auto lastNamespacesKey = QStringLiteral("lastNamespaces");
+constexpr auto lookInterval = std::chrono::seconds(20);
+
+const auto nothingEdited = QStringLiteral("Nothing was edited");
 
 void cancel(std::shared_ptr<Shell> &shell)
 {
@@ -28,20 +31,24 @@ void cancel(std::shared_ptr<Shell> &shell)
 
 } // namespace
 
-KubeSplitViewController::KubeSplitViewController(KubeConfigWriter &writer, QObject *parent)
+KubeSplitViewController::KubeSplitViewController(UserKubeConfig &userFile, QObject *parent)
     : WindowState(parent)
-    , m_writer(writer)
+    , m_userFile(userFile)
+    , m_watch(m_kubeCtl)
     , m_lastNamespaceForContext(
           userDefaults().dictionary(lastNamespacesKey).value_or(UserDefaults::Dictionary()))
 {
     connect(this, &KubeSplitViewController::contextListChanged, this, &WindowState::loadingHintChanged);
     connect(this, &KubeSplitViewController::namespaceListChanged, this, &WindowState::loadingHintChanged);
+    m_lookTimer.callOnTimeout(this, &KubeSplitViewController::lookAtKubeConfig);
+    m_lookTimer.start(lookInterval);
 }
 
 KubeSplitViewController::~KubeSplitViewController()
 {
     cancel(m_contextShell);
     cancel(m_namespaceShell);
+    cancel(m_placeShell);
     for (const auto &weak : m_edits) {
         if (const auto edit = weak.lock()) {
             edit->cancel();
@@ -52,6 +59,7 @@ KubeSplitViewController::~KubeSplitViewController()
 void KubeSplitViewController::viewWillAppear(const QString &kubeConfigPath)
 {
     m_kubeCtl.configPath = kubeConfigPath;
+    m_kubeCtl.adopt({}, QString()); // until a context is known, nothing that is started goes anywhere
     reloadContexts();
 }
 
@@ -63,19 +71,32 @@ void KubeSplitViewController::reloadContexts()
     m_hint = tr("Loading contexts…");
     m_waitingSince = QDateTime::currentDateTime();
     Q_EMIT contextListChanged();
+    // Two readings beside each other: the names in their order, and what they stand for.
     const QPointer<KubeSplitViewController> self(this);
-    const QByteArray before = KubeConfigWriter::fileState(m_kubeCtl.configPath);
+    const auto read = std::make_shared<int>(0);
+    const auto loaded = std::make_shared<std::pair<QStringList, QString>>();
+    const auto readOne = [self, request, read, loaded] {
+        if (self && ++*read == 2) {
+            self->contextsLoaded(request, loaded->first, loaded->second);
+        }
+    };
     m_contextShell = m_kubeCtl.loadContexts(
-        [self, request, before](const QStringList &contexts, const QString &current) {
-            postToMain(self, [=](KubeSplitViewController &window) {
-                window.m_writer.observe(window.m_kubeCtl.configPath, before, current);
-                window.contextsLoaded(request, contexts, current);
+        [loaded, readOne](const QStringList &contexts, const QString &current) {
+            mainQueue().post([=] {
+                *loaded = {contexts, current};
+                readOne();
             });
         },
         [self, request](const QString &reason) {
             postToMain(
                 self, [=](KubeSplitViewController &window) { window.contextsMissing(request, reason); });
         });
+    m_kubeCtl.readKubeConfig([self, request, readOne](const std::optional<KubeConfigContents> &contents) {
+        if (self && request == self->m_contextRequest) {
+            self->m_contentsRead = contents.value_or(KubeConfigContents());
+            readOne();
+        }
+    });
 }
 
 void KubeSplitViewController::contextsLoaded(
@@ -92,14 +113,25 @@ void KubeSplitViewController::contextsLoaded(
     if (m_choosingContext) {
         Q_EMIT contextLeft();
     }
-    m_currentContext = current;
+    enterContext(current);
+    m_kubeCtl.adopt(m_contentsRead, current);
     m_hint = current.isEmpty() ? tr("Choose a context.") : QString();
     Q_EMIT contextListChanged();
     if (current.isEmpty()) { // kubectl would ask whatever listens on this machine
         forgetNamespaces();
     } else {
-        reloadNamespaces();
+        loadNamespaces();
     }
+}
+
+/// Whatever was being set belongs to another place.
+void KubeSplitViewController::enterContext(const QString &name)
+{
+    cancel(m_placeShell);
+    ++m_placeRequest;
+    m_currentContext = name;
+    m_displacement.clear();
+    m_watch.begin();
 }
 
 void KubeSplitViewController::forgetNamespaces()
@@ -124,6 +156,15 @@ void KubeSplitViewController::contextsMissing(quint64 request, const QString &re
 
 void KubeSplitViewController::reloadNamespaces()
 {
+    if (m_choosingContext && !m_namespaceShell) {
+        retryLoading(); // they come with the context
+    } else if (!m_currentContext.isEmpty()) {
+        loadNamespaces();
+    }
+}
+
+void KubeSplitViewController::loadNamespaces()
+{
     cancel(m_namespaceShell);
     const quint64 request = ++m_namespaceRequest;
     m_namespaceList = {.loading = true};
@@ -131,39 +172,18 @@ void KubeSplitViewController::reloadNamespaces()
     m_namespaceError.clear();
     m_waitingSince = QDateTime::currentDateTime();
     Q_EMIT namespaceListChanged();
-    // What is asked is the cluster of the kubeconfig's current context: that must be the window's.
-    m_writer.enqueue(this, [this, request](const KubeConfigWriter::Finished &finished) {
-        if (request != m_namespaceRequest || m_writer.hasContext(m_kubeCtl.configPath, m_currentContext)) {
-            loadNamespaces(request);
-            finished();
-            return;
-        }
-        m_writer.useContext(m_kubeCtl, m_currentContext,
-            [self = QPointer<KubeSplitViewController>(this), request, finished](bool success) {
-                if (self && success) {
-                    self->loadNamespaces(request);
-                } else if (self) {
-                    self->namespacesOutOfReach(request);
-                }
-                finished();
-            });
-    });
-}
-
-void KubeSplitViewController::loadNamespaces(quint64 request)
-{
-    if (request != m_namespaceRequest) {
-        return;
-    }
-    m_stillness = m_writer.keepStill();
     const QPointer<KubeSplitViewController> self(this);
     m_namespaceShell = m_kubeCtl.loadNamespaces(
         [self, request](const QStringList &namespaces) {
             postToMain(
                 self, [=](KubeSplitViewController &window) { window.namespacesLoaded(request, namespaces); });
         },
-        [self](const QString &error) {
-            postToMain(self, [error](KubeSplitViewController &window) { window.m_namespaceError = error; });
+        [self, request](const QString &error) {
+            postToMain(self, [request, error](KubeSplitViewController &window) {
+                if (request == window.m_namespaceRequest) {
+                    window.m_namespaceError = error;
+                }
+            });
         });
 }
 
@@ -173,34 +193,40 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
         return;
     }
     m_namespaceShell.reset();
-    m_stillness.reset();
     m_waitingSince = QDateTime();
     m_hint = tr("The namespaces could not be loaded.") + QLatin1Char('\n') + sentenceFirst(m_namespaceError);
     m_choosingContext = false;
     m_namespaceList = {.entries = namespaces};
-    const QString remembered = m_lastNamespaceForContext.value(m_currentContext);
-    if (!namespaces.isEmpty()) {
-        const bool isThere = remembered == allNamespaces || namespaces.contains(remembered);
-        m_namespaceList.selected = isThere ? remembered : namespaces.first();
-        chooseNamespace(m_namespaceList.selected);
-    } else {
+    if (namespaces.isEmpty()) {
         postConsoleEntry(m_console, QString(), QString(),
             makeConsoleError(QStringLiteral(
                 "No namespaces could be found.  Please ensure you have a valid connection to the "
                 "server and then select the menu item `Cluster: Reload Namespace`.")));
+    }
+    // Who may not list them may still work in one.
+    m_namespaceList.acceptsOthers
+        = m_namespaceError.contains(QLatin1String("forbidden"), Qt::CaseInsensitive);
+    if (!namespaces.isEmpty() || m_namespaceList.acceptsOthers) {
+        takeNamespace(namespaceToShow(namespaces));
+    } else {
         Q_EMIT clusterSettingsChanged();
     }
     enableNamespaces();
 }
 
-void KubeSplitViewController::namespacesOutOfReach(quint64 request)
+QString KubeSplitViewController::namespaceToShow(const QStringList &namespaces) const
 {
-    if (m_choosingContext) {
-        contextUsed(m_currentContext, false);
-        return;
+    const auto isThere = [&](const QString &name) {
+        return !name.isEmpty() && (namespaces.isEmpty() || namespaces.contains(name));
+    };
+    // Other windows, and other instances, remember theirs there too.
+    const auto stored = userDefaults().dictionary(lastNamespacesKey).value_or(UserDefaults::Dictionary());
+    const QString remembered = stored.value(m_currentContext);
+    const QString own = m_kubeCtl.contents().nameSpace(m_currentContext);
+    if (isThere(remembered) || (remembered == allNamespaces && !namespaces.isEmpty())) {
+        return remembered;
     }
-    m_namespaceError = tr("The kubeconfig could not be switched to the context %1.").arg(m_currentContext);
-    namespacesLoaded(request, {});
+    return isThere(own) ? own : namespaces.value(0, own);
 }
 
 void KubeSplitViewController::enableNamespaces()
@@ -211,85 +237,95 @@ void KubeSplitViewController::enableNamespaces()
 
 void KubeSplitViewController::chooseNamespace(const QString &name)
 {
-    // Other windows, and other instances, remember theirs there too.
-    m_lastNamespaceForContext
-        = userDefaults().dictionary(lastNamespacesKey).value_or(UserDefaults::Dictionary());
-    m_lastNamespaceForContext.insert(m_currentContext, name);
-    userDefaults().set(lastNamespacesKey, m_lastNamespaceForContext);
+    takeNamespace(name);
+    if (!m_currentContext.isEmpty() && !m_choosingContext) {
+        m_userFile.namespaceChosen(m_kubeCtl.configPath, m_currentContext, name);
+    }
+}
+
+void KubeSplitViewController::takeNamespace(const QString &name)
+{
+    if (!m_choosingContext && !m_currentContext.isEmpty()) {
+        m_lastNamespaceForContext
+            = userDefaults().dictionary(lastNamespacesKey).value_or(UserDefaults::Dictionary());
+        m_lastNamespaceForContext.insert(m_currentContext, name);
+        userDefaults().set(lastNamespacesKey, m_lastNamespaceForContext);
+    }
     m_currentNamespace = name;
     m_namespaceList.selected = name;
     Q_EMIT namespaceChosen(name);
-    m_writer.enqueue(
-        this, [this, name, context = m_currentContext](const KubeConfigWriter::Finished &finished) {
-            const bool isOutdated = name != m_currentNamespace || context != m_currentContext;
-            if (isOutdated || m_choosingContext) {
-                finished();
-            } else if (m_writer.hasContext(m_kubeCtl.configPath, context)) {
-                m_writer.setNamespace(m_kubeCtl, name, [finished](bool) { finished(); });
-            } else if (m_console && mainConsole() == m_console) {
-                applyContext(finished);
-            } else {
-                // It would change the namespace of another context; it is made up for when this window
-                // comes to the front.
-                finished();
+    if (!m_choosingContext) {
+        setNamespace();
+    }
+    Q_EMIT clusterSettingsChanged();
+}
+
+/// Only the latest choice counts; one that failed is tried again before a command that depends on it.
+void KubeSplitViewController::setNamespace()
+{
+    cancel(m_placeShell);
+    m_placeShell = m_kubeCtl.setNamespace(
+        m_currentNamespace, [self = QPointer(this), request = ++m_placeRequest](bool) {
+            if (self && request == self->m_placeRequest) {
+                self->m_placeShell.reset();
+                self->answerWaiting();
             }
         });
-    Q_EMIT clusterSettingsChanged();
 }
 
 void KubeSplitViewController::chooseContext(const QString &name)
 {
-    if (name == m_currentContext) {
-        return;
+    if (name != m_currentContext || !m_displacement.isEmpty()) {
+        m_userFollows = true;
+        switchContext(name);
     }
-    m_currentContext = name;
-    m_contextList.selected = name;
-    m_hint = tr("Switching to the context %1…").arg(name);
-    m_waitingSince = QDateTime();
-    Q_EMIT contextListChanged();
-    Q_EMIT contextLeft(); // its rows must not be taken for those of the new context
-    cancel(m_namespaceShell);
-    ++m_namespaceRequest;
-    m_choosingContext = true;
-    m_namespaceList.enabled = false;
-    Q_EMIT namespaceListChanged();
-    switchContext(name);
 }
 
 void KubeSplitViewController::switchContext(const QString &name)
 {
-    m_writer.enqueue(this, [this, name](const KubeConfigWriter::Finished &finished) {
-        if (name != m_currentContext) {
-            finished();
-            return;
-        }
-        m_writer.useContext(
-            m_kubeCtl, name, [self = QPointer<KubeSplitViewController>(this), name, finished](bool success) {
-                if (self) {
-                    self->contextUsed(name, success);
-                }
-                finished();
-            });
-    });
+    m_choosingContext = true;
+    enterContext(name);
+    m_contextList.selected = name;
+    m_hint = tr("Switching to the context %1…").arg(name);
+    m_waitingSince = QDateTime();
+    cancel(m_namespaceShell);
+    ++m_namespaceRequest;
+    m_namespaceList.enabled = false;
+    Q_EMIT contextListChanged();
+    Q_EMIT contextLeft(); // its rows must not be taken for those of the new context
+    Q_EMIT namespaceListChanged();
+    m_kubeCtl.adopt(m_kubeCtl.contents(), QString()); // until then nothing that is started goes anywhere
+    m_placeShell = m_kubeCtl.useContext(
+        name, [self = QPointer(this), request = ++m_placeRequest](bool success) {
+            postToMain(self, [=](KubeSplitViewController &window) { window.contextUsed(request, success); });
+        });
 }
 
-void KubeSplitViewController::contextUsed(const QString &name, bool success)
+void KubeSplitViewController::contextUsed(quint64 request, bool success)
 {
-    if (name != m_currentContext || !m_choosingContext) {
+    if (request != m_placeRequest) {
         return;
     }
+    m_placeShell.reset();
+    answerWaiting();
     if (success) {
-        reloadNamespaces();
+        if (std::exchange(m_userFollows, false)) {
+            m_userFile.contextChosen(m_kubeCtl.configPath, m_currentContext);
+        }
+        loadNamespaces();
         return;
     }
     m_namespaceList.loading = false;
-    m_hint = tr("The context %1 could not be switched to.").arg(name) + QLatin1Char('\n')
+    m_hint = tr("The context %1 could not be switched to.").arg(m_currentContext) + QLatin1Char('\n')
         + tr("The console says why. Reload tries again.");
     enableNamespaces();
 }
 
 QString KubeSplitViewController::loadingHint() const
 {
+    if (!m_displacement.isEmpty()) {
+        return m_displacement + QLatin1Char('\n') + tr("Reload shows what is there now.");
+    }
     return m_choosingContext || m_currentContext.isEmpty() || m_currentNamespace.isEmpty() ? m_hint
                                                                                            : QString();
 }
@@ -298,10 +334,10 @@ void KubeSplitViewController::retryLoading()
 {
     if (m_contextList.entries.isEmpty()) {
         reloadContexts();
-    } else if (m_choosingContext && !m_namespaceShell) {
+    } else if (!m_displacement.isEmpty() || (m_choosingContext && !m_namespaceShell && !m_placeShell)) {
         switchContext(m_currentContext);
-    } else if (!m_currentContext.isEmpty()) {
-        reloadNamespaces();
+    } else if (!m_placeShell && !m_currentContext.isEmpty()) {
+        loadNamespaces();
     }
 }
 
@@ -313,9 +349,6 @@ void KubeSplitViewController::stopWaiting()
     }
     if (m_namespaceShell) {
         m_namespaceShell->cancel(); // answers with nothing
-    } else if (m_namespaceList.loading) { // waits for its turn
-        m_namespaceError = tr("Loading was stopped.");
-        namespacesLoaded(++m_namespaceRequest, {});
     }
 }
 
@@ -324,7 +357,10 @@ void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &contain
     auto *window = new CombinedLogsWindowController; // its own from now on: it goes when the user closes it
     CombinedLogsViewController &content = window->contentController();
     content.containers = containers;
-    content.kubeConfigPath = m_kubeCtl.configPath;
+    const auto view = m_kubeCtl.view();
+    content.kubeConfigPath
+        = view ? view->inFrontOf(kubeConfigFiles(m_kubeCtl.configPath)) : m_kubeCtl.configPath;
+    content.kubeConfigView = view;
     content.context = m_currentContext;
     content.nameSpace = m_currentNamespace;
     bringToFront(*window);
@@ -332,96 +368,87 @@ void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &contain
 
 void KubeSplitViewController::windowDidBecomeMain()
 {
-    m_writer.enqueue(this, [this](const KubeConfigWriter::Finished &finished) {
-        if (m_currentContext.isEmpty()) {
-            finished();
-        } else if (applicationRecord().appContext != m_currentContext) {
-            applyContext(finished);
-        } else if (applicationRecord().appNamespace != m_currentNamespace) {
-            applyNamespace(finished);
-        } else {
-            finished();
+    lookAtKubeConfig();
+    if (!m_currentContext.isEmpty() && !m_choosingContext && m_displacement.isEmpty()) {
+        m_userFile.windowInFront(m_kubeCtl.configPath, m_currentContext, m_currentNamespace);
+    }
+}
+
+void KubeSplitViewController::lookAtKubeConfig()
+{
+    if (m_currentContext.isEmpty() || m_choosingContext) {
+        return;
+    }
+    m_watch.look([self = QPointer(this)](const QString &change) {
+        if (self && !self->m_choosingContext) {
+            self->setDisplacement(change);
         }
     });
 }
 
-void KubeSplitViewController::applyContext(const std::function<void()> &finished)
+/// What the tables show is not where commands would go; nor is it once that is mended.
+void KubeSplitViewController::setDisplacement(const QString &sentence)
 {
-    m_writer.useContext(m_kubeCtl, m_currentContext,
-        [self = QPointer<KubeSplitViewController>(this), name = m_currentContext, finished](bool success) {
-            if (!success || !self || self->m_currentContext != name) {
-                finished();
-            } else if (self->m_choosingContext && !self->m_namespaceShell) {
-                self->contextUsed(name, true); // what failed before
-                finished();
-            } else {
-                self->applyNamespace(finished);
-            }
-        });
-}
-
-void KubeSplitViewController::applyNamespace(const std::function<void()> &finished)
-{
-    // Until the namespaces of a new context are known, the window's namespace belongs to another one.
-    if (m_choosingContext || m_currentNamespace.isEmpty()) {
-        finished();
+    if (std::exchange(m_displacement, sentence) == sentence) {
         return;
     }
-    m_writer.setNamespace(m_kubeCtl, m_currentNamespace, [finished](bool) { finished(); });
-}
-
-void KubeSplitViewController::agreeWithKubeConfig(std::function<void(bool)> completion)
-{
-    m_awaitingAgreement.push_back(std::move(completion));
-    if (m_awaitingAgreement.size() > 1) {
-        return;
-    }
-    m_writer.enqueue(this, [this](const KubeConfigWriter::Finished &finished) {
-        const auto answer = [self = QPointer<KubeSplitViewController>(this), finished] {
-            if (self) {
-                self->answerAgreement();
-            }
-            finished();
-        };
-        if (!obstacle().isEmpty() || kubeConfigAgrees()) {
-            answer();
-        } else if (kubeConfigHasContext()) {
-            applyNamespace(answer);
-        } else {
-            applyContext(answer);
-        }
-    });
-}
-
-void KubeSplitViewController::answerAgreement()
-{
-    const QString reason = obstacle();
-    const bool agreed = reason.isEmpty() && kubeConfigAgrees();
-    if (agreed) {
-        m_agreedStillness = m_writer.keepStill();
+    if (sentence.isEmpty()) {
+        Q_EMIT clusterSettingsChanged();
     } else {
-        postConsoleEntry(m_console, QString(), QString(),
-            makeConsoleError(QLatin1String("The command was not run. ")
-                + (reason.isEmpty()
-                        ? QStringLiteral("The kubeconfig could not be switched to the context and "
-                                         "namespace of this window.")
-                        : reason)));
+        Q_EMIT contextLeft();
     }
-    for (const auto &completion : std::exchange(m_awaitingAgreement, {})) {
-        completion(agreed);
+    Q_EMIT loadingHintChanged();
+}
+
+void KubeSplitViewController::whenSettled(std::function<void(const QString &)> completion)
+{
+    m_waiting.push_back(std::move(completion));
+    if (m_waiting.size() > 1) {
+        return;
+    }
+    if (!obstacle().isEmpty()) {
+        answerWaiting();
+        return;
+    }
+    m_isLooking = true;
+    m_watch.look([self = QPointer(this)](const QString &change) {
+        if (self) {
+            self->lookedBeforeCommand(change);
+        }
+    });
+}
+
+void KubeSplitViewController::lookedBeforeCommand(const QString &change)
+{
+    m_isLooking = false;
+    if (!m_choosingContext) {
+        setDisplacement(change);
+    }
+    if (obstacle().isEmpty() && !m_placeShell && !hasItsPlace()) {
+        setNamespace(); // once more
+    }
+    answerWaiting();
+}
+
+void KubeSplitViewController::answerWaiting()
+{
+    if ((m_placeShell && !m_choosingContext) || m_isLooking) {
+        return;
+    }
+    QString reason = obstacle();
+    if (reason.isEmpty() && !hasItsPlace()) {
+        reason = QStringLiteral("The window's namespace %1 could not be set.").arg(m_currentNamespace);
+    }
+    for (const auto &completion : std::exchange(m_waiting, {})) {
+        completion(reason);
     }
 }
 
-bool KubeSplitViewController::kubeConfigHasContext() const
+bool KubeSplitViewController::hasItsPlace() const
 {
-    return applicationRecord().appContext == m_currentContext
-        && m_writer.hasContext(m_kubeCtl.configPath, m_currentContext);
-}
-
-bool KubeSplitViewController::kubeConfigAgrees() const
-{
-    return kubeConfigHasContext() && applicationRecord().appNamespace == m_currentNamespace
-        && m_writer.hasNamespace(m_kubeCtl.configPath, m_currentContext, m_currentNamespace);
+    const auto view = m_kubeCtl.view();
+    return view && view->context() == m_currentContext
+        && (m_currentNamespace == allNamespaces || view->nameSpace() == m_currentNamespace);
 }
 
 QString KubeSplitViewController::obstacle() const
@@ -434,30 +461,35 @@ QString KubeSplitViewController::obstacle() const
     if (m_currentContext.isEmpty() || m_currentNamespace.isEmpty()) {
         return QStringLiteral("No context and namespace are chosen yet.");
     }
-    return {};
+    return m_displacement;
 }
 
 void KubeSplitViewController::startExternalEdit(const QStringList &arguments, std::function<void()> finished)
 {
-    agreeWithKubeConfig([this, arguments, finished = std::move(finished), context = m_currentContext,
-                            nameSpace = m_currentNamespace](bool agreed) {
-        if (agreed && context == m_currentContext && nameSpace == m_currentNamespace) {
-            editNow(arguments, finished);
-            return;
-        }
-        if (agreed) {
-            postConsoleEntry(m_console, QString(), QString(),
-                makeConsoleError(QStringLiteral(
-                    "Nothing was edited: the window shows another context or namespace by now.")));
-        }
-        finished();
-    });
+    whenSettled(
+        [this, arguments, finished = std::move(finished), place = ChangePlace(*this)](const QString &reason) {
+            if (!reason.isEmpty()) {
+                refuseChange(*this, nothingEdited, reason);
+            } else if (!place.isStillShown()) {
+                refuseMovedChange(*this, nothingEdited);
+            } else {
+                editNow(arguments, finished);
+                return;
+            }
+            finished();
+        });
 }
 
 void KubeSplitViewController::editNow(const QStringList &arguments, std::function<void()> finished)
 {
+    const KubeConfigCopy copy = m_kubeCtl.makeCopy();
+    if (!copy.problem.isEmpty()) {
+        refuseChange(*this, nothingEdited, copy.problem);
+        finished();
+        return;
+    }
     std::erase_if(m_edits, [](const auto &edit) { return edit.expired(); });
-    const auto edit = std::make_shared<EditFile>(qobject_cast<QWidget *>(parent()), m_kubeCtl.configPath);
+    const auto edit = std::make_shared<EditFile>(qobject_cast<QWidget *>(parent()), copy.kubeConfig);
     edit->showPreferences = [self = QPointer(this)] {
         if (self) {
             Q_EMIT self->preferencesRequested();
@@ -465,7 +497,7 @@ void KubeSplitViewController::editNow(const QStringList &arguments, std::functio
     };
     m_edits.push_back(edit);
     edit->runAsync(arguments, true, m_console,
-        [finished = std::move(finished), console = m_console](const ShellResult &result) {
+        [finished = std::move(finished), console = m_console, view = copy.view](const ShellResult &result) {
             // Every other outcome has its entry.
             if (result.error && result.error->startsWith(QLatin1String("Unexpected error: "))) {
                 mainQueue().post([console, error = *result.error] {

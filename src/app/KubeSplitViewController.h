@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/KubeConfigWatch.h"
 #include "platform/UserDefaults.h"
 #include "resources/WindowState.h"
 
 #include <QDateTime>
 #include <QStringList>
+#include <QTimer>
 
 namespace tidewright {
 
 class EditFile;
-class KubeConfigWriter;
+class UserKubeConfig;
 
 /// What a cluster window's context list or namespace list shows.
 struct ChoiceList
@@ -19,6 +21,7 @@ struct ChoiceList
     QString selected = {}; ///< empty when no entry is
     bool loading = false; ///< "Loading..." stands in place of the entries
     bool enabled = false;
+    bool acceptsOthers = false; ///< the entries need not be all there are: the user may name another one
 };
 
 /// The state of one cluster window: its kubectl, context and namespace, and the lists to choose them from.
@@ -28,8 +31,8 @@ class KubeSplitViewController : public WindowState
 {
     Q_OBJECT
 public:
-    /// `writer` must outlive the state.
-    explicit KubeSplitViewController(KubeConfigWriter &writer, QObject *parent = nullptr);
+    /// `userFile` must outlive the state.
+    explicit KubeSplitViewController(UserKubeConfig &userFile, QObject *parent = nullptr);
     ~KubeSplitViewController() override;
 
     QString currentContext() const override { return m_currentContext; }
@@ -37,7 +40,7 @@ public:
     QString kubeConfigPath() const override { return m_kubeCtl.configPath; }
     KubeCtl &kubeCtl() override { return m_kubeCtl; }
     Console *console() override { return m_console; }
-    void agreeWithKubeConfig(std::function<void(bool agreed)> completion) override;
+    void whenSettled(std::function<void(const QString &obstacle)> completion) override;
     QString loadingHint() const override;
     QDateTime waitingSince() const override { return m_waitingSince; }
     void retryLoading() override;
@@ -56,9 +59,10 @@ public:
     /// The content is about to appear: takes the window's kubeconfig (empty: kubectl's default) and loads the
     /// contexts.
     void viewWillAppear(const QString &kubeConfigPath);
-    /// Makes the kubeconfig follow this window, now that the user works in it.
+    /// The user works in this window from now on.
     void windowDidBecomeMain();
 
+    /// What the user chooses; the user's own kubeconfig may follow.
     void chooseContext(const QString &name);
     void chooseNamespace(const QString &name);
     void reloadContexts();
@@ -78,44 +82,52 @@ Q_SIGNALS:
 
 private:
     void contextsLoaded(quint64 request, const QStringList &contexts, const QString &current);
-    void forgetNamespaces();
     void contextsMissing(quint64 request, const QString &reason);
-    void loadNamespaces(quint64 request);
+    void enterContext(const QString &name);
+    void forgetNamespaces();
+    void loadNamespaces();
     void namespacesLoaded(quint64 request, const QStringList &namespaces);
-    void namespacesOutOfReach(quint64 request);
-    void switchContext(const QString &name);
-    void contextUsed(const QString &name, bool success);
+    QString namespaceToShow(const QStringList &namespaces) const;
+    void takeNamespace(const QString &name);
+    void setNamespace();
     void enableNamespaces();
-    // Steps of a task in the writer's queue.
-    void applyContext(const std::function<void()> &finished);
-    void applyNamespace(const std::function<void()> &finished);
-    void answerAgreement();
-    bool kubeConfigHasContext() const;
-    bool kubeConfigAgrees() const;
-    /// Why commands that go by the kubeconfig cannot run now; empty when they can.
+    void switchContext(const QString &name);
+    void contextUsed(quint64 request, bool success);
+    void lookAtKubeConfig();
+    void setDisplacement(const QString &sentence);
+    void lookedBeforeCommand(const QString &change);
+    void answerWaiting();
+    bool hasItsPlace() const;
+    /// Why nothing can be started that goes by the window's place; empty when it can.
     QString obstacle() const;
     void editNow(const QStringList &arguments, std::function<void()> finished);
 
-    KubeConfigWriter &m_writer;
+    UserKubeConfig &m_userFile;
     KubeCtl m_kubeCtl;
+    KubeConfigWatch m_watch;
+    QTimer m_lookTimer;
     QPointer<Console> m_console;
     QString m_currentContext;
     QString m_currentNamespace;
     UserDefaults::Dictionary m_lastNamespaceForContext;
     ChoiceList m_contextList;
     ChoiceList m_namespaceList;
+    KubeConfigContents m_contentsRead; ///< while the contexts are being loaded
     quint64 m_contextRequest = 0;
     quint64 m_namespaceRequest = 0;
+    quint64 m_placeRequest = 0; ///< of the latest change of context or namespace
     std::shared_ptr<Shell> m_contextShell;
     std::shared_ptr<Shell> m_namespaceShell;
-    std::shared_ptr<void> m_stillness; ///< until the namespaces are there
-    std::shared_ptr<void> m_agreedStillness; ///< for the latest command that goes by the kubeconfig
+    std::shared_ptr<Shell> m_placeShell; ///< while the window's place is being set
     bool m_choosingContext
         = false; // from the choice until its namespaces are known: the tables show the old context
+    bool m_userFollows = false; ///< the user's own kubeconfig, once the context is switched
+    bool m_isLooking = false; ///< before a command
+    QString m_displacement; ///< the kubeconfig leads elsewhere than the tables show: a sentence
     QString m_hint; ///< why the tables have nothing to load from
     QString m_namespaceError;
     QDateTime m_waitingSince;
-    std::vector<std::function<void(bool)>> m_awaitingAgreement;
+    std::vector<std::function<void(const QString &)>> m_waiting; ///< until the window is settled
     std::vector<std::weak_ptr<EditFile>> m_edits; ///< those under way, and some that have ended
 };
 

@@ -20,12 +20,12 @@
 
 namespace tidewright {
 
-MainWindowController::MainWindowController(KubeConfigWriter &writer, QWidget *parent)
+MainWindowController::MainWindowController(UserKubeConfig &userFile, QWidget *parent)
     : QWidget(parent)
     , m_title(QStringLiteral("Tidewright"))
     , m_tabTitle(m_title)
     , m_console(new ConsoleViewController(this))
-    , m_state(new KubeSplitViewController(writer, this))
+    , m_state(new KubeSplitViewController(userFile, this))
     , m_content(new PrimaryContentController(*m_state))
     , m_sidebar(new SidebarController)
     , m_toolBar(new ClusterToolBar(*m_state, *m_content))

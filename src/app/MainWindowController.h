@@ -11,7 +11,7 @@ namespace tidewright {
 class ClusterToolBar;
 class Console;
 class ConsoleViewController;
-class KubeConfigWriter;
+class UserKubeConfig;
 class KubeSplitViewController;
 class PrimaryContentController;
 class SidebarController;
@@ -22,8 +22,8 @@ class MainWindowController : public QWidget
 {
     Q_OBJECT
 public:
-    /// `writer` must outlive the window.
-    explicit MainWindowController(KubeConfigWriter &writer, QWidget *parent = nullptr);
+    /// `userFile` must outlive the window.
+    explicit MainWindowController(UserKubeConfig &userFile, QWidget *parent = nullptr);
     ~MainWindowController() override;
 
     /// To be called once by whoever opens the window: takes the kubeconfig of the settings unless it has one

@@ -4,14 +4,14 @@
 namespace tidewright {
 
 class ActionLibrary;
-class KubeConfigWriter;
+class UserKubeConfig;
 class ToolBarLayout;
 class WebPages;
 
 /// What all cluster windows share. Outlives them.
 struct WindowServices
 {
-    KubeConfigWriter &writer;
+    UserKubeConfig &userFile;
     const WebPages &pages;
     ActionLibrary &actions;
     ToolBarLayout &toolBar;

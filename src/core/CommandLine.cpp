@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/CommandLine.h"
 
+#include "core/KubectlArguments.h"
+
 #include <algorithm>
 
 namespace tidewright {
@@ -46,16 +48,36 @@ QString CommandLine::shellLine() const
         return {};
     }
     QStringList words;
-    if (!kubeConfig.isEmpty()) {
-        words.append(QLatin1String("KUBECONFIG=") + inQuotes(kubeConfig));
+    if (!place.kubeConfig.isEmpty()) {
+        words.append(QLatin1String("KUBECONFIG=") + inQuotes(place.kubeConfig));
     }
     if (shellReadsOtherwise(arguments.first())) {
         words.append(QStringLiteral("env")); // as the command was started in the first place
     }
     for (const QString &argument : arguments) {
         words.append(quoted(argument));
+        if (words.last() == QLatin1String("kubectl") && &argument == &arguments.first()) {
+            words += placeOptions();
+        }
     }
     return words.join(QLatin1Char(' '));
+}
+
+/// What the command line itself leaves to the kubeconfig's current context.
+QStringList CommandLine::placeOptions() const
+{
+    const KubectlArguments read = KubectlArguments::read(arguments.mid(1));
+    QStringList options;
+    if (read.isLocal() || !read.goesByCurrentContext()) {
+        return options;
+    }
+    if (!place.context.isEmpty()) {
+        options.append(quoted(QLatin1String("--context=") + place.context));
+    }
+    if (!place.nameSpace.isEmpty() && !read.namesNamespace) {
+        options.append(quoted(QLatin1String("--namespace=") + place.nameSpace));
+    }
+    return options;
 }
 
 } // namespace tidewright

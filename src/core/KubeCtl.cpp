@@ -2,8 +2,10 @@
 #include "core/KubeCtl.h"
 
 #include "core/ApplicationRecord.h"
+#include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
 
+#include <QDir>
 #include <QFile>
 
 namespace tidewright {
@@ -30,7 +32,26 @@ QStringList textPieces(const QByteArray &output, char16_t separator)
     return QString::fromUtf8(output).split(QChar(separator), Qt::SkipEmptyParts);
 }
 
+/// The current context of a window that has none: kubectl says that there is no such context.
+const auto noContext = QStringLiteral("(no context is chosen in this window)");
+
+QString noView(const QString &problem)
+{
+    return QStringLiteral("The window could not fix the context for the command: %1.").arg(problem);
+}
+
 } // namespace
+
+QStringList useContextArguments(const QString &context)
+{
+    return {QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("use-context"), context};
+}
+
+QStringList setNamespaceArguments(const QString &nameSpace)
+{
+    return {QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("set-context"),
+        QStringLiteral("--current"), QLatin1String("--namespace=") + nameSpace};
+}
 
 QString namespaceArgument(const QString &currentNamespace)
 {
@@ -43,7 +64,40 @@ QString contextArgument(const QString &context)
     return QLatin1String("--context=") + context;
 }
 
-std::shared_ptr<Shell> KubeCtl::makeShell() const
+QString kubeConfigFiles(const QString &configPath)
+{
+    const QString list = configPath.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : configPath;
+    QStringList files = list.split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    if (files.isEmpty()) {
+        files = {QDir::homePath() + QLatin1String("/.kube/config")};
+    }
+    for (QString &file : files) {
+        file = QDir::cleanPath(QDir::current().absoluteFilePath(file));
+    }
+    return files.join(QLatin1Char(':'));
+}
+
+QStringList readKubeConfigArguments()
+{
+    return {QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("view"),
+        QStringLiteral("-ojson")};
+}
+
+KubeCtl::KubeCtl()
+    : m_place(std::make_shared<Place>())
+{
+}
+
+void KubeCtl::adopt(const KubeConfigContents &contents, const QString &context)
+{
+    ++m_place->changes;
+    m_place->contents = contents;
+    m_place->problem.clear();
+    m_place->view = KubeConfigView::make(
+        contents, context.isEmpty() ? noContext : context, contents.nameSpace(context), m_place->problem, {});
+}
+
+std::shared_ptr<Shell> KubeCtl::makePlainShell() const
 {
     auto shell = Shell::create();
     if (!configPath.isEmpty()) {
@@ -52,9 +106,53 @@ std::shared_ptr<Shell> KubeCtl::makeShell() const
     return shell;
 }
 
+std::shared_ptr<Shell> KubeCtl::makeShell() const
+{
+    const std::shared_ptr<const KubeConfigView> &view = m_place->view;
+    return usesView()
+        ? shellFor({view ? view->inFrontOf(kubeConfigFiles(configPath)) : QString(), view, obstacle()})
+        : makePlainShell();
+}
+
+std::shared_ptr<Shell> KubeCtl::makeForeignShell() const
+{
+    return usesView() ? shellFor(makeCopy()) : makePlainShell();
+}
+
+std::shared_ptr<Shell> KubeCtl::shellFor(const KubeConfigCopy &copy) const
+{
+    auto shell = makePlainShell();
+    if (!copy.problem.isEmpty()) {
+        shell->gate = [problem = copy.problem](const QStringList &) { return problem; };
+        return shell;
+    }
+    shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(copy.kubeConfig));
+    shell->needed = copy.view;
+    shell->place = {kubeConfigFiles(configPath), copy.view->context(), copy.view->nameSpace()};
+    return shell;
+}
+
+KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime) const
+{
+    const QString files = kubeConfigFiles(configPath);
+    const std::shared_ptr<const KubeConfigView> &view = m_place->view;
+    if (!view) {
+        return {files, nullptr, obstacle()};
+    }
+    QString problem;
+    const auto copy = KubeConfigView::make(m_place->contents, view->context(), view->nameSpace(), problem,
+        {.holds = KubeConfigView::Holds::AllContexts, .lifetime = lifetime});
+    return copy ? KubeConfigCopy{copy->inFrontOf(files), copy} : KubeConfigCopy{{}, nullptr, noView(problem)};
+}
+
+QString KubeCtl::obstacle() const
+{
+    return m_place->problem.isEmpty() ? QString() : noView(m_place->problem);
+}
+
 std::shared_ptr<Shell> KubeCtl::loadContexts(ContextsLoaded completion, Failed failed) const
 {
-    auto shell = makeShell();
+    auto shell = makePlainShell();
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("view"),
         QStringLiteral("-ojsonpath={.current-context}\n{range .contexts[*]}{.name}\t{end}")};
     shell->runAsync(arguments, false, mainConsole(),
@@ -103,28 +201,132 @@ std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion, Fail
     return shell;
 }
 
+std::shared_ptr<Shell> KubeCtl::readKubeConfig(KubeConfigRead completion) const
+{
+    auto shell = makePlainShell();
+    shell->runAsync(readKubeConfigArguments(), false, nullptr,
+        [completion = std::move(completion)](const ShellResult &result) {
+            const auto contents
+                = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
+            mainQueue().post([completion, contents] { completion(contents); });
+        });
+    return shell;
+}
+
+/// One change of what is current: in a new view, or in the user's own kubeconfig when there is no view to
+/// make. Made on the main thread, performed on the shell queue, taken over on the main thread.
+struct KubeCtl::Change
+{
+    std::shared_ptr<Place> place;
+    std::shared_ptr<Shell> shell;
+    QString files;
+    QString context;
+    QString nameSpace = {}; ///< the one to be set; empty when the context is
+    quint64 number = ++place->changes;
+    KubeConfigContents contents = place->contents;
+    View view = place->view;
+    QString problemBefore = place->problem;
+
+    /// Why it was not done; empty when it was.
+    QString perform();
+    void take() const;
+
+private:
+    QString prepareView();
+    QString readBack() const;
+    std::optional<KubeConfigContents> read(QString &failure) const;
+};
+
+std::optional<KubeConfigContents> KubeCtl::Change::read(QString &failure) const
+{
+    const ShellResult result = shell->run(readKubeConfigArguments(), false);
+    auto parsed = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
+    failure = parsed ? QString() : result.failure();
+    return parsed;
+}
+
+/// Another context is taken as the kubeconfig has it now: it may have been edited since it was read.
+QString KubeCtl::Change::prepareView()
+{
+    QString problem;
+    KubeConfigView::Options options;
+    if (!nameSpace.isEmpty()) {
+        if (!view) {
+            return noView(problemBefore);
+        }
+        options.firstNamespace = view->nameSpace();
+    } else if (const auto now = read(problem)) {
+        contents = *now;
+        options.firstContext = noContext;
+    } else {
+        return problem;
+    }
+    view = KubeConfigView::make(
+        contents, context, nameSpace.isEmpty() ? contents.nameSpace(context) : nameSpace, problem, options);
+    if (!view) {
+        return noView(problem);
+    }
+    shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(view->inFrontOf(files)));
+    return {};
+}
+
+QString KubeCtl::Change::readBack() const
+{
+    QString failure;
+    const auto now = read(failure);
+    if (!now) {
+        return failure;
+    }
+    const bool isSet
+        = nameSpace.isEmpty() ? now->current == context : now->nameSpace(now->current) == nameSpace;
+    const bool isThere = now->destination(context) == contents.destination(context);
+    return isSet && isThere ? QString()
+                            : QStringLiteral("kubectl ended well, but what it was to set is not there.");
+}
+
+QString KubeCtl::Change::perform()
+{
+    if (nameSpace.isEmpty() && context.startsWith(QLatin1Char('-'))) {
+        return QStringLiteral("kubectl would take the name for an option.");
+    }
+    if (const QString problem = prepareView(); !problem.isEmpty()) {
+        return problem;
+    }
+    const ShellResult result = shell->run(
+        nameSpace.isEmpty() ? useContextArguments(context) : setNamespaceArguments(nameSpace), false);
+    return result.hasSucceeded() ? readBack() : result.failure();
+}
+
+void KubeCtl::Change::take() const
+{
+    if (place->changes == number) {
+        place->contents = contents;
+        place->view = view;
+    }
+}
+
 std::shared_ptr<Shell> KubeCtl::useContext(const QString &name, ContextUsed completion) const
 {
     if (name.isEmpty()) {
         return nullptr;
     }
-    auto shell = makeShell();
-    const QStringList arguments{
-        QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("use-context"), name};
-    shell->runAsync(arguments, false, nullptr,
-        [name, completion = std::move(completion), run = shell.get()](const ShellResult &result) {
-            if (result.error) {
-                if (!run->isCancelled()) {
-                    reportNotLoaded(QLatin1String("Context ") + name, *result.error);
-                }
-                completion(false);
-                return;
+    auto shell = makePlainShell();
+    Change change{m_place, shell, kubeConfigFiles(configPath), name};
+    shellQueue().post([change, name, completion = std::move(completion)]() mutable {
+        const QString failure = change.perform();
+        if (!failure.isEmpty()) {
+            if (!change.shell->isCancelled()) {
+                reportNotLoaded(QLatin1String("Context ") + name, failure);
             }
-            mainQueue().post([name, completion] {
-                applicationRecord().appContext = name;
-                completion(true);
-            });
+            completion(false);
+            return;
+        }
+        mainQueue().post([change, name, completion] {
+            change.take();
+            applicationRecord().appContext = name;
+            completion(true);
         });
+    });
     return shell;
 }
 
@@ -140,23 +342,24 @@ std::shared_ptr<Shell> KubeCtl::setNamespace(const QString &name, NamespaceSet c
         mainQueue().post(record);
         return nullptr;
     }
-    auto shell = makeShell();
+    auto shell = makePlainShell();
     shell->niceness = 5; // the visible table's listing starts at the same moment and comes first
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("config"),
-        QStringLiteral("set-context"), QStringLiteral("--current"), QLatin1String("--namespace=") + name};
-    shell->runAsync(
-        arguments, false, nullptr, [name, record, completion, run = shell.get()](const ShellResult &result) {
-            if (!result.error) {
-                mainQueue().post(record);
-                return;
-            }
-            if (!run->isCancelled()) {
-                reportNotLoaded(QLatin1String("Namespace ") + name, *result.error);
-            }
-            if (completion) {
-                mainQueue().post([completion] { completion(false); });
+    const QString context = m_place->view ? m_place->view->context() : QString();
+    Change change{m_place, shell, kubeConfigFiles(configPath), context, name};
+    shellQueue().post([change, name, record, completion]() mutable {
+        const QString failure = change.perform();
+        if (!failure.isEmpty() && !change.shell->isCancelled()) {
+            reportNotLoaded(QLatin1String("Namespace ") + name, failure);
+        }
+        mainQueue().post([change, record, completion, success = failure.isEmpty()] {
+            if (success) {
+                change.take();
+                record();
+            } else if (completion) {
+                completion(false);
             }
         });
+    });
     return shell;
 }
 

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/KubeConfigView.h"
 #include "core/Shell.h"
 
 namespace tidewright {
 
-/// The pseudo-namespace of a window that shows every namespace. It never reaches the kubeconfig.
+/// The pseudo-namespace of a window that shows every namespace. It never reaches a kubeconfig.
 inline const QString allNamespaces = QStringLiteral("All Namespaces");
 
 /// "--all-namespaces" for the pseudo-namespace, else "-n" immediately followed by the name, as one argument.
@@ -13,10 +14,31 @@ QString namespaceArgument(const QString &currentNamespace);
 /// "--context=" immediately followed by the name, as one argument.
 QString contextArgument(const QString &context);
 
-/// The one object through which a cluster window reaches its cluster: it hands the window's kubeconfig to
-/// every kubectl child and knows the contexts and namespaces. Main thread; each operation runs on a shell of
-/// its own, which it returns so that the caller can cancel it. Failures go to the main window's console, as
+/// The files that `configPath` stands for, absolute, those of KUBECONFIG or kubectl's own when it is empty: a
+/// value for KUBECONFIG.
+QString kubeConfigFiles(const QString &configPath);
+
+/// The argument lists that read the kubeconfig, as KubeConfigContents, and change what is current in it.
+QStringList readKubeConfigArguments();
+QStringList useContextArguments(const QString &context);
+QStringList setNamespaceArguments(const QString &nameSpace);
+
+/// What a program gets that is not kubectl: a view of its own in front of the kubeconfig, to be held until it
+/// has read it for the last time.
+struct KubeConfigCopy
+{
+    QString kubeConfig; ///< the value of KUBECONFIG
+    std::shared_ptr<const KubeConfigView> view;
+    QString problem = {}; ///< why there is none: a sentence; then nothing may be started
+};
+
+/// The one object through which a cluster window reaches its cluster. It knows the window's kubeconfig and
+/// its view of it, which stands in front of it in the environment of every child, so that what names no
+/// context and no namespace acts where the window does. Main thread; each operation runs on a shell of its
+/// own, which it returns so that the caller can cancel it. Failures go to the main window's console, as
 /// errors without a command; a run that was cancelled is no failure, but completes like one.
+///
+/// Until `adopt` was called there is no view, and children get the user's kubeconfig alone.
 class KubeCtl
 {
 public:
@@ -26,28 +48,71 @@ public:
     using Failed = std::function<void(const QString &error)>;
     using ContextUsed = std::function<void(bool success)>;
     using NamespaceSet = std::function<void(bool success)>;
+    using KubeConfigRead = std::function<void(const std::optional<KubeConfigContents> &contents)>;
 
-    /// The window's kubeconfig file; empty means kubectl's own default.
+    KubeCtl();
+
+    /// The window's kubeconfig: a path, or a list of them separated by colons; empty means kubectl's own
+    /// default.
     QString configPath;
 
-    /// A shell whose children use the window's kubeconfig.
-    std::shared_ptr<Shell> makeShell() const;
+    /// What the kubeconfig held when it was read last.
+    const KubeConfigContents &contents() const { return m_place->contents; }
+    void setContents(const KubeConfigContents &contents) { m_place->contents = contents; }
+    /// Null without one.
+    std::shared_ptr<const KubeConfigView> view() const { return m_place->view; }
+    /// Takes a context of the kubeconfig, with its own namespace, for the place of all children to come. An
+    /// empty one leads nowhere.
+    void adopt(const KubeConfigContents &contents, const QString &context);
 
-    /// The contexts in the kubeconfig's order, and the current one (empty when the kubeconfig names none).
-    /// Completes on a shell-queue thread; when there is no context at all, `failed` is called there instead.
+    /// A shell whose children act where the window does: they use the view as it is now, whatever it is
+    /// replaced by.
+    std::shared_ptr<Shell> makeShell() const;
+    /// The same for programs that may themselves switch the context, which then switch only themselves.
+    std::shared_ptr<Shell> makeForeignShell() const;
+    /// A shell whose children use the user's own kubeconfig and nothing else.
+    std::shared_ptr<Shell> makePlainShell() const;
+    KubeConfigCopy makeCopy(KubeConfigView::Lifetime lifetime = KubeConfigView::Lifetime::WithHolder) const;
+
+    /// The contexts in the kubeconfig's order, and the current one (empty when the kubeconfig names none). It
+    /// is the user's kubeconfig that is asked. Completes on a shell-queue thread; when there is no context at
+    /// all, `failed` is called there instead.
     std::shared_ptr<Shell> loadContexts(ContextsLoaded completion, Failed failed = {}) const;
 
-    /// The namespaces of the kubeconfig's current context, empty after a failure, which `failed` is told of
-    /// just before. Completes on a shell-queue thread.
+    /// Reads the user's kubeconfig, untold. Completes on the main thread, with nothing when kubectl could not
+    /// read it.
+    std::shared_ptr<Shell> readKubeConfig(KubeConfigRead completion) const;
+
+    /// The namespaces of the current context, empty after a failure, which `failed` is told of just before.
+    /// Completes on a shell-queue thread.
     std::shared_ptr<Shell> loadNamespaces(NamespacesLoaded completion, Failed failed = {}) const;
 
-    /// Makes a context current in the kubeconfig; an empty name does nothing at all and yields no shell.
-    /// Completes with true on the main thread, with false on a shell-queue thread.
+    /// Makes a context current in a new view, as the kubeconfig has it by now, which takes the old one's
+    /// place. Done only when kubectl ended well and the view reads back so. An empty name does nothing at all
+    /// and yields no shell. Completes with true on the main thread, with false on a shell-queue thread. A
+    /// later change supersedes this one: it must have been cancelled before.
     std::shared_ptr<Shell> useContext(const QString &name, ContextUsed completion) const;
 
-    /// Sets the namespace of the kubeconfig's current context. The pseudo-namespace is only recorded, without
-    /// a shell. Completes on the main thread.
+    /// Sets the namespace of the current context, in the same way. The pseudo-namespace is only recorded,
+    /// without a shell. Completes on the main thread.
     std::shared_ptr<Shell> setNamespace(const QString &name, NamespaceSet completion = {}) const;
+
+private:
+    struct Place
+    {
+        KubeConfigContents contents;
+        std::shared_ptr<const KubeConfigView> view;
+        QString problem; ///< why there is no view that could be used
+        quint64 changes = 0;
+    };
+    using View = std::shared_ptr<const KubeConfigView>;
+    struct Change;
+
+    std::shared_ptr<Shell> shellFor(const KubeConfigCopy &copy) const;
+    QString obstacle() const;
+    bool usesView() const { return m_place->view || !m_place->problem.isEmpty(); }
+
+    std::shared_ptr<Place> m_place;
 };
 
 } // namespace tidewright

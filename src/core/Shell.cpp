@@ -26,6 +26,9 @@ QStringList withPackagedKubectl(QStringList arguments)
     return arguments;
 }
 
+/// Between a child's end of file and the news of its end.
+constexpr std::chrono::seconds exitNotice(2);
+
 /// Bytes of standard error that are kept of a command that was ended early.
 constexpr qsizetype complaintLimit = 1 << 16;
 
@@ -52,19 +55,33 @@ QString unfinishedText(QByteArray bytes)
 }
 
 /// Shows a finished run in the console it was started for, or in the main window's when it was started for
-/// none.
+/// none, or when that one is gone and it must be told.
 void logRun(const CommandLine &line, const QString &response, const std::optional<QString> &error,
-    const std::optional<QPointer<Console>> &console)
+    const std::optional<QPointer<Console>> &console, bool always)
 {
     mainQueue().post(
         [=, command = withoutTabs(line.arguments.join(QLatin1Char(' '))), shown = withoutTabs(response)] {
-            if (!console || *console) {
+            if (!console || *console || always) {
                 postConsoleEntry(console.value_or(nullptr), command, shown, consoleError(error), line);
             }
         });
 }
 
 } // namespace
+
+QString ShellResult::failure() const
+{
+    const QString killed
+        = signal ? QStringLiteral("The command was ended by signal %1.").arg(*signal) : QString();
+    if (error) {
+        return killed.isEmpty() ? *error : QString(*error + QLatin1Char('\n') + killed);
+    }
+    if (signal || exitStatus == 0) {
+        return killed;
+    }
+    return exitStatus ? QStringLiteral("The command failed with exit status %1.").arg(*exitStatus)
+                      : QStringLiteral("The command did not say how it ended.");
+}
 
 /// A child that is ready to start, with the pipes for it; no process when the pipes could not be made.
 struct Shell::Prepared
@@ -121,20 +138,39 @@ Shell::Prepared Shell::prepareProcess(const QStringList &arguments) const
 
 ShellResult Shell::run(const QStringList &arguments, bool logToConsole, QPointer<Console> console)
 {
-    return perform(arguments, logToConsole, console ? Addressee(console) : std::nullopt);
+    return perform(arguments, logToConsole ? Log::Yes : Log::No, console ? Addressee(console) : std::nullopt);
 }
 
-ShellResult Shell::perform(const QStringList &arguments, bool logToConsole, const Addressee &console)
+CommandLine Shell::commandLine(const QStringList &arguments) const
 {
+    const QString kubeConfig = QFile::decodeName(environment.value(QByteArrayLiteral("KUBECONFIG")));
+    return {arguments, place.value_or(CommandPlace{kubeConfig})};
+}
+
+ShellResult Shell::notStarted(
+    const QStringList &arguments, Log log, const Addressee &console, const QString &reason) const
+{
+    if (log == Log::Always) {
+        logRun(commandLine(arguments), QString(), reason, console, true);
+    }
+    return {QByteArray(), reason};
+}
+
+ShellResult Shell::perform(const QStringList &arguments, Log log, const Addressee &console)
+{
+    const auto refuse = [&](const QString &reason) { return notStarted(arguments, log, console, reason); };
     if (m_cancelled) {
-        return {QByteArray(), stoppedText()};
+        return refuse(stoppedText());
+    }
+    if (const QString reason = gate ? gate(arguments) : QString(); !reason.isEmpty()) {
+        return refuse(reason);
     }
     Prepared prepared = prepareProcess(withPackagedKubectl(arguments));
     if (!prepared.process) {
-        return {QByteArray(), QStringLiteral("No process defined")};
+        return refuse(QStringLiteral("No process defined"));
     }
     if (const auto failure = prepared.process->start(prepared.pipe, prepared.errorPipe)) {
-        return {QByteArray(), QStringLiteral("Unexpected error: %1.").arg(*failure)};
+        return refuse(QStringLiteral("Unexpected error: %1.").arg(*failure));
     }
     {
         const std::lock_guard lock(m_mutex);
@@ -147,20 +183,26 @@ ShellResult Shell::perform(const QStringList &arguments, bool logToConsole, cons
         const QString said = unfinishedText(collected.error.left(complaintLimit));
         result.error
             = said.isEmpty() ? *collected.complaint : *collected.complaint + QLatin1Char('\n') + said;
-        response = logToConsole ? unfinishedText(collected.output) : QString();
+        response = log == Log::No ? QString() : unfinishedText(collected.output);
         collected.output.clear();
     } else if (!collected.error.isEmpty()) {
         result.error = decodeUtf8(collected.error);
     }
+    if (!collected.complaint && prepared.process->waitUntilExit(exitNotice)) {
+        result.exitStatus = prepared.process->exitStatus();
+        result.signal = prepared.process->terminationSignal();
+    }
     m_errorWasText = collected.error.isValidUtf8();
     const bool readable = collected.output.isValidUtf8();
     m_outputWasText = readable;
-    if (logToConsole) {
+    if (log != Log::No) {
         if (readable && !collected.output.isEmpty()) {
             response = QString::fromUtf8(collected.output);
         }
-        const QString kubeConfig = QFile::decodeName(environment.value(QByteArrayLiteral("KUBECONFIG")));
-        logRun({arguments, kubeConfig}, response, result.error, console);
+        // A command that was killed, or failed without a word, must not read like one that was done.
+        const bool endedBadly = result.signal || result.exitStatus.value_or(0) != 0;
+        logRun(commandLine(arguments), response, endedBadly ? std::optional(result.failure()) : result.error,
+            console, log == Log::Always);
     }
     if (readable) {
         result.output = trimmedUtf8(std::move(collected.output));
@@ -199,15 +241,25 @@ Shell::Collected Shell::collect(Prepared &prepared) const
 void Shell::runAsync(
     const QStringList &arguments, bool logToConsole, QPointer<Console> console, Completion completion)
 {
-    auto start = [self = shared_from_this(), arguments, logToConsole,
+    post(arguments, logToConsole ? Log::Yes : Log::No, std::move(console), std::move(completion));
+}
+
+void Shell::runToldAsync(const QStringList &arguments, QPointer<Console> console, Completion completion)
+{
+    post(arguments, Log::Always, std::move(console), std::move(completion));
+}
+
+void Shell::post(const QStringList &arguments, Log log, QPointer<Console> console, Completion completion)
+{
+    auto start = [self = shared_from_this(), arguments, log,
                      addressee = console ? Addressee(std::move(console)) : std::nullopt,
                      completion = std::move(completion)]() mutable {
         if (Console *current = addressee ? nullptr : mainConsole()) {
             addressee = current;
         }
-        shellQueue().post([self = std::move(self), arguments, logToConsole, addressee = std::move(addressee),
+        shellQueue().post([self = std::move(self), arguments, log, addressee = std::move(addressee),
                               completion = std::move(completion)] {
-            completion(self->perform(arguments, logToConsole, addressee));
+            completion(self->perform(arguments, log, addressee));
         });
     };
     if (QThread::currentThread() == mainQueue().thread()) {
@@ -261,6 +313,10 @@ std::shared_ptr<StreamingRun> Shell::startStream(
         if (!isWanted()) {
             return nullptr;
         }
+    }
+    if (const QString reason = gate ? gate(arguments) : QString(); !reason.isEmpty()) {
+        handler(QString(), reason);
+        return nullptr;
     }
     Prepared prepared = prepareProcess(arguments);
     if (!prepared.process) {

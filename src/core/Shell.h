@@ -12,8 +12,8 @@
 
 namespace tidewright {
 
-/// What a finished run yields. A run counts as failed exactly when `error` is there; the child's exit status
-/// is not part of it.
+/// What a finished run yields. A run counts as failed when `error` is there; whoever must know that a command
+/// has done what it was to do asks `hasSucceeded`.
 struct ShellResult
 {
     /// Standard output: valid UTF-8 without white space and line ends at both ends. Empty when the run failed
@@ -22,6 +22,14 @@ struct ShellResult
     QByteArray output;
     /// Standard error when it was not empty, or the runner's own message.
     std::optional<QString> error;
+    /// Nothing when the child never ran, was killed, or left its output to others and lives on.
+    std::optional<int> exitStatus = {};
+    std::optional<int> signal = {}; ///< the one that killed it
+
+    /// The child came to its own end, well, and had nothing to complain of.
+    bool hasSucceeded() const { return !error && exitStatus == 0; }
+    /// What it complained of, or else how it ended; empty after a success.
+    QString failure() const;
 };
 
 class StreamingRun;
@@ -44,6 +52,13 @@ public:
 
     /// The complete environment of every child: the application's own at creation with another PATH.
     Environment environment;
+    /// Asked before a child is started, on the thread that starts it, with its arguments: why it must not be;
+    /// empty when it may. Not there: every child may.
+    std::function<QString(const QStringList &arguments)> gate;
+    /// Kept until the shell goes: what a child needs on disk.
+    std::shared_ptr<const void> needed;
+    /// What the console offers to run again elsewhere, when that is not what the environment holds.
+    std::optional<CommandPlace> place;
     /// Added to the CPU priority value of the children.
     int niceness = 0;
     /// More output than this many bytes ends the child and fails the run, instead of exhausting the machine's
@@ -57,6 +72,10 @@ public:
     /// completion is called once, on a shell-queue thread.
     void runAsync(
         const QStringList &arguments, bool logToConsole, QPointer<Console> console, Completion completion);
+
+    /// A logged `runAsync` for what must not end untold: a child that could not be started has its entry too,
+    /// and the main window's console stands in for one that is gone by then.
+    void runToldAsync(const QStringList &arguments, QPointer<Console> console, Completion completion);
 
     /// Starts a child whose output arrives in pieces; one that this shell still streams is terminated first.
     /// The arguments are used unchanged. The child ends with this shell at the latest. A program that cannot
@@ -81,12 +100,17 @@ public:
 private:
     struct Prepared;
     struct Collected;
+    enum class Log { No, Yes, Always };
     /// The console that a run was started for, gone or not; none when it was started for none.
     using Addressee = std::optional<QPointer<Console>>;
 
     Shell();
     Prepared prepareProcess(const QStringList &arguments) const;
-    ShellResult perform(const QStringList &arguments, bool logToConsole, const Addressee &console);
+    void post(const QStringList &arguments, Log log, QPointer<Console> console, Completion completion);
+    ShellResult perform(const QStringList &arguments, Log log, const Addressee &console);
+    ShellResult notStarted(
+        const QStringList &arguments, Log log, const Addressee &console, const QString &reason) const;
+    CommandLine commandLine(const QStringList &arguments) const;
     Collected collect(Prepared &prepared) const;
     /// Null when the stream could not be started, or when a later request or a cancellation came first.
     std::shared_ptr<StreamingRun> startStream(

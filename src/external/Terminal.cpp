@@ -25,10 +25,12 @@ namespace {
 constexpr std::chrono::milliseconds moment(1000);
 
 /// Runs the first argument and leaves the user's shell in the window, also after Ctrl+C. What ran may have
-/// been a shell somewhere else, whose prompt looks the same.
-constexpr auto windowScript = R"(trap : INT QUIT; /bin/sh -c "$1"; trap - INT QUIT; )"
-                              R"(printf '\n%s\n' 'That has ended. You are on your own machine again.'; )"
-                              R"(exec "${SHELL:-/bin/sh}")";
+/// been a shell somewhere else, whose prompt looks the same. The lock on a file that is used passes to all
+/// that runs.
+constexpr auto windowScript
+    = R"(if [ -r "$2" ]; then exec 9<"$2"; flock -s 9; fi; trap : INT QUIT; /bin/sh -c "$1"; trap - INT QUIT; )"
+      R"(exec 9<&-; printf '\n%s\n' 'That has ended. You are on your own machine again.'; )"
+      R"(exec "${SHELL:-/bin/sh}")";
 
 /// What stands between a terminal's name and the command that it is to run in a new window.
 struct KnownTerminal
@@ -121,7 +123,7 @@ QString howItFailed(const QString &program, const ChildProcess &process, const Q
 }
 
 /// Returns what failed, or the empty text.
-QString openWindow(const QString &shellLine)
+QString openWindow(const QString &shellLine, const QString &usedFile)
 {
     Opener opener = resolvePreferredTerminal() == iTermTitle ? iTerm() : defaultTerminal();
     if (opener.words.isEmpty()) {
@@ -129,7 +131,7 @@ QString openWindow(const QString &shellLine)
     }
     const QString program = opener.words.first();
     opener.words += {QStringLiteral("/bin/sh"), QStringLiteral("-c"), QLatin1String(windowScript),
-        QStringLiteral("sh"), shellLine};
+        QStringLiteral("sh"), shellLine, usedFile};
     writeDiagnostic(QLatin1String("Running: ") + CommandLine{opener.words, {}}.shellLine());
     // The terminal gets a session of its own, so that it stays when the application ends; what ends then is
     // the one that waits to see how the terminal fares.
@@ -159,9 +161,9 @@ QString resolvePreferredTerminal()
     return hasSchemeHandler(iTermScheme) ? iTermTitle : terminalTitle;
 }
 
-void runInTerminal(const QString &commandLine)
+void runInTerminal(const QString &commandLine, const QString &usedFile)
 {
-    QString outcome = openWindow(withoutLiteralEscapes(commandLine));
+    QString outcome = openWindow(withoutLiteralEscapes(commandLine), usedFile);
     if (outcome.isEmpty()) {
         outcome = QStringLiteral("{}");
     }

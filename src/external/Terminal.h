@@ -25,6 +25,9 @@ QString resolvePreferredTerminal();
 /// with
 /// "{}" as its error after a success, else with what failed (no terminal, its exit status and error text).
 /// Not on the main thread.
-void runInTerminal(const QString &commandLine);
+///
+/// The terminal holds a shared lock on `usedFile` (may be empty) until what ran has ended, with all that it
+/// started.
+void runInTerminal(const QString &commandLine, const QString &usedFile = {});
 
 } // namespace tidewright

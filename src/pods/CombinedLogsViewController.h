@@ -28,8 +28,10 @@ public:
 
     /// What to follow, in the order of the colour index.
     std::vector<ContainerPair> containers;
-    /// Empty for kubectl's own.
+    /// The value of KUBECONFIG; empty for kubectl's own.
     QString kubeConfigPath;
+    /// Keeps what stands in it.
+    std::shared_ptr<const void> kubeConfigView;
     QString context;
     QString nameSpace;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ConsoleViewController.h"
 
+#include "core/KubectlArguments.h"
 #include "platform/DisplayText.h"
 #include "platform/LinkDetection.h"
 #include "platform/MainQueue.h"
@@ -8,6 +9,7 @@
 #include "pods/ConsoleStyle.h"
 #include "pods/ConsoleText.h"
 #include "pods/ConsoleTextView.h"
+#include "resources/ClusterChange.h"
 #include "resources/WindowState.h"
 
 #include <QApplication>
@@ -60,28 +62,26 @@ std::vector<StyledRun> styled(const ConsoleEntry &entry, const QString &error)
     return runs;
 }
 
-/// Whether a command goes by the kubeconfig's current context and namespace. Commands about the kubeconfig
-/// or the client itself, and those that say where they go, must also run while the window has trouble.
-bool goesByCurrentContext(const QStringList &words)
+/// How a typed line reaches its place.
+enum class Reach {
+    UserFile, ///< it changes the user's own kubeconfig
+    Now, ///< it says itself where it goes, or goes nowhere: it must also run while the window has trouble
+    WhenSettled, ///< it goes where the window is, which may be on its way
+};
+
+Reach reachOf(const QStringList &words, const WindowState &window)
 {
-    static const QStringList local{QStringLiteral("config"), QStringLiteral("version"),
-        QStringLiteral("help"), QStringLiteral("options"), QStringLiteral("completion"),
-        QStringLiteral("plugin")};
-    if (words.first() != QLatin1String("kubectl")) {
-        return false;
+    if (words.first() == QLatin1String("kubectl")) {
+        const auto read = KubectlArguments::read(words.mid(1));
+        if (read.writesKubeConfig() && !read.namesKubeConfig) {
+            return Reach::UserFile;
+        }
+        if (read.isLocal() || !read.goesByCurrentContext()) {
+            return Reach::Now;
+        }
     }
-    const auto saysWhere = [](const QString &word) {
-        return word == QLatin1String("--context") || word.startsWith(QLatin1String("--context="))
-            || word == QLatin1String("--kubeconfig") || word.startsWith(QLatin1String("--kubeconfig="));
-    };
-    // An option before the command may take the next word for its value.
-    const auto isOwnOption = [](const QString &word) {
-        return word.startsWith(QLatin1Char('-')) && word.contains(QLatin1Char('='));
-    };
-    const auto command = std::find_if_not(words.begin() + 1, words.end(), isOwnOption);
-    const auto end = std::find(words.begin() + 1, words.end(), QLatin1String("--"));
-    return !local.contains(command == words.end() ? QString() : *command)
-        && std::none_of(words.begin() + 1, end, saysWhere);
+    // Without a context the window's view leads nowhere, and kubectl says so.
+    return window.currentContext().isEmpty() ? Reach::Now : Reach::WhenSettled;
 }
 
 } // namespace
@@ -102,9 +102,7 @@ ConsoleViewController::ConsoleViewController(QObject *parent)
 
 ConsoleViewController::~ConsoleViewController()
 {
-    for (const TypedCommand &typed : m_typedCommands) {
-        typed.shell->cancel();
-    }
+    stopTypedCommands();
     if (m_view && !m_view->parent()) {
         delete m_view;
     }
@@ -214,58 +212,86 @@ void ConsoleViewController::runTypedCommand()
         return; // quotes alone name no program
     }
     m_bar->field()->clear();
-    const std::shared_ptr<Shell> shell = m_window->kubeCtl().makeShell();
-    m_typedCommands.push_back({shell, line});
+    const quint64 id = ++m_lastTyped;
+    m_typedCommands.push_back({id, line, nullptr});
     showTypedCommands();
-    const bool windowHasChosen
-        = !m_window->currentContext().isEmpty() && !m_window->currentNamespace().isEmpty();
-    if (!goesByCurrentContext(words) || !windowHasChosen) {
-        start(shell, words, line);
+    const Reach reach = reachOf(words, *m_window);
+    if (reach != Reach::WhenSettled) {
+        start(id, words, reach == Reach::UserFile);
         return;
     }
-    m_window->agreeWithKubeConfig(
-        [self = QPointer<ConsoleViewController>(this), shell, words, line,
-            context = m_window->currentContext(), nameSpace = m_window->currentNamespace()](bool agreed) {
-            if (!self || !self->m_window) {
-                return;
-            }
-            const WindowState &window = *self->m_window;
-            const bool isSame = window.currentContext() == context && window.currentNamespace() == nameSpace;
-            if (agreed && isSame) {
-                self->start(shell, words, line);
-                return;
-            }
-            if (agreed) {
-                self->addEntry(QString(), QString(),
-                    makeConsoleError(QStringLiteral(
-                        "The window shows another context or namespace than when the command was typed.")));
-            }
-            self->refuse(shell.get(), line);
-        });
+    m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words,
+                              place = ChangePlace(*m_window)](const QString &obstacle) {
+        if (!self || !self->m_window || !self->find(id)) {
+            return;
+        }
+        if (obstacle.isEmpty() && place.isStillShown()) {
+            self->start(id, words, false);
+            return;
+        }
+        self->addEntry(QString(), QString(),
+            makeConsoleError(obstacle.isEmpty()
+                    ? QStringLiteral(
+                        "The window shows another context or namespace than when the command was typed.")
+                    : QLatin1String("The command was not run. ") + obstacle));
+        self->refuse(id);
+    });
 }
 
-void ConsoleViewController::start(
-    const std::shared_ptr<Shell> &shell, const QStringList &words, const QString &line)
+ConsoleViewController::TypedCommand *ConsoleViewController::find(quint64 id)
 {
+    const auto typed = std::find_if(m_typedCommands.begin(), m_typedCommands.end(),
+        [id](const TypedCommand &command) { return command.id == id; });
+    return typed == m_typedCommands.end() ? nullptr : &*typed;
+}
+
+void ConsoleViewController::start(quint64 id, const QStringList &words, bool inUserFile)
+{
+    TypedCommand &typed = *find(id);
+    typed.shell = inUserFile ? m_window->kubeCtl().makePlainShell() : m_window->kubeCtl().makeForeignShell();
+    tellNamespace(words);
     // The user may be in another window when the command ends: its entry belongs here.
-    shell->runAsync(words, true, this,
-        [self = QPointer<ConsoleViewController>(m_self), line, ended = shell.get()](
-            const ShellResult &result) {
-            // What could not be started at all is not logged.
-            const std::optional<QString> failure = ended->process() ? std::nullopt : result.error;
-            postToMain(self, [ended, line, failure](ConsoleViewController &owner) {
-                if (failure) {
-                    owner.addEntry(line, QString(), makeConsoleError(*failure));
+    typed.shell->runToldAsync(
+        words, this, [self = QPointer<ConsoleViewController>(m_self), id, inUserFile](const ShellResult &) {
+            postToMain(self, [id, inUserFile](ConsoleViewController &owner) {
+                owner.typedCommandEnded(id);
+                if (inUserFile) {
+                    owner.tellUserFile();
                 }
-                owner.typedCommandEnded(ended);
             });
         });
 }
 
-/// The console has said why. The line stays at hand.
-void ConsoleViewController::refuse(const Shell *shell, const QString &line)
+/// While all namespaces are shown, a command that names none acts in one all the same.
+void ConsoleViewController::tellNamespace(const QStringList &words)
 {
-    typedCommandEnded(shell);
+    const auto view = m_window->kubeCtl().view();
+    const auto read = KubectlArguments::read(words.mid(1));
+    if (view && m_window->currentNamespace() == allNamespaces && words.first() == QLatin1String("kubectl")
+        && !read.isLocal() && !read.namesNamespace) {
+        addEntry(QString(),
+            tr("All namespaces are shown. What follows names none, with -n or -A, and so acts in the "
+               "namespace %1.")
+                .arg(view->nameSpace()),
+            std::nullopt);
+    }
+}
+
+void ConsoleViewController::tellUserFile()
+{
+    const QString context = m_window ? m_window->currentContext() : QString();
+    if (!context.isEmpty()) {
+        addEntry(QString(),
+            tr("This concerned your own kubeconfig. The window still shows the context %1.").arg(context),
+            std::nullopt);
+    }
+}
+
+/// The console has said why. The line stays at hand.
+void ConsoleViewController::refuse(quint64 id)
+{
+    const QString line = find(id)->line;
+    typedCommandEnded(id);
     if (m_bar && m_bar->field()->text().isEmpty()) {
         m_bar->field()->setText(line);
     } else {
@@ -273,9 +299,9 @@ void ConsoleViewController::refuse(const Shell *shell, const QString &line)
     }
 }
 
-void ConsoleViewController::typedCommandEnded(const Shell *shell)
+void ConsoleViewController::typedCommandEnded(quint64 id)
 {
-    std::erase_if(m_typedCommands, [shell](const TypedCommand &typed) { return typed.shell.get() == shell; });
+    std::erase_if(m_typedCommands, [id](const TypedCommand &typed) { return typed.id == id; });
     showTypedCommands();
 }
 
@@ -292,9 +318,11 @@ void ConsoleViewController::showTypedCommands()
 
 void ConsoleViewController::stopTypedCommands()
 {
+    std::erase_if(m_typedCommands, [](const TypedCommand &typed) { return !typed.shell; });
     for (const TypedCommand &typed : m_typedCommands) {
         typed.shell->cancel();
     }
+    showTypedCommands();
 }
 
 void ConsoleViewController::moveUp()

@@ -77,17 +77,21 @@ private:
     };
     struct TypedCommand
     {
-        std::shared_ptr<Shell> shell;
+        quint64 id;
         QString line;
+        std::shared_ptr<Shell> shell; ///< null until the window is settled
     };
 
     void connectViews();
     void showEntries();
     void applyHistoryCursor();
     void showScriptState();
-    void start(const std::shared_ptr<Shell> &shell, const QStringList &words, const QString &line);
-    void refuse(const Shell *shell, const QString &line);
-    void typedCommandEnded(const Shell *shell);
+    TypedCommand *find(quint64 id);
+    void start(quint64 id, const QStringList &words, bool inUserFile);
+    void tellNamespace(const QStringList &words);
+    void tellUserFile();
+    void refuse(quint64 id);
+    void typedCommandEnded(quint64 id);
     void showTypedCommands();
     void extendMenu(QMenu *menu, int number);
     void copyEntry(size_t number) const;
@@ -102,6 +106,7 @@ private:
     std::vector<Details> m_details; // as many as there are entries
     size_t m_shownEntries = 0;
     std::vector<TypedCommand> m_typedCommands;
+    quint64 m_lastTyped = 0;
     int m_commandHistoryCursor = 0;
     QString m_lastCommand;
     bool m_isScriptRunning = false;

@@ -11,6 +11,8 @@ namespace tidewright {
 
 namespace {
 
+const auto nothingCopied = QStringLiteral("Nothing was copied");
+
 /// A copy under way. What is left when the window has closed is not copied.
 struct Copy
 {
@@ -54,7 +56,7 @@ void copyNext(const std::shared_ptr<Copy> &copy)
               .arg(QFileInfo(path).fileName());
     show(*copy, progress, true);
     WindowState &window = copy->table->kubeSplitViewController();
-    window.kubeCtl().makeShell()->runAsync(copy->arguments + QStringList{path} + copy->behind, true,
+    window.kubeCtl().makeShell()->runToldAsync(copy->arguments + QStringList{path} + copy->behind,
         copy->console, [copy, progress](const ShellResult &) {
             mainQueue().post([copy, progress] {
                 show(*copy, progress, false);
@@ -90,7 +92,7 @@ bool canCopyFrom(const SharedContentViewController &table)
     WindowState &window = table.kubeSplitViewController();
     const QString reason = namespaceObstacle(table.kind(), window.currentNamespace());
     if (!reason.isEmpty()) {
-        refuseChange(window, QStringLiteral("Nothing was copied"), reason);
+        refuseChange(window, nothingCopied, reason);
     }
     return reason.isEmpty();
 }
@@ -109,10 +111,17 @@ void copyIntoContainer(SharedContentViewController &table, const ContainerPair &
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace())};
     copy->behind = {container.first + QLatin1Char(':') + destination, QStringLiteral("-c"), container.second};
     copy->paths = withoutColons(paths, window);
-    if (!copy->paths.isEmpty()) {
-        table.setLoading(true);
-        copyNext(copy);
+    if (copy->paths.isEmpty()) {
+        return;
     }
+    window.whenSettled([copy](const QString &obstacle) {
+        if (copy->table && !obstacle.isEmpty()) {
+            refuseChange(copy->table->kubeSplitViewController(), nothingCopied, obstacle);
+        } else if (copy->table) {
+            copy->table->setLoading(true);
+            copyNext(copy);
+        }
+    });
 }
 
 } // namespace tidewright

@@ -2,8 +2,10 @@
 #include "resources/ClusterChange.h"
 
 #include "platform/MainQueue.h"
+#include "platform/Notifications.h"
 
 #include <QLabel>
+#include <QUuid>
 
 namespace tidewright {
 
@@ -69,10 +71,57 @@ void refuseMovedChange(WindowState &window, const QString &notDone)
     refuseChange(window, notDone, QStringLiteral("the window shows another context or namespace by now."));
 }
 
-void runChange(WindowState &window, const QStringList &command, std::function<void()> finished)
+namespace {
+
+/// A window that was closed shows no entry: the user learns elsewhere what has become of the change.
+void notifyOutcome(const ChangePlace &place, const QStringList &command, const ShellResult &result)
 {
-    window.kubeCtl().makeShell()->runAsync(command, true, nullptr,
-        [finished = std::move(finished)](const ShellResult &) { mainQueue().post(finished); });
+    const QString failure = result.failure();
+    deliverNotification({QUuid::createUuid().toString(QUuid::WithoutBraces),
+        failure.isEmpty() ? QStringLiteral("A change is done") : QStringLiteral("A change has failed"),
+        place.text(), command.join(QLatin1Char(' ')) + QLatin1Char('\n') + failure});
+}
+
+void startChange(const ChangePlace &place, const QStringList &command, std::function<void()> finished)
+{
+    place.window->kubeCtl().makeShell()->runToldAsync(command, place.window->console(),
+        [place, command, finished = std::move(finished)](const ShellResult &result) {
+            mainQueue().post([place, command, finished, result] {
+                if (!place.window) {
+                    notifyOutcome(place, command, result);
+                } else if (finished) {
+                    finished();
+                }
+            });
+        });
+}
+
+} // namespace
+
+void runChange(const ChangePlace &place, const QStringList &command, const QString &notDone,
+    std::function<void()> finished)
+{
+    if (!place.window) {
+        return;
+    }
+    place.window->whenSettled(
+        [place, command, notDone, finished = std::move(finished)](const QString &obstacle) {
+            if (!place.window) {
+                return;
+            }
+            if (obstacle.isEmpty() && place.isStillShown()) {
+                startChange(place, command, finished);
+                return;
+            }
+            if (obstacle.isEmpty()) {
+                refuseMovedChange(*place.window, notDone);
+            } else {
+                refuseChange(*place.window, notDone, obstacle);
+            }
+            if (finished) {
+                finished();
+            }
+        });
 }
 
 QWidget *confirmationDetails(const QString &text)

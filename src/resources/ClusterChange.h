@@ -42,9 +42,13 @@ void refuseChange(WindowState &window, const QString &notDone, const QString &re
 /// The same when the window shows another place by now.
 void refuseMovedChange(WindowState &window, const QString &notDone);
 
-/// Runs a logged command with the window's kubeconfig. `finished` is called on the main thread after it has
-/// ended, whatever its outcome.
-void runChange(WindowState &window, const QStringList &command, std::function<void()> finished);
+/// Runs a command that changes the cluster, in `place` or not at all: once the window is settled there, and
+/// only while it shows what it showed. Otherwise the window's console says `notDone` and why. Its outcome is
+/// told in that console, and in the main window's and as a notification when the window is gone by then.
+/// `finished` is called on the main thread after the command has ended, whatever its outcome, or was not run;
+/// not without the window.
+void runChange(const ChangePlace &place, const QStringList &command, const QString &notDone,
+    std::function<void()> finished = {});
 
 /// Further lines for a confirmation; no markup, names come from the cluster.
 QWidget *confirmationDetails(const QString &text);

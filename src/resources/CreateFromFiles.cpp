@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/CreateFromFiles.h"
 
-#include "platform/MainQueue.h"
 #include "resources/ClusterChange.h"
 #include "resources/WindowState.h"
 
@@ -33,7 +32,8 @@ bool canCreateIn(WindowState &window)
     QString reason = window.loadingHint();
     if (reason.isEmpty() && window.currentNamespace() == allNamespaces) {
         reason = QCoreApplication::translate("CreateFromFiles",
-            "choose a namespace first. While all namespaces are shown, it is not clear where objects go whose "
+            "choose a namespace first. While all namespaces are shown, it is not clear where objects go "
+            "whose "
             "files name none.");
     }
     if (!reason.isEmpty()) {
@@ -54,9 +54,7 @@ void createFromFiles(WindowState &window, const QStringList &paths, std::functio
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("create"),
         QStringLiteral("--context"), window.currentContext(), QStringLiteral("-n"), window.currentNamespace(),
         QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
-    window.kubeCtl().makeShell()->runAsync(arguments, true, window.console(),
-        [receiver = QPointer<WindowState>(&window), finished = std::move(finished)](
-            const ShellResult &) { postToMain(receiver, [finished](WindowState &) { finished(); }); });
+    runChange(ChangePlace(window), arguments, nothingCreated(), std::move(finished));
 }
 
 } // namespace tidewright

@@ -9,6 +9,12 @@
 
 namespace tidewright {
 
+namespace {
+
+const auto nothingRun = QStringLiteral("Nothing was run");
+
+} // namespace
+
 CronJobController::CronJobController(WindowState &window, QWidget *parent)
     : SharedContentViewController(cronJobKind(), window, parent)
 {
@@ -34,13 +40,13 @@ void CronJobController::runCronJobNow()
     }
     WindowState &window = kubeSplitViewController();
     if (const QString reason = namespaceObstacle(kind(), window.currentNamespace()); !reason.isEmpty()) {
-        refuseChange(window, QStringLiteral("Nothing was run"), reason);
+        refuseChange(window, nothingRun, reason);
         return;
     }
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
-    runChange(window, command, [] {});
+    runChange(ChangePlace(window), command, nothingRun);
 }
 
 void CronJobController::extendContextMenu(QMenu &menu)

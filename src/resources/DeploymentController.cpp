@@ -142,7 +142,7 @@ void DeploymentController::scale(const QString &name, qint64 desired)
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("scale"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + name};
-    runChange(window, command, [self = QPointer(this)] {
+    runChange(ChangePlace(window), command, nothingScaled, [self = QPointer(this)] {
         if (self) {
             self->reloadSoon();
         }

@@ -12,52 +12,19 @@ namespace {
 
 const auto nothingDeleted = QStringLiteral("Nothing was deleted");
 
-/// What the user saw and agreed to.
-struct Deletion
-{
-    ChangePlace place;
-    QString resourceName;
-    QStringList names;
-    std::function<void()> finished;
-};
-
-void deleteNow(const Deletion &deletion)
-{
-    WindowState &window = *deletion.place.window;
-    if (!deletion.place.isStillShown()) {
-        refuseMovedChange(window, nothingDeleted);
-        return;
-    }
-    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("delete"), deletion.resourceName};
-    runChange(window, command + deletion.names, deletion.finished);
-}
-
-void deleteOnceAgreed(const Deletion &deletion)
-{
-    if (!deletion.place.window) {
-        return;
-    }
-    deletion.place.window->agreeWithKubeConfig([deletion](bool agreed) {
-        if (agreed && deletion.place.window) {
-            deleteNow(deletion);
-        }
-    });
-}
-
 /// Where the objects are, and which when there are several: the first few by name.
-QWidget *detailsOf(const Deletion &deletion, const ResourceKind &kind)
+QWidget *detailsOf(const QStringList &names, const ChangePlace &place, const ResourceKind &kind)
 {
     constexpr qsizetype namesShown = 10;
     QString text;
-    if (deletion.names.size() > 1) {
-        text = deletion.names.first(qMin(namesShown, deletion.names.size())).join(QLatin1Char('\n'));
-        if (deletion.names.size() > namesShown) {
-            text += QStringLiteral("\nand %1 more")
-                        .arg(QLocale().toString(deletion.names.size() - namesShown));
+    if (names.size() > 1) {
+        text = names.first(qMin(namesShown, names.size())).join(QLatin1Char('\n'));
+        if (names.size() > namesShown) {
+            text += QStringLiteral("\nand %1 more").arg(QLocale().toString(names.size() - namesShown));
         }
         text += QLatin1String("\n\n");
     }
-    return confirmationDetails(text + deletion.place.text(kind));
+    return confirmationDetails(text + place.text(kind));
 }
 
 } // namespace
@@ -76,11 +43,13 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
     const QString message = names.size() == 1
         ? QStringLiteral("Are you sure you want to delete the %1 \"%2\"?").arg(noun, names.first())
         : QStringLiteral("Are you sure you want to delete %1 %2s?").arg(names.size()).arg(noun);
-    const Deletion deletion{ChangePlace(window), kind.resourceName, names, std::move(finished)};
+    const ChangePlace place(window);
+    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("delete"), kind.resourceName};
     showConfirmation(&view, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
-        QStringLiteral("Cancel"), detailsOf(deletion, kind), [deletion](bool confirmed) {
+        QStringLiteral("Cancel"), detailsOf(names, place, kind),
+        [place, command = command + names, finished = std::move(finished)](bool confirmed) {
             if (confirmed) {
-                deleteOnceAgreed(deletion);
+                runChange(place, command, nothingDeleted, finished);
             }
         });
 }

@@ -42,15 +42,7 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
         ready(std::nullopt, tr("kubectl would take the name “%1” for an option.").arg(request.name));
         return;
     }
-    // The command names no context: it must be the window's that the kubeconfig says now.
-    m_window.agreeWithKubeConfig([self = QPointer(this), request, ready = std::move(ready)](bool agreed) {
-        if (self && agreed && self->isCurrent(request)) {
-            self->fetch(request, ready);
-        } else {
-            ready(std::nullopt,
-                tr("The kubeconfig does not agree with this window now; the console may say why."));
-        }
-    });
+    fetch(request, ready);
 }
 
 bool TablePreviews::isCurrent(const Request &request) const

@@ -11,8 +11,8 @@
 
 namespace tidewright {
 
-/// A pod's name and a container's; or what `kubectl logs` takes in their places: a target such as "deploy/web"
-/// and the option `allContainers`.
+/// A pod's name and a container's; or what `kubectl logs` takes in their places: a target such as
+/// "deploy/web" and the option `allContainers`.
 using ContainerPair = std::pair<QString, QString>;
 /// Stands for all containers of a pod.
 inline constexpr QLatin1String allContainers("--all-containers");
@@ -33,10 +33,11 @@ public:
     virtual KubeCtl &kubeCtl() = 0;
     virtual Console *console() = 0;
 
-    /// Calls back with true once the kubeconfig's current context and namespace are known to be the window's
-    /// (switching them first if need be), for commands that name neither. With false when that failed; the
-    /// console says why then.
-    virtual void agreeWithKubeConfig(std::function<void(bool agreed)> completion) = 0;
+    /// For commands that change something or run foreign programs: calls back once whatever is started then
+    /// acts in the context and namespace that the window shows, with the empty text; or with a sentence that
+    /// says why nothing may be started now (a switch under way, a kubeconfig that leads elsewhere by now).
+    /// Not when the window goes first.
+    virtual void whenSettled(std::function<void(const QString &obstacle)> completion) = 0;
 
     /// Why the tables have nothing to load from now (no context or namespace yet, a context switch under
     /// way): a sentence and perhaps details on further lines; empty when they have.
@@ -49,7 +50,7 @@ public:
     virtual void stopWaiting() { }
 
     /// Opens an object in the user's editor; false when this build has no editor support. The arguments are
-    /// those of kubectl; it is run once the kubeconfig agrees with the window. `finished` is called once,
+    /// those of kubectl; it is run once the window is settled. `finished` is called once,
     /// whatever the outcome, on any thread, unless the window goes first.
     virtual bool canEdit() const { return false; }
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }

@@ -15,13 +15,13 @@ public:
     QString kubeConfigPath() const override { return facade.configPath; }
     KubeCtl &kubeCtl() override { return facade; }
     Console *console() override { return &recorded; }
-    void agreeWithKubeConfig(std::function<void(bool)> completion) override
+    void whenSettled(std::function<void(const QString &)> completion) override
     {
-        ++agreementsAsked;
+        ++settledAsked;
         if (whenAsked) {
             whenAsked();
         }
-        completion(agrees);
+        completion(obstacle);
     }
 
     void openLogs(const std::vector<ContainerPair> &containers) override { logsOpened.push_back(containers); }
@@ -31,8 +31,8 @@ public:
     KubeCtl facade;
     RecordingConsole recorded;
     std::vector<std::vector<ContainerPair>> logsOpened;
-    bool agrees = true;
-    int agreementsAsked = 0;
+    QString obstacle; ///< why nothing may be started
+    int settledAsked = 0;
     std::function<void()> whenAsked;
 };
 

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/KubectlArguments.h"
+
+namespace tidewright {
+
+namespace {
+
+/// The options of every command that take a value.
+bool takesValue(const QString &option)
+{
+    static const QStringList options{QStringLiteral("--as"), QStringLiteral("--as-group"),
+        QStringLiteral("--as-uid"), QStringLiteral("--cache-dir"), QStringLiteral("--certificate-authority"),
+        QStringLiteral("--client-certificate"), QStringLiteral("--client-key"), QStringLiteral("--cluster"),
+        QStringLiteral("--context"), QStringLiteral("--kubeconfig"), QStringLiteral("--log-file"),
+        QStringLiteral("--namespace"), QStringLiteral("--password"), QStringLiteral("--profile"),
+        QStringLiteral("--profile-output"), QStringLiteral("--request-timeout"), QStringLiteral("--server"),
+        QStringLiteral("--tls-server-name"), QStringLiteral("--token"), QStringLiteral("--user"),
+        QStringLiteral("--username"), QStringLiteral("--v"), QStringLiteral("--vmodule"),
+        QStringLiteral("-n"), QStringLiteral("-s"), QStringLiteral("-v")};
+    return options.contains(option);
+}
+
+bool takesNoValue(const QString &option)
+{
+    static const QStringList options{QStringLiteral("--help"), QStringLiteral("-h"),
+        QStringLiteral("--insecure-skip-tls-verify"), QStringLiteral("--match-server-version"),
+        QStringLiteral("--warnings-as-errors"), QStringLiteral("--disable-compression")};
+    return options.contains(option);
+}
+
+/// "-nshop" is "-n" and "shop".
+bool isShortNamespace(const QString &word)
+{
+    return word.startsWith(QLatin1String("-n")) && !word.startsWith(QLatin1String("--"));
+}
+
+} // namespace
+
+KubectlArguments KubectlArguments::read(const QStringList &arguments)
+{
+    KubectlArguments result;
+    bool isReadable = true;
+    for (qsizetype i = 0; i < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
+        const QString &word = arguments.at(i);
+        if (!word.startsWith(QLatin1Char('-')) || word == QLatin1String("-")) {
+            if (isReadable) {
+                result.words.append(word);
+            }
+            continue;
+        }
+        const QString option = word.section(QLatin1Char('='), 0, 0);
+        const bool hasValue = option.size() < word.size();
+        const bool valueFollows = !hasValue && takesValue(option);
+        if (option == QLatin1String("--context")) {
+            result.namesContext = true;
+            result.context = hasValue ? word.section(QLatin1Char('='), 1) : arguments.value(i + 1);
+        } else if (option == QLatin1String("--kubeconfig")) {
+            result.namesKubeConfig = true;
+        } else if (option == QLatin1String("--namespace") || option == QLatin1String("--all-namespaces")
+            || option == QLatin1String("-A") || isShortNamespace(word)) {
+            result.namesNamespace = true;
+        } else if (result.words.isEmpty() && !hasValue && !valueFollows && !takesNoValue(option)) {
+            isReadable = false;
+        }
+        i += valueFollows ? 1 : 0;
+    }
+    return result;
+}
+
+bool KubectlArguments::isLocal() const
+{
+    static const QStringList commands{QStringLiteral("config"), QStringLiteral("help"),
+        QStringLiteral("options"), QStringLiteral("completion"), QStringLiteral("plugin"),
+        QStringLiteral("version"), QStringLiteral("kustomize")};
+    return words.isEmpty() || commands.contains(words.first());
+}
+
+bool KubectlArguments::writesKubeConfig() const
+{
+    static const QStringList reading{QStringLiteral("view"), QStringLiteral("get-contexts"),
+        QStringLiteral("get-clusters"), QStringLiteral("get-users"), QStringLiteral("current-context")};
+    return words.size() > 1 && words.first() == QLatin1String("config") && !reading.contains(words.at(1));
+}
+
+} // namespace tidewright

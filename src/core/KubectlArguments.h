@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QStringList>
+
+namespace tidewright {
+
+/// What can be told of a command line of kubectl's without knowing all of its options: as kubectl reads it,
+/// options may stand anywhere before "--", with their value behind "=" or as the next word.
+struct KubectlArguments
+{
+    /// `arguments` without the program.
+    static KubectlArguments read(const QStringList &arguments);
+
+    /// Whether the command goes by what kubeconfigs say, instead of naming a context or a kubeconfig itself.
+    bool goesByCurrentContext() const { return !namesContext && !namesKubeConfig; }
+    /// Whether it is about the kubeconfig or the client itself, or asks kubectl for help: no cluster is
+    /// asked.
+    bool isLocal() const;
+    /// Whether it changes a kubeconfig.
+    bool writesKubeConfig() const;
+
+    /// The command's words ("get", "po"; "config", "use-context", "x"), without options. Nothing from an
+    /// option on of which it is not known whether a value follows, when that stands before the command.
+    QStringList words;
+    bool namesContext = false;
+    bool namesKubeConfig = false;
+    bool namesNamespace = false; ///< one, or all of them
+    QString context; ///< the one it names
+};
+
+} // namespace tidewright
