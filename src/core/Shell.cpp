@@ -160,7 +160,7 @@ ShellResult Shell::perform(const QStringList &arguments, bool logToConsole, cons
             response = QString::fromUtf8(collected.output);
         }
         const QString kubeConfig = QFile::decodeName(environment.value(QByteArrayLiteral("KUBECONFIG")));
-        logRun({arguments, kubeConfig}, response, result.error, console);
+        logRun({loggedArguments.value_or(arguments), kubeConfig}, response, result.error, console);
     }
     if (readable) {
         result.output = trimmedUtf8(std::move(collected.output));

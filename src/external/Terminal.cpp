@@ -120,17 +120,19 @@ QString howItFailed(const QString &program, const ChildProcess &process, const Q
     return text;
 }
 
-/// Returns what failed, or the empty text.
-QString openWindow(const QString &shellLine)
+/// Returns what failed, or the empty text. The diagnostics get `shown` in place of the line.
+QString openWindow(const QString &shellLine, const QString &shown)
 {
     Opener opener = resolvePreferredTerminal() == iTermTitle ? iTerm() : defaultTerminal();
     if (opener.words.isEmpty()) {
         return opener.problem;
     }
     const QString program = opener.words.first();
-    opener.words += {QStringLiteral("/bin/sh"), QStringLiteral("-c"), QLatin1String(windowScript),
-        QStringLiteral("sh"), shellLine};
-    writeDiagnostic(QLatin1String("Running: ") + CommandLine{opener.words, {}}.shellLine());
+    opener.words += {
+        QStringLiteral("/bin/sh"), QStringLiteral("-c"), QLatin1String(windowScript), QStringLiteral("sh")};
+    writeDiagnostic(
+        QLatin1String("Running: ") + CommandLine{opener.words + QStringList(shown), {}}.shellLine());
+    opener.words.append(shellLine);
     // The terminal gets a session of its own, so that it stays when the application ends; what ends then is
     // the one that waits to see how the terminal fares.
     ChildProcess process;
@@ -159,15 +161,14 @@ QString resolvePreferredTerminal()
     return hasSchemeHandler(iTermScheme) ? iTermTitle : terminalTitle;
 }
 
-void runInTerminal(const QString &commandLine)
+void runInTerminal(const QString &commandLine, const QString &shown)
 {
-    QString outcome = openWindow(withoutLiteralEscapes(commandLine));
+    QString outcome = openWindow(withoutLiteralEscapes(commandLine), withoutLiteralEscapes(shown));
     if (outcome.isEmpty()) {
         outcome = QStringLiteral("{}");
     }
-    mainQueue().post([commandLine, outcome] {
-        postConsoleEntry(nullptr, commandLine, QString(), makeConsoleError(outcome));
-    });
+    mainQueue().post(
+        [shown, outcome] { postConsoleEntry(nullptr, shown, QString(), makeConsoleError(outcome)); });
 }
 
 } // namespace tidewright

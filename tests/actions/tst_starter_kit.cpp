@@ -47,7 +47,7 @@ private Q_SLOTS:
         QTRY_VERIFY(tree);
         QVERIFY(tree->problems.isEmpty());
         collect(tree->nodes, m_actions);
-        setActionTerminal([this](const QString &line) {
+        setActionTerminal([this](const QString &line, const QString & /*shown*/) {
             const QString command = u"( "_s + withoutLiteralEscapes(line) + u" ) 2>&1"_s;
             const auto result = runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, command});
             mainQueue().post([this, result] { m_terminal = result.output; });
