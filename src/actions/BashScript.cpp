@@ -30,6 +30,15 @@ QStringList backgroundCommand(const ActionEnvironment &environment, const QStrin
     return arguments + QStringList{path};
 }
 
+/// The same for a reader: the user's own variables, which may be tokens, without their values.
+ActionEnvironment shownEnvironment(ActionEnvironment environment, const QStringList &own)
+{
+    for (const QString &name : own) {
+        environment.insert(name, QStringLiteral("…"));
+    }
+    return environment;
+}
+
 /// Values come from the cluster and from the user: the terminal's shell must take none of them for its own.
 QString terminalCommand(const ActionEnvironment &environment, const QString &path)
 {
@@ -54,14 +63,21 @@ void BashScript::runScript(std::shared_ptr<CustomActionItem> item, ActionRun run
     }
     const RunningScript running(std::move(run.console), item->title());
     writeDiagnostic(QLatin1String("Run bash ") + scriptURL());
+    ActionEnvironment shown
+        = shownEnvironment(*complete, item->config().environment_variables.value_or(QStringList()));
+    if (!run.shownKubeConfig.isEmpty()) {
+        shown.insert(QStringLiteral("KUBECONFIG"), run.shownKubeConfig);
+    }
     if (item->config().open_in_terminal.value_or(false)) {
-        actionTerminal()(terminalCommand(*complete, scriptURL()), run.view ? run.view->path() : QString());
+        actionTerminal()(terminalCommand(*complete, scriptURL()), terminalCommand(shown, scriptURL()),
+            run.view ? run.view->path() : QString());
         running.end();
     } else {
         const auto shell = Shell::create();
         shell->outputLimit = outputLimit;
         shell->needed = run.view;
-        shell->runAsync(backgroundCommand(*complete, scriptURL()), true, nullptr,
+        shell->loggedArguments = backgroundCommand(shown, scriptURL());
+        shell->runToldAsync(backgroundCommand(*complete, scriptURL()), nullptr,
             [running](const ShellResult &) { running.end(); });
     }
 }

@@ -148,7 +148,8 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
                 refuseChange(*place.window, notRun, copy.problem);
                 return;
             }
-            ActionRun run{environment, place.window->console(), copy.view};
+            ActionRun run{environment, place.window->console(), copy.view,
+                kubeConfigFiles(place.window->kubeConfigPath())};
             run.environment.insert(QStringLiteral("KUBECONFIG"), copy.kubeConfig);
             self->start(run);
         });

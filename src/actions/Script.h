@@ -23,6 +23,8 @@ struct ActionRun
     QPointer<Console> console; ///< shows that it runs; may be null or gone
     /// What KUBECONFIG names first, kept for as long as the script may read it; null without a window.
     std::shared_ptr<const KubeConfigView> view = {};
+    QString shownKubeConfig
+        = {}; ///< what a reader is told that KUBECONFIG holds: the view is gone after the run
 };
 
 /// The "main." file of an action and the way to run it. Owned by its CustomActionItem.

@@ -45,10 +45,16 @@ Match firstMatch(
     return {};
 }
 
-Match chosenName(const SharedContentViewController &table, const std::optional<QString> &pattern)
+/// Selected rows count in the order of the user's clicks, which is the selection's own; those of pods that
+/// are to match a pattern count as they are shown.
+Match chosenName(const SharedContentViewController &table, const CustomActionConfig &config)
 {
-    QStringList selected; // in the order of the user's clicks, which is the selection's own
-    for (const QModelIndex &index : table.tableView().selectionModel()->selectedRows()) {
+    const auto &pattern = config.use_name_matching_pattern;
+    const bool asShown = pattern && config.scope == podScope;
+    const ResourceTableView &view = table.tableView();
+    QStringList selected;
+    for (const QModelIndex &index :
+        asShown ? view.selectedRowsInOrder() : view.selectionModel()->selectedRows()) {
         selected.append(table.arrangedObjects().arrangedRow(index.row())->name);
     }
     if (!pattern) {
@@ -117,7 +123,7 @@ std::optional<ActionEnvironment> ActionDispatcher::target(const CustomActionItem
         return ActionEnvironment{{QStringLiteral("POD"), pairs.front().first},
             {QStringLiteral("CONTAINER"), pairs.front().second}};
     }
-    const Match chosen = chosenName(*table, item.config().use_name_matching_pattern);
+    const Match chosen = chosenName(*table, item.config());
     if (chosen.timeIsUp) {
         refuseChange(m_window, notRun(item),
             QObject::tr("looking for a name like %1 took too long.")

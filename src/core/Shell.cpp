@@ -144,7 +144,7 @@ ShellResult Shell::run(const QStringList &arguments, bool logToConsole, QPointer
 CommandLine Shell::commandLine(const QStringList &arguments) const
 {
     const QString kubeConfig = QFile::decodeName(environment.value(QByteArrayLiteral("KUBECONFIG")));
-    return {arguments, place.value_or(CommandPlace{kubeConfig})};
+    return {loggedArguments.value_or(arguments), place.value_or(CommandPlace{kubeConfig})};
 }
 
 ShellResult Shell::notStarted(

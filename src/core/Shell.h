@@ -64,6 +64,8 @@ public:
     /// More output than this many bytes ends the child and fails the run, instead of exhausting the machine's
     /// memory.
     qsizetype outputLimit = qsizetype(2) << 30;
+    /// What the console is told instead of the arguments, which may hold what is not for everybody to read.
+    std::optional<QStringList> loggedArguments;
 
     /// Blocks until both output streams have ended. Never on the main thread.
     ShellResult run(const QStringList &arguments, bool logToConsole, QPointer<Console> console = nullptr);

@@ -122,17 +122,19 @@ QString howItFailed(const QString &program, const ChildProcess &process, const Q
     return text;
 }
 
-/// Returns what failed, or the empty text.
-QString openWindow(const QString &shellLine, const QString &usedFile)
+/// Returns what failed, or the empty text. The diagnostics get `shown` in place of the line.
+QString openWindow(const QString &shellLine, const QString &shown, const QString &usedFile)
 {
     Opener opener = resolvePreferredTerminal() == iTermTitle ? iTerm() : defaultTerminal();
     if (opener.words.isEmpty()) {
         return opener.problem;
     }
     const QString program = opener.words.first();
-    opener.words += {QStringLiteral("/bin/sh"), QStringLiteral("-c"), QLatin1String(windowScript),
-        QStringLiteral("sh"), shellLine, usedFile};
-    writeDiagnostic(QLatin1String("Running: ") + CommandLine{opener.words, {}}.shellLine());
+    opener.words += {
+        QStringLiteral("/bin/sh"), QStringLiteral("-c"), QLatin1String(windowScript), QStringLiteral("sh")};
+    writeDiagnostic(
+        QLatin1String("Running: ") + CommandLine{opener.words + QStringList(shown), {}}.shellLine());
+    opener.words += {shellLine, usedFile};
     // The terminal gets a session of its own, so that it stays when the application ends; what ends then is
     // the one that waits to see how the terminal fares.
     ChildProcess process;
@@ -161,15 +163,14 @@ QString resolvePreferredTerminal()
     return hasSchemeHandler(iTermScheme) ? iTermTitle : terminalTitle;
 }
 
-void runInTerminal(const QString &commandLine, const QString &usedFile)
+void runInTerminal(const QString &commandLine, const QString &shown, const QString &usedFile)
 {
-    QString outcome = openWindow(withoutLiteralEscapes(commandLine), usedFile);
+    QString outcome = openWindow(withoutLiteralEscapes(commandLine), withoutLiteralEscapes(shown), usedFile);
     if (outcome.isEmpty()) {
         outcome = QStringLiteral("{}");
     }
-    mainQueue().post([commandLine, outcome] {
-        postConsoleEntry(nullptr, commandLine, QString(), makeConsoleError(outcome));
-    });
+    mainQueue().post(
+        [shown, outcome] { postConsoleEntry(nullptr, shown, QString(), makeConsoleError(outcome)); });
 }
 
 } // namespace tidewright

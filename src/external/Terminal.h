@@ -21,13 +21,12 @@ QString resolvePreferredTerminal();
 /// takes over in the window.
 ///
 /// Returns once the terminal has been started, or has failed within a moment; the terminal and what runs in
-/// it outlive the application. Then one entry goes to the main window's console: the command line as given,
-/// with
-/// "{}" as its error after a success, else with what failed (no terminal, its exit status and error text).
-/// Not on the main thread.
+/// it outlive the application. Then one entry goes to the main window's console: the line `shown`, which is
+/// the command line but for secrets, with "{}" as its error after a success, else with what failed (no
+/// terminal, its exit status and error text). The diagnostics get that line too. Not on the main thread.
 ///
 /// The terminal holds a shared lock on `usedFile` (may be empty) until what ran has ended, with all that it
 /// started.
-void runInTerminal(const QString &commandLine, const QString &usedFile = {});
+void runInTerminal(const QString &commandLine, const QString &shown, const QString &usedFile = {});
 
 } // namespace tidewright

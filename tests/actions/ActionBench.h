@@ -18,12 +18,19 @@
 
 namespace tidewright::test {
 
-/// Notes also what runs, each time it changes.
+/// Notes also what runs, each time it changes, and the commands as they would be copied.
 class RunsConsole : public RecordingConsole
 {
 public:
     void updateScriptState() override { states.append(scriptsRunning.join(u',')); }
+    void addCommandEntry(const CommandLine &line, const QString &command, const QString &response,
+        const std::optional<ConsoleError> &error) override
+    {
+        shellLines.append(line.shellLine());
+        addEntry(command, response, error);
+    }
     QStringList states;
+    QStringList shellLines;
 };
 
 /// A main window with a console, folders and settings of its own, and no notification service.

@@ -14,6 +14,9 @@ const auto missing
     = u"Required Environment Variables Missing|There are environment variables that need to be set "
       "to run this command.  Please set \"%1\" in Preferences: Advanced and try again.|OK"_s;
 
+const auto token = u"s3cret"_s; // a value that nobody is to see, which actions with these words get
+const QByteArray needsToken = R"({"scope":"pod","environment_variables":["TOKEN"])";
+
 } // namespace
 
 class TestActionRuns : public QObject
@@ -24,6 +27,7 @@ private Q_SLOTS:
     {
         m_bench = std::make_unique<ActionBench>();
         setKubectlPath(u"/the/kubectl"_s);
+        m_bench->settings.set(u"customEnvVars"_s, UserDefaults::Dictionary{{u"TOKEN"_s, token}});
     }
     void cleanup() { m_bench.reset(); }
 
@@ -52,6 +56,7 @@ private Q_SLOTS:
         QFETCH(QString, setting);
         QFETCH(QString, asked);
         const QString key = u"customEnvVars"_s;
+        m_bench->settings.remove(key);
         if (setting == u"!") {
             m_bench->settings.set(key, u"A"_s);
         } else if (setting != u"-") {
@@ -118,7 +123,10 @@ private Q_SLOTS:
             QCOMPARE(m_bench->console.entries,
                 QStringList{u"env CONTEXT=c KUBECTL=/the/kubectl "_s + item->scriptURL() + u"|hello\n|"_s});
         } else {
-            QTest::qWait(200);
+            QTRY_COMPARE(item.use_count(), 1L); // no run holds it
+            bool isLater = false;
+            mainQueue().post([&isLater] { isLater = true; });
+            QTRY_VERIFY(isLater);
             QVERIFY(m_bench->console.states.isEmpty() && m_bench->console.entries.isEmpty());
         }
     }
@@ -130,8 +138,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("executable");
         QTest::addColumn<QString>("shown"); // in the entry
         QTest::newRow("odd values arrive as they are")
-            << u"a b"_s << QByteArray("#!/bin/sh\nprintf '<%s>' \"$VALUE\"\n") << true
-            << u"|<q\" b , \\ $HOME `id` 'x'\n>|"_s;
+            << u"a b"_s << QByteArray("#!/bin/sh\nprintf '<%s>' \"$VALUE\" ${#TOKEN}\n") << true
+            << u"|<q\" b , \\ $HOME `id` 'x'\n><6>|"_s;
         QTest::newRow("a path with an equals sign")
             << u"a=b $x"_s << QByteArray("#!/bin/sh\necho $KUBECTL\n") << true << u"|/the/kubectl\n|"_s;
         QTest::newRow("standard error") << u"e"_s << QByteArray("#!/bin/sh\necho out\necho err >&2\nexit 3\n")
@@ -149,26 +157,32 @@ private Q_SLOTS:
         QFETCH(QByteArray, script);
         QFETCH(bool, executable);
         QFETCH(QString, shown);
-        const auto item = m_bench->action(title, R"({"scope":"pod"})", "main.sh", script);
+        const CapturedOutput diagnostics;
+        const auto item = m_bench->action(title, needsToken + '}', "main.sh", script);
         if (!executable) {
             QFile::setPermissions(item->scriptURL(), QFile::ReadOwner);
         }
         item->performAction({{u"VALUE"_s, u"q\" b , \\ $HOME `id` 'x'\n"_s}});
         QTRY_COMPARE(m_bench->console.states, QStringList({title, u""_s}));
-        QCOMPARE(m_bench->console.entries.size(), 1);
-        QVERIFY2(
-            m_bench->console.entries.first().contains(shown), qPrintable(m_bench->console.entries.first()));
+        const QString entry = m_bench->console.entries.join(u" AND "_s);
+        QVERIFY2(entry.startsWith(u"env KUBECTL=/the/kubectl TOKEN=… VALUE=q"_s) && entry.contains(shown),
+            qPrintable(entry));
+        const QString copied = m_bench->console.shellLines.join(u" AND "_s);
+        QVERIFY2(copied.startsWith(u"env KUBECTL=/the/kubectl 'TOKEN=…' 'VALUE=q"_s), qPrintable(copied));
+        QVERIFY(!QString(entry + copied + diagnostics.text()).contains(token));
     }
 
     void terminal_data()
     {
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("line"); // %1 for the folder
-        QTest::newRow("plain") << u"act"_s << u"v w"_s
-                               << uR"(env KUBECTL=\"/the/kubectl\" V=\"v w\" \"%1/act/main.sh\")"_s;
-        QTest::newRow("quote") << u"act"_s << u"a\"b"_s
-                               << uR"(env KUBECTL=\"/the/kubectl\" V=\"a\\\"b\" \"%1/act/main.sh\")"_s;
+        QTest::addColumn<QString>("line"); // that is shown; %1 for the folder
+        QTest::newRow("plain")
+            << u"act"_s << u"v w"_s
+            << uR"(env KUBECTL=\"/the/kubectl\" TOKEN=\"…\" V=\"v w\" \"%1/act/main.sh\")"_s;
+        QTest::newRow("quote")
+            << u"act"_s << u"a\"b"_s
+            << uR"(env KUBECTL=\"/the/kubectl\" TOKEN=\"…\" V=\"a\\\"b\" \"%1/act/main.sh\")"_s;
         QTest::newRow("shell's own") << u"act"_s << u"$HOME `id` \\ , \n \"; id; \""_s << QString();
         QTest::newRow("odd path") << u"a\"b $HOME `id` \\ x=y"_s << u"v"_s << QString();
     }
@@ -178,16 +192,21 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(QString, line);
         QString told;
-        setActionTerminal([&told](const QString &commandLine) { told = commandLine; });
-        const auto item = m_bench->action(title, R"({"scope":"pod","open_in_terminal":true})", "main.sh",
-            "#!/bin/sh\nprintf '<%s>' \"$V\"\n");
+        QString shown;
+        setActionTerminal([&](const QString &commandLine, const QString &shownLine) {
+            told = commandLine;
+            shown = shownLine;
+        });
+        const auto item = m_bench->action(title, needsToken + R"(,"open_in_terminal":true})", "main.sh",
+            "#!/bin/sh\nprintf '<%s>' \"$V\" \"$TOKEN\"\n");
         item->performAction({{u"V"_s, value}});
         QTRY_COMPARE(m_bench->console.states, QStringList({title, u""_s}));
         if (!line.isEmpty()) {
-            QCOMPARE(told, line.arg(m_bench->folder.path()));
+            QCOMPARE(shown, line.arg(m_bench->folder.path()));
         }
+        QCOMPARE(QString(told).replace(token, u"…"_s), shown);
         QCOMPARE(runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, withoutLiteralEscapes(told)}).output,
-            QByteArray('<' + value.toUtf8() + '>'));
+            QByteArray('<' + value.toUtf8() + "><" + token.toUtf8() + '>'));
     }
 
     void reloadDuringARun()

@@ -9,6 +9,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QRegularExpression>
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -29,7 +30,8 @@ void collect(
 
 } // namespace
 
-/// Every action of the starter kit, as it is after the first start, against the demo cluster.
+/// Every action of the starter kit, as it is after the first start, and of the guide, against the demo
+/// cluster.
 class TestStarterKit : public QObject
 {
     Q_OBJECT
@@ -47,7 +49,21 @@ private Q_SLOTS:
         QTRY_VERIFY(tree);
         QVERIFY(tree->problems.isEmpty());
         collect(tree->nodes, m_actions);
-        setActionTerminal([this](const QString &line) {
+        QCOMPARE(m_actions.size(), 11U);
+        for (const auto &[title, item] : m_actions) {
+            const QString folder = QFileInfo(item->scriptURL()).path();
+            QVERIFY2(item->configURL(), qPrintable(title));
+            QCOMPARE(QImage(folder + u"/icon.png"_s).size(), QSize(64, 64));
+            QCOMPARE(QImage(folder + u"/menu.png"_s).size(), QSize(32, 32));
+        }
+        takeExamplesOfTheGuide();
+        QCOMPARE(m_demo
+                     ->kubectl({u"create"_s, u"-f"_s,
+                         m_demo->writeFile(u"event.json"_s, R"({"apiVersion": "v1", "kind": "Event",
+                             "metadata": {"name": "bare", "namespace": "shop"}, "involvedObject": {}})")})
+                     .exitCode,
+            0);
+        setActionTerminal([this](const QString &line, const QString & /*shown*/) {
             const QString command = u"( "_s + withoutLiteralEscapes(line) + u" ) 2>&1"_s;
             const auto result = runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, command});
             mainQueue().post([this, result] { m_terminal = result.output; });
@@ -57,17 +73,6 @@ private Q_SLOTS:
     {
         m_bench.reset();
         m_demo.reset();
-    }
-
-    void allHaveImages()
-    {
-        QCOMPARE(m_actions.size(), 11U);
-        for (const auto &[title, item] : m_actions) {
-            const QString folder = QFileInfo(item->scriptURL()).path();
-            QVERIFY2(item->configURL(), qPrintable(title));
-            QCOMPARE(QImage(folder + u"/icon.png"_s).size(), QSize(64, 64));
-            QCOMPARE(QImage(folder + u"/menu.png"_s).size(), QSize(32, 32));
-        }
     }
 
     void run_data()
@@ -103,6 +108,7 @@ private Q_SLOTS:
         row("Decode Secret", "SECRET=web-tls", accepted,
             "tls.key: demo key\nPress Return to clear the screen.\n\033[H\033[2J\033[3J");
         row("Summarise Events", "", {}, "BackOff (Pod)", "", "shop");
+        row("Summarise Events", "", {}, "-             1  - (-)\n", "", everywhere);
         row("Summarise Events", "", {}, "SuccessfulCreate (ReplicaSet)", "", everywhere);
         row("Scale by Pattern", "", {u"pattern=w?b*"_s, u"replicas=5"_s, u"Continue"_s, u"Scale"_s},
             "deployment.apps/web scaled", "get deploy web -n default -o jsonpath={.spec.replicas}|5");
@@ -125,6 +131,14 @@ private Q_SLOTS:
             row(title, resource, {u"?: "_s + message, u"OK"_s}, "", "", everywhere);
         };
         nowhere("Scale by Pattern", "", u"Choose a namespace first."_s);
+        nowhere("Delete Finished Pods", "", u"Choose a namespace first."_s);
+        row("Delete Finished Pods", "", {u"show=no"_s, u"OK"_s, u"?: pod/toolbox"_s, u"Delete"_s},
+            "pod \"toolbox\" deleted", "get po toolbox -n default|NotFound");
+        row("Count Restarts", "DEPLOYMENT=fraud-check", {}, "|243 restarts", "", "payments");
+        row("Count Restarts", "DEPLOYMENT=web", {}, "Choose the namespace of web first.", "", everywhere);
+        row("Restart and Watch", "DEPLOYMENT=nowhere",
+            {u"Restart"_s, u"?: Error from server (NotFound)"_s, u"OK"_s},
+            "kubectl rollout restart deployment/nowhere");
         nowhere("Restart and Watch", "DEPLOYMENT=web", u"Choose the namespace of web first."_s);
         nowhere("Notify When Rolled Out", "DEPLOYMENT=web", u"Choose the namespace of web first."_s);
         row("Restart and Watch", "DEPLOYMENT=web", {u"Restart"_s, u"Tell Me"_s},
@@ -172,12 +186,12 @@ private Q_SLOTS:
                 const QString asked = texts.join(u',') + u": "_s + m_bench->dialog()->informativeText();
                 QVERIFY2(asked.startsWith(answer.mid(1)), qPrintable(asked));
             } else if (answer.contains(u'=')) {
-                QVERIFY(fields.size() >= 2 && kind && show);
+                QVERIFY(kind && show);
                 const QString value = answer.section(u'=', 1);
                 if (answer.startsWith(u"kind")) {
                     kind->setCurrentText(value);
                 } else if (answer.startsWith(u"show")) {
-                    show->setChecked(true);
+                    show->setChecked(value == u"yes");
                 } else {
                     fields[answer.startsWith(u"pattern") ? 0 : 1]->setText(value);
                 }
@@ -196,8 +210,8 @@ private Q_SLOTS:
         QVERIFY(!m_bench->dialog());
         if (!effect.isEmpty()) {
             const Outcome outcome = m_demo->kubectl(effect.section(u'|', 0, 0).split(u' '));
-            QVERIFY2(outcome.output.contains(effect.section(u'|', 1)),
-                qPrintable(outcome.output + outcome.errors));
+            const QString told = outcome.output + outcome.errors;
+            QVERIFY2(told.contains(effect.section(u'|', 1)), qPrintable(told));
         }
     }
 
@@ -219,6 +233,18 @@ private Q_SLOTS:
     }
 
 private:
+    /// What a reader of docs/actions.md would write by it.
+    void takeExamplesOfTheGuide()
+    {
+        QFile guide(QStringLiteral(ACTIONS_GUIDE));
+        QVERIFY(guide.open(QIODevice::ReadOnly));
+        static const QRegularExpression file(u"\n`Actions/([^`]+)`.*:\n\n```\\w+\n([^`]+)```"_s);
+        for (const auto &match : file.globalMatch(QString::fromUtf8(guide.readAll()))) {
+            m_bench->write(match.captured(1), match.captured(2).toUtf8());
+        }
+        collect(loadActionFolders({m_bench->path(u"Pods of Mine"_s)}).nodes, m_actions);
+    }
+
     /// A pod of a deployment, one that has been restarted.
     QString restartedPod(const QString &deployment) const
     {

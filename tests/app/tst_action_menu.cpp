@@ -221,6 +221,8 @@ void tst_action_menu::targets_data()
     row("pod", R"({"scope":"pod"})", "", "db-1", "db-1");
     row("pod by pattern", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "db-1", "web-1");
     row("selected pod first", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "web-2", "web-2");
+    row("selected pods as shown", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "web-2,web-1",
+        "web-1");
     row("no pod of that name", R"({"scope":"pod","use_name_matching_pattern":"x*"})", "", "web-2", nullptr);
     row("pod filtered out", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "db", "", nullptr);
     row("invalid pattern", R"({"scope":"pod","use_name_matching_pattern":"("})", "", "web-2", nullptr);

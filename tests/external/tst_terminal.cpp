@@ -56,10 +56,11 @@ private:
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"(nothing)"_s;
     }
     /// The one console entry of a launch.
-    QString entryOf(const QString &commandLine)
+    QString entryOf(const QString &commandLine, const QString &shown = {})
     {
         m_console.entries.clear();
-        auto run = inBackground([commandLine] { return runInTerminal(commandLine), true; });
+        auto run = inBackground(
+            [=] { return runInTerminal(commandLine, shown.isNull() ? commandLine : shown), true; });
         if (!arrives(run) || !QTest::qWaitFor([this] { return !m_console.entries.isEmpty(); })) {
             return u"(no entry)"_s;
         }
@@ -149,7 +150,9 @@ private Q_SLOTS:
         }
         m_settings.set(u"preferredTerminal"_s, u"iterm"_s); // unknown: the same as "Terminal"
         for (const QString &terminal : inOrder) {
-            QCOMPARE(entryOf(u"exit 7"_s), u"exit 7||{}"_s);
+            const CapturedOutput diagnostics;
+            QCOMPARE(entryOf(u"exit 7"_s, u"exit \\\"…\\\""_s), u"exit \\\"…\\\"||{}"_s);
+            QVERIFY2(diagnostics.text().endsWith(u" sh 'exit \"…\"'\n"_s), qPrintable(diagnostics.text()));
             QTRY_VERIFY(recorded(u"shell"_s).isEmpty());
             QCOMPARE(recorded(u"terminal"_s), terminal);
             init();

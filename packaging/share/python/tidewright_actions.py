@@ -16,6 +16,7 @@ by `then` goes on with the answer. Ends of methods are the only places to ask at
 Where a method is given as `then`, it may ask again, so that questions can follow one another.
 """
 import os
+import re
 import shlex
 import subprocess
 
@@ -32,24 +33,54 @@ def last_line(text):
     return next((line.strip() for line in reversed(text.splitlines()) if line.strip()), "")
 
 
-class OKDialog(Exception):
+# No Exceptions: an author's `except Exception` around a question means what can fail, not the question.
+class OKDialog(BaseException):
     """Raised by Action.ask without a second button."""
 
 
-class OKCancelDialog(Exception):
+class OKCancelDialog(BaseException):
     """Raised by Action.ask with a second button."""
 
 
-class Notification(Exception):
+class Notification(BaseException):
     """Raised by Action.notify."""
 
 
-class FormDialog(Exception):
+class FormDialog(BaseException):
     """Raised by Action.ask_form."""
 
 
 class KubectlError(Exception):
-    """kubectl failed; the text is what it wrote to its standard error."""
+    """kubectl failed; the text is what it wrote to its standard error, or why it was not run."""
+
+
+# Short options may stand together, where those before the last take no value.
+_NAMES_NAMESPACE = re.compile(r"-[hiqtwR]*[nA]|--(namespace|all-namespaces)(=|$)")
+_NAMES_CLUSTER = re.compile(r"--(context|kubeconfig)(=|$)")
+_READS_ALL_NAMESPACES = frozenset(("describe", "get", "top"))
+_NEEDS_NO_NAMESPACE = frozenset((
+    "api-resources", "api-versions", "auth", "certificate", "cluster-info", "completion", "config", "cordon", "drain",
+    "explain", "help", "kustomize", "options", "plugin", "taint", "uncordon", "version"))
+
+
+def _place(options, context, namespace):
+    """What to add to these options of kubectl for the cluster and the namespace. Those that they name stay."""
+    place = [] if any(map(_NAMES_CLUSTER.match, options)) else ["--context=" + context]
+    words = [option for option in options if not re.match("-.*=", option)]
+    verb = words[0] if words else ""
+    # `config` takes --namespace for what is to be written.
+    if verb == "config" or any(map(_NAMES_NAMESPACE.match, options)):
+        return place
+    if namespace != ALL_NAMESPACES:
+        return place + ["-n", namespace]
+    if verb == "top" and words[1:2] in (["no"], ["node"], ["nodes"]):
+        return place
+    if verb in _READS_ALL_NAMESPACES:
+        return place + ["--all-namespaces"]
+    if verb in _NEEDS_NO_NAMESPACE and words[:2] != ["auth", "reconcile"]:
+        return place
+    raise KubectlError(f"choose a namespace first: the window shows all, and \"kubectl {verb}\" needs one (or name it, "
+                       "with -n)")
 
 
 class TextField:
@@ -151,12 +182,14 @@ class Action:
     def kubectl(self, *arguments, input=None, timeout=None):
         """Runs the packaged kubectl in the window's cluster and namespace, logs it, and returns its output.
 
+        The arguments' own -n, -A, --context and --kubeconfig come before the window's. While the window shows all
+        namespaces, get, describe and top read all, and other commands have to name one. Warnings of kubectl are logged.
+
         Raises KubectlError when it fails. `input` is a text for its standard input, `timeout` is in seconds.
         """
         command = [str(argument) for argument in arguments]
         end = command.index("--") if "--" in command else len(command)  # what follows is for another program
-        where = ["--all-namespaces"] if self.namespace == ALL_NAMESPACES else ["-n", self.namespace]
-        command[end:end] = ["--context=" + self.context, *where]
+        command[end:end] = _place(command[:end], self.context, self.namespace)
         self.log(shlex.join(["kubectl", *command]))
         kubectl = self.environment["KUBECTL"]
         guard = os.path.join(os.path.dirname(kubectl), "child-guard")  # ends it together with Tidewright
@@ -171,6 +204,8 @@ class Action:
             raise KubectlError(f"kubectl took longer than {timeout} seconds") from None
         if run.returncode != 0:
             raise KubectlError(run.stderr.strip() or f"kubectl ended with status {run.returncode}")
+        if run.stderr.strip():
+            self.log(run.stderr.strip())
         return run.stdout
 
     def _request(self, state, then):

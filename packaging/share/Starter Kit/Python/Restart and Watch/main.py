@@ -12,7 +12,10 @@ class Action(tidewright_actions.Action):
 
     def restart(self, accepted):
         if accepted:
-            self.log(self.kubectl("rollout", "restart", "deployment/" + self.name).strip())
+            try:
+                self.log(self.kubectl("rollout", "restart", "deployment/" + self.name).strip())
+            except tidewright_actions.KubectlError as error:
+                self.ask(str(error), title=f"{self.name} was not restarted")
             self.ask("Shall I tell you when all pods are replaced?", title=f"{self.name} is restarting", ok="Tell Me",
                      cancel="No", then=self.watch)
 
