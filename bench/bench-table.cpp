@@ -37,7 +37,7 @@ public:
     QString kubeConfigPath() const override { return {}; }
     KubeCtl &kubeCtl() override { return m_kubeCtl; }
     Console *console() override { return nullptr; }
-    void agreeWithKubeConfig(std::function<void(bool)> completion) override { completion(true); }
+    void whenSettled(std::function<void(const QString &)> completion) override { completion({}); }
 
 private:
     KubeCtl m_kubeCtl;

@@ -193,7 +193,7 @@ private Q_SLOTS:
         QFETCH(QString, line);
         QString told;
         QString shown;
-        setActionTerminal([&](const QString &commandLine, const QString &shownLine) {
+        setActionTerminal([&](const QString &commandLine, const QString &shownLine, const QString &) {
             told = commandLine;
             shown = shownLine;
         });

@@ -63,7 +63,7 @@ private Q_SLOTS:
                              "metadata": {"name": "bare", "namespace": "shop"}, "involvedObject": {}})")})
                      .exitCode,
             0);
-        setActionTerminal([this](const QString &line, const QString & /*shown*/) {
+        setActionTerminal([this](const QString &line, const QString & /*shown*/, const QString & /*used*/) {
             const QString command = u"( "_s + withoutLiteralEscapes(line) + u" ) 2>&1"_s;
             const auto result = runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, command});
             mainQueue().post([this, result] { m_terminal = result.output; });

@@ -4,29 +4,56 @@
 #include "core/ApplicationRecord.h"
 
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 using namespace tidewright;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-// The folder of the script is its memory: NAME.out, NAME.err and NAME.hold tell it what to do.
+// The folder of the script is its memory: NAME.out, NAME.err and NAME.hold tell it what to do. What is
+// current is changed in the first file of KUBECONFIG, as kubectl does it.
 constexpr auto script = R"sh(#!/bin/sh
 dir=${0%/*}
-case "$1 $2" in
-"config view") run=contexts ;;
-"get ns") run=namespaces ;;
-"config use-context") run="use $3" ;;
-"config set-context") run="set ${4#--namespace=}" ;;
+first=${KUBECONFIG%%:*}
+case "$first" in *view-*) whose= ;; *) whose="file " ;; esac
+case "$1 $2 $3" in
+"config view -ojson") run=read ;;
+"config view"*) run=contexts ;;
+"get ns"*) run=namespaces ;;
+"config use-context"*) run="${whose}use $3"; change="s/\"current-context\": \".*\"/\"current-context\": \"$3\"/" ;;
+"config set-context"*) run="${whose}set ${4#--namespace=}"; change="s/\"namespace\": \".*\"/\"namespace\": \"${4#--namespace=}\"/" ;;
 *) run="$1 $2"; echo "$(printf '%s' "$*" | tr '\n\t' '  ')" >> "$dir/reads"; echo "$(nice) $run" >> "$dir/niceness" ;;
 esac
-printf '%s\n' "$run" >> "$dir/calls"
-case "$run" in use*|set*) echo "$run" >> "${KUBECONFIG:-/dev/null}" ;; esac
+[ "$run" = read ] || printf '%s\n' "$run" >> "$dir/calls"
 file=$(printf '%s' "$run" | tr ' ' '-')
 while [ -e "$dir/$file.hold" ]; do sleep 0.02; done
-[ -e "$dir/$file.err" ] && cat "$dir/$file.err" >&2
+[ -e "$dir/$file.err" ] && cat "$dir/$file.err" >&2 && exit 1
+[ "$run" = read ] && exec cat "$first"
+[ -n "$change" ] && [ ! -e "$dir/$file.idle" ] && sed -i "$change" "$first"
+[ -e "$dir/$file.kill" ] && kill -9 $$
 [ -e "$dir/$file.out" ] && cat "$dir/$file.out"
 printf '%s\n' "$run" >> "$dir/ended"
 )sh";
+
+/// A kubeconfig in which every context leads to a cluster and a user of its own name.
+QByteArray kubeConfigOf(const QByteArray &contextsAnswer)
+{
+    const QByteArrayList lines = contextsAnswer.split('\n');
+    QJsonArray contexts;
+    for (const QByteArray &bytes : lines.value(1).split('\t')) {
+        const QString name = QString::fromUtf8(bytes);
+        if (!name.isEmpty()) {
+            contexts.append(QJsonObject{
+                {u"name"_s, name}, {u"context"_s, QJsonObject{{u"cluster"_s, name}, {u"user"_s, name}}}});
+        }
+    }
+    return QJsonDocument({{u"kind"_s, u"Config"_s}, {u"current-context"_s, QString::fromUtf8(lines.first())},
+                             {u"contexts"_s, contexts}})
+        .toJson();
+}
 
 void writeFile(const QString &path, const QByteArray &bytes)
 {
@@ -57,7 +84,6 @@ FakeCluster::FakeCluster()
     writeFile(kubectl, script);
     QFile::setPermissions(kubectl, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     setKubectlPath(kubectl);
-    writeFile(kubeConfig(), "kubeconfig\n");
     answer(QStringLiteral("contexts"), "b\na\tb\tc\t");
     answer(QStringLiteral("namespaces"), "default kube-system shop");
 }
@@ -75,6 +101,9 @@ QString FakeCluster::fileFor(QString run, const char *suffix) const
 void FakeCluster::answer(const QString &run, const QByteArray &output)
 {
     writeFile(fileFor(run, ".out"), output);
+    if (run == u"contexts") {
+        writeFile(kubeConfig(), kubeConfigOf(output));
+    }
 }
 
 void FakeCluster::fail(const QString &run, const QByteArray &error)
@@ -82,9 +111,21 @@ void FakeCluster::fail(const QString &run, const QByteArray &error)
     writeFile(fileFor(run, ".err"), error);
 }
 
+void FakeCluster::killAfter(const QString &run)
+{
+    writeFile(fileFor(run, ".kill"), {});
+}
+
+void FakeCluster::doNothing(const QString &run)
+{
+    writeFile(fileFor(run, ".idle"), {});
+}
+
 void FakeCluster::succeed(const QString &run)
 {
-    QFile::remove(fileFor(run, ".err"));
+    for (const char *suffix : {".err", ".kill", ".idle"}) {
+        QFile::remove(fileFor(run, suffix));
+    }
 }
 
 void FakeCluster::hold(const QString &run)

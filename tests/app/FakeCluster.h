@@ -21,8 +21,9 @@ public:
 /// A kubectl that writes down how it was called and gives the answers it was told to, with a kubeconfig,
 /// settings and an application record of its own. One per test.
 ///
-/// Runs are known as "contexts", "namespaces", "use CONTEXT", "set NAMESPACE" and, for anything else, "get
-/// po" and the like.
+/// Runs are known as "contexts", "namespaces", "use CONTEXT" and "set NAMESPACE" (in a window's view), "file
+/// use CONTEXT" and "file set NAMESPACE" (in the kubeconfig itself) and, for anything else, "get po" and the
+/// like.
 class FakeCluster
 {
     QTemporaryDir m_folder; // first: the settings lie in it
@@ -37,12 +38,16 @@ public:
 
     void answer(const QString &run, const QByteArray &output);
     void fail(const QString &run, const QByteArray &error);
+    /// Runs of that name do what they are to, and are killed without a word.
+    void killAfter(const QString &run);
+    /// Runs of that name end well and have changed nothing.
+    void doNothing(const QString &run);
     void succeed(const QString &run);
     /// Runs of that name wait until they are released.
     void hold(const QString &run);
     void release(const QString &run);
 
-    /// The runs that have begun, in order, without the reading of tables.
+    /// The runs that have begun, in order, without the reading of tables and of what a kubeconfig holds.
     QStringList calls() const;
     /// Of these, the runs that came to their own end.
     QStringList ended() const;

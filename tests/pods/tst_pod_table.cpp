@@ -356,7 +356,7 @@ private Q_SLOTS:
         QCOMPARE(question()->informativeText(), QStringLiteral("Are you sure you want to delete 2 pods?"));
         QTest::keyClick(question(), Qt::Key_Return); // the harmless button is the default one
         QTRY_VERIFY(!question());
-        QCOMPARE(m_window->agreementsAsked, 0);
+        QCOMPARE(m_window->settledAsked, 0);
 
         selectRows({0});
         const QString victim = name(0);
@@ -370,14 +370,14 @@ private Q_SLOTS:
             QStringLiteral("Are you sure you want to delete the pod \"%1\"?").arg(victim));
         for (QPushButton *button : buttons) {
             if (button->text() == QLatin1String("Delete")) {
-                m_window->agrees = false;
+                m_window->obstacle = QStringLiteral("not now");
                 QTest::mouseClick(button, Qt::LeftButton);
                 break;
             }
         }
-        QTRY_COMPARE(m_window->agreementsAsked, 1); // a kubeconfig that does not agree: nothing runs
+        QTRY_COMPARE(m_window->settledAsked, 1); // a window that is not settled: nothing runs
         setMainConsoleLookup([this] { return &m_window->recorded; });
-        m_window->agrees = true;
+        m_window->obstacle.clear();
         QTRY_VERIFY(!question());
         for (QPushButton *button : ask()) {
             if (button->text() == QLatin1String("Delete")) {
@@ -413,7 +413,7 @@ private Q_SLOTS:
         m_table->viewLogs();
         QVERIFY(!question() && !PreviewPanel::shared().isVisible() && m_window->logsOpened.empty());
         QCOMPARE(m_window->recorded.entries.filter(QStringLiteral("choose a namespace first")).size(), 3);
-        QCOMPARE(m_window->agreementsAsked, 0);
+        QCOMPARE(m_window->settledAsked, 0);
     }
 
     void previewIsReusedForFiveSeconds()
