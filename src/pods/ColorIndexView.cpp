@@ -103,7 +103,9 @@ void ColorIndexView::setState(int row, const State &state)
     if (!name || !item) {
         return;
     }
-    item->setText(state.hidden ? tr("hidden, %1").arg(state.text) : state.text);
+    const QString text = state.hidden ? tr("hidden, %1").arg(state.text) : state.text;
+    item->setText(state.note.isEmpty() ? text : text + QLatin1Char('\n') + state.note);
+    m_table->setRowHeight(row, m_table->fontMetrics().size(0, item->text()).height() + 8);
     item->setIcon(namedImage(state.image));
     QFont font = m_table->font();
     font.setStrikeOut(state.hidden);
@@ -125,7 +127,7 @@ QSize ColorIndexView::fittingSize(QSize available) const
         for (int row = 0; column != BoxColumn && row < m_table->rowCount(); ++row) {
             const QTableWidgetItem *item = m_table->item(row, column);
             const int icon = item->icon().isNull() ? 0 : 24;
-            widest = std::max(widest, m_table->fontMetrics().horizontalAdvance(item->text()) + icon + 14);
+            widest = std::max(widest, m_table->fontMetrics().size(0, item->text()).width() + icon + 14);
         }
         width += widest;
     }
@@ -181,6 +183,12 @@ void ColorIndexView::leaveEvent(QEvent *event)
 {
     QScrollArea::leaveEvent(event);
     mouseExited();
+}
+
+void ColorIndexView::resizeEvent(QResizeEvent *event)
+{
+    QScrollArea::resizeEvent(event);
+    m_table->horizontalHeader()->setMaximumSectionSize(std::max(1, width() * 3 / 5)); // leaves the name some
 }
 
 bool ColorIndexView::eventFilter(QObject *watched, QEvent *event)

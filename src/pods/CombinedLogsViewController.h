@@ -3,6 +3,7 @@
 
 #include "core/Shell.h"
 #include "pods/LogIntake.h"
+#include "pods/LogSource.h"
 #include "pods/LogView.h"
 #include "resources/WindowState.h"
 
@@ -33,13 +34,8 @@ public:
     QString context;
     QString nameSpace;
 
-    /// How one stream is doing.
-    struct Source
-    {
-        bool ended = false;
-        QString errors; ///< the end of what it wrote to standard error
-    };
-    const std::vector<Source> &sources() const { return m_sources; }
+    /// How the streams are doing, in the order of the containers.
+    const std::vector<LogSource> &sources() const { return m_sources; }
     /// One for each started stream, in the order of the containers.
     const std::vector<std::shared_ptr<Shell>> &shells() const { return m_shells; }
     bool hasRunningStreams() const;
@@ -86,7 +82,7 @@ private:
     LogDocument m_document;
     LogView *m_logTextView;
     ColorIndexView *m_colorIndexView;
-    std::vector<Source> m_sources;
+    std::vector<LogSource> m_sources;
     std::vector<std::shared_ptr<Shell>> m_shells;
     std::shared_ptr<LogIntake> m_intake;
     bool m_cleared = false;

@@ -37,6 +37,33 @@ QString tooComplicated(qint64 lines)
     return CombinedLogsWindowController::tr("too complicated for %1 lines").arg(counted(lines));
 }
 
+/// How the streams are doing, where that is not simply well.
+QStringList streamParts(const CombinedLogsViewController &content)
+{
+    using Window = CombinedLogsWindowController;
+    const auto &sources = content.sources();
+    const auto count = [&](auto what) { return std::count_if(sources.cbegin(), sources.cend(), what); };
+    QStringList parts;
+    const auto hasChoice = [](const LogSource &source) { return source.choice.has_value(); };
+    if (const auto chosen = count(hasChoice); chosen == 1) {
+        const auto source = std::find_if(sources.cbegin(), sources.cend(), hasChoice);
+        const ContainerPair &pair = content.containers[static_cast<std::size_t>(source - sources.cbegin())];
+        parts.append(Window::tr("only %1 of the %2 pods of %3 is followed")
+                         .arg(source->choice->pod, source->choice->pods, pair.first));
+    } else if (chosen > 1) {
+        parts.append(Window::tr("of %1 sources only one pod of several is followed").arg(chosen));
+    }
+    if (const auto ended = count([](const LogSource &source) { return source.ended; }); ended > 0) {
+        parts.append(ended == std::ssize(sources)
+                ? Window::tr("all streams have ended")
+                : Window::tr("%1 of %2 streams have ended").arg(ended).arg(sources.size()));
+    }
+    if (const auto failed = count([](const LogSource &source) { return source.failure.has_value(); })) {
+        parts.append(Window::tr("%1 with errors").arg(failed));
+    }
+    return parts;
+}
+
 QString bytesText(qint64 bytes)
 {
     return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
@@ -249,18 +276,7 @@ void CombinedLogsWindowController::updateStatus()
     if (document.cutOffLines() > 0 && m_filterBar->pattern() == document.filter()) {
         m_filterBar->setResult(tooComplicated(document.cutOffLines()));
     }
-    const auto &sources = m_content->sources();
-    const auto ended = std::count_if(sources.cbegin(), sources.cend(), [](const auto &s) { return s.ended; });
-    const auto failed
-        = std::count_if(sources.cbegin(), sources.cend(), [](const auto &s) { return !s.errors.isEmpty(); });
-    if (ended > 0) {
-        parts.append(ended == std::ssize(sources)
-                ? tr("all streams have ended")
-                : tr("%1 of %2 streams have ended").arg(ended).arg(sources.size()));
-    }
-    if (failed > 0) {
-        parts.append(tr("%1 with errors").arg(failed));
-    }
+    parts += streamParts(*m_content);
     if (!document.problem().isEmpty()) {
         parts.prepend(document.isFull() ? tr("Stopped: %1").arg(document.problem()) : document.problem());
     }

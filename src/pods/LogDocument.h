@@ -22,8 +22,8 @@ public:
     explicit LogDocument(const QStringList &folders, QObject *parent = nullptr, LogStore::Write write = {});
     ~LogDocument() override;
 
-    /// Adds a piece of a source's text (0 to 65535) at the end.
-    void append(int source, QStringView text);
+    /// Adds a piece of what a source (0 to 65535) has written at the end: any bytes, as a rule UTF-8.
+    void append(int source, QByteArrayView bytes);
     /// Makes what has arrived part of the text now instead of with the next frame.
     void commit();
     /// No more text will come: the last line is whole.
@@ -85,8 +85,7 @@ private:
     LineSplitter m_splitter;
     std::vector<qint64> m_starts; ///< kept for its memory
 
-    QByteArray m_arrived; ///< the first `m_arrivedSize` bytes are text that is not in the store yet
-    qsizetype m_arrivedSize = 0;
+    QByteArray m_arrived; ///< what is not in the store yet
     std::vector<SourceRuns::Run> m_arrivedRuns; ///< positions within `m_arrived`; only the starts count
     QTimer m_frame;
 
