@@ -23,10 +23,10 @@ void appendMerged(std::vector<LogRange> &ranges, const LogRange &range)
 
 } // namespace
 
-LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogStore::Write write)
+LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogDisk disk)
     : QObject(parent)
     , m_folders(folders)
-    , m_write(std::move(write))
+    , m_disk(std::move(disk))
 {
     m_frame.setSingleShot(true);
     m_frame.setTimerType(Qt::PreciseTimer);
@@ -54,7 +54,7 @@ void LogDocument::letGo()
 void LogDocument::reset()
 {
     letGo();
-    m_store = std::make_unique<LogStore>(m_folders, m_write);
+    m_store = std::make_unique<LogStore>(m_folders, m_disk);
     m_runs = std::make_unique<SourceRuns>();
     m_whole = std::make_unique<LogProjection>();
     m_splitter = LineSplitter();

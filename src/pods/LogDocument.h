@@ -19,7 +19,7 @@ class LogDocument : public QObject
     Q_OBJECT
 public:
     /// The folders are those that the store may put its file in.
-    explicit LogDocument(const QStringList &folders, QObject *parent = nullptr, LogStore::Write write = {});
+    explicit LogDocument(const QStringList &folders, QObject *parent = nullptr, LogDisk disk = {});
     ~LogDocument() override;
 
     /// Adds a piece of what a source (0 to 65535) has written at the end: any bytes, as a rule UTF-8.
@@ -78,7 +78,7 @@ private:
     std::vector<LogRange> visibleRanges(const LogRange &range) const;
 
     const QStringList m_folders;
-    const LogStore::Write m_write;
+    const LogDisk m_disk;
     std::unique_ptr<LogStore> m_store;
     std::unique_ptr<SourceRuns> m_runs;
     std::unique_ptr<LogProjection> m_whole;

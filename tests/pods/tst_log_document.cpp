@@ -343,23 +343,43 @@ private Q_SLOTS:
     {
         QTest::addColumn<qint64>("fails"); // after so many bytes
         QTest::addColumn<int>("error");
-        QTest::newRow("full at once") << qint64(0) << ENOSPC;
-        QTest::newRow("full later, in the middle of a write") << qint64(700'001) << ENOSPC;
-        QTest::newRow("quota") << qint64(64) << EDQUOT;
-        QTest::newRow("behind the first part") << (qint64(64) << 20) + 5 << ENOSPC;
+        QTest::addColumn<DiskSpace>("space");
+        QTest::addColumn<QString>("said");
+        const auto row = [](const char *name, qint64 fails, int error, const DiskSpace &space = {}) {
+            QTest::newRow(name) << fails << error << space << QString::fromLocal8Bit(strerror(error));
+        };
+        row("full at once", 0, ENOSPC);
+        row("full later, in the middle of a write", 700'001, ENOSPC);
+        row("quota", 64, EDQUOT);
+        const qint64 part = qint64(64) << 20;
+        row("behind the first part", part + 5, ENOSPC, {3 * part + (qint64(1) << 30), 2'000'000'000});
+        const auto reserve = [](const char *name, qint64 fails, const DiskSpace &space, const QString &said) {
+            QTest::newRow(name) << fails << 0 << space << said;
+        };
+        reserve("others need the rest", 0, {1'999'999'999, 40'000'000'000}, u"leaves 2.0 GB to other"_s);
+        reserve("others need the rest of a small disk", part, {part + (qint64(1) << 30) - 1, 4'000'000'000},
+            u"only 1.1 GB of it are free, and a log leaves 1.1 GB"_s);
     }
     void diskTroubleLosesNothing()
     {
         QFETCH(qint64, fails);
         QFETCH(int, error);
-        const auto write = [=](int file, const void *bytes, size_t count, off_t at) -> ssize_t {
-            if (at >= fails) {
+        QFETCH(DiskSpace, space);
+        QFETCH(QString, said);
+        LogDisk disk;
+        disk.write = [=](int file, const void *bytes, size_t count, off_t at) -> ssize_t {
+            if (error != 0 && at >= fails) {
                 errno = error;
                 return -1;
             }
-            return ::pwrite(file, bytes, qMin(count, size_t(fails - at)), at);
+            return ::pwrite(file, bytes, error != 0 ? qMin(count, size_t(fails - at)) : count, at);
         };
-        LogDocument document({m_folder.path()}, nullptr, write);
+        disk.space = [space](int file) -> DiskSpace {
+            struct stat status = {};
+            ::fstat(file, &status);
+            return {space.free - status.st_size, space.total};
+        };
+        LogDocument document({m_folder.path()}, nullptr, disk);
         const QByteArray block = "some line of the log, with ä\n"_ba.repeated(5000);
         QByteArray all;
         const qint64 wanted = fails + 3'000'000;
@@ -368,8 +388,7 @@ private Q_SLOTS:
             all += block;
         }
         document.commit();
-        QVERIFY2(document.problem().contains(QString::fromLocal8Bit(strerror(error))),
-            qPrintable(document.problem()));
+        QVERIFY2(document.problem().contains(said), qPrintable(document.problem()));
         QVERIFY(!document.isFull());
         QVERIFY(document.bytes().read(0, document.size()) == all);
         QCOMPARE(document.lines(), qint64(all.count('\n')));
