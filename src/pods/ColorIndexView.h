@@ -51,6 +51,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    int wantedWidth(int column) const;
     void fadeTo(qreal opacity);
     void fadeWhenUnused();
 

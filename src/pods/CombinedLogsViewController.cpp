@@ -6,12 +6,15 @@
 #include "platform/MainQueue.h"
 #include "pods/ColorIndexView.h"
 #include "pods/ConsoleStyle.h"
+#include "resources/Confirmation.h"
 #include "resources/NamedImages.h"
 
 #include <QDir>
 #include <QFile>
+#include <QLocale>
 #include <QScrollBar>
 #include <QTableWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -101,8 +104,38 @@ void CombinedLogsViewController::viewDidAppear()
         updateHint();
         return;
     }
-    startStreams();
+    updateHint();
+    if (containers.size() > mostUnasked) {
+        // Once the window stands where the question is to be.
+        QTimer::singleShot(0, this, &CombinedLogsViewController::askForStreams);
+    } else {
+        startStreams();
+    }
+}
+
+void CombinedLogsViewController::askForStreams()
+{
+    constexpr qint64 megabytesOfOne = 40; // of a kubectl that follows a log
+    const QString count = QLocale().toString(containers.size());
+    showConfirmation(this, tr("Follow %1 Logs").arg(count),
+        tr("Each is followed by a kubectl of its own. Together they will take about %1 of memory.")
+            .arg(QLocale().formattedDataSize(
+                static_cast<qint64>(containers.size()) * megabytesOfOne * 1'000'000, 1,
+                QLocale::DataSizeSIFormat)),
+        tr("Follow %1 Logs").arg(count), tr("Cancel"), nullptr,
+        [self = QPointer<CombinedLogsViewController>(this)](bool agreed) {
+            if (self) {
+                agreed ? self->startStreams() : (void)self->window()->close();
+            }
+        });
+}
+
+void CombinedLogsViewController::startStreams()
+{
+    m_document.clear();
+    m_sources.resize(containers.size());
     for (std::size_t i = 0; i < containers.size(); ++i) {
+        startStream(static_cast<int>(i));
         m_colorIndexView->addRow(containers[i].first + QLatin1Char(':') + containers[i].second,
             foregroundColors[i % foregroundColors.size()]);
         updateSource(static_cast<int>(i));
@@ -113,16 +146,7 @@ void CombinedLogsViewController::viewDidAppear()
     updateHint();
 }
 
-void CombinedLogsViewController::startStreams()
-{
-    m_document.clear();
-    m_sources.resize(containers.size());
-    for (std::size_t i = 0; i < containers.size(); ++i) {
-        startStream(static_cast<int>(i));
-    }
-}
-
-void CombinedLogsViewController::startStream(int index)
+void CombinedLogsViewController::startStream(int index, const QStringList &more)
 {
     const auto &[pod, container] = containers[static_cast<std::size_t>(index)];
     const std::shared_ptr<Shell> shell = Shell::create();
@@ -130,14 +154,38 @@ void CombinedLogsViewController::startStream(int index)
         shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
     }
     m_shells.push_back(shell);
-    shell->runStreaming(
+    follow(index, *shell,
         {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
             QLatin1String("--context=") + context, QLatin1String("-n") + nameSpace, pod, container},
+        more);
+}
+
+void CombinedLogsViewController::follow(
+    int index, Shell &shell, const QStringList &arguments, const QStringList &more)
+{
+    shell.runStreaming(
+        arguments + more,
         [intake = m_intake, index](const QByteArray &output, const std::optional<QByteArray> &error) {
             using Kind = LogIntake::Piece::Kind;
             intake->put({index, error ? Kind::Error : Kind::Output, error.value_or(output)});
         },
         [intake = m_intake, index](const auto &failure) { intake->end(index, failure); });
+}
+
+void CombinedLogsViewController::followRefused()
+{
+    for (std::size_t i = 0; i < m_sources.size(); ++i) {
+        const QString count = m_sources[i].refusedContainers();
+        if (!count.isEmpty()) {
+            m_document.resume();
+            m_sources[i] = {};
+            startStream(static_cast<int>(i), {QLatin1String("--max-log-requests=") + count});
+            updateSource(static_cast<int>(i));
+        }
+    }
+    placeColorIndex();
+    updateHint();
+    Q_EMIT sourcesChanged();
 }
 
 void CombinedLogsViewController::takePieces()
@@ -264,6 +312,9 @@ QString CombinedLogsViewController::emptyText() const
 {
     if (containers.empty()) {
         return tr("There are no containers to follow.");
+    }
+    if (m_sources.empty()) {
+        return tr("Nothing is followed yet.");
     }
     if (m_cleared) {
         return tr("Cleared.");

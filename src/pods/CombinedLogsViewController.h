@@ -36,9 +36,15 @@ public:
 
     /// How the streams are doing, in the order of the containers.
     const std::vector<LogSource> &sources() const { return m_sources; }
-    /// One for each started stream, in the order of the containers.
+    /// One for each started stream, in that order.
     const std::vector<std::shared_ptr<Shell>> &shells() const { return m_shells; }
     bool hasRunningStreams() const;
+    /// Follows the sources again that kubectl refused because they have too many containers, and asks it for
+    /// all of them.
+    void followRefused();
+
+    /// More streams than these are started only when the user agrees.
+    static constexpr std::size_t mostUnasked = 20;
 
     /// Stream n takes entry n modulo their number; an invalid colour is absent.
     std::array<QColor, 5> foregroundColors;
@@ -69,8 +75,10 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void askForStreams();
     void startStreams();
-    void startStream(int index);
+    void startStream(int index, const QStringList &more = {});
+    void follow(int index, Shell &shell, const QStringList &arguments, const QStringList &more);
     void takePieces();
     void stopWhenFull();
     void updateSource(int index);

@@ -28,6 +28,8 @@ public:
     void commit();
     /// No more text will come: the last line is whole.
     void finish();
+    /// After `finish`: more text will come all the same.
+    void resume() { m_finished = false; }
     /// Lets all text go, also from the disk.
     void clear();
 

@@ -52,6 +52,13 @@ void LogSource::hear(QByteArrayView piece)
     }
 }
 
+QString LogSource::refusedContainers() const
+{
+    static const QRegularExpression refusal(
+        QStringLiteral("attempting to follow (\\d{1,6}) log streams, but maximum allowed concurrency"));
+    return failure ? refusal.match(said).captured(1) : QString();
+}
+
 QString LogSource::state() const
 {
     return failure ? tr("ended, error") : ended ? tr("ended") : tr("running");
@@ -60,7 +67,9 @@ QString LogSource::state() const
 QString LogSource::note() const
 {
     QString note;
-    if (failure) {
+    if (const QString count = refusedContainers(); !count.isEmpty()) {
+        note = tr("%1 containers are more than kubectl follows unasked").arg(count);
+    } else if (failure) {
         note = lastLine(said, true);
         note = note.isEmpty() ? *failure : note;
     } else if (choice) {

@@ -27,6 +27,10 @@ struct LogSource
     /// Takes a piece of standard error, cut anywhere.
     void hear(QByteArrayView piece);
 
+    /// How many containers kubectl refused to follow in one go, in digits; empty when that is not why the
+    /// stream failed.
+    QString refusedContainers() const;
+
     /// "running", "ended" or "ended, error".
     QString state() const;
     /// One line to read beside the state: why the stream failed, which pod it follows, or else its latest

@@ -15,6 +15,7 @@
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
+#include <QAbstractButton>
 #include <QDeadlineTimer>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
@@ -228,6 +229,55 @@ private Q_SLOTS:
         QCOMPARE(content.document().bytes().read(0, 20), QByteArray("text\ntext\n"));
     }
 
+    void containersThatKubectlRefusesAreFollowedOnDemand()
+    {
+        setScript(
+            "err error:\\x20you\\x20are\\x20attempting\\x20to\\x20follow\\x206\\x20log\\x20streams,\\x20but"
+            "\\x20maximum\\x20allowed\\x20concurrency\\x20is\\x205,\\x20use\\x20--max-log-requests exit 1");
+        auto &content = open({{u"pod-0"_s, allContainers}});
+        const auto state = [&] { return content.colorIndexTableView()->item(0, 2)->text(); };
+        QTRY_COMPARE_WITH_TIMEOUT(
+            state(), u"ended, error\n6 containers are more than kubectl follows unasked"_s, patience);
+        QTRY_VERIFY(!content.hasRunningStreams());
+        auto *button = buttonWith(u"Follow All Containers"_s);
+        QTRY_VERIFY(button && button->isVisible());
+        QFile::remove(path(u"record"_s));
+        setScript("out first\\nsec hang");
+        button->click();
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 9, patience);
+        QCOMPARE(state(), u"running"_s);
+        QVERIFY(!button->isVisible());
+        QVERIFY(read(path(u"record"_s)).contains("\"--all-containers\"\n\"--max-log-requests=6\"\n"));
+    }
+
+    void manyStreamsStartOnlyWhenAskedFor_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("not too many") << 20 << QString();
+        QTest::newRow("agreed") << 21 << u"Follow 21 Logs"_s;
+        QTest::newRow("cancelled") << 21 << u"Cancel"_s;
+    }
+    void manyStreamsStartOnlyWhenAskedFor()
+    {
+        QFETCH(int, count);
+        QFETCH(QString, answer);
+        auto &content = open(pairs(count));
+        if (!answer.isEmpty()) {
+            QVERIFY(content.shells().empty());
+            QCOMPARE(content.logTextView()->hint(), u"Nothing is followed yet."_s);
+            QTRY_VERIFY(buttonWith(answer) && buttonWith(answer)->isVisible());
+            buttonWith(answer)->click();
+        }
+        if (answer == u"Cancel"_s) {
+            QTRY_VERIFY(!m_window);
+            QVERIFY(!QFile::exists(path(u"record"_s)));
+        } else {
+            QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), count * 6, patience);
+            QCOMPARE(content.colorIndexTableView()->rowCount(), count);
+        }
+    }
+
     void withoutDescriptorsTheIndexSaysWhy()
     {
         const NoDescriptorsLeft none;
@@ -431,7 +481,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(content.sources()[6].choice, patience);
         const QString state = content.colorIndexTableView()->item(6, 2)->text();
         QVERIFY2(state.startsWith(u"running\nusing pod/storefront-"_s), qPrintable(state));
-        QVERIFY2(m_window->statusText().endsWith(u" pods of deploy/storefront is followed"_s),
+        QVERIFY2(m_window->statusText().contains(u" pods of deploy/storefront is followed: pod/storefront"_s),
             qPrintable(m_window->statusText()));
         QTest::qWait((seconds > 0 ? seconds : 3) * 1000);
         QByteArray answer;
@@ -480,6 +530,16 @@ private:
             }
         }
         return {};
+    }
+
+    QAbstractButton *buttonWith(const QString &text) const
+    {
+        for (auto *button : m_window->findChildren<QAbstractButton *>()) {
+            if (button->text() == text) {
+                return button;
+            }
+        }
+        return nullptr;
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
