@@ -14,7 +14,6 @@
 #include <QTextBoundaryFinder>
 
 #include <random>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -409,26 +408,6 @@ private Q_SLOTS:
         QCOMPARE(shownBytes(document).size(), document.size());
     }
 
-    void aFileSizeLimitIsTroubleToo()
-    {
-        rlimit before{};
-        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
-        rlimit limited = before;
-        limited.rlim_cur = 100'000;
-        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limited), 0);
-        LogDocument document({m_folder.path()});
-        QByteArray all;
-        for (int i = 0; i < 40; ++i) {
-            const QByteArray piece(10'000, char('a' + i % 26));
-            document.append(0, piece);
-            all += piece;
-            document.commit();
-        }
-        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
-        QVERIFY(!document.problem().isEmpty());
-        QVERIFY(document.bytes().read(0, document.size()) == all);
-    }
-
     void withoutAnyFolderTheLogIsInMemory()
     {
         LogDocument document({QString(), u"/nowhere"_s});
@@ -495,21 +474,12 @@ private Q_SLOTS:
         }
     }
 
-    void anchorsMeanTheLine_data()
-    {
-        QTest::addColumn<QString>("pattern");
-        QTest::addColumn<int>("found");
-        QTest::newRow("begin") << u"^x"_s << 1;
-        QTest::newRow("end") << u"x$"_s << 1;
-        QTest::newRow("word") << u"\\bx"_s << 1;
-        QTest::newRow("not behind itself") << u"(?<!x)x"_s << 1;
-    }
     void anchorsMeanTheLine()
     {
-        QFETCH(QString, pattern);
-        QFETCH(int, found);
         const QByteArray line(300'000, 'x'); // several windows
-        QCOMPARE(int(LogPattern(pattern, true, true).matches(line, 100).ranges.size()), found);
+        for (const QString &once : {u"^x"_s, u"x$"_s, u"\\bx"_s, u"(?<!x)x"_s}) {
+            QCOMPARE(LogPattern(once, true, true).matches(line, 100).ranges.size(), 1U);
+        }
     }
 
     void tooComplicatedIsTold()
