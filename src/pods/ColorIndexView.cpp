@@ -103,7 +103,9 @@ void ColorIndexView::setState(int row, const State &state)
     if (!name || !item) {
         return;
     }
-    item->setText(state.hidden ? tr("hidden, %1").arg(state.text) : state.text);
+    const QString text = state.hidden ? tr("hidden, %1").arg(state.text) : state.text;
+    item->setText(state.note.isEmpty() ? text : text + QLatin1Char('\n') + state.note);
+    m_table->setRowHeight(row, m_table->fontMetrics().size(0, item->text()).height() + 8);
     item->setIcon(namedImage(state.image));
     QFont font = m_table->font();
     font.setStrikeOut(state.hidden);
@@ -116,18 +118,23 @@ void ColorIndexView::setState(int row, const State &state)
     item->setToolTip(tip);
 }
 
+int ColorIndexView::wantedWidth(int column) const
+{
+    int widest = column == BoxColumn ? 26 : 0;
+    for (int row = 0; column != BoxColumn && row < m_table->rowCount(); ++row) {
+        const QTableWidgetItem *item = m_table->item(row, column);
+        const int icon = item->icon().isNull() ? 0 : 24;
+        widest = std::max(widest, m_table->fontMetrics().size(0, item->text()).width() + icon + 14);
+    }
+    return widest;
+}
+
 QSize ColorIndexView::fittingSize(QSize available) const
 {
     m_table->ensurePolished();
     int width = 2 * frameWidth();
     for (int column = 0; column < ColumnCount; ++column) {
-        int widest = column == BoxColumn ? 26 : 0;
-        for (int row = 0; column != BoxColumn && row < m_table->rowCount(); ++row) {
-            const QTableWidgetItem *item = m_table->item(row, column);
-            const int icon = item->icon().isNull() ? 0 : 24;
-            widest = std::max(widest, m_table->fontMetrics().horizontalAdvance(item->text()) + icon + 14);
-        }
-        width += widest;
+        width += wantedWidth(column);
     }
     const int height = 2 * frameWidth() + m_table->verticalHeader()->length();
     const int bar = height > available.height() ? style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0;
@@ -181,6 +188,14 @@ void ColorIndexView::leaveEvent(QEvent *event)
 {
     QScrollArea::leaveEvent(event);
     mouseExited();
+}
+
+void ColorIndexView::resizeEvent(QResizeEvent *event)
+{
+    QScrollArea::resizeEvent(event);
+    // What the names leave of it, or three fifths: they are not squeezed to nothing by a long note.
+    const int left = width() - wantedWidth(NameColumn) - wantedWidth(BoxColumn) - 2 * frameWidth();
+    m_table->horizontalHeader()->setMaximumSectionSize(std::max({1, left, width() * 3 / 5}));
 }
 
 bool ColorIndexView::eventFilter(QObject *watched, QEvent *event)

@@ -55,25 +55,38 @@ private Q_SLOTS:
         QTEST(incompleteUtf8Tail(bytes), "tail");
     }
 
-    void decodesOnlyWhatIsValid_data()
+    void decodes_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("text"); // null: not valid
-        QTest::newRow("empty") << QByteArray() << QStringLiteral("");
-        QTest::newRow("text") << QByteArray("\u00e4\U0001f600") << QStringLiteral("\u00e4\U0001f600");
-        QTest::newRow("NUL") << QByteArray("a\0b", 3) << QString::fromUtf16(u"a\0b", 3);
-        QTest::newRow("cut") << QByteArray("a\xe2\x82") << QString();
-        QTest::newRow("surrogate") << QByteArray("\xed\xa0\x80") << QString();
-        QTest::newRow("overlong") << QByteArray("\xc0\xaf") << QString();
-        QTest::newRow("latin-1") << QByteArray("caf\xe9 x") << QString();
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<QString>("shown");
+        const auto row = [](const char *name, const QByteArray &bytes, bool valid, const QString &shown) {
+            QTest::newRow(name) << bytes << valid << shown;
+        };
+        row("empty", "", true, QString());
+        row("text", "\u00e4\U0001f600", true, QStringLiteral("\u00e4\U0001f600"));
+        row("NUL", QByteArray("a\0b", 3), true, QString::fromUtf16(u"a\0b", 3));
+        row("cut", "a\xe2\x82", false, QStringLiteral("a\ufffd\ufffd"));
+        row("surrogate", "\xed\xa0\x80", false, QStringLiteral("\ufffd\ufffd\ufffd"));
+        row("overlong", "\xc0\xaf", false, QStringLiteral("\ufffd\ufffd"));
+        row("latin-1", "caf\xe9 x", false, QStringLiteral("caf\ufffd x"));
+        row("among characters", "\U0001f600\xff\ufffd\xf0\x9f\u00e4", false,
+            QStringLiteral("\U0001f600\ufffd\ufffd\ufffd\ufffd\u00e4"));
     }
-    void decodesOnlyWhatIsValid()
+    void decodes()
     {
         QFETCH(QByteArray, bytes);
-        QFETCH(QString, text);
-        const auto decoded = decodeUtf8(bytes);
-        QCOMPARE(decoded.has_value(), !text.isNull());
-        QCOMPARE(decoded.value_or(QString()), text);
+        QFETCH(bool, valid);
+        QFETCH(QString, shown);
+        QCOMPARE(decodeUtf8(bytes), valid ? std::optional(shown) : std::nullopt);
+        QCOMPARE(shownUtf8(bytes), shown);
+        // Where a beginning ends, the rest begins.
+        for (qsizetype units = 0; units <= shown.size(); ++units) {
+            const qsizetype count = bytesShownAs(QStringView(shown).first(units), bytes);
+            if (units == shown.size() || !shown[units].isLowSurrogate()) {
+                QCOMPARE(shownUtf8(bytes.sliced(count)), shown.sliced(units));
+            }
+        }
     }
 };
 
