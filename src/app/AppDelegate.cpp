@@ -161,6 +161,10 @@ void AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
 
 void AppDelegate::comeForward()
 {
+    if (frames().isEmpty()) { // windows of logs may be all that is left
+        newDocument();
+        return;
+    }
     bool hasVisibleWindows = false;
     for (ClusterWindowFrame *frame : frames()) { // the one last worked in comes last, and so in front
         if (frame->isVisible() && !frame->isMinimized()) {

@@ -445,6 +445,14 @@ void tst_cluster_window::windowsComeBack()
         const bool isCluster = qobject_cast<const ClusterWindowFrame *>(window);
         QVERIFY(!window->isVisible() || window->testAttribute(Qt::WA_QuitOnClose) == isCluster);
     }
+
+    // With windows of logs alone there is nothing to bring forward, and About is not what was asked for.
+    about->close();
+    delete second;
+    delete app.frame;
+    app.delegate.comeForward();
+    app.frame = app.delegate.mainWindow();
+    QVERIFY(app.frame && app.frame->isVisible() && !about->isVisible());
 }
 
 void tst_cluster_window::frameIsRemembered()
