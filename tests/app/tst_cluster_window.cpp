@@ -298,28 +298,31 @@ void tst_cluster_window::filterFollowsTheTable()
 
 void tst_cluster_window::titles_data()
 {
-    QTest::addColumn<bool>("chosen"); // a kubeconfig was chosen for the tab
+    QTest::addColumn<QString>("chosen"); // the kubeconfig that was chosen for the tab
     QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("windowTitle");
     QTest::addColumn<QString>("tabTitle");
-    QTest::newRow("settings") << false << QString() << u"PATH : default"_s << u"default"_s;
-    QTest::newRow("chosen") << true << QString() << u"PATH : default"_s << u"default"_s;
-    QTest::newRow("chosen and named") << true << u"prod"_s << u"prod : default"_s << u"prod : default"_s;
-    QTest::newRow("an ampersand") << true << u"a&b"_s << u"a&b : default"_s << u"a&&b : default"_s;
+    QTest::newRow("settings") << QString() << QString() << u"PATH : default"_s << u"default"_s;
+    QTest::newRow("chosen") << u"PATH"_s << QString() << u"PATH : default"_s << u"default"_s;
+    QTest::newRow("a list") << u"PATH:/a/config:/b/config:/c"_s << QString()
+                            << u"other, a/config, b/config, … : default"_s << u"default"_s;
+    QTest::newRow("chosen and named") << u"PATH"_s << u"prod"_s << u"prod : default"_s << u"prod : default"_s;
+    QTest::newRow("an ampersand") << u"PATH"_s << u"a&b"_s << u"a&b : default"_s << u"a&&b : default"_s;
 }
 
 void tst_cluster_window::titles()
 {
-    QFETCH(bool, chosen);
+    QFETCH(QString, chosen);
     QFETCH(QString, title);
     QFETCH(QString, windowTitle);
     QFETCH(QString, tabTitle);
     Application app;
     app.load();
-    const QString path = chosen ? app.cluster.path(u"other"_s) : app.cluster.kubeConfig();
-    QVERIFY(!chosen || QFile::copy(app.cluster.kubeConfig(), path));
+    QVERIFY(QFile::copy(app.cluster.kubeConfig(), app.cluster.path(u"other"_s)));
+    chosen.replace(u"PATH"_s, app.cluster.path(u"other"_s));
+    const QString path = chosen.isEmpty() ? app.cluster.kubeConfig() : chosen;
     MainWindowController *opener = app.frame->currentPage();
-    MainWindowController *opened = app.frame->addTab(chosen ? path : QString(), title);
+    MainWindowController *opened = app.frame->addTab(chosen, title);
     QCOMPARE(opener->subwindowControllers.value(0).data(), opened);
     QCOMPARE(app.frame->currentPage(), opened);
     QTRY_COMPARE(app.frame->windowTitle(), windowTitle.replace(u"PATH"_s, path));
@@ -442,6 +445,14 @@ void tst_cluster_window::windowsComeBack()
         const bool isCluster = qobject_cast<const ClusterWindowFrame *>(window);
         QVERIFY(!window->isVisible() || window->testAttribute(Qt::WA_QuitOnClose) == isCluster);
     }
+
+    // With windows of logs alone there is nothing to bring forward, and About is not what was asked for.
+    about->close();
+    delete second;
+    delete app.frame;
+    app.delegate.comeForward();
+    app.frame = app.delegate.mainWindow();
+    QVERIFY(app.frame && app.frame->isVisible() && !about->isVisible());
 }
 
 void tst_cluster_window::frameIsRemembered()
