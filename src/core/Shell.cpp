@@ -321,7 +321,7 @@ std::shared_ptr<StreamingRun> Shell::startStream(
         }
     }
     if (const QString reason = gate ? gate(arguments) : QString(); !reason.isEmpty()) {
-        handler(QString(), reason);
+        failure = reason;
         return nullptr;
     }
     Prepared prepared = prepareProcess(arguments);
