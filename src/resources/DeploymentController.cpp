@@ -96,6 +96,7 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
 {
     const QPersistentModelIndex index = m_cells->indexOf(&cell);
     if (!index.isValid()) {
+        cell.answered();
         return;
     }
     const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());

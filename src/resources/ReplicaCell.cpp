@@ -222,9 +222,28 @@ void ReplicaCell::finish()
     }
     m_asked = std::exchange(m_changing, false) && m_field->value() != m_startedFrom;
     if (m_asked) {
-        Q_EMIT chosen(m_field->value());
+        QMetaObject::invokeMethod(this, &ReplicaCell::announce, Qt::QueuedConnection);
     } else if (!isBeingChanged()) {
         showCluster();
+    }
+}
+
+void ReplicaCell::announce()
+{
+    if (isVisible()) {
+        Q_EMIT chosen(m_field->value());
+    } else {
+        answered(); // nobody would know what a question is about
+    }
+}
+
+/// A row that vanishes takes the focus from its cell. That is no consent, and no time for changes.
+void ReplicaCell::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous()) {
+        m_slider->setSliderDown(false);
+        abandon();
     }
 }
 

@@ -130,6 +130,8 @@ class tst_workloads : public QObject
         QTest::mouseMove(&slider, knob(slider, to));
     }
     void act(const QString &how, ReplicaCell &cell);
+    /// Lets what was put off until the present work is done happen.
+    static void settle() { QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall); }
     QStringList menuOf(int row, const QString &triggered);
 
 private Q_SLOTS:
@@ -141,6 +143,8 @@ private Q_SLOTS:
     void scaleOrCancel_data();
     void scaleOrCancel();
     void refreshLeavesTheKnobAlone();
+    void theRowGoesUnderTheHand_data();
+    void theRowGoesUnderTheHand();
     void notInAllNamespacesNorAfterAMove();
     void cellsForWhatIsSeen();
     void scalesARealDeployment();
@@ -205,6 +209,7 @@ void tst_workloads::act(const QString &how, ReplicaCell &cell)
         } else {
             QFAIL(qPrintable(step));
         }
+        settle();
     }
 }
 
@@ -299,7 +304,7 @@ void tst_workloads::refreshLeavesTheKnobAlone()
     QVERIFY(web && web->slider()->isSliderDown());
     QCOMPARE(web->slider()->value(), 7);
     QCOMPARE(web->field()->value(), 7);
-    QTest::mouseRelease(web->slider(), Qt::LeftButton);
+    act(u"release"_s, *web);
     QVERIFY(question()->informativeText().endsWith(u"from 5 to 7?"_s));
     load(); // while it is asked
     QCOMPARE(web->field()->value(), 7);
@@ -310,16 +315,58 @@ void tst_workloads::refreshLeavesTheKnobAlone()
     QTest::mousePress(web->slider(), Qt::LeftButton, {}, knob(*web->slider(), 5));
     pretend("web\\t4\\t3\\t3\\t3\\tT\\n");
     load();
-    QTest::mouseRelease(web->slider(), Qt::LeftButton);
+    act(u"release"_s, *web);
     QVERIFY(!question());
     QCOMPARE(web->slider()->value(), 4);
+}
 
-    // The deployment vanishes under the hand.
-    drag(*web->slider(), 4, 9);
-    pretend("\\n");
-    load();
-    QTRY_VERIFY(!web);
+void tst_workloads::theRowGoesUnderTheHand_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<QString>("event");
+    QTest::addColumn<QStringList>("left");
+    QTest::newRow("dragged, deleted elsewhere") << u"drag:7"_s << u"delete"_s << QStringList{u"web"_s};
+    QTest::newRow("typed, deleted elsewhere") << u"type:5"_s << u"delete"_s << QStringList{u"web"_s};
+    QTest::newRow("typed, another namespace") << u"type:5"_s << u"clear"_s << QStringList();
+    QTest::newRow("typed, filtered") << u"type:5"_s << u"filter"_s << QStringList{u"web"_s};
+    QTest::newRow("typed, another tab") << u"type:5"_s << u"hide"_s << QStringList{u"web"_s, u"db"_s};
+    QTest::newRow("let go, another tab") << u"type:5"_s << u"leave, hide"_s << QStringList{u"web"_s, u"db"_s};
+}
+
+void tst_workloads::theRowGoesUnderTheHand()
+{
+    QFETCH(QString, how);
+    QFETCH(QString, event);
+    QFETCH(QStringList, left);
+    open<DeploymentController>("web\\t3\\t3\\t3\\t3\\tT\\ndb\\t2\\t2\\t2\\t2\\tT\\n");
+    QTRY_VERIFY(cell(u"db"_s));
+    const QPointer<ReplicaCell> db = cell(u"db"_s);
+    act(how, *db);
+    if (event == u"delete"_s) {
+        pretend("web\\t3\\t3\\t3\\t3\\tT\\n");
+        load();
+    } else if (event == u"clear"_s) {
+        m_table->clear();
+    } else if (event == u"filter"_s) {
+        m_table->setFilter(u"w"_s);
+    } else {
+        if (event.startsWith(u"leave"_s)) {
+            m_table->tableView().setFocus();
+        }
+        m_table->hide();
+        settle();
+        QCOMPARE(db->field()->value(), 2);
+        m_table->show();
+    }
+    settle();
     QVERIFY(!question());
+    QStringList names;
+    for (int row = 0; row < m_table->arrangedObjects().rowCount(); ++row) {
+        names.append(m_table->arrangedObjects().arrangedRow(row)->name);
+        QCOMPARE(deployment(*m_table, row).desired, names.last() == u"db"_s ? 2 : 3);
+    }
+    QCOMPARE(names, left);
+    QTRY_COMPARE(m_table->findChildren<ReplicaCell *>().size(), left.size());
 }
 
 void tst_workloads::notInAllNamespacesNorAfterAMove()
