@@ -94,6 +94,11 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
     if (!environment) {
         return;
     }
+    const QStringList places{m_window.currentContext(), m_window.currentNamespace()};
+    if (const QString reason = nameObstacle(environment->values() + places); !reason.isEmpty()) {
+        refuseChange(m_window, notRun(*item), reason);
+        return;
+    }
     // An empty variable would take kubectl to another file than the window's, where the user names one.
     const QString path = m_window.kubeConfigPath();
     environment->insert(

@@ -48,13 +48,11 @@ void enable(QAction *action, const QString &obstacle, const QString &description
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
-    if (!canCopyFrom(pods)) {
+    const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
+    if (pairs.empty() || !canCopyInto(pods, pairs.front())) {
         return;
     }
-    const std::vector<ContainerPair> pairs = pods.takeSelectedContainerPairs();
-    if (pairs.empty()) {
-        return;
-    }
+    pods.takeSelectedContainerPairs();
     const ChangePlace place(pods.kubeSplitViewController());
     const QString target
         = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)

@@ -92,16 +92,19 @@ std::vector<ContainerPair> PodController::takeSelectedContainerPairs()
 
 void PodController::viewLogs()
 {
-    if (!hasOneNamespace(noLogs())) {
-        return;
+    std::vector<ContainerPair> containers = selectedContainerPairs();
+    QStringList names;
+    for (const auto &[pod, container] : containers) {
+        names += {pod, container};
     }
-    std::vector<ContainerPair> containers = takeSelectedContainerPairs();
     if (containers.empty()) {
-        for (const QString &name : tableView().clickedRowIsSelected() ? selectedNames() : chosenNames()) {
+        names = tableView().clickedRowIsSelected() ? selectedNames() : chosenNames();
+        for (const QString &name : std::as_const(names)) {
             containers.emplace_back(name, allContainers);
         }
     }
-    if (!containers.empty()) {
+    if (!containers.empty() && canName(names, noLogs())) {
+        takeSelectedContainerPairs();
         kubeSplitViewController().openLogs(containers);
     }
 }

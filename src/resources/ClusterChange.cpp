@@ -45,17 +45,20 @@ QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace)
         .arg(kind.humanReadableResourceName);
 }
 
-QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+QString nameObstacle(const QStringList &names)
 {
-    if (const QString reason = namespaceObstacle(kind, nameSpace); !reason.isEmpty()) {
-        return reason;
-    }
     for (const QString &name : names) {
         if (name.startsWith(QLatin1Char('-'))) {
             return QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name);
         }
     }
     return {};
+}
+
+QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+{
+    const QString reason = namespaceObstacle(kind, nameSpace);
+    return reason.isEmpty() ? nameObstacle(names) : reason;
 }
 
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason)

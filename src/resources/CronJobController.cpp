@@ -32,11 +32,10 @@ void CronJobController::runCronJobNow()
     if (names.isEmpty()) {
         return;
     }
-    WindowState &window = kubeSplitViewController();
-    if (const QString reason = namespaceObstacle(kind(), window.currentNamespace()); !reason.isEmpty()) {
-        refuseChange(window, QStringLiteral("Nothing was run"), reason);
+    if (!canName(names.first(1), QStringLiteral("Nothing was run"))) {
         return;
     }
+    WindowState &window = kubeSplitViewController();
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};

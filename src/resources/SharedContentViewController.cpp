@@ -317,12 +317,8 @@ void SharedContentViewController::copyName()
 void SharedContentViewController::editConfiguration()
 {
     const QStringList names = chosenNames();
-    if (names.isEmpty() || !m_window.canEdit()) {
-        return;
-    }
-    if (const QString reason = whyNotByName(kind(), names.first(1), m_window.currentNamespace());
-        !reason.isEmpty()) {
-        refuseChange(m_window, QStringLiteral("Nothing was edited"), reason);
+    if (names.isEmpty() || !m_window.canEdit()
+        || !canName(names.first(1), QStringLiteral("Nothing was edited"))) {
         return;
     }
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
@@ -353,14 +349,14 @@ void SharedContentViewController::showQuickLookPanel()
     if (clicked >= 0 && !m_tableView->clickedRowIsSelected()) {
         m_tableView->selectRow(clicked);
     }
-    if (hasOneNamespace(QStringLiteral("Nothing was previewed"))) {
+    if (canName({}, QStringLiteral("Nothing was previewed"))) { // the panel tells about names
         PreviewPanel::shared().present(*m_previews, *this);
     }
 }
 
-bool SharedContentViewController::hasOneNamespace(const QString &notDone) const
+bool SharedContentViewController::canName(const QStringList &names, const QString &notDone) const
 {
-    const QString reason = namespaceObstacle(kind(), m_window.currentNamespace());
+    const QString reason = whyNotByName(kind(), names, m_window.currentNamespace());
     if (!reason.isEmpty()) {
         refuseChange(m_window, notDone, reason);
     }
@@ -384,7 +380,7 @@ QString SharedContentViewController::viewLogsObstacle() const
 void SharedContentViewController::viewLogs()
 {
     const QStringList names = chosenNames();
-    if (!kind().logTarget || names.isEmpty() || !hasOneNamespace(noLogs())) {
+    if (!kind().logTarget || names.isEmpty() || !canName(names, noLogs())) {
         return;
     }
     std::vector<ContainerPair> containers;

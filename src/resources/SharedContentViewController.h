@@ -114,9 +114,9 @@ protected:
     /// Puts a changed copy in the place of the row at an arranged index.
     void replaceRow(const QModelIndex &index, const Row &row);
 
-    /// Whether the names of rows are enough to find their objects; the window's console says `notDone` and why
-    /// when they are not.
-    bool hasOneNamespace(const QString &notDone) const;
+    /// Whether a command can tell objects by these names in what the window shows; its console says `notDone`
+    /// and why when none can.
+    bool canName(const QStringList &names, const QString &notDone) const;
     static QString noLogs();
 
     /// Loads again one second from now, for the time after a change to the cluster.

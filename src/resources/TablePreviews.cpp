@@ -2,6 +2,7 @@
 #include "resources/TablePreviews.h"
 
 #include "platform/MainQueue.h"
+#include "resources/ClusterChange.h"
 #include "resources/ResourceTableView.h"
 
 namespace tidewright {
@@ -38,8 +39,8 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
         ready(recent, QString());
         return;
     }
-    if (request.name.startsWith(QLatin1Char('-'))) {
-        ready(std::nullopt, tr("kubectl would take the name “%1” for an option.").arg(request.name));
+    if (const QString reason = nameObstacle({request.name}); !reason.isEmpty()) {
+        ready(std::nullopt, reason);
         return;
     }
     // The command names no context: it must be the window's that the kubeconfig says now.

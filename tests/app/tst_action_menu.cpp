@@ -162,6 +162,7 @@ private Q_SLOTS:
     void targets();
     void everyScope_data();
     void everyScope();
+    void namesThatLookLikeOptions();
     void questionsSayWhere();
     void withoutAKubeConfigOfItsOwn();
     void lastAction();
@@ -328,6 +329,28 @@ void tst_action_menu::everyScope()
         app.item(title)->trigger();
         QCOMPARE(app.told(), u"b default thing-1"_s);
     }
+}
+
+void tst_action_menu::namesThatLookLikeOptions()
+{
+    Actions app;
+    app.cluster.answer(u"get po"_s, "--all\ttrue\tRunning\t0\t\tT\tapp\nweb\ttrue\tRunning\t0\t\tT\t--rm\n");
+    for (const QString &scope : {u"pod"_s, u"container"_s}) {
+        app.add(scope, R"({"scope":"%1"})"_ba.replace("%1", scope.toUtf8()));
+    }
+    app.open();
+    QTRY_COMPARE(app.pods().containerButtons().size(), 2U);
+    app.pods().tableView().selectRow(0);
+    app.item(u"pod"_s)->trigger();
+    QTest::mouseClick(app.pods().containerButtons()[1], Qt::LeftButton);
+    app.item(u"container"_s)->trigger();
+    const auto *text = app.page().windowConsoleController().consoleTextView();
+    for (const QString &refusal :
+        {u"\"pod\" was not run: kubectl would take the name \"--all\" for an option."_s,
+            u"\"container\" was not run: kubectl would take the name \"--rm\" for an option."_s}) {
+        QTRY_VERIFY2(text->toPlainText().contains(refusal), qPrintable(refusal));
+    }
+    QVERIFY(app.entries().filter(u"env "_s).isEmpty());
 }
 
 void tst_action_menu::questionsSayWhere()

@@ -481,8 +481,8 @@ void tst_workloads::runNow()
     QFETCH(QString, name);
     QFETCH(QString, middle);
     setMainConsoleLookup([this] { return &m_window->recorded; });
-    open<CronJobController>(
-        "other\\t@daily\\tfalse\\t\\t\\tT\\n" + name.toUtf8() + "\\t@daily\\tfalse\\t\\t\\tT\\n");
+    open<CronJobController>("other\\t@daily\\tfalse\\t\\t\\tT\\n" + name.toUtf8()
+        + "\\t@daily\\tfalse\\t\\t\\tT\\n-x\\t\\t\\t\\t\\tT\\n");
     auto &table = static_cast<CronJobController &>(*m_table);
     table.runCronJobNow();
     QVERIFY(!table.runObstacle().isEmpty());
@@ -496,6 +496,10 @@ void tst_workloads::runNow()
     QVERIFY2(expected.match(commands().first()).hasMatch(), qPrintable(commands().first()));
     table.tableView().selectAll();
     QVERIFY(!table.runObstacle().isEmpty()); // which one?
+    table.tableView().selectRow(2);
+    table.runCronJobNow();
+    QVERIFY(
+        m_window->recorded.entries.last().contains(u"Nothing was run: kubectl would take the name \"-x\""_s));
     m_window->nameSpace = allNamespaces;
     table.runCronJobNow();
     QTRY_VERIFY(m_window->recorded.entries.last().contains(u"Nothing was run: choose a namespace first"_s));
@@ -554,6 +558,12 @@ void tst_workloads::logs()
     const std::vector<std::vector<ContainerPair>> expected{
         {pair("b")}, {pair("a"), pair("b"), pair("c")}, {pair("c")}};
     QCOMPARE(m_window->logsOpened, expected);
+    pretend("-f" + rest);
+    load();
+    m_table->tableView().selectAll();
+    m_table->viewLogs();
+    QCOMPARE(m_window->logsOpened, expected);
+    QVERIFY(m_window->recorded.entries.value(0).contains(u"No logs were opened: kubectl would take"_s));
 }
 
 QTEST_MAIN(tst_workloads)
