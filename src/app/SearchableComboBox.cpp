@@ -3,6 +3,7 @@
 
 #include "app/KubeSplitViewController.h"
 #include "app/SearchPopup.h"
+#include "platform/DisplayText.h"
 
 #include <QKeyEvent>
 #include <QSignalBlocker>
@@ -39,7 +40,7 @@ void SearchableComboBox::showList(const ChoiceList &list, const QStringList &abo
                 ? -1
                 : findText(list.selected, Qt::MatchFixedString | Qt::MatchCaseSensitive));
     }
-    setToolTip(list.selected);
+    setToolTip(display_text::toolTip(list.selected));
     setEnabled(list.enabled);
 }
 
@@ -69,7 +70,7 @@ void SearchableComboBox::hidePopup()
 void SearchableComboBox::choose(int row)
 {
     setCurrentIndex(row);
-    setToolTip(currentText());
+    setToolTip(display_text::toolTip(currentText()));
     Q_EMIT activated(row);
     Q_EMIT textActivated(currentText());
 }

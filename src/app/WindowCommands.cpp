@@ -42,7 +42,8 @@ void enable(QAction *action, const QString &obstacle, const QString &description
 {
     action->setEnabled(obstacle.isEmpty());
     const QString key = action->shortcut().toString(QKeySequence::NativeText);
-    action->setToolTip(obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle);
+    action->setToolTip(display_text::toolTip(
+        obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle));
 }
 
 /// Only the first of the chosen containers counts; none is chosen any more then.

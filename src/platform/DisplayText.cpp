@@ -23,4 +23,16 @@ QString shortened(const QString &text, qsizetype characters, int lines)
     return text;
 }
 
+QString toolTip(const QString &text)
+{
+    constexpr qsizetype longest = 4000;
+    constexpr int mostLines = 60;
+    constexpr qsizetype fitsOneLine = 100;
+    if (text.size() <= fitsOneLine && !text.contains(QLatin1Char('<'))) {
+        return text;
+    }
+    return QStringLiteral("<p style='white-space:pre-wrap'>%1</p>")
+        .arg(shortened(text, longest, mostLines).toHtmlEscaped());
+}
+
 } // namespace tidewright::display_text

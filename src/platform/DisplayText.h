@@ -17,6 +17,11 @@ QString withoutMnemonics(QString text);
 /// something is left out.
 QString shortened(const QString &text, qsizetype characters, int lines = std::numeric_limits<int>::max());
 
+/// For tool tips, which take a text for mark-up when it looks like some: shown as it is, at most 4,000
+/// characters and 60 lines of it. A long text comes back as an escaped paragraph that wraps, a short one
+/// without mark-up unchanged, because screen readers read tool tips too.
+QString toolTip(const QString &text);
+
 } // namespace display_text
 
 } // namespace tidewright

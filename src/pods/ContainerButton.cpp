@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ContainerButton.h"
 
+#include "platform/DisplayText.h"
+
 #include <QPainter>
 
 namespace tidewright {
@@ -25,7 +27,7 @@ ContainerButton::ContainerButton(const QString &container, const QString &pod, Q
     small.setPointSizeF(small.pointSizeF() * 0.92);
     setFont(small);
     setAccessibleName(pod + QLatin1Char(':') + container);
-    setToolTip(tr("Choose this container: %1").arg(accessibleName()));
+    setToolTip(display_text::toolTip(tr("Choose this container: %1").arg(accessibleName())));
     resize(sizeHint());
 }
 

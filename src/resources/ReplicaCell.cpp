@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ReplicaCell.h"
 
+#include "platform/DisplayText.h"
 #include "resources/RowDelegate.h"
 
 #include <QHBoxLayout>
@@ -172,7 +173,7 @@ ReplicaCell::ReplicaCell(const QString &deployment, QWidget *parent)
     layout->addWidget(m_field);
     for (QWidget *part : {static_cast<QWidget *>(m_slider), static_cast<QWidget *>(m_field)}) {
         part->setAccessibleName(tr("%1 replicas").arg(deployment));
-        part->setToolTip(tr("Scale %1").arg(deployment));
+        part->setToolTip(display_text::toolTip(tr("Scale %1").arg(deployment)));
     }
     connect(m_slider, &QSlider::valueChanged, this, &ReplicaCell::change);
     connect(m_field, &QSpinBox::valueChanged, this, &ReplicaCell::change);

@@ -14,6 +14,7 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerButton.h"
 #include "pods/PodController.h"
+#include "resources/ReplicaCell.h"
 #include "resources/ResourceTableView.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
@@ -30,6 +31,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTest>
 
 using namespace tidewright;
@@ -163,6 +165,7 @@ private Q_SLOTS:
     void everyScope_data();
     void everyScope();
     void namesThatLookLikeOptions();
+    void namesAreNeverMarkUp();
     void questionsSayWhere();
     void withoutAKubeConfigOfItsOwn();
     void lastAction();
@@ -351,6 +354,47 @@ void tst_action_menu::namesThatLookLikeOptions()
         QTRY_VERIFY2(text->toPlainText().contains(refusal), qPrintable(refusal));
     }
     QVERIFY(app.entries().filter(u"env "_s).isEmpty());
+}
+
+void tst_action_menu::namesAreNeverMarkUp()
+{
+    Actions app;
+    app.cluster.answer(u"contexts"_s, "<s>b\n<s>b\tc\t");
+    app.cluster.answer(u"namespaces"_s, "<s>n");
+    app.cluster.answer(u"get po"_s, "<s>pod\ttrue\tRunning\t0\t\tT\t<s>c\n");
+    app.cluster.answer(u"get deploy"_s, "<s>web\t1\t1\t1\t1\tT\n");
+    app.add(u"<s>group/<s>act"_s, R"({"scope":"pod","show_warning_text":"<s>"})");
+    app.cluster.settings.set(u"toolbarItems"_s, u"<s>act"_s);
+    app.open();
+    QTRY_COMPARE(app.pods().containerButtons().size(), 1U);
+    app.page().windowConsoleController().scriptsRunning.append(u"<s>"_s);
+    app.page().windowConsoleController().updateScriptState();
+    app.pods().tableView().selectRow(0);
+    app.pods().deleteRows();
+    app.item(u"<s>act"_s)->trigger();
+    app.content().selectSidebarItem(u"Deployments"_s);
+    QTRY_VERIFY(app.frame->findChild<QMessageBox *>());
+    QTRY_VERIFY(app.frame->findChild<ReplicaCell *>());
+    int found = 0;
+    const auto check = [&found](const QString &tip) {
+        QVERIFY2(!tip.contains(u"<s>"_s), qPrintable(tip));
+        found += tip.contains(u"&lt;s>"_s) || tip.contains(u"&lt;s&gt;"_s);
+    };
+    for (const QWidget *widget : QApplication::allWidgets()) {
+        check(widget->toolTip());
+        if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+            QVERIFY(label->textFormat() == Qt::PlainText || !label->text().contains(u"<s>"_s));
+        }
+        if (const auto *bar = qobject_cast<const QTabBar *>(widget)) {
+            for (int tab = 0; tab < bar->count(); ++tab) {
+                check(bar->tabToolTip(tab));
+            }
+        }
+    }
+    for (const QAction *action : app.frame->findChildren<QAction *>()) {
+        check(action->toolTip());
+    }
+    QVERIFY2(found > 8, qPrintable(QString::number(found)));
 }
 
 void tst_action_menu::questionsSayWhere()
