@@ -47,9 +47,9 @@ Match firstMatch(
 
 Match chosenName(const SharedContentViewController &table, const std::optional<QString> &pattern)
 {
-    QStringList selected; // in the order of the user's clicks, which is the selection's own
-    for (const QModelIndex &index : table.tableView().selectionModel()->selectedRows()) {
-        selected.append(table.arrangedObjects().arrangedRow(index.row())->name);
+    QStringList selected;
+    for (const int row : table.tableView().selectedRowsAsChosen()) {
+        selected.append(table.arrangedObjects().arrangedRow(row)->name);
     }
     if (!pattern) {
         return {selected.isEmpty() ? std::nullopt : std::optional(selected.first())};

@@ -291,7 +291,7 @@ SharedContentViewController *WindowCommands::shownTable() const
 void WindowCommands::updateEnabled()
 {
     const SharedContentViewController *table = shownTable();
-    const bool hasRows = table && !table->chosenNames().isEmpty();
+    const bool hasRows = table && table->chosenCount() > 0;
     for (QAction *action : std::as_const(m_forRows)) {
         action->setEnabled(hasRows);
     }

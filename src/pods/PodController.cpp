@@ -67,7 +67,7 @@ std::vector<ContainerPair> PodController::selectedContainerPairs() const
 
 QString PodController::viewLogsObstacle() const
 {
-    return chosenNames().isEmpty() && selectedContainerPairs().empty()
+    return chosenCount() == 0 && selectedContainerPairs().empty()
         ? tr("Select a pod or choose a container first.")
         : QString();
 }

@@ -16,7 +16,7 @@ CronJobController::CronJobController(WindowState &window, QWidget *parent)
 
 QString CronJobController::runObstacle() const
 {
-    switch (chosenNames().size()) {
+    switch (chosenCount()) {
     case 0:
         return tr("Select a cron job first.");
     case 1:

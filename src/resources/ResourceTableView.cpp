@@ -11,6 +11,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <numeric>
 
 namespace tidewright {
 
@@ -61,10 +62,29 @@ bool ResourceTableView::clickedRowIsSelected() const
     return clickedRow() >= 0 && selectionModel()->isRowSelected(clickedRow());
 }
 
-QModelIndexList ResourceTableView::selectedRowsInOrder() const
+int ResourceTableView::selectedRowCount() const
 {
-    QModelIndexList rows = selectionModel()->selectedRows();
+    const QItemSelection selection = selectionModel()->selection();
+    return std::accumulate(selection.cbegin(), selection.cend(), 0,
+        [](int count, const QItemSelectionRange &range) { return count + range.height(); });
+}
+
+std::vector<int> ResourceTableView::selectedRowsInOrder() const
+{
+    std::vector<int> rows = selectedRowsAsChosen();
     std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+/// Ranges of a selection do not overlap, and here they are as wide as the table.
+std::vector<int> ResourceTableView::selectedRowsAsChosen() const
+{
+    std::vector<int> rows;
+    for (const QItemSelectionRange &range : selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            rows.push_back(row);
+        }
+    }
     return rows;
 }
 

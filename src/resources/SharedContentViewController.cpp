@@ -233,7 +233,7 @@ void SharedContentViewController::updateStatus()
     QString counts = shown == all
         ? tr("%1 %2").arg(locale.toString(all), all == 1 ? kind().humanReadableResourceName : noun)
         : tr("%1 of %2 %3").arg(locale.toString(shown), locale.toString(all), noun);
-    if (const auto selected = m_tableView->selectionModel()->selectedRows().size(); selected > 0) {
+    if (const int selected = m_tableView->selectedRowCount(); selected > 0) {
         counts += QStringLiteral("  ·  ") + tr("%1 selected").arg(locale.toString(selected));
     }
     // After a failure nobody knows how many there are.
@@ -279,6 +279,13 @@ QString SharedContentViewController::emptyReason() const
         : tr("No %1 in namespace %2.").arg(noun, m_window.currentNamespace());
 }
 
+int SharedContentViewController::chosenCount() const
+{
+    return m_tableView->clickedRowIsGone() ? 0
+        : m_tableView->clickedRow() >= 0   ? 1
+                                           : m_tableView->selectedRowCount();
+}
+
 QStringList SharedContentViewController::chosenNames() const
 {
     if (m_tableView->clickedRowIsGone()) {
@@ -293,8 +300,8 @@ QStringList SharedContentViewController::chosenNames() const
 QStringList SharedContentViewController::selectedNames() const
 {
     QStringList names;
-    for (const QModelIndex &index : m_tableView->selectedRowsInOrder()) {
-        names.append(m_arranged->arrangedRow(index.row())->name);
+    for (const int row : m_tableView->selectedRowsInOrder()) {
+        names.append(m_arranged->arrangedRow(row)->name);
     }
     return names;
 }
@@ -373,8 +380,7 @@ QString SharedContentViewController::viewLogsObstacle() const
     if (!kind().logTarget) {
         return tr("%1 have no logs. Choose pods, deployments, jobs or services.").arg(kind().tableName);
     }
-    return chosenNames().isEmpty() ? tr("Select a %1 first.").arg(kind().humanReadableResourceName)
-                                   : QString();
+    return chosenCount() == 0 ? tr("Select a %1 first.").arg(kind().humanReadableResourceName) : QString();
 }
 
 void SharedContentViewController::viewLogs()
@@ -405,7 +411,7 @@ void SharedContentViewController::stopLoading()
 
 void SharedContentViewController::showContextMenu(const QPoint &position)
 {
-    const bool hasRow = !chosenNames().isEmpty();
+    const bool hasRow = chosenCount() > 0;
     QMenu menu;
     const auto add = [&](const QString &title, auto slot, bool enabled) {
         QAction *action = menu.addAction(title, this, slot);

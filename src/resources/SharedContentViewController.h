@@ -73,6 +73,8 @@ public:
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
     /// display order.
     QStringList chosenNames() const;
+    /// How many rows these are.
+    int chosenCount() const;
     /// The selected rows, in display order.
     QStringList selectedNames() const;
 

@@ -21,13 +21,15 @@ TablePreviews::~TablePreviews()
 
 int TablePreviews::numberOfPreviewItems() const
 {
-    return static_cast<int>(m_view.selectedRowsInOrder().size());
+    return m_view.selectedRowCount();
 }
 
 QString TablePreviews::previewItemTitle(int index) const
 {
-    const QModelIndexList rows = m_view.selectedRowsInOrder();
-    return index < rows.size() ? m_view.arrangedObjects().arrangedRow(rows.at(index).row())->name : QString();
+    const std::vector<int> rows = m_view.selectedRowsInOrder();
+    return index < std::ssize(rows)
+        ? m_view.arrangedObjects().arrangedRow(rows[static_cast<std::size_t>(index)])->name
+        : QString();
 }
 
 void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
@@ -96,8 +98,8 @@ void TablePreviews::forget()
 
 void TablePreviews::movePreviewSelection(int rows)
 {
-    const QModelIndexList selected = m_view.selectedRowsInOrder();
-    const int target = selected.isEmpty() ? 0 : selected.first().row() + rows;
+    const std::vector<int> selected = m_view.selectedRowsInOrder();
+    const int target = selected.empty() ? 0 : selected.front() + rows;
     if (target >= 0 && target < m_view.arrangedObjects().rowCount()) {
         m_view.selectRow(target);
     }

@@ -146,6 +146,7 @@ private Q_SLOTS:
     void theRowGoesUnderTheHand_data();
     void theRowGoesUnderTheHand();
     void notInAllNamespacesNorAfterAMove();
+    void manySingleRowsSelected();
     void cellsForWhatIsSeen();
     void scalesARealDeployment();
     void runNow_data();
@@ -387,6 +388,40 @@ void tst_workloads::notInAllNamespacesNorAfterAMove()
     QCOMPARE(cell(u"web"_s)->slider()->value(), 3);
     QCOMPARE(deployment(*m_table, 0).desired, 3);
     QCOMPARE(commands(), QStringList());
+}
+
+void tst_workloads::manySingleRowsSelected()
+{
+    ResourceTableModel model(deploymentKind());
+    Rows rows;
+    for (int i = 0; i < 16'000; ++i) {
+        rows.push_back(std::make_shared<Deployment>(u"web-%1"_s.arg(i)));
+    }
+    model.appendRows(rows);
+    ArrangingModel arranged(model);
+    const ResourceTableView view(arranged);
+    const auto timeFor = [&](int count) {
+        QItemSelection selection;
+        for (int row = 2 * (count - 1); row >= 0; row -= 2) { // from the bottom to the top
+            selection.select(arranged.index(row, 0), arranged.index(row, model.columnCount() - 1));
+        }
+        view.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+        double best = 1e9;
+        for (int round = 0; round < 3; ++round) {
+            const double start = threadTime();
+            if (view.selectedRowCount() != count || view.selectedRowsInOrder()[1] != 2
+                || view.selectedRowsAsChosen().front() != 2 * (count - 1)) {
+                return -1.0;
+            }
+            best = std::min(best, threadTime() - start);
+        }
+        return best;
+    };
+    const double few = timeFor(1000);
+    const double many = timeFor(8000);
+    qInfo("1,000 single rows %.2f ms, 8,000 %.2f ms", few, many);
+    QVERIFY(few > 0 && many > 0);
+    QVERIFY2(many < 24 * few, "grows faster than the number of rows");
 }
 
 void tst_workloads::cellsForWhatIsSeen()
