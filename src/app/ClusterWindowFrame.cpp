@@ -281,7 +281,7 @@ void ClusterWindowFrame::pageTitleChanged(MainWindowController *page)
     m_tabBar->setTabText(index, display_text::withoutMnemonics(page->tabTitle()));
     m_tabBar->setTabToolTip(index, display_text::toolTip(page->title()));
     if (page == currentPage()) {
-        setWindowTitle(page->title());
+        setWindowTitle(display_text::clean(page->title()));
     }
 }
 

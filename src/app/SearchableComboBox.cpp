@@ -7,6 +7,7 @@
 
 #include <QKeyEvent>
 #include <QSignalBlocker>
+#include <QStyleOptionComboBox>
 
 namespace tidewright {
 
@@ -65,6 +66,13 @@ void SearchableComboBox::hidePopup()
         m_popup->close();
     }
     QComboBox::hidePopup();
+}
+
+/// The entries stay what they are; only what is painted is cleaned.
+void SearchableComboBox::initStyleOption(QStyleOptionComboBox *option) const
+{
+    QComboBox::initStyleOption(option);
+    option->currentText = display_text::clean(option->currentText);
 }
 
 void SearchableComboBox::choose(int row)

@@ -58,7 +58,8 @@ void CommandEntryBar::buildLayout()
 
 void CommandEntryBar::setRunningText(const QString &text, const QStringList &all)
 {
-    m_running->setText(m_running->fontMetrics().elidedText(text, Qt::ElideRight, m_running->width()));
+    m_running->setText(
+        m_running->fontMetrics().elidedText(display_text::clean(text), Qt::ElideRight, m_running->width()));
     const QString whole
         = all.size() < 2 ? text : tr("Running:") + QLatin1Char('\n') + all.join(QLatin1Char('\n'));
     m_running->setToolTip(display_text::toolTip(whole));

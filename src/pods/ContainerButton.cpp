@@ -16,8 +16,9 @@ constexpr int sidePadding = 8;
 } // namespace
 
 ContainerButton::ContainerButton(const QString &container, const QString &pod, QWidget *parent)
-    : QPushButton(container, parent)
+    : QPushButton(display_text::withoutMnemonics(container), parent)
     , m_pod(pod)
+    , m_container(container)
 {
     setCheckable(true);
     setAttribute(Qt::WA_Hover);
@@ -33,7 +34,8 @@ ContainerButton::ContainerButton(const QString &container, const QString &pod, Q
 
 QSize ContainerButton::sizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(text()) + 2 * sidePadding, fontMetrics().height() + 4};
+    return {fontMetrics().horizontalAdvance(display_text::clean(m_container)) + 2 * sidePadding,
+        fontMetrics().height() + 4};
 }
 
 void ContainerButton::paintEvent(QPaintEvent *)
@@ -51,7 +53,7 @@ void ContainerButton::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(
         QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius, cornerRadius);
     painter.setPen(colours.color(isChecked() ? QPalette::HighlightedText : QPalette::ButtonText));
-    painter.drawText(rect(), Qt::AlignCenter, text());
+    painter.drawText(rect(), Qt::AlignCenter, display_text::clean(m_container));
 }
 
 } // namespace tidewright

@@ -2,6 +2,7 @@
 #include "pods/PodController.h"
 
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "pods/ContainerButton.h"
 #include "pods/PaddedTextField.h"
 #include "pods/Pod.h"
@@ -59,7 +60,7 @@ std::vector<ContainerPair> PodController::selectedContainerPairs() const
     std::vector<ContainerPair> pairs;
     for (const ContainerButton *button : containerButtons()) {
         if (button->isChecked()) {
-            pairs.emplace_back(button->pod(), button->text());
+            pairs.emplace_back(button->pod(), button->container());
         }
     }
     return pairs;
@@ -164,7 +165,7 @@ void PodController::extendContextMenu(QMenu &menu)
     }
     QMenu *containers = menu.addMenu(QStringLiteral("Containers"));
     for (ContainerButton *button : view->buttons()) {
-        QAction *action = containers->addAction(button->text());
+        QAction *action = containers->addAction(display_text::withoutMnemonics(button->container()));
         action->setCheckable(true);
         action->setChecked(button->isChecked());
         connect(action, &QAction::triggered, button, &QPushButton::click);

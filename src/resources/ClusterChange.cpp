@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ClusterChange.h"
 
+#include "platform/DisplayText.h"
 #include "platform/MainQueue.h"
 
 #include <QLabel>
@@ -80,7 +81,7 @@ void runChange(WindowState &window, const QStringList &command, std::function<vo
 
 QWidget *confirmationDetails(const QString &text)
 {
-    auto *label = new QLabel(text);
+    auto *label = new QLabel(display_text::clean(text));
     label->setTextFormat(Qt::PlainText);
     label->setContentsMargins(2, 10, 12, 8);
     return label;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ResourceTableView.h"
 
+#include "platform/DisplayText.h"
 #include "resources/RowDelegate.h"
 #include "resources/TableHeader.h"
 
@@ -90,12 +91,13 @@ std::vector<int> ResourceTableView::selectedRowsAsChosen() const
 
 void ResourceTableView::setEmptyText(const QString &sentence, const QString &details)
 {
-    if (m_emptySentence == sentence && m_emptyDetails == details) {
+    const std::pair shown(display_text::clean(sentence), display_text::clean(details));
+    if (shown == std::pair(m_emptySentence, m_emptyDetails)) {
         return;
     }
-    m_emptySentence = sentence;
-    m_emptyDetails = details;
-    setAccessibleDescription(m_model.rowCount() == 0 ? sentence + QLatin1Char('\n') + details : QString());
+    std::tie(m_emptySentence, m_emptyDetails) = shown;
+    setAccessibleDescription(
+        m_model.rowCount() == 0 ? m_emptySentence + QLatin1Char('\n') + m_emptyDetails : QString());
     viewport()->update();
 }
 

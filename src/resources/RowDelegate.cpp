@@ -38,6 +38,11 @@ bool RowDelegate::helpEvent(
     return true;
 }
 
+QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
+{
+    return QStyledItemDelegate::displayText(display_text::clean(value.toString()), locale);
+}
+
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     paintPadded(painter, option, index, sidePadding);

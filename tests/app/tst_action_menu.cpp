@@ -31,6 +31,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 #include <QTabBar>
 #include <QTest>
 
@@ -165,7 +166,7 @@ private Q_SLOTS:
     void everyScope_data();
     void everyScope();
     void namesThatLookLikeOptions();
-    void namesAreNeverMarkUp();
+    void namesAreTextAndNothingElse();
     void questionsSayWhere();
     void withoutAKubeConfigOfItsOwn();
     void lastAction();
@@ -356,17 +357,25 @@ void tst_action_menu::namesThatLookLikeOptions()
     QVERIFY(app.entries().filter(u"env "_s).isEmpty());
 }
 
-void tst_action_menu::namesAreNeverMarkUp()
+/// No mark-up, no mnemonics, and nothing that moves the text around it.
+void tst_action_menu::namesAreTextAndNothingElse()
 {
     Actions app;
-    app.cluster.answer(u"contexts"_s, "<s>b\n<s>b\tc\t");
-    app.cluster.answer(u"namespaces"_s, "<s>n");
-    app.cluster.answer(u"get po"_s, "<s>pod\ttrue\tRunning\t0\t\tT\t<s>c\n");
+    app.cluster.answer(u"contexts"_s, "<s>\u202eb\n<s>\u202eb\tc\t");
+    app.cluster.answer(u"namespaces"_s, "<s>\u202en");
+    app.cluster.answer(u"get po"_s, "<s>\u202epod\ttrue\tRunning\t0\t\tT\t<s>&c\u202e\n");
     app.cluster.answer(u"get deploy"_s, "<s>web\t1\t1\t1\t1\tT\n");
     app.add(u"<s>group/<s>act"_s, R"({"scope":"pod","show_warning_text":"<s>"})");
     app.cluster.settings.set(u"toolbarItems"_s, u"<s>act"_s);
     app.open();
     QTRY_COMPARE(app.pods().containerButtons().size(), 1U);
+    ContainerButton *container = app.pods().containerButtons().front();
+    QVERIFY(container->shortcut().isEmpty());
+    container->setChecked(true);
+    QCOMPARE(app.pods().selectedContainerPairs().front().second, u"<s>&c\u202e"_s);
+    const ResourceTableView &view = app.pods().tableView();
+    const auto *delegate = qobject_cast<const QStyledItemDelegate *>(view.itemDelegate());
+    QCOMPARE(delegate->displayText(u"a\u202eb"_s, {}), u"a\ufffdb"_s);
     app.page().windowConsoleController().scriptsRunning.append(u"<s>"_s);
     app.page().windowConsoleController().updateScriptState();
     app.pods().tableView().selectRow(0);
@@ -377,22 +386,26 @@ void tst_action_menu::namesAreNeverMarkUp()
     QTRY_VERIFY(app.frame->findChild<ReplicaCell *>());
     int found = 0;
     const auto check = [&found](const QString &tip) {
-        QVERIFY2(!tip.contains(u"<s>"_s), qPrintable(tip));
+        QVERIFY2(!tip.contains(u"<s>"_s) && !tip.contains(u'\u202e'), qPrintable(tip));
         found += tip.contains(u"&lt;s>"_s) || tip.contains(u"&lt;s&gt;"_s);
     };
     for (const QWidget *widget : QApplication::allWidgets()) {
         check(widget->toolTip());
+        QVERIFY2(!widget->windowTitle().contains(u'\u202e'), widget->metaObject()->className());
         if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+            QVERIFY2(!label->text().contains(u'\u202e'), qPrintable(label->text()));
             QVERIFY(label->textFormat() == Qt::PlainText || !label->text().contains(u"<s>"_s));
         }
         if (const auto *bar = qobject_cast<const QTabBar *>(widget)) {
             for (int tab = 0; tab < bar->count(); ++tab) {
                 check(bar->tabToolTip(tab));
+                QVERIFY(!bar->tabText(tab).contains(u'\u202e'));
             }
         }
     }
     for (const QAction *action : app.frame->findChildren<QAction *>()) {
         check(action->toolTip());
+        QVERIFY(!action->text().contains(u'\u202e'));
     }
     QVERIFY2(found > 8, qPrintable(QString::number(found)));
 }
