@@ -335,7 +335,7 @@ void ConsoleViewController::extendMenu(QMenu *menu, int number)
         const QString shellLine = m_details[entry].line.shellLine();
         menu->addAction(tr("Copy as Shell Command"), this,
                 [shellLine] { QApplication::clipboard()->setText(shellLine); })
-            ->setEnabled(!shellLine.isEmpty());
+            ->setEnabled(!shellLine.isEmpty() && !display_text::actsWhenPasted(shellLine));
         menu->addSeparator();
     }
     menu->addAction(tr("Clear Console"), this, &ConsoleViewController::clearLogs);

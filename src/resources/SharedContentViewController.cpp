@@ -2,6 +2,7 @@
 #include "resources/SharedContentViewController.h"
 
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "platform/MainQueue.h"
 #include "resources/ClusterChange.h"
 #include "resources/LoadProblem.h"
@@ -316,9 +317,16 @@ void SharedContentViewController::selectFilter()
 
 void SharedContentViewController::copyName()
 {
-    if (const QStringList names = chosenNames(); !names.isEmpty()) {
-        QApplication::clipboard()->setText(names.first());
+    const QStringList names = chosenNames();
+    if (names.isEmpty()) {
+        return;
     }
+    if (display_text::actsWhenPasted(names.first())) {
+        refuseChange(m_window, QStringLiteral("The name was not copied"),
+            tr("it holds control characters, which a terminal takes for keys."));
+        return;
+    }
+    QApplication::clipboard()->setText(names.first());
 }
 
 void SharedContentViewController::editConfiguration()

@@ -479,7 +479,14 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("untouched"));
         selectRows({2});
         m_table->copyName();
-        QCOMPARE(QGuiApplication::clipboard()->text(), name(2));
+        const QString copied = name(2);
+        QCOMPARE(QGuiApplication::clipboard()->text(), copied);
+        pretend("out\na\\x0drm\\x0d\\ttrue\\tRunning\\t0\\t\\t\\tapp\\n");
+        QVERIFY(load());
+        selectRows({0});
+        m_table->copyName(); // pasted, it would run something
+        QCOMPARE(QGuiApplication::clipboard()->text(), copied);
+        QVERIFY(m_window->recorded.entries.last().contains(QLatin1String("The name was not copied: ")));
     }
 
     void aFailedLoadSaysWhyAndTheNextGoodOneFillsTheTable_data()
