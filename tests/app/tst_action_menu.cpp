@@ -160,7 +160,6 @@ class tst_action_menu : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void menuFollowsTheFolders();
-    void freshInstallation();
     void targets_data();
     void targets();
     void everyScope_data();
@@ -198,14 +197,6 @@ void tst_action_menu::menuFollowsTheFolders()
     app.add(u"newer"_s, R"({"scope":"namespace"})");
     app.frame->addTab();
     QTRY_VERIFY(app.item(u"newer"_s));
-}
-
-void tst_action_menu::freshInstallation()
-{
-    Actions app;
-    app.open();
-    QVERIFY(QFile::exists(app.cluster.path(u"data/Tidewright/Actions/Starter Kit"_s)));
-    QVERIFY(app.shown(app.menu()).value(4).startsWith(u"Starter Kit/"_s));
 }
 
 void tst_action_menu::targets_data()
