@@ -431,7 +431,7 @@ private Q_SLOTS:
         copyIntoContainer(*m_table, {QStringLiteral("--all"), QStringLiteral("app")}, paths, there);
         QTest::mouseClick(buttonNamed(QStringLiteral("web:--profile=x")), Qt::LeftButton);
         m_table->viewLogs();
-        copyIntoContainer(*m_table, m_table->selectedContainerPairs().front(), paths, there);
+        copyIntoContainer(*m_table, {QStringLiteral("web"), QStringLiteral("--profile=x")}, paths, there);
         QVERIFY(m_window->logsOpened.empty() && !question());
         QStringList expected;
         for (const char *refusal : {"No logs were opened: kubectl would take the name \"--all\"",
