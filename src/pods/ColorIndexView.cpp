@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ColorIndexView.h"
 
+#include "platform/DisplayText.h"
 #include "pods/ColorBoxCellView.h"
 #include "resources/NamedImages.h"
 
@@ -114,8 +115,8 @@ void ColorIndexView::setState(int row, const State &state)
                                       : tr("Click to hide this container's text.");
     const QString tip = name->text() + QLatin1Char('\n')
         + (state.details.isEmpty() ? hint : state.details.trimmed() + QLatin1Char('\n') + hint);
-    name->setToolTip(tip);
-    item->setToolTip(tip);
+    name->setToolTip(display_text::toolTip(tip));
+    item->setToolTip(display_text::toolTip(tip));
 }
 
 int ColorIndexView::wantedWidth(int column) const

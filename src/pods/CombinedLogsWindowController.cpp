@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/CombinedLogsWindowController.h"
 
+#include "platform/DisplayText.h"
 #include "pods/CombinedLogsViewController.h"
 #include "pods/LogExport.h"
 #include "pods/LogPatternBar.h"
@@ -109,9 +110,9 @@ QAction *CombinedLogsWindowController::addCommand(
 {
     auto *action = new QAction(text, this);
     action->setShortcut(shortcut);
-    action->setToolTip(shortcut.isEmpty()
+    action->setToolTip(display_text::toolTip(shortcut.isEmpty()
             ? tip
-            : QStringLiteral("%1 (%2)").arg(tip, shortcut.toString(QKeySequence::NativeText)));
+            : QStringLiteral("%1 (%2)").arg(tip, shortcut.toString(QKeySequence::NativeText))));
     addAction(action);
     return action;
 }
@@ -290,7 +291,7 @@ void CombinedLogsWindowController::updateStatus()
     const QString text = parts.join(QStringLiteral(" · "));
     if (text != m_status->text()) {
         m_status->setText(text);
-        m_status->setToolTip(text);
+        m_status->setToolTip(display_text::toolTip(text));
     }
     const auto &sources = m_content->sources();
     m_followRefused->setVisible(std::any_of(sources.cbegin(), sources.cend(),

@@ -97,8 +97,6 @@ class tst_cluster_window : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void sidebarTree();
-    void scopes_data();
-    void scopes();
     void sidebarSelection();
     void namespaceChangeEmptiesTables();
     void commandsFollowTheSelection();
@@ -132,37 +130,6 @@ void tst_cluster_window::sidebarTree()
         u"INFRASTRUCTURE|Pods|Deployments|Services|Persistent Volumes|Endpoints|Daemon Sets|Replica Sets|"
         u"TASKS|Cron Jobs|Jobs|CONFIGURATION|Cluster Roles|Config Maps|Secrets|Service Accounts|STATUS|Events"_s);
     QCOMPARE(sidebarImageName(u"Persistent Volumes"_s), u"persistentvolumes-sidebar"_s);
-}
-
-void tst_cluster_window::scopes_data()
-{
-    QTest::addColumn<QString>("sidebarName");
-    for (const auto &[scope, name] :
-        {std::pair("pod", "pods"), {"container", "pods"}, {"deployment", "deployments"},
-            {"service", "services"}, {"persistentvolume", "persistent volumes"}, {"cronjob", "cron jobs"},
-            {"configmap", "config maps"}, {"secret", "secrets"}, {"event", "events"},
-            {"endpoint", "endpoints"}, {"job", "jobs"}, {"serviceaccount", "service accounts"},
-            {"clusterrole", "cluster roles"}, {"replicaset", "replica sets"}, {"daemonset", "daemon sets"},
-            {"namespace", ""}, {"pods", ""}}) {
-        QTest::newRow(scope) << QString::fromLatin1(name);
-    }
-}
-
-void tst_cluster_window::scopes()
-{
-    QFETCH(QString, sidebarName);
-    Application app;
-    const PrimaryContentController &content = app.page().primaryContentController();
-    const QString scope = QString::fromLatin1(QTest::currentDataTag());
-    QCOMPARE(content.scopeMap().value(scope), sidebarName);
-    QCOMPARE(content.count(), 14);
-    QWidget *tab = content.sidebarMap().value(sidebarName);
-    QCOMPARE(tab != nullptr, !sidebarName.isEmpty());
-    QCOMPARE(content.tableControllerForScope(scope), qobject_cast<SharedContentViewController *>(tab));
-    QCOMPARE(content.tableControllerForScope(scope) != nullptr, !sidebarName.isEmpty());
-    if (!sidebarName.isEmpty()) {
-        QCOMPARE(content.tableControllerForScope(scope)->kind().tableName.toLower(), sidebarName);
-    }
 }
 
 void tst_cluster_window::sidebarSelection()

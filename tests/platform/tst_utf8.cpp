@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DisplayText.h"
 #include "platform/Utf8.h"
 
 #include <QTest>
@@ -87,6 +88,40 @@ private Q_SLOTS:
                 QCOMPARE(shownUtf8(bytes.sliced(count)), shown.sliced(units));
             }
         }
+    }
+
+    void madeFitToBeShown_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shown"); // "?" stands for a replacement character
+        QTest::addColumn<QString>("tip"); // without the paragraph around it
+        QTest::addColumn<bool>("acts"); // when it is pasted
+        const auto row = [](const char *name, const QString &text, const QString &shown, const QString &tip,
+                             bool acts = false) { QTest::newRow(name) << text << shown << tip << acts; };
+        const auto same = [&row](const char *name, const QString &text) { row(name, text, text, text); };
+        same("name", QStringLiteral("web-7d4c9"));
+        same("lines", QStringLiteral("one\ttwo\nthree"));
+        same("letters from right to left", QStringLiteral("\u05d0\u0628 \U0001f600"));
+        row("mark-up", QStringLiteral("a<b>"), QStringLiteral("a<b>"), QStringLiteral("a&lt;b&gt;"));
+        row("long", QString(101, u'&'), QString(101, u'&'), QStringLiteral("&amp;").repeated(101));
+        row("too long", QString(5000, u'x'), QString(5000, u'x'), QString(4000, u'x') + QChar(0x2026));
+        const QString unseen = QStringLiteral("a\u061c\u200e\u200f\u2028\u2029\u202a\u202e\u2066\u2069b");
+        row("directions", unseen, QStringLiteral("a?????????b"), QStringLiteral("a?????????b"));
+        row("keys", QStringLiteral("a\r\u0003\u001b\u007f\u009bb"), QStringLiteral("a?????b"),
+            QStringLiteral("a?????b"), true);
+    }
+    void madeFitToBeShown()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, tip);
+        const auto marked = [](QString cleaned) { return cleaned.replace(QChar(0xfffd), QLatin1Char('?')); };
+        QTEST(marked(display_text::clean(text)), "shown");
+        QTEST(display_text::actsWhenPasted(text), "acts");
+        QString shown = marked(display_text::toolTip(text));
+        if (shown.startsWith(QLatin1Char('<'))) {
+            shown = shown.mid(shown.indexOf(QLatin1Char('>')) + 1).chopped(4);
+        }
+        QCOMPARE(shown, tip);
     }
 };
 

@@ -344,6 +344,10 @@ private Q_SLOTS:
         bench.console.clearLogs();
         bench.add(u"not known how it ran"_s);
         bench.choose(bench.placeOf(u"known"_s), u"Copy as Shell Command"_s, false);
+        bench.console.clearLogs();
+        bench.console.addCommandEntry({{u"kubectl"_s, u"x\u0003rm"_s}, {}}, u"a key"_s, {}, {});
+        bench.add(u"last"_s);
+        bench.choose(bench.placeOf(u"key"_s), u"Copy as Shell Command"_s, false); // Ctrl+C where it is pasted
     }
 
     void shellLinesComeBackAsTheArguments()
