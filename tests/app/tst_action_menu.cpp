@@ -33,6 +33,7 @@
 #include <QPushButton>
 #include <QStyledItemDelegate>
 #include <QTabBar>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace tidewright;
@@ -126,7 +127,7 @@ struct Actions
         return nullptr;
     }
 
-    /// What the latest action said it was told, without the kubeconfig.
+    /// What the latest action said it was told, without the kubeconfig and the view in front of it.
     QString told()
     {
         QString response;
@@ -142,7 +143,8 @@ struct Actions
         };
         [&] { QTRY_VERIFY(isThere()); }();
         m_read = static_cast<int>(page().windowConsoleController().entries().size());
-        return response.remove(cluster.kubeConfig()).simplified();
+        static const QRegularExpression view(u"^/[^ :]*/view-[^ :]+:"_s);
+        return response.remove(view).remove(cluster.kubeConfig()).simplified();
     }
 
     FakeCluster cluster;
