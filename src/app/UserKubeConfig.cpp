@@ -2,6 +2,7 @@
 #include "app/UserKubeConfig.h"
 
 #include "app/KubeConfigBackup.h"
+#include "core/ApplicationRecord.h"
 #include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
@@ -126,8 +127,10 @@ void UserKubeConfig::runNext()
     });
     shellQueue().post([self = QPointer(this), change, shell] {
         const QString failure = perform(change, shell);
-        postToMain(self, [failure](UserKubeConfig &owner) {
-            if (!failure.isEmpty()) {
+        postToMain(self, [change, failure](UserKubeConfig &owner) {
+            if (failure.isEmpty() && change.switches) {
+                applicationRecord() = {change.context, change.nameSpace};
+            } else if (!failure.isEmpty()) {
                 postConsoleEntry(nullptr, QString(),
                     tr("Note: your own kubeconfig was left as it was, and other programs do not follow this "
                        "window. %1")
