@@ -324,7 +324,8 @@ void KubeSplitViewController::contextUsed(quint64 request, bool success)
 QString KubeSplitViewController::loadingHint() const
 {
     if (!m_displacement.isEmpty()) {
-        return m_displacement + QLatin1Char('\n') + tr("Reload shows what is there now.");
+        return m_displacement + QLatin1Char('\n')
+            + tr("Reload shows what is there now; another context can be chosen above.");
     }
     return m_choosingContext || m_currentContext.isEmpty() || m_currentNamespace.isEmpty() ? m_hint
                                                                                            : QString();
