@@ -18,14 +18,6 @@ const auto windowWord = QStringLiteral("window");
 const auto nothingWord = QStringLiteral("nothing");
 constexpr auto longestChange = std::chrono::seconds(20);
 
-std::optional<KubeConfigContents> read(Shell &shell, QString &failure)
-{
-    const ShellResult result = shell.run(readKubeConfigArguments(), false);
-    auto contents = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
-    failure = contents ? QString() : result.failure();
-    return contents;
-}
-
 /// kubectl gives up before it writes when somebody else is writing, or was killed while it did.
 bool wasLocked(const ShellResult &result)
 {
@@ -39,7 +31,7 @@ QString changeFile(Shell &shell, const QStringList &arguments, const KubeConfigB
 {
     const ShellResult result = shell.run(arguments, false);
     QString failure;
-    const auto now = read(shell, failure);
+    const auto now = readKubeConfig(shell, failure);
     if (now && result.hasSucceeded()) {
         return isDone(*now) ? QString()
                             : QStringLiteral("kubectl ended well, but what it was to set is not there.");
@@ -143,8 +135,8 @@ void UserKubeConfig::runNext()
 QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shell> &shell)
 {
     QString failure
-        = KubeConfigBackup::recover(change.files, [&] { return read(*shell, failure).has_value(); });
-    const auto before = failure.isEmpty() ? read(*shell, failure) : std::nullopt;
+        = KubeConfigBackup::recover(change.files, [&] { return readKubeConfig(*shell, failure).has_value(); });
+    const auto before = failure.isEmpty() ? readKubeConfig(*shell, failure) : std::nullopt;
     if (!before) {
         return failure;
     }

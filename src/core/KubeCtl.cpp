@@ -83,6 +83,17 @@ QStringList readKubeConfigArguments()
         QStringLiteral("-ojson")};
 }
 
+std::optional<KubeConfigContents> readKubeConfig(Shell &shell, QString &failure)
+{
+    const ShellResult result = shell.run(readKubeConfigArguments(), false);
+    auto contents = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
+    failure = contents ? QString() : result.failure();
+    if (!contents && failure.isEmpty()) {
+        failure = QStringLiteral("What kubectl printed is not a kubeconfig.");
+    }
+    return contents;
+}
+
 KubeCtl::KubeCtl()
     : m_place(std::make_shared<Place>())
 {
@@ -234,16 +245,7 @@ struct KubeCtl::Change
 private:
     QString prepareView();
     QString readBack() const;
-    std::optional<KubeConfigContents> read(QString &failure) const;
 };
-
-std::optional<KubeConfigContents> KubeCtl::Change::read(QString &failure) const
-{
-    const ShellResult result = shell->run(readKubeConfigArguments(), false);
-    auto parsed = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
-    failure = parsed ? QString() : result.failure();
-    return parsed;
-}
 
 /// Another context is taken as the kubeconfig has it now: it may have been edited since it was read.
 QString KubeCtl::Change::prepareView()
@@ -255,7 +257,7 @@ QString KubeCtl::Change::prepareView()
             return noView(problemBefore);
         }
         options.firstNamespace = view->nameSpace();
-    } else if (const auto now = read(problem)) {
+    } else if (const auto now = tidewright::readKubeConfig(*shell, problem)) {
         contents = *now;
         options.firstContext = noContext;
     } else {
@@ -273,7 +275,7 @@ QString KubeCtl::Change::prepareView()
 QString KubeCtl::Change::readBack() const
 {
     QString failure;
-    const auto now = read(failure);
+    const auto now = tidewright::readKubeConfig(*shell, failure);
     if (!now) {
         return failure;
     }
