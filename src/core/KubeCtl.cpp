@@ -240,7 +240,8 @@ struct KubeCtl::Change
 
     /// Why it was not done; empty when it was.
     QString perform();
-    void take() const;
+    /// False when a later change has the place already.
+    bool take() const;
 
 private:
     QString prepareView();
@@ -299,12 +300,15 @@ QString KubeCtl::Change::perform()
     return result.hasSucceeded() ? readBack() : result.failure();
 }
 
-void KubeCtl::Change::take() const
+bool KubeCtl::Change::take() const
 {
-    if (place->changes == number) {
-        place->contents = contents;
-        place->view = view;
+    if (place->changes != number) {
+        return false;
     }
+    place->contents = contents;
+    place->view = view;
+    place->problem.clear();
+    return true;
 }
 
 std::shared_ptr<Shell> KubeCtl::useContext(const QString &name, ContextUsed completion) const
@@ -324,9 +328,11 @@ std::shared_ptr<Shell> KubeCtl::useContext(const QString &name, ContextUsed comp
             return;
         }
         mainQueue().post([change, name, completion] {
-            change.take();
-            applicationRecord().appContext = name;
-            completion(true);
+            const bool isTaken = change.take();
+            if (isTaken) {
+                applicationRecord().appContext = name;
+            }
+            completion(isTaken);
         });
     });
     return shell;
@@ -354,8 +360,7 @@ std::shared_ptr<Shell> KubeCtl::setNamespace(const QString &name, NamespaceSet c
             reportNotLoaded(QLatin1String("Namespace ") + name, failure);
         }
         mainQueue().post([change, record, completion, success = failure.isEmpty()] {
-            if (success) {
-                change.take();
+            if (success && change.take()) {
                 record();
             } else if (completion) {
                 completion(false);

@@ -92,8 +92,8 @@ public:
 
     /// Makes a context current in a new view, as the kubeconfig has it by now, which takes the old one's
     /// place. Done only when kubectl ended well and the view reads back so. An empty name does nothing at all
-    /// and yields no shell. Completes with true on the main thread, with false on a shell-queue thread. A
-    /// later change supersedes this one: it must have been cancelled before.
+    /// and yields no shell. Completes with true on the main thread, with false on a shell-queue thread, or on
+    /// the main thread when a later change has superseded this one.
     std::shared_ptr<Shell> useContext(const QString &name, ContextUsed completion) const;
 
     /// Sets the namespace of the current context, in the same way. The pseudo-namespace is only recorded,
