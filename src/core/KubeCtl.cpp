@@ -350,6 +350,14 @@ std::shared_ptr<Shell> KubeCtl::setNamespace(const QString &name, NamespaceSet c
         mainQueue().post(record);
         return nullptr;
     }
+    if (name.isEmpty()) {
+        mainQueue().post([completion] {
+            if (completion) {
+                completion(false);
+            }
+        });
+        return nullptr;
+    }
     auto shell = makePlainShell();
     shell->niceness = 5; // the visible table's listing starts at the same moment and comes first
     const QString context = m_place->view ? m_place->view->context() : QString();

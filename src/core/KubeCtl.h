@@ -97,7 +97,7 @@ public:
     std::shared_ptr<Shell> useContext(const QString &name, ContextUsed completion) const;
 
     /// Sets the namespace of the current context, in the same way. The pseudo-namespace is only recorded,
-    /// without a shell. Completes on the main thread.
+    /// without a shell; an empty name fails without one. Completes on the main thread.
     std::shared_ptr<Shell> setNamespace(const QString &name, NamespaceSet completion = {}) const;
 
 private:
