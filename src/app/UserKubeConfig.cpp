@@ -17,6 +17,7 @@ const auto settingKey = QStringLiteral("kubeconfigFollows");
 const auto windowWord = QStringLiteral("window");
 const auto nothingWord = QStringLiteral("nothing");
 constexpr auto longestChange = std::chrono::seconds(20);
+constexpr auto longestEnd = std::chrono::seconds(5);
 
 /// kubectl gives up before it writes when somebody else is writing, or was killed while it did.
 bool wasLocked(const ShellResult &result)
@@ -40,6 +41,9 @@ QString changeFile(Shell &shell, const QStringList &arguments, const KubeConfigB
         return *result.error
             + QStringLiteral(
                 "\nIf no other program is writing the kubeconfig, remove the file that ends in .lock.");
+    }
+    if (const auto process = shell.process()) {
+        process->waitUntilExit(longestEnd); // one that was told to end may be writing yet
     }
     const QString lost = backup.restore();
     failure = result.hasSucceeded() ? failure : result.failure();
@@ -110,14 +114,16 @@ void UserKubeConfig::runNext()
     m_waiting.pop_front();
     const std::shared_ptr<Shell> shell = Shell::create();
     shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(change.files));
-    m_running = shell;
+    const auto through = std::make_shared<std::promise<void>>();
+    m_running = through->get_future();
     QTimer::singleShot(longestChange, this, [weak = std::weak_ptr(shell)] {
         if (const auto hanging = weak.lock()) {
             hanging->cancel();
         }
     });
-    shellQueue().post([self = QPointer(this), change, shell] {
+    shellQueue().post([self = QPointer(this), change, shell, through] {
         const QString failure = perform(change, shell);
+        through->set_value();
         postToMain(self, [failure](UserKubeConfig &owner) {
             if (!failure.isEmpty()) {
                 postConsoleEntry(nullptr, QString(),
@@ -166,9 +172,8 @@ QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shel
 
 void UserKubeConfig::finish(std::chrono::milliseconds limit) const
 {
-    const auto shell = m_running.lock();
-    if (const auto process = shell ? shell->process() : nullptr) {
-        process->waitUntilExit(limit);
+    if (m_busy) {
+        m_running.wait_for(limit);
     }
 }
 
