@@ -124,7 +124,7 @@ void KubeSplitViewController::contextsLoaded(
     }
 }
 
-/// Whatever was being set belongs to another place.
+/// Whatever was being set belongs to another place, and so does what waits for it.
 void KubeSplitViewController::enterContext(const QString &name)
 {
     cancel(m_placeShell);
@@ -132,6 +132,7 @@ void KubeSplitViewController::enterContext(const QString &name)
     m_currentContext = name;
     m_displacement.clear();
     m_watch.begin();
+    answerWaiting();
 }
 
 void KubeSplitViewController::forgetNamespaces()
