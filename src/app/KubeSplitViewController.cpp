@@ -107,7 +107,10 @@ void KubeSplitViewController::contextsLoaded(
     }
     m_contextShell.reset();
     // The tables go on showing the context that the window had until now.
-    m_choosingContext |= !m_currentContext.isEmpty() && current != m_currentContext;
+    const bool leadsElsewhere = current != m_currentContext
+        || m_contentsRead.destination(current) != m_kubeCtl.contents().destination(current);
+    m_choosingContext |= leadsElsewhere && !m_currentContext.isEmpty();
+    m_userFollows = false;
     m_contextList = {
         .entries = contexts, .selected = contexts.contains(current) ? current : QString(), .enabled = true};
     if (m_choosingContext) {
@@ -157,7 +160,7 @@ void KubeSplitViewController::contextsMissing(quint64 request, const QString &re
 
 void KubeSplitViewController::reloadNamespaces()
 {
-    if (m_choosingContext && !m_namespaceShell) {
+    if ((m_choosingContext && !m_namespaceShell) || !m_displacement.isEmpty()) {
         retryLoading(); // they come with the context
     } else if (!m_currentContext.isEmpty()) {
         loadNamespaces();
