@@ -47,6 +47,7 @@ KubeSplitViewController::KubeSplitViewController(UserKubeConfig &userFile, QObje
 KubeSplitViewController::~KubeSplitViewController()
 {
     cancel(m_contextShell);
+    cancel(m_contentsShell);
     cancel(m_namespaceShell);
     cancel(m_placeShell);
     for (const auto &weak : m_edits) {
@@ -66,6 +67,7 @@ void KubeSplitViewController::viewWillAppear(const QString &kubeConfigPath)
 void KubeSplitViewController::reloadContexts()
 {
     cancel(m_contextShell);
+    cancel(m_contentsShell);
     const quint64 request = ++m_contextRequest;
     m_contextList = {.loading = true};
     m_hint = tr("Loading contexts…");
@@ -91,12 +93,13 @@ void KubeSplitViewController::reloadContexts()
             postToMain(
                 self, [=](KubeSplitViewController &window) { window.contextsMissing(request, reason); });
         });
-    m_kubeCtl.readKubeConfig([self, request, readOne](const std::optional<KubeConfigContents> &contents) {
-        if (self && request == self->m_contextRequest) {
-            self->m_contentsRead = contents.value_or(KubeConfigContents());
-            readOne();
-        }
-    });
+    m_contentsShell = m_kubeCtl.readKubeConfig(
+        [self, request, readOne](const std::optional<KubeConfigContents> &contents) {
+            if (self && request == self->m_contextRequest) {
+                self->m_contentsRead = contents.value_or(KubeConfigContents());
+                readOne();
+            }
+        });
 }
 
 void KubeSplitViewController::contextsLoaded(
@@ -106,6 +109,7 @@ void KubeSplitViewController::contextsLoaded(
         return;
     }
     m_contextShell.reset();
+    m_contentsShell.reset();
     // The tables go on showing the context that the window had until now.
     const bool leadsElsewhere = current != m_currentContext
         || m_contentsRead.destination(current) != m_kubeCtl.contents().destination(current);
@@ -153,6 +157,7 @@ void KubeSplitViewController::contextsMissing(quint64 request, const QString &re
         return;
     }
     m_contextShell.reset();
+    cancel(m_contentsShell);
     m_waitingSince = QDateTime();
     m_hint = tr("No contexts could be loaded.") + QLatin1Char('\n') + sentenceFirst(reason);
     Q_EMIT contextListChanged();
@@ -457,7 +462,7 @@ bool KubeSplitViewController::hasItsPlace() const
 
 QString KubeSplitViewController::obstacle() const
 {
-    if (m_choosingContext) {
+    if (m_choosingContext && !m_currentContext.isEmpty()) {
         return QStringLiteral(
             "The window is switching to the context %1; its tables do not show that context yet.")
             .arg(m_currentContext);

@@ -117,6 +117,7 @@ private:
     quint64 m_namespaceRequest = 0;
     quint64 m_placeRequest = 0; ///< of the latest change of context or namespace
     std::shared_ptr<Shell> m_contextShell;
+    std::shared_ptr<Shell> m_contentsShell; ///< reads m_contentsRead beside it
     std::shared_ptr<Shell> m_namespaceShell;
     std::shared_ptr<Shell> m_placeShell; ///< while the window's place is being set
     bool m_choosingContext

@@ -140,8 +140,8 @@ void UserKubeConfig::runNext()
 /// Returns why the file does not follow; empty when it does, or need not.
 QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shell> &shell)
 {
-    QString failure
-        = KubeConfigBackup::recover(change.files, [&] { return readKubeConfig(*shell, failure).has_value(); });
+    QString failure = KubeConfigBackup::recover(
+        change.files, [&] { return readKubeConfig(*shell, failure).has_value(); });
     const auto before = failure.isEmpty() ? readKubeConfig(*shell, failure) : std::nullopt;
     if (!before) {
         return failure;
