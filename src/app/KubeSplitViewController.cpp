@@ -55,6 +55,11 @@ KubeSplitViewController::~KubeSplitViewController()
             edit->cancel();
         }
     }
+    for (const auto &completion : m_waiting) {
+        mainQueue().post([completion] {
+            completion(QStringLiteral("its window was closed before it showed the context and namespace."));
+        });
+    }
 }
 
 void KubeSplitViewController::viewWillAppear(const QString &kubeConfigPath)
@@ -477,6 +482,10 @@ void KubeSplitViewController::startExternalEdit(const QStringList &arguments, st
 {
     whenSettled(
         [this, arguments, finished = std::move(finished), place = ChangePlace(*this)](const QString &reason) {
+            if (!place.window) {
+                refuseUnseenChange(place, nothingEdited, reason);
+                return;
+            }
             if (!reason.isEmpty()) {
                 refuseChange(*this, nothingEdited, reason);
             } else if (!place.isStillShown()) {
