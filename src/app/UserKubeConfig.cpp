@@ -16,6 +16,7 @@ namespace {
 const auto settingKey = QStringLiteral("kubeconfigFollows");
 const auto windowWord = QStringLiteral("window");
 const auto nothingWord = QStringLiteral("nothing");
+const auto setInVain = QStringLiteral("kubectl ended well, but what it was to set is not there.");
 constexpr auto longestChange = std::chrono::seconds(20);
 constexpr auto longestEnd = std::chrono::seconds(5);
 
@@ -27,15 +28,14 @@ bool wasLocked(const ShellResult &result)
 
 /// Runs one kubectl that changes the file, and reads what has become of it. Returns why it was not done; what
 /// that kubectl has spoilt is put back then.
-QString changeFile(Shell &shell, const QStringList &arguments, const KubeConfigBackup &backup,
-    const std::function<bool(const KubeConfigContents &)> &isDone)
+QString changeFile(Shell &shell, const QStringList &arguments, const QString &context,
+    const KubeConfigBackup &backup, const std::function<bool(const KubeConfigContents &)> &isDone)
 {
     const ShellResult result = shell.run(arguments, false);
     QString failure;
     const auto now = readKubeConfig(shell, failure);
-    if (now && result.hasSucceeded()) {
-        return isDone(*now) ? QString()
-                            : QStringLiteral("kubectl ended well, but what it was to set is not there.");
+    if (now && result.hasSucceeded() && now->hasContext(context)) {
+        return isDone(*now) ? QString() : setInVain;
     }
     if (wasLocked(result)) {
         return *result.error
@@ -46,7 +46,7 @@ QString changeFile(Shell &shell, const QStringList &arguments, const KubeConfigB
         process->waitUntilExit(longestEnd); // one that was told to end may be writing yet
     }
     const QString lost = backup.restore();
-    failure = result.hasSucceeded() ? failure : result.failure();
+    failure = !result.hasSucceeded() ? result.failure() : now ? setInVain : failure;
     return lost.isEmpty() ? failure : QString(failure + QLatin1Char('\n') + lost);
 }
 
@@ -159,11 +159,11 @@ QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shel
     }
     const auto isCurrent = [&change](const KubeConfigContents &now) { return now.current == change.context; };
     if (switches) {
-        failure = changeFile(*shell, useContextArguments(change.context), backup, isCurrent);
+        failure = changeFile(*shell, useContextArguments(change.context), change.context, backup, isCurrent);
     }
     if (failure.isEmpty() && sets) {
-        failure = changeFile(
-            *shell, setNamespaceArguments(change.nameSpace), backup, [&](const KubeConfigContents &now) {
+        failure = changeFile(*shell, setNamespaceArguments(change.nameSpace), change.context, backup,
+            [&](const KubeConfigContents &now) {
                 return !isCurrent(now) || now.nameSpace(change.context) == change.nameSpace;
             });
     }
