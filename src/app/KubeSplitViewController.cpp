@@ -420,11 +420,11 @@ void KubeSplitViewController::whenSettled(std::function<void(const QString &)> c
     if (m_waiting.size() > 1) {
         return;
     }
-    if (!obstacle().isEmpty()) {
+    if (!whyNoPlace().isEmpty()) {
         answerWaiting();
         return;
     }
-    m_isLooking = true;
+    m_isLooking = true; // also for whether what was wrong with the kubeconfig is mended
     m_watch.look([self = QPointer(this)](const QString &change) {
         if (self) {
             self->lookedBeforeCommand(change);
@@ -467,6 +467,12 @@ bool KubeSplitViewController::hasItsPlace() const
 
 QString KubeSplitViewController::obstacle() const
 {
+    const QString reason = whyNoPlace();
+    return reason.isEmpty() ? m_displacement : reason;
+}
+
+QString KubeSplitViewController::whyNoPlace() const
+{
     if (m_choosingContext && !m_currentContext.isEmpty()) {
         return QStringLiteral(
             "The window is switching to the context %1; its tables do not show that context yet.")
@@ -475,7 +481,7 @@ QString KubeSplitViewController::obstacle() const
     if (m_currentContext.isEmpty() || m_currentNamespace.isEmpty()) {
         return QStringLiteral("No context and namespace are chosen yet.");
     }
-    return m_displacement;
+    return {};
 }
 
 void KubeSplitViewController::startExternalEdit(const QStringList &arguments, std::function<void()> finished)

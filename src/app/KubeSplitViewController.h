@@ -100,6 +100,8 @@ private:
     bool hasItsPlace() const;
     /// Why nothing can be started that goes by the window's place; empty when it can.
     QString obstacle() const;
+    /// The same, as far as it is not the kubeconfig that leads elsewhere.
+    QString whyNoPlace() const;
     void editNow(const QStringList &arguments, std::function<void()> finished);
 
     UserKubeConfig &m_userFile;
