@@ -282,7 +282,8 @@ QString KubeCtl::Change::readBack() const
     }
     const bool isSet
         = nameSpace.isEmpty() ? now->current == context : now->nameSpace(now->current) == nameSpace;
-    const bool isThere = now->destination(context) == contents.destination(context);
+    const bool isThere
+        = now->hasContext(context) && now->destination(context) == contents.destination(context);
     return isSet && isThere ? QString()
                             : QStringLiteral("kubectl ended well, but what it was to set is not there.");
 }
