@@ -15,6 +15,7 @@ public:
         const std::optional<tidewright::ConsoleError> &error) override;
 
     QStringList commands;
+    QStringList responses;
     QStringList errors;
 };
 
@@ -34,6 +35,9 @@ public:
 
     QString path(const QString &name) const { return m_folder.filePath(name); }
     QString kubeConfig() const { return path(QStringLiteral("kubeconfig")); }
+    QByteArray kubeConfigBytes() const;
+    /// Replaces every occurrence of a text in the kubeconfig.
+    void edit(const QByteArray &before, const QByteArray &after) const;
     QString settingsFile() const { return path(QStringLiteral("settings.json")); }
 
     void answer(const QString &run, const QByteArray &output);
@@ -42,6 +46,10 @@ public:
     void killAfter(const QString &run);
     /// Runs of that name end well and have changed nothing.
     void doNothing(const QString &run);
+    /// Runs of that name leave an empty file behind, whatever else they do.
+    void empty(const QString &run);
+    /// Runs of that name do what they are to, and end with an exit status that says otherwise.
+    void endBadly(const QString &run);
     void succeed(const QString &run);
     /// Runs of that name wait until they are released.
     void hold(const QString &run);
