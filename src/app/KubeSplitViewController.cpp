@@ -143,6 +143,7 @@ void KubeSplitViewController::enterContext(const QString &name)
     ++m_placeRequest;
     m_currentContext = name;
     m_displacement.clear();
+    m_isLooking = false;
     m_watch.begin();
     answerWaiting();
 }
@@ -434,7 +435,9 @@ void KubeSplitViewController::whenSettled(std::function<void(const QString &)> c
 
 void KubeSplitViewController::lookedBeforeCommand(const QString &change)
 {
-    m_isLooking = false;
+    if (!std::exchange(m_isLooking, false)) {
+        return; // the window is in another place by now
+    }
     if (!m_choosingContext) {
         setDisplacement(change);
     }
