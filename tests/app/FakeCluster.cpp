@@ -98,9 +98,9 @@ FakeCluster::~FakeCluster()
     setUserDefaultsForTesting(nullptr);
 }
 
-QString FakeCluster::fileFor(QString run, const char *suffix) const
+QString FakeCluster::fileFor(QString run, const QByteArray &suffix) const
 {
-    return path(run.replace(QLatin1Char(' '), QLatin1Char('-')) + QLatin1String(suffix));
+    return path(run.replace(QLatin1Char(' '), QLatin1Char('-')) + QString::fromLatin1(suffix));
 }
 
 void FakeCluster::answer(const QString &run, const QByteArray &output)
@@ -116,24 +116,28 @@ void FakeCluster::fail(const QString &run, const QByteArray &error)
     writeFile(fileFor(run, ".err"), error);
 }
 
-void FakeCluster::killAfter(const QString &run)
+void FakeCluster::disturb(const QString &run, const QString &ways)
 {
-    writeFile(fileFor(run, ".kill"), {});
+    for (const QByteArray &way : ways.toLatin1().split(' ')) {
+        writeFile(fileFor(run, '.' + way), way == "err" ? "open config.lock: file exists" : "");
+    }
 }
 
-void FakeCluster::doNothing(const QString &run)
+QString FakeCluster::placeOf(const Shell &shell)
 {
-    writeFile(fileFor(run, ".idle"), {});
+    QFile first(QFile::decodeName(shell.environment.value("KUBECONFIG").split(':').first()));
+    const auto view
+        = KubeConfigContents::parse(first.open(QIODevice::ReadOnly) ? first.readAll() : QByteArray());
+    if (!view || !first.fileName().contains(u"/views/"_s)) {
+        return u"(no view)"_s;
+    }
+    return view->hasContext(view->current) ? view->current + u'/' + view->nameSpace(view->current)
+                                           : u"nowhere"_s;
 }
 
-void FakeCluster::empty(const QString &run)
+UserDefaults::Dictionary FakeCluster::remembered() const
 {
-    writeFile(fileFor(run, ".cut"), {});
-}
-
-void FakeCluster::endBadly(const QString &run)
-{
-    writeFile(fileFor(run, ".status"), {});
+    return UserDefaults(settingsFile()).dictionary(u"lastNamespaces"_s).value_or(UserDefaults::Dictionary());
 }
 
 void FakeCluster::edit(const QByteArray &before, const QByteArray &after) const

@@ -45,7 +45,7 @@ struct Window
         untilSettled();
     }
 
-    void untilSettled() const { QTRY_COMPARE(place(), shown().replace(allNamespaces, u"default"_s)); }
+    void untilSettled() { QTRY_COMPARE(place(), shown().replace(allNamespaces, u"default"_s)); }
     /// What becomes of a command: `ran`, or why it does not run.
     std::shared_ptr<QString> ask()
     {
@@ -61,20 +61,8 @@ struct Window
     }
 
     QString shown() const { return state.currentContext() + u'/' + state.currentNamespace(); }
-    /// Where a child acts that is started now: what the first file of its KUBECONFIG says.
-    QString place() const
-    {
-        const auto view = const_cast<KubeSplitViewController &>(state).kubeCtl().makeShell();
-        QFile first(QFile::decodeName(view->environment.value("KUBECONFIG").split(':').first()));
-        const auto contents
-            = KubeConfigContents::parse(first.open(QIODevice::ReadOnly) ? first.readAll() : QByteArray());
-        if (!contents || !first.fileName().contains(u"/views/"_s)) {
-            return u"(no view)"_s;
-        }
-        return contents->hasContext(contents->current)
-            ? contents->current + u'/' + contents->nameSpace(contents->current)
-            : u"nowhere"_s;
-    }
+    /// Where a child acts that is started now.
+    QString place() { return FakeCluster::placeOf(*state.kubeCtl().makeShell()); }
 
     UserKubeConfig file;
     FakeConsole console;
@@ -95,31 +83,6 @@ void row(const char *name, const auto &...values)
     (data << ... << QString(values));
 }
 
-/// Each way in which a kubectl can fail: several words.
-void disturb(FakeCluster &cluster, const QString &run, const QString &ways)
-{
-    for (const QString &way : ways.split(u' ')) {
-        if (way == u"words"_s) {
-            cluster.fail(run, "open config.lock: file exists");
-        } else if (way == u"status"_s) {
-            cluster.endBadly(run);
-        } else if (way == u"killed"_s) {
-            cluster.killAfter(run);
-        } else if (way == u"idle"_s) {
-            cluster.doNothing(run);
-        } else if (way == u"empty"_s) {
-            cluster.empty(run);
-        }
-    }
-}
-
-UserDefaults::Dictionary remembered(const FakeCluster &cluster)
-{
-    return UserDefaults(cluster.settingsFile())
-        .dictionary(u"lastNamespaces"_s)
-        .value_or(UserDefaults::Dictionary());
-}
-
 } // namespace
 
 class tst_window_state : public QObject
@@ -127,490 +90,479 @@ class tst_window_state : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); } // for the fallback
-    void firstLoad_data();
-    void firstLoad();
-    void withoutACurrentContextTheUserChooses();
-    void withoutNamespacesTheTablesAreTold();
-    void choosing();
-    void failedSwitch_data();
-    void failedSwitch();
-    void lateAnswersAreDropped();
-    void settling_data();
-    void settling();
-    void editedKubeConfig_data();
-    void editedKubeConfig();
-    void userFileFollows_data();
-    void userFileFollows();
-    void spoiltUserFile_data();
-    void spoiltUserFile();
-    void closingEndsWhatWaits();
-    void hangingKubeConfig();
-};
 
-void tst_window_state::firstLoad_data()
-{
-    // `namespaces` with "!" is the cluster's complaint; `stored` is remembered for context b; `own` is what
-    // the kubeconfig names.
-    columns({"contexts", "namespaces", "stored", "own", "shown", "place"});
-    const QString all = u"b\na\tb\t"_s;
-    const QString three = u"abc default shop"_s;
-    const QString secret = u"!Error: namespaces is forbidden"_s;
-    row("adopts", all, three, u""_s, u"default"_s, u"b/default"_s, u"b/default"_s);
-    row("remembered", all, three, u"shop"_s, u"default"_s, u"b/shop"_s, u"b/shop"_s);
-    row("vanished", all, three, u"gone"_s, u"default"_s, u"b/default"_s, u"b/default"_s);
-    row("own", all, three, u""_s, u"shop"_s, u"b/shop"_s, u"b/shop"_s);
-    row("first", all, three, u""_s, u"gone"_s, u"b/abc"_s, u"b/abc"_s);
-    row("all namespaces", all, three, allNamespaces, u"shop"_s, u"b/"_s + allNamespaces, u"b/shop"_s);
-    row("not this context's", u"a\na\tb\t"_s, three, u"shop"_s, u"default"_s, u"a/default"_s, u"a/default"_s);
-    row("unlisted context", u"x\na\tb\t"_s, three, u""_s, u"default"_s, u"x/default"_s, u"nowhere"_s);
-    row("secret, remembered", all, secret, u"shop"_s, u"own"_s, u"b/shop"_s, u"b/shop"_s);
-    row("secret, own", all, secret, u""_s, u"own"_s, u"b/own"_s, u"b/own"_s);
-    row("secret, none", all, secret, u""_s, u""_s, u"b/default"_s, u"b/default"_s);
-}
-
-void tst_window_state::firstLoad()
-{
-    QFETCH(QString, contexts);
-    QFETCH(QString, namespaces);
-    QFETCH(QString, stored);
-    QFETCH(QString, own);
-    QFETCH(QString, shown);
-    FakeCluster cluster;
-    cluster.answer(u"contexts"_s, contexts.toLatin1());
-    cluster.edit("\"default\"", '"' + own.toLatin1() + '"');
-    cluster.answer(u"namespaces"_s, namespaces.toLatin1());
-    const bool isSecret = namespaces.startsWith(u'!');
-    if (isSecret) {
-        cluster.fail(u"namespaces"_s, namespaces.toLatin1());
+    void firstLoad_data()
+    {
+        // `namespaces` with "!" is the cluster's complaint; `stored` is remembered for context b; `own` is
+        // what the kubeconfig names.
+        columns({"contexts", "namespaces", "stored", "own", "shown", "place"});
+        const QString all = u"b\na\tb\t"_s;
+        const QString three = u"abc default shop"_s;
+        const QString secret = u"!Error: namespaces is forbidden"_s;
+        row("adopts", all, three, u""_s, u"default"_s, u"b/default"_s, u"b/default"_s);
+        row("remembered", all, three, u"shop"_s, u"default"_s, u"b/shop"_s, u"b/shop"_s);
+        row("vanished", all, three, u"gone"_s, u"default"_s, u"b/default"_s, u"b/default"_s);
+        row("own", all, three, u""_s, u"shop"_s, u"b/shop"_s, u"b/shop"_s);
+        row("first", all, three, u""_s, u"gone"_s, u"b/abc"_s, u"b/abc"_s);
+        row("all namespaces", all, three, allNamespaces, u"shop"_s, u"b/"_s + allNamespaces, u"b/shop"_s);
+        row("not this context's", u"a\na\tb\t"_s, three, u"shop"_s, u"default"_s, u"a/default"_s,
+            u"a/default"_s);
+        row("unlisted context", u"x\na\tb\t"_s, three, u""_s, u"default"_s, u"x/default"_s, u"nowhere"_s);
+        row("secret, remembered", all, secret, u"shop"_s, u"own"_s, u"b/shop"_s, u"b/shop"_s);
+        row("secret, own", all, secret, u""_s, u"own"_s, u"b/own"_s, u"b/own"_s);
+        row("secret, none", all, secret, u""_s, u""_s, u"b/default"_s, u"b/default"_s);
     }
-    if (!stored.isEmpty()) {
-        cluster.settings.set(
-            u"lastNamespaces"_s, UserDefaults::Dictionary{{u"b"_s, stored}, {u"c"_s, u"other"_s}});
-    }
-    const QByteArray bytes = cluster.kubeConfigBytes();
-    Window window;
-    QCOMPARE(window.state.currentContext(), QString());
-    window.state.viewWillAppear(cluster.kubeConfig());
-    QVERIFY(window.state.contextList().loading && !window.state.contextList().enabled);
-    QCOMPARE(window.place(), u"nowhere"_s);
-    QCOMPARE(window.answered(), u"No context and namespace are chosen yet."_s);
-    QTRY_VERIFY(window.state.namespaceList().enabled);
-    // What the kubeconfig says is adopted: nothing is switched.
-    QStringList expected{u"contexts"_s, u"namespaces"_s};
-    if (!shown.endsWith(allNamespaces)) { // which no kubeconfig can name
-        expected.append(u"set "_s + shown.section(u'/', 1));
-    }
-    QTRY_COMPARE(cluster.calls(), expected);
-    QTEST(window.answered() == ran ? window.place() : u"nowhere"_s, "place");
-    QCOMPARE(window.shown(), shown);
-    const QString context = shown.section(u'/', 0, 0);
-    QCOMPARE(window.state.contextList().entries, QStringList({u"a"_s, u"b"_s}));
-    QCOMPARE(window.state.contextList().selected, context == u"x" ? QString() : context);
-    QCOMPARE(window.state.namespaceList().entries.isEmpty(), isSecret);
-    QCOMPARE(window.state.namespaceList().acceptsOthers, isSecret);
-    QCOMPARE(window.state.namespaceList().selected, shown.section(u'/', 1));
-    QCOMPARE(window.state.loadingHint(), QString());
-    QCOMPARE(window.reloads, 1);
-    QCOMPARE(remembered(cluster).value(context), shown.section(u'/', 1));
-    QCOMPARE(remembered(cluster).value(u"c"_s), stored.isEmpty() ? QString() : u"other"_s);
-    QCOMPARE(cluster.kubeConfigBytes(), bytes);
-}
 
-void tst_window_state::withoutACurrentContextTheUserChooses()
-{
-    FakeCluster cluster;
-    cluster.answer(u"contexts"_s, "\na\tb\t");
-    Window window;
-    window.state.viewWillAppear(cluster.kubeConfig());
-    QTRY_COMPARE(window.state.loadingHint(), u"Choose a context."_s);
-    QVERIFY(!window.state.waitingSince().isValid()); // for the user, not the other way round
-    QCOMPARE(cluster.calls(), QStringList{u"contexts"_s}); // nobody is asked for the namespaces of no context
-    QCOMPARE(window.place(), u"nowhere"_s);
-    window.state.chooseContext(u"a"_s);
-    QTRY_COMPARE(window.place(), u"a/default"_s);
-}
-
-void tst_window_state::withoutNamespacesTheTablesAreTold()
-{
-    FakeCluster cluster;
-    cluster.fail(u"namespaces"_s, "no route to host");
-    Window window;
-    window.state.viewWillAppear(cluster.kubeConfig());
-    QTRY_COMPARE(window.reloads, 1);
-    QCOMPARE(window.console.errors.last(),
-        u"No namespaces could be found.  Please ensure you have a valid connection to the server and then "
-        u"select the menu item `Cluster: Reload Namespace`."_s);
-    QVERIFY(window.state.namespaceList().enabled && !window.state.namespaceList().acceptsOthers);
-    QCOMPARE(window.state.currentNamespace(), QString());
-    QCOMPARE(window.state.loadingHint(), u"The namespaces could not be loaded.\nno route to host"_s);
-    QVERIFY(remembered(cluster).isEmpty());
-
-    cluster.succeed(u"namespaces"_s);
-    window.state.reloadNamespaces();
-    QTRY_COMPARE(window.shown(), u"b/default"_s);
-    window.untilSettled();
-    QCOMPARE(window.state.loadingHint(), QString());
-}
-
-void tst_window_state::choosing()
-{
-    FakeCluster cluster;
-    cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"a"_s, u"shop"_s}});
-    UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
-    Window window(cluster);
-
-    window.state.chooseContext(u"b"_s); // the same again: nothing
-    window.state.chooseNamespace(u"default"_s); // the same again, which is set again
-    QTRY_COMPARE(cluster.ended().count(u"set default"_s), 2);
-    QCOMPARE(window.answered(), ran);
-    window.state.chooseContext(u"a"_s);
-    QCOMPARE(window.state.currentContext(), u"a"_s);
-    QCOMPARE(window.place(), u"nowhere"_s);
-    QVERIFY(!window.state.namespaceList().enabled);
-    QTRY_COMPARE(window.place(), u"a/shop"_s);
-    QTRY_COMPARE(applicationRecord().appNamespace, u"shop"_s);
-    QCOMPARE(applicationRecord().appContext, u"a"_s);
-    QCOMPARE(window.state.currentNamespace(), u"shop"_s);
-    QCOMPARE(cluster.calls(), QStringList({u"set default"_s, u"use a"_s, u"namespaces"_s, u"set shop"_s}));
-    QCOMPARE(window.reloads, 3);
-    window.state.chooseNamespace(allNamespaces);
-    QTRY_COMPARE(applicationRecord().appNamespace, allNamespaces);
-    QCOMPARE(window.place(), u"a/shop"_s);
-    QCOMPARE(cluster.calls().size(), 4);
-    QCOMPARE(
-        remembered(cluster), UserDefaults::Dictionary({{u"a"_s, allNamespaces}, {u"b"_s, u"default"_s}}));
-}
-
-void tst_window_state::failedSwitch_data()
-{
-    columns({"context", "run", "way", "reason"});
-    const QString inVain = u"what it was to set is not there"_s;
-    row("words", u"a"_s, u"use a"_s, u"words"_s, u"file exists"_s);
-    row("status", u"a"_s, u"use a"_s, u"status"_s, u"failed with exit status 3"_s);
-    row("killed", u"a"_s, u"use a"_s, u"killed"_s, u"ended by signal 9"_s);
-    row("nothing changed", u"a"_s, u"use a"_s, u"idle"_s, inVain);
-    row("view lost", u"a"_s, u"use a"_s, u"empty"_s, inVain);
-    row("kubeconfig not read", u"a"_s, u"read"_s, u"words"_s, u"file exists"_s);
-    row("-h", u"-h"_s, u"use -h"_s, u""_s, u"take the name for an option"_s);
-    row("--help", u"--help"_s, u"use --help"_s, u""_s, u"take the name for an option"_s);
-}
-
-void tst_window_state::failedSwitch()
-{
-    QFETCH(QString, context);
-    QFETCH(QString, run);
-    QFETCH(QString, way);
-    QFETCH(QString, reason);
-    FakeCluster cluster;
-    cluster.answer(u"contexts"_s, "b\na\tb\t-h\t--help\t");
-    Window window(cluster);
-    const QByteArray bytes = cluster.kubeConfigBytes();
-    disturb(cluster, run, way);
-    window.state.chooseContext(context);
-    QTRY_VERIFY(window.state.namespaceList().enabled);
-    const QString said = u"The context %1 could not be switched to.\nThe console says why."_s.arg(context);
-    QVERIFY(window.state.loadingHint().startsWith(said));
-    QTRY_VERIFY(window.console.errors.value(0).contains(reason));
-    QCOMPARE(window.state.namespaceList().entries.size(), 3);
-    QCOMPARE(window.state.contextList().entries.size(), 4);
-    // The tables still show context b: nothing may be changed in a by what the user sees.
-    QVERIFY(window.answered().startsWith(u"The window is switching to the context "_s + context));
-    QCOMPARE(window.place(), u"nowhere"_s);
-    QCOMPARE(window.reloads, 1);
-    QCOMPARE(cluster.kubeConfigBytes(), bytes);
-    QCOMPARE(applicationRecord().appContext, QString());
-    if (way.isEmpty()) {
-        QCOMPARE(cluster.calls(), QStringList());
-        return;
-    }
-    cluster.succeed(run);
-    window.state.retryLoading();
-    QTRY_COMPARE(window.place(), u"a/default"_s);
-    QTRY_VERIFY(cluster.calls().contains(u"file use a"_s)); // as the user chose
-}
-
-void tst_window_state::lateAnswersAreDropped()
-{
-    FakeCluster cluster;
-    Window window(cluster);
-    cluster.hold(u"namespaces"_s);
-    window.state.chooseContext(u"a"_s);
-    QTRY_COMPARE(cluster.calls().count(u"namespaces"_s), 1);
-    cluster.hold(u"use c"_s);
-    window.state.chooseContext(u"c"_s);
-    QTRY_VERIFY(cluster.calls().contains(u"use c"_s));
-    window.state.chooseContext(u"b"_s);
-    cluster.answer(u"namespaces"_s, "default kube-system");
-    cluster.release(u"use c"_s);
-    cluster.release(u"namespaces"_s);
-    QTRY_COMPARE(window.reloads, 2);
-    window.untilSettled();
-    QCOMPARE(window.shown(), u"b/default"_s);
-    QCOMPARE(applicationRecord().appContext, u"b"_s);
-    QCOMPARE(remembered(cluster).keys(), QStringList{u"b"_s}); // a and c never got a namespace
-    QCOMPARE(window.state.namespaceList().entries.size(), 2);
-    QCOMPARE(window.console.errors.filter(u"could"_s), QStringList());
-}
-
-void tst_window_state::settling_data()
-{
-    columns({"set", "meanwhile", "answer", "place"});
-    const QString failed = u"The window's namespace shop could not be set."_s;
-    const QString switching
-        = u"The window is switching to the context a; its tables do not show that context yet."_s;
-    row("at once", u"no"_s, u""_s, ran, u"b/default"_s);
-    row("namespace under way", u"held"_s, u""_s, ran, u"b/shop"_s);
-    row("namespace under way fails", u"held, fails"_s, u""_s, failed, u"b/default"_s);
-    row("namespace had failed", u"failed once"_s, u""_s, ran, u"b/shop"_s);
-    row("namespace fails again", u"failed, fails"_s, u""_s, failed, u"b/default"_s);
-    row("context under way", u"no"_s, u"before"_s, switching, u"nowhere"_s);
-    row("context chosen meanwhile", u"held"_s, u"context"_s, switching, u"nowhere"_s);
-    row("contexts reloaded meanwhile", u"held"_s, u"reload"_s, failed, u"b/default"_s);
-}
-
-void tst_window_state::settling()
-{
-    QFETCH(QString, set);
-    QFETCH(QString, meanwhile);
-    FakeCluster cluster;
-    UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
-    Window window(cluster);
-    cluster.hold(u"use a"_s);
-    if (set.contains(u"fail"_s)) {
-        cluster.fail(u"set shop"_s, "locked");
-    }
-    if (set.startsWith(u"held"_s)) {
-        cluster.hold(u"set shop"_s);
-    }
-    if (set != u"no"_s) {
-        window.state.chooseNamespace(u"shop"_s);
-        QTRY_VERIFY(cluster.calls().contains(u"set shop"_s));
-        QTRY_COMPARE(window.console.errors.isEmpty(), !set.startsWith(u"failed"_s));
-    }
-    if (set == u"failed once"_s) {
-        cluster.succeed(u"set shop"_s);
-    }
-    if (meanwhile == u"before"_s) {
-        window.state.chooseContext(u"a"_s);
-    }
-    const auto first = window.ask();
-    const auto second = window.ask();
-    QVERIFY(first->isEmpty() || meanwhile == u"before"_s);
-    if (meanwhile == u"context"_s) {
-        window.state.chooseContext(u"a"_s);
-    } else if (meanwhile == u"reload"_s) {
-        cluster.fail(u"namespaces"_s, "no route to host");
-        window.state.reloadContexts();
-    } else {
-        cluster.release(u"set shop"_s);
-    }
-    QTRY_VERIFY(!second->isEmpty());
-    QTEST(*first, "answer");
-    QCOMPARE(*second, *first);
-    QTEST(window.place(), "place");
-    for (const QString &run : {u"set shop"_s, u"use a"_s, u"namespaces"_s}) {
-        cluster.release(run);
-        cluster.succeed(run);
-    }
-    QTRY_COMPARE(window.answered(), ran); // and is never stuck
-}
-
-void tst_window_state::editedKubeConfig_data()
-{
-    columns({"key", "before", "after", "said"});
-    row("another current context", u"current-context"_s, u"b"_s, u"a"_s, u""_s);
-    row("another namespace", u"namespace"_s, u"default"_s, u"shop"_s, u""_s);
-    row("removed", u"name"_s, u"b"_s, u"z"_s, u"The kubeconfig has no context b any more."_s);
-    row("another cluster", u"cluster"_s, u"b"_s, u"z"_s,
-        u"The context b of the kubeconfig names another cluster or user now."_s);
-}
-
-void tst_window_state::editedKubeConfig()
-{
-    QFETCH(QString, key);
-    QFETCH(QString, said);
-    QFETCH(QString, before);
-    QFETCH(QString, after);
-    const QString stanza = u"\"%1\": \"%2\""_s;
-    const QByteArray asKnown = stanza.arg(key, before).toLatin1();
-    const QByteArray edited = stanza.arg(key, after).toLatin1();
-    FakeCluster cluster;
-    UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
-    Window window(cluster);
-    for (int round = 0; round < 2; ++round) {
-        cluster.edit(asKnown, edited);
-        if (round == 0) { // once by turning to the window, once by the next command
-            window.state.windowDidBecomeMain();
-        }
-        QCOMPARE(window.answered(), said.isEmpty() ? ran : said);
-        QCOMPARE(window.state.loadingHint(),
-            said.isEmpty() ? QString() : said + u"\nReload shows what is there now."_s);
-        if (round == 0) {
-            cluster.edit(edited, asKnown);
-            QCOMPARE(window.answered(), ran);
-            QCOMPARE(window.reloads, said.isEmpty() ? 1 : 2); // the tables start again
-            QCOMPARE(window.state.loadingHint(), QString());
-        }
-    }
-    QVERIFY(!cluster.calls().contains(u"namespaces"_s));
-    // The name is the same, the rows are those of the old cluster until the new one's have come.
-    cluster.hold(u"namespaces"_s);
-    if (key == u"cluster"_s) {
-        window.state.reloadContexts();
-        QTRY_VERIFY(cluster.calls().contains(u"namespaces"_s));
-        QVERIFY(window.answered().startsWith(u"The window is switching"_s));
-    }
-    cluster.release(u"namespaces"_s);
-    window.state.reloadNamespaces();
-    QTRY_VERIFY(window.state.namespaceList().enabled);
-    QCOMPARE(window.answered() == ran, key != u"name"_s);
-    QCOMPARE(window.place() == u"nowhere"_s, key == u"name"_s);
-}
-
-void tst_window_state::userFileFollows_data()
-{
-    columns({"event", "window", "choice"}); // which run there is with each preference; none with "nothing"
-    row("looking", u"look"_s, u""_s, u""_s);
-    row("closing", u""_s, u""_s, u""_s);
-    row("context", u"context"_s, u"file use a"_s, u"file use a"_s);
-    row("namespace", u"shop"_s, u"file set shop"_s, u"file set shop"_s);
-    row("all namespaces", allNamespaces, u""_s, u""_s);
-    row("namespace, file elsewhere", u"elsewhere shop"_s, u""_s, u""_s);
-    row("in front, file elsewhere", u"elsewhere look"_s, u"file use b"_s, u""_s);
-}
-
-void tst_window_state::userFileFollows()
-{
-    QFETCH(QString, event);
-    QFETCH(QString, window);
-    QFETCH(QString, choice);
-    for (const QString &preference : {u"window"_s, u"choice"_s, u"nothing"_s}) {
-        const QString written = preference == u"window"_s ? window
-            : preference == u"choice"_s                   ? choice
-                                                          : QString();
+    void firstLoad()
+    {
+        QFETCH(QString, contexts);
+        QFETCH(QString, namespaces);
+        QFETCH(QString, stored);
+        QFETCH(QString, own);
+        QFETCH(QString, shown);
         FakeCluster cluster;
-        cluster.settings.set(u"kubeconfigFollows"_s, preference);
-        auto shown = std::make_unique<Window>(cluster);
-        if (event.startsWith(u"elsewhere"_s)) {
-            cluster.edit("\"current-context\": \"b\"", "\"current-context\": \"c\"");
+        cluster.answer(u"contexts"_s, contexts.toLatin1());
+        cluster.edit("\"default\"", '"' + own.toLatin1() + '"');
+        cluster.answer(u"namespaces"_s, namespaces.toLatin1());
+        const bool isSecret = namespaces.startsWith(u'!');
+        if (isSecret) {
+            cluster.fail(u"namespaces"_s, namespaces.toLatin1());
+        }
+        if (!stored.isEmpty()) {
+            cluster.settings.set(
+                u"lastNamespaces"_s, UserDefaults::Dictionary{{u"b"_s, stored}, {u"c"_s, u"other"_s}});
         }
         const QByteArray bytes = cluster.kubeConfigBytes();
-        if (event.endsWith(u"look"_s)) {
-            shown->state.windowDidBecomeMain();
-            shown->state.reloadNamespaces();
-        } else if (event == u"context"_s) {
-            shown->state.chooseContext(u"a"_s);
-        } else if (!event.isEmpty()) {
-            shown->state.chooseNamespace(event.endsWith(u"shop"_s) ? u"shop"_s : event);
+        Window window;
+        QCOMPARE(window.state.currentContext(), QString());
+        window.state.viewWillAppear(cluster.kubeConfig());
+        QVERIFY(window.state.contextList().loading && !window.state.contextList().enabled);
+        QCOMPARE(window.place(), u"nowhere"_s);
+        QCOMPARE(window.answered(), u"No context and namespace are chosen yet."_s);
+        QTRY_VERIFY(window.state.namespaceList().enabled);
+        // What the kubeconfig says is adopted: nothing is switched.
+        QStringList expected{u"contexts"_s, u"namespaces"_s};
+        if (!shown.endsWith(allNamespaces)) { // which no kubeconfig can name
+            expected.append(u"set "_s + shown.section(u'/', 1));
         }
-        QTRY_COMPARE(shown->reloads, event.isEmpty() ? 1 : 2);
-        shown->untilSettled();
-        QTRY_VERIFY(!shown->file.isBusy());
-        QCOMPARE(shown->console.errors, QStringList());
-        shown.reset();
-        QCOMPARE(cluster.calls().filter(u"file "_s).join(u','), written);
-        QCOMPARE(cluster.kubeConfigBytes() == bytes, written.isEmpty());
-        QVERIFY(!QFileInfo::exists(cluster.kubeConfig() + u".tidewright-copy"_s));
+        QTRY_COMPARE(cluster.calls(), expected);
+        QTEST(window.answered() == ran ? window.place() : u"nowhere"_s, "place");
+        QCOMPARE(window.shown(), shown);
+        const QString context = shown.section(u'/', 0, 0);
+        QCOMPARE(window.state.contextList().entries, QStringList({u"a"_s, u"b"_s}));
+        QCOMPARE(window.state.contextList().selected, context == u"x" ? QString() : context);
+        QCOMPARE(window.state.namespaceList().entries.isEmpty(), isSecret);
+        QCOMPARE(window.state.namespaceList().acceptsOthers, isSecret);
+        QCOMPARE(window.state.namespaceList().selected, shown.section(u'/', 1));
+        QCOMPARE(window.state.loadingHint(), QString());
+        QCOMPARE(window.reloads, 1);
+        QCOMPARE(cluster.remembered().value(context), shown.section(u'/', 1));
+        QCOMPARE(cluster.remembered().value(u"c"_s), stored.isEmpty() ? QString() : u"other"_s);
+        QCOMPARE(cluster.kubeConfigBytes(), bytes);
     }
-}
 
-void tst_window_state::spoiltUserFile_data()
-{
-    columns({"way", "reason"});
-    row("locked", u"words"_s, u"config.lock: file exists"_s);
-    row("killed half-way", u"empty killed"_s, u"ended by signal 9"_s);
-    row("failed half-way", u"empty status"_s, u"failed with exit status 3"_s);
-    row("left empty", u"empty"_s, u"what it was to set is not there"_s);
-    row("nothing done", u"idle"_s, u"what it was to set is not there"_s);
-    row("no copy", u"folder"_s, u"No copy of"_s);
-    row("copy left, file well", u"old"_s, u""_s);
-    row("copy left, file lost", u"lost"_s, u""_s);
-}
-
-/// Through a link, as people keep their kubeconfigs elsewhere.
-void tst_window_state::spoiltUserFile()
-{
-    QFETCH(QString, way);
-    QFETCH(QString, reason);
-    FakeCluster cluster;
-    const QString link = cluster.path(u"link"_s);
-    const QString copy = cluster.kubeConfig() + u".tidewright-copy"_s;
-    QVERIFY(QFile::link(cluster.kubeConfig(), link));
-    const QByteArray bytes = cluster.kubeConfigBytes();
-    disturb(cluster, u"file use a"_s, way);
-    Window window;
-    window.load(link);
-    if (way == u"folder"_s) {
-        QVERIFY(QDir().mkpath(copy + u"/full"_s));
-    } else if (reason.isEmpty()) {
-        QFile file(copy);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(way == u"lost"_s ? bytes : "old") > 0);
-    }
-    if (way == u"lost"_s) {
-        cluster.edit(bytes, QByteArray());
-        window.file.contextChosen(link, u"a"_s);
-    } else {
+    void withoutACurrentContextTheUserChooses()
+    {
+        FakeCluster cluster;
+        cluster.answer(u"contexts"_s, "\na\tb\t");
+        Window window;
+        window.state.viewWillAppear(cluster.kubeConfig());
+        QTRY_COMPARE(window.state.loadingHint(), u"Choose a context."_s);
+        QVERIFY(!window.state.waitingSince().isValid()); // for the user, not the other way round
+        QCOMPARE(
+            cluster.calls(), QStringList{u"contexts"_s}); // nobody is asked for the namespaces of no context
+        QCOMPARE(window.place(), u"nowhere"_s);
         window.state.chooseContext(u"a"_s);
-        QTRY_COMPARE(window.reloads, 2);
-        QCOMPARE(window.answered(), ran);
-        QCOMPARE(window.place(), u"a/default"_s);
+        QTRY_COMPARE(window.place(), u"a/default"_s);
     }
-    QTRY_VERIFY(!window.file.isBusy());
-    const bool isDone = cluster.kubeConfigBytes().contains("\"current-context\": \"a\"");
-    QCOMPARE(isDone, reason.isEmpty());
-    QCOMPARE(cluster.kubeConfigBytes() == bytes, !isDone);
-    QVERIFY(QFileInfo(link).isSymLink());
-    QCOMPARE(QFileInfo::exists(copy), way == u"folder"_s);
-    const QString notes = window.console.responses.filter(u"Note: your own kubeconfig was left"_s).join(u'|');
-    QVERIFY2(notes.contains(reason) && notes.isEmpty() == reason.isEmpty(), qPrintable(notes));
-    QCOMPARE(window.console.errors, QStringList());
-}
 
-void tst_window_state::closingEndsWhatWaits()
-{
-    FakeCluster cluster;
-    UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
-    FakeConsole other;
-    QStringList notified;
-    setNotificationFallback([&](const QString &title, const QString &text) { notified = {title, text}; });
-    auto window = std::make_unique<Window>(cluster);
-    cluster.hold(u"namespaces"_s);
-    cluster.hold(u"set shop"_s);
-    window->state.reloadNamespaces();
-    window->state.chooseNamespace(u"shop"_s);
-    QTRY_COMPARE(cluster.calls().size(), 2);
-    runChange(ChangePlace(window->state), {u"kubectl"_s, u"delete"_s, u"po"_s}, u"Nothing was deleted"_s);
-    window.reset();
-    setMainConsoleLookup([&other] { return &other; });
-    QTRY_COMPARE(notified,
-        QStringList(
-            {u"A change was not made"_s, u"Context: b\nNamespace: shop\n"_s + other.errors.value(0)}));
-    QVERIFY(other.errors.value(0).startsWith(u"Nothing was deleted: its window was closed"_s));
-    cluster.release(u"set shop"_s);
-    cluster.release(u"namespaces"_s);
-    Window next(cluster); // by then the runs of the first window would have come to their own end
-    QCOMPARE(cluster.ended().count(u"set shop"_s), 1); // its own
-    QCOMPARE(cluster.ended().count(u"namespaces"_s), 2);
-    QCOMPARE(cluster.tableReads(), QStringList());
-    setMainConsoleLookup({});
-    setNotificationFallback({});
-}
+    void withoutNamespacesTheTablesAreTold()
+    {
+        FakeCluster cluster;
+        cluster.fail(u"namespaces"_s, "no route to host");
+        Window window;
+        window.state.viewWillAppear(cluster.kubeConfig());
+        QTRY_COMPARE(window.reloads, 1);
+        QCOMPARE(window.console.errors.last(),
+            u"No namespaces could be found.  Please ensure you have a valid connection to the server and "
+            u"then "
+            u"select the menu item `Cluster: Reload Namespace`."_s);
+        QVERIFY(window.state.namespaceList().enabled && !window.state.namespaceList().acceptsOthers);
+        QCOMPARE(window.state.currentNamespace(), QString());
+        QCOMPARE(window.state.loadingHint(), u"The namespaces could not be loaded.\nno route to host"_s);
+        QVERIFY(cluster.remembered().isEmpty());
 
-/// A pipe that nobody fills stands for a disk that does not answer.
-void tst_window_state::hangingKubeConfig()
-{
-    FakeCluster cluster;
-    const QString pipe = cluster.path(u"pipe"_s);
-    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    Window window;
-    window.state.viewWillAppear(pipe);
-    QTRY_VERIFY(cluster.ended().contains(u"contexts"_s));
-    QCOMPARE(window.place(), u"nowhere"_s);
-    window.state.stopWaiting();
-    QCOMPARE(window.state.loadingHint(), u"No contexts could be loaded.\nLoading was stopped."_s);
-    window.load(cluster.kubeConfig());
-    QCOMPARE(window.answered(), ran);
-}
+        cluster.succeed(u"namespaces"_s);
+        window.state.reloadNamespaces();
+        QTRY_COMPARE(window.shown(), u"b/default"_s);
+        window.untilSettled();
+        QCOMPARE(window.state.loadingHint(), QString());
+    }
+
+    void choosing()
+    {
+        FakeCluster cluster;
+        cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"a"_s, u"shop"_s}});
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        Window window(cluster);
+
+        window.state.chooseContext(u"b"_s); // the same again: nothing
+        window.state.chooseNamespace(u"default"_s); // the same again, which is set again
+        QTRY_COMPARE(cluster.ended().count(u"set default"_s), 2);
+        QCOMPARE(window.answered(), ran);
+        window.state.chooseContext(u"a"_s);
+        QCOMPARE(window.state.currentContext(), u"a"_s);
+        QCOMPARE(window.place(), u"nowhere"_s);
+        QVERIFY(!window.state.namespaceList().enabled);
+        QTRY_COMPARE(window.place(), u"a/shop"_s);
+        QTRY_COMPARE(applicationRecord().appNamespace, u"shop"_s);
+        QCOMPARE(applicationRecord().appContext, u"a"_s);
+        QCOMPARE(window.state.currentNamespace(), u"shop"_s);
+        QCOMPARE(
+            cluster.calls(), QStringList({u"set default"_s, u"use a"_s, u"namespaces"_s, u"set shop"_s}));
+        QCOMPARE(window.reloads, 3);
+        window.state.chooseNamespace(allNamespaces);
+        QTRY_COMPARE(applicationRecord().appNamespace, allNamespaces);
+        QCOMPARE(window.place(), u"a/shop"_s);
+        QCOMPARE(cluster.calls().size(), 4);
+        QCOMPARE(cluster.remembered(),
+            UserDefaults::Dictionary({{u"a"_s, allNamespaces}, {u"b"_s, u"default"_s}}));
+    }
+
+    void failedSwitch_data()
+    {
+        columns({"context", "run", "way", "reason"});
+        const QString inVain = u"what it was to set is not there"_s;
+        row("words", u"a"_s, u"use a"_s, u"err"_s, u"file exists"_s);
+        row("status", u"a"_s, u"use a"_s, u"status"_s, u"failed with exit status 3"_s);
+        row("killed", u"a"_s, u"use a"_s, u"kill"_s, u"ended by signal 9"_s);
+        row("nothing changed", u"a"_s, u"use a"_s, u"idle"_s, inVain);
+        row("view lost", u"a"_s, u"use a"_s, u"cut"_s, inVain);
+        row("kubeconfig not read", u"a"_s, u"read"_s, u"err"_s, u"file exists"_s);
+        row("-h", u"-h"_s, u"use -h"_s, u""_s, u"take the name for an option"_s);
+        row("--help", u"--help"_s, u"use --help"_s, u""_s, u"take the name for an option"_s);
+    }
+
+    void failedSwitch()
+    {
+        QFETCH(QString, context);
+        QFETCH(QString, run);
+        QFETCH(QString, way);
+        QFETCH(QString, reason);
+        FakeCluster cluster;
+        cluster.answer(u"contexts"_s, "b\na\tb\t-h\t--help\t");
+        Window window(cluster);
+        const QByteArray bytes = cluster.kubeConfigBytes();
+        cluster.disturb(run, way);
+        window.state.chooseContext(context);
+        QTRY_VERIFY(window.state.namespaceList().enabled);
+        const QString said
+            = u"The context %1 could not be switched to.\nThe console says why."_s.arg(context);
+        QVERIFY(window.state.loadingHint().startsWith(said));
+        QTRY_VERIFY(window.console.errors.value(0).contains(reason));
+        QCOMPARE(window.state.namespaceList().entries.size(), 3);
+        QCOMPARE(window.state.contextList().entries.size(), 4);
+        // The tables still show context b: nothing may be changed in a by what the user sees.
+        QVERIFY(window.answered().startsWith(u"The window is switching to the context "_s + context));
+        QCOMPARE(window.place(), u"nowhere"_s);
+        QCOMPARE(window.reloads, 1);
+        QCOMPARE(cluster.kubeConfigBytes(), bytes);
+        QCOMPARE(applicationRecord().appContext, QString());
+        if (way.isEmpty()) {
+            QCOMPARE(cluster.calls(), QStringList());
+            return;
+        }
+        cluster.succeed(run);
+        window.state.retryLoading();
+        QTRY_COMPARE(window.place(), u"a/default"_s);
+        QTRY_VERIFY(cluster.calls().contains(u"file use a"_s)); // as the user chose
+    }
+
+    void lateAnswersAreDropped()
+    {
+        FakeCluster cluster;
+        Window window(cluster);
+        cluster.hold(u"namespaces"_s);
+        window.state.chooseContext(u"a"_s);
+        QTRY_COMPARE(cluster.calls().count(u"namespaces"_s), 1);
+        cluster.hold(u"use c"_s);
+        window.state.chooseContext(u"c"_s);
+        QTRY_VERIFY(cluster.calls().contains(u"use c"_s));
+        window.state.chooseContext(u"b"_s);
+        cluster.answer(u"namespaces"_s, "default kube-system");
+        cluster.release(u"use c"_s);
+        cluster.release(u"namespaces"_s);
+        QTRY_COMPARE(window.reloads, 2);
+        window.untilSettled();
+        QCOMPARE(window.shown(), u"b/default"_s);
+        QCOMPARE(applicationRecord().appContext, u"b"_s);
+        QCOMPARE(cluster.remembered().keys(), QStringList{u"b"_s}); // a and c never got a namespace
+        QCOMPARE(window.state.namespaceList().entries.size(), 2);
+        QCOMPARE(window.console.errors.filter(u"could"_s), QStringList());
+    }
+
+    void settling_data()
+    {
+        columns({"set", "meanwhile", "answer", "place"});
+        const QString failed = u"The window's namespace shop could not be set."_s;
+        const QString switching
+            = u"The window is switching to the context a; its tables do not show that context yet."_s;
+        row("at once", u"no"_s, u""_s, ran, u"b/default"_s);
+        row("namespace under way", u"held"_s, u""_s, ran, u"b/shop"_s);
+        row("namespace under way fails", u"held, fails"_s, u""_s, failed, u"b/default"_s);
+        row("namespace had failed", u"failed once"_s, u""_s, ran, u"b/shop"_s);
+        row("namespace fails again", u"failed, fails"_s, u""_s, failed, u"b/default"_s);
+        row("context under way", u"no"_s, u"before"_s, switching, u"nowhere"_s);
+        row("context chosen meanwhile", u"held"_s, u"context"_s, switching, u"nowhere"_s);
+        row("contexts reloaded meanwhile", u"held"_s, u"reload"_s, failed, u"b/default"_s);
+    }
+
+    void settling()
+    {
+        QFETCH(QString, set);
+        QFETCH(QString, meanwhile);
+        FakeCluster cluster;
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        Window window(cluster);
+        cluster.hold(u"use a"_s);
+        if (set.contains(u"fail"_s)) {
+            cluster.fail(u"set shop"_s, "locked");
+        }
+        if (set.startsWith(u"held"_s)) {
+            cluster.hold(u"set shop"_s);
+        }
+        if (set != u"no"_s) {
+            window.state.chooseNamespace(u"shop"_s);
+            QTRY_VERIFY(cluster.calls().contains(u"set shop"_s));
+            QTRY_COMPARE(window.console.errors.isEmpty(), !set.startsWith(u"failed"_s));
+        }
+        if (set == u"failed once"_s) {
+            cluster.succeed(u"set shop"_s);
+        }
+        if (meanwhile == u"before"_s) {
+            window.state.chooseContext(u"a"_s);
+        }
+        const auto first = window.ask();
+        const auto second = window.ask();
+        QVERIFY(first->isEmpty() || meanwhile == u"before"_s);
+        if (meanwhile == u"context"_s) {
+            window.state.chooseContext(u"a"_s);
+        } else if (meanwhile == u"reload"_s) {
+            cluster.fail(u"namespaces"_s, "no route to host");
+            window.state.reloadContexts();
+        } else {
+            cluster.release(u"set shop"_s);
+        }
+        QTRY_VERIFY(!second->isEmpty());
+        QTEST(*first, "answer");
+        QCOMPARE(*second, *first);
+        QTEST(window.place(), "place");
+        for (const QString &run : {u"set shop"_s, u"use a"_s, u"namespaces"_s}) {
+            cluster.release(run);
+            cluster.succeed(run);
+        }
+        QTRY_COMPARE(window.answered(), ran); // and is never stuck
+    }
+
+    void editedKubeConfig_data()
+    {
+        columns({"key", "before", "after", "said"});
+        row("another current context", u"current-context"_s, u"b"_s, u"a"_s, u""_s);
+        row("another namespace", u"namespace"_s, u"default"_s, u"shop"_s, u""_s);
+        row("removed", u"name"_s, u"b"_s, u"z"_s, u"The kubeconfig has no context b any more."_s);
+        row("another cluster", u"cluster"_s, u"b"_s, u"z"_s,
+            u"The context b of the kubeconfig names another cluster or user now."_s);
+    }
+
+    void editedKubeConfig()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, said);
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        const QString stanza = u"\"%1\": \"%2\""_s;
+        const QByteArray asKnown = stanza.arg(key, before).toLatin1();
+        const QByteArray edited = stanza.arg(key, after).toLatin1();
+        FakeCluster cluster;
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        Window window(cluster);
+        for (int round = 0; round < 2; ++round) {
+            cluster.edit(asKnown, edited);
+            if (round == 0) { // once by turning to the window, once by the next command
+                window.state.windowDidBecomeMain();
+            }
+            QCOMPARE(window.answered(), said.isEmpty() ? ran : said);
+            QCOMPARE(window.state.loadingHint(),
+                said.isEmpty() ? QString() : said + u"\nReload shows what is there now."_s);
+            if (round == 0) {
+                cluster.edit(edited, asKnown);
+                QCOMPARE(window.answered(), ran);
+                QCOMPARE(window.reloads, said.isEmpty() ? 1 : 2); // the tables start again
+                QCOMPARE(window.state.loadingHint(), QString());
+            }
+        }
+        QVERIFY(!cluster.calls().contains(u"namespaces"_s));
+        // The name is the same, the rows are those of the old cluster until the new one's have come.
+        cluster.hold(u"namespaces"_s);
+        if (key == u"cluster"_s) {
+            window.state.reloadContexts();
+            QTRY_VERIFY(cluster.calls().contains(u"namespaces"_s));
+            QVERIFY(window.answered().startsWith(u"The window is switching"_s));
+        }
+        cluster.release(u"namespaces"_s);
+        window.state.reloadNamespaces();
+        QTRY_VERIFY(window.state.namespaceList().enabled);
+        QCOMPARE(window.answered() == ran, key != u"name"_s);
+        QCOMPARE(window.place() == u"nowhere"_s, key == u"name"_s);
+    }
+
+    void userFileFollows_data()
+    {
+        columns(
+            {"event", "window", "choice"}); // which run there is with each preference; none with "nothing"
+        row("looking", u"look"_s, u""_s, u""_s);
+        row("closing", u""_s, u""_s, u""_s);
+        row("context", u"context"_s, u"file use a"_s, u"file use a"_s);
+        row("namespace", u"shop"_s, u"file set shop"_s, u"file set shop"_s);
+        row("all namespaces", allNamespaces, u""_s, u""_s);
+        row("namespace, file elsewhere", u"elsewhere shop"_s, u""_s, u""_s);
+        row("in front, file elsewhere", u"elsewhere look"_s, u"file use b"_s, u""_s);
+    }
+
+    void userFileFollows()
+    {
+        QFETCH(QString, event);
+        QFETCH(QString, window);
+        QFETCH(QString, choice);
+        for (const QString &preference : {u"window"_s, u"choice"_s, u"nothing"_s}) {
+            const QString written = preference == u"window"_s ? window
+                : preference == u"choice"_s                   ? choice
+                                                              : QString();
+            FakeCluster cluster;
+            cluster.settings.set(u"kubeconfigFollows"_s, preference);
+            auto shown = std::make_unique<Window>(cluster);
+            if (event.startsWith(u"elsewhere"_s)) {
+                cluster.edit("\"current-context\": \"b\"", "\"current-context\": \"c\"");
+            }
+            const QByteArray bytes = cluster.kubeConfigBytes();
+            if (event.endsWith(u"look"_s)) {
+                shown->state.windowDidBecomeMain();
+                shown->state.reloadNamespaces();
+            } else if (event == u"context"_s) {
+                shown->state.chooseContext(u"a"_s);
+            } else if (!event.isEmpty()) {
+                shown->state.chooseNamespace(event.endsWith(u"shop"_s) ? u"shop"_s : event);
+            }
+            QTRY_COMPARE(shown->reloads, event.isEmpty() ? 1 : 2);
+            shown->untilSettled();
+            QTRY_VERIFY(!shown->file.isBusy());
+            QCOMPARE(shown->console.errors, QStringList());
+            shown.reset();
+            QCOMPARE(cluster.calls().filter(u"file "_s).join(u','), written);
+            QCOMPARE(cluster.kubeConfigBytes() == bytes, written.isEmpty());
+            QVERIFY(!QFileInfo::exists(cluster.kubeConfig() + u".tidewright-copy"_s));
+        }
+    }
+
+    void spoiltUserFile_data()
+    {
+        columns({"way", "reason"});
+        row("locked", u"err"_s, u"config.lock: file exists"_s);
+        row("killed half-way", u"cut kill"_s, u"ended by signal 9"_s);
+        row("failed half-way", u"cut status"_s, u"failed with exit status 3"_s);
+        row("left empty", u"cut"_s, u"what it was to set is not there"_s);
+        row("nothing done", u"idle"_s, u"what it was to set is not there"_s);
+        row("no copy", u"folder"_s, u"No copy of"_s);
+        row("copy left, file well", u"old"_s, u""_s);
+        row("copy left, file lost", u"lost"_s, u""_s);
+    }
+
+    /// Through a link, as people keep their kubeconfigs elsewhere.
+    void spoiltUserFile()
+    {
+        QFETCH(QString, way);
+        QFETCH(QString, reason);
+        FakeCluster cluster;
+        const QString link = cluster.path(u"link"_s);
+        const QString copy = cluster.kubeConfig() + u".tidewright-copy"_s;
+        QVERIFY(QFile::link(cluster.kubeConfig(), link));
+        const QByteArray bytes = cluster.kubeConfigBytes();
+        cluster.disturb(u"file use a"_s, way);
+        Window window;
+        window.load(link);
+        if (way == u"folder"_s) {
+            QVERIFY(QDir().mkpath(copy + u"/full"_s));
+        } else if (reason.isEmpty()) {
+            QFile file(copy);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(way == u"lost"_s ? bytes : "old") > 0);
+        }
+        if (way == u"lost"_s) {
+            cluster.edit(bytes, QByteArray());
+            window.file.contextChosen(link, u"a"_s);
+        } else {
+            window.state.chooseContext(u"a"_s);
+            QTRY_COMPARE(window.reloads, 2);
+            QCOMPARE(window.answered(), ran);
+            QCOMPARE(window.place(), u"a/default"_s);
+        }
+        QTRY_VERIFY(!window.file.isBusy());
+        const bool isDone = cluster.kubeConfigBytes().contains("\"current-context\": \"a\"");
+        QCOMPARE(isDone, reason.isEmpty());
+        QCOMPARE(cluster.kubeConfigBytes() == bytes, !isDone);
+        QVERIFY(QFileInfo(link).isSymLink());
+        QCOMPARE(QFileInfo::exists(copy), way == u"folder"_s);
+        const QString notes
+            = window.console.responses.filter(u"Note: your own kubeconfig was left"_s).join(u'|');
+        QVERIFY2(notes.contains(reason) && notes.isEmpty() == reason.isEmpty(), qPrintable(notes));
+        QCOMPARE(window.console.errors, QStringList());
+    }
+
+    void closingEndsWhatWaits()
+    {
+        FakeCluster cluster;
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        FakeConsole other;
+        QStringList notified;
+        setNotificationFallback([&](const QString &title, const QString &text) { notified = {title, text}; });
+        auto window = std::make_unique<Window>(cluster);
+        cluster.hold(u"namespaces"_s);
+        cluster.hold(u"set shop"_s);
+        window->state.reloadNamespaces();
+        window->state.chooseNamespace(u"shop"_s);
+        QTRY_COMPARE(cluster.calls().size(), 2);
+        runChange(ChangePlace(window->state), {u"kubectl"_s, u"delete"_s, u"po"_s}, u"Nothing was deleted"_s);
+        window.reset();
+        setMainConsoleLookup([&other] { return &other; });
+        QTRY_COMPARE(notified,
+            QStringList(
+                {u"A change was not made"_s, u"Context: b\nNamespace: shop\n"_s + other.errors.value(0)}));
+        QVERIFY(other.errors.value(0).startsWith(u"Nothing was deleted: its window was closed"_s));
+        cluster.release(u"set shop"_s);
+        cluster.release(u"namespaces"_s);
+        Window next(cluster); // by then the runs of the first window would have come to their own end
+        QCOMPARE(cluster.ended().count(u"set shop"_s), 1); // its own
+        QCOMPARE(cluster.ended().count(u"namespaces"_s), 2);
+        QCOMPARE(cluster.tableReads(), QStringList());
+        setMainConsoleLookup({});
+        setNotificationFallback({});
+    }
+
+    /// A pipe that nobody fills stands for a disk that does not answer.
+    void hangingKubeConfig()
+    {
+        FakeCluster cluster;
+        const QString pipe = cluster.path(u"pipe"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        Window window;
+        window.state.viewWillAppear(pipe);
+        QTRY_VERIFY(cluster.ended().contains(u"contexts"_s));
+        QCOMPARE(window.place(), u"nowhere"_s);
+        window.state.stopWaiting();
+        QCOMPARE(window.state.loadingHint(), u"No contexts could be loaded.\nLoading was stopped."_s);
+        window.load(cluster.kubeConfig());
+        QCOMPARE(window.answered(), ran);
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_window_state)
 #include "tst_window_state.moc"
