@@ -85,8 +85,15 @@ QStringList readKubeConfigArguments()
 
 std::optional<KubeConfigContents> readKubeConfig(Shell &shell, QString &failure)
 {
-    const ShellResult result = shell.run(readKubeConfigArguments(), false);
-    auto contents = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
+    const auto parsed = [](const ShellResult &result) {
+        return result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
+    };
+    ShellResult result = shell.run(readKubeConfigArguments(), false);
+    auto contents = parsed(result);
+    if (contents && contents->contexts.isEmpty()) {
+        result = shell.run(readKubeConfigArguments(), false); // kubectl empties a file before it writes it
+        contents = parsed(result);
+    }
     failure = contents ? QString() : result.failure();
     if (!contents && failure.isEmpty()) {
         failure = QStringLiteral("What kubectl printed is not a kubeconfig.");
@@ -215,12 +222,11 @@ std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion, Fail
 std::shared_ptr<Shell> KubeCtl::readKubeConfig(KubeConfigRead completion) const
 {
     auto shell = makePlainShell();
-    shell->runAsync(readKubeConfigArguments(), false, nullptr,
-        [completion = std::move(completion)](const ShellResult &result) {
-            const auto contents
-                = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
-            mainQueue().post([completion, contents] { completion(contents); });
-        });
+    shellQueue().post([shell, completion = std::move(completion)] {
+        QString failure;
+        const auto contents = tidewright::readKubeConfig(*shell, failure);
+        mainQueue().post([completion, contents] { completion(contents); });
+    });
     return shell;
 }
 

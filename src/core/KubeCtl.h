@@ -20,8 +20,9 @@ QString kubeConfigFiles(const QString &configPath);
 
 /// The argument lists that read the kubeconfig, as KubeConfigContents, and change what is current in it.
 QStringList readKubeConfigArguments();
-/// Reads what the kubeconfigs in the shell's environment hold; nothing when that failed, and `failure` says
-/// why then. Blocks: never on the main thread.
+/// Reads what the kubeconfigs in the shell's environment hold, twice when there is no context in them: they
+/// may be being written. Nothing when that failed, and `failure` says why then. Blocks: never on the main
+/// thread.
 std::optional<KubeConfigContents> readKubeConfig(Shell &shell, QString &failure);
 QStringList useContextArguments(const QString &context);
 QStringList setNamespaceArguments(const QString &nameSpace);

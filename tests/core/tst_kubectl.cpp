@@ -160,7 +160,7 @@ private Q_SLOTS:
         row("namespace not set", set, "dev", "out\n" CONFIG("a", "shop"), SET("dev") READ VIEWED, "no@main",
             "||Namespace dev" NOT_LOADED IN_VAIN);
         row("namespace elsewhere", set, "dev", "out\n{\"kind\":\"Config\",\"current-context\":\"a\"}",
-            SET("dev") READ VIEWED, "no@main", "||Namespace dev" NOT_LOADED IN_VAIN);
+            SET("dev") READ VIEWED READ VIEWED, "no@main", "||Namespace dev" NOT_LOADED IN_VAIN);
         row("namespace unread", set, "dev", "out\nModified", SET("dev") READ VIEWED, "no@main",
             "||Namespace dev" NOT_LOADED UNREADABLE);
         row("namespace failed", set, "dev", "err\nno", SET("dev"), "no@main",
