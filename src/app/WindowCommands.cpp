@@ -42,19 +42,18 @@ void enable(QAction *action, const QString &obstacle, const QString &description
 {
     action->setEnabled(obstacle.isEmpty());
     const QString key = action->shortcut().toString(QKeySequence::NativeText);
-    action->setToolTip(obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle);
+    action->setToolTip(display_text::toolTip(
+        obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle));
 }
 
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
-    if (!canCopyFrom(pods)) {
+    const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
+    if (pairs.empty() || !canCopyInto(pods, pairs.front())) {
         return;
     }
-    const std::vector<ContainerPair> pairs = pods.takeSelectedContainerPairs();
-    if (pairs.empty()) {
-        return;
-    }
+    pods.takeSelectedContainerPairs();
     const ChangePlace place(pods.kubeSplitViewController());
     const QString target
         = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)
@@ -292,7 +291,7 @@ SharedContentViewController *WindowCommands::shownTable() const
 void WindowCommands::updateEnabled()
 {
     const SharedContentViewController *table = shownTable();
-    const bool hasRows = table && !table->chosenNames().isEmpty();
+    const bool hasRows = table && table->chosenCount() > 0;
     for (QAction *action : std::as_const(m_forRows)) {
         action->setEnabled(hasRows);
     }

@@ -22,7 +22,7 @@ CronJobController::CronJobController(WindowState &window, QWidget *parent)
 
 QString CronJobController::runObstacle() const
 {
-    switch (chosenNames().size()) {
+    switch (chosenCount()) {
     case 0:
         return tr("Select a cron job first.");
     case 1:
@@ -38,11 +38,10 @@ void CronJobController::runCronJobNow()
     if (names.isEmpty()) {
         return;
     }
-    WindowState &window = kubeSplitViewController();
-    if (const QString reason = namespaceObstacle(kind(), window.currentNamespace()); !reason.isEmpty()) {
-        refuseChange(window, nothingRun, reason);
+    if (!canName(names.first(1), nothingRun)) {
         return;
     }
+    WindowState &window = kubeSplitViewController();
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};

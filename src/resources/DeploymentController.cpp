@@ -96,23 +96,18 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
 {
     const QPersistentModelIndex index = m_cells->indexOf(&cell);
     if (!index.isValid()) {
+        cell.answered();
         return;
     }
     const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
     const QString name = deployment.name;
     const qint64 previous = deployment.previousDesired;
-    WindowState &window = kubeSplitViewController();
-    if (const QString reason = namespaceObstacle(kind(), window.currentNamespace()); !reason.isEmpty()) {
-        refuseChange(window, nothingScaled, reason);
-        cell.answered();
-        return;
-    }
-    if (previous == desired) {
+    if (previous == desired || !canName({name}, nothingScaled)) {
         cell.answered();
         return;
     }
     setCounts(index, previous, desired);
-    const ChangePlace place(window);
+    const ChangePlace place(kubeSplitViewController());
     showConfirmation(this, QStringLiteral("Confirm Scale"),
         QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
             .arg(name, QString::number(previous), QString::number(desired)),

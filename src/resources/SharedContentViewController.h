@@ -73,6 +73,8 @@ public:
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
     /// display order.
     QStringList chosenNames() const;
+    /// How many rows these are.
+    int chosenCount() const;
     /// The selected rows, in display order.
     QStringList selectedNames() const;
 
@@ -114,9 +116,9 @@ protected:
     /// Puts a changed copy in the place of the row at an arranged index.
     void replaceRow(const QModelIndex &index, const Row &row);
 
-    /// Whether the names of rows are enough to find their objects; the window's console says `notDone` and why
-    /// when they are not.
-    bool hasOneNamespace(const QString &notDone) const;
+    /// Whether a command can tell objects by these names in what the window shows; its console says `notDone`
+    /// and why when none can.
+    bool canName(const QStringList &names, const QString &notDone) const;
     static QString noLogs();
 
     /// Loads again one second from now, for the time after a change to the cluster.
