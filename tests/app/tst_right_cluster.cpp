@@ -163,6 +163,7 @@ struct Windows
     QMessageBox *question() const { return page->window()->findChild<QMessageBox *>(); }
     void answer(const QString &title) const
     {
+        QTRY_VERIFY(question());
         const auto buttons = question()->buttons();
         const auto button = std::find_if(
             buttons.begin(), buttons.end(), [&](const auto *each) { return each->text() == title; });
@@ -244,7 +245,7 @@ struct Operation
 Operation typed(const char *name, const QString &line, const QString &run)
 {
     return {name, Operation::Change, run,
-        u"The command was not run. |The window shows another context or namespace than"_s, {},
+        u"The command was not run: "_s, {},
         [line](Windows &windows) {
             windows.type(QString(line).replace(u"KUBECTL"_s, windows.machine.path(u"kubectl"_s)));
         }};
@@ -411,7 +412,6 @@ std::vector<Disturbance> disturbances()
 {
     const Step elsewhere = outside({u"use-context beta"_s, u"set-context alpha --namespace=two"_s});
     const Step otherWindow = [](Windows &w) {
-        w.settings.set(u"kubeconfigFollows"_s, u"window"_s);
         KubeSplitViewController &other = w.open()->state();
         other.chooseContext(u"beta"_s);
         QTRY_VERIFY(w.machine.read(u"kubeconfig"_s).contains(u"current-context: beta"_s));
