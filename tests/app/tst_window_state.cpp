@@ -314,7 +314,9 @@ private Q_SLOTS:
             }
             QCOMPARE(window.answered(), said.isEmpty() ? ran : said);
             QCOMPARE(window.state.loadingHint(),
-                said.isEmpty() ? QString() : said + u"\nReload shows what is there now."_s);
+                said.isEmpty()
+                    ? QString()
+                    : said + u"\nReload shows what is there now; another context can be chosen above."_s);
             if (round == 0) {
                 cluster.edit(edited, asKnown);
                 QCOMPARE(window.answered(), ran);
