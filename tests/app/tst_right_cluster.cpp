@@ -127,8 +127,8 @@ struct Windows
         settings.set(u"defaultKubeConfigPath"_s, machine.kubeConfig());
         settings.set(u"preferredEditor"_s, u"Kate"_s);
         settings.set(u"preferredTerminal"_s, u"Terminal"_s);
-        settings.set(u"lastNamespaces"_s,
-            UserDefaults::Dictionary{{u"alpha"_s, u"three"_s}, {u"beta"_s, u"three"_s}});
+        settings.set(
+            u"lastNamespaces"_s, UserDefaults::Dictionary{{u"alpha"_s, u"three"_s}, {u"beta"_s, u"three"_s}});
         setNotificationFallback(
             [this](const QString &title, const QString &text) { notified += title + u'\n' + text + u'\n'; });
         page = open();
@@ -244,11 +244,9 @@ struct Operation
 
 Operation typed(const char *name, const QString &line, const QString &run)
 {
-    return {name, Operation::Change, run,
-        u"The command was not run: "_s, {},
-        [line](Windows &windows) {
-            windows.type(QString(line).replace(u"KUBECTL"_s, windows.machine.path(u"kubectl"_s)));
-        }};
+    return {name, Operation::Change, run, u"The command was not run: "_s, {}, [line](Windows &windows) {
+                windows.type(QString(line).replace(u"KUBECTL"_s, windows.machine.path(u"kubectl"_s)));
+            }};
 }
 
 Operation action(const QString &title)
@@ -287,7 +285,9 @@ std::vector<Operation> operations()
         {"drop", Operation::Change, u"create --context"_s, u"Nothing was created"_s,
             [=](Windows &w) { w.drop(file(w)); }, answer(u"Create"_s)},
         {"copy into a container", Operation::Change, u"cp "_s, u"Nothing was copied"_s, onRow(u"Pods"_s),
-            [=](Windows &w) { copyIntoContainer(w.table(), {u"web-1"_s, u"app"_s}, {file(w)}, u"/tmp/"_s); }},
+            [=](Windows &w) {
+                copyIntoContainer(w.table(), {u"web-1"_s, u"app"_s}, {file(w)}, u"/tmp/"_s);
+            }},
         {"edit", Operation::Change, u"edit "_s, u"Nothing was edited"_s, onRow(u"Pods"_s),
             [](Windows &w) { w.table().editConfiguration(); }},
         typed("typed kubectl", u"kubectl delete po typed"_s, u"delete po typed"_s),
@@ -371,7 +371,8 @@ Step then(Step first, Step second)
     };
 }
 
-/// The second process: opens a window on the same kubeconfig for each line that it reads, and chooses beta in it.
+/// The second process: opens a window on the same kubeconfig for each line that it reads, and chooses beta in
+/// it.
 int actAsSecondProcess(const QString &folder)
 {
     UserDefaults settings(folder + u"/second.json"_s);
@@ -483,6 +484,9 @@ void tst_right_cluster::everyRun_data()
     QTest::addColumn<Disturbance>("disturbance");
     for (const Disturbance &disturbance : disturbances()) {
         for (const Operation &operation : operations()) {
+            if (operation.means == Operation::Read && disturbance.outcome != Outcome::Runs) {
+                continue; // what only reads may be given up, or read what is there now
+            }
             QTest::addRow("%s: %s", disturbance.name, operation.name) << operation << disturbance;
         }
     }
@@ -492,9 +496,7 @@ void tst_right_cluster::everyRun()
 {
     QFETCH(Operation, operation);
     QFETCH(Disturbance, disturbance);
-    const auto runs = [&] {
-        return m_machine->read(u"runs"_s).split(u'\n', Qt::SkipEmptyParts);
-    };
+    const auto runs = [&] { return m_machine->read(u"runs"_s).split(u'\n', Qt::SkipEmptyParts); };
     const auto step = [](const Step &what, Windows &windows) {
         if (what) {
             what(windows);
@@ -508,7 +510,8 @@ void tst_right_cluster::everyRun()
         step(operation.ask, windows);
         place = windows.shown();
         step(disturbance.between, windows);
-        const bool canAct = windows.question() || !operation.ask || windows.asked || !windows.table().selectedNames().isEmpty();
+        const bool canAct = windows.question() || !operation.ask || windows.asked
+            || !windows.table().selectedNames().isEmpty();
         if (canAct) {
             operation.act(windows);
         }
@@ -516,14 +519,16 @@ void tst_right_cluster::everyRun()
         const QRegularExpression refusal(operation.notDone);
         const auto hasEnded = [&] {
             return !canAct || !runs().isEmpty() || windows.told().contains(refusal)
-                || (operation.means == Operation::Read && (!windows.page || windows.table().selectedNames().isEmpty()));
+                || (operation.means == Operation::Read
+                    && (!windows.page || windows.table().selectedNames().isEmpty()));
         };
         QVERIFY2(within(hasEnded), qPrintable(u"neither run nor refused:\n"_s + windows.told()));
         QVERIFY(windows.isSettled());
         const bool ran = !runs().isEmpty();
-        if (disturbance.outcome == Outcome::Runs) {
+        const bool mayBeGivenUp = operation.means == Operation::Read && disturbance.after;
+        if (disturbance.outcome == Outcome::Runs && !mayBeGivenUp) {
             QVERIFY2(ran, qPrintable(u"not run:\n"_s + windows.told()));
-        } else if (disturbance.outcome == Outcome::Refused && operation.means == Operation::Change) {
+        } else if (disturbance.outcome == Outcome::Refused) {
             QVERIFY2(!ran, qPrintable(runs().join(u'\n')));
         }
     }
