@@ -244,7 +244,7 @@ struct Operation
 
 Operation typed(const char *name, const QString &line, const QString &run)
 {
-    return {name, Operation::Change, run, u"The command was not run: "_s, {}, [line](Windows &windows) {
+    return {name, Operation::Change, run, u"was not run"_s, {}, [line](Windows &windows) {
                 windows.type(QString(line).replace(u"KUBECTL"_s, windows.machine.path(u"kubectl"_s)));
             }};
 }
