@@ -129,10 +129,11 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
     }
     place->window->whenSettled(
         [self = shared_from_this(), environment, place = *place](const QString &reason) {
+            const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
             if (!place.window) {
+                refuseUnseenChange(place, notRun, reason);
                 return;
             }
-            const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
             if (!reason.isEmpty()) {
                 refuseChange(*place.window, notRun, reason);
                 return;

@@ -10,6 +10,7 @@
 #include "app/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "platform/Bundle.h"
+#include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
 #include "platform/Notifications.h"
 #include "platform/ProcessKeeper.h"
@@ -116,6 +117,7 @@ QString AppDelegate::createCacheDirectory()
 void AppDelegate::applicationDidFinishLaunching()
 {
     newDocument();
+    shellQueue().post(&KubeConfigView::sweep);
 }
 
 void AppDelegate::newDocument()

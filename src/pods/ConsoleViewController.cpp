@@ -251,8 +251,12 @@ void ConsoleViewController::runTypedCommand()
         start(id, words, reach == Reach::UserFile);
         return;
     }
-    m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words,
+    m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words, line,
                               place = ChangePlace(*m_window)](const QString &obstacle) {
+        if (!place.window) {
+            refuseUnseenChange(place, QStringLiteral("\"%1\" was not run").arg(line), obstacle);
+            return;
+        }
         if (!self || !self->m_window || !self->find(id)) {
             return;
         }

@@ -115,8 +115,10 @@ void copyIntoContainer(SharedContentViewController &table, const ContainerPair &
     if (copy->paths.isEmpty()) {
         return;
     }
-    window.whenSettled([copy](const QString &obstacle) {
-        if (copy->table && !obstacle.isEmpty()) {
+    window.whenSettled([copy, place = ChangePlace(window)](const QString &obstacle) {
+        if (!place.window) {
+            refuseUnseenChange(place, nothingCopied, obstacle);
+        } else if (copy->table && !obstacle.isEmpty()) {
             refuseChange(copy->table->kubeSplitViewController(), nothingCopied, obstacle);
         } else if (copy->table) {
             copy->table->setLoading(true);

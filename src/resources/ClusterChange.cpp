@@ -83,6 +83,14 @@ void refuseMovedChange(WindowState &window, const QString &notDone)
     refuseChange(window, notDone, QStringLiteral("the window shows another context or namespace by now."));
 }
 
+void refuseUnseenChange(const ChangePlace &place, const QString &notDone, const QString &reason)
+{
+    const QString text = notDone + QLatin1String(": ") + reason;
+    postConsoleEntry(nullptr, QString(), QString(), makeConsoleError(text));
+    deliverNotification({QUuid::createUuid().toString(QUuid::WithoutBraces),
+        QStringLiteral("A change was not made"), place.text(), text});
+}
+
 namespace {
 
 /// A window that was closed shows no entry: the user learns elsewhere what has become of the change.
@@ -119,6 +127,7 @@ void runChange(const ChangePlace &place, const QStringList &command, const QStri
     place.window->whenSettled(
         [place, command, notDone, finished = std::move(finished)](const QString &obstacle) {
             if (!place.window) {
+                refuseUnseenChange(place, notDone, obstacle);
                 return;
             }
             if (obstacle.isEmpty() && place.isStillShown()) {

@@ -46,6 +46,8 @@ QString whyNotByName(const ResourceKind &kind, const QStringList &names, const Q
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason);
 /// The same when the window shows another place by now.
 void refuseMovedChange(WindowState &window, const QString &notDone);
+/// Says so in the main window's console and as a notification: the window itself is gone.
+void refuseUnseenChange(const ChangePlace &place, const QString &notDone, const QString &reason);
 
 /// Runs a command that changes the cluster, in `place` or not at all: once the window is settled there, and
 /// only while it shows what it showed. Otherwise the window's console says `notDone` and why. Its outcome is
