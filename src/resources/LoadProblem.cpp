@@ -54,8 +54,8 @@ QString helperProblem(const QString &errorText)
                 "needs.")
                 + folder),
         Kind(pattern(R"re(exec: fork/exec (\S{1,200}): no such file or directory)re"),
-            QObject::tr(
-                "The kubeconfig signs in to this cluster with the program %1. There is no such file.")),
+            QObject::tr("The kubeconfig signs in to this cluster with the program %1. That file, or the "
+                        "interpreter that it asks for, is not there.")),
         Kind(pattern(R"re(The (\S{1,200}) auth plugin has been removed)re"), removed),
         Kind(pattern(R"re(no Auth Provider found for name "([^"]{1,200})")re"), removed),
     };
