@@ -176,8 +176,9 @@ void PrimaryContentController::createFromFileDialog()
     if (!canCreateIn(m_window)) {
         return;
     }
-    CreateFromFileDialog::open(window(), this,
-        [this, place = ChangePlace(m_window)](const QStringList &paths) { createFrom(paths, place); });
+    const ChangePlace place(m_window);
+    CreateFromFileDialog::open(
+        window(), this, place.text(), [this, place](const QStringList &paths) { createFrom(paths, place); });
 }
 
 void PrimaryContentController::createFrom(const QStringList &paths, const ChangePlace &place)

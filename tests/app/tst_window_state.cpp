@@ -450,7 +450,9 @@ private Q_SLOTS:
         runChange(ChangePlace(window->state), {u"kubectl"_s, u"delete"_s, u"po"_s}, u"Nothing was deleted"_s);
         window.reset();
         setMainConsoleLookup([&other] { return &other; });
-        QTRY_COMPARE(notified.value(1), u"Context: b\nNamespace: shop\n"_s + other.errors.value(0));
+        QTRY_COMPARE(notified.value(1),
+            u"Context: b\nNamespace: shop\nKubeconfig: "_s + cluster.kubeConfig() + u'\n'
+                + other.errors.value(0));
         QVERIFY(other.errors.value(0).startsWith(u"Nothing was deleted: its window was closed"_s));
         cluster.release(u"set shop"_s);
         cluster.release(u"namespaces"_s);
