@@ -19,23 +19,15 @@ constexpr QSize usualSize(720, 440);
 class AllowedFiles : public QSortFilterProxyModel
 {
 public:
-    explicit AllowedFiles(KubeConfigChooser &chooser)
-        : QSortFilterProxyModel(&chooser)
-        , m_chooser(chooser)
-    {
-        connect(&chooser, &QFileDialog::filterSelected, this, &AllowedFiles::invalidate);
-    }
+    using QSortFilterProxyModel::QSortFilterProxyModel;
 
 protected:
     bool filterAcceptsRow(int row, const QModelIndex &parent) const override
     {
         const auto *files = qobject_cast<QFileSystemModel *>(sourceModel());
         const QModelIndex index = files->index(row, 0, parent);
-        return files->isDir(index) || m_chooser.takes(files->fileName(index));
+        return files->isDir(index) || KubeConfigChooser::isAllowed(files->fileName(index));
     }
-
-private:
-    const KubeConfigChooser &m_chooser;
 };
 
 QString firstFolder()
@@ -53,8 +45,8 @@ KubeConfigChooser::KubeConfigChooser(QWidget *parent, bool showTitleRow)
     setOption(QFileDialog::ReadOnly);
     setFileMode(QFileDialog::ExistingFile);
     setOption(QFileDialog::HideNameFilterDetails);
-    setNameFilters({tr("No extension, .yml or .yaml (*)"), tr("All files (*)")});
-    setProxyModel(new AllowedFiles(*this));
+    setNameFilter(tr("No extension, .yml or .yaml (*)"));
+    setProxyModel(new AllowedFiles(this));
     setFilter(QDir::AllDirs | QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
     setSizeGripEnabled(true);
     setDirectory(firstFolder());
@@ -70,11 +62,6 @@ bool KubeConfigChooser::isAllowed(const QString &fileName)
     const auto dot = fileName.lastIndexOf(QLatin1Char('.'));
     const QString extension = dot > 0 ? fileName.mid(dot + 1).toLower() : QString();
     return extension.isEmpty() || extension == QLatin1String("yml") || extension == QLatin1String("yaml");
-}
-
-bool KubeConfigChooser::takes(const QString &fileName) const
-{
-    return selectedNameFilter() != nameFilters().constFirst() || isAllowed(fileName);
 }
 
 void KubeConfigChooser::addTitleRow()
@@ -95,8 +82,7 @@ void KubeConfigChooser::addTitleRow()
 
 void KubeConfigChooser::addRefusalRow()
 {
-    m_refusal = new QLabel(
-        tr("This file does not end in .yml, .yaml or in no extension: choose “All files” first."));
+    m_refusal = new QLabel(tr("Only files that end in .yml, .yaml or in no extension can be chosen."));
     m_refusal->hide();
     connect(this, &QFileDialog::currentChanged, m_refusal, &QWidget::hide);
     if (auto *grid = qobject_cast<QGridLayout *>(layout())) {
@@ -112,7 +98,7 @@ KubeConfigChoice KubeConfigChooser::choice() const
 void KubeConfigChooser::accept()
 {
     const QFileInfo file(selectedFiles().value(0));
-    if (file.isFile() && !takes(file.fileName())) {
+    if (file.isFile() && !isAllowed(file.fileName())) {
         m_refusal->show();
         return;
     }

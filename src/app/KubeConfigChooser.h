@@ -25,8 +25,7 @@ using KubeConfigChosen = std::function<void(const std::optional<KubeConfigChoice
 /// thread.
 void chooseKubeConfig(QWidget *parent, bool showTitleRow, QObject *receiver, KubeConfigChosen chosen);
 
-/// The dialog of chooseKubeConfig(). Files whose names end in .yml, .yaml or in no extension can be chosen,
-/// and others (admin.conf) once the user asks for all files.
+/// The dialog of chooseKubeConfig(). Files whose names end in .yml, .yaml or in no extension can be chosen.
 class KubeConfigChooser : public QFileDialog
 {
     Q_OBJECT
@@ -34,11 +33,9 @@ public:
     KubeConfigChooser(QWidget *parent, bool showTitleRow);
 
     static bool isAllowed(const QString &fileName);
-    /// Whether such a file can be chosen now.
-    bool takes(const QString &fileName) const;
     KubeConfigChoice choice() const;
 
-    /// Refuses files that are not taken now, which can still be typed.
+    /// Refuses files that are not allowed, which can still be typed.
     void accept() override;
 
 private:

@@ -431,6 +431,8 @@ void tst_action_menu::questionsSayWhere()
             break;
         }
         QTRY_VERIFY(!app.frame->findChild<QMessageBox *>());
+        const auto *console = app.page().windowConsoleController().consoleTextView();
+        QTRY_VERIFY(console->toPlainText().contains(u"was not run"_s));
         app.page().state().chooseNamespace(u"default"_s);
         QTRY_COMPARE(app.pods().arrangedObjects().rowCount(), 3);
         app.pods().tableView().selectRow(1);
