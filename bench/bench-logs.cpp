@@ -2,7 +2,7 @@
 // bench-logs: 100 MB of log text in pieces, in the log view and in the toolkit's plain text widget.
 #include "Measure.h"
 
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/LogView.h"
 
 #include <QApplication>

@@ -2,7 +2,7 @@
 #include "app/ActionDispatcher.h"
 
 #include "app/PrimaryContentController.h"
-#include "platform/Glob.h"
+#include "platform/text/Glob.h"
 #include "pods/PodController.h"
 #include "resources/ClusterChange.h"
 #include "resources/ResourceTableView.h"

@@ -3,7 +3,7 @@
 
 #include "actions/ActionQueue.h"
 #include "core/Console.h"
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QDesktopServices>
 #include <QUrl>

@@ -5,7 +5,7 @@
 #include "app/ClusterWindowFrame.h"
 #include "app/CustomActionCommands.h"
 #include "app/MainWindowController.h"
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 
 namespace tidewright {
 

@@ -3,9 +3,9 @@
 
 #include "app/PathHint.h"
 #include "core/ProgramFolders.h"
-#include "platform/Diagnostics.h"
-#include "platform/DisplayText.h"
-#include "platform/UserDefaults.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/text/DisplayText.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QAction>
 #include <QButtonGroup>

@@ -2,8 +2,8 @@
 #include "app/ApplicationService.h"
 
 #include "app/KubeConfigList.h"
-#include "platform/AtomicFile.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/AtomicFile.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QCryptographicHash>
 #include <QDBusConnection>

@@ -10,9 +10,9 @@
 #include "app/ToolBarDialog.h"
 #include "app/ToolBarLayout.h"
 #include "app/WindowCommands.h"
-#include "platform/Diagnostics.h"
-#include "platform/DisplayText.h"
-#include "platform/UserDefaults.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/text/DisplayText.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QCloseEvent>
 #include <QDataStream>

@@ -2,7 +2,7 @@
 #include "app/CopyFileDialog.h"
 
 #include "app/FileDialogSelection.h"
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 
 #include <QFileInfo>
 #include <QGridLayout>

@@ -2,7 +2,7 @@
 #include "app/CreateFromFileDialog.h"
 
 #include "app/FileDialogSelection.h"
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -2,7 +2,7 @@
 #include "app/DestinationView.h"
 
 #include "app/PrimaryContentController.h"
-#include "platform/Diagnostics.h"
+#include "platform/desktop/Diagnostics.h"
 #include "resources/ClusterChange.h"
 #include "resources/Confirmation.h"
 #include "resources/CreateFromFiles.h"

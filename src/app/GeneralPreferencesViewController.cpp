@@ -6,8 +6,8 @@
 #include "app/UserKubeConfig.h"
 #include "external/InstalledApplications.h"
 #include "external/Terminal.h"
-#include "platform/Environment.h"
-#include "platform/UserDefaults.h"
+#include "platform/process/Environment.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QComboBox>
 #include <QEvent>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/KubeConfigBackup.h"
 
-#include "platform/AtomicFile.h"
+#include "platform/settings/AtomicFile.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/KubeConfigWatch.h"
 
-#include "platform/AtomicFile.h"
-#include "platform/DispatchQueue.h"
-#include "platform/MainQueue.h"
+#include "platform/settings/AtomicFile.h"
+#include "platform/threads/DispatchQueue.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QFile>
 #include <QTimer>

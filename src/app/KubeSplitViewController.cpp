@@ -4,7 +4,7 @@
 #include "app/ClusterWindowFrame.h"
 #include "app/UserKubeConfig.h"
 #include "external/EditFile.h"
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/CombinedLogsViewController.h"
 #include "pods/CombinedLogsWindowController.h"
 #include "resources/ClusterChange.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/KubeConfigWatch.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/UserDefaults.h"
 #include "resources/WindowState.h"
 
 #include <QDateTime>

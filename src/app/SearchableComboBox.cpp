@@ -2,7 +2,7 @@
 #include "app/SearchableComboBox.h"
 
 #include "app/KubeSplitViewController.h"
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 
 #include <QKeyEvent>
 #include <QSignalBlocker>

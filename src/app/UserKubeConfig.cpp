@@ -3,9 +3,9 @@
 
 #include "app/KubeConfigBackup.h"
 #include "core/ApplicationRecord.h"
-#include "platform/DispatchQueue.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
+#include "platform/threads/DispatchQueue.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QFile>
 #include <QTimer>

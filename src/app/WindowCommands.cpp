@@ -8,7 +8,7 @@
 #include "app/MainWindowController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerCopy.h"
 #include "pods/PodController.h"

@@ -2,9 +2,9 @@
 #include "pods/CombinedLogsViewController.h"
 
 #include "core/ApplicationRecord.h"
-#include "platform/Diagnostics.h"
-#include "platform/DisplayText.h"
-#include "platform/MainQueue.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/text/DisplayText.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/ColorIndexView.h"
 #include "pods/ConsoleStyle.h"
 #include "resources/Confirmation.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/CombinedLogsWindowController.h"
 
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 #include "pods/CombinedLogsViewController.h"
 #include "pods/LogExport.h"
 #include "pods/LogPatternBar.h"

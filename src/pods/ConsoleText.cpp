@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ConsoleText.h"
 
-#include "platform/RegularExpression.h"
+#include "platform/text/RegularExpression.h"
 
 #include <QLocale>
 

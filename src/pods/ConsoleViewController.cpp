@@ -2,9 +2,9 @@
 #include "pods/ConsoleViewController.h"
 
 #include "core/KubectlArguments.h"
-#include "platform/DisplayText.h"
-#include "platform/LinkDetection.h"
-#include "platform/MainQueue.h"
+#include "platform/text/DisplayText.h"
+#include "platform/text/LinkDetection.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/CommandEntryBar.h"
 #include "pods/ConsoleStyle.h"
 #include "pods/ConsoleText.h"

@@ -2,8 +2,8 @@
 #include "pods/LogExport.h"
 
 #include "core/Console.h"
-#include "platform/Diagnostics.h"
-#include "platform/MainQueue.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/LogScan.h"
 
 #include <QCoreApplication>

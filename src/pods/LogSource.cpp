@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogSource.h"
 
-#include "platform/DisplayText.h"
-#include "platform/Utf8.h"
+#include "platform/text/DisplayText.h"
+#include "platform/text/Utf8.h"
 #include "pods/ConsoleText.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogStore.h"
 
-#include "platform/Utf8.h"
+#include "platform/text/Utf8.h"
 
 #include <QCoreApplication>
 #include <QFile>

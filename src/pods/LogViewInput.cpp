@@ -2,7 +2,7 @@
 // How a log view answers the mouse and the keyboard: scrolling, selecting, copying.
 #include "pods/LogView.h"
 
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

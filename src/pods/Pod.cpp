@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/Pod.h"
 
-#include "platform/NaturalOrder.h"
+#include "platform/text/NaturalOrder.h"
 #include "resources/Columns.h"
 
 #include <QSet>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/PodController.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/DisplayText.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/text/DisplayText.h"
 #include "pods/ContainerButton.h"
 #include "pods/PaddedTextField.h"
 #include "pods/Pod.h"

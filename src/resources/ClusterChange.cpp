@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ClusterChange.h"
 
-#include "platform/DisplayText.h"
-#include "platform/MainQueue.h"
-#include "platform/Notifications.h"
+#include "platform/text/DisplayText.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/desktop/Notifications.h"
 
 #include <QLabel>
 #include <QUuid>

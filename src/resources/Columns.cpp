@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Columns.h"
 
-#include "platform/NaturalOrder.h"
-#include "platform/Timestamp.h"
+#include "platform/text/NaturalOrder.h"
+#include "platform/text/Timestamp.h"
 
 #include <limits>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/CronJobController.h"
 
-#include "platform/RandomString.h"
+#include "platform/text/RandomString.h"
 #include "resources/ClusterChange.h"
 #include "resources/CronJob.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/Timestamp.h"
+#include "platform/text/Timestamp.h"
 #include "resources/ResourceKind.h"
 
 namespace tidewright {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Job.h"
 
-#include "platform/Timestamp.h"
+#include "platform/text/Timestamp.h"
 #include "resources/Columns.h"
 #include "resources/FieldText.h"
 

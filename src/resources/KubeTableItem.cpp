@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/KubeTableItem.h"
 
-#include "platform/DateComponents.h"
-#include "platform/NaturalOrder.h"
-#include "platform/Timestamp.h"
+#include "platform/text/DateComponents.h"
+#include "platform/text/NaturalOrder.h"
+#include "platform/text/Timestamp.h"
 
 namespace tidewright {
 

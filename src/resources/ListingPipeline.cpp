@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ListingPipeline.h"
 
-#include "platform/DispatchQueue.h"
-#include "platform/MainQueue.h"
+#include "platform/threads/DispatchQueue.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QElapsedTimer>
 

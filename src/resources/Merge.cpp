@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Merge.h"
 
-#include "platform/Timestamp.h"
+#include "platform/text/Timestamp.h"
 
 #include <QHash>
 

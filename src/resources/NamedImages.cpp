@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/NamedImages.h"
 
-#include "platform/Bundle.h"
+#include "platform/desktop/Bundle.h"
 
 #include <QApplication>
 #include <QFile>

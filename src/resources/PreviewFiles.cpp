@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/PreviewFiles.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/Timestamp.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/text/Timestamp.h"
 #include "resources/WindowState.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ResourceTableModel.h"
 
-#include "platform/DispatchQueue.h"
+#include "platform/threads/DispatchQueue.h"
 #include "resources/RowRanges.h"
 
 #include <algorithm>

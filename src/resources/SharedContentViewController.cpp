@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/SharedContentViewController.h"
 
-#include "platform/Diagnostics.h"
-#include "platform/DisplayText.h"
-#include "platform/MainQueue.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/text/DisplayText.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/ClusterChange.h"
 #include "resources/LoadProblem.h"
 #include "resources/PreviewPanel.h"

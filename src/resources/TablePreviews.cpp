@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/TablePreviews.h"
 
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/ClusterChange.h"
 #include "resources/ResourceTableView.h"
 

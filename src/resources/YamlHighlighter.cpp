@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/YamlHighlighter.h"
 
-#include "platform/RegularExpression.h"
+#include "platform/text/RegularExpression.h"
 #include "resources/NamedImages.h"
 
 namespace tidewright {

@@ -7,8 +7,8 @@
 #include "app/KubeConfigChooser.h"
 #include "app/MainWindowController.h"
 #include "app/PreferencesWindowController.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 #include "support/Patience.h"
 
 #include <QAbstractItemModelTester>

@@ -7,7 +7,7 @@
 #include "app/PrimaryContentController.h"
 #include "app/SidebarController.h"
 #include "core/ApplicationRecord.h"
-#include "platform/Notifications.h"
+#include "platform/desktop/Notifications.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerCopy.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeWindow.h"
 #include "core/ApplicationRecord.h"
-#include "platform/Notifications.h"
+#include "platform/desktop/Notifications.h"
 #include "resources/ClusterChange.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/DisplayText.h"
-#include "platform/MainQueue.h"
+#include "platform/text/DisplayText.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/ConsoleText.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"

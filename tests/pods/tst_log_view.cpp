@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The log view: what stays where it is, what is selected, what is painted.
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/LogSearch.h"
 #include "pods/LogView.h"
 #include "support/Patience.h"

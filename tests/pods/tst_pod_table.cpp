@@ -2,8 +2,8 @@
 // The pod table in a window, over the demo cluster through real kubectl, and over tools that misbehave.
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
-#include "platform/MainQueue.h"
-#include "platform/Timestamp.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/text/Timestamp.h"
 #include "pods/ContainerButton.h"
 #include "pods/ContainerCopy.h"
 #include "pods/Pod.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/NaturalOrder.h"
-#include "platform/Timestamp.h"
+#include "platform/text/NaturalOrder.h"
+#include "platform/text/Timestamp.h"
 #include "resources/ResourceKind.h"
 
 #include <limits>

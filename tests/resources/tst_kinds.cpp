@@ -3,7 +3,7 @@
 // clients.
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
-#include "platform/Timestamp.h"
+#include "platform/text/Timestamp.h"
 #include "resources/ClusterRole.h"
 #include "resources/ConfigMap.h"
 #include "resources/CronJob.h"

@@ -2,7 +2,7 @@
 // Scaling deployments, running cron jobs and asking for logs, with windows driven by mouse and keys.
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/CronJobController.h"
 #include "resources/Deployment.h"
 #include "resources/DeploymentController.h"
