@@ -7,8 +7,8 @@
 #include "core/ApplicationRecord.h"
 #include "pods/Pod.h"
 #include "pods/PodController.h"
-#include "resources/Merge.h"
-#include "resources/ResourceTableView.h"
+#include "resources/listing/Merge.h"
+#include "resources/table/ResourceTableView.h"
 
 #include <QApplication>
 #include <QEventLoop>

@@ -3,8 +3,8 @@
 
 #include "platform/text/DisplayText.h"
 #include "platform/desktop/Notifications.h"
-#include "resources/ClusterChange.h"
-#include "resources/Confirmation.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/changes/Confirmation.h"
 
 #include <QLocale>
 #include <QPointer>

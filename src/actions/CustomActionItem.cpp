@@ -8,8 +8,8 @@
 #include "platform/desktop/Diagnostics.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
-#include "resources/Confirmation.h"
-#include "resources/NamedImages.h"
+#include "resources/changes/Confirmation.h"
+#include "resources/widgets/NamedImages.h"
 
 namespace tidewright {
 

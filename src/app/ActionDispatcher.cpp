@@ -4,8 +4,8 @@
 #include "app/PrimaryContentController.h"
 #include "platform/text/Glob.h"
 #include "pods/PodController.h"
-#include "resources/ClusterChange.h"
-#include "resources/ResourceTableView.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/table/ResourceTableView.h"
 
 namespace tidewright {
 

@@ -17,9 +17,9 @@
 #include "platform/settings/UserDefaults.h"
 #include "pods/CombinedLogsWindowController.h"
 #include "pods/ConsoleViewController.h"
-#include "resources/Confirmation.h"
-#include "resources/PreviewFiles.h"
-#include "resources/WindowState.h"
+#include "resources/changes/Confirmation.h"
+#include "resources/preview/PreviewFiles.h"
+#include "core/WindowState.h"
 
 #include <QApplication>
 #include <QDesktopServices>

@@ -5,9 +5,9 @@
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
 #include "app/TypedNamespaces.h"
-#include "resources/NamedImages.h"
-#include "resources/ResourceTableView.h"
-#include "resources/SharedContentViewController.h"
+#include "resources/widgets/NamedImages.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/SharedContentViewController.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

@@ -3,9 +3,9 @@
 
 #include "app/PrimaryContentController.h"
 #include "platform/desktop/Diagnostics.h"
-#include "resources/ClusterChange.h"
-#include "resources/Confirmation.h"
-#include "resources/CreateFromFiles.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/changes/Confirmation.h"
+#include "resources/changes/CreateFromFiles.h"
 
 #include <QDragEnterEvent>
 #include <QFileInfo>

@@ -7,8 +7,8 @@
 #include "platform/threads/MainQueue.h"
 #include "pods/CombinedLogsViewController.h"
 #include "pods/CombinedLogsWindowController.h"
-#include "resources/ClusterChange.h"
-#include "resources/LoadProblem.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/listing/LoadProblem.h"
 
 #include <utility>
 

@@ -3,7 +3,7 @@
 
 #include "app/KubeConfigWatch.h"
 #include "platform/settings/UserDefaults.h"
-#include "resources/WindowState.h"
+#include "core/WindowState.h"
 
 #include <QDateTime>
 #include <QStringList>

@@ -13,9 +13,9 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/PodConsoleSplitViewController.h"
 #include "pods/PodController.h"
-#include "resources/ClusterChange.h"
-#include "resources/LoadProblem.h"
-#include "resources/SharedContentViewController.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/listing/LoadProblem.h"
+#include "resources/table/SharedContentViewController.h"
 
 #include <QDesktopServices>
 #include <QHBoxLayout>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/ClusterChange.h"
+#include "resources/changes/ClusterChange.h"
 
 #include <QHash>
 #include <QStackedWidget>

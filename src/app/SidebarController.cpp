@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/SidebarController.h"
 
-#include "resources/NamedImages.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QHeaderView>
 #include <QStyledItemDelegate>

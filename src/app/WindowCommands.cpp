@@ -12,11 +12,11 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerCopy.h"
 #include "pods/PodController.h"
-#include "resources/ClusterChange.h"
-#include "resources/CronJobController.h"
-#include "resources/NamedImages.h"
-#include "resources/ResourceTableView.h"
-#include "resources/SharedContentViewController.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/table/CronJobController.h"
+#include "resources/widgets/NamedImages.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/SharedContentViewController.h"
 
 #include <QAction>
 #include <QApplication>

@@ -11,7 +11,7 @@
 #include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/text/Utf8.h"
-#include "resources/Confirmation.h"
+#include "resources/changes/Confirmation.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,7 +3,7 @@
 
 #include "platform/text/DisplayText.h"
 #include "pods/ColorBoxCellView.h"
-#include "resources/NamedImages.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QEvent>
 #include <QGraphicsOpacityEffect>

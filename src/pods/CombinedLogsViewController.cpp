@@ -7,8 +7,8 @@
 #include "platform/threads/MainQueue.h"
 #include "pods/ColorIndexView.h"
 #include "pods/ConsoleStyle.h"
-#include "resources/Confirmation.h"
-#include "resources/NamedImages.h"
+#include "resources/changes/Confirmation.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QDir>
 #include <QFile>

@@ -5,7 +5,7 @@
 #include "pods/LogIntake.h"
 #include "pods/LogSource.h"
 #include "pods/LogView.h"
-#include "resources/WindowState.h"
+#include "core/WindowState.h"
 
 #include <QTextCharFormat>
 

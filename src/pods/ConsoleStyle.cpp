@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ConsoleStyle.h"
 
-#include "resources/NamedImages.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>

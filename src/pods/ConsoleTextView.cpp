@@ -2,7 +2,7 @@
 #include "pods/ConsoleTextView.h"
 
 #include "pods/ConsoleStyle.h"
-#include "resources/NamedImages.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QApplication>
 #include <QClipboard>

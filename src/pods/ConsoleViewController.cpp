@@ -9,8 +9,8 @@
 #include "pods/ConsoleStyle.h"
 #include "pods/ConsoleText.h"
 #include "pods/ConsoleTextView.h"
-#include "resources/ClusterChange.h"
-#include "resources/WindowState.h"
+#include "resources/changes/ClusterChange.h"
+#include "core/WindowState.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -2,8 +2,8 @@
 #include "pods/ContainerCopy.h"
 
 #include "platform/threads/MainQueue.h"
-#include "resources/ClusterChange.h"
-#include "resources/SharedContentViewController.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/table/SharedContentViewController.h"
 
 #include <QFileInfo>
 

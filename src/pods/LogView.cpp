@@ -2,7 +2,7 @@
 #include "pods/LogView.h"
 
 #include "pods/ConsoleStyle.h"
-#include "resources/NamedImages.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QAccessibleWidget>
 #include <QEvent>

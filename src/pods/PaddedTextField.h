@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/RowDelegate.h"
+#include "resources/table/RowDelegate.h"
 
 namespace tidewright {
 

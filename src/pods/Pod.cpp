@@ -2,7 +2,7 @@
 #include "pods/Pod.h"
 
 #include "platform/text/NaturalOrder.h"
-#include "resources/Columns.h"
+#include "resources/kinds/Columns.h"
 
 #include <QSet>
 

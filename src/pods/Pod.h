@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/ResourceKind.h"
+#include "resources/kinds/ResourceKind.h"
 
 #include <QStringList>
 

@@ -7,8 +7,8 @@
 #include "pods/PaddedTextField.h"
 #include "pods/Pod.h"
 #include "pods/TableButtonView.h"
-#include "resources/ResourceTableView.h"
-#include "resources/VisibleCells.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/VisibleCells.h"
 
 #include <QMenu>
 

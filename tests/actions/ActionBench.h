@@ -6,7 +6,7 @@
 #include "platform/threads/MainQueue.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/settings/UserDefaults.h"
-#include "resources/Confirmation.h"
+#include "resources/changes/Confirmation.h"
 #include "support/TestSupport.h"
 
 #include <QDir>

@@ -14,8 +14,8 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerButton.h"
 #include "pods/PodController.h"
-#include "resources/ReplicaCell.h"
-#include "resources/ResourceTableView.h"
+#include "resources/table/ReplicaCell.h"
+#include "resources/table/ResourceTableView.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

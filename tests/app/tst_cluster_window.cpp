@@ -15,8 +15,8 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerButton.h"
 #include "pods/PodController.h"
-#include "resources/ResourceTableView.h"
-#include "resources/SharedContentViewController.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/SharedContentViewController.h"
 #include "support/Patience.h"
 
 #include <QAction>

@@ -7,8 +7,8 @@
 #include "app/PrimaryContentController.h"
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
-#include "resources/ResourceTableView.h"
-#include "resources/SharedContentViewController.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/SharedContentViewController.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

@@ -11,9 +11,9 @@
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerCopy.h"
-#include "resources/CronJobController.h"
-#include "resources/ReplicaCell.h"
-#include "resources/ResourceTableView.h"
+#include "resources/table/CronJobController.h"
+#include "resources/table/ReplicaCell.h"
+#include "resources/table/ResourceTableView.h"
 #include "support/Patience.h"
 
 #include <QAbstractButton>

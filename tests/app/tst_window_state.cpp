@@ -2,7 +2,7 @@
 #include "FakeWindow.h"
 #include "core/ApplicationRecord.h"
 #include "platform/desktop/Notifications.h"
-#include "resources/ClusterChange.h"
+#include "resources/changes/ClusterChange.h"
 
 #include <QDir>
 #include <QFile>

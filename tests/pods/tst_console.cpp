@@ -4,7 +4,7 @@
 #include "pods/ConsoleText.h"
 #include "pods/ConsoleTextView.h"
 #include "pods/ConsoleViewController.h"
-#include "resources/NamedImages.h"
+#include "resources/widgets/NamedImages.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
 

@@ -11,7 +11,7 @@
 #include "pods/CombinedLogsWindowController.h"
 #include "pods/LogPatternBar.h"
 #include "pods/LogSearch.h"
-#include "resources/NamedImages.h"
+#include "resources/widgets/NamedImages.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

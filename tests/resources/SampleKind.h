@@ -3,7 +3,7 @@
 
 #include "platform/text/NaturalOrder.h"
 #include "platform/text/Timestamp.h"
-#include "resources/ResourceKind.h"
+#include "resources/kinds/ResourceKind.h"
 
 #include <limits>
 
