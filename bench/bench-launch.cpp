@@ -4,7 +4,7 @@
 // nobody's waiting. measure-budgets.sh compares them with the bare kubectl runs that it must make.
 #include "app/AppDelegate.h"
 #include "app/MainWindowController.h"
-#include "pods/PodController.h"
+#include "pods/table/PodController.h"
 
 #include <QApplication>
 

@@ -3,7 +3,7 @@
 #include "Measure.h"
 
 #include "platform/threads/MainQueue.h"
-#include "pods/LogView.h"
+#include "pods/logs/view/LogView.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

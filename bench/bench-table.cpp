@@ -5,8 +5,8 @@
 #include "StallMeter.h"
 
 #include "core/ApplicationRecord.h"
-#include "pods/Pod.h"
-#include "pods/PodController.h"
+#include "pods/table/Pod.h"
+#include "pods/table/PodController.h"
 #include "resources/listing/Merge.h"
 #include "resources/table/ResourceTableView.h"
 

@@ -3,7 +3,7 @@
 
 #include "app/PrimaryContentController.h"
 #include "platform/text/Glob.h"
-#include "pods/PodController.h"
+#include "pods/table/PodController.h"
 #include "resources/changes/ClusterChange.h"
 #include "resources/table/ResourceTableView.h"
 

@@ -5,8 +5,8 @@
 #include "app/UserKubeConfig.h"
 #include "external/EditFile.h"
 #include "platform/threads/MainQueue.h"
-#include "pods/CombinedLogsViewController.h"
-#include "pods/CombinedLogsWindowController.h"
+#include "pods/logs/view/CombinedLogsViewController.h"
+#include "pods/logs/view/CombinedLogsWindowController.h"
 #include "resources/changes/ClusterChange.h"
 #include "resources/listing/LoadProblem.h"
 

@@ -2,7 +2,7 @@
 #include "app/PrimaryContentController.h"
 
 #include "app/CreateFromFileDialog.h"
-#include "pods/PodController.h"
+#include "pods/table/PodController.h"
 #include "resources/kinds/ClusterRole.h"
 #include "resources/kinds/ConfigMap.h"
 #include "resources/changes/CreateFromFiles.h"

@@ -6,8 +6,8 @@
 #include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
 #include "app/PrimaryContentController.h"
-#include "pods/ConsoleTextView.h"
-#include "pods/ConsoleViewController.h"
+#include "pods/console/ConsoleTextView.h"
+#include "pods/console/ConsoleViewController.h"
 #include "support/Patience.h"
 
 #include <QDragEnterEvent>
