@@ -40,13 +40,14 @@ set(TIDEWRIGHT_CORE_HEADERS
 set(TIDEWRIGHT_WIDGET_HEADERS ${TIDEWRIGHT_CORE_HEADERS}
     <QAbstractTableModel> <QApplication> <QBoxLayout> <QKeyEvent> <QLabel> <QLineEdit> <QMenu> <QPainter> <QPushButton>)
 
-# One static library per layer: tidewright_layer(core SOURCES ... LIBS ... [PRIVATE_LIBS ...])
+# A static library: a layer, or those of its rooms that draw nothing: tidewright_layer(core SOURCES ... LIBS ...
+# [PRIVATE_LIBS ...] [WINDOWLESS]). WINDOWLESS: it does not link Qt Widgets.
 function(tidewright_layer name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;PRIVATE_LIBS" ${ARGN})
+    cmake_parse_arguments(ARG "WINDOWLESS" "" "SOURCES;LIBS;PRIVATE_LIBS" ${ARGN})
     add_library(tidewright_${name} STATIC ${ARG_SOURCES})
     target_include_directories(tidewright_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
     target_link_libraries(tidewright_${name} PUBLIC ${ARG_LIBS} PRIVATE ${ARG_PRIVATE_LIBS} tidewright_options)
-    if(name MATCHES "platform|core")
+    if(ARG_WINDOWLESS)
         tidewright_precompile(tidewright_${name} ${TIDEWRIGHT_CORE_HEADERS})
     else()
         tidewright_precompile(tidewright_${name} ${TIDEWRIGHT_WIDGET_HEADERS})

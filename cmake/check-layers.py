@@ -5,9 +5,12 @@
 Checks the includes of every .h and .cpp file below SOURCE-FOLDER and prints one line per fault:
 
 - a folder includes only itself and the folders below it;
-- an include in quotes is of the form "layer/File.h" and names a file that is there; a layer's header is never
-  included with angle brackets;
-- platform and core include no header of a Qt module other than QtCore and QtDBus, by whatever spelling;
+- inside a layer, no chain of includes leads out of a room (a sub-folder; the files beside the sub-folders are one
+  too) and back into it;
+- an include in quotes is of the form "layer/File.h" or "layer/room/File.h" and names a file that is there; a layer's
+  header is never included with angle brackets;
+- platform and core include no header of a Qt module other than QtCore and QtDBus, by whatever spelling; the rooms
+  that draw nothing include none of QtWidgets;
 - no chain of includes comes back to the file where it began.
 
 Ends with 0 when there is no fault, 1 when there are some, 2 when it could not look.
@@ -20,6 +23,7 @@ from pathlib import Path
 RANKS = {"platform": 0, "core": 1, "resources": 2, "external": 3, "pods": 3, "actions": 4, "app": 5}
 WINDOWLESS = {"platform", "core"}
 WINDOWLESS_MODULES = {"QtCore", "QtDBus"}
+NO_WIDGETS = {"resources/kinds", "resources/listing", "pods/logs/text"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 GENERATED = re.compile(r"^(moc_\w+\.cpp|\w+\.moc)$")
 
@@ -61,10 +65,27 @@ def include_faults(root, path, qt_headers):
             module = first if first.startswith("Qt") and "/" in name else qt_headers.get(name)
             if module and module not in WINDOWLESS_MODULES:
                 yield number, f"{layer} may not include <{name}> of {module}"
+        elif not quoted and room_of(str(path.relative_to(root))) in NO_WIDGETS:
+            if name.startswith("QtWidgets") or qt_headers.get(name) == "QtWidgets":
+                yield number, f"{path.relative_to(root).parent} may not include <{name}> of QtWidgets"
+
+
+def room_of(file):
+    return str(Path(file).parent)
+
+
+def room_graph(graph):
+    """Which room includes which other room of its layer."""
+    rooms = {}
+    for file, targets in graph.items():
+        room = room_of(file)
+        rooms.setdefault(room, set()).update(
+            room_of(target) for target in targets if target.split("/")[0] == file.split("/")[0])
+    return {room: sorted(targets - {room}) for room, targets in rooms.items()}
 
 
 def cycles(graph):
-    """Each file that lies on a chain which comes back to it, reported once per chain."""
+    """Each file or room that lies on a chain which comes back to it, reported once per chain."""
     done, on_path = set(), []
 
     def visit(file):
@@ -96,6 +117,7 @@ def main(root, qt_folder):
         str(path.relative_to(root)): [name for _, quoted, name in includes(path) if quoted] for path in files
     }
     faults += ["include cycle: " + " > ".join(cycle) for cycle in cycles(graph)]
+    faults += ["cycle of rooms: " + " > ".join(cycle) for cycle in cycles(room_graph(graph))]
     print("\n".join(faults) or f"{len(files)} files, no fault")
     return 1 if faults else 0
 

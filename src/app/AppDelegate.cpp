@@ -19,6 +19,7 @@
 #include "pods/console/ConsoleViewController.h"
 #include "resources/changes/Confirmation.h"
 #include "resources/preview/PreviewFiles.h"
+#include "resources/widgets/Windows.h"
 #include "core/WindowState.h"
 
 #include <QApplication>

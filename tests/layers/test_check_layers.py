@@ -12,6 +12,8 @@ SOUND = {
     "core/Middle.h": '#include "platform/Low.h"\n#include <QDBusMessage>\n',
     "pods/Table.h": '#include "core/Middle.h"\n#include <QWidget>\n',
     "external/Editor.h": '#include "core/Middle.h"\n',
+    "resources/kinds/Row.h": "#include <QColor>\n",
+    "resources/table/View.h": '#include "resources/kinds/Row.h"\n#include <QTableView>\n',
     "app/Window.cpp": '#include "pods/Table.h"\n#include "external/Editor.h"\n#include "Window.moc"\n',
 }
 # What is planted where, and how the fault is reported.
@@ -31,6 +33,9 @@ FAULTS = [
     ("app/Window.cpp", '#include "../pods/Table.h"', 'app/Window.cpp:1: "../pods/Table.h" is not of the form'),
     ("core/Middle.h", '#include "core/Middle.h"', "include cycle: core/Middle.h > core/Middle.h"),
     ("platform/Low.h", '#include "platform/Loop.h"', "include cycle: platform/Low.h > platform/Loop.h > platform/Low.h"),
+    ("resources/kinds/Row.h", '#include "resources/table/Other.h"',
+     "cycle of rooms: resources/kinds > resources/table > resources/kinds"),
+    ("resources/kinds/Row.h", "#include <QLabel>", "resources/kinds/Row.h:1: resources/kinds may not include <QLabel>"),
     ("util/Stray.h", "", "util/Stray.h:1: util is no layer"),
 ]
 
@@ -39,7 +44,7 @@ def check(files, qt_folder=QT_FOLDER):
     with tempfile.TemporaryDirectory() as root:
         for name, text in files.items():
             path = Path(root, name)
-            path.parent.mkdir(exist_ok=True)
+            path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(text)
         run = subprocess.run([sys.executable, CHECK, root, qt_folder], capture_output=True, text=True)
         return run.returncode, run.stdout.splitlines()
@@ -52,7 +57,7 @@ class CheckLayers(unittest.TestCase):
     def test_planted_faults_are_found(self):
         for file, line, fault in FAULTS:
             with self.subTest(fault):
-                files = SOUND | {"platform/Loop.h": '#include "platform/Low.h"\n'}
+                files = SOUND | {"platform/Loop.h": '#include "platform/Low.h"\n', "resources/table/Other.h": ""}
                 files[file] = line + "\n" + files.get(file, "")
                 code, faults = check(files)
                 self.assertEqual(code, 1)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
+#include "platform/text/TerminalText.h"
 #include "pods/console/ConsoleText.h"
 #include "pods/console/ConsoleTextView.h"
 #include "pods/console/ConsoleViewController.h"
@@ -146,7 +147,7 @@ private Q_SLOTS:
             {u"a\tb\u0001\u007f\u0085\u202ec\ufdd0\ufffc\0"_s, u"a\tb\nc\ufffd\ufffd"_s}};
         Bench bench;
         for (const auto &[text, shown] : cases) {
-            QCOMPARE(console_text::withoutControls(text), shown);
+            QCOMPARE(terminal_text::withoutControls(text), shown);
             bench.add(u"x"_s, text);
         }
         // A document would break entries at characters of its own otherwise.

@@ -2,16 +2,15 @@
 #include "app/actionmenu/ActionMenu.h"
 
 #include "app/actionmenu/ActionLibrary.h"
-#include "app/window/ClusterWindowFrame.h"
+#include "app/actionmenu/ActionTarget.h"
 #include "app/actionmenu/CustomActionCommands.h"
-#include "app/window/MainWindowController.h"
 #include "platform/text/DisplayText.h"
 
 namespace tidewright {
 
 namespace {
 
-void validate(CustomActionCommand &command, const MainWindowController *page)
+void validate(CustomActionCommand &command, const ActionTarget *page)
 {
     const QString obstacle = page ? page->actionObstacle(*command.actionItem) : QString();
     command.setEnabled(obstacle.isEmpty());
@@ -20,10 +19,10 @@ void validate(CustomActionCommand &command, const MainWindowController *page)
 
 } // namespace
 
-ActionMenu::ActionMenu(ClusterWindowFrame &frame, ActionLibrary &library)
+ActionMenu::ActionMenu(QWidget &frame, ActionLibrary &library, std::function<ActionTarget *()> target)
     : QMenu(tr("&Actions"), &frame)
-    , m_frame(frame)
     , m_library(library)
+    , m_target(std::move(target))
 {
     setToolTipsVisible(true);
     connect(this, &QMenu::aboutToShow, this, &ActionMenu::validateMenu);
@@ -67,7 +66,7 @@ void ActionMenu::buildActionMenu()
 void ActionMenu::addFixedHead()
 {
     m_runLast = addAction(tr("Run Last Action"), QKeySequence(tr("Ctrl+'")), this, [this] {
-        if (MainWindowController *page = m_frame.currentPage()) {
+        if (ActionTarget *page = m_target()) {
             page->runLastAction();
         }
     });
@@ -87,7 +86,7 @@ void ActionMenu::addNodes(QMenu &menu, const std::vector<ActionNode> &nodes)
         if (node.item) {
             auto *item = new CustomMenuItem(node.item, &menu);
             connect(item, &QAction::triggered, this, [this, item] {
-                if (MainWindowController *page = m_frame.currentPage()) {
+                if (ActionTarget *page = m_target()) {
                     page->runAction(item->actionItem);
                 }
             });
@@ -112,18 +111,18 @@ QAction *ActionMenu::toolbarItem(const QString &title)
     if (!button) {
         button = new CustomToolbarItem(item, this);
         connect(button, &QAction::triggered, this, [this, item] {
-            if (MainWindowController *page = m_frame.currentPage()) {
+            if (ActionTarget *page = m_target()) {
                 page->runAction(item);
             }
         });
-        validate(*button, m_frame.currentPage());
+        validate(*button, m_target());
     }
     return button;
 }
 
 void ActionMenu::updateEnabled()
 {
-    MainWindowController *page = m_frame.currentPage();
+    ActionTarget *page = m_target();
     const auto last = page ? page->lastAction() : nullptr;
     m_runLast->setEnabled(last != nullptr);
     m_runLast->setToolTip(display_text::toolTip(last ? last->title() : QString()));
@@ -141,7 +140,7 @@ void ActionMenu::validateMenu()
 {
     updateEnabled();
     for (CustomMenuItem *item : findChildren<CustomMenuItem *>()) {
-        validate(*item, m_frame.currentPage());
+        validate(*item, m_target());
     }
 }
 

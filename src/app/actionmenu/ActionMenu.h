@@ -3,10 +3,12 @@
 
 #include <QMenu>
 
+#include <functional>
+
 namespace tidewright {
 
 class ActionLibrary;
-class ClusterWindowFrame;
+class ActionTarget;
 class CustomToolbarItem;
 struct ActionNode;
 
@@ -17,8 +19,8 @@ class ActionMenu : public QMenu
 {
     Q_OBJECT
 public:
-    /// `frame` owns the menu; `library` must outlive it.
-    ActionMenu(ClusterWindowFrame &frame, ActionLibrary &library);
+    /// `frame` owns the menu; `library` must outlive it. `target` is asked each time; it may be null.
+    ActionMenu(QWidget &frame, ActionLibrary &library, std::function<ActionTarget *()> target);
 
     QAction *runLastActionMenuItem() const { return m_runLast; }
     /// The toolbar button of the action of that title; null when there is no such action.
@@ -37,8 +39,8 @@ private:
     void addNodes(QMenu &menu, const std::vector<ActionNode> &nodes);
     void validateMenu();
 
-    ClusterWindowFrame &m_frame;
     ActionLibrary &m_library;
+    const std::function<ActionTarget *()> m_target;
     QAction *m_runLast = nullptr;
     bool m_outdated = false;
     QMap<QString, CustomToolbarItem *> m_toolbarItems;

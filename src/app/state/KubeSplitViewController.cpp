@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/state/KubeSplitViewController.h"
 
-#include "app/window/ClusterWindowFrame.h"
 #include "app/state/UserKubeConfig.h"
 #include "external/EditFile.h"
 #include "platform/threads/MainQueue.h"
@@ -9,6 +8,7 @@
 #include "pods/logs/view/CombinedLogsWindowController.h"
 #include "resources/changes/ClusterChange.h"
 #include "resources/listing/LoadProblem.h"
+#include "resources/widgets/Windows.h"
 
 #include <utility>
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/state/ChoiceList.h"
 #include "app/state/KubeConfigWatch.h"
 #include "platform/settings/UserDefaults.h"
 #include "core/WindowState.h"
@@ -13,16 +14,6 @@ namespace tidewright {
 
 class EditFile;
 class UserKubeConfig;
-
-/// What a cluster window's context list or namespace list shows.
-struct ChoiceList
-{
-    QStringList entries = {};
-    QString selected = {}; ///< empty when no entry is
-    bool loading = false; ///< "Loading..." stands in place of the entries
-    bool enabled = false;
-    bool acceptsOthers = false; ///< the entries need not be all there are: the user may name another one
-};
 
 /// The state of one cluster window: its kubectl, context and namespace, and the lists to choose them from.
 /// Whatever arrives for a context that is no longer chosen, or for an older request, is dropped. Owned by the

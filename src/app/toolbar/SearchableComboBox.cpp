@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/toolbar/SearchableComboBox.h"
 
-#include "app/state/KubeSplitViewController.h"
+#include "app/state/ChoiceList.h"
 #include "platform/text/DisplayText.h"
 
 #include <QKeyEvent>

@@ -33,21 +33,13 @@ constexpr QSize usualWindow(1180, 760);
 
 } // namespace
 
-void bringToFront(QWidget &window)
-{
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
-    window.raise();
-    window.activateWindow();
-}
-
 ClusterWindowFrame::ClusterWindowFrame(const WindowServices &services)
     : m_services(services)
     , m_toolBars(new QStackedWidget)
     , m_tabBar(new QTabBar)
     , m_pages(new QStackedWidget)
     , m_commands(new WindowCommands(*this, services.pages))
-    , m_actionMenu(new ActionMenu(*this, services.actions))
+    , m_actionMenu(new ActionMenu(*this, services.actions, [this] { return currentPage(); }))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setMinimumSize(minimumWindow);

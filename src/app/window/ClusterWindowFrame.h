@@ -15,9 +15,6 @@ class ActionMenu;
 class MainWindowController;
 class WindowCommands;
 
-/// Shows a window in front of the others, whatever state it was in.
-void bringToFront(QWidget &window);
-
 /// A top-level window: a group of cluster windows of which one is shown, with a tab bar once there are
 /// several. To be the current tab of the active window is to be the application's main window. Deletes itself
 /// when closed.

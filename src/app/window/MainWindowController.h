@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/actionmenu/ActionDispatcher.h"
+#include "app/actionmenu/ActionTarget.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -18,7 +19,7 @@ class SidebarController;
 
 /// One cluster window, a page of a tab group: its kubeconfig, its title, its toolbar and its content
 /// (sidebar, tables, console), each with a state of its own. Owned by the tab group that shows it.
-class MainWindowController : public QWidget
+class MainWindowController : public QWidget, public ActionTarget
 {
     Q_OBJECT
 public:
@@ -56,16 +57,11 @@ public:
     /// The tabs opened from this one; only ever appended to, those that were closed are null.
     QList<QPointer<MainWindowController>> subwindowControllers;
 
-    /// The custom action that was last chosen here; null at first.
-    const std::shared_ptr<CustomActionItem> &lastAction() const { return m_lastAction; }
-    /// Runs a custom action for what the tables show.
-    void runAction(const std::shared_ptr<CustomActionItem> &item);
-    /// Runs the last one again, for what the tables show now.
-    void runLastAction();
-    /// Many calls of `actionObstacle` follow, which together must not hold up the window.
-    void beginActionChecks() { m_dispatcher->beginChecks(); }
-    /// Why an action cannot be chosen now; empty when it can.
-    QString actionObstacle(const CustomActionItem &item) const { return m_dispatcher->obstacle(item); }
+    std::shared_ptr<CustomActionItem> lastAction() const override { return m_lastAction; }
+    void runAction(const std::shared_ptr<CustomActionItem> &item) override;
+    void runLastAction() override;
+    void beginActionChecks() override { m_dispatcher->beginChecks(); }
+    QString actionObstacle(const CustomActionItem &item) const override { return m_dispatcher->obstacle(item); }
 
 Q_SIGNALS:
     void titleChanged();

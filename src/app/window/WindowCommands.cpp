@@ -17,6 +17,7 @@
 #include "resources/widgets/NamedImages.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
+#include "resources/widgets/Windows.h"
 
 #include <QAction>
 #include <QApplication>

@@ -3,6 +3,7 @@
 
 #include "core/KubectlArguments.h"
 #include "platform/text/DisplayText.h"
+#include "platform/text/TerminalText.h"
 #include "platform/text/LinkDetection.h"
 #include "platform/threads/MainQueue.h"
 #include "pods/console/CommandEntryBar.h"
@@ -48,6 +49,7 @@ std::vector<StyledRun> styled(const ConsoleEntry &entry, const QString &error)
 {
     using namespace console_text;
     using display_text::shortened;
+    using terminal_text::withoutControls;
     std::vector<StyledRun> runs{{logDate(entry.date), console_style::date()},
         {console_style::separatorGlyph + QStringLiteral(" "), console_style::separator()},
         {withoutControls(shortened(entry.command, longestLine)) + lineFeed, console_style::text()}};

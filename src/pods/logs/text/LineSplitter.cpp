@@ -2,7 +2,7 @@
 #include "pods/logs/text/LineSplitter.h"
 
 #include "platform/text/Utf8.h"
-#include "pods/console/ConsoleText.h"
+#include "platform/text/TerminalText.h"
 
 #include <QTextBoundaryFinder>
 
@@ -30,7 +30,7 @@ qsizetype outsideOfEscape(const QByteArray &window, qsizetype cut)
         return cut;
     }
     const QString rest = QString::fromLatin1(QByteArrayView(window).sliced(escape));
-    return escape + console_text::endOfEscape(rest, 1) > cut ? escape : cut;
+    return escape + terminal_text::endOfEscape(rest, 1) > cut ? escape : cut;
 }
 
 /// How many of the window's bytes still belong to the line.

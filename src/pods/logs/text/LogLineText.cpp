@@ -2,7 +2,7 @@
 #include "pods/logs/text/LogLineText.h"
 
 #include "platform/text/Utf8.h"
-#include "pods/console/ConsoleText.h"
+#include "platform/text/TerminalText.h"
 #include "pods/logs/text/SgrSequence.h"
 
 #include <algorithm>
@@ -18,13 +18,13 @@ constexpr QChar signForNul(0x2400);
 
 bool isControl(char16_t unit)
 {
-    return unit < 0x20 || console_text::isBetween(unit, 0x7F, 0x9F);
+    return unit < 0x20 || terminal_text::isBetween(unit, 0x7F, 0x9F);
 }
 
 QChar harmless(char16_t unit)
 {
     const bool separates = unit == 0x2028 || unit == 0x2029;
-    return console_text::isReserved(unit) ? QChar(QChar::ReplacementCharacter)
+    return terminal_text::isReserved(unit) ? QChar(QChar::ReplacementCharacter)
         : separates                       ? QChar(u' ')
                                           : QChar(unit);
 }
@@ -65,11 +65,11 @@ private:
     static qsizetype endOfSequence(QStringView input, qsizetype at)
     {
         if (input[at].unicode() == escape) {
-            return console_text::endOfEscape(input, at + 1);
+            return terminal_text::endOfEscape(input, at + 1);
         }
         // The one-character form of ESC [ ends the same way.
         const QString spelledOut = QLatin1Char('[') + input.sliced(at + 1);
-        return at + console_text::endOfEscape(spelledOut, 0);
+        return at + terminal_text::endOfEscape(spelledOut, 0);
     }
 
     void skip(QStringView input, qsizetype from, qsizetype to)
@@ -95,7 +95,7 @@ private:
             } while (m_line.text.size() % tabStop != 0);
         } else if (unit == u'\b') {
             eraseLast();
-        } else if (!isControl(unit) && !console_text::changesDirection(unit)) {
+        } else if (!isControl(unit) && !terminal_text::changesDirection(unit)) {
             put(harmless(unit));
         }
     }
@@ -106,7 +106,7 @@ private:
         if (m_line.runs.empty() || m_line.runs.back().look != m_look) {
             m_line.runs.push_back({m_line.text.size(), m_look});
         }
-        m_line.isGrid = m_line.isGrid && console_text::isBetween(c.unicode(), 0x20, 0x7E);
+        m_line.isGrid = m_line.isGrid && terminal_text::isBetween(c.unicode(), 0x20, 0x7E);
         m_line.text.append(c);
         m_line.bytes.push_back(m_byte);
     }
@@ -154,7 +154,7 @@ QByteArray withoutEscapes(QByteArrayView line, std::vector<qint64> &places)
     QByteArray result;
     for (qsizetype at = 0; at < text.size();) {
         if (line[at] == '\x1b') {
-            at = console_text::endOfEscape(text, at + 1);
+            at = terminal_text::endOfEscape(text, at + 1);
             continue;
         }
         places.push_back(at);
@@ -168,7 +168,7 @@ QString plainText(QByteArray bytes)
     if (bytes.contains('\0')) {
         bytes.replace(QByteArray(1, '\0'), QString(signForNul).toUtf8());
     }
-    return console_text::withoutControls(shownUtf8(bytes));
+    return terminal_text::withoutControls(shownUtf8(bytes));
 }
 
 } // namespace tidewright

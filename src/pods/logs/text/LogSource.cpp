@@ -3,7 +3,7 @@
 
 #include "platform/text/DisplayText.h"
 #include "platform/text/Utf8.h"
-#include "pods/console/ConsoleText.h"
+#include "platform/text/TerminalText.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -45,7 +45,7 @@ QString lastLine(const QString &said, bool isReason)
 
 void LogSource::hear(QByteArrayView piece)
 {
-    said += console_text::withoutControls(shownUtf8(piece));
+    said += terminal_text::withoutControls(shownUtf8(piece));
     said = said.right(charactersKept);
     if (const auto match = choice ? QRegularExpressionMatch() : choiceLine().match(said); match.hasMatch()) {
         choice = {match.captured(2), match.captured(1)};

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "pods/logs/text/LogLineText.h"
+#include "pods/logs/text/LogLook.h"
+
+#include <QStringView>
 
 namespace tidewright {
 
