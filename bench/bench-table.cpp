@@ -95,7 +95,7 @@ double parseMergeApplySeconds(const QByteArray &listing)
 {
     std::vector<double> times;
     for (int i = 0; i < rounds; ++i) {
-        ResourceTableModel model(podKind());
+        RowStore model(podKind());
         ArrangingModel arranged(model);
         ResourceTableView view(arranged);
         view.resize(1000, 600);
@@ -188,7 +188,7 @@ void measureStalls(Report &report, double sortSeconds)
         stalls[5].push_back(stall(nullptr, [&] { header->setSortIndicator(0, Qt::DescendingOrder); }));
         stalls[6].push_back(stall(nullptr, [&] { table.setFilter(QStringLiteral("1")); }));
         stalls[7].push_back(stall(nullptr, [&] { table.setFilter(QString()); }));
-        stalls[8].push_back(stall(&table, [&] { table.clearAndReload(false); }));
+        stalls[8].push_back(stall(&table, [&] { table.clearAndReload({}); }));
     }
     for (std::size_t step = 0; step < steps.size(); ++step) {
         report.ratio(std::string("longest main-thread stall, ") + steps[step] + " / stable_sort",

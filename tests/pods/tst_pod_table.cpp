@@ -573,7 +573,7 @@ private Q_SLOTS:
         QSignalSpy finished(m_table.get(), &SharedContentViewController::loadFinished);
         m_table->reloadLogging(false);
         m_window->nameSpace = QStringLiteral("payments");
-        m_table->clearAndReload(false);
+        m_table->clearAndReload({});
         QVERIFY(m_table->tableItems().empty()); // at once
         QVERIFY(finished.wait(patience));
         const auto listed = m_demo->kubectl({QStringLiteral("get"), QStringLiteral("po"),

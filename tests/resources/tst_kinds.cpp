@@ -351,12 +351,12 @@ void tst_kinds::eventsKeepTheirMoment()
     };
     StubWindow window;
     EventController table(window);
-    auto &model = *qobject_cast<ResourceTableModel *>(table.arrangedObjects().sourceModel());
+    auto &store = *table.findChild<RowStore *>();
     const auto list = [&](const QByteArray &listing) {
-        MergeResult merged = mergeListing(kind, listing, model.tableItems());
-        model.replaceRows(merged.changed);
-        model.removeRowsAt(merged.stale);
-        model.appendRows(merged.added);
+        MergeResult merged = mergeListing(kind, listing, store.rows());
+        store.replaceRows(merged.changed);
+        store.removeRowsAt(merged.stale);
+        store.appendRows(merged.added);
         QStringList shown;
         for (int row = 0; row < table.arrangedObjects().rowCount(); ++row) {
             shown.append(table.arrangedObjects().arrangedRow(row)->name);
@@ -369,10 +369,10 @@ void tst_kinds::eventsKeepTheirMoment()
     // Changed rows are copies; what is new comes on top, and the table's own order is that of its coming.
     QCOMPARE(list(line("middle", "b") + line("new", "b") + line("newer", "a") + line("newest", "a")),
         u"newest newer new middle"_s);
-    QCOMPARE(model.tableItems().back()->name, u"newer"_s);
-    QCOMPARE(static_cast<const Event &>(*model.tableItems()[0]).reason, u"b"_s);
-    QCOMPARE(static_cast<const Event &>(*model.tableItems()[0]).startDate, first);
-    QCOMPARE(static_cast<const Event &>(*model.tableItems().back()).startDate, now);
+    QCOMPARE(store.rows().back()->name, u"newer"_s);
+    QCOMPARE(static_cast<const Event &>(*store.rows()[0]).reason, u"b"_s);
+    QCOMPARE(static_cast<const Event &>(*store.rows()[0]).startDate, first);
+    QCOMPARE(static_cast<const Event &>(*store.rows().back()).startDate, now);
     now = first;
 }
 

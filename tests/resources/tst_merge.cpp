@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SampleKind.h"
 #include "resources/listing/Merge.h"
-#include "resources/listing/ResourceTableModel.h"
+#include "resources/listing/RowStore.h"
 
 #include <QSet>
 #include <QTest>
@@ -54,11 +54,11 @@ struct LiteralTable
     }
 };
 
-void apply(const MergeResult &result, ResourceTableModel &model)
+void apply(const MergeResult &result, RowStore &store)
 {
-    model.replaceRows(result.changed);
-    model.removeRowsAt(result.stale);
-    model.appendRows(result.added);
+    store.replaceRows(result.changed);
+    store.removeRowsAt(result.stale);
+    store.appendRows(result.added);
 }
 
 QString listingOf(const Rows &rows)
@@ -104,13 +104,13 @@ class TestMerge : public QObject
 
     /// What a command on a row does, such as a scale: the row is another one until the next listing says
     /// otherwise.
-    void changeOneRow(LiteralTable &expected, ResourceTableModel &model)
+    void changeOneRow(LiteralTable &expected, RowStore &store)
     {
-        const auto position = static_cast<std::size_t>(below(model.rowCount()));
-        auto copy = std::make_shared<SampleItem>(sample(*model.tableItems()[position]));
+        const auto position = static_cast<std::size_t>(below(int(store.rows().size())));
+        auto copy = std::make_shared<SampleItem>(sample(*store.rows()[position]));
         expected.rows[position]->count = copy->count = 99;
         const std::pair<std::size_t, Row> change{position, copy};
-        model.replaceRows({&change, 1});
+        store.replaceRows({&change, 1});
     }
 
 private Q_SLOTS:
@@ -126,23 +126,23 @@ private Q_SLOTS:
         QFETCH(bool, lastLineFirst);
         ResourceKind kind = sampleKind();
         kind.lastLineFirst = lastLineFirst;
-        ResourceTableModel model(kind);
+        RowStore store(kind);
         LiteralTable expected;
         for (int round = 0; round < 2000; ++round) {
-            const QString listing = below(4) ? randomListing() : listingOf(model.tableItems());
-            if (model.rowCount() > 0 && below(3) == 0) {
-                changeOneRow(expected, model);
+            const QString listing = below(4) ? randomListing() : listingOf(store.rows());
+            if (int(store.rows().size()) > 0 && below(3) == 0) {
+                changeOneRow(expected, store);
             }
-            const Rows before = model.tableItems();
+            const Rows before = store.rows();
             const MergeResult result = mergeListing(kind, listing.toUtf8(), before);
             for (const auto &[position, row] : result.changed) {
                 QVERIFY2(!kind.equal(*row, *before[position]), qPrintable(listing));
             }
-            apply(result, model);
+            apply(result, store);
             expected.merge(listing, lastLineFirst);
-            QCOMPARE(model.tableItems().size(), expected.rows.size());
+            QCOMPARE(store.rows().size(), expected.rows.size());
             for (std::size_t i = 0; i < expected.rows.size(); ++i) {
-                const SampleItem &row = sample(*model.tableItems()[i]);
+                const SampleItem &row = sample(*store.rows()[i]);
                 QVERIFY2(row == *expected.rows[i], qPrintable(listing));
                 QCOMPARE(row.startTimeInterval, expected.rows[i]->startTimeInterval);
                 row.startTimeInterval = expected.rows[i]->startTimeInterval = round;
@@ -178,17 +178,17 @@ private Q_SLOTS:
     /// Workers read the rows that they were given while the table goes on changing.
     void mergesBesideChanges()
     {
-        ResourceTableModel model(sampleKind());
+        RowStore store(sampleKind());
         std::atomic<int> faults = 0;
         for (int round = 0; round < 60; ++round) {
             Rows fresh;
             for (int i = 0; i < 100; ++i) {
                 fresh.push_back(std::make_shared<SampleItem>(QStringLiteral("pod-%1-%2").arg(round).arg(i)));
             }
-            model.appendRows(fresh);
+            store.appendRows(fresh);
             std::atomic<bool> released = false;
             std::thread worker(
-                [&faults, &released, kind = model.kind(), snapshot = model.snapshot()]() mutable {
+                [&faults, &released, kind = store.kind(), snapshot = store.snapshot()]() mutable {
                     for (int i = 0; i < 3; ++i) {
                         const auto result = mergeListing(kind, listingOf(*snapshot).toUtf8(), *snapshot);
                         faults += !result.changed.empty() || !result.stale.empty() || !result.added.empty();
@@ -201,18 +201,18 @@ private Q_SLOTS:
                 std::this_thread::yield();
             }
             for (int i = 0; i < 20; ++i) {
-                const auto position = static_cast<std::size_t>(below(model.rowCount()));
-                auto copy = std::make_shared<SampleItem>(sample(*model.tableItems()[position]));
+                const auto position = static_cast<std::size_t>(below(int(store.rows().size())));
+                auto copy = std::make_shared<SampleItem>(sample(*store.rows()[position]));
                 copy->count += 1;
                 copy->startTimeString = QStringLiteral("2019-04-02T10:00:00Z");
                 const std::pair<std::size_t, Row> change{position, copy};
-                model.replaceRows({&change, 1});
-                model.data(model.index(below(model.rowCount()), 3));
-                const std::size_t removed = static_cast<std::size_t>(below(model.rowCount()));
-                model.removeRowsAt({&removed, 1});
+                store.replaceRows({&change, 1});
+                store.rows()[static_cast<std::size_t>(below(int(store.rows().size())))]->getAge();
+                const std::size_t removed = static_cast<std::size_t>(below(int(store.rows().size())));
+                store.removeRowsAt({&removed, 1});
             }
             if (round % 20 == 19) {
-                model.clear();
+                store.clear();
             }
             worker.join();
         }

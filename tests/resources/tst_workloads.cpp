@@ -379,7 +379,7 @@ void tst_workloads::notInAllNamespacesNorAfterAMove()
 
 void tst_workloads::manySingleRowsSelected()
 {
-    ResourceTableModel model(deploymentKind());
+    RowStore model(deploymentKind());
     Rows rows;
     for (int i = 0; i < 16'000; ++i) {
         rows.push_back(std::make_shared<Deployment>(u"web-%1"_s.arg(i)));
@@ -390,7 +390,7 @@ void tst_workloads::manySingleRowsSelected()
     const auto timeFor = [&](int count) {
         QItemSelection selection;
         for (int row = 2 * (count - 1); row >= 0; row -= 2) { // from the bottom to the top
-            selection.select(arranged.index(row, 0), arranged.index(row, model.columnCount() - 1));
+            selection.select(arranged.index(row, 0), arranged.index(row, arranged.columnCount() - 1));
         }
         view.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
         double best = 1e9;

@@ -137,7 +137,7 @@ void PrimaryContentController::loadHiddenTables()
     m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
         if (!controller->isListing() && !controller->rowsAsOf().isValid()) {
-            controller->clearAndReload(false, nicenessOfHidden);
+            controller->clearAndReload({.niceness = nicenessOfHidden});
         }
     }
 }

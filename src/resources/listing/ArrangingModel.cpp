@@ -9,22 +9,45 @@
 
 namespace tidewright {
 
-ArrangingModel::ArrangingModel(ResourceTableModel &source, QObject *parent)
-    : QAbstractProxyModel(parent)
-    , m_source(&source)
+namespace {
+
+QVariant nameOrNothing(const std::function<QString(const KubeTableItem &)> &name, const KubeTableItem &row)
 {
-    setSourceModel(&source);
-    connect(&source, &ResourceTableModel::rowsReplaced, this, &ArrangingModel::sourceReplaced);
-    connect(&source, &ResourceTableModel::rowsAboutToBeRemovedAt, this, &ArrangingModel::sourceAboutToRemove);
-    connect(&source, &ResourceTableModel::rowsRemovedAt, this, &ArrangingModel::sourceRemoved);
-    connect(&source, &ResourceTableModel::rowsAppended, this, &ArrangingModel::sourceAppended);
-    connect(&source, &ResourceTableModel::columnRefreshed, this, [this](int column) {
-        if (!m_positions.empty()) {
-            Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column), {Qt::DisplayRole});
-        }
-    });
-    connect(&source, &QObject::destroyed, this, &ArrangingModel::sourceDestroyed);
-    sourceAppended(0);
+    const QString text = name ? name(row) : QString();
+    return text.isEmpty() ? QVariant() : QVariant(text);
+}
+
+QVariant columnData(const Column &column, const KubeTableItem &row, int role)
+{
+    switch (role) {
+    case Qt::DisplayRole:
+        return column.text(row);
+    case Qt::TextAlignmentRole:
+        return QVariant::fromValue(column.alignment);
+    case ArrangingModel::NameRole:
+        return row.name;
+    case ArrangingModel::ImageNameRole:
+        return nameOrNothing(column.image, row);
+    case ArrangingModel::ColourNameRole:
+        return nameOrNothing(column.colour, row);
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+ArrangingModel::ArrangingModel(RowStore &store, QObject *parent)
+    : QAbstractTableModel(parent)
+    , m_store(&store)
+{
+    connect(&store, &RowStore::rowsReplaced, this, &ArrangingModel::storeReplaced);
+    connect(&store, &RowStore::rowsAboutToBeRemovedAt, this, &ArrangingModel::storeAboutToRemove);
+    connect(&store, &RowStore::rowsRemovedAt, this, &ArrangingModel::storeRemoved);
+    connect(&store, &RowStore::rowsAppended, this, &ArrangingModel::storeAppended);
+    connect(&store, &RowStore::timePassed, this, &ArrangingModel::timePassed);
+    connect(&store, &QObject::destroyed, this, &ArrangingModel::storeDestroyed);
+    storeAppended(0);
 }
 
 const QList<SortDescriptor> &ArrangingModel::sorts() const
@@ -36,15 +59,15 @@ void ArrangingModel::setSorts(const QList<SortDescriptor> &sorts)
 {
     QList<SortDescriptor> known = sorts;
     known.removeIf([this](const SortDescriptor &s) { return s.column < 0 || s.column >= columnCount(); });
-    if (known == m_sorts || !m_source) {
+    if (known == m_sorts || !m_store) {
         return;
     }
-    const ResourceTableModel::Change change(*m_source);
+    const RowStore::Change change(*m_store);
     if (!change) {
         return;
     }
     m_sorts = known;
-    m_rowOrder.reset(m_source->kind().columns, m_sorts, m_source->tableItems());
+    m_rowOrder.reset(m_store->kind().columns, m_sorts, m_store->rows());
     Positions order = m_positions;
     m_rowOrder.sort(order);
     reorder(std::move(order));
@@ -62,10 +85,10 @@ QString ArrangingModel::filter() const
 
 void ArrangingModel::setFilter(const QString &text)
 {
-    if (text == m_filter || !m_source) {
+    if (text == m_filter || !m_store) {
         return;
     }
-    const ResourceTableModel::Change change(*m_source);
+    const RowStore::Change change(*m_store);
     if (!change) {
         return;
     }
@@ -86,18 +109,23 @@ void ArrangingModel::setFilter(const QString &text)
 bool ArrangingModel::accepts(int position) const
 {
     return m_filter.isEmpty()
-        || m_matcher.indexIn(m_source->tableItems()[static_cast<std::size_t>(position)]->foldedName) >= 0;
+        || m_matcher.indexIn(m_store->rows()[static_cast<std::size_t>(position)]->foldedName) >= 0;
 }
 
 const Row &ArrangingModel::arrangedRow(int row) const
 {
     const int position = m_positions.at(static_cast<std::size_t>(row));
-    return m_source->tableItems()[static_cast<std::size_t>(position)];
+    return m_store->rows()[static_cast<std::size_t>(position)];
 }
 
-void ArrangingModel::sourceAppended(std::size_t firstPosition)
+std::size_t ArrangingModel::positionOf(int row) const
 {
-    const Rows &rows = m_source->tableItems();
+    return static_cast<std::size_t>(m_positions.at(static_cast<std::size_t>(row)));
+}
+
+void ArrangingModel::storeAppended(std::size_t firstPosition)
+{
+    const Rows &rows = m_store->rows();
     m_rowOrder.append(std::span(rows).subspan(firstPosition));
     m_rows.resize(rows.size(), -1);
     Positions entering;
@@ -109,7 +137,7 @@ void ArrangingModel::sourceAppended(std::size_t firstPosition)
     show(std::move(entering));
 }
 
-void ArrangingModel::sourceReplaced(std::span<const std::size_t> positions)
+void ArrangingModel::storeReplaced(std::span<const std::size_t> positions)
 {
     Positions leaving;
     Positions entering;
@@ -117,7 +145,7 @@ void ArrangingModel::sourceReplaced(std::span<const std::size_t> positions)
     Positions moving;
     for (const std::size_t i : positions) {
         const auto position = static_cast<int>(i);
-        const bool keyChanged = m_rowOrder.replace(position, *m_source->tableItems()[i]);
+        const bool keyChanged = m_rowOrder.replace(position, *m_store->rows()[i]);
         const bool shown = m_rows[i] >= 0;
         if (shown != accepts(position)) {
             (shown ? leaving : entering).push_back(position);
@@ -134,7 +162,7 @@ void ArrangingModel::sourceReplaced(std::span<const std::size_t> positions)
     show(std::move(entering));
 }
 
-void ArrangingModel::sourceAboutToRemove(std::span<const std::size_t> positions)
+void ArrangingModel::storeAboutToRemove(std::span<const std::size_t> positions)
 {
     Positions leaving;
     for (const std::size_t position : positions) {
@@ -145,7 +173,7 @@ void ArrangingModel::sourceAboutToRemove(std::span<const std::size_t> positions)
     hide(leaving);
 }
 
-void ArrangingModel::sourceRemoved(std::span<const std::size_t> positions)
+void ArrangingModel::storeRemoved(std::span<const std::size_t> positions)
 {
     m_rowOrder.removeAt(positions);
     eraseAt(m_rows, positions);
@@ -156,10 +184,19 @@ void ArrangingModel::sourceRemoved(std::span<const std::size_t> positions)
     }
 }
 
-void ArrangingModel::sourceDestroyed()
+void ArrangingModel::timePassed()
+{
+    for (int column = 0; column < columnCount() && !m_positions.empty(); ++column) {
+        if (m_store->kind().columns[static_cast<std::size_t>(column)].movesWithTime) {
+            Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column), {Qt::DisplayRole});
+        }
+    }
+}
+
+void ArrangingModel::storeDestroyed()
 {
     beginResetModel();
-    m_source = nullptr;
+    m_store = nullptr;
     m_positions.clear();
     m_rows.clear();
     endResetModel();
@@ -287,16 +324,6 @@ void ArrangingModel::updateRows()
     }
 }
 
-QModelIndex ArrangingModel::index(int row, int column, const QModelIndex &parent) const
-{
-    return hasIndex(row, column, parent) ? createIndex(row, column) : QModelIndex();
-}
-
-QModelIndex ArrangingModel::parent(const QModelIndex & /*child*/) const
-{
-    return {};
-}
-
 int ArrangingModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : static_cast<int>(m_positions.size());
@@ -304,36 +331,32 @@ int ArrangingModel::rowCount(const QModelIndex &parent) const
 
 int ArrangingModel::columnCount(const QModelIndex &parent) const
 {
-    return parent.isValid() || !m_source ? 0 : m_source->columnCount();
+    return parent.isValid() || !m_store ? 0 : static_cast<int>(m_store->kind().columns.size());
 }
 
-bool ArrangingModel::hasChildren(const QModelIndex &parent) const
+QVariant ArrangingModel::data(const QModelIndex &index, int role) const
 {
-    return rowCount(parent) > 0 && columnCount(parent) > 0;
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
+        return {};
+    }
+    const Column &column = m_store->kind().columns[static_cast<std::size_t>(index.column())];
+    return columnData(column, *arrangedRow(index.row()), role);
 }
 
 QVariant ArrangingModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    return m_source ? m_source->headerData(section, orientation, role) : QVariant();
-}
-
-QModelIndex ArrangingModel::mapToSource(const QModelIndex &proxyIndex) const
-{
-    const int row = proxyIndex.row();
-    if (!m_source || !proxyIndex.isValid() || proxyIndex.model() != this || row >= rowCount()) {
+    if (orientation != Qt::Horizontal || section < 0 || section >= columnCount()) {
         return {};
     }
-    return m_source->index(m_positions[static_cast<std::size_t>(row)], proxyIndex.column());
-}
-
-QModelIndex ArrangingModel::mapFromSource(const QModelIndex &sourceIndex) const
-{
-    const auto position = static_cast<std::size_t>(sourceIndex.row());
-    if (!m_source || !sourceIndex.isValid() || sourceIndex.model() != m_source || position >= m_rows.size()) {
+    const Column &column = m_store->kind().columns[static_cast<std::size_t>(section)];
+    switch (role) {
+    case Qt::DisplayRole:
+        return column.title;
+    case Qt::TextAlignmentRole:
+        return QVariant::fromValue(column.alignment);
+    default:
         return {};
     }
-    const int row = m_rows[position];
-    return row < 0 ? QModelIndex() : createIndex(row, sourceIndex.column());
 }
 
 } // namespace tidewright

@@ -19,10 +19,10 @@ constexpr std::chrono::milliseconds exitNotice(100); // between a child's end of
 
 } // namespace
 
-ListingPipeline::ListingPipeline(ResourceTableModel &model, QObject *parent)
+ListingPipeline::ListingPipeline(RowStore &store, QObject *parent)
     : QObject(parent)
-    , m_model(model)
-    , m_kind(std::make_shared<ResourceKind>(model.kind()))
+    , m_store(store)
+    , m_kind(std::make_shared<ResourceKind>(store.kind()))
 {
 }
 
@@ -86,7 +86,7 @@ void ListingPipeline::clear()
     m_arrived.clear();
     m_merging.reset();
     m_application = {};
-    m_model.clear();
+    m_store.clear();
     if (wasLoading) {
         Q_EMIT loadingChanged(false);
     }
@@ -152,7 +152,7 @@ void ListingPipeline::mergeNext()
     m_arrived.pop_front();
     m_merging = id;
     shellQueue().post([self = QPointer(this), id, kind = m_kind, listing = find(id)->listing,
-                          snapshot = m_model.snapshot()]() mutable {
+                          snapshot = m_store.snapshot()]() mutable {
         auto result = std::make_shared<MergeResult>(mergeListing(*kind, listing, *snapshot));
         snapshot.reset(); // or the model would copy its rows before the first change
         postToMain(self, [id, result](ListingPipeline &pipeline) { pipeline.merged(id, result); });
@@ -184,14 +184,14 @@ void ListingPipeline::applySlice(quint64 id)
     while (elapsed.elapsed() < sliceMilliseconds) {
         if (m_application.changedDone < merged.changed.size()) {
             const std::size_t count = std::min(chunkRows, merged.changed.size() - m_application.changedDone);
-            m_model.replaceRows(std::span(merged.changed).subspan(m_application.changedDone, count));
+            m_store.replaceRows(std::span(merged.changed).subspan(m_application.changedDone, count));
             m_application.changedDone += count;
         } else if (!merged.stale.empty()) {
-            m_model.removeRowsAt(merged.stale);
+            m_store.removeRowsAt(merged.stale);
             merged.stale.clear();
         } else if (m_application.addedDone < merged.added.size()) {
             const std::size_t count = std::min(chunkRows, merged.added.size() - m_application.addedDone);
-            m_model.appendRows(std::span(merged.added).subspan(m_application.addedDone, count));
+            m_store.appendRows(std::span(merged.added).subspan(m_application.addedDone, count));
             m_application.addedDone += count;
         } else {
             Q_EMIT rowsChanged();

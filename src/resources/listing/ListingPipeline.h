@@ -3,7 +3,7 @@
 
 #include "core/Shell.h"
 #include "resources/listing/Merge.h"
-#include "resources/listing/ResourceTableModel.h"
+#include "resources/listing/RowStore.h"
 
 #include <QDateTime>
 
@@ -32,7 +32,7 @@ class ListingPipeline : public QObject
 {
     Q_OBJECT
 public:
-    explicit ListingPipeline(ResourceTableModel &model, QObject *parent = nullptr);
+    explicit ListingPipeline(RowStore &store, QObject *parent = nullptr);
     ~ListingPipeline() override;
 
     /// Runs `arguments`, followed by the kind's output arguments, on `shell`. When that fails in a way for
@@ -52,7 +52,7 @@ public:
 
 Q_SIGNALS:
     void loadingChanged(bool loading);
-    /// A slice of changes is in the model.
+    /// A slice of changes is in the store.
     void rowsChanged();
     void finished(const tidewright::LoadOutcome &outcome);
 
@@ -88,7 +88,7 @@ private:
     void finish(quint64 id);
     void endLoads();
 
-    ResourceTableModel &m_model;
+    RowStore &m_store;
     std::shared_ptr<const ResourceKind> m_kind; // for the workers
     std::deque<Load> m_loads;
     std::deque<quint64> m_arrived; // listings that wait for their merge

@@ -3,7 +3,7 @@
 
 #include "platform/text/DisplayText.h"
 #include "resources/widgets/NamedImages.h"
-#include "resources/listing/ResourceTableModel.h"
+#include "resources/listing/ArrangingModel.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -15,12 +15,12 @@ namespace tidewright {
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
-    if (const QString image = index.data(ResourceTableModel::ImageNameRole).toString(); !image.isEmpty()) {
+    if (const QString image = index.data(ArrangingModel::ImageNameRole).toString(); !image.isEmpty()) {
         option->features |= QStyleOptionViewItem::HasDecoration;
         option->icon = namedImage(image);
         option->decorationSize = QSize(12, 12);
     }
-    const QColor colour = namedColour(index.data(ResourceTableModel::ColourNameRole).toString());
+    const QColor colour = namedColour(index.data(ArrangingModel::ColourNameRole).toString());
     if (colour.isValid() && !(option->state & QStyle::State_Selected)) {
         option->palette.setColor(QPalette::Text, colour);
     }

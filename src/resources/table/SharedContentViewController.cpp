@@ -6,6 +6,7 @@
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ClusterChange.h"
 #include "resources/listing/LoadProblem.h"
+#include "resources/listing/TableStatus.h"
 #include "resources/preview/PreviewPanel.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/changes/RowDeletion.h"
@@ -16,7 +17,6 @@
 #include <QClipboard>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QLocale>
 #include <QMenu>
 #include <QProgressBar>
 #include <QVBoxLayout>
@@ -35,15 +35,15 @@ SharedContentViewController::SharedContentViewController(
     ResourceKind kind, WindowState &window, QWidget *parent)
     : QWidget(parent)
     , m_window(window)
-    , m_model(new ResourceTableModel(std::move(kind), this))
-    , m_arranged(new ArrangingModel(*m_model, this))
-    , m_pipeline(new ListingPipeline(*m_model, this))
+    , m_store(new RowStore(std::move(kind), this))
+    , m_arranged(new ArrangingModel(*m_store, this))
+    , m_loader(new TableLoader(*m_store, window, this))
     , m_tableView(new ResourceTableView(*m_arranged))
     , m_statusBar(new TableStatusBar)
     , m_previews(std::make_unique<TablePreviews>(*m_tableView, m_window, this->kind()))
 {
     m_tableView->setAccessibleName(this->kind().tableName);
-    for (int index = 0; index < m_model->columnCount(); ++index) {
+    for (int index = 0; index < m_arranged->columnCount(); ++index) {
         const Column &column = this->kind().columns[static_cast<std::size_t>(index)];
         m_tableView->setColumnWidth(index, column.width);
         m_tableView->setColumnHidden(index, column.hidden);
@@ -78,16 +78,19 @@ void SharedContentViewController::buildLayout()
 
 void SharedContentViewController::connectParts()
 {
-    connect(m_pipeline, &ListingPipeline::loadingChanged, this, &SharedContentViewController::showLoading);
+    connect(m_loader, &TableLoader::loadingChanged, this, &SharedContentViewController::showLoading);
     m_progressDelay.setSingleShot(true);
     m_progressDelay.setInterval(progressDelay);
     connect(&m_progressDelay, &QTimer::timeout, m_progress, &QWidget::show);
-    connect(m_pipeline, &ListingPipeline::rowsChanged, this, [this] {
+    connect(m_loader, &TableLoader::rowsChanged, this, [this] {
         updateStatus();
         rowsChanged();
     });
     connect(&m_window, &WindowState::loadingHintChanged, this, &SharedContentViewController::updateStatus);
-    connect(m_pipeline, &ListingPipeline::finished, this, &SharedContentViewController::applyOutcome);
+    connect(m_loader, &TableLoader::finished, this, [this] {
+        updateStatus();
+        Q_EMIT loadFinished();
+    });
     connect(m_statusBar, &TableStatusBar::stopRequested, this, &SharedContentViewController::stopLoading);
     connect(m_tableView, &ResourceTableView::contextMenuRequested, this,
         &SharedContentViewController::showContextMenu);
@@ -129,44 +132,31 @@ void SharedContentViewController::setFilterField(QLineEdit *field)
     m_filterField = field;
 }
 
+void SharedContentViewController::load(const LoadRequest &request)
+{
+    m_loader->load(request);
+    updateStatus();
+}
+
 void SharedContentViewController::reload()
 {
-    if (canLoad()) {
-        loadContent(true);
+    if (m_loader->canLoad()) {
+        load({.logged = true});
     } else {
         m_window.retryLoading();
     }
 }
 
-/// Without a namespace kubectl could only complain, and while a context is being switched it would list the
-/// old namespace in the new context. The table says so in place of rows.
-bool SharedContentViewController::canLoad() const
-{
-    return !m_window.currentNamespace().isEmpty() && m_window.loadingHint().isEmpty();
-}
-
-void SharedContentViewController::reloadLogging(bool logToConsole)
-{
-    loadContent(logToConsole);
-}
-
 void SharedContentViewController::clear()
 {
-    m_rowsAsOf = QDateTime();
-    m_problem.clear();
-    m_loadFailed = false;
     m_previews->forget();
-    m_pipeline->clear();
-    rowsChanged();
-    updateStatus();
+    m_loader->clear();
 }
 
-void SharedContentViewController::clearAndReload(bool logToConsole, int niceness)
+void SharedContentViewController::clearAndReload(const LoadRequest &request)
 {
     clear();
-    m_niceness = niceness;
-    loadContent(logToConsole);
-    m_niceness = 0;
+    load(request);
 }
 
 void SharedContentViewController::reloadContent()
@@ -174,110 +164,32 @@ void SharedContentViewController::reloadContent()
     reload();
 }
 
-void SharedContentViewController::loadContent(bool logToConsole)
-{
-    startLoad(logToConsole, false);
-}
-
 void SharedContentViewController::refresh()
 {
-    m_model->timePasses();
-    if (!m_pipeline->hasUnattendedLoad()) {
-        startLoad(false, true);
+    m_store->timePasses();
+    if (!m_loader->hasUnattendedLoad()) {
+        load({.unattended = true});
     }
-}
-
-void SharedContentViewController::startLoad(bool logToConsole, bool unattended)
-{
-    if (kind().listWord.isEmpty()) {
-        writeDiagnostic(QStringLiteral("loadContent() requires override"));
-        return;
-    }
-    if (!canLoad()) {
-        updateStatus();
-        return;
-    }
-    const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
-    shell->niceness = m_niceness;
-    m_pipeline->load(shell, listingArguments(), logToConsole, unattended);
-}
-
-QStringList SharedContentViewController::listingArguments() const
-{
-    return QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), kind().listWord,
-        contextArgument(m_window.currentContext()), namespaceArgument(m_window.currentNamespace())};
-}
-
-void SharedContentViewController::applyOutcome(const LoadOutcome &outcome)
-{
-    if (outcome.stopped) {
-        m_problem = tr("Loading was stopped.");
-        m_loadFailed = false;
-        if (!tableItems().empty()) {
-            m_problem += QLatin1Char('\n') + tr("The rows are those of an earlier load.");
-        }
-    } else {
-        m_rowsAsOf = outcome.startedAt;
-        m_problem = loadProblem(outcome);
-        m_loadFailed = !m_problem.isEmpty() && tableItems().empty();
-    }
-    updateStatus();
-    Q_EMIT loadFinished();
 }
 
 void SharedContentViewController::updateStatus()
 {
-    const int shown = m_arranged->rowCount();
-    const auto all = static_cast<int>(tableItems().size());
-    const QLocale locale;
-    const QString noun = kind().tableName.toLower();
-    QString counts = shown == all
-        ? tr("%1 %2").arg(locale.toString(all), all == 1 ? kind().humanReadableResourceName : noun)
-        : tr("%1 of %2 %3").arg(locale.toString(shown), locale.toString(all), noun);
-    if (const int selected = m_tableView->selectedRowCount(); selected > 0) {
-        counts += QStringLiteral("  ·  ") + tr("%1 selected").arg(locale.toString(selected));
-    }
-    // After a failure nobody knows how many there are.
-    m_statusBar->setCounts(m_loadFailed || !m_rowsAsOf.isValid() ? QString() : counts);
-    m_statusBar->setAsOf(m_loadFailed ? QDateTime() : m_rowsAsOf);
-    m_statusBar->setLoadingSince(
-        m_pipeline->isLoading() ? m_pipeline->loadingSince() : m_window.waitingSince());
-    m_statusBar->setWarning(shown > 0 ? firstLine(m_problem) : QString(), m_problem);
-    const QString reason = shown > 0 ? QString() : emptyReason();
+    const TableFacts facts{.shown = m_arranged->rowCount(),
+        .all = static_cast<int>(tableItems().size()),
+        .selected = m_tableView->selectedRowCount(),
+        .filter = filter(),
+        .nameSpace = m_window.currentNamespace(),
+        .hint = m_window.loadingHint(),
+        .problem = problem(),
+        .hasFailed = m_loader->hasFailed(),
+        .isLoading = isListing(),
+        .hasBeenLoaded = rowsAsOf().isValid()};
+    m_statusBar->setCounts(countsText(kind(), facts));
+    m_statusBar->setAsOf(facts.hasFailed ? QDateTime() : rowsAsOf());
+    m_statusBar->setLoadingSince(isListing() ? m_loader->loadingSince() : m_window.waitingSince());
+    m_statusBar->setWarning(facts.shown > 0 ? firstLine(facts.problem) : QString(), facts.problem);
+    const QString reason = facts.shown > 0 ? QString() : emptyReason(kind(), facts);
     m_tableView->setEmptyText(firstLine(reason), reason.section(QLatin1Char('\n'), 1));
-}
-
-/// Why there is nothing to see: a sentence, and further lines of details.
-QString SharedContentViewController::emptyReason() const
-{
-    const QString noun = kind().tableName.toLower();
-    if (!tableItems().empty()) {
-        return tr("No %1 match “%2”.").arg(noun, filter());
-    }
-    if (m_pipeline->isLoading()) {
-        return tr("Loading %1…").arg(noun);
-    }
-    if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
-        return hint;
-    }
-    if (m_window.currentNamespace().isEmpty()) {
-        return tr("No namespace is chosen.");
-    }
-    if (m_loadFailed) {
-        return tr("The %1 could not be loaded.").arg(noun) + QLatin1Char('\n') + m_problem;
-    }
-    if (!m_problem.isEmpty()) {
-        return m_problem;
-    }
-    if (!m_rowsAsOf.isValid()) {
-        return tr("The %1 have not been loaded yet.").arg(noun);
-    }
-    if (!kind().namespaced) {
-        return tr("No %1 in this cluster.").arg(noun);
-    }
-    return m_window.currentNamespace() == allNamespaces
-        ? tr("No %1 in any namespace.").arg(noun)
-        : tr("No %1 in namespace %2.").arg(noun, m_window.currentNamespace());
 }
 
 int SharedContentViewController::chosenCount() const
@@ -405,14 +317,13 @@ void SharedContentViewController::viewLogs()
 
 void SharedContentViewController::replaceRow(const QModelIndex &index, const Row &row)
 {
-    const auto position = static_cast<std::size_t>(m_arranged->mapToSource(index).row());
-    const std::pair<std::size_t, Row> changed(position, row);
-    m_model->replaceRows(std::span(&changed, 1));
+    const std::pair<std::size_t, Row> changed(m_arranged->positionOf(index.row()), row);
+    m_store->replaceRows(std::span(&changed, 1));
 }
 
 void SharedContentViewController::stopLoading()
 {
-    m_pipeline->stop();
+    m_loader->stop();
     m_window.stopWaiting();
 }
 

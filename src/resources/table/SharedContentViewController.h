@@ -2,7 +2,7 @@
 #pragma once
 
 #include "resources/listing/ArrangingModel.h"
-#include "resources/listing/ListingPipeline.h"
+#include "resources/listing/TableLoader.h"
 #include "core/WindowState.h"
 
 #include <QDateTime>
@@ -33,10 +33,10 @@ public:
     SharedContentViewController(ResourceKind kind, WindowState &window, QWidget *parent = nullptr);
     ~SharedContentViewController() override;
 
-    const ResourceKind &kind() const { return m_model->kind(); }
-    const Rows &tableItems() const { return m_model->tableItems(); }
+    const ResourceKind &kind() const { return m_store->kind(); }
+    const Rows &tableItems() const { return m_store->rows(); }
     /// Changes with every change of `tableItems`.
-    quint64 generation() const { return m_model->generation(); }
+    quint64 generation() const { return m_store->generation(); }
     ArrangingModel &arrangedObjects() const { return *m_arranged; }
     ResourceTableView &tableView() const { return *m_tableView; }
     WindowState &kubeSplitViewController() const { return m_window; }
@@ -44,31 +44,33 @@ public:
     /// True from the start of a load until its rows are shown, and while `setLoading` says so.
     bool isLoading() const { return isListing() || m_otherWork > 0; }
     /// The same without what `setLoading` says.
-    bool isListing() const { return m_pipeline->isLoading(); }
+    bool isListing() const { return m_loader->isLoading(); }
     /// Shows the table as loading while something else than its own loads is being done for it. Each true is
     /// taken back by one false.
     void setLoading(bool loading);
     /// There is something for `stopLoading` to end.
     bool canStopLoading() const { return isListing() || m_window.waitingSince().isValid(); }
-    /// The moment to which the shown rows are known to be true (the start of the load they came with);
-    /// invalid before the first one.
-    QDateTime rowsAsOf() const { return m_rowsAsOf; }
-    /// Why the table is empty or incomplete, the first line being a sentence; empty when all is well.
-    QString problem() const { return m_problem; }
+    /// As the loader has them.
+    QDateTime rowsAsOf() const { return m_loader->rowsAsOf(); }
+    QString problem() const { return m_loader->problem(); }
 
     QString filter() const { return m_arranged->filter(); }
     void setFilter(const QString &text);
     /// The field that `selectFilter` moves the keyboard focus to.
     void setFilterField(QLineEdit *field);
 
-    // What the tab container and the window drive every table by.
+    /// Starts one load: kubectl, merge, apply.
+    void load(const LoadRequest &request);
+    /// Loads in front of the user, who sees the command in the console; tries again to get a place to load
+    /// from when there is none.
     void reload();
-    void reloadLogging(bool logToConsole);
     /// Empties the table at once; loads under way are ended, their rows never appear.
     void clear();
-    /// Empties the table at once and loads it; loads under way are ended, their rows never appear. A niceness
-    /// above 0 lets kubectl runs of tables that nobody looks at yield to the visible one.
-    void clearAndReload(bool logToConsole, int niceness = 0);
+
+    // The names by which the tab container and the window drive every table.
+    void loadContent(bool logToConsole) { load({.logged = logToConsole}); }
+    void reloadLogging(bool logToConsole) { loadContent(logToConsole); }
+    void clearAndReload(const LoadRequest &request);
 
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
     /// display order.
@@ -102,9 +104,7 @@ Q_SIGNALS:
     void loadFinished();
 
 protected:
-    /// Starts one load: kubectl, merge, apply.
-    virtual void loadContent(bool logToConsole);
-    /// The rows of a load, or of a clearing, are in the model now.
+    /// The rows of a load, or of a clearing, are in the store now.
     virtual void rowsChanged() { }
     /// Adds a kind's own commands to the menu of a row.
     virtual void extendContextMenu(QMenu &) { }
@@ -128,19 +128,14 @@ private:
     void buildLayout();
     void connectParts();
     void refresh();
-    void startLoad(bool logToConsole, bool unattended);
-    QStringList listingArguments() const;
-    void applyOutcome(const LoadOutcome &outcome);
     void showLoading();
     void updateStatus();
     void showContextMenu(const QPoint &position);
-    bool canLoad() const;
-    QString emptyReason() const;
 
     WindowState &m_window;
-    ResourceTableModel *m_model;
+    RowStore *m_store;
     ArrangingModel *m_arranged;
-    ListingPipeline *m_pipeline;
+    TableLoader *m_loader;
     ResourceTableView *m_tableView;
     TableStatusBar *m_statusBar;
     QProgressBar *m_progress = nullptr;
@@ -148,10 +143,6 @@ private:
     QTimer m_timer;
     QTimer m_progressDelay;
     int m_otherWork = 0;
-    QDateTime m_rowsAsOf;
-    QString m_problem;
-    bool m_loadFailed = false; // the latest load brought nothing but a problem
-    int m_niceness = 0; // of the kubectl runs of the load that is being started
     std::unique_ptr<TablePreviews> m_previews;
 };
 

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/listing/TableStatus.h"
+
+#include "core/KubeCtl.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+
+namespace tidewright {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("TableStatus", text);
+}
+
+} // namespace
+
+QString countsText(const ResourceKind &kind, const TableFacts &facts)
+{
+    if (facts.hasFailed || !facts.hasBeenLoaded) {
+        return {};
+    }
+    const QLocale locale;
+    const QString noun = kind.tableName.toLower();
+    QString counts = facts.shown == facts.all
+        ? tr("%1 %2").arg(locale.toString(facts.all), facts.all == 1 ? kind.humanReadableResourceName : noun)
+        : tr("%1 of %2 %3").arg(locale.toString(facts.shown), locale.toString(facts.all), noun);
+    if (facts.selected > 0) {
+        counts += QStringLiteral("  ·  ") + tr("%1 selected").arg(locale.toString(facts.selected));
+    }
+    return counts;
+}
+
+QString emptyReason(const ResourceKind &kind, const TableFacts &facts)
+{
+    const QString noun = kind.tableName.toLower();
+    if (facts.all > 0) {
+        return tr("No %1 match “%2”.").arg(noun, facts.filter);
+    }
+    if (facts.isLoading) {
+        return tr("Loading %1…").arg(noun);
+    }
+    if (!facts.hint.isEmpty()) {
+        return facts.hint;
+    }
+    if (facts.nameSpace.isEmpty()) {
+        return tr("No namespace is chosen.");
+    }
+    if (facts.hasFailed) {
+        return tr("The %1 could not be loaded.").arg(noun) + QLatin1Char('\n') + facts.problem;
+    }
+    if (!facts.problem.isEmpty()) {
+        return facts.problem;
+    }
+    if (!facts.hasBeenLoaded) {
+        return tr("The %1 have not been loaded yet.").arg(noun);
+    }
+    if (!kind.namespaced) {
+        return tr("No %1 in this cluster.").arg(noun);
+    }
+    return facts.nameSpace == allNamespaces ? tr("No %1 in any namespace.").arg(noun)
+                                            : tr("No %1 in namespace %2.").arg(noun, facts.nameSpace);
+}
+
+} // namespace tidewright
