@@ -210,7 +210,7 @@ private Q_SLOTS:
                 QCOMPARE(arranged.arrangedRow(row)->name, names[row]);
                 QCOMPARE(namesOf({index}), names.mid(row, 1));
                 QCOMPARE(model.rows()[arranged.positionOf(row)], arranged.arrangedRow(row));
-                QCOMPARE(model.rows()[model.find(names[row]).value()]->name, names[row]);
+                QCOMPARE(model.rows()[model.find({}, names[row]).value()]->name, names[row]);
             }
             const QSet<QString> shown(names.begin(), names.end());
             for (const auto &[name, index] : followed) {

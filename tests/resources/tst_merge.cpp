@@ -19,7 +19,7 @@ struct LiteralTable
 {
     std::vector<std::shared_ptr<SampleItem>> rows;
 
-    void merge(const QString &listing, bool lastLineFirst)
+    void merge(const QString &listing, bool lastLineFirst, LineForm form)
     {
         QSet<int> stale;
         for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
@@ -31,16 +31,20 @@ struct LiteralTable
         }
         std::vector<std::shared_ptr<SampleItem>> added;
         for (const QString &line : lines) {
-            const QStringList fields = line.split(u'\t');
+            QStringList fields = line.split(u'\t');
+            const QString nameSpace
+                = form == LineForm::WithNamespace && fields.size() > 1 ? fields.takeLast() : QString();
             if (fields.size() != 4) {
                 continue;
             }
-            const auto found = std::find_if(
-                rows.begin(), rows.end(), [&fields](const auto &row) { return row->name == fields[0]; });
+            const auto found = std::find_if(rows.begin(), rows.end(), [&](const auto &row) {
+                return row->name == fields[0] && row->nameSpace == nameSpace;
+            });
             if (found != rows.end()) {
                 stale.remove(static_cast<int>(found - rows.begin()));
             } else {
                 added.push_back(std::make_shared<SampleItem>(fields[0]));
+                added.back()->nameSpace = nameSpace;
             }
             const auto row = found != rows.end() ? *found : added.back();
             row->assign(fields[1], fields[2], fields[3]);
@@ -61,13 +65,16 @@ void apply(const MergeResult &result, RowStore &store)
     store.appendRows(result.added);
 }
 
-QString listingOf(const Rows &rows)
+QString listingOf(const Rows &rows, LineForm form = LineForm::Plain)
 {
     QStringList lines;
     for (const Row &row : rows) {
         const SampleItem &item = sample(*row);
-        lines << QStringList{item.name, QString::number(item.count), item.note, item.startTimeString}.join(
-            u'\t');
+        QStringList fields{item.name, QString::number(item.count), item.note, item.startTimeString};
+        if (form == LineForm::WithNamespace) {
+            fields << item.nameSpace;
+        }
+        lines << fields.join(u'\t');
     }
     return lines.join(u'\n');
 }
@@ -82,7 +89,7 @@ class TestMerge : public QObject
 
     int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
 
-    QString randomListing()
+    QString randomListing(LineForm form)
     {
         static const QStringList names{QStringLiteral("web"), QStringLiteral("Web"), QStringLiteral("web-1"),
             QStringLiteral("db"), QString::fromUtf8("größe-日本"), QString(), QStringLiteral("a b"),
@@ -98,6 +105,11 @@ class TestMerge : public QObject
                           .arg(below(2))
                           .arg(below(3) ? QString() : QStringLiteral("n%1").arg(below(2)))
                           .arg(below(4) ? QString() : QStringLiteral("2019-04-02T10:00:00Z")));
+        }
+        if (form == LineForm::WithNamespace) {
+            for (QString &line : lines) {
+                line += QStringLiteral("\tns-%1").arg(below(3));
+            }
         }
         return lines.join(u'\n');
     }
@@ -117,29 +129,32 @@ private Q_SLOTS:
     void followsTheSteps_data()
     {
         QTest::addColumn<bool>("lastLineFirst");
-        QTest::newRow("first to last") << false;
-        QTest::newRow("last to first") << true;
+        QTest::addColumn<LineForm>("form");
+        QTest::newRow("first to last") << false << LineForm::Plain;
+        QTest::newRow("last to first") << true << LineForm::Plain;
+        QTest::newRow("of all namespaces") << false << LineForm::WithNamespace;
     }
 
     void followsTheSteps()
     {
         QFETCH(bool, lastLineFirst);
+        QFETCH(LineForm, form);
         ResourceKind kind = sampleKind();
         kind.lastLineFirst = lastLineFirst;
         RowStore store(kind);
         LiteralTable expected;
         for (int round = 0; round < 2000; ++round) {
-            const QString listing = below(4) ? randomListing() : listingOf(store.rows());
+            const QString listing = below(4) ? randomListing(form) : listingOf(store.rows(), form);
             if (int(store.rows().size()) > 0 && below(3) == 0) {
                 changeOneRow(expected, store);
             }
             const Rows before = store.rows();
-            const MergeResult result = mergeListing(kind, listing.toUtf8(), before);
+            const MergeResult result = mergeListing(kind, listing.toUtf8(), before, form);
             for (const auto &[position, row] : result.changed) {
                 QVERIFY2(!kind.equal(*row, *before[position]), qPrintable(listing));
             }
             apply(result, store);
-            expected.merge(listing, lastLineFirst);
+            expected.merge(listing, lastLineFirst, form);
             QCOMPARE(store.rows().size(), expected.rows.size());
             for (std::size_t i = 0; i < expected.rows.size(); ++i) {
                 const SampleItem &row = sample(*store.rows()[i]);

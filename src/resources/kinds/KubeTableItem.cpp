@@ -39,6 +39,7 @@ KubeTableItem::KubeTableItem(const QString &objectName)
 
 KubeTableItem::KubeTableItem(const KubeTableItem &other)
     : name(other.name)
+    , nameSpace(other.nameSpace)
     , foldedName(other.foldedName)
     , nameSortKey(other.nameSortKey)
     , startTimeString(other.startTimeString)

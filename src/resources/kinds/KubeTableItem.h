@@ -16,7 +16,8 @@ struct KubeTableItem
     explicit KubeTableItem(const QString &objectName);
     virtual ~KubeTableItem();
 
-    QString name; ///< as kubectl printed it; the key by which rows are matched and objects addressed
+    QString name; ///< as kubectl printed it; with the namespace the key by which rows are matched
+    QString nameSpace; ///< empty in tables that show one namespace
     QString foldedName; ///< `name` for searches without regard to case
     QByteArray nameSortKey; ///< the natural order of `name`, made off the main thread with the row
     QString startTimeString; ///< the creation time as kubectl printed it, unparsed
@@ -35,7 +36,7 @@ struct KubeTableItem
     /// What kubectl printed is the same; for the defaulted comparison of a kind's row.
     friend bool operator==(const KubeTableItem &a, const KubeTableItem &b)
     {
-        return a.name == b.name && a.startTimeString == b.startTimeString;
+        return a.name == b.name && a.nameSpace == b.nameSpace && a.startTimeString == b.startTimeString;
     }
 
 protected:

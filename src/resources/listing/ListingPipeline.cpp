@@ -31,14 +31,15 @@ ListingPipeline::~ListingPipeline()
     endLoads();
 }
 
-void ListingPipeline::load(
-    const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole, bool unattended)
+void ListingPipeline::load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, LineForm form,
+    bool logToConsole, bool unattended)
 {
     const quint64 id = ++m_lastId;
     Load load;
     load.id = id;
     load.shell = shell;
     load.arguments = arguments;
+    load.form = form;
     load.logToConsole = logToConsole;
     load.unattended = unattended;
     load.outcome.startedAt = QDateTime::currentDateTime();
@@ -53,7 +54,9 @@ void ListingPipeline::load(
 
 void ListingPipeline::run(const Load &load, const QStringList &outputArguments)
 {
-    load.shell->runAsync(load.arguments + outputArguments, load.logToConsole, nullptr,
+    const QStringList output
+        = load.form == LineForm::WithNamespace ? withNamespaceField(outputArguments) : outputArguments;
+    load.shell->runAsync(load.arguments + output, load.logToConsole, nullptr,
         [self = QPointer(this), id = load.id, shell = load.shell](const ShellResult &result) {
             const auto child = shell->process();
             const bool ended = child && child->waitUntilExit(exitNotice);
@@ -151,9 +154,10 @@ void ListingPipeline::mergeNext()
     const quint64 id = m_arrived.front();
     m_arrived.pop_front();
     m_merging = id;
-    shellQueue().post([self = QPointer(this), id, kind = m_kind, listing = find(id)->listing,
+    const Load &load = *find(id);
+    shellQueue().post([self = QPointer(this), id, kind = m_kind, listing = load.listing, form = load.form,
                           snapshot = m_store.snapshot()]() mutable {
-        auto result = std::make_shared<MergeResult>(mergeListing(*kind, listing, *snapshot));
+        auto result = std::make_shared<MergeResult>(mergeListing(*kind, listing, *snapshot, form));
         snapshot.reset(); // or the model would copy its rows before the first change
         postToMain(self, [id, result](ListingPipeline &pipeline) { pipeline.merged(id, result); });
     });

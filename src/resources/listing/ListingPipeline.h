@@ -38,8 +38,8 @@ public:
     /// Runs `arguments`, followed by the kind's output arguments, on `shell`. When that fails in a way for
     /// which the kind has other output arguments, runs once more with these, logged or not like the first time.
     /// An unattended load is one that nobody asked for (the refresh timer).
-    void load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole,
-        bool unattended);
+    void load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, LineForm form,
+        bool logToConsole, bool unattended);
     /// Ends the loads whose listing has not arrived; each still reports its outcome.
     void stop();
     /// Empties the table and ends all loads; nothing is heard of them any more.
@@ -62,6 +62,7 @@ private:
         quint64 id = 0;
         std::shared_ptr<Shell> shell;
         QStringList arguments;
+        LineForm form = LineForm::Plain;
         bool logToConsole = false;
         bool unattended = false;
         bool triedAgain = false;

@@ -6,7 +6,11 @@
 #include <QHash>
 
 #include <algorithm>
+#include <deque>
+#include <memory>
 #include <optional>
+#include <unordered_map>
+#include <utility>
 
 namespace tidewright {
 
@@ -14,21 +18,24 @@ namespace {
 
 constexpr qsizetype keptLineLength = 200;
 
-/// Finds the first row of a name among the rows of a snapshot.
-class NameIndex
+/// Finds the first row of an object among the rows of a snapshot.
+class RowIndex
 {
 public:
-    explicit NameIndex(const Rows &rows)
+    /// Namespace and name.
+    using Key = std::pair<QByteArrayView, QByteArrayView>;
+
+    explicit RowIndex(const Rows &rows)
     {
         m_positions.reserve(static_cast<qsizetype>(rows.size()));
         for (std::size_t i = rows.size(); i-- > 0;) {
-            m_positions.insert(nameOf(*rows[i]), i); // an earlier row takes the place of a later one
+            m_positions.insert({nameSpaceOf(*rows[i]), nameOf(*rows[i])}, i); // an earlier row takes the place of a later one
         }
     }
 
-    std::optional<std::size_t> positionOf(QByteArrayView name) const
+    std::optional<std::size_t> positionOf(const Key &key) const
     {
-        const auto found = m_positions.constFind(name);
+        const auto found = m_positions.constFind(key);
         return found == m_positions.cend() ? std::nullopt : std::optional(*found);
     }
 
@@ -41,8 +48,22 @@ private:
         return m_encodedNames.emplace_back(row.name.toUtf8());
     }
 
-    std::vector<QByteArray> m_encodedNames;
-    QHash<QByteArrayView, std::size_t> m_positions; // views into the rows and into m_encodedNames
+    /// Namespaces are few.
+    QByteArrayView nameSpaceOf(const KubeTableItem &row)
+    {
+        if (row.nameSpace.isEmpty()) {
+            return {};
+        }
+        auto &encoded = m_encodedNameSpaces[row.nameSpace];
+        if (!encoded) {
+            encoded = std::make_unique<QByteArray>(row.nameSpace.toUtf8());
+        }
+        return *encoded;
+    }
+
+    std::deque<QByteArray> m_encodedNames;
+    std::unordered_map<QString, std::unique_ptr<QByteArray>> m_encodedNameSpaces;
+    QHash<Key, std::size_t> m_positions; // views into the rows and into what is encoded
 };
 
 void split(QByteArrayView text, char separator, std::vector<QByteArrayView> &pieces)
@@ -84,9 +105,10 @@ QString keptPart(QByteArrayView line)
 class Merge
 {
 public:
-    Merge(const ResourceKind &kind, const Rows &snapshot)
+    Merge(const ResourceKind &kind, const Rows &snapshot, LineForm form)
         : m_kind(kind)
         , m_snapshot(snapshot)
+        , m_form(form)
         , m_index(snapshot)
         , m_listed(snapshot.size())
         , m_candidates(snapshot.size())
@@ -96,8 +118,14 @@ public:
     void take(QByteArrayView line)
     {
         ++m_result.lines;
+        QByteArrayView nameSpace;
+        if (m_form == LineForm::WithNamespace && line.contains('\t')) {
+            const qsizetype end = line.lastIndexOf('\t');
+            nameSpace = line.sliced(end + 1);
+            line = line.first(end);
+        }
         const qsizetype nameEnd = line.indexOf('\t');
-        const auto position = m_index.positionOf(nameEnd < 0 ? line : line.first(nameEnd));
+        const auto position = m_index.positionOf({nameSpace, nameEnd < 0 ? line : line.first(nameEnd)});
         if (position && isUnchanged(*position, line)) {
             m_listed[*position] = true;
         } else if (split(line, '\t', m_fields); m_fields.size() != m_kind.fieldCount) {
@@ -107,6 +135,7 @@ public:
             update(*position, line);
         } else {
             const auto row = m_kind.create(QString::fromUtf8(m_fields.front()));
+            row->nameSpace = shared(nameSpace);
             if (m_kind.firstListed) {
                 m_kind.firstListed(*row, m_moment);
             }
@@ -161,6 +190,15 @@ private:
         assign(*candidate, line);
     }
 
+    /// Many rows share a namespace, and its text.
+    QString shared(QByteArrayView nameSpace)
+    {
+        if (nameSpace != m_lastNameSpace.first) {
+            m_lastNameSpace = {nameSpace, QString::fromUtf8(nameSpace)};
+        }
+        return m_lastNameSpace.second;
+    }
+
     void assign(KubeTableItem &row, QByteArrayView line)
     {
         m_kind.assign(m_fields, row);
@@ -170,7 +208,9 @@ private:
     const ResourceKind &m_kind;
     const double m_moment = currentTime();
     const Rows &m_snapshot;
-    NameIndex m_index;
+    const LineForm m_form;
+    RowIndex m_index;
+    std::pair<QByteArrayView, QString> m_lastNameSpace;
     std::vector<bool> m_listed;
     std::vector<std::shared_ptr<KubeTableItem>> m_candidates; // copies that listed lines were assigned to
     Fields m_fields;
@@ -179,13 +219,25 @@ private:
 
 } // namespace
 
-MergeResult mergeListing(const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot)
+MergeResult mergeListing(
+    const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot, LineForm form)
 {
-    Merge merge(kind, snapshot);
+    Merge merge(kind, snapshot, form);
     for (const QByteArrayView line : linesOf(listing, kind.lastLineFirst)) {
         merge.take(line);
     }
     return merge.finish();
+}
+
+QStringList withNamespaceField(const QStringList &outputArguments)
+{
+    QStringList result = outputArguments;
+    QString &listing = result.last();
+    const qsizetype lineEnd = listing.lastIndexOf(QLatin1Char('\n'));
+    listing.insert(std::max<qsizetype>(lineEnd, 0),
+        listing.startsWith(QLatin1String("--template=")) ? QStringLiteral("\t{{.metadata.namespace}}")
+                                                         : QStringLiteral("\t{.metadata.namespace}"));
+    return result;
 }
 
 } // namespace tidewright

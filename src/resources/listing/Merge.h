@@ -18,10 +18,20 @@ struct MergeResult
     QString firstSkippedLine; ///< cut to 200 UTF-16 units
 };
 
+/// What the lines of a listing hold.
+enum class LineForm {
+    Plain, ///< the fields of the kind
+    WithNamespace, ///< and one more behind them, the object's namespace
+};
+
 /// Compares a listing (UTF-8, one object a line, fields separated by tabs) with the rows a table holds. Rows
-/// are matched by name against the snapshot only, each name with its first row; a later line for the same row
-/// wins; a name that the snapshot does not hold becomes a new row for each of its lines. Linear in lines and
-/// rows. Pure but for the moment that new rows are told; any thread.
-MergeResult mergeListing(const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot);
+/// are matched by name, and by namespace where lines tell it, against the snapshot only, each with its first
+/// row; a later line for the same row wins; what the snapshot does not hold becomes a new row for each of its
+/// lines. Linear in lines and rows. Pure but for the moment that new rows are told; any thread.
+MergeResult mergeListing(const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot,
+    LineForm form = LineForm::Plain);
+
+/// The output arguments of a kind's listing, for lines that also tell the namespace.
+QStringList withNamespaceField(const QStringList &outputArguments);
 
 } // namespace tidewright

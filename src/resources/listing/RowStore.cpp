@@ -22,6 +22,16 @@ template <typename Owner> void discard(Owner rows, std::size_t count)
     }
 }
 
+QString keyOf(const QString &nameSpace, const QString &name)
+{
+    return nameSpace + QLatin1Char('/') + name;
+}
+
+QString keyOf(const KubeTableItem &row)
+{
+    return keyOf(row.nameSpace, row.name);
+}
+
 } // namespace
 
 RowStore::RowStore(ResourceKind kind, QObject *parent)
@@ -55,17 +65,17 @@ Rows &RowStore::writableRows()
     return m_shared->rows;
 }
 
-std::optional<std::size_t> RowStore::find(const QString &name) const
+std::optional<std::size_t> RowStore::find(const QString &nameSpace, const QString &name) const
 {
     if (m_indexed != m_generation) {
         m_index.clear();
         m_index.reserve(rows().size());
         for (std::size_t i = 0; i < rows().size(); ++i) {
-            m_index.try_emplace(rows()[i]->name, i);
+            m_index.try_emplace(keyOf(*rows()[i]), i);
         }
         m_indexed = m_generation;
     }
-    const auto found = m_index.find(name);
+    const auto found = m_index.find(keyOf(nameSpace, name));
     return found == m_index.end() ? std::nullopt : std::optional(found->second);
 }
 
@@ -78,17 +88,17 @@ void RowStore::replaceRows(std::span<const std::pair<std::size_t, Row>> changed)
     const bool indexed = m_indexed == m_generation;
     Rows &target = writableRows();
     std::vector<std::size_t> positions;
-    bool sameNames = true;
+    bool sameKeys = true;
     for (const auto &[position, row] : changed) {
         if (position >= target.size()) {
             break;
         }
         row->startTimeInterval = target[position]->startTimeInterval;
-        sameNames = sameNames && target[position]->name == row->name;
+        sameKeys = sameKeys && keyOf(*target[position]) == keyOf(*row);
         target[position] = row;
         positions.push_back(position);
     }
-    if (indexed && sameNames) {
+    if (indexed && sameKeys) {
         m_indexed = m_generation;
     }
     Q_EMIT rowsReplaced(positions);
@@ -124,7 +134,7 @@ void RowStore::appendRows(std::span<const Row> rows)
     target.insert(target.end(), rows.begin(), rows.end());
     if (indexed) {
         for (std::size_t i = first; i < target.size(); ++i) {
-            m_index.try_emplace(target[i]->name, i);
+            m_index.try_emplace(keyOf(*target[i]), i);
         }
         m_indexed = m_generation;
     }

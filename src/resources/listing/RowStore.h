@@ -49,9 +49,9 @@ public:
     /// Changes whenever rows are added, removed or replaced, and with every `clear`, also of an empty table:
     /// positions found against a snapshot hold only while it is what it was then.
     quint64 generation() const { return m_generation; }
-    /// Where the first row of that name stands. Constant time, but for the first call after many changes of
-    /// which nobody asked.
-    std::optional<std::size_t> find(const QString &name) const;
+    /// Where the first row of that name stands, in that namespace (empty in a table that shows one). Constant
+    /// time, but for the first call after a removal.
+    std::optional<std::size_t> find(const QString &nameSpace, const QString &name) const;
 
     // Each of these does nothing in the middle of another change.
 
@@ -88,7 +88,7 @@ private:
     std::shared_ptr<Shared> m_shared = std::make_shared<Shared>();
     quint64 m_generation = 0;
     bool m_changing = false;
-    mutable std::unordered_map<QString, std::size_t> m_index; ///< by name, as of m_indexed
+    mutable std::unordered_map<QString, std::size_t> m_index; ///< by namespace/name, as of m_indexed
     mutable std::optional<quint64> m_indexed; ///< the generation that the index is of
 };
 

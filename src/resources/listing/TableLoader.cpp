@@ -33,7 +33,9 @@ void TableLoader::load(const LoadRequest &request)
     }
     const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
     shell->niceness = request.niceness;
-    m_pipeline.load(shell, listingArguments(), request.logged, request.unattended);
+    const bool everywhere = m_store.kind().namespaced && m_window.currentNamespace() == allNamespaces;
+    m_pipeline.load(shell, listingArguments(), everywhere ? LineForm::WithNamespace : LineForm::Plain,
+        request.logged, request.unattended);
 }
 
 QStringList TableLoader::listingArguments() const
