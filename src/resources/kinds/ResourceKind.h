@@ -45,6 +45,8 @@ struct ResourceKind
     QStringList outputArguments; ///< of the listing, after context and namespace
     std::size_t fieldCount = 0;
     bool namespaced = true; ///< false for kinds that the whole cluster shares
+    /// Its objects hold what must not enter the program: only a template, run by kubectl, may read them.
+    bool isConfidential = false;
     bool lastLineFirst = false; ///< lines are taken last to first
     /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
     /// logs.

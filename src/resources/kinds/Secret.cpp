@@ -46,6 +46,7 @@ ResourceKind secretKind()
     kind.listWord = QStringLiteral("secrets");
     kind.outputArguments = {QStringLiteral("-ogo-template"), listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.isConfidential = true;
     kind.assign = assign;
     kind.columns = columns();
     return kind;

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/live/LiveObjects.h"
+
+#include "resources/live/RowOfLine.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tidewright {
+
+namespace {
+
+constexpr qsizetype keptLineLength = 200; // UTF-16 units
+
+std::size_t hashOf(QByteArrayView uid)
+{
+    return uid.isEmpty() ? 0 : qHash(uid) | 1;
+}
+
+bool areDifferent(std::size_t uid, std::size_t other)
+{
+    return uid != 0 && other != 0 && uid != other;
+}
+
+} // namespace
+
+LiveObjects::LiveObjects(std::shared_ptr<const ResourceKind> kind)
+    : m_kind(std::move(kind))
+{
+}
+
+void LiveObjects::beginState()
+{
+    ++m_state;
+    m_isComplete = false;
+    m_hasChanges = true;
+    m_changes.stateBegun = true;
+    m_changes.stateComplete = false;
+}
+
+void LiveObjects::completeState()
+{
+    std::vector<QByteArray> gone;
+    for (auto object = m_objects.cbegin(); object != m_objects.cend(); ++object) {
+        if (object->state != m_state) {
+            gone.push_back(object.key());
+        }
+    }
+    for (const QByteArray &key : gone) {
+        forget(m_objects.find(key));
+    }
+    m_isComplete = true;
+    m_hasChanges = true;
+    m_changes.stateComplete = true;
+}
+
+void LiveObjects::put(const QByteArray &key, QByteArrayView uid, const QByteArray &line, double moment)
+{
+    const std::size_t uidHash = hashOf(uid);
+    auto found = m_objects.find(key);
+    bool isNew = found == m_objects.end();
+    if (!isNew) {
+        isNew = areDifferent(found->uid, uidHash);
+        found->state = m_state;
+        if (!isNew && found->line == line) {
+            return;
+        }
+    }
+    if (!lineFits(*m_kind, line)) {
+        skip(key, line);
+        return;
+    }
+    if (found == m_objects.end()) {
+        found = m_objects.insert(key, {});
+        found->state = m_state;
+        found->isShown = m_removals.remove(key);
+    }
+    found->line = line;
+    found->uid = uidHash;
+    announce(key, *found, isNew, moment);
+}
+
+void LiveObjects::announce(const QByteArray &key, Object &object, bool isNew, double moment)
+{
+    if (object.waitingIn < 0) {
+        object.waitingIn = static_cast<qsizetype>(m_changes.upserts.size());
+        m_changes.upserts.push_back({key, {}, nullptr});
+    }
+    LiveUpsert &upsert = m_changes.upserts[static_cast<std::size_t>(object.waitingIn)];
+    upsert.line = object.line;
+    if (isNew || upsert.row) {
+        upsert.row = newRow(*m_kind, object.line, moment);
+    }
+    m_hasChanges = true;
+}
+
+void LiveObjects::remove(const QByteArray &key, QByteArrayView uid)
+{
+    const auto found = m_objects.find(key);
+    if (found != m_objects.end() && !areDifferent(found->uid, hashOf(uid))) {
+        forget(found);
+    }
+}
+
+void LiveObjects::skip(const QByteArray &key, QByteArrayView line)
+{
+    if (m_changes.skippedLines++ == 0) {
+        m_changes.firstSkippedLine
+            = QString::fromUtf8(line.first(std::min(line.size(), 4 * keptLineLength))).left(keptLineLength);
+    }
+    if (m_kind->lineSkipped) {
+        m_kind->lineSkipped(line, static_cast<std::size_t>(line.count('\t')) + 1);
+    }
+    m_hasChanges = true;
+    if (const auto found = m_objects.find(key); found != m_objects.end()) {
+        forget(found);
+    }
+}
+
+void LiveObjects::forget(QHash<QByteArray, Object>::iterator object)
+{
+    if (object->waitingIn >= 0) {
+        m_changes.upserts[static_cast<std::size_t>(object->waitingIn)].key.clear();
+    }
+    if (object->isShown) {
+        m_removals.insert(object.key());
+    }
+    m_objects.erase(object);
+    m_hasChanges = true;
+}
+
+LiveBatch LiveObjects::takeChanges()
+{
+    LiveBatch batch = std::exchange(m_changes, {});
+    std::erase_if(batch.upserts, [](const LiveUpsert &upsert) { return upsert.key.isEmpty(); });
+    for (const LiveUpsert &upsert : batch.upserts) {
+        Object &object = m_objects[upsert.key];
+        object.waitingIn = -1;
+        object.isShown = true;
+    }
+    batch.removals.assign(m_removals.cbegin(), m_removals.cend());
+    m_removals.clear();
+    m_hasChanges = false;
+    return batch;
+}
+
+} // namespace tidewright

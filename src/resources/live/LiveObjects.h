@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/kinds/ResourceKind.h"
+#include "resources/live/LiveBatch.h"
+
+#include <QHash>
+#include <QSet>
+
+namespace tidewright {
+
+/// What a live stream knows of each object, and what of it has not been handed on yet. Of the objects only
+/// the lines are kept, shared with the rows. Not thread-safe.
+class LiveObjects
+{
+public:
+    explicit LiveObjects(std::shared_ptr<const ResourceKind> kind);
+
+    /// The whole state follows.
+    void beginState();
+    /// It is here: what it did not hold is gone.
+    void completeState();
+    bool isComplete() const { return m_isComplete; }
+
+    /// `uid` tells an object from an earlier one of its name; empty when nobody knows. `moment`: RowOfLine.h.
+    void put(const QByteArray &key, QByteArrayView uid, const QByteArray &line, double moment);
+    /// An object that is not known, or is another one by now, is left alone.
+    void remove(const QByteArray &key, QByteArrayView uid);
+    /// An object that cannot be shown; one of that name goes.
+    void skip(const QByteArray &key, QByteArrayView line);
+
+    bool hasChanges() const { return m_hasChanges; }
+    LiveBatch takeChanges();
+
+private:
+    struct Object
+    {
+        QByteArray line;
+        std::size_t uid = 0; ///< a hash of it; 0: none
+        quint32 state = 0; ///< the one that held it last
+        bool isShown = false; ///< the table has a row under its key
+        qsizetype waitingIn = -1; ///< its place in m_upserts; -1: nothing waits
+    };
+
+    void announce(const QByteArray &key, Object &object, bool isNew, double moment);
+    void forget(QHash<QByteArray, Object>::iterator object);
+
+    const std::shared_ptr<const ResourceKind> m_kind;
+    QHash<QByteArray, Object> m_objects;
+    quint32 m_state = 0;
+    bool m_isComplete = false;
+    bool m_hasChanges = false;
+    LiveBatch m_changes; // upserts without a key have been taken back
+    QSet<QByteArray> m_removals;
+};
+
+} // namespace tidewright

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/live/LiveBatch.h"
+#include "resources/live/LiveFeed.h"
+#include "resources/live/LiveMeans.h"
+#include "resources/printing/ObjectLines.h"
+
+#include <QDateTime>
+#include <QObject>
+
+namespace tidewright {
+
+/// Where a live stream looks.
+struct LivePlace
+{
+    QString context; ///< named to kubectl; empty: its current one
+    QString server; ///< the address of the context's cluster (KubeConfigContents::server)
+    QString nameSpace; ///< a name, or `allNamespaces`
+};
+
+/// How a table may describe its rows.
+struct LiveStatus
+{
+    enum class State {
+        Loading, ///< the first state is on its way
+        Live, ///< every change arrives as it happens
+        Reconnecting, ///< the rows are those of `asOf`, until the server is reached again
+        Paused, ///< likewise, until `resume`
+        Refused, ///< there is and will be no stream: list the objects instead
+    };
+
+    State state = State::Loading;
+    QDateTime asOf; ///< when the server was heard of last; invalid before that
+    QString reason; ///< of Reconnecting and Refused: a sentence, or what kubectl complained of
+};
+
+/// Keeps one table's rows as the cluster has them: fetches the state page by page through `kubectl get
+/// --raw`, and then watches for changes; after an interruption it goes on where it was, or compares the whole
+/// state once more when the server has forgotten that. Kinds with confidential data never come raw but as
+/// kubectl's own `get --watch` prints them. Owned by a table, which lets it go whenever it likes; nothing
+/// waits for a child. Main thread; JSON is read on the threads of the children.
+class LiveStream : public QObject
+{
+    Q_OBJECT
+public:
+    LiveStream(const ResourceKind &kind, LivePlace place, LiveMeans means, QObject *parent = nullptr);
+    ~LiveStream() override;
+
+    /// Once. What is found out at once is told by `status` only.
+    void start();
+    /// Ends the child; what is known is kept, so that `resume` costs no new state as a rule.
+    void pause();
+    void resume();
+
+    const LiveStatus &status() const { return m_status; }
+
+Q_SIGNALS:
+    /// At most once per frame but for the ends of states. Changes of rows only come through this.
+    void batchReady(const tidewright::LiveBatch &batch);
+    void statusChanged();
+
+private:
+    enum class Task { None, Discovery, Page, Watch };
+
+    void begin();
+    void beginState();
+    void requestPage();
+    void watch();
+    void discover();
+    void run(Task task, const QStringList &arguments, std::shared_ptr<LiveDecoder> decoder);
+    LiveRun stopChild();
+
+    void newsArrived();
+    void scheduleBatch();
+    void deliver();
+    void runEnded(const LiveRunEnd &end);
+    void pageEnded(const LiveRunEnd &end);
+    void watchEnded(const LiveRunEnd &end);
+    void discoveryEnded(const LiveRunEnd &end);
+    void lostState(const QString &reason);
+    void guardAgainstSilence(qint64 piecesBefore);
+    void wasSilent();
+
+    void tryAgain(const QString &reason, void (LiveStream::*step)());
+    void refuse(const QString &reason);
+    void setStatus(LiveStatus::State state, const QString &reason = {});
+    void after(std::chrono::milliseconds delay, std::function<void()> action);
+    QString rawPath(const QString &query) const;
+    bool isRaw() const { return m_lines != nullptr; }
+
+    const std::shared_ptr<const ResourceKind> m_kind;
+    const LivePlace m_place;
+    const LiveMeans m_means;
+    std::shared_ptr<const ObjectLines> m_lines; // null for kinds that never come raw
+    std::shared_ptr<LiveFeed> m_feed;
+    LiveStatus m_status;
+
+    Task m_task = Task::None;
+    std::shared_ptr<void> m_child;
+    quint64 m_turn = 0; // what was put off before another turn began is dropped
+    std::chrono::milliseconds m_childSince{0};
+    qint64 m_pieces = 0;
+
+    bool m_isStateComplete = false;
+    int m_page = 0;
+    QByteArray m_continueToken;
+    QByteArray m_version; // the watch goes on from here
+
+    // In a row:
+    int m_failures = 0;
+    int m_emptyWatches = 0; // ended at once, without a word
+    int m_silences = 0;
+    int m_lostStates = 0;
+
+    std::chrono::milliseconds m_deliveredAt{0};
+    bool m_isBatchDue = false;
+};
+
+} // namespace tidewright

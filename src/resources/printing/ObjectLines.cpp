@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/printing/ObjectLines.h"
+
+#include <simdjson.h>
+
+#include <string_view>
+
+namespace tidewright {
+
+namespace {
+
+QByteArrayView textAt(const simdjson::dom::element &object, std::string_view name)
+{
+    std::string_view text;
+    return object.at_key(name).get(text) == simdjson::SUCCESS
+        ? QByteArrayView(text.data(), static_cast<qsizetype>(text.size()))
+        : QByteArrayView();
+}
+
+} // namespace
+
+ObjectLines::ObjectLines(const ResourceKind &kind, QString &problem)
+    : m_printer(ObjectPrinter::compile(kind.outputArguments, problem))
+    , m_otherOutput(kind.otherOutput)
+{
+}
+
+LiveChange ObjectLines::change(const simdjson::dom::element &object) const
+{
+    LiveChange change = removal(object);
+    change.kind = LiveChange::Kind::Put;
+    QString problem = m_printer->print(object, change.line);
+    const QStringList otherOutput
+        = problem.isEmpty() || !m_otherOutput ? QStringList() : m_otherOutput(problem);
+    if (!otherOutput.isEmpty()) {
+        QString unknown;
+        if (const auto other = ObjectPrinter::compile(otherOutput, unknown)) {
+            change.line.clear();
+            problem = other->print(object, change.line);
+        }
+    }
+    if (!problem.isEmpty()) {
+        change.kind = LiveChange::Kind::Skip;
+        change.line = change.key + ": " + problem.toUtf8();
+    }
+    return change;
+}
+
+LiveChange ObjectLines::removal(const simdjson::dom::element &object)
+{
+    LiveChange change{LiveChange::Kind::Remove, {}, {}, {}};
+    simdjson::dom::element metadata;
+    if (object.at_key("metadata").get(metadata) == simdjson::SUCCESS) {
+        change.key = textAt(metadata, "namespace") + QByteArray("/") + textAt(metadata, "name");
+        change.uid = textAt(metadata, "uid").toByteArray();
+    }
+    return change;
+}
+
+} // namespace tidewright

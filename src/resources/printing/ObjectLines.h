@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/kinds/ResourceKind.h"
+#include "resources/live/LiveRun.h"
+#include "resources/printing/ObjectPrinter.h"
+
+namespace tidewright {
+
+/// From an object to its line, with the kind's second template where the first one fails. Immutable; any
+/// thread.
+class ObjectLines
+{
+public:
+    /// `problem` is set when the kind's template is not known here; nothing else may be called then.
+    ObjectLines(const ResourceKind &kind, QString &problem);
+
+    LiveChange change(const simdjson::dom::element &object) const;
+    /// Its namespace and name, and its identity.
+    static LiveChange removal(const simdjson::dom::element &object);
+
+private:
+    std::shared_ptr<const ObjectPrinter> m_printer;
+    std::function<QStringList(const QString &error)> m_otherOutput;
+};
+
+} // namespace tidewright
