@@ -4,7 +4,7 @@
 #include "resources/live/LiveBatch.h"
 #include "resources/live/LiveFeed.h"
 #include "resources/live/LiveMeans.h"
-#include "resources/printing/ObjectLines.h"
+#include "resources/live/ObjectLines.h"
 
 #include <QDateTime>
 #include <QObject>

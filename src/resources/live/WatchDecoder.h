@@ -2,7 +2,7 @@
 #pragma once
 
 #include "resources/live/LineBuffer.h"
-#include "resources/printing/ObjectLines.h"
+#include "resources/live/ObjectLines.h"
 
 namespace tidewright {
 

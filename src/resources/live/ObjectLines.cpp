@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "resources/printing/ObjectLines.h"
+#include "resources/live/ObjectLines.h"
 
 #include <simdjson.h>
 
