@@ -39,6 +39,9 @@ public:
     /// window itself may be gone then.
     virtual void whenSettled(std::function<void(const QString &obstacle)> completion) = 0;
 
+    /// Whether the tables follow every change as it happens, instead of listing the objects again and again.
+    virtual bool liveUpdates() const { return false; }
+
     /// Why the tables have nothing to load from now (no context or namespace yet, a context switch under
     /// way): a sentence and perhaps details on further lines; empty when they have.
     virtual QString loadingHint() const { return {}; }
@@ -60,6 +63,7 @@ public:
 
 Q_SIGNALS:
     void loadingHintChanged();
+    void liveUpdatesChanged();
 };
 
 /// The application's cache directory, where preview files go; empty when there is none. Set once at start-up.

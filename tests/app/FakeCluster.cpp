@@ -81,6 +81,7 @@ void FakeConsole::addEntry(
 FakeCluster::FakeCluster()
     : settings(settingsFile())
 {
+    settings.set(u"liveUpdates"_s, u"off"_s); // its kubectl knows listings only
     setUserDefaultsForTesting(&settings);
     qputenv("XDG_DATA_HOME", QFile::encodeName(path(QStringLiteral("data")))); // where the user's actions are
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder.path())); // where the views are

@@ -135,6 +135,9 @@ void PrimaryContentController::clusterSettingsChanged()
 void PrimaryContentController::loadHiddenTables()
 {
     m_hiddenTablesWait.stop();
+    if (m_window.liveUpdates()) {
+        return; // each is loaded when it is shown, which is a matter of a moment
+    }
     for (SharedContentViewController *controller : tables()) {
         if (!controller->isListing() && !controller->rowsAsOf().isValid()) {
             controller->clearAndReload({.niceness = nicenessOfHidden});

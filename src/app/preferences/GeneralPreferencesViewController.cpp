@@ -2,6 +2,7 @@
 #include "app/preferences/GeneralPreferencesViewController.h"
 
 #include "app/state/KubeConfigChooser.h"
+#include "app/state/LiveUpdates.h"
 #include "app/state/PathHint.h"
 #include "app/state/UserKubeConfig.h"
 #include "external/InstalledApplications.h"
@@ -9,6 +10,7 @@
 #include "platform/process/Environment.h"
 #include "platform/settings/UserDefaults.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
 #include <QFileInfo>
@@ -110,6 +112,7 @@ GeneralPreferencesViewController::GeneralPreferencesViewController(QWidget *pare
     , m_defaultKubeConfigField(new QLineEdit)
     , m_kubeConfigFollowsPopup(new QComboBox)
     , m_followsHint(makeHint({}, 2))
+    , m_liveUpdates(new QCheckBox(tr("Show every change as it &happens")))
 {
     QLabel *hint = makeHint({}, 2);
     m_kubeConfigHint = new PathHint(hint, kubeConfigExplanation, hint);
@@ -151,6 +154,9 @@ void GeneralPreferencesViewController::buildLayout(QLabel *kubeConfigHint)
     layout->addRow(QString(), kubeConfigHint);
     layout->addRow(tr("&My kubeconfig follows:"), m_kubeConfigFollowsPopup);
     layout->addRow(QString(), m_followsHint);
+    layout->addRow(tr("Live updates:"), m_liveUpdates);
+    layout->addRow(QString(),
+        makeHint(tr("Off, the shown table is listed again every 30 seconds, as in the console after Reload."), 1));
 }
 
 void GeneralPreferencesViewController::connectParts()
@@ -163,6 +169,9 @@ void GeneralPreferencesViewController::connectParts()
         &GeneralPreferencesViewController::defaultKubeConfigChanged);
     connect(m_kubeConfigFollowsPopup, &QComboBox::activated, this,
         &GeneralPreferencesViewController::kubeConfigFollowsChosen);
+    connect(m_liveUpdates, &QCheckBox::clicked, &LiveUpdates::shared(), &LiveUpdates::setOn);
+    connect(&LiveUpdates::shared(), &LiveUpdates::changed, m_liveUpdates,
+        [this] { m_liveUpdates->setChecked(LiveUpdates::shared().isOn()); });
     for (QComboBox *list : {m_preferredTerminalPopup, m_preferredEditorPopup, m_kubeConfigFollowsPopup}) {
         list->installEventFilter(this);
     }
@@ -186,6 +195,7 @@ void GeneralPreferencesViewController::selectCurrentChoices()
     m_kubeConfigFollowsPopup->setCurrentIndex(
         m_kubeConfigFollowsPopup->findData(QVariant::fromValue(follows)));
     m_followsHint->setText(followsExplanation(follows));
+    m_liveUpdates->setChecked(LiveUpdates::shared().isOn());
 }
 
 bool GeneralPreferencesViewController::eventFilter(QObject *watched, QEvent *event)

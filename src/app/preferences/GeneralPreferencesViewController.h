@@ -3,6 +3,7 @@
 
 #include "app/preferences/PreferencesViewController.h"
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -47,6 +48,7 @@ private:
     PathHint *m_kubeConfigHint;
     QComboBox *m_kubeConfigFollowsPopup;
     QLabel *m_followsHint;
+    QCheckBox *m_liveUpdates;
 };
 
 } // namespace tidewright

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/state/KubeSplitViewController.h"
 
+#include "app/state/LiveUpdates.h"
 #include "app/state/UserKubeConfig.h"
 #include "external/EditFile.h"
 #include "platform/threads/MainQueue.h"
@@ -38,6 +39,7 @@ KubeSplitViewController::KubeSplitViewController(UserKubeConfig &userFile, QObje
     , m_lastNamespaceForContext(
           userDefaults().dictionary(lastNamespacesKey).value_or(UserDefaults::Dictionary()))
 {
+    connect(&LiveUpdates::shared(), &LiveUpdates::changed, this, &WindowState::liveUpdatesChanged);
     connect(this, &KubeSplitViewController::contextListChanged, this, &WindowState::loadingHintChanged);
     connect(this, &KubeSplitViewController::namespaceListChanged, this, &WindowState::loadingHintChanged);
     m_lookTimer.callOnTimeout(this, &KubeSplitViewController::lookAtKubeConfig);
@@ -334,6 +336,11 @@ void KubeSplitViewController::contextUsed(quint64 request, bool success)
     m_hint = tr("The context %1 could not be switched to.").arg(m_currentContext) + QLatin1Char('\n')
         + tr("The console says why. Reload tries again.");
     enableNamespaces();
+}
+
+bool KubeSplitViewController::liveUpdates() const
+{
+    return LiveUpdates::shared().isOn();
 }
 
 QString KubeSplitViewController::loadingHint() const

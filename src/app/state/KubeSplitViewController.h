@@ -32,6 +32,7 @@ public:
     KubeCtl &kubeCtl() override { return m_kubeCtl; }
     Console *console() override { return m_console; }
     void whenSettled(std::function<void(const QString &obstacle)> completion) override;
+    bool liveUpdates() const override;
     QString loadingHint() const override;
     QDateTime waitingSince() const override { return m_waitingSince; }
     void retryLoading() override;

@@ -5,6 +5,7 @@
 #include "app/window/ClusterWindowFrame.h"
 #include "app/content/CopyFileDialog.h"
 #include "app/state/KubeSplitViewController.h"
+#include "app/state/LiveUpdates.h"
 #include "app/window/MainWindowController.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/toolbar/SearchableComboBox.h"
@@ -155,6 +156,13 @@ void WindowCommands::buildViewMenu()
     m_forRows.append(m_quickLook);
     m_stop = addForTable(
         menu, tr("&Stop Loading"), QKeySequence(Qt::Key_Escape), &SharedContentViewController::stopLoading);
+    QAction *live = menu->addAction(tr("Li&ve Updates"));
+    live->setCheckable(true);
+    live->setStatusTip(tr("Show every change in the cluster as it happens"));
+    live->setChecked(LiveUpdates::shared().isOn());
+    connect(live, &QAction::triggered, &LiveUpdates::shared(), &LiveUpdates::setOn);
+    connect(&LiveUpdates::shared(), &LiveUpdates::changed, live,
+        [live] { live->setChecked(LiveUpdates::shared().isOn()); });
     menu->addSeparator();
     add(menu, tr("&Clear Console"), QKeySequence(tr("Ctrl+Shift+K")),
         [this] { m_frame.currentPage()->windowConsoleController().clearLogs(); });

@@ -154,6 +154,7 @@ void ListingPipeline::mergeNext()
     const quint64 id = m_arrived.front();
     m_arrived.pop_front();
     m_merging = id;
+    Q_EMIT mergeBegins();
     const Load &load = *find(id);
     shellQueue().post([self = QPointer(this), id, kind = m_kind, listing = load.listing, form = load.form,
                           snapshot = m_store.snapshot()]() mutable {

@@ -52,6 +52,8 @@ public:
 
 Q_SIGNALS:
     void loadingChanged(bool loading);
+    /// A listing is being compared with the rows: until its load has finished only it may change them.
+    void mergeBegins();
     /// A slice of changes is in the store.
     void rowsChanged();
     void finished(const tidewright::LoadOutcome &outcome);

@@ -83,6 +83,7 @@ private:
     };
 
     Rows &writableRows();
+    void takeFromIndex(const Rows &removed, std::span<const std::size_t> ascendingPositions);
 
     ResourceKind m_kind;
     std::shared_ptr<Shared> m_shared = std::make_shared<Shared>();

@@ -12,6 +12,7 @@ namespace tidewright {
 struct LiveUpsert
 {
     QByteArray key; ///< "namespace/name", or "/name" for what belongs to the whole cluster
+    QString nameSpace; ///< what a row of it says (KubeTableItem::nameSpace)
     QByteArray line; ///< as in a listing (KubeTableItem::listingLine)
     /// The row, made of the line, of an object that is new, or has been made anew under its name: it is
     /// appended, or takes the place of the row with that key. Null for one that was reported before: the row
@@ -26,6 +27,7 @@ struct LiveBatch
     /// removed with `stateComplete`.
     bool stateBegun = false;
     bool stateComplete = false; ///< the rows, with this batch, are the state of the cluster
+    bool isWhole = false; ///< there are no other objects than its upserts
     std::vector<LiveUpsert> upserts; ///< in the order of the listing, and then of the changes
     std::vector<QByteArray> removals; ///< keys
     std::size_t skippedLines = 0; ///< objects that make no row of this kind
@@ -33,7 +35,8 @@ struct LiveBatch
 
     bool isEmpty() const
     {
-        return !stateBegun && !stateComplete && upserts.empty() && removals.empty() && skippedLines == 0;
+        return !stateBegun && !stateComplete && !isWhole && upserts.empty() && removals.empty()
+            && skippedLines == 0;
     }
 };
 

@@ -51,9 +51,9 @@ struct LiveFeed::Child
     void noteError(QByteArrayView line);
 };
 
-LiveFeed::LiveFeed(std::shared_ptr<const ResourceKind> kind, std::function<void()> news)
+LiveFeed::LiveFeed(std::shared_ptr<const ResourceKind> kind, bool tellsNamespaces, std::function<void()> news)
     : m_news(std::move(news))
-    , m_objects(std::move(kind))
+    , m_objects(std::move(kind), tellsNamespaces)
 {
 }
 
@@ -194,6 +194,12 @@ void LiveFeed::completeState()
 {
     const std::lock_guard lock(m_mutex);
     m_objects.completeState();
+}
+
+void LiveFeed::repeat()
+{
+    const std::lock_guard lock(m_mutex);
+    m_objects.repeat();
 }
 
 bool LiveFeed::hasChanges() const

@@ -25,7 +25,7 @@ class LiveFeed : public std::enable_shared_from_this<LiveFeed>
 public:
     /// `news` is called, on any thread and under no lock, when there is something to fetch. It is called once
     /// until then.
-    LiveFeed(std::shared_ptr<const ResourceKind> kind, std::function<void()> news);
+    LiveFeed(std::shared_ptr<const ResourceKind> kind, bool tellsNamespaces, std::function<void()> news);
 
     /// What is to be done with the output of a child.
     struct Handlers
@@ -41,6 +41,8 @@ public:
 
     void beginState();
     void completeState();
+    /// LiveObjects::repeat
+    void repeat();
 
     struct News
     {

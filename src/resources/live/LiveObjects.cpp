@@ -24,8 +24,9 @@ bool areDifferent(std::size_t uid, std::size_t other)
 
 } // namespace
 
-LiveObjects::LiveObjects(std::shared_ptr<const ResourceKind> kind)
+LiveObjects::LiveObjects(std::shared_ptr<const ResourceKind> kind, bool tellsNamespaces)
     : m_kind(std::move(kind))
+    , m_tellsNamespaces(tellsNamespaces)
 {
 }
 
@@ -52,6 +53,25 @@ void LiveObjects::completeState()
     m_isComplete = true;
     m_hasChanges = true;
     m_changes.stateComplete = true;
+    repeatIfAsked();
+}
+
+void LiveObjects::repeat()
+{
+    m_isRepeating = true;
+    repeatIfAsked();
+}
+
+void LiveObjects::repeatIfAsked()
+{
+    if (!m_isComplete || !std::exchange(m_isRepeating, false)) {
+        return;
+    }
+    for (auto object = m_objects.begin(); object != m_objects.end(); ++object) {
+        announce(object.key(), *object, false, 0);
+    }
+    m_changes.isWhole = true;
+    m_hasChanges = true;
 }
 
 void LiveObjects::put(const QByteArray &key, QByteArrayView uid, const QByteArray &line, double moment)
@@ -84,12 +104,14 @@ void LiveObjects::announce(const QByteArray &key, Object &object, bool isNew, do
 {
     if (object.waitingIn < 0) {
         object.waitingIn = static_cast<qsizetype>(m_changes.upserts.size());
-        m_changes.upserts.push_back({key, {}, nullptr});
+        const auto nameSpace
+            = m_tellsNamespaces ? key.first(std::max<qsizetype>(key.indexOf('/'), 0)) : QByteArray();
+        m_changes.upserts.push_back({key, QString::fromUtf8(nameSpace), {}, nullptr});
     }
     LiveUpsert &upsert = m_changes.upserts[static_cast<std::size_t>(object.waitingIn)];
     upsert.line = object.line;
     if (isNew || upsert.row) {
-        upsert.row = newRow(*m_kind, object.line, moment);
+        upsert.row = newRow(*m_kind, upsert.nameSpace, object.line, moment);
     }
     m_hasChanges = true;
 }

@@ -14,7 +14,8 @@ namespace tidewright {
 class LiveObjects
 {
 public:
-    explicit LiveObjects(std::shared_ptr<const ResourceKind> kind);
+    /// `tellsNamespaces`: the rows say in which namespace they are.
+    LiveObjects(std::shared_ptr<const ResourceKind> kind, bool tellsNamespaces);
 
     /// The whole state follows.
     void beginState();
@@ -28,6 +29,10 @@ public:
     void remove(const QByteArray &key, QByteArrayView uid);
     /// An object that cannot be shown; one of that name goes.
     void skip(const QByteArray &key, QByteArrayView line);
+
+    /// Reports once more all there is, once the state is complete, for a table whose rows have come from
+    /// elsewhere meanwhile.
+    void repeat();
 
     bool hasChanges() const { return m_hasChanges; }
     LiveBatch takeChanges();
@@ -43,12 +48,15 @@ private:
     };
 
     void announce(const QByteArray &key, Object &object, bool isNew, double moment);
+    void repeatIfAsked();
     void forget(QHash<QByteArray, Object>::iterator object);
 
     const std::shared_ptr<const ResourceKind> m_kind;
+    const bool m_tellsNamespaces;
     QHash<QByteArray, Object> m_objects;
     quint32 m_state = 0;
     bool m_isComplete = false;
+    bool m_isRepeating = false;
     bool m_hasChanges = false;
     LiveBatch m_changes; // upserts without a key have been taken back
     QSet<QByteArray> m_removals;

@@ -79,7 +79,7 @@ LiveStream::LiveStream(const ResourceKind &kind, LivePlace place, LiveMeans mean
     , m_kind(std::make_shared<ResourceKind>(kind))
     , m_place(std::move(place))
     , m_means(std::move(means))
-    , m_feed(std::make_shared<LiveFeed>(m_kind,
+    , m_feed(std::make_shared<LiveFeed>(m_kind, m_kind->namespaced && m_place.nameSpace == allNamespaces,
           [self = QPointer(this)] { postToMain(self, [](LiveStream &stream) { stream.newsArrived(); }); }))
 {
 }
@@ -137,6 +137,14 @@ void LiveStream::resume()
         watch();
     } else {
         begin();
+    }
+}
+
+void LiveStream::repeat()
+{
+    m_feed->repeat();
+    if (m_isStateComplete) {
+        deliver();
     }
 }
 

@@ -52,6 +52,8 @@ public:
     /// Ends the child; what is known is kept, so that `resume` costs no new state as a rule.
     void pause();
     void resume();
+    /// Reports all objects once more, as soon as all are known: the rows have come from elsewhere meanwhile.
+    void repeat();
 
     const LiveStatus &status() const { return m_status; }
 

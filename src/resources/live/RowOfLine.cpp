@@ -32,9 +32,10 @@ bool lineFits(const ResourceKind &kind, QByteArrayView line)
     return static_cast<std::size_t>(line.count('\t')) + 1 == kind.fieldCount && !line.contains('\n');
 }
 
-Row newRow(const ResourceKind &kind, const QByteArray &line, double moment)
+Row newRow(const ResourceKind &kind, const QString &nameSpace, const QByteArray &line, double moment)
 {
     const auto row = kind.create(QString::fromUtf8(line.left(line.indexOf('\t'))));
+    row->nameSpace = nameSpace;
     if (kind.firstListed) {
         kind.firstListed(*row, moment);
     }

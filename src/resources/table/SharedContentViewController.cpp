@@ -6,7 +6,7 @@
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ClusterChange.h"
 #include "resources/listing/LoadProblem.h"
-#include "resources/listing/TableStatus.h"
+#include "resources/loading/TableStatus.h"
 #include "resources/preview/PreviewPanel.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/changes/RowDeletion.h"
@@ -91,6 +91,7 @@ void SharedContentViewController::connectParts()
         updateStatus();
         Q_EMIT loadFinished();
     });
+    connect(m_loader, &TableLoader::followingChanged, this, &SharedContentViewController::updateStatus);
     connect(m_statusBar, &TableStatusBar::stopRequested, this, &SharedContentViewController::stopLoading);
     connect(m_tableView, &ResourceTableView::contextMenuRequested, this,
         &SharedContentViewController::showContextMenu);
@@ -166,10 +167,8 @@ void SharedContentViewController::reloadContent()
 
 void SharedContentViewController::refresh()
 {
-    m_store->timePasses();
-    if (!m_loader->hasUnattendedLoad()) {
-        load({.unattended = true});
-    }
+    m_loader->refresh();
+    updateStatus();
 }
 
 void SharedContentViewController::updateStatus()
@@ -186,6 +185,7 @@ void SharedContentViewController::updateStatus()
         .hasBeenLoaded = rowsAsOf().isValid()};
     m_statusBar->setCounts(countsText(kind(), facts));
     m_statusBar->setAsOf(facts.hasFailed ? QDateTime() : rowsAsOf());
+    m_statusBar->setFollowing(m_loader->following(), m_loader->followingReason());
     m_statusBar->setLoadingSince(isListing() ? m_loader->loadingSince() : m_window.waitingSince());
     m_statusBar->setWarning(facts.shown > 0 ? firstLine(facts.problem) : QString(), facts.problem);
     const QString reason = facts.shown > 0 ? QString() : emptyReason(kind(), facts);
@@ -363,11 +363,13 @@ void SharedContentViewController::showEvent(QShowEvent *event)
     if (!m_timer.isActive()) {
         m_timer.start();
     }
+    m_loader->setWatched(true);
 }
 
 void SharedContentViewController::hideEvent(QHideEvent *event)
 {
     m_timer.stop();
+    m_loader->setWatched(false);
     QWidget::hideEvent(event);
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "resources/listing/ArrangingModel.h"
-#include "resources/listing/TableLoader.h"
+#include "resources/loading/TableLoader.h"
 #include "core/WindowState.h"
 
 #include <QDateTime>

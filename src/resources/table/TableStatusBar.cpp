@@ -21,6 +21,7 @@ TableStatusBar::TableStatusBar(QWidget *parent)
     , m_counts(new QLabel)
     , m_warningImage(new QLabel)
     , m_warning(new QLabel)
+    , m_liveImage(new QLabel)
     , m_time(new QLabel)
     , m_stop(new QToolButton)
 {
@@ -33,6 +34,7 @@ TableStatusBar::TableStatusBar(QWidget *parent)
     layout->addWidget(m_warning, 1);
     layout->addWidget(m_stop);
     layout->addWidget(m_time);
+    layout->addWidget(m_liveImage);
     // Seconds that count up must not move the button beside them.
     m_time->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_time->setMinimumWidth(
@@ -45,6 +47,7 @@ TableStatusBar::TableStatusBar(QWidget *parent)
     m_warning->setMinimumWidth(20);
     m_warning->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_warningImage->setFixedWidth(14);
+    m_liveImage->setFixedWidth(14);
     m_counts->setAccessibleName(tr("Row Count"));
     m_time->setAccessibleName(tr("Rows As Of"));
     m_stop->setText(tr("Stop"));
@@ -78,6 +81,29 @@ void TableStatusBar::setAsOf(const QDateTime &time)
     updateTime();
 }
 
+void TableStatusBar::setFollowing(TableLoader::Following following, const QString &reason)
+{
+    using Following = TableLoader::Following;
+    if (following != m_following) {
+        m_following = following;
+        const QString image = following == Following::Live ? QStringLiteral("NSStatusAvailable")
+            : following == Following::Reconnecting         ? QStringLiteral("NSStatusPartiallyAvailable")
+                                                           : QString();
+        m_liveImage->setPixmap(image.isEmpty() ? QPixmap() : namedImage(image).pixmap(12, 12));
+    }
+    QString toolTip = reason;
+    if (following == Following::Live) {
+        toolTip = tr("Every change in the cluster is shown as it happens.");
+    } else if (following == Following::Refused) {
+        toolTip = tr("No live updates here; the objects are listed again and again.") + QLatin1Char('\n')
+            + reason;
+    } else if (following == Following::Paused) {
+        toolTip = tr("Live updates go on once the table is shown.");
+    }
+    m_time->setToolTip(display_text::toolTip(toolTip));
+    updateTime();
+}
+
 void TableStatusBar::setLoadingSince(const QDateTime &start)
 {
     m_loadingSince = start;
@@ -99,9 +125,14 @@ void TableStatusBar::updateTime()
     const qint64 seconds = m_loadingSince.isValid() ? m_loadingSince.secsTo(QDateTime::currentDateTime()) : 0;
     const bool isLong = seconds >= longLoadSeconds;
     QString text;
-    if (m_asOf.isValid()) {
+    if (m_following == TableLoader::Following::Live) {
+        text = tr("Live");
+    } else if (m_asOf.isValid()) {
         const bool isToday = m_asOf.date() == QDate::currentDate();
-        text = tr("As of %1").arg(m_asOf.toString(isToday ? u"HH:mm:ss" : u"yyyy-MM-dd HH:mm:ss"));
+        const QString time = m_asOf.toString(isToday ? u"HH:mm:ss" : u"yyyy-MM-dd HH:mm:ss");
+        text = m_following == TableLoader::Following::Reconnecting ? tr("Reconnecting… as of %1").arg(time)
+            : m_following == TableLoader::Following::Refused       ? tr("Not live  ·  As of %1").arg(time)
+                                                                   : tr("As of %1").arg(time);
     }
     if (isLong) {
         text += (text.isEmpty() ? QString() : QStringLiteral("  ·  ")) + tr("Loading for %1 s").arg(seconds);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/loading/TableLoader.h"
+
 #include <QDateTime>
 #include <QTimer>
 #include <QWidget>
@@ -22,10 +24,13 @@ public:
     /// A sentence about rows that may be missing or wrong, details in the tool tip; empty hides it.
     void setWarning(const QString &sentence, const QString &details);
     void setAsOf(const QDateTime &time);
+    /// How the rows follow the cluster, and why not otherwise.
+    void setFollowing(TableLoader::Following following, const QString &reason);
     /// An invalid time says that nothing is being loaded.
     void setLoadingSince(const QDateTime &start);
 
-    /// The text about time: as of when the rows are, or how long the load has been running.
+    /// The text about time: whether the rows are live or as of when they are, and how long a load has been
+    /// running.
     QString timeText() const;
 
 Q_SIGNALS:
@@ -37,10 +42,12 @@ private:
     QLabel *m_counts;
     QLabel *m_warningImage;
     QLabel *m_warning;
+    QLabel *m_liveImage;
     QLabel *m_time;
     QToolButton *m_stop;
     QTimer m_tick;
     QDateTime m_asOf;
+    TableLoader::Following m_following = TableLoader::Following::Listing;
     QDateTime m_loadingSince;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "resources/listing/TableStatus.h"
+#include "resources/loading/TableStatus.h"
 
 #include "core/KubeCtl.h"
 

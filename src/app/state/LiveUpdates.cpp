@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/state/LiveUpdates.h"
+
+#include "platform/settings/UserDefaults.h"
+
+namespace tidewright {
+
+namespace {
+
+const auto settingKey = QStringLiteral("liveUpdates");
+const auto off = QStringLiteral("off");
+
+} // namespace
+
+LiveUpdates &LiveUpdates::shared()
+{
+    static LiveUpdates switchOfAll;
+    return switchOfAll;
+}
+
+bool LiveUpdates::isOn() const
+{
+    return userDefaults().string(settingKey) != off;
+}
+
+void LiveUpdates::setOn(bool on)
+{
+    if (on != isOn()) {
+        userDefaults().set(settingKey, on ? QStringLiteral("on") : off);
+        Q_EMIT changed();
+    }
+}
+
+} // namespace tidewright

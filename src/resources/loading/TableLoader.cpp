@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/loading/TableLoader.h"
+
+#include "platform/desktop/Diagnostics.h"
+#include "resources/listing/LoadProblem.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tidewright {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto unwatchedStream = 1min;
+/// A listing that takes a while costs the cluster and this machine something: it rests three times as long.
+constexpr int restPerListing = 3;
+constexpr int patience = 3; // streams in a row that bring nothing, while listings do
+constexpr std::array failurePauses{30s, 60s, 120s, 300s};
+
+std::chrono::milliseconds pauseAfter(const LoadOutcome &outcome, const QDateTime &end, int failures)
+{
+    const auto rest = std::chrono::milliseconds(outcome.startedAt.msecsTo(end) * restPerListing);
+    if (failures == 0) {
+        return rest;
+    }
+    const auto step = std::min<std::size_t>(static_cast<std::size_t>(failures), failurePauses.size()) - 1;
+    return std::max<std::chrono::milliseconds>(rest, failurePauses[step]);
+}
+
+} // namespace
+
+TableLoader::TableLoader(RowStore &store, WindowState &window, QObject *parent)
+    : QObject(parent)
+    , m_store(store)
+    , m_window(window)
+    , m_pipeline(store)
+    , m_liveRows(store)
+{
+    m_unwatched.setSingleShot(true);
+    m_unwatched.setInterval(unwatchedStream);
+    connect(&m_unwatched, &QTimer::timeout, this, [this] {
+        if (m_stream) {
+            m_stream->pause();
+        }
+    });
+    connect(&m_pipeline, &ListingPipeline::loadingChanged, this, &TableLoader::announceLoading);
+    connect(&m_pipeline, &ListingPipeline::mergeBegins, &m_liveRows, &LiveRows::hold);
+    connect(&m_pipeline, &ListingPipeline::rowsChanged, this, &TableLoader::rowsChanged);
+    connect(&m_pipeline, &ListingPipeline::finished, this, &TableLoader::listed);
+    connect(&m_liveRows, &LiveRows::rowsChanged, this, &TableLoader::rowsChanged);
+    connect(&m_liveRows, &LiveRows::stateComplete, this, &TableLoader::stateArrived);
+    connect(&window, &WindowState::liveUpdatesChanged, this, &TableLoader::liveUpdatesSwitched);
+}
+
+TableLoader::~TableLoader() = default;
+
+bool TableLoader::canLoad() const
+{
+    return !m_window.currentNamespace().isEmpty() && m_window.loadingHint().isEmpty();
+}
+
+bool TableLoader::wantsStream() const
+{
+    return m_window.liveUpdates() && m_refusal.isEmpty();
+}
+
+bool TableLoader::isStreamLoading() const
+{
+    return m_stream && !m_hasState && m_stream->status().state == LiveStatus::State::Loading;
+}
+
+QDateTime TableLoader::loadingSince() const
+{
+    return m_pipeline.isLoading() ? m_pipeline.loadingSince()
+        : isStreamLoading()       ? m_streamSince
+                                  : QDateTime();
+}
+
+QDateTime TableLoader::rowsAsOf() const
+{
+    return m_stream && m_hasState ? std::max(m_stream->status().asOf, m_rowsAsOf) : m_rowsAsOf;
+}
+
+TableLoader::Following TableLoader::following() const
+{
+    if (!m_window.liveUpdates() || (m_refusal.isEmpty() && !m_hasState)) {
+        return Following::Listing;
+    }
+    if (!m_stream || !m_hasState) {
+        return Following::Refused;
+    }
+    switch (m_stream->status().state) {
+    case LiveStatus::State::Live:
+        return Following::Live;
+    case LiveStatus::State::Paused:
+        return Following::Paused;
+    default:
+        return Following::Reconnecting;
+    }
+}
+
+QString TableLoader::followingReason() const
+{
+    const Following now = following();
+    return now == Following::Refused     ? m_refusal
+        : now == Following::Reconnecting ? m_stream->status().reason
+                                         : QString();
+}
+
+void TableLoader::load(const LoadRequest &request)
+{
+    if (m_store.kind().listWord.isEmpty()) {
+        writeDiagnostic(QStringLiteral("loadContent() requires override"));
+        return;
+    }
+    if (!canLoad()) {
+        return;
+    }
+    if (request.logged) {
+        m_refusal.clear(); // the user wants to know how it is now
+        m_streamFailures = 0;
+    }
+    if (wantsStream() && (m_failures == 0 || request.logged)) {
+        follow();
+    }
+    if (request.logged || !m_stream) {
+        list(request);
+    }
+}
+
+void TableLoader::refresh()
+{
+    m_store.timePasses();
+    const bool isDue
+        = !m_listedAt.isValid() || m_listedAt.msecsTo(QDateTime::currentDateTime()) >= m_listingPause.count();
+    if (wantsStream() && m_stream) {
+        return;
+    }
+    if (isDue && !m_pipeline.hasUnattendedLoad()) {
+        load({.unattended = true});
+    }
+}
+
+void TableLoader::list(const LoadRequest &request)
+{
+    const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
+    shell->niceness = request.niceness;
+    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), m_store.kind().listWord,
+        contextArgument(m_window.currentContext()), namespaceArgument(m_window.currentNamespace())};
+    const bool everywhere = m_store.kind().namespaced && m_window.currentNamespace() == allNamespaces;
+    m_pipeline.load(shell, arguments, everywhere ? LineForm::WithNamespace : LineForm::Plain, request.logged,
+        request.unattended);
+}
+
+/// Starts the stream, or goes on with it.
+void TableLoader::follow()
+{
+    if (m_stream) {
+        m_stream->resume();
+        return;
+    }
+    const QString context = m_window.currentContext();
+    m_streamSince = QDateTime::currentDateTime();
+    m_hasState = false;
+    m_stream = std::make_unique<LiveStream>(m_store.kind(),
+        LivePlace{context, m_window.kubeCtl().contents().server(context), m_window.currentNamespace()},
+        liveMeans([window = QPointer(&m_window)] {
+            return window ? window->kubeCtl().makeShell() : Shell::create();
+        }));
+    connect(m_stream.get(), &LiveStream::batchReady, &m_liveRows, &LiveRows::take);
+    connect(m_stream.get(), &LiveStream::statusChanged, this, &TableLoader::streamChanged);
+    if (!m_store.rows().empty()) {
+        m_stream->repeat(); // those of a listing, of which some may be gone
+    }
+    m_stream->start();
+    announceLoading();
+}
+
+void TableLoader::leaveStream()
+{
+    if (m_stream) {
+        m_stream->disconnect(this);
+        m_stream->disconnect(&m_liveRows);
+        m_stream.release()->deleteLater(); // it may be the one that is telling this
+    }
+    m_liveRows.clear();
+    m_hasState = false;
+}
+
+void TableLoader::streamChanged()
+{
+    const LiveStatus status = m_stream->status();
+    const bool failedAtOnce = !m_hasState && status.state == LiveStatus::State::Reconnecting;
+    if (status.state == LiveStatus::State::Refused || (failedAtOnce && ++m_streamFailures >= patience)) {
+        m_refusal = status.reason;
+    }
+    if (failedAtOnce || !m_refusal.isEmpty()) {
+        // A listing tells what is wrong in the words of its kubectl, and is what there is without a stream.
+        leaveStream();
+        list({.unattended = true});
+    }
+    announceLoading();
+    Q_EMIT followingChanged();
+}
+
+void TableLoader::stateArrived()
+{
+    m_hasState = true;
+    m_problem.clear();
+    m_failed = false;
+    m_failures = 0;
+    m_streamFailures = 0;
+    announceLoading();
+    Q_EMIT finished();
+    Q_EMIT followingChanged();
+}
+
+void TableLoader::listed(const LoadOutcome &outcome)
+{
+    m_listedAt = QDateTime::currentDateTime();
+    if (outcome.stopped) {
+        m_problem = tr("Loading was stopped.");
+        m_failed = false;
+        if (!m_store.rows().empty()) {
+            m_problem += QLatin1Char('\n') + tr("The rows are those of an earlier load.");
+        }
+    } else {
+        m_rowsAsOf = outcome.startedAt;
+        m_problem = loadProblem(outcome);
+        m_failed = !m_problem.isEmpty() && m_store.rows().empty();
+        m_failures = outcome.error ? m_failures + 1 : 0;
+    }
+    m_listingPause = pauseAfter(outcome, m_listedAt, m_failures);
+    if (m_stream) {
+        m_stream->repeat(); // the listing was read a while ago
+    }
+    m_liveRows.release();
+    if (m_problem.isEmpty() && wantsStream() && !m_stream && canLoad()) {
+        follow(); // the cluster answers again
+    }
+    Q_EMIT finished();
+}
+
+void TableLoader::stop()
+{
+    m_pipeline.stop();
+    if (isStreamLoading()) {
+        leaveStream();
+        m_problem = tr("Loading was stopped.");
+        m_failed = false;
+        announceLoading();
+        Q_EMIT finished();
+    }
+}
+
+void TableLoader::clear()
+{
+    leaveStream();
+    m_refusal.clear();
+    m_listedAt = QDateTime();
+    m_listingPause = {};
+    m_failures = 0;
+    m_streamFailures = 0;
+    m_rowsAsOf = QDateTime();
+    m_problem.clear();
+    m_failed = false;
+    m_pipeline.clear();
+    m_liveRows.release();
+    announceLoading();
+    Q_EMIT rowsChanged();
+    Q_EMIT followingChanged();
+}
+
+void TableLoader::setWatched(bool watched)
+{
+    m_isWatched = watched;
+    if (!watched) {
+        m_unwatched.start();
+        return;
+    }
+    m_unwatched.stop();
+    if (m_stream) {
+        m_stream->resume();
+    }
+}
+
+void TableLoader::liveUpdatesSwitched()
+{
+    if (!m_window.liveUpdates()) {
+        m_rowsAsOf = rowsAsOf();
+        leaveStream();
+    }
+    m_refusal.clear();
+    if (m_isWatched) {
+        load({.unattended = true});
+    }
+    announceLoading();
+    Q_EMIT followingChanged();
+}
+
+void TableLoader::announceLoading()
+{
+    if (const bool loading = isLoading(); loading != m_wasLoading) {
+        m_wasLoading = loading;
+        Q_EMIT loadingChanged(loading);
+    }
+}
+
+} // namespace tidewright
