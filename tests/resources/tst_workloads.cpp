@@ -361,7 +361,7 @@ void tst_workloads::notInAllNamespacesNorAfterAMove()
 {
     setMainConsoleLookup([this] { return &m_window->recorded; });
     m_window->nameSpace = allNamespaces;
-    open<DeploymentController>("web\\t3\\t3\\t3\\t3\\tT\\n");
+    open<DeploymentController>("web\\t3\\t3\\t3\\t3\\tT\\tteam\\n");
     QTRY_VERIFY(cell(u"web"_s));
     act(u"click:8"_s, *cell(u"web"_s));
     QVERIFY(!question());

@@ -19,11 +19,14 @@ QString tr(const char *text)
 
 QString countsText(const ResourceKind &kind, const TableFacts &facts)
 {
+    const QLocale locale;
+    const QString noun = kind.tableName.toLower();
+    if (!facts.hasBeenLoaded && facts.isLoading && facts.all > 0) {
+        return tr("%1 %2 so far").arg(locale.toString(facts.all), noun);
+    }
     if (facts.hasFailed || !facts.hasBeenLoaded) {
         return {};
     }
-    const QLocale locale;
-    const QString noun = kind.tableName.toLower();
     QString counts = facts.shown == facts.all
         ? tr("%1 %2").arg(locale.toString(facts.all), facts.all == 1 ? kind.humanReadableResourceName : noun)
         : tr("%1 of %2 %3").arg(locale.toString(facts.shown), locale.toString(facts.all), noun);
