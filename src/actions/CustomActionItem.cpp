@@ -5,9 +5,11 @@
 #include "actions/BashScript.h"
 #include "actions/PythonScript.h"
 #include "core/ApplicationRecord.h"
+#include "core/CommandGate.h"
 #include "platform/Diagnostics.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/Confirmation.h"
 #include "resources/NamedImages.h"
 
@@ -97,24 +99,37 @@ QIcon CustomActionItem::menuIcon() const
                                : QIcon(QPixmap::fromImage(m_menuIcon));
 }
 
+QString CustomActionItem::readOnlyObstacle(const QString &context) const
+{
+    const QString reason = readOnlyReason(context);
+    return reason.isEmpty() || m_config.reads_only.value_or(false)
+        ? QString()
+        : reason + QStringLiteral(" The action's config.json does not say \"reads_only\": true.");
+}
+
 void CustomActionItem::performAction(
     const ActionEnvironment &environment, const std::optional<ChangePlace> &place)
 {
-    if (!isActiveIn(environment.value(QStringLiteral("CONTEXT")))) {
+    const QString context = environment.value(QStringLiteral("CONTEXT"));
+    if (!isActiveIn(context) || !readOnlyObstacle(context).isEmpty()) {
         return;
     }
-    if (!m_config.show_warning_text) {
+    const QString toBeTyped = m_config.reads_only.value_or(false) ? QString() : toBeTypedIn(context);
+    if (!m_config.show_warning_text && toBeTyped.isEmpty()) {
         runIn(environment, place);
         return;
     }
-    showConfirmation(nullptr, QStringLiteral("Confirm Action"), *m_config.show_warning_text,
-        QStringLiteral("OK"), QStringLiteral("Cancel"),
+    const QString question
+        = QStringLiteral("Are you sure you want to run the action \"%1\"?").arg(m_title);
+    showConfirmation(nullptr, QStringLiteral("Confirm Action"),
+        m_config.show_warning_text.value_or(question), QStringLiteral("OK"), QStringLiteral("Cancel"),
         place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
         [self = shared_from_this(), environment, place](bool confirmed) {
             if (confirmed) {
                 self->runIn(environment, place);
             }
-        });
+        },
+        toBeTyped);
 }
 
 /// The script acts where the window is, whatever other programs or it itself do to kubeconfigs meanwhile.
@@ -128,11 +143,12 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
         return;
     }
     place->window->whenSettled(
-        [self = shared_from_this(), environment, place = *place](const QString &reason) {
+        [self = shared_from_this(), environment, place = *place](const QString &obstacle) {
             if (!place.window) {
                 return;
             }
             const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
+            const QString reason = obstacle.isEmpty() ? self->readOnlyObstacle(place.context) : obstacle;
             if (!reason.isEmpty()) {
                 refuseChange(*place.window, notRun, reason);
                 return;

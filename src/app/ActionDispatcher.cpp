@@ -96,6 +96,10 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
         refuseChange(m_window, notRun(*item), hint);
         return;
     }
+    if (const QString reason = item->readOnlyObstacle(m_window.currentContext()); !reason.isEmpty()) {
+        refuseChange(m_window, notRun(*item), reason);
+        return;
+    }
     auto environment = target(*item);
     if (!environment) {
         return;
@@ -139,6 +143,9 @@ QString ActionDispatcher::obstacle(const CustomActionItem &item) const
     }
     if (!item.isActiveIn(m_window.currentContext())) {
         return QObject::tr("This action is not meant for the context %1.").arg(m_window.currentContext());
+    }
+    if (const QString reason = item.readOnlyObstacle(m_window.currentContext()); !reason.isEmpty()) {
+        return reason;
     }
     return item.config().scope == QLatin1String("namespace") ? QString() : targetObstacle(item);
 }

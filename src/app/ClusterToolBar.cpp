@@ -4,6 +4,7 @@
 #include "app/KubeSplitViewController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
+#include "resources/ContextBand.h"
 #include "resources/NamedImages.h"
 #include "resources/ResourceTableView.h"
 #include "resources/SharedContentViewController.h"
@@ -23,6 +24,7 @@ ClusterToolBar::ClusterToolBar(
     , m_state(state)
     , m_content(content)
     , m_contexts(new SearchableComboBox(QStringLiteral("Contexts"), tr("context")))
+    , m_access(new QToolButton)
     , m_namespaces(new SearchableComboBox(QStringLiteral("Namespaces"), tr("namespace")))
     , m_filter(new QLineEdit)
     , m_bar(new QToolBar)
@@ -46,10 +48,16 @@ ClusterToolBar::ClusterToolBar(
     row->setContentsMargins(8, 6, 8, 6);
     row->setSpacing(6);
     row->addWidget(m_contexts);
+    row->addWidget(m_access);
     row->addWidget(m_namespaces);
     row->addWidget(separator);
     row->addWidget(m_bar, 1);
     row->addWidget(m_filter);
+    m_access->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_access->setIconSize(QSize(16, 16));
+    m_access->setAutoRaise(true);
+    m_access->hide();
+    connect(m_access, &QToolButton::clicked, this, &ClusterToolBar::accessPreferencesRequested);
     setUpFilter();
     connect(&m_state, &KubeSplitViewController::contextListChanged, m_contexts,
         [this] { m_contexts->showList(m_state.contextList()); });
@@ -59,6 +67,21 @@ ClusterToolBar::ClusterToolBar(
     m_namespaces->showList(m_state.namespaceList());
     connect(m_contexts, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseContext);
     connect(m_namespaces, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseNamespace);
+}
+
+void ClusterToolBar::showAccess(const QString &context)
+{
+    const ContextAccess access
+        = context.isEmpty() ? ContextAccess::Free : ContextPolicies::policy(context).access;
+    const bool isReadOnly = access == ContextAccess::ReadOnly;
+    m_access->setText(nameOf(access));
+    m_access->setIcon(namedImage(isReadOnly ? QStringLiteral("read-only") : QStringLiteral("protected")));
+    m_access->setToolTip((isReadOnly ? tr("Nothing can be changed from here in the context %1.")
+                                     : tr("Every change in the context %1 asks for its name."))
+                             .arg(context)
+        + QLatin1Char('\n') + tr("Preferences ▸ Contexts says so."));
+    m_access->setAccessibleName(tr("Access: %1").arg(nameOf(access)));
+    m_access->setVisible(access != ContextAccess::Free);
 }
 
 void ClusterToolBar::setUpFilter()

@@ -4,6 +4,7 @@
 #include <QToolBar>
 
 class QLineEdit;
+class QToolButton;
 
 namespace tidewright {
 
@@ -25,9 +26,17 @@ public:
     void setCommands(const QList<QAction *> &commands);
     QList<QAction *> commands() const { return m_bar->actions(); }
 
+    /// Shows beside the context list what may be done in that context, when that is not everything.
+    void showAccess(const QString &context);
+
     SearchableComboBox *contextPopupButton() const { return m_contexts; }
     SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }
+    QToolButton *accessBadge() const { return m_access; }
     QLineEdit *filterField() const { return m_filter; }
+
+Q_SIGNALS:
+    /// The user wants to see where the access is chosen.
+    void accessPreferencesRequested();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -39,6 +48,7 @@ private:
     KubeSplitViewController &m_state;
     PrimaryContentController &m_content;
     SearchableComboBox *m_contexts;
+    QToolButton *m_access;
     SearchableComboBox *m_namespaces;
     QLineEdit *m_filter;
     QToolBar *m_bar;

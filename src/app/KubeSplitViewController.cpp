@@ -3,6 +3,7 @@
 
 #include "app/ClusterWindowFrame.h"
 #include "app/UserKubeConfig.h"
+#include "core/CommandGate.h"
 #include "external/EditFile.h"
 #include "platform/MainQueue.h"
 #include "pods/CombinedLogsViewController.h"
@@ -495,6 +496,7 @@ void KubeSplitViewController::editNow(const QStringList &arguments, std::functio
             Q_EMIT self->preferencesRequested();
         }
     };
+    edit->gate = commandGate(m_currentContext);
     m_edits.push_back(edit);
     edit->runAsync(arguments, true, m_console,
         [finished = std::move(finished), console = m_console, view = copy.view](const ShellResult &result) {

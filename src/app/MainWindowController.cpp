@@ -12,11 +12,12 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/PodConsoleSplitViewController.h"
 #include "pods/PodController.h"
+#include "resources/ContextBand.h"
 #include "resources/SharedContentViewController.h"
 
 #include <QDesktopServices>
-#include <QHBoxLayout>
 #include <QSplitter>
+#include <QVBoxLayout>
 
 namespace tidewright {
 
@@ -29,6 +30,7 @@ MainWindowController::MainWindowController(UserKubeConfig &userFile, QWidget *pa
     , m_content(new PrimaryContentController(*m_state))
     , m_sidebar(new SidebarController)
     , m_toolBar(new ClusterToolBar(*m_state, *m_content))
+    , m_band(new ContextBand)
     , m_dispatcher(std::make_unique<ActionDispatcher>(*m_content, *m_state))
 {
     m_state->setConsole(m_console);
@@ -55,9 +57,11 @@ void MainWindowController::buildLayout()
     split->setSizes({m_sidebar->sizeHint().width(), 1000});
     split->setCollapsible(1, false);
     split->setHandleWidth(1);
-    auto *layout = new QHBoxLayout(this);
+    auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(split);
+    layout->setSpacing(0);
+    layout->addWidget(m_band);
+    layout->addWidget(split, 1);
 }
 
 void MainWindowController::connectParts()
@@ -75,6 +79,10 @@ void MainWindowController::connectParts()
                 makeConsoleError(tr("No program could be found that opens %1.").arg(url.toString())));
         }
     });
+    connect(m_state, &KubeSplitViewController::contextListChanged, this,
+        &MainWindowController::showContextPolicy);
+    connect(&ContextPolicies::shared(), &ContextPolicies::changed, this,
+        &MainWindowController::showContextPolicy);
     connect(m_content, &PrimaryContentController::shownTableChanged, this,
         &MainWindowController::commandStateChanged);
     for (SharedContentViewController *table : m_content->tables()) {
@@ -128,7 +136,16 @@ void MainWindowController::runLastAction()
 
 void MainWindowController::windowDidBecomeMain()
 {
+    showContextPolicy(); // another instance of the program may have changed it
     m_state->windowDidBecomeMain();
+}
+
+void MainWindowController::showContextPolicy()
+{
+    const QString context = m_state->currentContext();
+    m_band->setContext(context);
+    m_toolBar->showAccess(context);
+    Q_EMIT commandStateChanged();
 }
 
 void MainWindowController::updateTitles(const QString &nameSpace)

@@ -2,6 +2,7 @@
 #include "core/KubeCtl.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/CommandGate.h"
 #include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
 
@@ -128,6 +129,7 @@ std::shared_ptr<Shell> KubeCtl::shellFor(const KubeConfigCopy &copy) const
     }
     shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(copy.kubeConfig));
     shell->needed = copy.view;
+    shell->gate = commandGate(copy.view->context());
     shell->place = {kubeConfigFiles(configPath), copy.view->context(), copy.view->nameSpace()};
     return shell;
 }

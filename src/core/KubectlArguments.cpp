@@ -40,11 +40,13 @@ KubectlArguments KubectlArguments::read(const QStringList &arguments)
 {
     KubectlArguments result;
     bool isReadable = true;
+    bool isCertain = true;
     for (qsizetype i = 0; i < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
         const QString &word = arguments.at(i);
         if (!word.startsWith(QLatin1Char('-')) || word == QLatin1String("-")) {
             if (isReadable) {
                 result.words.append(word);
+                result.certainWords += isCertain ? 1 : 0;
             }
             continue;
         }
@@ -54,13 +56,16 @@ KubectlArguments KubectlArguments::read(const QStringList &arguments)
         if (option == QLatin1String("--context")) {
             result.namesContext = true;
             result.context = hasValue ? word.section(QLatin1Char('='), 1) : arguments.value(i + 1);
+            result.contexts.append(result.context);
         } else if (option == QLatin1String("--kubeconfig")) {
             result.namesKubeConfig = true;
         } else if (option == QLatin1String("--namespace") || option == QLatin1String("--all-namespaces")
             || option == QLatin1String("-A") || isShortNamespace(word)) {
             result.namesNamespace = true;
-        } else if (result.words.isEmpty() && !hasValue && !valueFollows && !takesNoValue(option)) {
-            isReadable = false;
+            isCertain = isCertain && (hasValue || valueFollows || isShortNamespace(word));
+        } else if (!hasValue && !valueFollows && !takesNoValue(option)) {
+            isReadable = isReadable && !result.words.isEmpty();
+            isCertain = false;
         }
         i += valueFollows ? 1 : 0;
     }

@@ -26,7 +26,11 @@ struct KubectlArguments
     bool namesContext = false;
     bool namesKubeConfig = false;
     bool namesNamespace = false; ///< one, or all of them
-    QString context; ///< the one it names
+    QString context; ///< the one it names: of several the last, as kubectl has it
+    QStringList contexts; ///< all that it names
+    /// So many of the first words are surely that for kubectl too: before them stand no options of which it is
+    /// not known here whether a value follows.
+    qsizetype certainWords = 0;
 };
 
 } // namespace tidewright

@@ -6,6 +6,7 @@
 #include "platform/MainQueue.h"
 #include "pods/ColorIndexView.h"
 #include "pods/ConsoleStyle.h"
+#include "resources/ContextBand.h"
 #include "resources/NamedImages.h"
 
 #include <QDir>
@@ -62,11 +63,14 @@ CombinedLogsViewController::CombinedLogsViewController(QWidget *parent)
     , m_document(logFolders())
     , m_logTextView(new LogView(m_document))
     , m_colorIndexView(new ColorIndexView(this))
+    , m_band(new ContextBand)
 {
     logAttributes.setBackground(namedColour(QStringLiteral("solarized-base03")));
     logAttributes.setFont(console_style::font());
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_band);
     layout->addWidget(m_logTextView);
     m_colorIndexView->raise();
     m_colorIndexView->hide();
@@ -114,6 +118,7 @@ void CombinedLogsViewController::viewDidAppear()
     }
     m_appeared = true;
     window()->setWindowTitle(title());
+    m_band->setContext(context);
     m_logTextView->setTextFont(logAttributes.font());
     m_logTextView->setBackground(logAttributes.background().color());
     m_logTextView->setSourceColours({foregroundColors.cbegin(), foregroundColors.cend()});

@@ -15,6 +15,7 @@ class QTableWidget;
 namespace tidewright {
 
 class ColorIndexView;
+class ContextBand;
 
 /// The content of a logs window: follows the logs of containers, each with a `kubectl logs -f` of its own, in
 /// one text, each in its own colour. Set the fields, then show it; the streams start once and end with the
@@ -88,6 +89,7 @@ private:
     LogDocument m_document;
     LogView *m_logTextView;
     ColorIndexView *m_colorIndexView;
+    ContextBand *m_band;
     std::vector<Source> m_sources;
     std::vector<std::shared_ptr<Shell>> m_shells;
     std::shared_ptr<LogIntake> m_intake;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ConsoleViewController.h"
 
+#include "core/CommandGate.h"
 #include "core/KubectlArguments.h"
 #include "platform/DisplayText.h"
 #include "platform/LinkDetection.h"
@@ -9,7 +10,7 @@
 #include "pods/ConsoleStyle.h"
 #include "pods/ConsoleText.h"
 #include "pods/ConsoleTextView.h"
-#include "resources/ClusterChange.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/WindowState.h"
 
 #include <QApplication>
@@ -26,6 +27,7 @@ namespace tidewright {
 namespace {
 
 const QString lineFeed = QStringLiteral("\n");
+constexpr qsizetype longestQuestion = 400; // of a command line that is asked about, in characters
 
 /// Text in which addresses are links that lead to themselves.
 std::vector<StyledRun> withLinks(const QString &text)
@@ -215,13 +217,40 @@ void ConsoleViewController::runTypedCommand()
     const quint64 id = ++m_lastTyped;
     m_typedCommands.push_back({id, line, nullptr});
     showTypedCommands();
+    const ChangePlace place(*m_window);
+    if (const QString reason = commandGate(place.context)(words); !reason.isEmpty()) {
+        addEntry(QString(), QString(), makeConsoleError(reason));
+        refuse(id);
+        return;
+    }
+    const CommandVerdict verdict = judgeCommand(words, place.context);
+    if (!verdict.needsConsent()) {
+        proceed(id, words, place);
+        return;
+    }
+    confirmWhereProtected(m_view, verdict.context, tr("Confirm Command"),
+        tr("This command is not known to change nothing. Are you sure you want to run it?"), tr("Run"),
+        confirmationDetails(display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + place.text()),
+        [self = QPointer(m_self), id, words, place](bool confirmed) {
+            if (self && self->find(id)) {
+                confirmed ? self->proceed(id, words, place) : self->refuse(id);
+            }
+        });
+}
+
+/// Starts it at once, or when the window is settled in the place that it was typed for.
+void ConsoleViewController::proceed(quint64 id, const QStringList &words, const ChangePlace &place)
+{
+    if (!m_window) {
+        return;
+    }
     const Reach reach = reachOf(words, *m_window);
     if (reach != Reach::WhenSettled) {
         start(id, words, reach == Reach::UserFile);
         return;
     }
     m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words,
-                              place = ChangePlace(*m_window)](const QString &obstacle) {
+                              place](const QString &obstacle) {
         if (!self || !self->m_window || !self->find(id)) {
             return;
         }
@@ -249,6 +278,9 @@ void ConsoleViewController::start(quint64 id, const QStringList &words, bool inU
 {
     TypedCommand &typed = *find(id);
     typed.shell = inUserFile ? m_window->kubeCtl().makePlainShell() : m_window->kubeCtl().makeForeignShell();
+    if (!typed.shell->gate) {
+        typed.shell->gate = commandGate(m_window->currentContext());
+    }
     tellNamespace(words);
     // The user may be in another window when the command ends: its entry belongs here.
     typed.shell->runToldAsync(

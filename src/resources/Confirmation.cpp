@@ -6,10 +6,12 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -64,6 +66,33 @@ QWidget *mainWindow()
     return window ? window : QApplication::activeWindow();
 }
 
+/// Below the text of a question, from top to bottom: what it comes with, and a field to type `text` into, which
+/// `first` waits for.
+QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *first)
+{
+    auto *both = new QWidget;
+    auto *column = new QVBoxLayout(both);
+    column->setContentsMargins(0, 0, 0, 0);
+    if (accessory) {
+        column->addWidget(accessory);
+    }
+    auto *label = new QLabel(QObject::tr("This context is protected. Type its name to go on: %1").arg(text));
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *field = new QLineEdit;
+    field->setAccessibleName(QObject::tr("Name of the context"));
+    label->setBuddy(field);
+    column->addWidget(label);
+    column->addWidget(field);
+    column->addSpacing(6);
+    first->setEnabled(false);
+    QObject::connect(field, &QLineEdit::textChanged, first,
+        [first, text](const QString &typed) { first->setEnabled(typed == text); });
+    both->setFocusProxy(accessory && accessory->focusProxy() ? accessory->focusProxy() : field);
+    return both;
+}
+
 /// The toolkit takes Escape for a press of the button when there is only one.
 class Question : public QMessageBox
 {
@@ -89,7 +118,8 @@ void setMainWindowLookup(std::function<QWidget *()> lookup)
 }
 
 void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
-    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion)
+    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion,
+    const QString &toBeTyped)
 {
     QWidget *window = view ? view->window() : mainWindow();
     if (!window) {
@@ -104,8 +134,11 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
         label->setTextFormat(Qt::PlainText); // names come from the cluster
     }
-    const bool isForm = accessory && accessory->focusProxy();
     QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
+    if (!toBeTyped.isEmpty()) {
+        accessory = withTypedText(accessory, toBeTyped, first);
+    }
+    const bool isForm = accessory && accessory->focusProxy();
     box->setDefaultButton(first);
     if (!secondButton.isEmpty()) {
         QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);

@@ -2,7 +2,7 @@
 #include "resources/CronJobController.h"
 
 #include "platform/RandomString.h"
-#include "resources/ClusterChange.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/CronJob.h"
 
 #include <QMenu>
@@ -22,6 +22,9 @@ CronJobController::CronJobController(WindowState &window, QWidget *parent)
 
 QString CronJobController::runObstacle() const
 {
+    if (const QString reason = changeObstacle(kubeSplitViewController()); !reason.isEmpty()) {
+        return reason;
+    }
     switch (chosenNames().size()) {
     case 0:
         return tr("Select a cron job first.");
@@ -39,20 +42,31 @@ void CronJobController::runCronJobNow()
         return;
     }
     WindowState &window = kubeSplitViewController();
-    if (const QString reason = namespaceObstacle(kind(), window.currentNamespace()); !reason.isEmpty()) {
+    QString reason = changeObstacle(window);
+    if (reason.isEmpty()) {
+        reason = namespaceObstacle(kind(), window.currentNamespace());
+    }
+    if (!reason.isEmpty()) {
         refuseChange(window, nothingRun, reason);
         return;
     }
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
-    runChange(ChangePlace(window), command, nothingRun);
+    const ChangePlace place(window);
+    confirmWhereProtected(this, place.context, QStringLiteral("Confirm Run"),
+        QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(names.first()),
+        QStringLiteral("Run Now"), confirmationDetails(place.text(kind())), [place, command](bool confirmed) {
+            if (confirmed) {
+                runChange(place, command, nothingRun);
+            }
+        });
 }
 
 void CronJobController::extendContextMenu(QMenu &menu)
 {
     QAction *action = menu.addAction(QStringLiteral("Run Now"), this, &CronJobController::runCronJobNow);
-    action->setEnabled(runObstacle().isEmpty());
+    enableChange(*action, runObstacle().isEmpty());
 }
 
 QString manualJobName(const QString &cronJob)

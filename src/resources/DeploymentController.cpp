@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/DeploymentController.h"
 
-#include "resources/ClusterChange.h"
-#include "resources/Confirmation.h"
+#include "core/ContextPolicy.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/Deployment.h"
 #include "resources/ReplicaCell.h"
 #include "resources/ResourceTableView.h"
@@ -45,6 +45,7 @@ DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
           tableView(), desiredColumn(), [this](const QModelIndex &index) { return ensureCell(index); },
           [](const QWidget &cell) { return static_cast<const ReplicaCell &>(cell).isBeingChanged(); }))
 {
+    connect(&ContextPolicies::shared(), &ContextPolicies::changed, this, &DeploymentController::rowsChanged);
     connect(tableView().selectionModel(), &QItemSelectionModel::currentRowChanged, this,
         [this](const QModelIndex &current) { leadFocusThrough(cellAt(current)); });
 }
@@ -75,6 +76,11 @@ bool DeploymentController::ensureCell(const QModelIndex &index)
         }
     }
     cell->setDesired(deployment.desired);
+    const QString reason = changeObstacle(kubeSplitViewController());
+    for (QWidget *part : {static_cast<QWidget *>(cell->slider()), static_cast<QWidget *>(cell->field())}) {
+        part->setEnabled(reason.isEmpty());
+        part->setToolTip(reason.isEmpty() ? tr("Scale %1").arg(deployment.name) : reason);
+    }
     return missing;
 }
 
@@ -102,7 +108,11 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
     const QString name = deployment.name;
     const qint64 previous = deployment.previousDesired;
     WindowState &window = kubeSplitViewController();
-    if (const QString reason = namespaceObstacle(kind(), window.currentNamespace()); !reason.isEmpty()) {
+    QString reason = changeObstacle(window);
+    if (reason.isEmpty()) {
+        reason = namespaceObstacle(kind(), window.currentNamespace());
+    }
+    if (!reason.isEmpty()) {
         refuseChange(window, nothingScaled, reason);
         cell.answered();
         return;
@@ -113,10 +123,10 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
     }
     setCounts(index, previous, desired);
     const ChangePlace place(window);
-    showConfirmation(this, QStringLiteral("Confirm Scale"),
+    confirmChange(this, place, QStringLiteral("Confirm Scale"),
         QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
             .arg(name, QString::number(previous), QString::number(desired)),
-        QStringLiteral("Scale Deployment"), QStringLiteral("Cancel"), confirmationDetails(place.text(kind())),
+        QStringLiteral("Scale Deployment"), confirmationDetails(place.text(kind())),
         [this, self = QPointer(this), cell = QPointer(&cell), index, place, name, desired](bool confirmed) {
             if (!self) {
                 return;
@@ -182,7 +192,7 @@ void DeploymentController::extendContextMenu(QMenu &menu)
             cellAt(row)->startTyping();
         }
     });
-    action->setEnabled(row.isValid());
+    enableChange(*action, row.isValid());
 }
 
 } // namespace tidewright

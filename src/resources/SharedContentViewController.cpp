@@ -3,7 +3,7 @@
 
 #include "platform/Diagnostics.h"
 #include "platform/MainQueue.h"
-#include "resources/ClusterChange.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/LoadProblem.h"
 #include "resources/PreviewPanel.h"
 #include "resources/ResourceTableView.h"
@@ -320,6 +320,10 @@ void SharedContentViewController::editConfiguration()
     if (names.isEmpty() || !m_window.canEdit()) {
         return;
     }
+    if (!changeObstacle(m_window).isEmpty()) {
+        showQuickLookPanel();
+        return;
+    }
     if (const QString reason = whyNotByName(kind(), names.first(1), m_window.currentNamespace());
         !reason.isEmpty()) {
         refuseChange(m_window, QStringLiteral("Nothing was edited"), reason);
@@ -328,9 +332,34 @@ void SharedContentViewController::editConfiguration()
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
         m_window.currentNamespace(), kind().resourceName, names.first(), QStringLiteral("-o"),
         QStringLiteral("yaml")};
+    const ChangePlace place(m_window);
+    confirmWhereProtected(this, place.context, QStringLiteral("Confirm Edit"),
+        QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
+            .arg(kind().humanReadableResourceName, names.first()),
+        QStringLiteral("Edit"), confirmationDetails(place.text(kind())),
+        [self = QPointer(this), place, arguments](bool confirmed) {
+            if (self && confirmed) {
+                self->edit(place, arguments);
+            }
+        });
+}
+
+void SharedContentViewController::edit(const ChangePlace &place, const QStringList &arguments)
+{
+    if (!place.isStillShown()) {
+        refuseMovedChange(m_window, QStringLiteral("Nothing was edited"));
+        return;
+    }
     m_window.startExternalEdit(arguments, [self = QPointer(this)] {
         postToMain(self, [](SharedContentViewController &table) { table.reloadSoon(); });
     });
+}
+
+void SharedContentViewController::enableChange(QAction &action, bool enabled) const
+{
+    const QString reason = changeObstacle(m_window);
+    action.setEnabled(enabled && reason.isEmpty());
+    action.setToolTip(reason);
 }
 
 void SharedContentViewController::deleteRows()
@@ -411,6 +440,7 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
 {
     const bool hasRow = !chosenNames().isEmpty();
     QMenu menu;
+    menu.setToolTipsVisible(true);
     const auto add = [&](const QString &title, auto slot, bool enabled) {
         QAction *action = menu.addAction(title, this, slot);
         action->setEnabled(enabled);
@@ -422,11 +452,12 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
     }
     if (m_window.canEdit()) {
-        add(QStringLiteral("Edit Configuration"), &SharedContentViewController::editConfiguration, hasRow);
+        add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
     }
     extendContextMenu(menu);
     menu.addSeparator();
-    add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow);
+    enableChange(
+        *add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow), hasRow);
     menu.addSeparator();
     add(QStringLiteral("Reload"), &SharedContentViewController::reloadContent, true);
     menu.exec(position);

@@ -12,6 +12,7 @@
 
 #include <memory>
 
+class QAction;
 class QLineEdit;
 class QMenu;
 class QProgressBar;
@@ -21,6 +22,7 @@ namespace tidewright {
 class ResourceTableView;
 class TablePreviews;
 class TableStatusBar;
+struct ChangePlace;
 
 /// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load
 /// cycle that runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs
@@ -114,6 +116,8 @@ protected:
     /// Puts a changed copy in the place of the row at an arranged index.
     void replaceRow(const QModelIndex &index, const Row &row);
 
+    /// Enables a command of a menu that changes the cluster where that is allowed, or says why it is not.
+    void enableChange(QAction &action, bool enabled) const;
     /// Whether the names of rows are enough to find their objects; the window's console says `notDone` and why
     /// when they are not.
     bool hasOneNamespace(const QString &notDone) const;
@@ -123,6 +127,7 @@ protected:
     void reloadSoon();
 
 private:
+    void edit(const ChangePlace &place, const QStringList &arguments);
     void buildLayout();
     void connectParts();
     void refresh();

@@ -121,7 +121,7 @@ private Q_SLOTS:
         QFile file(m_cluster->settingsFile());
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(R"({"customEnvVars": )" + stored + '}') > 0);
         file.close();
-        const Preferences open(1);
+        const Preferences open(2);
         QTEST(open.rows(), "rows");
         // The next save replaces what was there, whatever it was.
         open.clickSegment(AdvancedPreferencesViewController::AddSegment);
@@ -133,7 +133,7 @@ private Q_SLOTS:
 
     void addingTwice()
     {
-        const Preferences open(1);
+        const Preferences open(2);
         const QAbstractItemModelTester tester(
             open.table().model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
         open.clickSegment(AdvancedPreferencesViewController::AddSegment);
@@ -155,12 +155,12 @@ private Q_SLOTS:
     {
         settings().set(envVars, Dictionary{{u"A"_s, u"1"_s}, {u"B"_s, u"2"_s}});
         {
-            const Preferences open(1);
+            const Preferences open(2);
             open.rename(1, 0, u"A"_s);
             QCOMPARE(open.rows(), QStringList({u"A=1"_s, u"A=2"_s}));
         }
         QCOMPARE(settings().dictionary(envVars), Dictionary({{u"A"_s, u"2"_s}}));
-        QCOMPARE(Preferences(1).rows(), QStringList({u"A=2"_s}));
+        QCOMPARE(Preferences(2).rows(), QStringList({u"A=2"_s}));
     }
 
     void deleting_data()
@@ -180,7 +180,7 @@ private Q_SLOTS:
         QFETCH(bool, byKey);
         QFETCH(QString, left);
         settings().set(envVars, Dictionary{{u"A"_s, {}}, {u"B"_s, {}}, {u"C"_s, {}}, {u"D"_s, {}}});
-        const Preferences open(1);
+        const Preferences open(2);
         for (const int row : std::as_const(selected)) {
             QTest::mouseClick(open.table().viewport(), Qt::LeftButton, Qt::ControlModifier, open.at(row, 0));
         }
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QFETCH(QString, end);
         QFETCH(QString, stored);
         settings().set(envVars, Dictionary{{u"A"_s, u"old"_s}});
-        Preferences open(1);
+        Preferences open(2);
         QTest::mouseClick(open.table().viewport(), Qt::LeftButton, {}, open.at(0, 1));
         if (begin == u"mouse") {
             open.doubleClick(0, 1);

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/ChangeQuestion.h"
+
+#include "core/CommandGate.h"
+#include "resources/Confirmation.h"
+
+namespace tidewright {
+
+QString changeObstacle(const WindowState &window)
+{
+    return readOnlyReason(window.currentContext());
+}
+
+QString toBeTypedIn(const QString &context)
+{
+    return ContextPolicies::policy(context).access == ContextAccess::Protected ? context : QString();
+}
+
+QString editTitle(const WindowState &window)
+{
+    return changeObstacle(window).isEmpty() ? QStringLiteral("Edit Configuration")
+                                            : QStringLiteral("View Configuration");
+}
+
+void confirmChange(QWidget *view, const ChangePlace &place, const QString &title, const QString &message,
+    const QString &firstButton, QWidget *details, Answered answered)
+{
+    showConfirmation(view, title, message, firstButton, QStringLiteral("Cancel"), details,
+        std::move(answered), toBeTypedIn(place.context));
+}
+
+void confirmWhereProtected(QWidget *view, const QString &context, const QString &title,
+    const QString &message, const QString &firstButton, QWidget *details, Answered answered)
+{
+    const QString name = toBeTypedIn(context);
+    if (name.isEmpty()) {
+        delete details;
+        answered(true);
+        return;
+    }
+    showConfirmation(view, title, message, firstButton, QStringLiteral("Cancel"), details,
+        std::move(answered), name);
+}
+
+} // namespace tidewright
