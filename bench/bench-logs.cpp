@@ -140,8 +140,8 @@ void measureLongLines(Report &report)
     QApplication::processEvents();
     for (const QString &unit : {QStringLiteral("größere Warteschlange: 日本語のメッセージが届きました, "),
              QStringLiteral("ההודעה התקבלה ונשמרה בהצלחה, took=12ms ")}) {
-        document.append(0, unit.repeated(5'000'000 / unit.toUtf8().size()));
-        document.append(0, u"\n");
+        document.append(0, unit.toUtf8().repeated(5'000'000 / unit.toUtf8().size()));
+        document.append(0, "\n");
     }
     document.commit();
     view.setWrapping(true);
@@ -158,7 +158,7 @@ void measureShortLines(Report &report)
         const double before = anonymousBytes();
         LogDocument document(logFolders());
         for (int i = 0; i < 3'000'000; ++i) {
-            document.append(i % sources, QStringLiteral("line %1\n").arg(i % 1000, digits));
+            document.append(i % sources, QStringLiteral("line %1\n").arg(i % 1000, digits).toUtf8());
         }
         document.commit();
         report.ratio("anonymous memory / bytes, lines of " + std::to_string(digits + 6) + " bytes, "
@@ -184,7 +184,8 @@ int main(int argc, char **argv)
         QApplication::processEvents();
         const double before = anonymousBytes();
         int next = 0;
-        ours = appendSeconds(pieces, [&](const QString &piece) { document.append(next++ % 6, piece); });
+        ours = appendSeconds(
+            pieces, [&](const QString &piece) { document.append(next++ % 6, piece.toUtf8()); });
         document.commit();
         view.follow();
         if (!document.problem().isEmpty()) {

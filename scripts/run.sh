@@ -41,7 +41,8 @@ if [[ -z ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; then
 fi
 if $use_demo || ! has_kubeconfig; then
     echo "Opening the demo cluster."
-    # The demo's settings and caches stay apart from the user's own.
+    # The demo's settings and caches stay apart from the user's own. That also makes it a program of its own beside one
+    # that runs already, whose windows would outlive the demo cluster: this script ends both together.
     export XDG_CONFIG_HOME=$work/config XDG_CACHE_HOME=$work/cache XDG_DATA_HOME=$work/data
     start_demo_cluster "$@"
 fi

@@ -119,10 +119,10 @@ void CustomActionItem::performAction(
         runIn(environment, place);
         return;
     }
-    const QString question
-        = QStringLiteral("Are you sure you want to run the action \"%1\"?").arg(m_title);
-    showConfirmation(nullptr, QStringLiteral("Confirm Action"),
-        m_config.show_warning_text.value_or(question), QStringLiteral("OK"), QStringLiteral("Cancel"),
+    const QString question = QStringLiteral("Are you sure you want to run the action \"%1\"?").arg(m_title);
+    showConfirmation(
+        nullptr, QStringLiteral("Confirm Action"), m_config.show_warning_text.value_or(question),
+        QStringLiteral("OK"), QStringLiteral("Cancel"),
         place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
         [self = shared_from_this(), environment, place](bool confirmed) {
             if (confirmed) {
@@ -144,11 +144,12 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
     }
     place->window->whenSettled(
         [self = shared_from_this(), environment, place = *place](const QString &obstacle) {
-            if (!place.window) {
-                return;
-            }
             const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
             const QString reason = obstacle.isEmpty() ? self->readOnlyObstacle(place.context) : obstacle;
+            if (!place.window) {
+                refuseUnseenChange(place, notRun, reason);
+                return;
+            }
             if (!reason.isEmpty()) {
                 refuseChange(*place.window, notRun, reason);
                 return;

@@ -47,9 +47,9 @@ public:
     QString readOnlyObstacle(const QString &context) const;
 
     /// Asks the user when the configuration or the context wants it, and runs the script on the custom action
-    /// queue. Nothing happens in a context in which the action is not active, or must not be. With a `place` the script acts there,
-    /// by a view of the kubeconfig of its own in front of KUBECONFIG, or is not run and its console says why.
-    /// Returns at once. Main thread.
+    /// queue. Nothing happens in a context in which the action is not active, or must not be. With a `place`
+    /// the script acts there, by a view of the kubeconfig of its own in front of KUBECONFIG, or is not run
+    /// and its console says why. Returns at once. Main thread.
     void performAction(
         const ActionEnvironment &environment, const std::optional<ChangePlace> &place = std::nullopt);
     /// Adds KUBECTL and the user's variables that the action needs. Nothing when one is missing; the user is

@@ -53,9 +53,8 @@ Match chosenName(const SharedContentViewController &table, const CustomActionCon
     const bool asShown = pattern && config.scope == podScope;
     const ResourceTableView &view = table.tableView();
     QStringList selected;
-    for (const QModelIndex &index :
-        asShown ? view.selectedRowsInOrder() : view.selectionModel()->selectedRows()) {
-        selected.append(table.arrangedObjects().arrangedRow(index.row())->name);
+    for (const int row : asShown ? view.selectedRowsInOrder() : view.selectedRowsAsChosen()) {
+        selected.append(table.arrangedObjects().arrangedRow(row)->name);
     }
     if (!pattern) {
         return {selected.isEmpty() ? std::nullopt : std::optional(selected.first())};
@@ -102,6 +101,11 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
     }
     auto environment = target(*item);
     if (!environment) {
+        return;
+    }
+    const QStringList places{m_window.currentContext(), m_window.currentNamespace()};
+    if (const QString reason = nameObstacle(environment->values() + places); !reason.isEmpty()) {
+        refuseChange(m_window, notRun(*item), reason);
         return;
     }
     environment->insert(QStringLiteral("CONTEXT"), m_window.currentContext());

@@ -15,7 +15,7 @@ void validate(CustomActionCommand &command, const MainWindowController *page)
 {
     const QString obstacle = page ? page->actionObstacle(*command.actionItem) : QString();
     command.setEnabled(obstacle.isEmpty());
-    command.setToolTip(obstacle.isEmpty() ? command.actionItem->title() : obstacle);
+    command.setToolTip(display_text::toolTip(obstacle.isEmpty() ? command.actionItem->title() : obstacle));
 }
 
 } // namespace
@@ -96,6 +96,7 @@ void ActionMenu::addNodes(QMenu &menu, const std::vector<ActionNode> &nodes)
         }
         auto *group = new QMenu(display_text::withoutMnemonics(node.title), &menu);
         group->setToolTipsVisible(true);
+        group->menuAction()->setToolTip(display_text::toolTip(node.title));
         menu.addMenu(group);
         addNodes(*group, node.children);
     }
@@ -125,6 +126,7 @@ void ActionMenu::updateEnabled()
     MainWindowController *page = m_frame.currentPage();
     const auto last = page ? page->lastAction() : nullptr;
     m_runLast->setEnabled(last != nullptr);
+    m_runLast->setToolTip(display_text::toolTip(last ? last->title() : QString()));
     m_runLast->setText(last ? QStringLiteral("Run \"%1\"").arg(display_text::withoutMnemonics(last->title()))
                             : QStringLiteral("Run Last Action"));
     if (page) {

@@ -2,6 +2,7 @@
 #include "app/AdvancedPreferencesViewController.h"
 
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "platform/UserDefaults.h"
 
 #include <QAction>
@@ -105,7 +106,7 @@ QWidget *AdvancedPreferencesViewController::makeSegments()
         auto *button = new QPushButton(text);
         button->setAutoDefault(false);
         button->setAccessibleName(name);
-        button->setToolTip(name);
+        button->setToolTip(display_text::toolTip(name));
         button->setFixedWidth(button->sizeHint().height() + 8);
         m_envvarSegmentedControl->addButton(button, segment);
         row->addWidget(button);

@@ -4,11 +4,13 @@
 #include "actions/EmbeddedPython.h"
 #include "app/AboutWindow.h"
 #include "app/ClusterWindowFrame.h"
+#include "app/KubeConfigList.h"
 #include "app/MainWindowController.h"
 #include "app/PassingMessage.h"
 #include "app/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "platform/Bundle.h"
+#include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
 #include "platform/Notifications.h"
 #include "platform/ProcessKeeper.h"
@@ -34,6 +36,19 @@ namespace {
 
 constexpr auto graceAtQuit = std::chrono::milliseconds(200);
 constexpr auto graceForKubeConfig = std::chrono::milliseconds(500);
+
+/// KUBECONFIG as this process was given it.
+QString inheritedKubeConfig()
+{
+    return kubeconfig_list::ofEnvironment().value_or(qEnvironmentVariable("KUBECONFIG"));
+}
+
+/// What kubectl goes by in a window that has the kubeconfig `path`, which may be empty.
+QString effectiveKubeConfig(const QString &path)
+{
+    const QString named = path.isEmpty() ? inheritedKubeConfig() : path;
+    return named.isEmpty() ? kubeconfig_list::usual() : named;
+}
 
 } // namespace
 
@@ -102,11 +117,20 @@ QString AppDelegate::createCacheDirectory()
 void AppDelegate::applicationDidFinishLaunching()
 {
     newDocument();
+    shellQueue().post(&KubeConfigView::sweep);
 }
 
 void AppDelegate::newDocument()
 {
+    openWindow({});
+}
+
+void AppDelegate::openWindow(const QString &kubeConfig)
+{
     auto *frame = new ClusterWindowFrame({m_userFile, m_webPages, m_actions, m_toolBarLayout});
+    if (!kubeConfig.isEmpty()) {
+        frame->currentPage()->setKubeConfigPath(kubeConfig);
+    }
     m_frames.removeAll(nullptr);
     m_frames.append(frame);
     m_windowControllers.append(frame->currentPage());
@@ -161,6 +185,10 @@ void AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
 
 void AppDelegate::comeForward()
 {
+    if (frames().isEmpty()) { // windows of logs may be all that is left
+        newDocument();
+        return;
+    }
     bool hasVisibleWindows = false;
     for (ClusterWindowFrame *frame : frames()) { // the one last worked in comes last, and so in front
         if (frame->isVisible() && !frame->isMinimized()) {
@@ -169,6 +197,45 @@ void AppDelegate::comeForward()
         }
     }
     applicationShouldHandleReopen(hasVisibleWindows);
+}
+
+void AppDelegate::startedAgain(const QString &kubeConfig)
+{
+    const QString setting = MainWindowController::defaultKubeConfigPath();
+    const QString usual = effectiveKubeConfig(setting);
+    QString wanted = kubeConfig.isEmpty() ? setting : kubeConfig;
+    if (wanted.isEmpty()) {
+        wanted = kubeconfig_list::usual();
+    }
+    // The same start once more means the same, also when the setting outweighs its variable.
+    const bool isUsual = wanted == usual || kubeConfig == inheritedKubeConfig();
+    MainWindowController *page = pageOn(isUsual ? usual : wanted);
+    if (!page) {
+        openWindow(isUsual ? QString() : wanted);
+        return;
+    }
+    if (isUsual) {
+        comeForward();
+    }
+    auto *frame = qobject_cast<ClusterWindowFrame *>(page->window());
+    if (frame && !(isUsual && kubeConfig.isEmpty())) { // a kubeconfig was asked for, not just the program
+        frame->selectTab(static_cast<int>(frame->pages().indexOf(page)));
+        bringToFront(*frame);
+    }
+}
+
+/// The page on that kubeconfig that the user was last seen at; null when there is none.
+MainWindowController *AppDelegate::pageOn(const QString &kubeConfig) const
+{
+    MainWindowController *found = nullptr;
+    for (const ClusterWindowFrame *frame : frames()) {
+        auto pages = frame->pages();
+        pages.append(frame->currentPage());
+        for (MainWindowController *page : std::as_const(pages)) {
+            found = effectiveKubeConfig(page->kubeConfigPath()) == kubeConfig ? page : found;
+        }
+    }
+    return found;
 }
 
 void AppDelegate::quit()

@@ -33,9 +33,13 @@ public:
     void applicationDidFinishLaunching();
     /// Brings every window back when the application has none that can be seen.
     void applicationShouldHandleReopen(bool hasVisibleWindows);
-    /// The program was started once more: brings the windows forward, as launchers do, and those that cannot
-    /// be seen too.
+    /// Brings the windows forward, as launchers ask, and those that cannot be seen too. Without a cluster
+    /// window opens one.
     void comeForward();
+    /// The program was started once more with that list in KUBECONFIG, absolute paths (empty: none). Comes
+    /// forward when that is what windows here use anyway, and otherwise shows a window on it: the one that is
+    /// there, or a new one.
+    void startedAgain(const QString &kubeConfig);
     /// Saves the window's frame and ends the event loop. Nothing is ever left to save, so nobody is asked.
     void quit();
     /// Closes the windows, ends all children and removes the preview files, without waiting for anything
@@ -58,6 +62,8 @@ public:
 
 private:
     QString createCacheDirectory();
+    void openWindow(const QString &kubeConfig);
+    MainWindowController *pageOn(const QString &kubeConfig) const;
     QList<ClusterWindowFrame *> frames() const;
 
     const WebPages m_webPages;

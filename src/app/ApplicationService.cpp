@@ -1,14 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ApplicationService.h"
 
+#include "app/KubeConfigList.h"
+#include "platform/AtomicFile.h"
+#include "platform/UserDefaults.h"
+
+#include <QCryptographicHash>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QFileInfo>
+#include <QGuiApplication>
 
+#include <atomic>
 #include <chrono>
 #include <future>
-#include <memory>
+#include <mutex>
 #include <thread>
 
 namespace tidewright {
@@ -18,8 +25,10 @@ namespace {
 const auto serviceName = QStringLiteral("com.brindle.Tidewright");
 const auto objectPath = QStringLiteral("/com/brindle/Tidewright");
 const auto interfaceName = QStringLiteral("org.freedesktop.Application");
+const auto kubeConfigKey = QStringLiteral("tidewright-kubeconfig");
 constexpr auto patience = std::chrono::seconds(3);
 constexpr int millisecondsForAnswer = 1400; // twice, within that
+constexpr qsizetype digits = 32;
 
 /// Asking for a bus where there is none starts one on some systems.
 bool hasSessionBus()
@@ -28,7 +37,62 @@ bool hasSessionBus()
         || QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QLatin1String("/bus"));
 }
 
+/// The name that only starts of the same build, with the same settings, on the same display look for.
+QString ownName()
+{
+    const FileIdentity program = FileIdentity::at(QByteArrayLiteral("/proc/self/exe"));
+    const QByteArray whole = QByteArrayList{userSettingsFile().toUtf8(),
+        QGuiApplication::platformName().toUtf8(), qgetenv("DISPLAY"), qgetenv("WAYLAND_DISPLAY"),
+        QByteArray::number(quint64(program.device)), QByteArray::number(quint64(program.inode)),
+        QByteArray::number(qint64(program.size)), QByteArray::number(qint64(program.modifiedSeconds)),
+        QByteArray::number(qint64(program.modifiedNanoseconds))}
+                                 .join('\0');
+    const QByteArray hash = QCryptographicHash::hash(whole, QCryptographicHash::Sha256).toHex().left(digits);
+    return serviceName + QLatin1String(".At") + QLatin1String(hash);
+}
+
+/// Whether the owner of the name took over what this start was asked for.
+bool handOver(const QDBusConnection &bus, const QString &name)
+{
+    const auto kubeConfig = kubeconfig_list::ofEnvironment();
+    if (!kubeConfig) {
+        return false;
+    }
+    QDBusMessage call
+        = QDBusMessage::createMethodCall(name, objectPath, interfaceName, QStringLiteral("Activate"));
+    call << QVariantMap{{kubeConfigKey, *kubeConfig}};
+    return bus.call(call, QDBus::Block, millisecondsForAnswer).type() == QDBusMessage::ReplyMessage;
+}
+
 } // namespace
+
+/// What the thread that talks to the bus shares with the service, which does not wait for its end.
+struct ApplicationService::Link
+{
+    /// Puts the service on the bus, unless it is gone.
+    bool expose(QDBusConnection bus)
+    {
+        const std::lock_guard lock(mutex);
+        return service && bus.registerObject(objectPath, service, QDBusConnection::ExportAllSlots);
+    }
+
+    const QString name;
+    std::mutex mutex;
+    ApplicationService *service; ///< null when it is gone
+    std::atomic<bool> isWaitedFor = true; ///< the start has not been decided without the bus
+};
+
+ApplicationService::ApplicationService(QObject *parent)
+    : QObject(parent)
+    , m_link(new Link{ownName(), {}, this})
+{
+}
+
+ApplicationService::~ApplicationService()
+{
+    const std::lock_guard lock(m_link->mutex);
+    m_link->service = nullptr;
+}
 
 ApplicationService::Start ApplicationService::start()
 {
@@ -36,13 +100,19 @@ ApplicationService::Start ApplicationService::start()
         return Start::First;
     }
     // A bus that hangs must not keep the window from opening.
-    auto answer = std::make_shared<std::promise<Start>>();
-    std::future<Start> answered = answer->get_future();
-    std::thread([this, answer] { answer->set_value(takeName()); }).detach();
-    return answered.wait_for(patience) == std::future_status::ready ? answered.get() : Start::First;
+    std::promise<Start> answer;
+    std::future<Start> answered = answer.get_future();
+    std::thread([link = m_link, answer = std::move(answer)]() mutable {
+        answer.set_value(takeName(*link));
+    }).detach();
+    if (answered.wait_for(patience) == std::future_status::ready) {
+        return answered.get();
+    }
+    m_link->isWaitedFor = false;
+    return Start::First;
 }
 
-ApplicationService::Start ApplicationService::takeName()
+ApplicationService::Start ApplicationService::takeName(Link &link)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
@@ -50,25 +120,33 @@ ApplicationService::Start ApplicationService::takeName()
     }
     for (int attempt = 0; attempt < 2; ++attempt) { // the owner may be ending just now
         // The object first: whoever finds the name finds somebody who answers.
-        bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots);
-        if (bus.registerService(serviceName)) {
+        if (!link.expose(bus)) {
+            return Start::First;
+        }
+        if (bus.registerService(link.name)) {
+            bus.interface()->registerService(serviceName, QDBusConnectionInterface::QueueService);
             return Start::First;
         }
         bus.unregisterObject(objectPath);
-        QDBusMessage call = QDBusMessage::createMethodCall(
-            serviceName, objectPath, interfaceName, QStringLiteral("Activate"));
-        call << QVariantMap();
-        const QDBusMessage reply = bus.call(call, QDBus::Block, millisecondsForAnswer);
-        if (reply.type() == QDBusMessage::ReplyMessage) {
+        if (link.isWaitedFor && handOver(bus, link.name)) {
             return Start::Forwarded;
         }
     }
     return Start::Unanswered;
 }
 
-void ApplicationService::Activate(const QVariantMap &)
+void ApplicationService::Activate(const QVariantMap &platformData)
 {
-    Q_EMIT activated();
+    const QVariant kubeConfig = platformData.value(kubeConfigKey);
+    if (!kubeConfig.isValid()) {
+        Q_EMIT activated();
+    } else if (kubeConfig.metaType() == QMetaType::fromType<QString>()
+        && kubeconfig_list::isComplete(kubeConfig.toString())) {
+        Q_EMIT startedAgain(kubeConfig.toString());
+    } else {
+        sendErrorReply(QDBusError::InvalidArgs,
+            QStringLiteral("%1 is not a list of absolute paths, separated by \":\".").arg(kubeConfigKey));
+    }
 }
 
 void ApplicationService::Open(const QStringList &, const QVariantMap &)

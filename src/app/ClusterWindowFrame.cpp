@@ -281,9 +281,9 @@ void ClusterWindowFrame::pageTitleChanged(MainWindowController *page)
 {
     const int index = m_pages->indexOf(page);
     m_tabBar->setTabText(index, display_text::withoutMnemonics(page->tabTitle()));
-    m_tabBar->setTabToolTip(index, page->title());
+    m_tabBar->setTabToolTip(index, display_text::toolTip(page->title()));
     if (page == currentPage()) {
-        setWindowTitle(page->title());
+        setWindowTitle(display_text::clean(page->title()));
     }
 }
 

@@ -172,8 +172,8 @@ void ContextPreferencesViewController::buildLayout()
 
 void ContextPreferencesViewController::connectParts()
 {
-    connect(m_table, &QTableWidget::itemSelectionChanged, this,
-        &ContextPreferencesViewController::showChoice);
+    connect(
+        m_table, &QTableWidget::itemSelectionChanged, this, &ContextPreferencesViewController::showChoice);
     connect(m_other, &QLineEdit::returnPressed, this, &ContextPreferencesViewController::addOther);
     connect(&ContextPolicies::shared(), &ContextPolicies::changed, this,
         &ContextPreferencesViewController::showPolicies);

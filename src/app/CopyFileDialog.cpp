@@ -2,6 +2,7 @@
 #include "app/CopyFileDialog.h"
 
 #include "app/FileDialogSelection.h"
+#include "platform/DisplayText.h"
 
 #include <QFileInfo>
 #include <QGridLayout>
@@ -57,7 +58,7 @@ CopyFileDialog::CopyFileDialog(QWidget *parent, const QString &target)
         grid->addWidget(new QLabel(QStringLiteral("Select a folder or file(s) to copy.")), row, 1);
         grid->addWidget(label, row + 1, 0);
         grid->addWidget(m_destination, row + 1, 1, Qt::AlignLeft);
-        auto *into = new QLabel(target);
+        auto *into = new QLabel(display_text::clean(target));
         into->setTextFormat(Qt::PlainText); // names come from the cluster
         grid->addWidget(into, row + 2, 1);
     }

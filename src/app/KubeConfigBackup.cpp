@@ -58,7 +58,8 @@ KubeConfigBackup::KubeConfigBackup(const QString &files)
 KubeConfigBackup::~KubeConfigBackup()
 {
     for (const Entry &entry : m_entries) {
-        if (bytesOf(entry.file).size() > 0) {
+        const QByteArray now = bytesOf(entry.file);
+        if (!now.isEmpty() || now == bytesOf(entry.copy)) {
             QFile::remove(entry.copy);
         }
     }

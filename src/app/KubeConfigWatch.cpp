@@ -38,9 +38,15 @@ KubeConfigWatch::KubeConfigWatch(const KubeCtl &kubeCtl, QObject *parent)
 {
 }
 
+KubeConfigWatch::~KubeConfigWatch()
+{
+    stopReading();
+}
+
 void KubeConfigWatch::begin()
 {
     ++m_place;
+    stopReading();
     m_state.clear();
     answer(QString());
 }
@@ -51,21 +57,44 @@ void KubeConfigWatch::look(const Looked &completion)
     if (m_waiting.size() > 1) {
         return;
     }
-    const QPointer<KubeConfigWatch> self(this);
-    shellQueue().post([self, place = m_place, files = kubeConfigFiles(m_kubeCtl.configPath)] {
-        postToMain(self, [place, state = stateOf(files)](KubeConfigWatch &watch) {
-            if (place == watch.m_place && !watch.m_waiting.empty()) {
-                watch.compareFiles(state);
-            }
-        });
-    });
+    lookAtFiles();
     QTimer::singleShot(patience, this, [this, number = ++m_looks] {
         if (number == m_looks) {
+            stopReading();
             for (const auto &waiting : std::exchange(m_waiting, {})) {
                 waiting(tr("The kubeconfig of this window cannot be looked at: its disk does not answer."));
             }
         }
     });
+}
+
+/// A thread that hangs with the disk is not joined by a second one.
+void KubeConfigWatch::lookAtFiles()
+{
+    if (std::exchange(m_isLooking, true)) {
+        return;
+    }
+    const QPointer<KubeConfigWatch> self(this);
+    shellQueue().post([self, place = m_place, files = kubeConfigFiles(m_kubeCtl.configPath)] {
+        postToMain(self, [place, state = stateOf(files)](KubeConfigWatch &watch) {
+            watch.m_isLooking = false;
+            if (watch.m_waiting.empty()) {
+                return;
+            }
+            if (place == watch.m_place) {
+                watch.compareFiles(state);
+            } else {
+                watch.lookAtFiles();
+            }
+        });
+    });
+}
+
+void KubeConfigWatch::stopReading()
+{
+    if (const auto shell = std::exchange(m_reading, nullptr)) {
+        shell->cancel();
+    }
 }
 
 void KubeConfigWatch::compareFiles(const QByteArray &state)
@@ -74,12 +103,15 @@ void KubeConfigWatch::compareFiles(const QByteArray &state)
         answer(m_change);
         return;
     }
-    m_kubeCtl.readKubeConfig([self = QPointer(this), place = m_place, state](const auto &contents) {
-        if (self && place == self->m_place) {
-            self->m_state = contents ? state : QByteArray();
-            self->compareContents(contents);
-        }
-    });
+    stopReading();
+    m_reading = m_kubeCtl.readKubeConfig(
+        [self = QPointer(this), place = m_place, look = m_looks, state](const auto &contents) {
+            if (self && place == self->m_place && look == self->m_looks) {
+                self->m_reading.reset();
+                self->m_state = contents ? state : QByteArray();
+                self->compareContents(contents);
+            }
+        });
 }
 
 /// A file that kubectl cannot read now leads nowhere; kubectl itself says so.

@@ -19,6 +19,7 @@ public:
 
     /// `kubeCtl` must outlive the watch.
     explicit KubeConfigWatch(const KubeCtl &kubeCtl, QObject *parent = nullptr);
+    ~KubeConfigWatch() override;
 
     /// The window has another place now; looks under way tell nothing any more.
     void begin();
@@ -27,6 +28,8 @@ public:
     void look(const Looked &completion);
 
 private:
+    void lookAtFiles();
+    void stopReading();
     void compareFiles(const QByteArray &state);
     void compareContents(const std::optional<KubeConfigContents> &contents);
     void answer(const QString &change);
@@ -37,6 +40,8 @@ private:
     QByteArray m_state; ///< of the files, when they were read last
     QString m_change;
     std::vector<Looked> m_waiting;
+    bool m_isLooking = false; ///< at the files
+    std::shared_ptr<Shell> m_reading; ///< what they hold
 };
 
 } // namespace tidewright

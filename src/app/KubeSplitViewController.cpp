@@ -48,12 +48,18 @@ KubeSplitViewController::KubeSplitViewController(UserKubeConfig &userFile, QObje
 KubeSplitViewController::~KubeSplitViewController()
 {
     cancel(m_contextShell);
+    cancel(m_contentsShell);
     cancel(m_namespaceShell);
     cancel(m_placeShell);
     for (const auto &weak : m_edits) {
         if (const auto edit = weak.lock()) {
             edit->cancel();
         }
+    }
+    for (const auto &completion : m_waiting) {
+        mainQueue().post([completion] {
+            completion(QStringLiteral("its window was closed before it showed the context and namespace."));
+        });
     }
 }
 
@@ -67,6 +73,7 @@ void KubeSplitViewController::viewWillAppear(const QString &kubeConfigPath)
 void KubeSplitViewController::reloadContexts()
 {
     cancel(m_contextShell);
+    cancel(m_contentsShell);
     const quint64 request = ++m_contextRequest;
     m_contextList = {.loading = true};
     m_hint = tr("Loading contexts…");
@@ -92,12 +99,13 @@ void KubeSplitViewController::reloadContexts()
             postToMain(
                 self, [=](KubeSplitViewController &window) { window.contextsMissing(request, reason); });
         });
-    m_kubeCtl.readKubeConfig([self, request, readOne](const std::optional<KubeConfigContents> &contents) {
-        if (self && request == self->m_contextRequest) {
-            self->m_contentsRead = contents.value_or(KubeConfigContents());
-            readOne();
-        }
-    });
+    m_contentsShell = m_kubeCtl.readKubeConfig(
+        [self, request, readOne](const std::optional<KubeConfigContents> &contents) {
+            if (self && request == self->m_contextRequest) {
+                self->m_contentsRead = contents.value_or(KubeConfigContents());
+                readOne();
+            }
+        });
 }
 
 void KubeSplitViewController::contextsLoaded(
@@ -107,8 +115,12 @@ void KubeSplitViewController::contextsLoaded(
         return;
     }
     m_contextShell.reset();
+    m_contentsShell.reset();
     // The tables go on showing the context that the window had until now.
-    m_choosingContext |= !m_currentContext.isEmpty() && current != m_currentContext;
+    const bool leadsElsewhere = current != m_currentContext
+        || m_contentsRead.destination(current) != m_kubeCtl.contents().destination(current);
+    m_choosingContext |= leadsElsewhere && !m_currentContext.isEmpty();
+    m_userFollows = false;
     m_contextList = {
         .entries = contexts, .selected = contexts.contains(current) ? current : QString(), .enabled = true};
     if (m_choosingContext) {
@@ -125,14 +137,16 @@ void KubeSplitViewController::contextsLoaded(
     }
 }
 
-/// Whatever was being set belongs to another place.
+/// Whatever was being set belongs to another place, and so does what waits for it.
 void KubeSplitViewController::enterContext(const QString &name)
 {
     cancel(m_placeShell);
     ++m_placeRequest;
     m_currentContext = name;
     m_displacement.clear();
+    m_isLooking = false;
     m_watch.begin();
+    answerWaiting();
 }
 
 void KubeSplitViewController::forgetNamespaces()
@@ -150,6 +164,7 @@ void KubeSplitViewController::contextsMissing(quint64 request, const QString &re
         return;
     }
     m_contextShell.reset();
+    cancel(m_contentsShell);
     m_waitingSince = QDateTime();
     m_hint = tr("No contexts could be loaded.") + QLatin1Char('\n') + sentenceFirst(reason);
     Q_EMIT contextListChanged();
@@ -157,7 +172,7 @@ void KubeSplitViewController::contextsMissing(quint64 request, const QString &re
 
 void KubeSplitViewController::reloadNamespaces()
 {
-    if (m_choosingContext && !m_namespaceShell) {
+    if ((m_choosingContext && !m_namespaceShell) || !m_displacement.isEmpty()) {
         retryLoading(); // they come with the context
     } else if (!m_currentContext.isEmpty()) {
         loadNamespaces();
@@ -325,7 +340,8 @@ void KubeSplitViewController::contextUsed(quint64 request, bool success)
 QString KubeSplitViewController::loadingHint() const
 {
     if (!m_displacement.isEmpty()) {
-        return m_displacement + QLatin1Char('\n') + tr("Reload shows what is there now.");
+        return m_displacement + QLatin1Char('\n')
+            + tr("Reload shows what is there now; another context can be chosen above.");
     }
     return m_choosingContext || m_currentContext.isEmpty() || m_currentNamespace.isEmpty() ? m_hint
                                                                                            : QString();
@@ -407,11 +423,11 @@ void KubeSplitViewController::whenSettled(std::function<void(const QString &)> c
     if (m_waiting.size() > 1) {
         return;
     }
-    if (!obstacle().isEmpty()) {
+    if (!whyNoPlace().isEmpty()) {
         answerWaiting();
         return;
     }
-    m_isLooking = true;
+    m_isLooking = true; // also for whether what was wrong with the kubeconfig is mended
     m_watch.look([self = QPointer(this)](const QString &change) {
         if (self) {
             self->lookedBeforeCommand(change);
@@ -421,7 +437,9 @@ void KubeSplitViewController::whenSettled(std::function<void(const QString &)> c
 
 void KubeSplitViewController::lookedBeforeCommand(const QString &change)
 {
-    m_isLooking = false;
+    if (!std::exchange(m_isLooking, false)) {
+        return; // the window is in another place by now
+    }
     if (!m_choosingContext) {
         setDisplacement(change);
     }
@@ -454,7 +472,13 @@ bool KubeSplitViewController::hasItsPlace() const
 
 QString KubeSplitViewController::obstacle() const
 {
-    if (m_choosingContext) {
+    const QString reason = whyNoPlace();
+    return reason.isEmpty() ? m_displacement : reason;
+}
+
+QString KubeSplitViewController::whyNoPlace() const
+{
+    if (m_choosingContext && !m_currentContext.isEmpty()) {
         return QStringLiteral(
             "The window is switching to the context %1; its tables do not show that context yet.")
             .arg(m_currentContext);
@@ -462,13 +486,17 @@ QString KubeSplitViewController::obstacle() const
     if (m_currentContext.isEmpty() || m_currentNamespace.isEmpty()) {
         return QStringLiteral("No context and namespace are chosen yet.");
     }
-    return m_displacement;
+    return {};
 }
 
 void KubeSplitViewController::startExternalEdit(const QStringList &arguments, std::function<void()> finished)
 {
     whenSettled(
         [this, arguments, finished = std::move(finished), place = ChangePlace(*this)](const QString &reason) {
+            if (!place.window) {
+                refuseUnseenChange(place, nothingEdited, reason);
+                return;
+            }
             if (!reason.isEmpty()) {
                 refuseChange(*this, nothingEdited, reason);
             } else if (!place.isStillShown()) {

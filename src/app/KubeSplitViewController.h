@@ -100,6 +100,8 @@ private:
     bool hasItsPlace() const;
     /// Why nothing can be started that goes by the window's place; empty when it can.
     QString obstacle() const;
+    /// The same, as far as it is not the kubeconfig that leads elsewhere.
+    QString whyNoPlace() const;
     void editNow(const QStringList &arguments, std::function<void()> finished);
 
     UserKubeConfig &m_userFile;
@@ -117,6 +119,7 @@ private:
     quint64 m_namespaceRequest = 0;
     quint64 m_placeRequest = 0; ///< of the latest change of context or namespace
     std::shared_ptr<Shell> m_contextShell;
+    std::shared_ptr<Shell> m_contentsShell; ///< reads m_contentsRead beside it
     std::shared_ptr<Shell> m_namespaceShell;
     std::shared_ptr<Shell> m_placeShell; ///< while the window's place is being set
     bool m_choosingContext

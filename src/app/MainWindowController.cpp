@@ -3,6 +3,7 @@
 
 #include "app/ClusterToolBar.h"
 #include "app/DestinationView.h"
+#include "app/KubeConfigList.h"
 #include "app/KubeSplitViewController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SidebarController.h"
@@ -153,7 +154,9 @@ void MainWindowController::updateTitles(const QString &nameSpace)
     const auto titled
         = [&nameSpace](const QString &what) -> QString { return what + QLatin1String(" : ") + nameSpace; };
     m_tabTitle = m_configTitle.isEmpty() ? nameSpace : titled(m_configTitle);
-    m_title = m_configTitle.isEmpty() && !m_kubeConfigPath.isEmpty() ? titled(m_kubeConfigPath) : m_tabTitle;
+    m_title = m_configTitle.isEmpty() && !m_kubeConfigPath.isEmpty()
+        ? titled(kubeconfig_list::shown(m_kubeConfigPath))
+        : m_tabTitle;
     Q_EMIT titleChanged();
 }
 

@@ -32,7 +32,8 @@ public:
     void windowDidLoad();
     void windowDidBecomeMain();
 
-    /// The window's kubeconfig; empty means kubectl's own default. Read when the content first appears.
+    /// The window's kubeconfig, a path or a list of paths as in KUBECONFIG; empty means kubectl's own
+    /// default. Read when the content first appears.
     QString kubeConfigPath() const { return m_kubeConfigPath; }
     void setKubeConfigPath(const QString &path) { m_kubeConfigPath = path; }
     /// A name that the user gave the window, for its titles; may be empty.

@@ -63,7 +63,7 @@ void PassingMessage::addLabel(const QString &text, bool bold)
     if (text.isEmpty()) {
         return;
     }
-    auto *label = new QLabel(text);
+    auto *label = new QLabel(display_text::clean(text));
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setForegroundRole(QPalette::ToolTipText);

@@ -61,6 +61,7 @@ void PreferencesViewController::showEvent(QShowEvent *event)
 QLabel *PreferencesViewController::makeHint(const QString &text, int lines)
 {
     auto *hint = new Hint(text);
+    hint->setTextFormat(Qt::PlainText); // paths are in some
     QFont font = hint->font();
     font.setPointSizeF(font.pointSizeF() * hintScale);
     hint->setFont(font);

@@ -13,8 +13,8 @@ class ContextPreferencesViewController;
 class GeneralPreferencesViewController;
 class PreferencesViewController;
 
-/// The preferences: a window with three panes, made once and kept by the application. Closing only hides it, so
-/// that it comes back as it was.
+/// The preferences: a window with three panes, made once and kept by the application. Closing only hides it,
+/// so that it comes back as it was.
 class PreferencesWindowController : public QDialog
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 
 #include "app/CreateFromFileDialog.h"
 #include "pods/PodController.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/ClusterRole.h"
 #include "resources/ConfigMap.h"
 #include "resources/CreateFromFiles.h"

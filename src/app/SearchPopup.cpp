@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/SearchPopup.h"
 
+#include "platform/DisplayText.h"
+
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QListView>
@@ -26,6 +28,11 @@ class EntryDelegate : public QStyledItemDelegate
 {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
+
+    QString displayText(const QVariant &value, const QLocale &locale) const override
+    {
+        return QStyledItemDelegate::displayText(display_text::clean(value.toString()), locale);
+    }
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
     {

@@ -3,9 +3,11 @@
 
 #include "app/KubeSplitViewController.h"
 #include "app/SearchPopup.h"
+#include "platform/DisplayText.h"
 
 #include <QKeyEvent>
 #include <QSignalBlocker>
+#include <QStyleOptionComboBox>
 
 namespace tidewright {
 
@@ -39,7 +41,7 @@ void SearchableComboBox::showList(const ChoiceList &list, const QStringList &abo
                 ? -1
                 : findText(list.selected, Qt::MatchFixedString | Qt::MatchCaseSensitive));
     }
-    setToolTip(list.selected);
+    setToolTip(display_text::toolTip(list.selected));
     setEnabled(list.enabled);
 }
 
@@ -66,10 +68,17 @@ void SearchableComboBox::hidePopup()
     QComboBox::hidePopup();
 }
 
+/// The entries stay what they are; only what is painted is cleaned.
+void SearchableComboBox::initStyleOption(QStyleOptionComboBox *option) const
+{
+    QComboBox::initStyleOption(option);
+    option->currentText = display_text::clean(option->currentText);
+}
+
 void SearchableComboBox::choose(int row)
 {
     setCurrentIndex(row);
-    setToolTip(currentText());
+    setToolTip(display_text::toolTip(currentText()));
     Q_EMIT activated(row);
     Q_EMIT textActivated(currentText());
 }

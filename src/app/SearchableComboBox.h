@@ -27,6 +27,7 @@ public:
     QSize minimumSizeHint() const override;
 
 protected:
+    void initStyleOption(QStyleOptionComboBox *option) const override;
     void keyPressEvent(QKeyEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
 

@@ -2,6 +2,7 @@
 #include "app/UserKubeConfig.h"
 
 #include "app/KubeConfigBackup.h"
+#include "core/ApplicationRecord.h"
 #include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
@@ -16,15 +17,9 @@ namespace {
 const auto settingKey = QStringLiteral("kubeconfigFollows");
 const auto windowWord = QStringLiteral("window");
 const auto nothingWord = QStringLiteral("nothing");
+const auto setInVain = QStringLiteral("kubectl ended well, but what it was to set is not there.");
 constexpr auto longestChange = std::chrono::seconds(20);
-
-std::optional<KubeConfigContents> read(Shell &shell, QString &failure)
-{
-    const ShellResult result = shell.run(readKubeConfigArguments(), false);
-    auto contents = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
-    failure = contents ? QString() : result.failure();
-    return contents;
-}
+constexpr auto longestEnd = std::chrono::seconds(5);
 
 /// kubectl gives up before it writes when somebody else is writing, or was killed while it did.
 bool wasLocked(const ShellResult &result)
@@ -34,23 +29,25 @@ bool wasLocked(const ShellResult &result)
 
 /// Runs one kubectl that changes the file, and reads what has become of it. Returns why it was not done; what
 /// that kubectl has spoilt is put back then.
-QString changeFile(Shell &shell, const QStringList &arguments, const KubeConfigBackup &backup,
-    const std::function<bool(const KubeConfigContents &)> &isDone)
+QString changeFile(Shell &shell, const QStringList &arguments, const QString &context,
+    const KubeConfigBackup &backup, const std::function<bool(const KubeConfigContents &)> &isDone)
 {
     const ShellResult result = shell.run(arguments, false);
     QString failure;
-    const auto now = read(shell, failure);
-    if (now && result.hasSucceeded()) {
-        return isDone(*now) ? QString()
-                            : QStringLiteral("kubectl ended well, but what it was to set is not there.");
+    const auto now = readKubeConfig(shell, failure);
+    if (now && result.hasSucceeded() && now->hasContext(context)) {
+        return isDone(*now) ? QString() : setInVain;
     }
     if (wasLocked(result)) {
         return *result.error
             + QStringLiteral(
                 "\nIf no other program is writing the kubeconfig, remove the file that ends in .lock.");
     }
+    if (const auto process = shell.process()) {
+        process->waitUntilExit(longestEnd); // one that was told to end may be writing yet
+    }
     const QString lost = backup.restore();
-    failure = result.hasSucceeded() ? failure : result.failure();
+    failure = !result.hasSucceeded() ? result.failure() : now ? setInVain : failure;
     return lost.isEmpty() ? failure : QString(failure + QLatin1Char('\n') + lost);
 }
 
@@ -118,16 +115,20 @@ void UserKubeConfig::runNext()
     m_waiting.pop_front();
     const std::shared_ptr<Shell> shell = Shell::create();
     shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(change.files));
-    m_running = shell;
+    const auto through = std::make_shared<std::promise<void>>();
+    m_running = through->get_future();
     QTimer::singleShot(longestChange, this, [weak = std::weak_ptr(shell)] {
         if (const auto hanging = weak.lock()) {
             hanging->cancel();
         }
     });
-    shellQueue().post([self = QPointer(this), change, shell] {
+    shellQueue().post([self = QPointer(this), change, shell, through] {
         const QString failure = perform(change, shell);
-        postToMain(self, [failure](UserKubeConfig &owner) {
-            if (!failure.isEmpty()) {
+        through->set_value();
+        postToMain(self, [change, failure](UserKubeConfig &owner) {
+            if (failure.isEmpty() && change.switches) {
+                applicationRecord() = {change.context, change.nameSpace};
+            } else if (!failure.isEmpty()) {
                 postConsoleEntry(nullptr, QString(),
                     tr("Note: your own kubeconfig was left as it was, and other programs do not follow this "
                        "window. %1")
@@ -142,9 +143,9 @@ void UserKubeConfig::runNext()
 /// Returns why the file does not follow; empty when it does, or need not.
 QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shell> &shell)
 {
-    QString failure
-        = KubeConfigBackup::recover(change.files, [&] { return read(*shell, failure).has_value(); });
-    const auto before = failure.isEmpty() ? read(*shell, failure) : std::nullopt;
+    QString failure = KubeConfigBackup::recover(
+        change.files, [&] { return readKubeConfig(*shell, failure).has_value(); });
+    const auto before = failure.isEmpty() ? readKubeConfig(*shell, failure) : std::nullopt;
     if (!before) {
         return failure;
     }
@@ -161,11 +162,11 @@ QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shel
     }
     const auto isCurrent = [&change](const KubeConfigContents &now) { return now.current == change.context; };
     if (switches) {
-        failure = changeFile(*shell, useContextArguments(change.context), backup, isCurrent);
+        failure = changeFile(*shell, useContextArguments(change.context), change.context, backup, isCurrent);
     }
     if (failure.isEmpty() && sets) {
-        failure = changeFile(
-            *shell, setNamespaceArguments(change.nameSpace), backup, [&](const KubeConfigContents &now) {
+        failure = changeFile(*shell, setNamespaceArguments(change.nameSpace), change.context, backup,
+            [&](const KubeConfigContents &now) {
                 return !isCurrent(now) || now.nameSpace(change.context) == change.nameSpace;
             });
     }
@@ -174,9 +175,8 @@ QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shel
 
 void UserKubeConfig::finish(std::chrono::milliseconds limit) const
 {
-    const auto shell = m_running.lock();
-    if (const auto process = shell ? shell->process() : nullptr) {
-        process->waitUntilExit(limit);
+    if (m_busy) {
+        m_running.wait_for(limit);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <deque>
+#include <future>
 
 namespace tidewright {
 
@@ -32,8 +33,8 @@ public:
     void windowInFront(const QString &configPath, const QString &context, const QString &nameSpace);
 
     bool isBusy() const { return m_busy; }
-    /// For the end of the application: waits for a change under way, which would leave its lock behind
-    /// otherwise.
+    /// For the end of the application: waits for a change under way, which would leave its lock and its
+    /// copies behind otherwise.
     void finish(std::chrono::milliseconds limit) const;
 
 Q_SIGNALS:
@@ -55,7 +56,7 @@ private:
 
     std::deque<Change> m_waiting;
     bool m_busy = false;
-    std::weak_ptr<Shell> m_running;
+    std::future<void> m_running; ///< the change under way
 };
 
 } // namespace tidewright

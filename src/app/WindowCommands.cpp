@@ -42,7 +42,8 @@ void enable(QAction *action, const QString &obstacle, const QString &description
 {
     action->setEnabled(obstacle.isEmpty());
     const QString key = action->shortcut().toString(QKeySequence::NativeText);
-    action->setToolTip(obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle);
+    action->setToolTip(display_text::toolTip(
+        obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle));
 }
 
 /// The obstacle that stands before others: nothing may be changed in the window's context.
@@ -71,13 +72,11 @@ void copyFileDialog(PodController &pods)
         refuseChange(pods.kubeSplitViewController(), nothingCopied, reason);
         return;
     }
-    if (!canCopyFrom(pods)) {
+    const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
+    if (pairs.empty() || !canCopyInto(pods, pairs.front())) {
         return;
     }
-    const std::vector<ContainerPair> pairs = pods.takeSelectedContainerPairs();
-    if (pairs.empty()) {
-        return;
-    }
+    pods.takeSelectedContainerPairs();
     const ChangePlace place(pods.kubeSplitViewController());
     const QString target
         = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)
@@ -321,7 +320,7 @@ SharedContentViewController *WindowCommands::shownTable() const
 void WindowCommands::updateEnabled()
 {
     const SharedContentViewController *table = shownTable();
-    const bool hasRows = table && !table->chosenNames().isEmpty();
+    const bool hasRows = table && table->chosenCount() > 0;
     for (QAction *action : std::as_const(m_forRows)) {
         action->setEnabled(hasRows);
     }
@@ -355,8 +354,8 @@ void WindowCommands::updateLogsAndJobs()
         tr("Show the logs of what is selected"));
     const auto *pods = qobject_cast<const PodController *>(table);
     enable(m_copyFile,
-        orReadOnly(m_frame.currentPage(),
-            pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first.")),
+        orReadOnly(
+            m_frame.currentPage(), pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first.")),
         tr("Copy files into the chosen container"));
     const auto *cronJobs = qobject_cast<const CronJobController *>(table);
     enable(m_runNow, cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first."),

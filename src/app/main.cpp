@@ -56,12 +56,15 @@ int runApplication(int argc, char **argv)
     }
     const tidewright::ReadablePalette palette;
     tidewright::AppDelegate delegate;
-    QObject::connect(&service, &tidewright::ApplicationService::activated, &delegate,
-        &tidewright::AppDelegate::comeForward);
     const QString obstacle = delegate.startUp();
     if (!obstacle.isEmpty()) {
         return refuseToStart(application, obstacle);
     }
+    // Queued: a start waits for the answer, and not for the window.
+    QObject::connect(&service, &tidewright::ApplicationService::activated, &delegate,
+        &tidewright::AppDelegate::comeForward, Qt::QueuedConnection);
+    QObject::connect(&service, &tidewright::ApplicationService::startedAgain, &delegate,
+        &tidewright::AppDelegate::startedAgain, Qt::QueuedConnection);
     const tidewright::TerminationSignals signals;
     QObject::connect(
         &signals, &tidewright::TerminationSignals::received, &delegate, &tidewright::AppDelegate::quit);

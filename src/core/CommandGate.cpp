@@ -46,9 +46,8 @@ bool isReading(const KubectlArguments &read, const QStringList &arguments)
         QStringLiteral("help"), QStringLiteral("completion"), QStringLiteral("wait")};
     static const QStringList pairs{QStringLiteral("config view"), QStringLiteral("config get-contexts"),
         QStringLiteral("config get-clusters"), QStringLiteral("config get-users"),
-        QStringLiteral("config current-context"), QStringLiteral("auth can-i"),
-        QStringLiteral("auth whoami"), QStringLiteral("plugin list"), QStringLiteral("rollout status"),
-        QStringLiteral("rollout history")};
+        QStringLiteral("config current-context"), QStringLiteral("auth can-i"), QStringLiteral("auth whoami"),
+        QStringLiteral("plugin list"), QStringLiteral("rollout status"), QStringLiteral("rollout history")};
     if (arguments.isEmpty() || arguments == QStringList(QStringLiteral("--help"))
         || arguments == QStringList(QStringLiteral("-h"))) {
         return true; // kubectl tells what it can do
@@ -102,7 +101,7 @@ std::function<QString(const QStringList &arguments)> commandGate(const QString &
         const CommandVerdict verdict = judgeCommand(arguments, context);
         return verdict.isRefused()
             ? QStringLiteral("The context %1 is read-only (Preferences: Contexts), and \"%2\" is not known "
-                             "to change nothing. It was not run.")
+                             "to change nothing.")
                   .arg(verdict.context, shortName(arguments))
             : QString();
     };

@@ -25,15 +25,16 @@ namespace {
 const auto folderName = QStringLiteral("/com.brindle.Tidewright/views");
 const auto lockSuffix = QStringLiteral(".lock"); // what kubectl makes beside a kubeconfig that it writes
 
-QString runtimeFolder()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + folderName;
-}
-
 /// The runtime folder goes when the user logs out; a terminal may live longer, in a session of its own.
 QString lastingFolder()
 {
     return bundle::cachesFolder() + folderName;
+}
+
+QString runtimeFolder()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    return folder.isEmpty() ? lastingFolder() : folder + folderName;
 }
 
 QByteArray fileContents(const KubeConfigContents &contents, const QString &context, const QString &nameSpace,
@@ -65,7 +66,8 @@ QString lastError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
-/// Opens a new file under the lock that keeps it from being swept away; closed when that failed.
+/// Opens a new file under the lock that keeps it from being swept away; closed, with errno set, when that
+/// failed.
 FileDescriptor newFile(const QString &folder, QString &path)
 {
     QDir().mkpath(folder);
@@ -105,8 +107,9 @@ std::shared_ptr<const KubeConfigView> KubeConfigView::make(const KubeConfigConte
     view->m_nameSpace = nameSpace;
     view->m_lifetime = options.lifetime;
     const QString folder = options.lifetime == Lifetime::OnItsOwn ? lastingFolder() : runtimeFolder();
-    view->m_file = newFile(folder, view->m_path);
     const QByteArray text = fileContents(contents, context, nameSpace, options);
+    view->m_file = newFile(folder, view->m_path);
+    errno = view->m_file.isOpen() ? ENOSPC : errno; // of a write that ends short without a reason
     if (view->m_path.contains(QLatin1Char(':'))) {
         problem = QStringLiteral("the folder %1 has a colon in its name, which separates files for kubectl")
                       .arg(folder);

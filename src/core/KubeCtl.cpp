@@ -84,6 +84,24 @@ QStringList readKubeConfigArguments()
         QStringLiteral("-ojson")};
 }
 
+std::optional<KubeConfigContents> readKubeConfig(Shell &shell, QString &failure)
+{
+    const auto parsed = [](const ShellResult &result) {
+        return result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
+    };
+    ShellResult result = shell.run(readKubeConfigArguments(), false);
+    auto contents = parsed(result);
+    if (contents && contents->contexts.isEmpty()) {
+        result = shell.run(readKubeConfigArguments(), false); // kubectl empties a file before it writes it
+        contents = parsed(result);
+    }
+    failure = contents ? QString() : result.failure();
+    if (!contents && failure.isEmpty()) {
+        failure = QStringLiteral("What kubectl printed is not a kubeconfig.");
+    }
+    return contents;
+}
+
 KubeCtl::KubeCtl()
     : m_place(std::make_shared<Place>())
 {
@@ -206,12 +224,11 @@ std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion, Fail
 std::shared_ptr<Shell> KubeCtl::readKubeConfig(KubeConfigRead completion) const
 {
     auto shell = makePlainShell();
-    shell->runAsync(readKubeConfigArguments(), false, nullptr,
-        [completion = std::move(completion)](const ShellResult &result) {
-            const auto contents
-                = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
-            mainQueue().post([completion, contents] { completion(contents); });
-        });
+    shellQueue().post([shell, completion = std::move(completion)] {
+        QString failure;
+        const auto contents = tidewright::readKubeConfig(*shell, failure);
+        mainQueue().post([completion, contents] { completion(contents); });
+    });
     return shell;
 }
 
@@ -231,21 +248,13 @@ struct KubeCtl::Change
 
     /// Why it was not done; empty when it was.
     QString perform();
-    void take() const;
+    /// False when a later change has the place already.
+    bool take() const;
 
 private:
     QString prepareView();
     QString readBack() const;
-    std::optional<KubeConfigContents> read(QString &failure) const;
 };
-
-std::optional<KubeConfigContents> KubeCtl::Change::read(QString &failure) const
-{
-    const ShellResult result = shell->run(readKubeConfigArguments(), false);
-    auto parsed = result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
-    failure = parsed ? QString() : result.failure();
-    return parsed;
-}
 
 /// Another context is taken as the kubeconfig has it now: it may have been edited since it was read.
 QString KubeCtl::Change::prepareView()
@@ -257,7 +266,7 @@ QString KubeCtl::Change::prepareView()
             return noView(problemBefore);
         }
         options.firstNamespace = view->nameSpace();
-    } else if (const auto now = read(problem)) {
+    } else if (const auto now = tidewright::readKubeConfig(*shell, problem)) {
         contents = *now;
         options.firstContext = noContext;
     } else {
@@ -275,13 +284,14 @@ QString KubeCtl::Change::prepareView()
 QString KubeCtl::Change::readBack() const
 {
     QString failure;
-    const auto now = read(failure);
+    const auto now = tidewright::readKubeConfig(*shell, failure);
     if (!now) {
         return failure;
     }
     const bool isSet
         = nameSpace.isEmpty() ? now->current == context : now->nameSpace(now->current) == nameSpace;
-    const bool isThere = now->destination(context) == contents.destination(context);
+    const bool isThere
+        = now->hasContext(context) && now->destination(context) == contents.destination(context);
     return isSet && isThere ? QString()
                             : QStringLiteral("kubectl ended well, but what it was to set is not there.");
 }
@@ -299,12 +309,15 @@ QString KubeCtl::Change::perform()
     return result.hasSucceeded() ? readBack() : result.failure();
 }
 
-void KubeCtl::Change::take() const
+bool KubeCtl::Change::take() const
 {
-    if (place->changes == number) {
-        place->contents = contents;
-        place->view = view;
+    if (place->changes != number) {
+        return false;
     }
+    place->contents = contents;
+    place->view = view;
+    place->problem.clear();
+    return true;
 }
 
 std::shared_ptr<Shell> KubeCtl::useContext(const QString &name, ContextUsed completion) const
@@ -324,9 +337,11 @@ std::shared_ptr<Shell> KubeCtl::useContext(const QString &name, ContextUsed comp
             return;
         }
         mainQueue().post([change, name, completion] {
-            change.take();
-            applicationRecord().appContext = name;
-            completion(true);
+            const bool isTaken = change.take();
+            if (isTaken) {
+                applicationRecord().appContext = name;
+            }
+            completion(isTaken);
         });
     });
     return shell;
@@ -344,6 +359,14 @@ std::shared_ptr<Shell> KubeCtl::setNamespace(const QString &name, NamespaceSet c
         mainQueue().post(record);
         return nullptr;
     }
+    if (name.isEmpty()) {
+        mainQueue().post([completion] {
+            if (completion) {
+                completion(false);
+            }
+        });
+        return nullptr;
+    }
     auto shell = makePlainShell();
     shell->niceness = 5; // the visible table's listing starts at the same moment and comes first
     const QString context = m_place->view ? m_place->view->context() : QString();
@@ -354,8 +377,7 @@ std::shared_ptr<Shell> KubeCtl::setNamespace(const QString &name, NamespaceSet c
             reportNotLoaded(QLatin1String("Namespace ") + name, failure);
         }
         mainQueue().post([change, record, completion, success = failure.isEmpty()] {
-            if (success) {
-                change.take();
+            if (success && change.take()) {
                 record();
             } else if (completion) {
                 completion(false);

@@ -20,6 +20,10 @@ QString kubeConfigFiles(const QString &configPath);
 
 /// The argument lists that read the kubeconfig, as KubeConfigContents, and change what is current in it.
 QStringList readKubeConfigArguments();
+/// Reads what the kubeconfigs in the shell's environment hold, twice when there is no context in them: they
+/// may be being written. Nothing when that failed, and `failure` says why then. Blocks: never on the main
+/// thread.
+std::optional<KubeConfigContents> readKubeConfig(Shell &shell, QString &failure);
 QStringList useContextArguments(const QString &context);
 QStringList setNamespaceArguments(const QString &nameSpace);
 
@@ -89,12 +93,12 @@ public:
 
     /// Makes a context current in a new view, as the kubeconfig has it by now, which takes the old one's
     /// place. Done only when kubectl ended well and the view reads back so. An empty name does nothing at all
-    /// and yields no shell. Completes with true on the main thread, with false on a shell-queue thread. A
-    /// later change supersedes this one: it must have been cancelled before.
+    /// and yields no shell. Completes with true on the main thread, with false on a shell-queue thread, or on
+    /// the main thread when a later change has superseded this one.
     std::shared_ptr<Shell> useContext(const QString &name, ContextUsed completion) const;
 
     /// Sets the namespace of the current context, in the same way. The pseudo-namespace is only recorded,
-    /// without a shell. Completes on the main thread.
+    /// without a shell; an empty name fails without one. Completes on the main thread.
     std::shared_ptr<Shell> setNamespace(const QString &name, NamespaceSet completion = {}) const;
 
 private:

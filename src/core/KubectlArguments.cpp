@@ -29,9 +29,17 @@ bool takesNoValue(const QString &option)
 }
 
 /// "-nshop" is "-n" and "shop".
-bool isShortNamespace(const QString &word)
+bool isShort(const QString &word, QLatin1String option)
 {
-    return word.startsWith(QLatin1String("-n")) && !word.startsWith(QLatin1String("--"));
+    return word.startsWith(option) && !word.startsWith(QLatin1String("--"));
+}
+
+/// "-v6", "-shttps://..."
+bool holdsItsValue(const QString &word)
+{
+    return word.size() > 2
+        && (isShort(word, QLatin1String("-n")) || isShort(word, QLatin1String("-s"))
+            || isShort(word, QLatin1String("-v")));
 }
 
 } // namespace
@@ -39,12 +47,11 @@ bool isShortNamespace(const QString &word)
 KubectlArguments KubectlArguments::read(const QStringList &arguments)
 {
     KubectlArguments result;
-    bool isReadable = true;
     bool isCertain = true;
     for (qsizetype i = 0; i < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
         const QString &word = arguments.at(i);
         if (!word.startsWith(QLatin1Char('-')) || word == QLatin1String("-")) {
-            if (isReadable) {
+            if (result.isReadable) {
                 result.words.append(word);
                 result.certainWords += isCertain ? 1 : 0;
             }
@@ -60,11 +67,11 @@ KubectlArguments KubectlArguments::read(const QStringList &arguments)
         } else if (option == QLatin1String("--kubeconfig")) {
             result.namesKubeConfig = true;
         } else if (option == QLatin1String("--namespace") || option == QLatin1String("--all-namespaces")
-            || option == QLatin1String("-A") || isShortNamespace(word)) {
+            || option == QLatin1String("-A") || isShort(word, QLatin1String("-n"))) {
             result.namesNamespace = true;
-            isCertain = isCertain && (hasValue || valueFollows || isShortNamespace(word));
-        } else if (!hasValue && !valueFollows && !takesNoValue(option)) {
-            isReadable = isReadable && !result.words.isEmpty();
+            isCertain = isCertain && (hasValue || valueFollows || holdsItsValue(word));
+        } else if (!hasValue && !valueFollows && !holdsItsValue(word) && !takesNoValue(option)) {
+            result.isReadable = result.isReadable && !result.words.isEmpty();
             isCertain = false;
         }
         i += valueFollows ? 1 : 0;
@@ -77,7 +84,7 @@ bool KubectlArguments::isLocal() const
     static const QStringList commands{QStringLiteral("config"), QStringLiteral("help"),
         QStringLiteral("options"), QStringLiteral("completion"), QStringLiteral("plugin"),
         QStringLiteral("version"), QStringLiteral("kustomize")};
-    return words.isEmpty() || commands.contains(words.first());
+    return isReadable && (words.isEmpty() || commands.contains(words.first()));
 }
 
 bool KubectlArguments::writesKubeConfig() const

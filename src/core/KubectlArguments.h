@@ -15,7 +15,7 @@ struct KubectlArguments
     /// Whether the command goes by what kubeconfigs say, instead of naming a context or a kubeconfig itself.
     bool goesByCurrentContext() const { return !namesContext && !namesKubeConfig; }
     /// Whether it is about the kubeconfig or the client itself, or asks kubectl for help: no cluster is
-    /// asked.
+    /// asked. Not when it cannot be told.
     bool isLocal() const;
     /// Whether it changes a kubeconfig.
     bool writesKubeConfig() const;
@@ -23,13 +23,14 @@ struct KubectlArguments
     /// The command's words ("get", "po"; "config", "use-context", "x"), without options. Nothing from an
     /// option on of which it is not known whether a value follows, when that stands before the command.
     QStringList words;
+    bool isReadable = true; ///< no such option came first
     bool namesContext = false;
     bool namesKubeConfig = false;
     bool namesNamespace = false; ///< one, or all of them
     QString context; ///< the one it names: of several the last, as kubectl has it
     QStringList contexts; ///< all that it names
-    /// So many of the first words are surely that for kubectl too: before them stand no options of which it is
-    /// not known here whether a value follows.
+    /// So many of the first words are surely that for kubectl too: before them stand no options of which it
+    /// is not known here whether a value follows.
     qsizetype certainWords = 0;
 };
 

@@ -269,7 +269,7 @@ void Shell::post(const QStringList &arguments, Log log, QPointer<Console> consol
     }
 }
 
-void Shell::runStreaming(const QStringList &arguments, PieceHandler handler)
+void Shell::runStreaming(const QStringList &arguments, PieceHandler handler, EndHandler ended)
 {
     std::shared_ptr<ChildProcess> earlier;
     quint64 request = 0;
@@ -285,14 +285,17 @@ void Shell::runStreaming(const QStringList &arguments, PieceHandler handler)
         earlier->terminate();
         writeDiagnostic(QStringLiteral("Process terminated"));
     }
-    shellQueue().post([weak = weak_from_this(), request, arguments, handler = std::move(handler)]() mutable {
+    shellQueue().post([weak = weak_from_this(), request, arguments, handler = std::move(handler),
+                          ended = std::move(ended)]() mutable {
         std::shared_ptr<StreamingRun> stream;
+        std::optional<QString> failure;
         if (const auto shell = weak.lock()) {
-            stream = shell->startStream(request, arguments, std::move(handler));
+            stream = shell->startStream(request, arguments, std::move(handler), failure);
         }
         // Only the stream is held while it runs: whoever lets the shell go ends it.
         if (stream) {
             stream->read();
+            failure = stream->failure();
             if (const auto shell = weak.lock()) {
                 const std::lock_guard lock(shell->m_mutex);
                 if (shell->m_stream == stream) {
@@ -301,11 +304,14 @@ void Shell::runStreaming(const QStringList &arguments, PieceHandler handler)
                 }
             }
         }
+        if (ended) {
+            ended(failure);
+        }
     });
 }
 
 std::shared_ptr<StreamingRun> Shell::startStream(
-    quint64 request, const QStringList &arguments, PieceHandler handler)
+    quint64 request, const QStringList &arguments, PieceHandler handler, std::optional<QString> &failure)
 {
     const auto isWanted = [this, request] { return request == m_streamRequests && !m_cancelled; };
     {
@@ -315,16 +321,16 @@ std::shared_ptr<StreamingRun> Shell::startStream(
         }
     }
     if (const QString reason = gate ? gate(arguments) : QString(); !reason.isEmpty()) {
-        handler(QString(), reason);
+        failure = reason;
         return nullptr;
     }
     Prepared prepared = prepareProcess(arguments);
     if (!prepared.process) {
-        handler(QString(), QStringLiteral("No process defined"));
+        failure = QStringLiteral("No process defined");
         return nullptr;
     }
-    if (const auto failure = prepared.process->start(prepared.pipe, prepared.errorPipe)) {
-        handler(QString(), QStringLiteral("Unexpected error: %1.").arg(*failure));
+    if (const auto reason = prepared.process->start(prepared.pipe, prepared.errorPipe)) {
+        failure = QStringLiteral("Unexpected error: %1.").arg(*reason);
         return nullptr;
     }
     auto stream = std::make_shared<StreamingRun>(

@@ -41,9 +41,14 @@ class Shell : public std::enable_shared_from_this<Shell>
 {
 public:
     using Completion = std::function<void(ShellResult)>;
-    /// A piece of standard output and no error, or the empty text and a piece of standard error. Pieces do
-    /// not follow line ends, but never cut a character. Called on a background thread.
-    using PieceHandler = std::function<void(const QString &output, const std::optional<QString> &error)>;
+    /// A piece of standard output and no error, or nothing and a piece of standard error: the child's bytes,
+    /// whatever they are. Pieces do not follow line ends, but never cut a character (UTF-8). Called on a
+    /// background thread.
+    using PieceHandler
+        = std::function<void(const QByteArray &output, const std::optional<QByteArray> &error)>;
+    /// Called once, behind the last piece and on a background thread, however the stream ends. `failure` says
+    /// why it could not be started, or what it ended with other than status 0; nothing when it was stopped.
+    using EndHandler = std::function<void(const std::optional<QString> &failure)>;
 
     static std::shared_ptr<Shell> create();
     ~Shell();
@@ -80,9 +85,8 @@ public:
     void runToldAsync(const QStringList &arguments, QPointer<Console> console, Completion completion);
 
     /// Starts a child whose output arrives in pieces; one that this shell still streams is terminated first.
-    /// The arguments are used unchanged. The child ends with this shell at the latest. A program that cannot
-    /// be started is reported as a piece of standard error.
-    void runStreaming(const QStringList &arguments, PieceHandler handler);
+    /// The arguments are used unchanged. The child ends with this shell at the latest.
+    void runStreaming(const QStringList &arguments, PieceHandler handler, EndHandler ended = {});
 
     /// Ends a run that nobody waits for any more, with its child; the run then yields an error that says so.
     /// One that has not begun starts no child. For good: a cancelled shell runs nothing any more. Any thread.
@@ -114,9 +118,10 @@ private:
         const QStringList &arguments, Log log, const Addressee &console, const QString &reason) const;
     CommandLine commandLine(const QStringList &arguments) const;
     Collected collect(Prepared &prepared) const;
-    /// Null when the stream could not be started, or when a later request or a cancellation came first.
+    /// Null when the stream could not be started, with a failure, or when a later request or a cancellation
+    /// came first.
     std::shared_ptr<StreamingRun> startStream(
-        quint64 request, const QStringList &arguments, PieceHandler handler);
+        quint64 request, const QStringList &arguments, PieceHandler handler, std::optional<QString> &failure);
 
     mutable std::mutex m_mutex; // guards the next three
     std::shared_ptr<ChildProcess> m_process;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/Shell.h"
+#include "platform/PipeReader.h"
 
 #include <array>
 
@@ -18,9 +19,12 @@ public:
     void read();
     /// Ends the child; the handler gets nothing more. Any thread.
     void stop();
+    /// Once `read` has returned: what the child ended with, unless that was status 0 or it was stopped.
+    std::optional<QString> failure() const;
 
 private:
-    void deliver(std::size_t stream, QByteArrayView bytes);
+    void deliver(PipeReader::Stream stream, QByteArrayView bytes);
+    void pass(PipeReader::Stream stream, const QByteArray &piece);
 
     const std::shared_ptr<ChildProcess> m_child;
     Pipe m_output;

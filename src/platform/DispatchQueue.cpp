@@ -68,7 +68,9 @@ void DispatchQueue::post(std::function<void()> task)
             // No more threads to be had: the task waits for the next one that is free.
         }
     } else {
-        m_state->workArrived.notify_one();
+        // All: glibc before 2.41 can lose the signal to one of several waiters (its bug 25847), and the task
+        // would lie there until one has been idle long enough.
+        m_state->workArrived.notify_all();
     }
 }
 

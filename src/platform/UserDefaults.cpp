@@ -120,9 +120,14 @@ UserDefaults &userDefaults()
     if (UserDefaults *settings = replacement()) {
         return *settings;
     }
-    static UserDefaults settings(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QLatin1String("/com.brindle.Tidewright/settings.json"));
+    static UserDefaults settings(userSettingsFile());
     return settings;
+}
+
+QString userSettingsFile()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + QLatin1String("/com.brindle.Tidewright/settings.json");
 }
 
 void setUserDefaultsForTesting(UserDefaults *settings)

@@ -50,8 +50,10 @@ private:
     std::shared_ptr<SettingsStore> m_store;
 };
 
-/// The settings of this user, in com.brindle.Tidewright/settings.json.
+/// The settings of this user, in the file that userSettingsFile() names.
 UserDefaults &userDefaults();
+/// com.brindle.Tidewright/settings.json in the XDG configuration folder, which need not exist.
+QString userSettingsFile();
 /// Puts other settings in their place; null restores the user's own. They must outlive their use.
 void setUserDefaultsForTesting(UserDefaults *settings);
 

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Utf8.h"
 
+#include <QStringDecoder>
+
+#include <unicode/utf8.h>
+
 namespace tidewright {
 
 namespace {
@@ -34,6 +38,44 @@ std::optional<QString> decodeUtf8(QByteArrayView bytes)
         return std::nullopt;
     }
     return QString::fromUtf8(bytes);
+}
+
+QString shownUtf8(QByteArrayView bytes)
+{
+    if (QUtf8StringView(bytes.data(), bytes.size()).isValidUtf8()) {
+        using Flag = QStringDecoder::Flag;
+        return QStringDecoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom)(bytes);
+    }
+    QString text;
+    text.reserve(bytes.size());
+    for (qsizetype at = 0; at < bytes.size();) {
+        qsizetype next = at;
+        UChar32 character = 0;
+        U8_NEXT(bytes.data(), next, bytes.size(), character);
+        if (character < 0) {
+            text += QChar(QChar::ReplacementCharacter);
+            ++at;
+        } else {
+            text += QChar::fromUcs4(static_cast<char32_t>(character));
+            at = next;
+        }
+    }
+    return text;
+}
+
+qsizetype bytesShownAs(QStringView beginning, QByteArrayView bytes)
+{
+    static constexpr QByteArrayView replacement("\xef\xbf\xbd");
+    qsizetype count = 0;
+    for (const QChar c : beginning) {
+        const char16_t unit = c.unicode();
+        if (unit == QChar::ReplacementCharacter && !bytes.sliced(count).startsWith(replacement)) {
+            ++count;
+        } else if (!c.isLowSurrogate()) { // counted with the other half
+            count += unit < 0x80 ? 1 : unit < 0x800 ? 2 : c.isHighSurrogate() ? 4 : 3;
+        }
+    }
+    return count;
 }
 
 QByteArray trimmedUtf8(QByteArray bytes)

@@ -11,6 +11,13 @@ namespace tidewright {
 /// The text of UTF-8 bytes, or nothing when they are not valid UTF-8.
 std::optional<QString> decodeUtf8(QByteArrayView bytes);
 
+/// The text as it is shown of bytes that may be anything: each byte that is part of no character becomes
+/// U+FFFD, a byte order mark is a character like others.
+QString shownUtf8(QByteArrayView bytes);
+
+/// How many of `bytes` a beginning of `shownUtf8(bytes)` comes from.
+qsizetype bytesShownAs(QStringView beginning, QByteArrayView bytes);
+
 /// Removes white space (Unicode space separators, tab) and line ends from both ends of valid UTF-8.
 QByteArray trimmedUtf8(QByteArray bytes);
 

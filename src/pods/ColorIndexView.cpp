@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ColorIndexView.h"
 
+#include "platform/DisplayText.h"
 #include "pods/ColorBoxCellView.h"
 #include "resources/NamedImages.h"
 
@@ -103,7 +104,9 @@ void ColorIndexView::setState(int row, const State &state)
     if (!name || !item) {
         return;
     }
-    item->setText(state.hidden ? tr("hidden, %1").arg(state.text) : state.text);
+    const QString text = state.hidden ? tr("hidden, %1").arg(state.text) : state.text;
+    item->setText(state.note.isEmpty() ? text : text + QLatin1Char('\n') + state.note);
+    m_table->setRowHeight(row, m_table->fontMetrics().size(0, item->text()).height() + 8);
     item->setIcon(namedImage(state.image));
     QFont font = m_table->font();
     font.setStrikeOut(state.hidden);
@@ -112,8 +115,19 @@ void ColorIndexView::setState(int row, const State &state)
                                       : tr("Click to hide this container's text.");
     const QString tip = name->text() + QLatin1Char('\n')
         + (state.details.isEmpty() ? hint : state.details.trimmed() + QLatin1Char('\n') + hint);
-    name->setToolTip(tip);
-    item->setToolTip(tip);
+    name->setToolTip(display_text::toolTip(tip));
+    item->setToolTip(display_text::toolTip(tip));
+}
+
+int ColorIndexView::wantedWidth(int column) const
+{
+    int widest = column == BoxColumn ? 26 : 0;
+    for (int row = 0; column != BoxColumn && row < m_table->rowCount(); ++row) {
+        const QTableWidgetItem *item = m_table->item(row, column);
+        const int icon = item->icon().isNull() ? 0 : 24;
+        widest = std::max(widest, m_table->fontMetrics().size(0, item->text()).width() + icon + 14);
+    }
+    return widest;
 }
 
 QSize ColorIndexView::fittingSize(QSize available) const
@@ -121,13 +135,7 @@ QSize ColorIndexView::fittingSize(QSize available) const
     m_table->ensurePolished();
     int width = 2 * frameWidth();
     for (int column = 0; column < ColumnCount; ++column) {
-        int widest = column == BoxColumn ? 26 : 0;
-        for (int row = 0; column != BoxColumn && row < m_table->rowCount(); ++row) {
-            const QTableWidgetItem *item = m_table->item(row, column);
-            const int icon = item->icon().isNull() ? 0 : 24;
-            widest = std::max(widest, m_table->fontMetrics().horizontalAdvance(item->text()) + icon + 14);
-        }
-        width += widest;
+        width += wantedWidth(column);
     }
     const int height = 2 * frameWidth() + m_table->verticalHeader()->length();
     const int bar = height > available.height() ? style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0;
@@ -181,6 +189,14 @@ void ColorIndexView::leaveEvent(QEvent *event)
 {
     QScrollArea::leaveEvent(event);
     mouseExited();
+}
+
+void ColorIndexView::resizeEvent(QResizeEvent *event)
+{
+    QScrollArea::resizeEvent(event);
+    // What the names leave of it, or three fifths: they are not squeezed to nothing by a long note.
+    const int left = width() - wantedWidth(NameColumn) - wantedWidth(BoxColumn) - 2 * frameWidth();
+    m_table->horizontalHeader()->setMaximumSectionSize(std::max({1, left, width() * 3 / 5}));
 }
 
 bool ColorIndexView::eventFilter(QObject *watched, QEvent *event)

@@ -21,6 +21,7 @@ public:
     struct State
     {
         QString text;
+        QString note; ///< on a line of its own below the text
         QString image; ///< name of the picture beside the text
         QString details; ///< tool tip of the row
         bool hidden = false;
@@ -46,9 +47,11 @@ Q_SIGNALS:
 protected:
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    int wantedWidth(int column) const;
     void fadeTo(qreal opacity);
     void fadeWhenUnused();
 

@@ -6,13 +6,16 @@
 #include "platform/MainQueue.h"
 #include "pods/ColorIndexView.h"
 #include "pods/ConsoleStyle.h"
+#include "resources/Confirmation.h"
 #include "resources/ContextBand.h"
 #include "resources/NamedImages.h"
 
 #include <QDir>
 #include <QFile>
+#include <QLocale>
 #include <QScrollBar>
 #include <QTableWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -24,34 +27,13 @@ namespace {
 
 constexpr int indexTop = 20;
 constexpr int indexRight = 16;
-constexpr qsizetype errorsKept = 4000;
-constexpr int errorsInHint = 4;
+constexpr int failuresInHint = 4;
 
 /// Where a log's file may lie: on the disk rather than in memory.
 QStringList logFolders()
 {
     return {cacheDirectory(), QStringLiteral("/var/tmp"), QDir::tempPath()};
 }
-
-/// Says that a stream has ended when the last who knows of it lets go.
-class EndNotice
-{
-public:
-    EndNotice(std::shared_ptr<LogIntake> intake, int source)
-        : m_intake(std::move(intake))
-        , m_source(source)
-    {
-    }
-    ~EndNotice() { m_intake->end(m_source); }
-    EndNotice(const EndNotice &) = delete;
-    EndNotice &operator=(const EndNotice &) = delete;
-
-    LogIntake &intake() const { return *m_intake; }
-
-private:
-    const std::shared_ptr<LogIntake> m_intake;
-    const int m_source;
-};
 
 } // namespace
 
@@ -127,8 +109,38 @@ void CombinedLogsViewController::viewDidAppear()
         updateHint();
         return;
     }
-    startStreams();
+    updateHint();
+    if (containers.size() > mostUnasked) {
+        // Once the window stands where the question is to be.
+        QTimer::singleShot(0, this, &CombinedLogsViewController::askForStreams);
+    } else {
+        startStreams();
+    }
+}
+
+void CombinedLogsViewController::askForStreams()
+{
+    constexpr qint64 megabytesOfOne = 40; // of a kubectl that follows a log
+    const QString count = QLocale().toString(containers.size());
+    showConfirmation(this, tr("Follow %1 Logs").arg(count),
+        tr("Each is followed by a kubectl of its own. Together they will take about %1 of memory.")
+            .arg(QLocale().formattedDataSize(
+                static_cast<qint64>(containers.size()) * megabytesOfOne * 1'000'000, 1,
+                QLocale::DataSizeSIFormat)),
+        tr("Follow %1 Logs").arg(count), tr("Cancel"), nullptr,
+        [self = QPointer<CombinedLogsViewController>(this)](bool agreed) {
+            if (self) {
+                agreed ? self->startStreams() : (void)self->window()->close();
+            }
+        });
+}
+
+void CombinedLogsViewController::startStreams()
+{
+    m_document.clear();
+    m_sources.resize(containers.size());
     for (std::size_t i = 0; i < containers.size(); ++i) {
+        startStream(static_cast<int>(i));
         m_colorIndexView->addRow(containers[i].first + QLatin1Char(':') + containers[i].second,
             foregroundColors[i % foregroundColors.size()]);
         updateSource(static_cast<int>(i));
@@ -139,16 +151,7 @@ void CombinedLogsViewController::viewDidAppear()
     updateHint();
 }
 
-void CombinedLogsViewController::startStreams()
-{
-    m_document.clear();
-    m_sources.resize(containers.size());
-    for (std::size_t i = 0; i < containers.size(); ++i) {
-        startStream(static_cast<int>(i));
-    }
-}
-
-void CombinedLogsViewController::startStream(int index)
+void CombinedLogsViewController::startStream(int index, const QStringList &more)
 {
     const auto &[pod, container] = containers[static_cast<std::size_t>(index)];
     const std::shared_ptr<Shell> shell = Shell::create();
@@ -156,45 +159,68 @@ void CombinedLogsViewController::startStream(int index)
         shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
     }
     m_shells.push_back(shell);
-    const auto notice = std::make_shared<EndNotice>(m_intake, index);
-    shell->runStreaming(
+    follow(index, *shell,
         {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
             QLatin1String("--context=") + context, QLatin1String("-n") + nameSpace, pod, container},
-        [notice, index](const QString &output, const std::optional<QString> &error) {
-            if (!output.isEmpty()) {
-                notice->intake().put({index, LogIntake::Piece::Kind::Output, output});
-            } else if (error) {
-                notice->intake().put({index, LogIntake::Piece::Kind::Error, *error});
-            }
-        });
+        more);
+}
+
+void CombinedLogsViewController::follow(
+    int index, Shell &shell, const QStringList &arguments, const QStringList &more)
+{
+    shell.runStreaming(
+        arguments + more,
+        [intake = m_intake, index](const QByteArray &output, const std::optional<QByteArray> &error) {
+            using Kind = LogIntake::Piece::Kind;
+            intake->put({index, error ? Kind::Error : Kind::Output, error.value_or(output)});
+        },
+        [intake = m_intake, index](const auto &failure) { intake->end(index, failure); });
+}
+
+void CombinedLogsViewController::followRefused()
+{
+    for (std::size_t i = 0; i < m_sources.size(); ++i) {
+        const QString count = m_sources[i].refusedContainers();
+        if (!count.isEmpty()) {
+            m_document.resume();
+            m_sources[i] = {};
+            startStream(static_cast<int>(i), {QLatin1String("--max-log-requests=") + count});
+            updateSource(static_cast<int>(i));
+        }
+    }
+    placeColorIndex();
+    updateHint();
+    Q_EMIT sourcesChanged();
 }
 
 void CombinedLogsViewController::takePieces()
 {
     std::set<int> changed;
-    bool isNewTrouble = false;
+    bool isNews = false;
     for (const LogIntake::Piece &piece : m_intake->take()) {
         if (piece.kind == LogIntake::Piece::Kind::Output) {
-            m_document.append(piece.source, piece.text);
+            m_document.append(piece.source, piece.bytes);
             continue;
         }
-        Source &source = m_sources[static_cast<std::size_t>(piece.source)];
+        LogSource &source = m_sources[static_cast<std::size_t>(piece.source)];
         if (piece.kind == LogIntake::Piece::Kind::End) {
             source.ended = true;
+            source.failure = piece.failure;
         } else {
-            isNewTrouble = isNewTrouble || source.errors.isEmpty();
-            source.errors = QString(source.errors + piece.text).right(errorsKept);
+            isNews = isNews || source.said.isEmpty();
+            source.hear(piece.bytes);
         }
+        isNews = isNews || source.failure;
         changed.insert(piece.source);
     }
     for (const int source : changed) {
         updateSource(source);
     }
-    if (isNewTrouble) {
-        placeColorIndex();
+    if (isNews) {
         m_colorIndexView->announce();
     }
     if (!changed.empty()) {
+        placeColorIndex();
         if (!hasRunningStreams()) {
             m_document.finish();
         }
@@ -206,7 +232,7 @@ void CombinedLogsViewController::takePieces()
 bool CombinedLogsViewController::hasRunningStreams() const
 {
     return std::any_of(
-        m_sources.cbegin(), m_sources.cend(), [](const Source &source) { return !source.ended; });
+        m_sources.cbegin(), m_sources.cend(), [](const LogSource &source) { return !source.ended; });
 }
 
 void CombinedLogsViewController::stopWhenFull()
@@ -245,21 +271,15 @@ void CombinedLogsViewController::toggleSource(int row)
 
 void CombinedLogsViewController::updateSource(int index)
 {
-    const Source &source = m_sources[static_cast<std::size_t>(index)];
+    const LogSource &source = m_sources[static_cast<std::size_t>(index)];
     ColorIndexView::State state;
     state.hidden = m_document.isSourceHidden(index);
-    state.details = source.errors == QLatin1String("No process defined")
-        ? tr("%1: the pipes to kubectl could not be made; too many files or streams are open.")
-              .arg(source.errors)
-        : source.errors;
-    if (source.errors.isEmpty()) {
-        state.text = source.ended ? tr("ended") : tr("running");
-        state.image = source.ended ? QStringLiteral("statusCompleted") : QStringLiteral("NSStatusAvailable");
-    } else {
-        state.text = source.ended ? tr("ended, error") : tr("running, error");
-        state.image = source.ended ? QStringLiteral("NSStatusUnavailable")
-                                   : QStringLiteral("NSStatusPartiallyAvailable");
-    }
+    state.text = source.state();
+    state.note = source.note();
+    state.details = source.details();
+    state.image = source.failure ? QStringLiteral("NSStatusUnavailable")
+        : source.ended           ? QStringLiteral("statusCompleted")
+                                 : QStringLiteral("NSStatusAvailable");
     m_colorIndexView->setState(index, state);
 }
 
@@ -298,6 +318,9 @@ QString CombinedLogsViewController::emptyText() const
     if (containers.empty()) {
         return tr("There are no containers to follow.");
     }
+    if (m_sources.empty()) {
+        return tr("Nothing is followed yet.");
+    }
     if (m_cleared) {
         return tr("Cleared.");
     }
@@ -306,9 +329,9 @@ QString CombinedLogsViewController::emptyText() const
                                       : tr("Waiting for output of %1 containers…").arg(containers.size());
     }
     QStringList lines{tr("No container has written anything, and none is followed any more.")};
-    for (std::size_t i = 0; i < m_sources.size() && lines.size() <= errorsInHint; ++i) {
-        if (!m_sources[i].errors.isEmpty()) {
-            lines.append(containers[i].first + QLatin1String(": ") + m_sources[i].errors.trimmed());
+    for (std::size_t i = 0; i < m_sources.size() && lines.size() <= failuresInHint; ++i) {
+        if (m_sources[i].failure) {
+            lines.append(containers[i].first + QLatin1String(": ") + m_sources[i].details());
         }
     }
     return lines.join(QLatin1String("\n\n"));
@@ -324,7 +347,7 @@ void CombinedLogsViewController::resizeEvent(QResizeEvent *event)
 void CombinedLogsViewController::placeColorIndex()
 {
     const int bar = m_logTextView->verticalScrollBar()->sizeHint().width();
-    const QSize size = m_colorIndexView->fittingSize(QSize(width() / 2, height() - 2 * indexTop));
+    const QSize size = m_colorIndexView->fittingSize(QSize(width() * 2 / 3, height() - 2 * indexTop));
     m_colorIndexView->setGeometry(
         width() - size.width() - bar - indexRight, indexTop, size.width(), std::max(0, size.height()));
 }

@@ -3,6 +3,7 @@
 
 #include "core/Shell.h"
 #include "pods/LogIntake.h"
+#include "pods/LogSource.h"
 #include "pods/LogView.h"
 #include "resources/WindowState.h"
 
@@ -36,16 +37,17 @@ public:
     QString context;
     QString nameSpace;
 
-    /// How one stream is doing.
-    struct Source
-    {
-        bool ended = false;
-        QString errors; ///< the end of what it wrote to standard error
-    };
-    const std::vector<Source> &sources() const { return m_sources; }
-    /// One for each started stream, in the order of the containers.
+    /// How the streams are doing, in the order of the containers.
+    const std::vector<LogSource> &sources() const { return m_sources; }
+    /// One for each started stream, in that order.
     const std::vector<std::shared_ptr<Shell>> &shells() const { return m_shells; }
     bool hasRunningStreams() const;
+    /// Follows the sources again that kubectl refused because they have too many containers, and asks it for
+    /// all of them.
+    void followRefused();
+
+    /// More streams than these are started only when the user agrees.
+    static constexpr std::size_t mostUnasked = 20;
 
     /// Stream n takes entry n modulo their number; an invalid colour is absent.
     std::array<QColor, 5> foregroundColors;
@@ -76,8 +78,10 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void askForStreams();
     void startStreams();
-    void startStream(int index);
+    void startStream(int index, const QStringList &more = {});
+    void follow(int index, Shell &shell, const QStringList &arguments, const QStringList &more);
     void takePieces();
     void stopWhenFull();
     void updateSource(int index);
@@ -90,7 +94,7 @@ private:
     LogView *m_logTextView;
     ColorIndexView *m_colorIndexView;
     ContextBand *m_band;
-    std::vector<Source> m_sources;
+    std::vector<LogSource> m_sources;
     std::vector<std::shared_ptr<Shell>> m_shells;
     std::shared_ptr<LogIntake> m_intake;
     bool m_cleared = false;

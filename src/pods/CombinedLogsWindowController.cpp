@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/CombinedLogsWindowController.h"
 
+#include "platform/DisplayText.h"
 #include "pods/CombinedLogsViewController.h"
 #include "pods/LogExport.h"
 #include "pods/LogPatternBar.h"
@@ -37,6 +38,34 @@ QString tooComplicated(qint64 lines)
     return CombinedLogsWindowController::tr("too complicated for %1 lines").arg(counted(lines));
 }
 
+/// How the streams are doing, where that is not simply well.
+QStringList streamParts(const CombinedLogsViewController &content)
+{
+    using Window = CombinedLogsWindowController;
+    const auto &sources = content.sources();
+    const auto count = [&](auto what) { return std::count_if(sources.cbegin(), sources.cend(), what); };
+    QStringList parts;
+    const auto hasChoice = [](const LogSource &source) { return source.choice.has_value(); };
+    if (const auto chosen = count(hasChoice); chosen == 1) {
+        const auto source = std::find_if(sources.cbegin(), sources.cend(), hasChoice);
+        const ContainerPair &pair = content.containers[static_cast<std::size_t>(source - sources.cbegin())];
+        // The number first: a narrow window cuts the end.
+        parts.append(Window::tr("only 1 of the %1 pods of %2 is followed: %3")
+                         .arg(source->choice->pods, pair.first, source->choice->pod));
+    } else if (chosen > 1) {
+        parts.append(Window::tr("of %1 sources only one pod of several is followed").arg(chosen));
+    }
+    if (const auto ended = count([](const LogSource &source) { return source.ended; }); ended > 0) {
+        parts.append(ended == std::ssize(sources)
+                ? Window::tr("all streams have ended")
+                : Window::tr("%1 of %2 streams have ended").arg(ended).arg(sources.size()));
+    }
+    if (const auto failed = count([](const LogSource &source) { return source.failure.has_value(); })) {
+        parts.append(Window::tr("%1 with errors").arg(failed));
+    }
+    return parts;
+}
+
 QString bytesText(qint64 bytes)
 {
     return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
@@ -53,6 +82,7 @@ CombinedLogsWindowController::CombinedLogsWindowController()
     , m_notice(new QLabel)
     , m_progress(new QProgressBar)
     , m_following(new QLabel(tr("Following")))
+    , m_followRefused(new QToolButton)
     , m_jump(new QToolButton)
 {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -80,9 +110,9 @@ QAction *CombinedLogsWindowController::addCommand(
 {
     auto *action = new QAction(text, this);
     action->setShortcut(shortcut);
-    action->setToolTip(shortcut.isEmpty()
+    action->setToolTip(display_text::toolTip(shortcut.isEmpty()
             ? tip
-            : QStringLiteral("%1 (%2)").arg(tip, shortcut.toString(QKeySequence::NativeText)));
+            : QStringLiteral("%1 (%2)").arg(tip, shortcut.toString(QKeySequence::NativeText))));
     addAction(action);
     return action;
 }
@@ -147,6 +177,9 @@ void CombinedLogsWindowController::buildLayout()
     m_progress->setMaximumWidth(160);
     m_progress->hide();
     m_following->setToolTip(tr("The view follows the text; scroll up to stop it."));
+    m_followRefused->setText(tr("Follow All Containers"));
+    m_followRefused->setToolTip(tr("kubectl follows five containers at most unless it is asked for more."));
+    m_followRefused->setToolButtonStyle(Qt::ToolButtonTextOnly);
     m_jump->setText(tr("Jump to End ↓"));
     m_jump->setToolTip(tr("Scroll to the end and follow the text (Ctrl+End)"));
     m_jump->setAutoRaise(true);
@@ -158,6 +191,7 @@ void CombinedLogsWindowController::buildLayout()
     lineLayout->addStretch(1);
     lineLayout->addWidget(m_notice);
     lineLayout->addWidget(m_progress);
+    lineLayout->addWidget(m_followRefused);
     lineLayout->addWidget(m_following);
     lineLayout->addWidget(m_jump);
     // The same with the label as with the button: the text above must not move.
@@ -195,6 +229,7 @@ void CombinedLogsWindowController::connectParts()
         &CombinedLogsWindowController::updateStatus);
     connect(view, &LogView::followingChanged, this, &CombinedLogsWindowController::updateStatus);
     connect(view, &LogView::noticed, m_notice, &QLabel::setText);
+    connect(m_followRefused, &QToolButton::clicked, m_content, &CombinedLogsViewController::followRefused);
     connect(m_jump, &QToolButton::clicked, view, [view] {
         view->follow();
         view->setFocus();
@@ -249,26 +284,18 @@ void CombinedLogsWindowController::updateStatus()
     if (document.cutOffLines() > 0 && m_filterBar->pattern() == document.filter()) {
         m_filterBar->setResult(tooComplicated(document.cutOffLines()));
     }
-    const auto &sources = m_content->sources();
-    const auto ended = std::count_if(sources.cbegin(), sources.cend(), [](const auto &s) { return s.ended; });
-    const auto failed
-        = std::count_if(sources.cbegin(), sources.cend(), [](const auto &s) { return !s.errors.isEmpty(); });
-    if (ended > 0) {
-        parts.append(ended == std::ssize(sources)
-                ? tr("all streams have ended")
-                : tr("%1 of %2 streams have ended").arg(ended).arg(sources.size()));
-    }
-    if (failed > 0) {
-        parts.append(tr("%1 with errors").arg(failed));
-    }
+    parts += streamParts(*m_content);
     if (!document.problem().isEmpty()) {
         parts.prepend(document.isFull() ? tr("Stopped: %1").arg(document.problem()) : document.problem());
     }
     const QString text = parts.join(QStringLiteral(" · "));
     if (text != m_status->text()) {
         m_status->setText(text);
-        m_status->setToolTip(text);
+        m_status->setToolTip(display_text::toolTip(text));
     }
+    const auto &sources = m_content->sources();
+    m_followRefused->setVisible(std::any_of(sources.cbegin(), sources.cend(),
+        [](const LogSource &source) { return !source.refusedContainers().isEmpty(); }));
     const bool following = m_content->logTextView()->isFollowing();
     m_following->setVisible(following);
     m_jump->setVisible(!following);

@@ -58,6 +58,7 @@ private:
     QLabel *m_notice;
     QProgressBar *m_progress;
     QLabel *m_following;
+    QToolButton *m_followRefused;
     QToolButton *m_jump;
     QAction *m_wrap = nullptr;
     QAction *m_save = nullptr;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/CommandEntryBar.h"
 
+#include "platform/DisplayText.h"
 #include "pods/ConsoleStyle.h"
 
 #include <QHBoxLayout>
@@ -57,10 +58,12 @@ void CommandEntryBar::buildLayout()
 
 void CommandEntryBar::setRunningText(const QString &text, const QStringList &all)
 {
-    m_running->setText(m_running->fontMetrics().elidedText(text, Qt::ElideRight, m_running->width()));
-    m_running->setToolTip(
-        all.size() < 2 ? text : tr("Running:") + QLatin1Char('\n') + all.join(QLatin1Char('\n')));
-    m_running->setAccessibleDescription(m_running->toolTip());
+    m_running->setText(
+        m_running->fontMetrics().elidedText(display_text::clean(text), Qt::ElideRight, m_running->width()));
+    const QString whole
+        = all.size() < 2 ? text : tr("Running:") + QLatin1Char('\n') + all.join(QLatin1Char('\n'));
+    m_running->setToolTip(display_text::toolTip(whole));
+    m_running->setAccessibleDescription(whole);
 }
 
 void CommandEntryBar::setTypedCommands(const QStringList &commands)
@@ -70,8 +73,7 @@ void CommandEntryBar::setTypedCommands(const QStringList &commands)
     for (const QString &command : commands) {
         lines.append(command.size() > longest ? command.left(longest) + QChar(0x2026) : command);
     }
-    m_stop->setToolTip(
-        lines.join(QLatin1Char('\n')).toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")));
+    m_stop->setToolTip(display_text::toolTip(lines.join(QLatin1Char('\n'))));
     if (commands.isEmpty() && m_stop->hasFocus()) {
         m_field->setFocus();
     }

@@ -219,8 +219,7 @@ void ConsoleViewController::runTypedCommand()
     showTypedCommands();
     const ChangePlace place(*m_window);
     if (const QString reason = commandGate(place.context)(words); !reason.isEmpty()) {
-        addEntry(QString(), QString(), makeConsoleError(reason));
-        refuse(id);
+        refuse(id, reason);
         return;
     }
     const CommandVerdict verdict = judgeCommand(words, place.context);
@@ -230,10 +229,12 @@ void ConsoleViewController::runTypedCommand()
     }
     confirmWhereProtected(m_view, verdict.context, tr("Confirm Command"),
         tr("This command is not known to change nothing. Are you sure you want to run it?"), tr("Run"),
-        confirmationDetails(display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + place.text()),
+        confirmationDetails(
+            display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + place.text()),
         [self = QPointer(m_self), id, words, place](bool confirmed) {
             if (self && self->find(id)) {
-                confirmed ? self->proceed(id, words, place) : self->refuse(id);
+                confirmed ? self->proceed(id, words, place)
+                          : self->refuse(id, QStringLiteral("it was not confirmed."));
             }
         });
 }
@@ -249,8 +250,12 @@ void ConsoleViewController::proceed(quint64 id, const QStringList &words, const 
         start(id, words, reach == Reach::UserFile);
         return;
     }
-    m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words,
+    m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words, line = find(id)->line,
                               place](const QString &obstacle) {
+        if (!place.window) {
+            refuseUnseenChange(place, QStringLiteral("\"%1\" was not run").arg(line), obstacle);
+            return;
+        }
         if (!self || !self->m_window || !self->find(id)) {
             return;
         }
@@ -258,12 +263,10 @@ void ConsoleViewController::proceed(quint64 id, const QStringList &words, const 
             self->start(id, words, false);
             return;
         }
-        self->addEntry(QString(), QString(),
-            makeConsoleError(obstacle.isEmpty()
-                    ? QStringLiteral(
-                        "The window shows another context or namespace than when the command was typed.")
-                    : QLatin1String("The command was not run. ") + obstacle));
-        self->refuse(id);
+        self->refuse(id,
+            obstacle.isEmpty()
+                ? QStringLiteral("the window shows another context or namespace than when it was typed.")
+                : obstacle);
     });
 }
 
@@ -319,16 +322,17 @@ void ConsoleViewController::tellUserFile()
     }
 }
 
-/// The console has said why. The line stays at hand.
-void ConsoleViewController::refuse(quint64 id)
+/// The line stays at hand: in the field, or in the history when something else is typed there.
+void ConsoleViewController::refuse(quint64 id, const QString &reason)
 {
     const QString line = find(id)->line;
     typedCommandEnded(id);
-    if (m_bar && m_bar->field()->text().isEmpty()) {
+    const bool isFieldFree = m_bar && m_bar->field()->text().isEmpty();
+    if (isFieldFree) {
         m_bar->field()->setText(line);
-    } else {
-        addEntry(line, QString(), makeConsoleError(QStringLiteral("The command was not run.")));
     }
+    addEntry(isFieldFree ? QString() : line, QString(),
+        makeConsoleError(QLatin1String("The command was not run: ") + reason));
 }
 
 void ConsoleViewController::typedCommandEnded(quint64 id)
@@ -395,7 +399,7 @@ void ConsoleViewController::extendMenu(QMenu *menu, int number)
         const QString shellLine = m_details[entry].line.shellLine();
         menu->addAction(tr("Copy as Shell Command"), this,
                 [shellLine] { QApplication::clipboard()->setText(shellLine); })
-            ->setEnabled(!shellLine.isEmpty());
+            ->setEnabled(!shellLine.isEmpty() && !display_text::actsWhenPasted(shellLine));
         menu->addSeparator();
     }
     menu->addAction(tr("Clear Console"), this, &ConsoleViewController::clearLogs);

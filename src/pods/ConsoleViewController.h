@@ -92,7 +92,7 @@ private:
     void start(quint64 id, const QStringList &words, bool inUserFile);
     void tellNamespace(const QStringList &words);
     void tellUserFile();
-    void refuse(quint64 id);
+    void refuse(quint64 id, const QString &reason);
     void typedCommandEnded(quint64 id);
     void showTypedCommands();
     void extendMenu(QMenu *menu, int number);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/ContainerButton.h"
 
+#include "platform/DisplayText.h"
+
 #include <QPainter>
 
 namespace tidewright {
@@ -14,8 +16,9 @@ constexpr int sidePadding = 8;
 } // namespace
 
 ContainerButton::ContainerButton(const QString &container, const QString &pod, QWidget *parent)
-    : QPushButton(container, parent)
+    : QPushButton(display_text::withoutMnemonics(container), parent)
     , m_pod(pod)
+    , m_container(container)
 {
     setCheckable(true);
     setAttribute(Qt::WA_Hover);
@@ -25,13 +28,14 @@ ContainerButton::ContainerButton(const QString &container, const QString &pod, Q
     small.setPointSizeF(small.pointSizeF() * 0.92);
     setFont(small);
     setAccessibleName(pod + QLatin1Char(':') + container);
-    setToolTip(tr("Choose this container: %1").arg(accessibleName()));
+    setToolTip(display_text::toolTip(tr("Choose this container: %1").arg(accessibleName())));
     resize(sizeHint());
 }
 
 QSize ContainerButton::sizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(text()) + 2 * sidePadding, fontMetrics().height() + 4};
+    return {fontMetrics().horizontalAdvance(display_text::clean(m_container)) + 2 * sidePadding,
+        fontMetrics().height() + 4};
 }
 
 void ContainerButton::paintEvent(QPaintEvent *)
@@ -49,7 +53,7 @@ void ContainerButton::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(
         QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius, cornerRadius);
     painter.setPen(colours.color(isChecked() ? QPalette::HighlightedText : QPalette::ButtonText));
-    painter.drawText(rect(), Qt::AlignCenter, text());
+    painter.drawText(rect(), Qt::AlignCenter, display_text::clean(m_container));
 }
 
 } // namespace tidewright

@@ -5,8 +5,8 @@
 
 namespace tidewright {
 
-/// The toggle button of one container of one pod. Its title is the container's name; its accessible name is
-/// "POD:CONTAINER".
+/// The toggle button of one container of one pod. Its title is the container's name, made fit to be shown;
+/// its accessible name is "POD:CONTAINER".
 class ContainerButton : public QPushButton
 {
     Q_OBJECT
@@ -14,6 +14,7 @@ public:
     ContainerButton(const QString &container, const QString &pod, QWidget *parent);
 
     const QString &pod() const { return m_pod; }
+    const QString &container() const { return m_container; }
     QSize sizeHint() const override;
 
 protected:
@@ -21,6 +22,7 @@ protected:
 
 private:
     const QString m_pod;
+    const QString m_container;
 };
 
 } // namespace tidewright

@@ -87,10 +87,11 @@ QStringList withoutColons(const QStringList &paths, WindowState &window)
 
 } // namespace
 
-bool canCopyFrom(const SharedContentViewController &table)
+bool canCopyInto(const SharedContentViewController &table, const ContainerPair &container)
 {
     WindowState &window = table.kubeSplitViewController();
-    const QString reason = namespaceObstacle(table.kind(), window.currentNamespace());
+    const QString reason
+        = whyNotByName(table.kind(), {container.first, container.second}, window.currentNamespace());
     if (!reason.isEmpty()) {
         refuseChange(window, nothingCopied, reason);
     }
@@ -100,7 +101,7 @@ bool canCopyFrom(const SharedContentViewController &table)
 void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,
     const QStringList &paths, const QString &destination)
 {
-    if (!canCopyFrom(table)) {
+    if (!canCopyInto(table, container)) {
         return;
     }
     WindowState &window = table.kubeSplitViewController();
@@ -114,8 +115,10 @@ void copyIntoContainer(SharedContentViewController &table, const ContainerPair &
     if (copy->paths.isEmpty()) {
         return;
     }
-    window.whenSettled([copy](const QString &obstacle) {
-        if (copy->table && !obstacle.isEmpty()) {
+    window.whenSettled([copy, place = ChangePlace(window)](const QString &obstacle) {
+        if (!place.window) {
+            refuseUnseenChange(place, nothingCopied, obstacle);
+        } else if (copy->table && !obstacle.isEmpty()) {
             refuseChange(copy->table->kubeSplitViewController(), nothingCopied, obstacle);
         } else if (copy->table) {
             copy->table->setLoading(true);

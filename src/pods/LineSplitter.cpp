@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LineSplitter.h"
 
+#include "platform/Utf8.h"
 #include "pods/ConsoleText.h"
 
 #include <QTextBoundaryFinder>
@@ -43,12 +44,13 @@ qsizetype cutIn(const QByteArray &window)
     while (cut > lookBack - 3 && continuesCharacter(window[cut])) {
         --cut;
     }
-    const QString before = QString::fromUtf8(QByteArrayView(window).sliced(begin, cut - begin));
-    const QString text = before + QString::fromUtf8(QByteArrayView(window).sliced(cut));
+    const QByteArrayView bytes = QByteArrayView(window).sliced(begin);
+    const QString before = shownUtf8(bytes.first(cut - begin));
+    const QString text = before + shownUtf8(bytes.sliced(cut - begin));
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     finder.setPosition(before.size());
     if (!finder.isAtBoundary() && finder.toPreviousBoundary() > 0) {
-        cut = begin + QStringView(before).left(finder.position()).toUtf8().size();
+        cut = begin + bytesShownAs(QStringView(before).left(finder.position()), bytes);
     }
     return outsideOfEscape(window, cut);
 }

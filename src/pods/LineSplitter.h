@@ -17,7 +17,7 @@ public:
     /// About the bytes of the longest line.
     static constexpr qsizetype longestLine = 4096;
 
-    /// Takes the next piece, valid UTF-8, and adds the positions at which lines begin to `starts`, counted in
+    /// Takes the next piece and adds the positions at which lines begin to `starts`, counted in
     /// bytes from the beginning of the text. A line is only there once its first byte is.
     void feed(QByteArrayView piece, std::vector<qint64> &starts);
     /// The lines so far, of which a long one counts once.

@@ -3,8 +3,6 @@
 
 #include "platform/MainQueue.h"
 
-#include <QStringEncoder>
-
 #include <algorithm>
 
 namespace tidewright {
@@ -25,10 +23,10 @@ void appendMerged(std::vector<LogRange> &ranges, const LogRange &range)
 
 } // namespace
 
-LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogStore::Write write)
+LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogDisk disk)
     : QObject(parent)
     , m_folders(folders)
-    , m_write(std::move(write))
+    , m_disk(std::move(disk))
 {
     m_frame.setSingleShot(true);
     m_frame.setTimerType(Qt::PreciseTimer);
@@ -56,28 +54,21 @@ void LogDocument::letGo()
 void LogDocument::reset()
 {
     letGo();
-    m_store = std::make_unique<LogStore>(m_folders, m_write);
+    m_store = std::make_unique<LogStore>(m_folders, m_disk);
     m_runs = std::make_unique<SourceRuns>();
     m_whole = std::make_unique<LogProjection>();
     m_splitter = LineSplitter();
-    m_arrivedSize = 0;
+    m_arrived.resize(0); // keeps the memory
     m_arrivedRuns.clear();
 }
 
-void LogDocument::append(int source, QStringView text)
+void LogDocument::append(int source, QByteArrayView bytes)
 {
-    const qsizetype most = text.size() * 3;
-    if (m_arrivedSize + most > m_arrived.size()) {
-        m_arrived.resize(std::max(m_arrivedSize + most, 2 * mostGathered));
-    }
-    QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
-    char *const begin = m_arrived.data() + m_arrivedSize;
-    const char *const end = encoder.appendToBuffer(begin, text);
     if (m_arrivedRuns.empty() || m_arrivedRuns.back().source != source) {
-        m_arrivedRuns.push_back({{m_arrivedSize, 0}, source});
+        m_arrivedRuns.push_back({{m_arrived.size(), 0}, source});
     }
-    m_arrivedSize += end - begin;
-    if (m_arrivedSize >= mostGathered) {
+    m_arrived.append(bytes);
+    if (m_arrived.size() >= mostGathered) {
         commit();
     }
     if (!m_frame.isActive()) {
@@ -87,22 +78,21 @@ void LogDocument::append(int source, QStringView text)
 
 void LogDocument::commit()
 {
-    if (m_arrivedSize == 0) {
+    if (m_arrived.isEmpty()) {
         return;
     }
     const qint64 before = m_store->size();
-    const QByteArrayView bytes(m_arrived.constData(), m_arrivedSize);
-    const qint64 kept = m_store->append(bytes);
+    const qint64 kept = m_store->append(m_arrived);
     for (const SourceRuns::Run &run : m_arrivedRuns) {
         if (run.range.start < kept) {
             m_runs->append(before + run.range.start, run.source);
         }
     }
     m_starts.clear();
-    m_splitter.feed(bytes.first(kept), m_starts);
+    m_splitter.feed(QByteArrayView(m_arrived).first(kept), m_starts);
     m_whole->appendRange({before, kept});
     m_whole->appendLines(m_starts);
-    m_arrivedSize = 0;
+    m_arrived.resize(0); // keeps the memory
     m_arrivedRuns.clear();
 }
 

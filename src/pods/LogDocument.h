@@ -19,15 +19,17 @@ class LogDocument : public QObject
     Q_OBJECT
 public:
     /// The folders are those that the store may put its file in.
-    explicit LogDocument(const QStringList &folders, QObject *parent = nullptr, LogStore::Write write = {});
+    explicit LogDocument(const QStringList &folders, QObject *parent = nullptr, LogDisk disk = {});
     ~LogDocument() override;
 
-    /// Adds a piece of a source's text (0 to 65535) at the end.
-    void append(int source, QStringView text);
+    /// Adds a piece of what a source (0 to 65535) has written at the end: any bytes, as a rule UTF-8.
+    void append(int source, QByteArrayView bytes);
     /// Makes what has arrived part of the text now instead of with the next frame.
     void commit();
     /// No more text will come: the last line is whole.
     void finish();
+    /// After `finish`: more text will come all the same.
+    void resume() { m_finished = false; }
     /// Lets all text go, also from the disk.
     void clear();
 
@@ -78,15 +80,14 @@ private:
     std::vector<LogRange> visibleRanges(const LogRange &range) const;
 
     const QStringList m_folders;
-    const LogStore::Write m_write;
+    const LogDisk m_disk;
     std::unique_ptr<LogStore> m_store;
     std::unique_ptr<SourceRuns> m_runs;
     std::unique_ptr<LogProjection> m_whole;
     LineSplitter m_splitter;
     std::vector<qint64> m_starts; ///< kept for its memory
 
-    QByteArray m_arrived; ///< the first `m_arrivedSize` bytes are text that is not in the store yet
-    qsizetype m_arrivedSize = 0;
+    QByteArray m_arrived; ///< what is not in the store yet
     std::vector<SourceRuns::Run> m_arrivedRuns; ///< positions within `m_arrived`; only the starts count
     QTimer m_frame;
 

@@ -17,10 +17,10 @@ void LogIntake::put(Piece piece)
     add(lock, std::move(piece));
 }
 
-void LogIntake::end(int source)
+void LogIntake::end(int source, const std::optional<QString> &failure)
 {
     std::unique_lock lock(m_mutex);
-    add(lock, {source, Piece::Kind::End, QString()});
+    add(lock, {source, Piece::Kind::End, {}, failure});
 }
 
 void LogIntake::add(std::unique_lock<std::mutex> &lock, Piece piece)
@@ -29,7 +29,7 @@ void LogIntake::add(std::unique_lock<std::mutex> &lock, Piece piece)
         return;
     }
     const bool first = m_pieces.empty();
-    m_waiting += piece.text.size();
+    m_waiting += piece.bytes.size();
     m_pieces.push_back(std::move(piece));
     lock.unlock();
     if (first) {

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace tidewright {
@@ -16,7 +18,7 @@ namespace tidewright {
 class LogIntake
 {
 public:
-    /// UTF-16 units that may wait.
+    /// Bytes that may wait.
     static constexpr qsizetype mostWaiting = 2 * 1024 * 1024;
 
     struct Piece
@@ -24,7 +26,8 @@ public:
         enum class Kind { Output, Error, End };
         int source = 0;
         Kind kind = Kind::Output;
-        QString text;
+        QByteArray bytes = {};
+        std::optional<QString> failure = {}; ///< of an end: what the source ended with
     };
 
     /// `wake` is called when pieces wait where none did before, on the thread that brought the first.
@@ -32,8 +35,8 @@ public:
 
     /// Blocks while too much waits. Any thread but the main one.
     void put(Piece piece);
-    /// Says that a source has ended. Never blocks; any thread.
-    void end(int source);
+    /// Says that a source has ended, and what with if not well. Never blocks; any thread.
+    void end(int source, const std::optional<QString> &failure);
     /// All that waits.
     std::vector<Piece> take();
     /// Nobody takes any more: what waits and what comes is dropped.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogLineText.h"
 
+#include "platform/Utf8.h"
 #include "pods/ConsoleText.h"
 #include "pods/SgrSequence.h"
 
@@ -28,20 +29,12 @@ QChar harmless(char16_t unit)
                                           : QChar(unit);
 }
 
-qint32 bytesOf(QStringView text, qsizetype at)
-{
-    const char16_t unit = text[at].unicode();
-    if (QChar::isLowSurrogate(unit)) {
-        return 0; // counted with the other half
-    }
-    return unit < 0x80 ? 1 : unit < 0x800 ? 2 : QChar::isHighSurrogate(unit) ? 4 : 3;
-}
-
 class Builder
 {
 public:
     Builder(QByteArrayView line, const std::vector<SourceRuns::Run> &sources)
-        : m_input(QString::fromUtf8(line))
+        : m_bytes(line)
+        , m_input(shownUtf8(line))
         , m_sources(sources)
     {
         m_line.text.reserve(m_input.size());
@@ -81,10 +74,8 @@ private:
 
     void skip(QStringView input, qsizetype from, qsizetype to)
     {
-        for (; from < to; ++from) {
-            m_byte += bytesOf(input, from);
-        }
-        if (to < input.size() || !isLineEnd(input[to - 1])) {
+        m_byte += static_cast<qint32>(bytesShownAs(input.sliced(from, to - from), m_bytes.sliced(m_byte)));
+        if (!isLineEnd(input[to - 1])) {
             m_end = m_byte;
         }
         while (m_source + 1 < m_sources.size() && m_byte >= m_sources[m_source].range.end()) {
@@ -133,6 +124,7 @@ private:
         }
     }
 
+    const QByteArrayView m_bytes;
     const QString m_input;
     const std::vector<SourceRuns::Run> &m_sources;
     LogLineText m_line;
@@ -176,7 +168,7 @@ QString plainText(QByteArray bytes)
     if (bytes.contains('\0')) {
         bytes.replace(QByteArray(1, '\0'), QString(signForNul).toUtf8());
     }
-    return console_text::withoutControls(QString::fromUtf8(bytes));
+    return console_text::withoutControls(shownUtf8(bytes));
 }
 
 } // namespace tidewright

@@ -46,8 +46,8 @@ struct LogLineText
     qsizetype unitOf(qint64 byte) const;
 };
 
-/// `line` is valid UTF-8; its end, if it has one, is left out. The runs cover it, in bytes from its begin.
-/// Any thread.
+/// The line's end, if it has one, is left out; bytes that are not UTF-8 show as U+FFFD. The runs cover it, in
+/// bytes from its begin. Any thread.
 LogLineText makeLineText(QByteArrayView line, const std::vector<SourceRuns::Run> &sources);
 
 /// The bytes that are not part of an escape sequence, and for each of them its place in `line`.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogPattern.h"
 
+#include "platform/Utf8.h"
 #include "pods/LogLineText.h"
 
 #include <algorithm>
@@ -37,10 +38,12 @@ qsizetype characterBegin(QByteArrayView line, qsizetype at)
     if (at >= line.size()) {
         return line.size();
     }
-    while (at > 0 && (static_cast<unsigned char>(line[at]) & 0xC0) == 0x80) {
-        --at;
+    for (qsizetype begin = at; begin >= std::max<qsizetype>(0, at - 3); --begin) {
+        if ((static_cast<unsigned char>(line[begin]) & 0xC0) != 0x80) {
+            return begin;
+        }
     }
-    return at;
+    return at; // part of no character
 }
 
 /// The text as an expression that matches it alone.
@@ -62,7 +65,8 @@ LogPattern::LogPattern(const QString &text, bool caseSensitive, bool isRegularEx
     : m_text(text)
     , m_caseSensitive(caseSensitive)
     , m_isExpression(isRegularExpression)
-    , m_isBytes(!isRegularExpression && (caseSensitive || isAscii(text)))
+    , m_isBytes(!isRegularExpression && (caseSensitive || isAscii(text))
+          && !text.contains(QChar::ReplacementCharacter)) // which may stand for any byte
 {
     if (m_isBytes) {
         m_bytes = caseSensitive ? text.toUtf8() : text.toLower().toUtf8();
@@ -129,9 +133,9 @@ void LogPattern::findExpression(QByteArrayView line, std::size_t most, Matches &
         const qsizetype seen = characterBegin(line, std::max<qsizetype>(0, start - windowOverlap));
         const qsizetype end = characterBegin(line, start + windowLength);
         const bool isLast = end == line.size();
-        const QString text = QString::fromUtf8(line.sliced(seen, end - seen));
+        const QString text = shownUtf8(line.sliced(seen, end - seen));
         const QStringView view(text);
-        qint64 unit = start == 0 ? 0 : QString::fromUtf8(line.sliced(seen, start - seen)).size();
+        qint64 unit = start == 0 ? 0 : shownUtf8(line.sliced(seen, start - seen)).size();
         qint64 byte = start;
         // What begins in the overlap is left to the next window.
         const qsizetype limit = isLast ? line.size() : characterBegin(line, end - windowOverlap);
@@ -139,12 +143,12 @@ void LogPattern::findExpression(QByteArrayView line, std::size_t most, Matches &
             = m_expression.nonEmptyMatches(text, unit, most - found.size());
         result.cutOff = result.cutOff || matches.cutOff;
         for (const TextRange &range : matches.ranges) {
-            byte += view.mid(unit, range.start - unit).toUtf8().size();
+            byte += bytesShownAs(view.mid(unit, range.start - unit), line.sliced(byte));
             unit = range.start;
             if (byte >= limit) {
                 break;
             }
-            found.push_back({byte, view.mid(range.start, range.length).toUtf8().size()});
+            found.push_back({byte, bytesShownAs(view.mid(range.start, range.length), line.sliced(byte))});
         }
         start = found.empty() ? limit : std::max<qsizetype>(limit, found.back().end());
     }

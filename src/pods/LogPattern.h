@@ -24,7 +24,7 @@ public:
         std::vector<LogRange> ranges; ///< in the line's bytes, from left to right
         bool cutOff = false; ///< the expression is too complicated for the line: there may be more
     };
-    /// The matches in a line (without its end, valid UTF-8), at most `most`. An expression's match in a line
+    /// The matches in a line (without its end), at most `most`. An expression's match in a line
     /// of more than 64 KiB may be missed when it is longer than 4 KiB.
     Matches matches(QByteArrayView line, std::size_t most) const;
     /// The same for painting: gives an expression that backtracks up sooner.

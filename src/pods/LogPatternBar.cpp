@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogPatternBar.h"
 
+#include "platform/DisplayText.h"
+
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -52,7 +54,7 @@ QToolButton *LogPatternBar::addButton(const QString &text, const QString &tip, b
 {
     auto *button = new QToolButton;
     button->setText(text);
-    button->setToolTip(tip);
+    button->setToolTip(display_text::toolTip(tip));
     button->setAccessibleName(tip);
     button->setCheckable(checkable);
     button->setAutoRaise(true);

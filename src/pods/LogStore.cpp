@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/LogStore.h"
 
+#include "platform/Utf8.h"
+
 #include <QCoreApplication>
 #include <QFile>
+#include <QLocale>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,6 +16,7 @@
 #include <numeric>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
@@ -22,11 +26,19 @@ namespace {
 
 constexpr qint64 filePart = qint64(64) << 20;
 constexpr qint64 memoryPart = qint64(1) << 20;
+/// What stays free of a disk: this much, and one part in so many.
+constexpr qint64 smallestReserve = qint64(1) << 30;
+constexpr qint64 reservedShare = 20;
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
 
 QString tr(const char *text)
 {
     return QCoreApplication::translate("LogStore", text);
+}
+
+QString errorText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
 }
 
 /// A file without a name; on file systems that cannot make one, its name is taken away at once.
@@ -84,8 +96,18 @@ QByteArray LogBytes::read(const std::vector<LogRange> &ranges) const
     return result;
 }
 
-LogStore::LogStore(const QStringList &folders, Write write)
-    : m_write(write ? std::move(write) : Write(::pwrite))
+DiskSpace spaceAround(int file)
+{
+    struct statvfs system = {};
+    if (::fstatvfs(file, &system) != 0) {
+        return {};
+    }
+    const auto block = static_cast<qint64>(system.f_frsize);
+    return {static_cast<qint64>(system.f_bavail) * block, static_cast<qint64>(system.f_blocks) * block};
+}
+
+LogStore::LogStore(const QStringList &folders, LogDisk disk)
+    : m_disk(std::move(disk))
     , m_parts(std::make_shared<std::vector<LogBytes::Part>>())
 {
     const auto opens = [&](bool onDisk) {
@@ -93,8 +115,22 @@ LogStore::LogStore(const QStringList &folders, Write write)
             folders.cbegin(), folders.cend(), [&](const QString &folder) { return openIn(folder, onDisk); });
     };
     if (!opens(true) && !opens(false)) {
-        leaveFile(errno);
+        leaveFile(errorText(errno));
     }
+}
+
+QString LogStore::scarcity() const
+{
+    const DiskSpace space = m_disk.space(m_file.get());
+    const qint64 reserve = std::max(smallestReserve, space.total / reservedShare);
+    if (space.total == 0 || space.free >= reserve) {
+        return {};
+    }
+    const QLocale locale;
+    const auto size
+        = [&](qint64 bytes) { return locale.formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat); };
+    return tr("only %1 of it are free, and a log leaves %2 to other programs")
+        .arg(size(space.free), size(reserve));
 }
 
 bool LogStore::openIn(const QString &folder, bool onDisk)
@@ -106,19 +142,18 @@ bool LogStore::openIn(const QString &folder, bool onDisk)
         return false;
     }
     m_file = nameless(path);
-    return m_file.isOpen();
+    return m_file.isOpen() && (!onDisk || scarcity().isEmpty());
 }
 
 QString LogStore::problem() const
 {
-    if (m_fileError == 0) {
+    if (m_fileProblem.isEmpty()) {
         return {};
     }
-    const QString reason = QString::fromLocal8Bit(std::strerror(m_fileError));
     return (m_full
             ? tr("The log cannot be written to the disk (%1), and the %2 MB of memory for it are used up.")
             : tr("The log cannot be written to the disk (%1); up to %2 MB more is kept in memory."))
-        .arg(reason)
+        .arg(m_fileProblem)
         .arg(memoryLimit >> 20);
 }
 
@@ -144,10 +179,10 @@ qint64 LogStore::append(QByteArrayView bytes)
             m_memory += count;
             m_inMemory += count;
         } else {
-            written = m_write(m_file.get(), bytes.data(), static_cast<std::size_t>(count), m_size);
+            written = m_disk.write(m_file.get(), bytes.data(), static_cast<std::size_t>(count), m_size);
             if (written <= 0) {
                 if (written == 0 || errno != EINTR) {
-                    leaveFile(written == 0 ? ENOSPC : errno);
+                    leaveFile(errorText(written == 0 ? ENOSPC : errno));
                 }
                 continue;
             }
@@ -157,9 +192,10 @@ qint64 LogStore::append(QByteArrayView bytes)
         bytes = bytes.sliced(written);
     }
     qsizetype kept = all.size() - bytes.size();
-    while (m_full && kept > 0 && (static_cast<unsigned char>(all[kept]) & 0xC0) == 0x80) {
-        --kept; // whole characters only
-        --m_size;
+    if (m_full) {
+        const qsizetype cut = incompleteUtf8Tail(all.first(kept)); // whole characters only
+        kept -= cut;
+        m_size -= cut;
     }
     return kept;
 }
@@ -185,11 +221,15 @@ bool LogStore::makeRoom()
 
 bool LogStore::mapNextPart()
 {
+    if (const QString reason = scarcity(); !reason.isEmpty()) {
+        leaveFile(reason);
+        return false;
+    }
     // Mapped in whole before the file has grown so far: only what has been written is ever read.
     void *address = ::mmap(nullptr, static_cast<std::size_t>(filePart), PROT_READ, MAP_SHARED, m_file.get(),
         static_cast<off_t>(m_size));
     if (address == MAP_FAILED) {
-        leaveFile(errno);
+        leaveFile(errorText(errno));
         return false;
     }
     addPart({static_cast<const char *>(address),
@@ -200,11 +240,11 @@ bool LogStore::mapNextPart()
     return true;
 }
 
-void LogStore::leaveFile(int error)
+void LogStore::leaveFile(const QString &reason)
 {
     m_file = FileDescriptor();
     m_room = 0;
-    m_fileError = error;
+    m_fileProblem = reason;
 }
 
 void LogStore::addPart(std::shared_ptr<const char> memory, qint64 length)

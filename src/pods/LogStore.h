@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <sys/types.h>
+#include <unistd.h>
 #include <vector>
 
 namespace tidewright {
@@ -52,20 +53,36 @@ private:
     qint64 m_size = 0;
 };
 
+/// Of a file system, in bytes.
+struct DiskSpace
+{
+    qint64 free = 0; ///< for users
+    qint64 total = 0; ///< 0 where it is not known
+};
+/// Of the one that an open file lies on.
+DiskSpace spaceAround(int file);
+
+/// What a log needs of the disk; a test may answer in its place.
+struct LogDisk
+{
+    std::function<ssize_t(int file, const void *bytes, size_t count, off_t position)> write = ::pwrite;
+    std::function<DiskSpace(int file)> space = spaceAround;
+};
+
 /// Keeps all bytes of a log: in a file that no name leads to, which only this user could have opened and
 /// which goes away with the store, however the program ends; mapped into memory for reading, so that the
-/// kernel may put it back to the disk. When the file cannot be written any more the bytes go to memory, up to
-/// a limit. Main thread, but `bytes()` may be handed to any.
+/// kernel may put it back to the disk. When the file cannot be written any more, or when it would leave too
+/// little of the disk to other programs, the bytes go to memory, up to a limit. Main thread, but `bytes()`
+/// may be handed to any.
 class LogStore
 {
 public:
-    using Write = std::function<ssize_t(int file, const void *bytes, size_t count, off_t position)>;
-
     /// Bytes kept in memory once the file takes no more.
     static constexpr qint64 memoryLimit = qint64(64) << 20;
 
-    /// Uses the first of the folders that is on a disk, else the first that can be written at all.
-    explicit LogStore(const QStringList &folders, Write write = {});
+    /// Uses the first of the folders that is on a disk with space to spare, else the first that can be
+    /// written at all.
+    explicit LogStore(const QStringList &folders, LogDisk disk = {});
 
     /// Adds bytes (whole characters) at the end and returns how many of them are kept: all, unless the limit
     /// is reached.
@@ -82,17 +99,19 @@ private:
     /// Room for more bytes at the end; false when there is none.
     bool makeRoom();
     bool mapNextPart();
-    void leaveFile(int error);
+    void leaveFile(const QString &reason);
+    /// Why the file should not grow; empty while there is enough space.
+    QString scarcity() const;
     void addPart(std::shared_ptr<const char> memory, qint64 length);
 
-    Write m_write;
+    const LogDisk m_disk;
     FileDescriptor m_file;
     std::shared_ptr<const std::vector<LogBytes::Part>> m_parts;
     char *m_memory = nullptr; ///< the writable last part, when it is memory
     qint64 m_room = 0; ///< bytes that the last part can still take
     qint64 m_size = 0;
     qint64 m_inMemory = 0;
-    int m_fileError = 0;
+    QString m_fileProblem; ///< why the file is not used any more
     bool m_full = false;
 };
 

@@ -2,6 +2,7 @@
 #include "pods/PodController.h"
 
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "pods/ContainerButton.h"
 #include "pods/PaddedTextField.h"
 #include "pods/Pod.h"
@@ -59,7 +60,7 @@ std::vector<ContainerPair> PodController::selectedContainerPairs() const
     std::vector<ContainerPair> pairs;
     for (const ContainerButton *button : containerButtons()) {
         if (button->isChecked()) {
-            pairs.emplace_back(button->pod(), button->text());
+            pairs.emplace_back(button->pod(), button->container());
         }
     }
     return pairs;
@@ -67,7 +68,7 @@ std::vector<ContainerPair> PodController::selectedContainerPairs() const
 
 QString PodController::viewLogsObstacle() const
 {
-    return chosenNames().isEmpty() && selectedContainerPairs().empty()
+    return chosenCount() == 0 && selectedContainerPairs().empty()
         ? tr("Select a pod or choose a container first.")
         : QString();
 }
@@ -92,16 +93,19 @@ std::vector<ContainerPair> PodController::takeSelectedContainerPairs()
 
 void PodController::viewLogs()
 {
-    if (!hasOneNamespace(noLogs())) {
-        return;
+    std::vector<ContainerPair> containers = selectedContainerPairs();
+    QStringList names;
+    for (const auto &[pod, container] : containers) {
+        names += {pod, container};
     }
-    std::vector<ContainerPair> containers = takeSelectedContainerPairs();
     if (containers.empty()) {
-        for (const QString &name : tableView().clickedRowIsSelected() ? selectedNames() : chosenNames()) {
+        names = tableView().clickedRowIsSelected() ? selectedNames() : chosenNames();
+        for (const QString &name : std::as_const(names)) {
             containers.emplace_back(name, allContainers);
         }
     }
-    if (!containers.empty()) {
+    if (!containers.empty() && canName(names, noLogs())) {
+        takeSelectedContainerPairs();
         kubeSplitViewController().openLogs(containers);
     }
 }
@@ -161,7 +165,7 @@ void PodController::extendContextMenu(QMenu &menu)
     }
     QMenu *containers = menu.addMenu(QStringLiteral("Containers"));
     for (ContainerButton *button : view->buttons()) {
-        QAction *action = containers->addAction(button->text());
+        QAction *action = containers->addAction(display_text::withoutMnemonics(button->container()));
         action->setCheckable(true);
         action->setChecked(button->isChecked());
         connect(action, &QAction::triggered, button, &QPushButton::click);

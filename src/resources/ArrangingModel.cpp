@@ -39,6 +39,10 @@ void ArrangingModel::setSorts(const QList<SortDescriptor> &sorts)
     if (known == m_sorts || !m_source) {
         return;
     }
+    const ResourceTableModel::Change change(*m_source);
+    if (!change) {
+        return;
+    }
     m_sorts = known;
     m_rowOrder.reset(m_source->kind().columns, m_sorts, m_source->tableItems());
     Positions order = m_positions;
@@ -58,7 +62,11 @@ QString ArrangingModel::filter() const
 
 void ArrangingModel::setFilter(const QString &text)
 {
-    if (text == m_filter) {
+    if (text == m_filter || !m_source) {
+        return;
+    }
+    const ResourceTableModel::Change change(*m_source);
+    if (!change) {
         return;
     }
     m_filter = text;

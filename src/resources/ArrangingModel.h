@@ -13,7 +13,7 @@ namespace tidewright {
 /// case), in the order of the sort descriptors, rows that compare equal in the order in which they were
 /// added. Typed keys, no string comparison of numbers. A change of the source, the filter or the order costs
 /// a constant number of model signals, however many rows it concerns; persistent indexes (selection, widgets
-/// in cells) stay on their rows.
+/// in cells) stay on their rows. Whoever is told of a change can make no other one before it is done.
 class ArrangingModel : public QAbstractProxyModel
 {
     Q_OBJECT

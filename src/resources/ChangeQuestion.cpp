@@ -38,8 +38,8 @@ void confirmWhereProtected(QWidget *view, const QString &context, const QString 
         answered(true);
         return;
     }
-    showConfirmation(view, title, message, firstButton, QStringLiteral("Cancel"), details,
-        std::move(answered), name);
+    showConfirmation(
+        view, title, message, firstButton, QStringLiteral("Cancel"), details, std::move(answered), name);
 }
 
 } // namespace tidewright

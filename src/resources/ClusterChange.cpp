@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ClusterChange.h"
 
+#include "platform/DisplayText.h"
 #include "platform/MainQueue.h"
 #include "platform/Notifications.h"
 
@@ -47,17 +48,20 @@ QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace)
         .arg(kind.humanReadableResourceName);
 }
 
-QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+QString nameObstacle(const QStringList &names)
 {
-    if (const QString reason = namespaceObstacle(kind, nameSpace); !reason.isEmpty()) {
-        return reason;
-    }
     for (const QString &name : names) {
         if (name.startsWith(QLatin1Char('-'))) {
             return QStringLiteral("kubectl would take the name \"%1\" for an option.").arg(name);
         }
     }
     return {};
+}
+
+QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+{
+    const QString reason = namespaceObstacle(kind, nameSpace);
+    return reason.isEmpty() ? nameObstacle(names) : reason;
 }
 
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason)
@@ -69,6 +73,14 @@ void refuseChange(WindowState &window, const QString &notDone, const QString &re
 void refuseMovedChange(WindowState &window, const QString &notDone)
 {
     refuseChange(window, notDone, QStringLiteral("the window shows another context or namespace by now."));
+}
+
+void refuseUnseenChange(const ChangePlace &place, const QString &notDone, const QString &reason)
+{
+    const QString text = notDone + QLatin1String(": ") + reason;
+    postConsoleEntry(nullptr, QString(), QString(), makeConsoleError(text));
+    deliverNotification({QUuid::createUuid().toString(QUuid::WithoutBraces),
+        QStringLiteral("A change was not made"), place.text(), text});
 }
 
 namespace {
@@ -107,6 +119,7 @@ void runChange(const ChangePlace &place, const QStringList &command, const QStri
     place.window->whenSettled(
         [place, command, notDone, finished = std::move(finished)](const QString &obstacle) {
             if (!place.window) {
+                refuseUnseenChange(place, notDone, obstacle);
                 return;
             }
             if (obstacle.isEmpty() && place.isStillShown()) {
@@ -126,7 +139,7 @@ void runChange(const ChangePlace &place, const QStringList &command, const QStri
 
 QWidget *confirmationDetails(const QString &text)
 {
-    auto *label = new QLabel(text);
+    auto *label = new QLabel(display_text::clean(text));
     label->setTextFormat(Qt::PlainText);
     label->setContentsMargins(2, 10, 12, 8);
     return label;

@@ -33,14 +33,18 @@ QString placeText(const QString &context, const QString &nameSpace);
 /// Why objects of this kind cannot be changed there: all namespaces are shown, and a name does not tell which
 /// one is meant. Empty when they can.
 QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace);
-/// The same for a command that is given these names and no namespace; also what makes kubectl take a name for
-/// something else. A sentence without its beginning, or empty.
+/// Why these names cannot stand in an argument list or in the environment of an action: kubectl would take
+/// one of them for something else. A sentence without its beginning, or empty.
+QString nameObstacle(const QStringList &names);
+/// Both, for a command that is given these names and no namespace.
 QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace);
 
 /// Says in the window's console what was not done ("Nothing was deleted") and why.
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason);
 /// The same when the window shows another place by now.
 void refuseMovedChange(WindowState &window, const QString &notDone);
+/// Says so in the main window's console and as a notification: the window itself is gone.
+void refuseUnseenChange(const ChangePlace &place, const QString &notDone, const QString &reason);
 
 /// Runs a command that changes the cluster, in `place` or not at all: once the window is settled there, and
 /// only while it shows what it showed. Otherwise the window's console says `notDone` and why. Its outcome is

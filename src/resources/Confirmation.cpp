@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Confirmation.h"
 
+#include "platform/DisplayText.h"
+
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QGridLayout>
@@ -66,8 +68,8 @@ QWidget *mainWindow()
     return window ? window : QApplication::activeWindow();
 }
 
-/// Below the text of a question, from top to bottom: what it comes with, and a field to type `text` into, which
-/// `first` waits for.
+/// Below the text of a question, from top to bottom: what it comes with, and a field to type `text` into,
+/// which `first` waits for.
 QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *first)
 {
     auto *both = new QWidget;
@@ -121,32 +123,35 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion,
     const QString &toBeTyped)
 {
+    const QString shown = display_text::clean(message);
     QWidget *window = view ? view->window() : mainWindow();
     if (!window) {
         delete accessory;
         return;
     }
-    auto *box = new Question(QMessageBox::Warning, QString(), title, QMessageBox::NoButton, window);
+    auto *box = new Question(
+        QMessageBox::Warning, QString(), display_text::clean(title), QMessageBox::NoButton, window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(message.size() <= longMessage ? message : QString(QChar(0x2026)));
+    box->setInformativeText(shown.size() <= longMessage ? shown : QString(QChar(0x2026)));
     if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
         label->setTextFormat(Qt::PlainText); // names come from the cluster
     }
-    QPushButton *first = box->addButton(firstButton, QMessageBox::AcceptRole);
+    QPushButton *first = box->addButton(display_text::withoutMnemonics(firstButton), QMessageBox::AcceptRole);
     if (!toBeTyped.isEmpty()) {
         accessory = withTypedText(accessory, toBeTyped, first);
     }
     const bool isForm = accessory && accessory->focusProxy();
     box->setDefaultButton(first);
     if (!secondButton.isEmpty()) {
-        QPushButton *second = box->addButton(secondButton, QMessageBox::RejectRole);
+        QPushButton *second
+            = box->addButton(display_text::withoutMnemonics(secondButton), QMessageBox::RejectRole);
         box->setDefaultButton(isForm ? first : second);
         box->setEscapeButton(second);
     }
     if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
-        fitOnScreen(*box, *grid, message);
+        fitOnScreen(*box, *grid, shown);
         if (accessory) {
             auto *buttons = box->findChild<QDialogButtonBox *>();
             grid->removeWidget(buttons);

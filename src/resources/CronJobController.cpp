@@ -25,7 +25,7 @@ QString CronJobController::runObstacle() const
     if (const QString reason = changeObstacle(kubeSplitViewController()); !reason.isEmpty()) {
         return reason;
     }
-    switch (chosenNames().size()) {
+    switch (chosenCount()) {
     case 0:
         return tr("Select a cron job first.");
     case 1:
@@ -41,15 +41,10 @@ void CronJobController::runCronJobNow()
     if (names.isEmpty()) {
         return;
     }
-    WindowState &window = kubeSplitViewController();
-    QString reason = changeObstacle(window);
-    if (reason.isEmpty()) {
-        reason = namespaceObstacle(kind(), window.currentNamespace());
-    }
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingRun, reason);
+    if (!canChange(names.first(1), nothingRun)) {
         return;
     }
+    WindowState &window = kubeSplitViewController();
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};

@@ -102,27 +102,18 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
 {
     const QPersistentModelIndex index = m_cells->indexOf(&cell);
     if (!index.isValid()) {
+        cell.answered();
         return;
     }
     const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
     const QString name = deployment.name;
     const qint64 previous = deployment.previousDesired;
-    WindowState &window = kubeSplitViewController();
-    QString reason = changeObstacle(window);
-    if (reason.isEmpty()) {
-        reason = namespaceObstacle(kind(), window.currentNamespace());
-    }
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingScaled, reason);
-        cell.answered();
-        return;
-    }
-    if (previous == desired) {
+    if (previous == desired || !canChange({name}, nothingScaled)) {
         cell.answered();
         return;
     }
     setCounts(index, previous, desired);
-    const ChangePlace place(window);
+    const ChangePlace place(kubeSplitViewController());
     confirmChange(this, place, QStringLiteral("Confirm Scale"),
         QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
             .arg(name, QString::number(previous), QString::number(desired)),

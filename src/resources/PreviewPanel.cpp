@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/PreviewPanel.h"
 
+#include "platform/DisplayText.h"
 #include "resources/YamlHighlighter.h"
 
 #include <QFontDatabase>
@@ -129,7 +130,7 @@ void PreviewPanel::showItem()
         return;
     }
     const QString position = count > 1 ? tr("%1 of %2").arg(m_index + 1).arg(count) : QString();
-    m_title->setText(m_source->previewItemTitle(m_index));
+    m_title->setText(display_text::clean(m_source->previewItemTitle(m_index)));
     setWindowTitle(tr("%1 – Preview").arg(m_title->text()));
     showText(QString(), tr("Loading…"));
     m_source->loadPreviewItem(
@@ -143,7 +144,7 @@ void PreviewPanel::showItem()
 void PreviewPanel::showText(const QString &text, const QString &state)
 {
     m_state->setText(state);
-    m_text->setPlainText(text);
+    m_text->setPlainText(display_text::clean(text));
 }
 
 } // namespace tidewright

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ReplicaCell.h"
 
+#include "platform/DisplayText.h"
 #include "resources/RowDelegate.h"
 
 #include <QHBoxLayout>
@@ -172,7 +173,7 @@ ReplicaCell::ReplicaCell(const QString &deployment, QWidget *parent)
     layout->addWidget(m_field);
     for (QWidget *part : {static_cast<QWidget *>(m_slider), static_cast<QWidget *>(m_field)}) {
         part->setAccessibleName(tr("%1 replicas").arg(deployment));
-        part->setToolTip(tr("Scale %1").arg(deployment));
+        part->setToolTip(display_text::toolTip(tr("Scale %1").arg(deployment)));
     }
     connect(m_slider, &QSlider::valueChanged, this, &ReplicaCell::change);
     connect(m_field, &QSpinBox::valueChanged, this, &ReplicaCell::change);
@@ -222,9 +223,28 @@ void ReplicaCell::finish()
     }
     m_asked = std::exchange(m_changing, false) && m_field->value() != m_startedFrom;
     if (m_asked) {
-        Q_EMIT chosen(m_field->value());
+        QMetaObject::invokeMethod(this, &ReplicaCell::announce, Qt::QueuedConnection);
     } else if (!isBeingChanged()) {
         showCluster();
+    }
+}
+
+void ReplicaCell::announce()
+{
+    if (isVisible()) {
+        Q_EMIT chosen(m_field->value());
+    } else {
+        answered(); // nobody would know what a question is about
+    }
+}
+
+/// A row that vanishes takes the focus from its cell. That is no consent, and no time for changes.
+void ReplicaCell::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous()) {
+        m_slider->setSliderDown(false);
+        abandon();
     }
 }
 

@@ -49,7 +49,8 @@ protected:
 };
 
 /// A deployment's replica count as a slider with its number beside it. While the user changes it, and until
-/// the change has been answered, what the cluster says is kept back. Main thread only.
+/// the change has been answered, what the cluster says is kept back. A change that goes out of sight before
+/// the user has let go is given up. Main thread only.
 class ReplicaCell : public QWidget
 {
     Q_OBJECT
@@ -69,14 +70,19 @@ public:
     QSpinBox *field() const { return m_field; }
 
 Q_SIGNALS:
-    /// Once for each change, after the user has let go. `answered` is to follow.
+    /// Once for each change, after the user has let go and what was going on then is done: the keyboard focus
+    /// is also lost in the middle of other work. `answered` is to follow.
     void chosen(qint64 desired);
+
+protected:
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void showCluster();
     void showCount(int count);
     void change(int count);
     void finish();
+    void announce();
     void abandon();
 
     const QString m_deployment;

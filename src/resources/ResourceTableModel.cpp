@@ -82,7 +82,8 @@ Rows &ResourceTableModel::writableRows()
 
 void ResourceTableModel::replaceRows(std::span<const std::pair<std::size_t, Row>> changed)
 {
-    if (changed.empty() || changed.front().first >= tableItems().size()) {
+    const Change change(*this);
+    if (!change || changed.empty() || changed.front().first >= tableItems().size()) {
         return;
     }
     Rows &rows = writableRows();
@@ -105,7 +106,8 @@ void ResourceTableModel::replaceRows(std::span<const std::pair<std::size_t, Row>
 
 void ResourceTableModel::removeRowsAt(std::span<const std::size_t> ascendingPositions)
 {
-    if (ascendingPositions.empty() || ascendingPositions.back() >= tableItems().size()) {
+    const Change change(*this);
+    if (!change || ascendingPositions.empty() || ascendingPositions.back() >= tableItems().size()) {
         return;
     }
     Q_EMIT rowsAboutToBeRemovedAt(ascendingPositions);
@@ -147,7 +149,8 @@ void ResourceTableModel::moveToTail(std::span<const std::size_t> ascendingPositi
 
 void ResourceTableModel::appendRows(std::span<const Row> rows)
 {
-    if (rows.empty()) {
+    const Change change(*this);
+    if (!change || rows.empty()) {
         return;
     }
     const std::size_t first = tableItems().size();

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <span>
+#include <utility>
 
 namespace tidewright {
 
@@ -23,6 +24,26 @@ public:
         ColourNameRole, ///< the name of a text colour, or nothing
     };
 
+    /// A change of the rows or of their arrangement, while it lives. False when it came in the middle of
+    /// another one, from somebody who was told of that: then nothing may change, or views would lose count.
+    class Change
+    {
+    public:
+        explicit Change(ResourceTableModel &model)
+            : m_model(model)
+            , m_first(!std::exchange(model.m_changing, true))
+        {
+        }
+        ~Change() { m_model.m_changing = !m_first; }
+        Change(const Change &) = delete;
+        Change &operator=(const Change &) = delete;
+        explicit operator bool() const { return m_first; }
+
+    private:
+        ResourceTableModel &m_model;
+        const bool m_first;
+    };
+
     explicit ResourceTableModel(ResourceKind kind, QObject *parent = nullptr);
     ~ResourceTableModel() override;
 
@@ -34,6 +55,8 @@ public:
     /// Changes whenever rows are added, removed or replaced, and with every `clear`, also of an empty table:
     /// positions found against a snapshot hold only while it is what it was then.
     quint64 generation() const { return m_generation; }
+
+    // Each of these does nothing in the middle of another change.
 
     /// Positions ascending; those beyond the rows are passed over. A new row takes the old one's
     /// `startTimeInterval`.
@@ -74,6 +97,7 @@ private:
     ResourceKind m_kind;
     std::shared_ptr<Store> m_store = std::make_shared<Store>();
     quint64 m_generation = 0;
+    bool m_changing = false;
 };
 
 } // namespace tidewright

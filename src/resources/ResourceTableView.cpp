@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/ResourceTableView.h"
 
+#include "platform/DisplayText.h"
 #include "resources/RowDelegate.h"
 #include "resources/TableHeader.h"
 
@@ -11,6 +12,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <numeric>
 
 namespace tidewright {
 
@@ -61,21 +63,41 @@ bool ResourceTableView::clickedRowIsSelected() const
     return clickedRow() >= 0 && selectionModel()->isRowSelected(clickedRow());
 }
 
-QModelIndexList ResourceTableView::selectedRowsInOrder() const
+int ResourceTableView::selectedRowCount() const
 {
-    QModelIndexList rows = selectionModel()->selectedRows();
+    const QItemSelection selection = selectionModel()->selection();
+    return std::accumulate(selection.cbegin(), selection.cend(), 0,
+        [](int count, const QItemSelectionRange &range) { return count + range.height(); });
+}
+
+std::vector<int> ResourceTableView::selectedRowsInOrder() const
+{
+    std::vector<int> rows = selectedRowsAsChosen();
     std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+/// Ranges of a selection do not overlap, and here they are as wide as the table.
+std::vector<int> ResourceTableView::selectedRowsAsChosen() const
+{
+    std::vector<int> rows;
+    for (const QItemSelectionRange &range : selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            rows.push_back(row);
+        }
+    }
     return rows;
 }
 
 void ResourceTableView::setEmptyText(const QString &sentence, const QString &details)
 {
-    if (m_emptySentence == sentence && m_emptyDetails == details) {
+    const std::pair shown(display_text::clean(sentence), display_text::clean(details));
+    if (shown == std::pair(m_emptySentence, m_emptyDetails)) {
         return;
     }
-    m_emptySentence = sentence;
-    m_emptyDetails = details;
-    setAccessibleDescription(m_model.rowCount() == 0 ? sentence + QLatin1Char('\n') + details : QString());
+    std::tie(m_emptySentence, m_emptyDetails) = shown;
+    setAccessibleDescription(
+        m_model.rowCount() == 0 ? m_emptySentence + QLatin1Char('\n') + m_emptyDetails : QString());
     viewport()->update();
 }
 

@@ -5,6 +5,8 @@
 
 #include <QTableView>
 
+#include <vector>
+
 namespace tidewright {
 
 /// The table view of one kind. A right click does not change the selection: the row under the pointer is the
@@ -26,8 +28,13 @@ public:
     /// True when the row that the open context menu belongs to is one of the selected ones.
     bool clickedRowIsSelected() const;
 
+    // Of large selections of single rows too, in about as much time as there are rows.
+
+    int selectedRowCount() const;
     /// The selected rows from top to bottom.
-    QModelIndexList selectedRowsInOrder() const;
+    std::vector<int> selectedRowsInOrder() const;
+    /// The selected rows in the order in which the user chose them.
+    std::vector<int> selectedRowsAsChosen() const;
 
     /// What an empty table shows: a sentence, and details below it in smaller text.
     void setEmptyText(const QString &sentence, const QString &details);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/RowDelegate.h"
 
+#include "platform/DisplayText.h"
 #include "resources/NamedImages.h"
 #include "resources/ResourceTableModel.h"
 
@@ -33,11 +34,13 @@ bool RowDelegate::helpEvent(
     }
     const bool fits = sizeHint(option, index).width() + 2 * sidePadding <= option.rect.width();
     const QString text = fits ? QString() : index.data().toString();
-    // Names and messages come from the cluster: no markup.
-    QToolTip::showText(event->globalPos(),
-        text.isEmpty() ? QString() : QLatin1String("<p>") + text.toHtmlEscaped() + QLatin1String("</p>"),
-        view);
+    QToolTip::showText(event->globalPos(), display_text::toolTip(text), view);
     return true;
+}
+
+QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
+{
+    return QStyledItemDelegate::displayText(display_text::clean(value.toString()), locale);
 }
 
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const

@@ -21,6 +21,7 @@ public:
     /// The tool tip of a cell is its text, where that does not fit.
     bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
         const QModelIndex &index) override;
+    QString displayText(const QVariant &value, const QLocale &locale) const override;
 
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;

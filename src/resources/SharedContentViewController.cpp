@@ -2,6 +2,7 @@
 #include "resources/SharedContentViewController.h"
 
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "platform/MainQueue.h"
 #include "resources/ChangeQuestion.h"
 #include "resources/LoadProblem.h"
@@ -233,7 +234,7 @@ void SharedContentViewController::updateStatus()
     QString counts = shown == all
         ? tr("%1 %2").arg(locale.toString(all), all == 1 ? kind().humanReadableResourceName : noun)
         : tr("%1 of %2 %3").arg(locale.toString(shown), locale.toString(all), noun);
-    if (const auto selected = m_tableView->selectionModel()->selectedRows().size(); selected > 0) {
+    if (const int selected = m_tableView->selectedRowCount(); selected > 0) {
         counts += QStringLiteral("  ·  ") + tr("%1 selected").arg(locale.toString(selected));
     }
     // After a failure nobody knows how many there are.
@@ -279,6 +280,13 @@ QString SharedContentViewController::emptyReason() const
         : tr("No %1 in namespace %2.").arg(noun, m_window.currentNamespace());
 }
 
+int SharedContentViewController::chosenCount() const
+{
+    return m_tableView->clickedRowIsGone() ? 0
+        : m_tableView->clickedRow() >= 0   ? 1
+                                           : m_tableView->selectedRowCount();
+}
+
 QStringList SharedContentViewController::chosenNames() const
 {
     if (m_tableView->clickedRowIsGone()) {
@@ -293,8 +301,8 @@ QStringList SharedContentViewController::chosenNames() const
 QStringList SharedContentViewController::selectedNames() const
 {
     QStringList names;
-    for (const QModelIndex &index : m_tableView->selectedRowsInOrder()) {
-        names.append(m_arranged->arrangedRow(index.row())->name);
+    for (const int row : m_tableView->selectedRowsInOrder()) {
+        names.append(m_arranged->arrangedRow(row)->name);
     }
     return names;
 }
@@ -309,9 +317,16 @@ void SharedContentViewController::selectFilter()
 
 void SharedContentViewController::copyName()
 {
-    if (const QStringList names = chosenNames(); !names.isEmpty()) {
-        QApplication::clipboard()->setText(names.first());
+    const QStringList names = chosenNames();
+    if (names.isEmpty()) {
+        return;
     }
+    if (display_text::actsWhenPasted(names.first())) {
+        refuseChange(m_window, QStringLiteral("The name was not copied"),
+            tr("it holds control characters, which a terminal takes for keys."));
+        return;
+    }
+    QApplication::clipboard()->setText(names.first());
 }
 
 void SharedContentViewController::editConfiguration()
@@ -324,9 +339,7 @@ void SharedContentViewController::editConfiguration()
         showQuickLookPanel();
         return;
     }
-    if (const QString reason = whyNotByName(kind(), names.first(1), m_window.currentNamespace());
-        !reason.isEmpty()) {
-        refuseChange(m_window, QStringLiteral("Nothing was edited"), reason);
+    if (!canName(names.first(1), QStringLiteral("Nothing was edited"))) {
         return;
     }
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
@@ -382,18 +395,27 @@ void SharedContentViewController::showQuickLookPanel()
     if (clicked >= 0 && !m_tableView->clickedRowIsSelected()) {
         m_tableView->selectRow(clicked);
     }
-    if (hasOneNamespace(QStringLiteral("Nothing was previewed"))) {
+    if (canName({}, QStringLiteral("Nothing was previewed"))) { // the panel tells about names
         PreviewPanel::shared().present(*m_previews, *this);
     }
 }
 
-bool SharedContentViewController::hasOneNamespace(const QString &notDone) const
+bool SharedContentViewController::canName(const QStringList &names, const QString &notDone) const
 {
-    const QString reason = namespaceObstacle(kind(), m_window.currentNamespace());
+    const QString reason = whyNotByName(kind(), names, m_window.currentNamespace());
     if (!reason.isEmpty()) {
         refuseChange(m_window, notDone, reason);
     }
     return reason.isEmpty();
+}
+
+bool SharedContentViewController::canChange(const QStringList &names, const QString &notDone) const
+{
+    if (const QString reason = changeObstacle(m_window); !reason.isEmpty()) {
+        refuseChange(m_window, notDone, reason);
+        return false;
+    }
+    return canName(names, notDone);
 }
 
 QString SharedContentViewController::noLogs()
@@ -406,14 +428,13 @@ QString SharedContentViewController::viewLogsObstacle() const
     if (!kind().logTarget) {
         return tr("%1 have no logs. Choose pods, deployments, jobs or services.").arg(kind().tableName);
     }
-    return chosenNames().isEmpty() ? tr("Select a %1 first.").arg(kind().humanReadableResourceName)
-                                   : QString();
+    return chosenCount() == 0 ? tr("Select a %1 first.").arg(kind().humanReadableResourceName) : QString();
 }
 
 void SharedContentViewController::viewLogs()
 {
     const QStringList names = chosenNames();
-    if (!kind().logTarget || names.isEmpty() || !hasOneNamespace(noLogs())) {
+    if (!kind().logTarget || names.isEmpty() || !canName(names, noLogs())) {
         return;
     }
     std::vector<ContainerPair> containers;
@@ -438,7 +459,7 @@ void SharedContentViewController::stopLoading()
 
 void SharedContentViewController::showContextMenu(const QPoint &position)
 {
-    const bool hasRow = !chosenNames().isEmpty();
+    const bool hasRow = chosenCount() > 0;
     QMenu menu;
     menu.setToolTipsVisible(true);
     const auto add = [&](const QString &title, auto slot, bool enabled) {
@@ -456,8 +477,7 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     }
     extendContextMenu(menu);
     menu.addSeparator();
-    enableChange(
-        *add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow), hasRow);
+    enableChange(*add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow), hasRow);
     menu.addSeparator();
     add(QStringLiteral("Reload"), &SharedContentViewController::reloadContent, true);
     menu.exec(position);

@@ -75,6 +75,8 @@ public:
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
     /// display order.
     QStringList chosenNames() const;
+    /// How many rows these are.
+    int chosenCount() const;
     /// The selected rows, in display order.
     QStringList selectedNames() const;
 
@@ -118,9 +120,11 @@ protected:
 
     /// Enables a command of a menu that changes the cluster where that is allowed, or says why it is not.
     void enableChange(QAction &action, bool enabled) const;
-    /// Whether the names of rows are enough to find their objects; the window's console says `notDone` and why
-    /// when they are not.
-    bool hasOneNamespace(const QString &notDone) const;
+    /// Whether a command can tell objects by these names in what the window shows; its console says `notDone`
+    /// and why when none can.
+    bool canName(const QStringList &names, const QString &notDone) const;
+    /// The same for a command that changes them: the window's context has to allow that too.
+    bool canChange(const QStringList &names, const QString &notDone) const;
     static QString noLogs();
 
     /// Loads again one second from now, for the time after a change to the cluster.

@@ -2,6 +2,7 @@
 #include "resources/TablePreviews.h"
 
 #include "platform/MainQueue.h"
+#include "resources/ClusterChange.h"
 #include "resources/ResourceTableView.h"
 
 namespace tidewright {
@@ -20,13 +21,15 @@ TablePreviews::~TablePreviews()
 
 int TablePreviews::numberOfPreviewItems() const
 {
-    return static_cast<int>(m_view.selectedRowsInOrder().size());
+    return m_view.selectedRowCount();
 }
 
 QString TablePreviews::previewItemTitle(int index) const
 {
-    const QModelIndexList rows = m_view.selectedRowsInOrder();
-    return index < rows.size() ? m_view.arrangedObjects().arrangedRow(rows.at(index).row())->name : QString();
+    const std::vector<int> rows = m_view.selectedRowsInOrder();
+    return index < std::ssize(rows)
+        ? m_view.arrangedObjects().arrangedRow(rows[static_cast<std::size_t>(index)])->name
+        : QString();
 }
 
 void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
@@ -38,8 +41,8 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
         ready(recent, QString());
         return;
     }
-    if (request.name.startsWith(QLatin1Char('-'))) {
-        ready(std::nullopt, tr("kubectl would take the name “%1” for an option.").arg(request.name));
+    if (const QString reason = nameObstacle({request.name}); !reason.isEmpty()) {
+        ready(std::nullopt, reason);
         return;
     }
     fetch(request, ready);
@@ -87,8 +90,8 @@ void TablePreviews::forget()
 
 void TablePreviews::movePreviewSelection(int rows)
 {
-    const QModelIndexList selected = m_view.selectedRowsInOrder();
-    const int target = selected.isEmpty() ? 0 : selected.first().row() + rows;
+    const std::vector<int> selected = m_view.selectedRowsInOrder();
+    const int target = selected.empty() ? 0 : selected.front() + rows;
     if (target >= 0 && target < m_view.arrangedObjects().rowCount()) {
         m_view.selectRow(target);
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/TableStatusBar.h"
 
+#include "platform/DisplayText.h"
 #include "resources/NamedImages.h"
 
 #include <QHBoxLayout>
@@ -65,11 +66,8 @@ void TableStatusBar::setCounts(const QString &text)
 
 void TableStatusBar::setWarning(const QString &sentence, const QString &details)
 {
-    m_warning->setText(sentence);
-    // What kubectl wrote is shown as it is, also when a proxy's HTML is in it.
-    m_warning->setToolTip(details.isEmpty()
-            ? QString()
-            : QStringLiteral("<p style='white-space: pre-wrap'>%1</p>").arg(details.toHtmlEscaped()));
+    m_warning->setText(display_text::clean(sentence));
+    m_warning->setToolTip(display_text::toolTip(details));
     m_warningImage->setPixmap(
         sentence.isEmpty() ? QPixmap() : namedImage(QStringLiteral("warning")).pixmap(14, 14));
 }

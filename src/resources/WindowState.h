@@ -35,8 +35,8 @@ public:
 
     /// For commands that change something or run foreign programs: calls back once whatever is started then
     /// acts in the context and namespace that the window shows, with the empty text; or with a sentence that
-    /// says why nothing may be started now (a switch under way, a kubeconfig that leads elsewhere by now).
-    /// Not when the window goes first.
+    /// says why nothing may be started now (a switch under way, a kubeconfig that leads elsewhere by now); the
+    /// window itself may be gone then.
     virtual void whenSettled(std::function<void(const QString &obstacle)> completion) = 0;
 
     /// Why the tables have nothing to load from now (no context or namespace yet, a context switch under

@@ -96,6 +96,12 @@ private Q_SLOTS:
         row("Describe Pod", "POD=debug-shell", {}, "Choose the namespace of debug-shell first.", "",
             everywhere);
         row("Previous Logs", "POD=%fraud-check CONTAINER=scorer", {}, "seq=", "", "payments");
+        for (const auto &[title, resource] :
+            {std::pair("Describe Pod", "POD=--help"), {"Previous Logs", "POD=--help CONTAINER=x"},
+                {"Shell in Container", "POD=--help CONTAINER=x"}}) {
+            row(title, resource, {}, "\"--help\" not found");
+        }
+        row("Decode Secret", "SECRET=--help", accepted, "\"--help\" not found");
         // The demo cluster refuses to connect to containers; that it is asked to shows in what it answers.
         row("Shell in Container", "POD=debug-shell CONTAINER=shell", {},
             "the demo cluster does not serve connections");

@@ -13,8 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The folder of the script is its memory: NAME.out, NAME.err and NAME.hold tell it what to do. What is
-// current is changed in the first file of KUBECONFIG, as kubectl does it.
+// The folder of the script is its memory: NAME.out, NAME.err, NAME.hold and the like tell it what to do. What
+// is current is changed in the first file of KUBECONFIG, in place, as kubectl does it.
 constexpr auto script = R"sh(#!/bin/sh
 dir=${0%/*}
 first=${KUBECONFIG%%:*}
@@ -31,9 +31,11 @@ esac
 file=$(printf '%s' "$run" | tr ' ' '-')
 while [ -e "$dir/$file.hold" ]; do sleep 0.02; done
 [ -e "$dir/$file.err" ] && cat "$dir/$file.err" >&2 && exit 1
-[ "$run" = read ] && exec cat "$first"
-[ -n "$change" ] && [ ! -e "$dir/$file.idle" ] && sed -i "$change" "$first"
+[ "$run" = read ] && { [ -s "$first" ] || echo '{"kind": "Config"}'; cat "$first"; exit; }
+[ -n "$change" ] && [ ! -e "$dir/$file.idle" ] && changed=$(sed "$change" "$first") && printf '%s\n' "$changed" > "$first"
+[ -e "$dir/$file.cut" ] && : > "$first"
 [ -e "$dir/$file.kill" ] && kill -9 $$
+[ -e "$dir/$file.status" ] && exit 3
 [ -e "$dir/$file.out" ] && cat "$dir/$file.out"
 printf '%s\n' "$run" >> "$dir/ended"
 )sh";
@@ -46,8 +48,9 @@ QByteArray kubeConfigOf(const QByteArray &contextsAnswer)
     for (const QByteArray &bytes : lines.value(1).split('\t')) {
         const QString name = QString::fromUtf8(bytes);
         if (!name.isEmpty()) {
-            contexts.append(QJsonObject{
-                {u"name"_s, name}, {u"context"_s, QJsonObject{{u"cluster"_s, name}, {u"user"_s, name}}}});
+            contexts.append(QJsonObject{{u"name"_s, name},
+                {u"context"_s,
+                    QJsonObject{{u"cluster"_s, name}, {u"user"_s, name}, {u"namespace"_s, u"default"_s}}}});
         }
     }
     return QJsonDocument({{u"kind"_s, u"Config"_s}, {u"current-context"_s, QString::fromUtf8(lines.first())},
@@ -66,9 +69,10 @@ void writeFile(const QString &path, const QByteArray &bytes)
 } // namespace
 
 void FakeConsole::addEntry(
-    const QString &command, const QString & /*response*/, const std::optional<ConsoleError> &error)
+    const QString &command, const QString &response, const std::optional<ConsoleError> &error)
 {
     commands.append(command);
+    responses.append(response);
     if (error) {
         errors.append(error->description);
     }
@@ -79,6 +83,7 @@ FakeCluster::FakeCluster()
 {
     setUserDefaultsForTesting(&settings);
     qputenv("XDG_DATA_HOME", QFile::encodeName(path(QStringLiteral("data")))); // where the user's actions are
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder.path())); // where the views are
     applicationRecord() = {};
     const QString kubectl = path(QStringLiteral("kubectl"));
     writeFile(kubectl, script);
@@ -93,9 +98,9 @@ FakeCluster::~FakeCluster()
     setUserDefaultsForTesting(nullptr);
 }
 
-QString FakeCluster::fileFor(QString run, const char *suffix) const
+QString FakeCluster::fileFor(QString run, const QByteArray &suffix) const
 {
-    return path(run.replace(QLatin1Char(' '), QLatin1Char('-')) + QLatin1String(suffix));
+    return path(run.replace(QLatin1Char(' '), QLatin1Char('-')) + QString::fromLatin1(suffix));
 }
 
 void FakeCluster::answer(const QString &run, const QByteArray &output)
@@ -111,19 +116,48 @@ void FakeCluster::fail(const QString &run, const QByteArray &error)
     writeFile(fileFor(run, ".err"), error);
 }
 
-void FakeCluster::killAfter(const QString &run)
+void FakeCluster::disturb(const QString &run, const QString &ways)
 {
-    writeFile(fileFor(run, ".kill"), {});
+    for (const QByteArray &way : ways.toLatin1().split(' ')) {
+        writeFile(fileFor(run, '.' + way), way == "err" ? "open config.lock: file exists" : "");
+    }
 }
 
-void FakeCluster::doNothing(const QString &run)
+QString FakeCluster::placeOf(const Shell &shell)
 {
-    writeFile(fileFor(run, ".idle"), {});
+    QFile first(QFile::decodeName(shell.environment.value("KUBECONFIG").split(':').first()));
+    const auto view
+        = KubeConfigContents::parse(first.open(QIODevice::ReadOnly) ? first.readAll() : QByteArray());
+    if (!view || !first.fileName().contains(u"/views/"_s)) {
+        return u"(no view)"_s;
+    }
+    return view->hasContext(view->current) ? view->current + u'/' + view->nameSpace(view->current)
+                                           : u"nowhere"_s;
+}
+
+UserDefaults::Dictionary FakeCluster::remembered() const
+{
+    return UserDefaults(settingsFile()).dictionary(u"lastNamespaces"_s).value_or(UserDefaults::Dictionary());
+}
+
+void FakeCluster::edit(const QByteArray &before, const QByteArray &after) const
+{
+    const QByteArray bytes = kubeConfigBytes();
+    if (!bytes.contains(before)) {
+        qFatal("the kubeconfig has no %s", before.constData());
+    }
+    writeFile(kubeConfig(), QByteArray(bytes).replace(before, after));
+}
+
+QByteArray FakeCluster::kubeConfigBytes() const
+{
+    QFile file(kubeConfig());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void FakeCluster::succeed(const QString &run)
 {
-    for (const char *suffix : {".err", ".kill", ".idle"}) {
+    for (const char *suffix : {".err", ".kill", ".idle", ".cut", ".status"}) {
         QFile::remove(fileFor(run, suffix));
     }
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Console.h"
+#include "core/KubeCtl.h"
 #include "platform/UserDefaults.h"
 
 #include <QStringList>
@@ -15,6 +15,7 @@ public:
         const std::optional<tidewright::ConsoleError> &error) override;
 
     QStringList commands;
+    QStringList responses;
     QStringList errors;
 };
 
@@ -34,14 +35,17 @@ public:
 
     QString path(const QString &name) const { return m_folder.filePath(name); }
     QString kubeConfig() const { return path(QStringLiteral("kubeconfig")); }
+    QByteArray kubeConfigBytes() const;
+    /// Replaces every occurrence of a text in the kubeconfig.
+    void edit(const QByteArray &before, const QByteArray &after) const;
     QString settingsFile() const { return path(QStringLiteral("settings.json")); }
 
     void answer(const QString &run, const QByteArray &output);
     void fail(const QString &run, const QByteArray &error);
-    /// Runs of that name do what they are to, and are killed without a word.
-    void killAfter(const QString &run);
-    /// Runs of that name end well and have changed nothing.
-    void doNothing(const QString &run);
+    /// Runs of that name do what they are to, and end in one or more ways (with spaces between) that say
+    /// otherwise: "err" complains of a lock instead, "idle" changes nothing, "cut" leaves an empty file,
+    /// "kill" is killed without a word, "status" ends with an exit status.
+    void disturb(const QString &run, const QString &ways);
     void succeed(const QString &run);
     /// Runs of that name wait until they are released.
     void hold(const QString &run);
@@ -56,10 +60,14 @@ public:
     /// The CPU priority value of the latest run of that name, -1 when there was none.
     int niceness(const QString &run) const;
     void forgetCalls();
+    /// The namespaces that the settings file holds.
+    tidewright::UserDefaults::Dictionary remembered() const;
+    /// Where a child of the shell acts by itself, "CONTEXT/NAMESPACE": what its view of the kubeconfig says.
+    static QString placeOf(const tidewright::Shell &shell);
 
     tidewright::UserDefaults settings;
 
 private:
-    QString fileFor(QString run, const char *suffix) const;
+    QString fileFor(QString run, const QByteArray &suffix) const;
     QStringList lines(const QString &name) const;
 };

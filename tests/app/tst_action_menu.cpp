@@ -14,6 +14,7 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/ContainerButton.h"
 #include "pods/PodController.h"
+#include "resources/ReplicaCell.h"
 #include "resources/ResourceTableView.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
@@ -30,6 +31,9 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyledItemDelegate>
+#include <QTabBar>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace tidewright;
@@ -123,7 +127,7 @@ struct Actions
         return nullptr;
     }
 
-    /// What the latest action said it was told, without the kubeconfig.
+    /// What the latest action said it was told, without the kubeconfig and the view in front of it.
     QString told()
     {
         QString response;
@@ -139,7 +143,8 @@ struct Actions
         };
         [&] { QTRY_VERIFY(isThere()); }();
         m_read = static_cast<int>(page().windowConsoleController().entries().size());
-        return response.remove(cluster.kubeConfig()).simplified();
+        static const QRegularExpression view(u"^/[^ :]*/view-[^ :]+:"_s);
+        return response.remove(view).remove(cluster.kubeConfig()).simplified();
     }
 
     FakeCluster cluster;
@@ -157,11 +162,12 @@ class tst_action_menu : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void menuFollowsTheFolders();
-    void freshInstallation();
     void targets_data();
     void targets();
     void everyScope_data();
     void everyScope();
+    void namesThatLookLikeOptions();
+    void namesAreTextAndNothingElse();
     void questionsSayWhere();
     void withoutAKubeConfigOfItsOwn();
     void lastAction();
@@ -193,14 +199,6 @@ void tst_action_menu::menuFollowsTheFolders()
     app.add(u"newer"_s, R"({"scope":"namespace"})");
     app.frame->addTab();
     QTRY_VERIFY(app.item(u"newer"_s));
-}
-
-void tst_action_menu::freshInstallation()
-{
-    Actions app;
-    app.open();
-    QVERIFY(QFile::exists(app.cluster.path(u"data/Tidewright/Actions/Starter Kit"_s)));
-    QVERIFY(app.shown(app.menu()).value(4).startsWith(u"Starter Kit/"_s));
 }
 
 void tst_action_menu::targets_data()
@@ -330,6 +328,81 @@ void tst_action_menu::everyScope()
         app.item(title)->trigger();
         QCOMPARE(app.told(), u"b default thing-1"_s);
     }
+}
+
+void tst_action_menu::namesThatLookLikeOptions()
+{
+    Actions app;
+    app.cluster.answer(u"get po"_s, "--all\ttrue\tRunning\t0\t\tT\tapp\nweb\ttrue\tRunning\t0\t\tT\t--rm\n");
+    for (const QString &scope : {u"pod"_s, u"container"_s}) {
+        app.add(scope, R"({"scope":"%1"})"_ba.replace("%1", scope.toUtf8()));
+    }
+    app.open();
+    QTRY_COMPARE(app.pods().containerButtons().size(), 2U);
+    app.pods().tableView().selectRow(0);
+    app.item(u"pod"_s)->trigger();
+    QTest::mouseClick(app.pods().containerButtons()[1], Qt::LeftButton);
+    app.item(u"container"_s)->trigger();
+    const auto *text = app.page().windowConsoleController().consoleTextView();
+    for (const QString &refusal :
+        {u"\"pod\" was not run: kubectl would take the name \"--all\" for an option."_s,
+            u"\"container\" was not run: kubectl would take the name \"--rm\" for an option."_s}) {
+        QTRY_VERIFY2(text->toPlainText().contains(refusal), qPrintable(refusal));
+    }
+    QVERIFY(app.entries().filter(u"env "_s).isEmpty());
+}
+
+/// No mark-up, no mnemonics, and nothing that moves the text around it.
+void tst_action_menu::namesAreTextAndNothingElse()
+{
+    Actions app;
+    app.cluster.answer(u"contexts"_s, "<s>\u202eb\n<s>\u202eb\tc\t");
+    app.cluster.answer(u"namespaces"_s, "<s>\u202en");
+    app.cluster.answer(u"get po"_s, "<s>\u202epod\ttrue\tRunning\t0\t\tT\t<s>&c\u202e\n");
+    app.cluster.answer(u"get deploy"_s, "<s>web\t1\t1\t1\t1\tT\n");
+    app.add(u"<s>group/<s>act"_s, R"({"scope":"pod","show_warning_text":"<s>"})");
+    app.cluster.settings.set(u"toolbarItems"_s, u"<s>act"_s);
+    app.open();
+    QTRY_COMPARE(app.pods().containerButtons().size(), 1U);
+    ContainerButton *container = app.pods().containerButtons().front();
+    QVERIFY(container->shortcut().isEmpty());
+    container->setChecked(true);
+    QCOMPARE(app.pods().selectedContainerPairs().front().second, u"<s>&c\u202e"_s);
+    const ResourceTableView &view = app.pods().tableView();
+    const auto *delegate = qobject_cast<const QStyledItemDelegate *>(view.itemDelegate());
+    QCOMPARE(delegate->displayText(u"a\u202eb"_s, {}), u"a\ufffdb"_s);
+    app.page().windowConsoleController().scriptsRunning.append(u"<s>"_s);
+    app.page().windowConsoleController().updateScriptState();
+    app.pods().tableView().selectRow(0);
+    app.pods().deleteRows();
+    app.item(u"<s>act"_s)->trigger();
+    app.content().selectSidebarItem(u"Deployments"_s);
+    QTRY_VERIFY(app.frame->findChild<QMessageBox *>());
+    QTRY_VERIFY(app.frame->findChild<ReplicaCell *>());
+    int found = 0;
+    const auto check = [&found](const QString &tip) {
+        QVERIFY2(!tip.contains(u"<s>"_s) && !tip.contains(u'\u202e'), qPrintable(tip));
+        found += tip.contains(u"&lt;s>"_s) || tip.contains(u"&lt;s&gt;"_s);
+    };
+    for (const QWidget *widget : QApplication::allWidgets()) {
+        check(widget->toolTip());
+        QVERIFY2(!widget->windowTitle().contains(u'\u202e'), widget->metaObject()->className());
+        if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+            QVERIFY2(!label->text().contains(u'\u202e'), qPrintable(label->text()));
+            QVERIFY(label->textFormat() == Qt::PlainText || !label->text().contains(u"<s>"_s));
+        }
+        if (const auto *bar = qobject_cast<const QTabBar *>(widget)) {
+            for (int tab = 0; tab < bar->count(); ++tab) {
+                check(bar->tabToolTip(tab));
+                QVERIFY(!bar->tabText(tab).contains(u'\u202e'));
+            }
+        }
+    }
+    for (const QAction *action : app.frame->findChildren<QAction *>()) {
+        check(action->toolTip());
+        QVERIFY(!action->text().contains(u'\u202e'));
+    }
+    QVERIFY2(found > 8, qPrintable(QString::number(found)));
 }
 
 void tst_action_menu::questionsSayWhere()

@@ -27,9 +27,11 @@ struct Windows
     {
         setUserDefaultsForTesting(&settings);
         qputenv("XDG_DATA_HOME", QFile::encodeName(folder.path()));
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder.path()));
         applicationRecord() = {};
         setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
         settings.set(u"defaultKubeConfigPath"_s, demo.kubeconfig());
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::WindowInFront);
         delegate.newDocument();
         first = delegate.mainWindow();
     }

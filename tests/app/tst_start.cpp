@@ -2,6 +2,8 @@
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -129,36 +131,45 @@ class tst_start : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void withoutThePackagedKubectl_data();
-    void withoutThePackagedKubectl();
-    void withoutACacheDirectory();
-    void withoutADisplay();
+    void obstacles_data();
+    void obstacles();
     void firstWindow();
     void packagedPython();
     void endsWhenAskedTo_data();
     void endsWhenAskedTo();
     void nobodyReads();
+    void secondStart_data();
     void secondStart();
+    void garbageFromTheBus();
     void withASessionBusThatHangs();
 };
 
-void tst_start::withoutThePackagedKubectl_data()
+void tst_start::obstacles_data()
 {
-    QTest::addColumn<bool>("present");
+    QTest::addColumn<QFile::Permissions>("kubectl"); // none: it is not there
     QTest::addColumn<bool>("display");
-    QTest::newRow("missing") << false << true;
-    QTest::newRow("not executable") << true << true;
-    QTest::newRow("without a display either") << false << false;
+    QTest::addColumn<QByteArray>("message");
+    const QFile::Permissions usable = QFile::ReadOwner | QFile::ExeOwner;
+    const QByteArray noKubectl = "kubectl that belongs to its package is missing";
+    QTest::newRow("no kubectl") << QFile::Permissions() << true << noKubectl;
+    QTest::newRow("a kubectl not executable") << QFile::Permissions(QFile::ReadOwner) << true << noKubectl;
+    QTest::newRow("no kubectl, no display") << QFile::Permissions() << false << noKubectl;
+    QTest::newRow("no cache directory") << usable << true << "Unable to create cache directory: "_ba;
+    QTest::newRow("no display") << usable << false << "Tidewright cannot start: there is no display."_ba;
 }
 
-void tst_start::withoutThePackagedKubectl()
+void tst_start::obstacles()
 {
-    QFETCH(bool, present);
-    Package package;
-    if (present) {
-        package.write(u"libexec/tidewright/kubectl"_s, "#!/bin/sh\n", QFile::ReadOwner);
-    }
+    QFETCH(QFile::Permissions, kubectl);
     QFETCH(bool, display);
+    QFETCH(QByteArray, message);
+    Package package;
+    if (kubectl) {
+        package.write(u"libexec/tidewright/kubectl"_s, "#!/bin/sh\n", kubectl);
+    }
+    if (message.contains("cache directory")) {
+        package.write(u"home/.cache/com.brindle.Tidewright"_s, "in the way");
+    }
     if (!display) {
         package.program.setProcessEnvironment(package.withoutDisplay());
     }
@@ -166,31 +177,9 @@ void tst_start::withoutThePackagedKubectl()
     QVERIFY(package.program.waitForFinished());
     QCOMPARE(package.program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(package.program.exitCode(), 1);
-    QVERIFY(
-        package.program.readAllStandardError().contains("kubectl that belongs to its package is missing"));
+    const QByteArray said = package.program.readAllStandardError();
+    QVERIFY2(said.contains(message), said.constData());
     QCOMPARE(package.program.readAllStandardOutput(), QByteArray()); // no window was opened
-}
-
-void tst_start::withoutACacheDirectory()
-{
-    Package package;
-    package.write(u"libexec/tidewright/kubectl"_s, "#!/bin/sh\n", QFile::ReadOwner | QFile::ExeOwner);
-    package.write(u"home/.cache/com.brindle.Tidewright"_s, "in the way");
-    package.program.start();
-    QVERIFY(package.program.waitForFinished());
-    QCOMPARE(package.program.exitCode(), 1);
-    QVERIFY(package.program.readAllStandardError().contains("Unable to create cache directory: "));
-}
-
-void tst_start::withoutADisplay()
-{
-    Package package;
-    package.write(u"libexec/tidewright/kubectl"_s, "#!/bin/sh\n", QFile::ReadOwner | QFile::ExeOwner);
-    package.program.setProcessEnvironment(package.withoutDisplay());
-    package.program.start();
-    QVERIFY(package.program.waitForFinished());
-    QCOMPARE(package.program.exitCode(), 1);
-    QCOMPARE(package.program.readAllStandardError(), "Tidewright cannot start: there is no display.\n"_ba);
 }
 
 void tst_start::firstWindow()
@@ -282,7 +271,80 @@ void tst_start::nobodyReads()
     QCOMPARE(package.program.exitCode(), 0);
 }
 
+void tst_start::secondStart_data()
+{
+    QTest::addColumn<QString>("outcome"); // a window on that kubeconfig; "forward"; "apart": its own program
+    QTest::addColumn<QString>("shell"); // makes the second start what it is; both are in FOLDER
+    QTest::addColumn<QString>("inherited"); // KUBECONFIG of the first, and of the second unless it sets one
+    QTest::addColumn<QString>("setting"); // the kubeconfig of the settings
+    const auto row = [](const char *name, const QString &outcome, const QString &shell = {},
+                         const QString &inherited = {}, const QString &setting = {}) {
+        QTest::newRow(name) << outcome << shell << inherited << setting;
+    };
+    row("the same", u"forward"_s);
+    row("the usual file by name", u"forward"_s, u"export KUBECONFIG=$HOME/.kube/config"_s);
+    row("the same, relative", u"forward"_s, u"export KUBECONFIG=./prod:"_s, u"FOLDER/prod"_s);
+    row("outweighed by the settings", u"forward"_s, {}, u"prod"_s, u"/chosen"_s);
+    row("another", u"/staging"_s, u"export KUBECONFIG=/staging"_s);
+    row("another than the settings'", u"/staging"_s, u"export KUBECONFIG=/staging"_s, u"prod"_s,
+        u"/chosen"_s);
+    row("a list", u"FOLDER/a:FOLDER/./b/../c:/d"_s, u"export KUBECONFIG=:a:./b/../c:/d"_s, u"prod"_s);
+    row("none any more", u"FOLDER/home/.kube/config"_s, u"export KUBECONFIG="_s, u"prod"_s);
+    row("not UTF-8", u"apart"_s, u"export KUBECONFIG=$(printf '/\\377')"_s);
+    row("other settings", u"apart"_s, u"export XDG_CONFIG_HOME=$PWD/other KUBECONFIG=/demo"_s);
+    row("another display", u"apart"_s, u"export DISPLAY=:77"_s);
+    row("another Wayland display", u"apart"_s, u"export WAYLAND_DISPLAY=wayland-77"_s);
+    row("another build", u"apart"_s, u"cp $0 $0.new; mv $0.new $0"_s);
+    row("the first hangs", u"apart"_s, u"kill -STOP $FIRST"_s);
+}
+
 void tst_start::secondStart()
+{
+    QFETCH(QString, outcome);
+    QFETCH(QString, shell);
+    QFETCH(QString, inherited);
+    QFETCH(QString, setting);
+    SessionBus bus;
+    Package package;
+    package.addHangingKubectl();
+    const QString folder = package.folder.path();
+    if (!setting.isEmpty()) {
+        package.write(u"home/.config/com.brindle.Tidewright/settings.json"_s,
+            R"({"defaultKubeConfigPath": ")" + setting.toUtf8() + R"("})");
+    }
+    package.setVariable(u"DBUS_SESSION_BUS_ADDRESS"_s, bus.address);
+    package.setVariable(u"KUBECONFIG"_s, inherited.replace(u"FOLDER"_s, folder));
+    package.program.setWorkingDirectory(folder);
+    package.program.start();
+    QTRY_VERIFY(!package.read(u"libexec/tidewright/pid"_s).isEmpty());
+    const auto first = static_cast<pid_t>(package.program.processId());
+    package.setVariable(u"FIRST"_s, QString::number(first));
+    const bool apart = outcome == u"apart";
+    const bool opens = !apart && outcome != u"forward";
+    for (int time = 0; time < 2; ++time) { // once more changes nothing
+        QProcess second;
+        second.setProcessEnvironment(package.program.processEnvironment());
+        second.setWorkingDirectory(folder);
+        second.start(u"/bin/sh"_s, {u"-c"_s, shell + u"\nexec \"$0\""_s, package.program.program()});
+        QByteArray output;
+        QTRY_VERIFY(
+            second.state() == QProcess::NotRunning || Package::printsLine(second, output, "windoe did load"));
+        QCOMPARE(second.state() == QProcess::Running, apart);
+        second.kill();
+        second.waitForFinished();
+        QVERIFY(apart || (second.exitStatus() == QProcess::NormalExit && second.exitCode() == 0));
+    }
+    if (opens) {
+        QTRY_VERIFY(package.seen().contains(u"KUBECONFIG="_s + outcome.replace(u"FOLDER"_s, folder)));
+    }
+    ::kill(first, SIGCONT);
+    ::kill(first, SIGTERM);
+    QVERIFY(package.program.waitForFinished());
+    QCOMPARE(package.program.readAllStandardOutput().count("windoe did load"), opens ? 2 : 1);
+}
+
+/// A launcher's call is taken, whatever it adds. What no start says is refused, and the program goes on.
+void tst_start::garbageFromTheBus()
 {
     SessionBus bus;
     Package package;
@@ -290,23 +352,25 @@ void tst_start::secondStart()
     package.setVariable(u"DBUS_SESSION_BUS_ADDRESS"_s, bus.address);
     package.program.start();
     QTRY_VERIFY(package.printsLine("windoe did load\n"));
-    QProcess second;
-    second.setProgram(package.program.program());
-    second.setProcessEnvironment(package.program.processEnvironment());
-    second.start();
-    QVERIFY(second.waitForFinished());
-    QCOMPARE(second.exitCode(), 0);
-    QCOMPARE(second.readAllStandardOutput(), QByteArray()); // it opened nothing of its own
-
-    // A program that hangs must not keep the user from opening another.
-    ::kill(static_cast<pid_t>(package.program.processId()), SIGSTOP);
-    second.start();
-    QByteArray output;
-    QTRY_VERIFY_WITH_TIMEOUT(Package::printsLine(second, output, "windoe did load\n"), 15000);
-    for (QProcess *process : {&second, &package.program}) {
-        process->kill();
-        QVERIFY(process->waitForFinished());
+    QDBusConnection connection = QDBusConnection::connectToBus(bus.address, u"launcher"_s);
+    const auto activate = [&](const QVariant &argument) {
+        QDBusMessage call = QDBusMessage::createMethodCall(u"com.brindle.Tidewright"_s,
+            u"/com/brindle/Tidewright"_s, u"org.freedesktop.Application"_s, u"Activate"_s);
+        return connection.call(call << argument).errorName();
+    };
+    const auto key = u"tidewright-kubeconfig"_s;
+    const QString endless(200'000, u'/');
+    for (const QVariant &bad : {QVariant(1), QVariant("/a"_ba), QVariant(QStringList{u"/a"_s}),
+             QVariant(QVariantMap{{key, 1}}), QVariant(u"/a:b"_s), QVariant(endless)}) {
+        QCOMPARE(activate(QVariantMap{{key, bad}}), u"org.freedesktop.DBus.Error.InvalidArgs"_s);
     }
+    QCOMPARE(activate(u"/a"_s), u"org.freedesktop.DBus.Error.UnknownMethod"_s);
+    QCOMPARE(activate(QVariantMap{{u"activation-token"_s, endless}}), QString());
+    QCOMPARE(activate(QVariantMap()), QString());
+    package.program.terminate();
+    QVERIFY(package.program.waitForFinished());
+    QCOMPARE(package.program.exitCode(), 0);
+    QVERIFY(!package.program.readAllStandardOutput().contains("windoe did load"));
 }
 
 void tst_start::withASessionBusThatHangs()

@@ -1,59 +1,38 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "FakeCluster.h"
-#include "app/KubeConfigWriter.h"
-#include "app/KubeSplitViewController.h"
+#include "FakeWindow.h"
 #include "core/ApplicationRecord.h"
-#include "support/Patience.h"
+#include "platform/Notifications.h"
+#include "resources/ClusterChange.h"
 
+#include <QDir>
 #include <QFile>
-#include <QSignalSpy>
-#include <QTest>
+
+#include <array>
+#include <sys/stat.h>
 
 using namespace tidewright;
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
-/// One window on a fake cluster.
-struct Window
+using Window = FakeWindow;
+const QString ran = Window::ran;
+
+void columns(const auto *...names)
 {
-    explicit Window(KubeConfigWriter &sharedWriter)
-        : writer(sharedWriter)
-        , state(sharedWriter)
-    {
-        state.setConsole(&console);
-        QObject::connect(
-            &state, &KubeSplitViewController::clusterSettingsChanged, &state, [this] { ++reloads; });
-    }
+    (QTest::addColumn<QString>(names), ...);
+}
 
-    void load(const FakeCluster &cluster)
-    {
-        state.viewWillAppear(cluster.kubeConfig());
-        QTRY_VERIFY(state.namespaceList().enabled);
-        untilWritten();
-    }
-
-    /// All changes of the kubeconfig that were asked for until now are through.
-    void untilWritten()
-    {
-        auto through = std::make_shared<bool>(false);
-        writer.enqueue(&state, [through](const KubeConfigWriter::Finished &finished) {
-            *through = true;
-            finished();
-        });
-        QTRY_VERIFY(*through);
-    }
-
-    KubeConfigWriter &writer;
-    FakeConsole console;
-    KubeSplitViewController state;
-    int reloads = 0;
-};
-
-UserDefaults::Dictionary remembered(const UserDefaults &settings)
+void row(const char *name, const auto &...values)
 {
-    return settings.dictionary(u"lastNamespaces"_s).value_or(UserDefaults::Dictionary());
+    QTestData &data = QTest::newRow(name);
+    (data << ... << QString(values));
+}
+
+/// What the present row has in these columns.
+auto fetched(const auto *...names)
+{
+    return std::array{*static_cast<QString *>(QTest::qData(names, QMetaType::QString))...};
 }
 
 } // namespace
@@ -62,521 +41,440 @@ class tst_window_state : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void firstLoad_data();
-    void firstLoad();
-    void withoutACurrentContextTheUserChooses();
-    void aContextWhoseNamespacesAreSecretGetsTheWindowsNamespace();
-    void withoutNamespacesTheTablesAreTold();
-    void choosingContexts();
-    void failedContextSwitch();
-    void lateAnswersAreDropped();
-    void oneChangeAfterTheOther();
-    void namespacesOfTheWindowsContext_data();
-    void namespacesOfTheWindowsContext();
-    void namespaceChoiceStaysInItsContext();
-    void whatFailedIsMadeUpForInFront();
-    void kubeConfigsAreTold();
-    void allNamespaces();
-    void becomingMain_data();
-    void becomingMain();
-    void agreement_data();
-    void agreement();
-    void agreementsAreAnsweredInOrder();
-    void closingEndsTheRequests();
-};
+    void initTestCase() { qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); } // for the fallback
 
-void tst_window_state::firstLoad_data()
-{
-    QTest::addColumn<QByteArray>("contexts");
-    QTest::addColumn<QByteArray>("namespaces");
-    QTest::addColumn<QString>("stored"); // the namespace remembered for context b
-    QTest::addColumn<QString>("context");
-    QTest::addColumn<QString>("selectedContext");
-    QTest::addColumn<QString>("nameSpace");
-    const QByteArray three = "default kube-system shop";
-    QTest::newRow("adopts") << "b\na\tb\t"_ba << three << QString() << u"b"_s << u"b"_s << u"default"_s;
-    QTest::newRow("remembered") << "b\na\tb\t"_ba << three << u"kube-system"_s << u"b"_s << u"b"_s
-                                << u"kube-system"_s;
-    QTest::newRow("vanished") << "b\na\tb\t"_ba << three << u"gone"_s << u"b"_s << u"b"_s << u"default"_s;
-    QTest::newRow("all namespaces") << "b\na\tb\t"_ba << three << tidewright::allNamespaces << u"b"_s
-                                    << u"b"_s << tidewright::allNamespaces;
-    QTest::newRow("a namespace of another context")
-        << "a\na\tb\t"_ba << three << u"kube-system"_s << u"a"_s << u"a"_s << u"default"_s;
-    QTest::newRow("a context that is not listed")
-        << "x\na\tb\t"_ba << three << QString() << u"x"_s << QString() << u"default"_s;
-}
-
-void tst_window_state::firstLoad()
-{
-    QFETCH(QByteArray, contexts);
-    QFETCH(QByteArray, namespaces);
-    QFETCH(QString, stored);
-    QFETCH(QString, nameSpace);
-    QFETCH(QString, context);
-    FakeCluster cluster;
-    cluster.answer(u"contexts"_s, contexts);
-    cluster.answer(u"namespaces"_s, namespaces);
-    if (!stored.isEmpty()) {
-        cluster.settings.set(
-            u"lastNamespaces"_s, UserDefaults::Dictionary{{u"b"_s, stored}, {u"c"_s, u"other"_s}});
+    void firstLoad_data()
+    {
+        // `namespaces` may be a complaint; `stored` is remembered for b; `own` is what the kubeconfig names.
+        columns("contexts", "namespaces", "stored", "own", "shown", "place");
+        const QString all = u"b\na\tb\t"_s;
+        const QString three = u"abc default shop"_s;
+        const QString secret = u"!Error: namespaces is forbidden"_s;
+        row("adopts", all, three, u""_s, u"default"_s, u"b/default"_s, u"b/default"_s);
+        row("remembered", all, three, u"shop"_s, u"default"_s, u"b/shop"_s, u"b/shop"_s);
+        row("vanished", all, three, u"gone"_s, u"default"_s, u"b/default"_s, u"b/default"_s);
+        row("own", all, three, u""_s, u"shop"_s, u"b/shop"_s, u"b/shop"_s);
+        row("first", all, three, u""_s, u"gone"_s, u"b/abc"_s, u"b/abc"_s);
+        row("all namespaces", all, three, allNamespaces, u"shop"_s, u"b/"_s + allNamespaces, u"b/shop"_s);
+        row("another's", u"a\na\tb\t"_s, three, u"shop"_s, u"default"_s, u"a/default"_s, u"a/default"_s);
+        row("unlisted context", u"x\na\tb\t"_s, three, u""_s, u"default"_s, u"x/default"_s, u"nowhere"_s);
+        row("secret, remembered", all, secret, u"shop"_s, u"own"_s, u"b/shop"_s, u"b/shop"_s);
+        row("secret, own", all, secret, u""_s, u"own"_s, u"b/own"_s, u"b/own"_s);
+        row("secret, none", all, secret, u""_s, u""_s, u"b/default"_s, u"b/default"_s);
     }
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    QCOMPARE(window.state.currentContext(), QString());
-    window.state.viewWillAppear(cluster.kubeConfig());
-    QVERIFY(window.state.contextList().loading && !window.state.contextList().enabled);
-    window.load(cluster);
-    QCOMPARE(window.state.contextList().entries, QStringList({u"a"_s, u"b"_s}));
-    QTEST(window.state.contextList().selected, "selectedContext");
-    QCOMPARE(window.state.currentContext(), context);
-    QCOMPARE(window.state.namespaceList().entries, QStringList({u"default"_s, u"kube-system"_s, u"shop"_s}));
-    QCOMPARE(window.state.namespaceList().selected, nameSpace);
-    QCOMPARE(window.state.currentNamespace(), nameSpace);
-    QCOMPARE(window.reloads, 1);
-    // What the kubeconfig says is adopted: nothing is switched. (The first request was given up for the
-    // second.)
-    QStringList calls = cluster.calls();
-    calls.removeDuplicates();
-    QStringList expected{u"contexts"_s, u"namespaces"_s};
-    if (nameSpace != tidewright::allNamespaces) { // which no kubeconfig can name
-        expected.append(u"set "_s + nameSpace);
-    }
-    QCOMPARE(calls, expected);
-    QCOMPARE(remembered(UserDefaults(cluster.settingsFile())).value(context), nameSpace);
-    QCOMPARE(remembered(cluster.settings).value(u"c"_s), stored.isEmpty() ? QString() : u"other"_s);
-}
 
-void tst_window_state::withoutACurrentContextTheUserChooses()
-{
-    FakeCluster cluster;
-    cluster.answer(u"contexts"_s, "\na\tb\t");
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.state.viewWillAppear(cluster.kubeConfig());
-    QTRY_VERIFY(window.state.contextList().enabled);
-    QCOMPARE(window.state.loadingHint(), u"Choose a context."_s);
-    QVERIFY(!window.state.waitingSince().isValid()); // for the user, not the other way round
-    QCOMPARE(cluster.calls(), QStringList{u"contexts"_s}); // nobody is asked for the namespaces of no context
-    window.state.chooseContext(u"a"_s);
-    QTRY_COMPARE(window.state.currentNamespace(), u"default"_s);
-    QCOMPARE(window.state.loadingHint(), QString());
-}
-
-/// The namespace that was set in another context says nothing about this one's.
-void tst_window_state::aContextWhoseNamespacesAreSecretGetsTheWindowsNamespace()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    window.state.windowDidBecomeMain();
-    window.untilWritten();
-    cluster.answer(u"namespaces"_s, {});
-    cluster.fail(u"namespaces"_s, "forbidden");
-    window.state.chooseContext(u"a"_s);
-    QTRY_COMPARE(window.reloads, 2);
-    QVERIFY(window.state.loadingHint().isEmpty());
-    cluster.forgetCalls();
-    std::optional<bool> answer;
-    window.state.agreeWithKubeConfig([&answer](bool outcome) { answer = outcome; });
-    QTRY_COMPARE(answer, std::optional(true));
-    QCOMPARE(cluster.calls(), QStringList{u"set default"_s});
-}
-
-void tst_window_state::withoutNamespacesTheTablesAreTold()
-{
-    FakeCluster cluster;
-    cluster.answer(u"namespaces"_s, {});
-    cluster.fail(u"namespaces"_s, "no route to host");
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.state.viewWillAppear(cluster.kubeConfig());
-    QTRY_COMPARE(window.reloads, 1);
-    QCOMPARE(window.console.errors.last(),
-        u"No namespaces could be found.  Please ensure you have a valid connection to the server and then "
-        u"select the "
-        u"menu item `Cluster: Reload Namespace`."_s);
-    QVERIFY(window.state.namespaceList().enabled);
-    QCOMPARE(window.state.currentNamespace(), QString());
-    QVERIFY(remembered(cluster.settings).isEmpty());
-
-    cluster.succeed(u"namespaces"_s);
-    cluster.answer(u"namespaces"_s, "shop");
-    window.state.reloadNamespaces();
-    QTRY_COMPARE(window.state.currentNamespace(), u"shop"_s);
-}
-
-void tst_window_state::choosingContexts()
-{
-    FakeCluster cluster;
-    cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"a"_s, u"shop"_s}});
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    cluster.forgetCalls();
-
-    window.state.chooseContext(u"b"_s); // the same again
-    window.state.chooseNamespace(u"default"_s); // the same again, which is written again
-    QTRY_COMPARE(cluster.calls(), QStringList({u"set default"_s}));
-    window.state.chooseContext(u"a"_s);
-    QCOMPARE(window.state.currentContext(), u"a"_s);
-    QVERIFY(!window.state.namespaceList().enabled);
-    QTRY_COMPARE(applicationRecord().appNamespace, u"shop"_s);
-    QCOMPARE(cluster.calls(), QStringList({u"set default"_s, u"use a"_s, u"namespaces"_s, u"set shop"_s}));
-    QCOMPARE(applicationRecord().appContext, u"a"_s);
-    QCOMPARE(window.state.currentNamespace(), u"shop"_s);
-    QCOMPARE(remembered(cluster.settings),
-        UserDefaults::Dictionary({{u"a"_s, u"shop"_s}, {u"b"_s, u"default"_s}}));
-    QCOMPARE(window.reloads, 3);
-}
-
-void tst_window_state::failedContextSwitch()
-{
-    FakeCluster cluster;
-    cluster.fail(u"use a"_s, "no such context");
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    cluster.forgetCalls();
-    window.state.chooseContext(u"a"_s);
-    QTRY_VERIFY(window.state.namespaceList().enabled);
-    QCOMPARE(window.state.namespaceList().entries.size(), 3);
-    QCOMPARE(window.state.contextList().entries.size(), 3);
-    QCOMPARE(cluster.calls(), QStringList({u"use a"_s}));
-    // The tables still show context b: nothing may be changed in a by what the user sees, even if it could be
-    // now.
-    cluster.succeed(u"use a"_s);
-    std::optional<bool> agreed;
-    window.state.agreeWithKubeConfig([&agreed](bool answer) { agreed = answer; });
-    QTRY_VERIFY(agreed);
-    QVERIFY(!*agreed);
-    QVERIFY(window.console.errors.last().startsWith(u"The command was not run."_s));
-    QCOMPARE(cluster.calls(), QStringList({u"use a"_s}));
-    QCOMPARE(window.reloads, 1);
-    window.state.chooseContext(u"b"_s);
-    QTRY_COMPARE(window.reloads, 2);
-}
-
-void tst_window_state::lateAnswersAreDropped()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    cluster.hold(u"namespaces"_s);
-    window.state.chooseContext(u"a"_s);
-    QTRY_COMPARE(cluster.calls().count(u"namespaces"_s), 2);
-    cluster.hold(u"use c"_s);
-    window.state.chooseContext(u"c"_s);
-    window.state.chooseContext(
-        u"b"_s); // c is being made current and can no longer be stopped; its success means nothing
-    cluster.answer(u"namespaces"_s, "default kube-system");
-    cluster.release(u"namespaces"_s);
-    QTRY_VERIFY(cluster.calls().contains(u"use c"_s));
-    QVERIFY(!cluster.calls().contains(u"use b"_s));
-    cluster.release(u"use c"_s);
-    QTRY_COMPARE(window.reloads, 2);
-    QTRY_COMPARE(applicationRecord().appContext, u"b"_s);
-    QCOMPARE(cluster.calls().count(u"namespaces"_s), 3);
-    QCOMPARE(remembered(cluster.settings).keys(), QStringList({u"b"_s})); // a and c never got a namespace
-    QCOMPARE(window.state.namespaceList().entries.size(), 2);
-    QVERIFY2(window.console.errors.isEmpty(), qPrintable(window.console.errors.join(u'\n')));
-}
-
-void tst_window_state::oneChangeAfterTheOther()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window first(writer);
-    Window second(writer);
-    first.load(cluster);
-    second.load(cluster);
-    cluster.forgetCalls();
-    cluster.hold(u"use a"_s);
-    first.state.chooseContext(u"a"_s);
-    second.state.windowDidBecomeMain();
-    second.state.chooseNamespace(u"shop"_s);
-    second.state.chooseNamespace(u"kube-system"_s);
-    QTRY_COMPARE(cluster.calls(), QStringList({u"use a"_s}));
-    cluster.release(u"use a"_s);
-    // The second window was on context b when it became main, and its latest namespace is the one that
-    // counts.
-    QTRY_COMPARE(first.reloads, 2);
-    first.untilWritten();
-    QCOMPARE(remembered(cluster.settings).value(u"b"_s), u"kube-system"_s); // and neither forgets the other's
-    QVERIFY(remembered(cluster.settings).contains(u"a"_s));
-    QVERIFY(cluster.calls().contains(u"use b"_s));
-    QVERIFY(!cluster.calls().contains(u"set shop"_s));
-    QVERIFY(cluster.calls().indexOf(u"use b"_s) < cluster.calls().indexOf(u"set kube-system"_s));
-}
-
-void tst_window_state::namespacesOfTheWindowsContext_data()
-{
-    QTest::addColumn<QString>("what");
-    QTest::addColumn<QStringList>("calls");
-    const QStringList reload{u"namespaces"_s, u"set default"_s};
-    QTest::newRow("nothing happened") << u"-"_s << reload;
-    QTest::newRow("another program wrote the kubeconfig") << u"file"_s << QStringList{u"use b"_s} + reload;
-    QTest::newRow("during a switch") << u"switch"_s << QStringList{u"use a"_s} + reload;
-    QTest::newRow("after a switch that failed")
-        << u"failed"_s << QStringList{u"use a"_s, u"use a"_s} + reload;
-    QTest::newRow("the context is gone") << u"gone"_s << QStringList{u"use b"_s};
-}
-
-/// A window never takes another cluster's namespaces for its own, nor sets its own in another context.
-void tst_window_state::namespacesOfTheWindowsContext()
-{
-    QFETCH(QString, what);
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    window.state.windowDidBecomeMain();
-    window.untilWritten();
-    cluster.forgetCalls();
-    if (what == u"file"_s || what == u"gone"_s) {
-        QFile file(cluster.kubeConfig());
-        QVERIFY(file.open(QIODevice::Append) && file.write("changed\n") > 0);
-    }
-    if (what == u"gone"_s) {
-        cluster.fail(u"use b"_s, "no context exists with the name");
-    } else if (what == u"switch"_s) {
-        cluster.hold(u"use a"_s);
-        window.state.chooseContext(u"a"_s);
-    } else if (what == u"failed"_s) {
-        cluster.fail(u"use a"_s, "locked");
-        window.state.chooseContext(u"a"_s);
+    void firstLoad()
+    {
+        const auto [contexts, namespaces, stored, own, shown]
+            = fetched("contexts", "namespaces", "stored", "own", "shown");
+        FakeCluster cluster;
+        cluster.answer(u"contexts"_s, contexts.toLatin1());
+        cluster.edit("\"default\"", '"' + own.toLatin1() + '"');
+        cluster.answer(u"namespaces"_s, namespaces.toLatin1());
+        const bool isSecret = namespaces.startsWith(u'!');
+        if (isSecret) {
+            cluster.fail(u"namespaces"_s, namespaces.toLatin1());
+        }
+        cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"b"_s, stored}});
+        const QByteArray bytes = cluster.kubeConfigBytes();
+        Window window;
+        window.state.viewWillAppear(cluster.kubeConfig());
+        QVERIFY(window.state.contextList().loading && !window.state.contextList().enabled);
+        QCOMPARE(window.place(), u"nowhere"_s);
+        QCOMPARE(window.answered(), u"No context and namespace are chosen yet."_s);
         QTRY_VERIFY(window.state.namespaceList().enabled);
-        cluster.succeed(u"use a"_s);
+        // What the kubeconfig says is adopted: nothing is switched.
+        QStringList expected{u"contexts"_s, u"namespaces"_s};
+        if (!shown.endsWith(allNamespaces)) { // which no kubeconfig can name
+            expected.append(u"set "_s + shown.section(u'/', 1));
+        }
+        QTRY_COMPARE(cluster.calls(), expected);
+        QTEST(window.answered() == ran ? window.place() : u"nowhere"_s, "place");
+        QCOMPARE(window.shown(), shown);
+        const QString context = shown.section(u'/', 0, 0);
+        QCOMPARE(window.state.contextList().entries, QStringList({u"a"_s, u"b"_s}));
+        QCOMPARE(window.state.contextList().selected, context == u"x" ? QString() : context);
+        QCOMPARE(window.state.namespaceList().entries.isEmpty(), isSecret);
+        QCOMPARE(window.state.namespaceList().acceptsOthers, isSecret);
+        QCOMPARE(window.state.namespaceList().selected, shown.section(u'/', 1));
+        QCOMPARE(window.state.loadingHint(), QString());
+        QCOMPARE(window.reloads, 1);
+        QCOMPARE(cluster.remembered().value(context), shown.section(u'/', 1));
+        QCOMPARE(cluster.kubeConfigBytes(), bytes);
     }
-    window.state.reloadNamespaces();
-    cluster.release(u"use a"_s);
-    QTRY_VERIFY(window.state.namespaceList().enabled);
-    window.untilWritten();
-    QTEST(cluster.calls(), "calls");
-    QCOMPARE(window.state.loadingHint(), QString());
-    QVERIFY(!window.state.waitingSince().isValid());
-}
 
-void tst_window_state::namespaceChoiceStaysInItsContext()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    for (const bool isMain : {false, true}) {
-        tidewright::setMainConsoleLookup(
-            [&]() -> tidewright::Console * { return isMain ? &window.console : nullptr; });
-        QFile file(cluster.kubeConfig());
-        QVERIFY(file.open(QIODevice::Append) && file.write("changed\n") > 0);
-        file.close();
-        cluster.forgetCalls();
-        window.state.chooseNamespace(u"shop"_s);
-        window.untilWritten();
-        QCOMPARE(cluster.calls(), isMain ? QStringList({u"use b"_s, u"set shop"_s}) : QStringList());
+    void withoutACurrentContextTheUserChooses()
+    {
+        FakeCluster cluster;
+        cluster.answer(u"contexts"_s, "\na\tb\t");
+        Window window;
+        window.state.viewWillAppear(cluster.kubeConfig());
+        QTRY_COMPARE(window.state.loadingHint(), u"Choose a context."_s);
+        QVERIFY(!window.state.waitingSince().isValid()); // for the user, not the other way round
+        QCOMPARE(
+            cluster.calls(), QStringList{u"contexts"_s}); // nobody is asked for the namespaces of no context
+        QCOMPARE(window.place(), u"nowhere"_s);
+        window.state.chooseContext(u"a"_s);
+        QTRY_COMPARE(window.place(), u"a/default"_s);
     }
-    tidewright::setMainConsoleLookup({});
-}
 
-void tst_window_state::whatFailedIsMadeUpForInFront()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    cluster.fail(u"use a"_s, "locked");
-    window.state.chooseContext(u"a"_s);
-    QTRY_VERIFY(window.state.loadingHint().contains(u"could not be switched to"_s));
-    cluster.succeed(u"use a"_s);
-    window.state.windowDidBecomeMain();
-    QTRY_COMPARE(window.reloads, 2);
-    QCOMPARE(window.state.loadingHint(), QString());
-}
+    void withoutNamespacesTheTablesAreTold()
+    {
+        FakeCluster cluster;
+        cluster.fail(u"namespaces"_s, "no route to host");
+        Window window;
+        window.state.viewWillAppear(cluster.kubeConfig());
+        QTRY_COMPARE(window.reloads, 1);
+        QVERIFY(
+            window.console.errors.last().endsWith(u"select the menu item `Cluster: Reload Namespace`."_s));
+        QVERIFY(window.state.namespaceList().enabled && !window.state.namespaceList().acceptsOthers);
+        QCOMPARE(window.state.loadingHint(), u"The namespaces could not be loaded.\nno route to host"_s);
+        QVERIFY(cluster.remembered().isEmpty());
 
-void tst_window_state::kubeConfigsAreTold()
-{
-    FakeCluster cluster;
-    const QString list = cluster.kubeConfig() + u':' + cluster.path(u"second"_s);
-    QCOMPARE(KubeConfigWriter::fileState(cluster.path(u"missing"_s)), QByteArray());
-    QSet<QByteArray> states{KubeConfigWriter::fileState(list)};
-    for (const QString &path : {cluster.path(u"second"_s), cluster.kubeConfig()}) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::Append) && file.write("changed\n") > 0);
-        file.close();
-        states.insert(KubeConfigWriter::fileState(list));
+        cluster.succeed(u"namespaces"_s);
+        window.state.reloadNamespaces();
+        QTRY_COMPARE(window.shown(), u"b/default"_s);
     }
-    QCOMPARE(states.size(), 3);
-}
 
-void tst_window_state::allNamespaces()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    cluster.forgetCalls();
-    window.state.chooseNamespace(tidewright::allNamespaces);
-    QTRY_COMPARE(applicationRecord().appNamespace, tidewright::allNamespaces);
-    QCOMPARE(window.reloads, 2);
-    QCOMPARE(cluster.calls(), QStringList());
-    QCOMPARE(remembered(cluster.settings).value(u"b"_s), tidewright::allNamespaces);
-    QVERIFY(!window.state.namespaceList().entries.contains(tidewright::allNamespaces));
-}
-
-void tst_window_state::becomingMain_data()
-{
-    QTest::addColumn<bool>("loaded");
-    QTest::addColumn<QString>("appContext");
-    QTest::addColumn<QString>("appNamespace");
-    QTest::addColumn<QByteArray>("contextError");
-    QTest::addColumn<QStringList>("calls");
-    const QStringList both{u"use b"_s, u"set default"_s};
-    QTest::newRow("agrees") << true << u"b"_s << u"default"_s << QByteArray() << QStringList();
-    QTest::newRow("other context") << true << u"a"_s << u"default"_s << QByteArray() << both;
-    QTest::newRow("nothing applied yet") << true << QString() << u"default"_s << QByteArray() << both;
-    QTest::newRow("other namespace") << true << u"b"_s << u"shop"_s << QByteArray()
-                                     << QStringList{u"set default"_s};
-    QTest::newRow("context fails") << true << u"a"_s << u"shop"_s << "gone"_ba << QStringList{u"use b"_s};
-    QTest::newRow("not loaded yet") << false << u"a"_s << u"shop"_s << QByteArray() << QStringList();
-}
-
-void tst_window_state::becomingMain()
-{
-    QFETCH(bool, loaded);
-    QFETCH(QByteArray, contextError);
-    QFETCH(QStringList, calls);
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    if (loaded) {
-        window.load(cluster);
+    void choosing()
+    {
+        FakeCluster cluster;
+        cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"a"_s, u"shop"_s}});
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        Window window(cluster);
+        window.state.chooseContext(u"b"_s); // the same again: nothing
+        window.state.chooseNamespace(u"default"_s); // the same again, which is set again
+        QTRY_COMPARE(cluster.ended().count(u"set default"_s), 2);
+        QCOMPARE(window.answered(), ran);
+        window.state.chooseContext(u"a"_s);
+        QCOMPARE(window.place(), u"nowhere"_s);
+        QVERIFY(!window.state.namespaceList().enabled);
+        QTRY_COMPARE(applicationRecord().appNamespace, u"shop"_s);
+        QCOMPARE(applicationRecord().appContext, u"a"_s);
+        QCOMPARE(window.place(), u"a/shop"_s);
+        QCOMPARE(
+            cluster.calls(), QStringList({u"set default"_s, u"use a"_s, u"namespaces"_s, u"set shop"_s}));
+        QCOMPARE(window.reloads, 3);
+        window.state.chooseNamespace(allNamespaces);
+        QTRY_COMPARE(applicationRecord().appNamespace, allNamespaces);
+        QCOMPARE(window.place(), u"a/shop"_s);
+        QCOMPARE(cluster.remembered(),
+            UserDefaults::Dictionary({{u"a"_s, allNamespaces}, {u"b"_s, u"default"_s}}));
     }
-    cluster.forgetCalls();
-    if (!contextError.isEmpty()) {
-        cluster.fail(u"use b"_s, contextError);
+
+    void failedSwitch_data()
+    {
+        columns("context", "run", "way", "reason");
+        const QString inVain = u"what it was to set is not there"_s;
+        row("words", u"a"_s, u"use a"_s, u"err"_s, u"file exists"_s);
+        row("status", u"a"_s, u"use a"_s, u"status"_s, u"failed with exit status 3"_s);
+        row("killed", u"a"_s, u"use a"_s, u"kill"_s, u"ended by signal 9"_s);
+        row("nothing changed", u"a"_s, u"use a"_s, u"idle"_s, inVain);
+        row("view lost", u"a"_s, u"use a"_s, u"cut"_s, inVain);
+        row("kubeconfig not read", u"a"_s, u"read"_s, u"err"_s, u"file exists"_s);
+        row("-h", u"-h"_s, u"use -h"_s, u""_s, u"take the name for an option"_s);
+        row("--help", u"--help"_s, u"use --help"_s, u""_s, u"take the name for an option"_s);
     }
-    QFETCH(QString, appContext);
-    QFETCH(QString, appNamespace);
-    applicationRecord() = {appContext, appNamespace};
-    window.state.windowDidBecomeMain();
-    window.untilWritten();
-    QCOMPARE(cluster.calls(), calls);
-    QCOMPARE(window.reloads, loaded ? 1 : 0);
-}
 
-void tst_window_state::agreement_data()
-{
-    QTest::addColumn<QString>("disturbance");
-    QTest::addColumn<QStringList>("calls");
-    QTest::addColumn<bool>("agreed");
-    const QStringList both{u"use b"_s, u"set default"_s};
-    QTest::newRow("agrees already") << u"none"_s << QStringList() << true;
-    QTest::newRow("another window's context") << u"context"_s << both << true;
-    QTest::newRow("another window's namespace") << u"namespace"_s << QStringList{u"set default"_s} << true;
-    QTest::newRow("another program wrote the kubeconfig") << u"file"_s << both << true;
-    QTest::newRow("another kubeconfig, same names") << u"path"_s << both << true;
-    QTest::newRow("the context cannot be set") << u"use fails"_s << QStringList{u"use b"_s} << false;
-    QTest::newRow("the namespace cannot be set") << u"set fails"_s << both << false;
-}
-
-void tst_window_state::agreement()
-{
-    QFETCH(QString, disturbance);
-    QFETCH(bool, agreed);
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    window.state.windowDidBecomeMain();
-    window.untilWritten();
-    QCOMPARE(applicationRecord().appContext, u"b"_s);
-    QCOMPARE(cluster.calls().count(u"set default"_s), 2);
-    std::optional<bool> answer;
-    window.state.agreeWithKubeConfig([&answer](bool outcome) { answer = outcome; });
-    QTRY_COMPARE(answer, std::optional(true));
-    answer.reset();
-    cluster.forgetCalls();
-
-    if (disturbance == u"context"_s) {
-        applicationRecord().appContext = u"a"_s;
-    } else if (disturbance == u"namespace"_s) {
-        applicationRecord().appNamespace = u"shop"_s;
-    } else if (disturbance == u"path"_s) {
-        QVERIFY(QFile::copy(cluster.kubeConfig(), cluster.path(u"other"_s)));
-        window.state.kubeCtl().configPath = cluster.path(u"other"_s);
-    } else if (disturbance != u"none"_s) {
-        QFile file(cluster.kubeConfig());
-        QVERIFY(file.open(QIODevice::Append) && file.write("changed\n") > 0);
-        if (disturbance == u"use fails"_s) {
-            cluster.fail(u"use b"_s, "locked");
-        } else if (disturbance == u"set fails"_s) {
-            cluster.fail(u"set default"_s, "locked"); // the record of the last good change must not count
+    void failedSwitch()
+    {
+        const auto [context, run, way, reason] = fetched("context", "run", "way", "reason");
+        FakeCluster cluster;
+        cluster.answer(u"contexts"_s, "b\na\tb\t-h\t--help\t");
+        Window window(cluster);
+        const QByteArray bytes = cluster.kubeConfigBytes();
+        cluster.disturb(run, way);
+        window.state.chooseContext(context);
+        QTRY_VERIFY(window.state.namespaceList().enabled);
+        QVERIFY(window.state.loadingHint().startsWith(
+            u"The context %1 could not be switched to."_s.arg(context)));
+        QTRY_VERIFY(window.console.errors.value(0).contains(reason));
+        QCOMPARE(window.state.namespaceList().entries.size(), 3);
+        QCOMPARE(window.state.contextList().entries.size(), 4);
+        // The tables still show context b: nothing may be changed in a by what the user sees.
+        QVERIFY(window.answered().startsWith(u"The window is switching to the context "_s + context));
+        QCOMPARE(window.place(), u"nowhere"_s);
+        QCOMPARE(window.reloads, 1);
+        QCOMPARE(cluster.kubeConfigBytes(), bytes);
+        QCOMPARE(applicationRecord().appContext, QString());
+        QCOMPARE(cluster.calls().isEmpty(), run != u"use a"_s);
+        if (!way.isEmpty()) {
+            cluster.succeed(run);
+            window.state.retryLoading();
+            QTRY_COMPARE(window.place(), u"a/default"_s);
+            QTRY_VERIFY(cluster.calls().contains(u"file use a"_s)); // as the user chose
         }
     }
-    window.console.errors.clear();
-    window.state.agreeWithKubeConfig([&answer](bool outcome) { answer = outcome; });
-    QTRY_VERIFY(answer);
-    QCOMPARE(*answer, agreed);
-    QTEST(cluster.calls(), "calls");
-    QCOMPARE(window.console.errors.isEmpty(), agreed);
-}
 
-void tst_window_state::agreementsAreAnsweredInOrder()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
-    Window window(writer);
-    window.load(cluster);
-    cluster.forgetCalls();
-    cluster.hold(u"use b"_s);
-    QStringList answered;
-    for (const QString &name : {u"first"_s, u"second"_s, u"third"_s}) {
-        window.state.agreeWithKubeConfig(
-            [&answered, name](bool agreed) { answered.append(agreed ? name : u"no"_s); });
-    }
-    QTRY_COMPARE(cluster.calls(), QStringList{u"use b"_s});
-    QVERIFY(answered.isEmpty());
-    // A choice that is made while they wait comes after them.
-    window.state.chooseContext(u"a"_s);
-    QVERIFY(answered.isEmpty());
-    cluster.release(u"use b"_s);
-    QTRY_COMPARE(
-        answered, QStringList({u"no"_s, u"no"_s, u"no"_s})); // the window shows another context by then
-    QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
-    QTRY_COMPARE(window.reloads, 2);
-    answered.clear();
-    for (const QString &name : {u"first"_s, u"second"_s, u"third"_s}) {
-        window.state.agreeWithKubeConfig(
-            [&answered, name](bool agreed) { answered.append(agreed ? name : u"no"_s); });
-    }
-    QTRY_COMPARE(answered, QStringList({u"first"_s, u"second"_s, u"third"_s}));
-}
-
-void tst_window_state::closingEndsTheRequests()
-{
-    FakeCluster cluster;
-    KubeConfigWriter writer(50ms);
+    void lateAnswersAreDropped()
     {
-        Window window(writer);
-        window.load(cluster);
+        FakeCluster cluster;
+        Window window(cluster);
+        cluster.hold(u"namespaces"_s);
+        window.state.chooseContext(u"a"_s);
+        QTRY_COMPARE(cluster.calls().count(u"namespaces"_s), 1);
+        cluster.hold(u"use c"_s);
+        window.state.chooseContext(u"c"_s);
+        QTRY_VERIFY(cluster.calls().contains(u"use c"_s));
+        window.state.chooseContext(u"b"_s);
+        cluster.answer(u"namespaces"_s, "default kube-system");
+        cluster.release(u"use c"_s);
+        cluster.release(u"namespaces"_s);
+        QTRY_COMPARE(window.reloads, 2);
+        window.untilSettled();
+        QCOMPARE(window.place() + applicationRecord().appContext, u"b/defaultb"_s);
+        QCOMPARE(cluster.remembered().keys(), QStringList{u"b"_s}); // a and c never got a namespace
+        QCOMPARE(window.state.namespaceList().entries.size(), 2);
+        QCOMPARE(window.console.errors.filter(u"could"_s), QStringList());
+    }
+
+    void settling_data()
+    {
+        columns("set", "meanwhile", "answer", "place");
+        const QString failed = u"The window's namespace shop could not be set."_s;
+        const QString switching
+            = u"The window is switching to the context a; its tables do not show that context yet."_s;
+        row("at once", u"no"_s, u""_s, ran, u"b/default"_s);
+        row("namespace under way", u"held"_s, u""_s, ran, u"b/shop"_s);
+        row("namespace under way fails", u"held, fails"_s, u""_s, failed, u"b/default"_s);
+        row("namespace had failed", u"failed once"_s, u""_s, ran, u"b/shop"_s);
+        row("namespace fails again", u"failed, fails"_s, u""_s, failed, u"b/default"_s);
+        row("context under way", u"no"_s, u"before"_s, switching, u"nowhere"_s);
+        row("context chosen meanwhile", u"held"_s, u"context"_s, switching, u"nowhere"_s);
+        row("contexts reloaded meanwhile", u"held"_s, u"reload"_s, failed, u"b/default"_s);
+    }
+
+    void settling()
+    {
+        const auto [set, meanwhile] = fetched("set", "meanwhile");
+        FakeCluster cluster;
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        Window window(cluster);
+        cluster.hold(u"use a"_s);
+        if (set.contains(u"fail"_s)) {
+            cluster.fail(u"set shop"_s, "locked");
+        }
+        if (set != u"no"_s) {
+            cluster.hold(u"set shop"_s);
+            window.state.chooseNamespace(u"shop"_s);
+            QTRY_VERIFY(cluster.calls().contains(u"set shop"_s));
+        }
+        if (set.startsWith(u"failed"_s)) {
+            cluster.release(u"set shop"_s);
+            QTRY_VERIFY(!window.console.errors.isEmpty());
+        }
+        if (set == u"failed once"_s) {
+            cluster.succeed(u"set shop"_s);
+        }
+        if (meanwhile == u"before"_s) {
+            window.state.chooseContext(u"a"_s);
+        }
+        const auto first = window.ask();
+        QVERIFY(first->isEmpty() || meanwhile == u"before"_s);
+        if (meanwhile == u"context"_s) {
+            window.state.chooseContext(u"a"_s);
+        } else if (meanwhile == u"reload"_s) {
+            cluster.fail(u"namespaces"_s, "no route to host");
+            window.state.reloadContexts();
+        } else {
+            cluster.release(u"set shop"_s);
+        }
+        QTEST(window.answered(), "answer");
+        QTEST(*first, "answer"); // in order
+        QTEST(window.place(), "place");
+        for (const QString &run : {u"set shop"_s, u"use a"_s, u"namespaces"_s}) {
+            cluster.release(run);
+            cluster.succeed(run);
+        }
+        QTRY_COMPARE(window.answered(), ran); // and is never stuck
+    }
+
+    void editedKubeConfig_data()
+    {
+        columns("key", "before", "after", "said");
+        row("another current context", u"current-context"_s, u"b"_s, u"a"_s, u""_s);
+        row("another namespace", u"namespace"_s, u"default"_s, u"shop"_s, u""_s);
+        row("removed", u"name"_s, u"b"_s, u"z"_s, u"The kubeconfig has no context b any more."_s);
+        row("another cluster", u"cluster"_s, u"b"_s, u"z"_s,
+            u"The context b of the kubeconfig names another cluster or user now."_s);
+    }
+
+    void editedKubeConfig()
+    {
+        const auto [key, said, before, after] = fetched("key", "said", "before", "after");
+        const QByteArray asKnown = u"\"%1\": \"%2\""_s.arg(key, before).toLatin1();
+        const QByteArray edited = u"\"%1\": \"%2\""_s.arg(key, after).toLatin1();
+        FakeCluster cluster;
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        Window window(cluster);
+        for (int round = 0; round < 2; ++round) {
+            cluster.edit(asKnown, edited);
+            if (round == 0) { // once by turning to the window, once by the next command
+                window.state.windowDidBecomeMain();
+            }
+            QCOMPARE(window.answered(), said.isEmpty() ? ran : said);
+            QCOMPARE(window.state.loadingHint(),
+                said.isEmpty() ? QString() : said + u"\nReload shows what is there now."_s);
+            if (round == 0) {
+                cluster.edit(edited, asKnown);
+                QCOMPARE(window.answered(), ran);
+                QCOMPARE(window.reloads, said.isEmpty() ? 1 : 2); // the tables start again
+                QCOMPARE(window.state.loadingHint(), QString());
+            }
+        }
+        QVERIFY(!cluster.calls().contains(u"namespaces"_s));
+        // The name is the same, the rows are those of the old cluster until the new one's have come.
+        cluster.hold(u"namespaces"_s);
+        if (key == u"cluster"_s) {
+            window.state.reloadContexts();
+            QTRY_VERIFY(cluster.calls().contains(u"namespaces"_s));
+            QVERIFY(window.answered().startsWith(u"The window is switching"_s));
+        }
+        cluster.release(u"namespaces"_s);
+        window.state.reloadNamespaces();
+        QTRY_VERIFY(window.state.namespaceList().enabled);
+        QCOMPARE(window.answered() == ran, key != u"name"_s);
+        QCOMPARE(window.place() == u"nowhere"_s, key == u"name"_s);
+    }
+
+    void userFileFollows_data()
+    {
+        columns("event", "window", "choice"); // what is run with these preferences
+        row("looking", u"look"_s, u""_s, u""_s);
+        row("closing", u""_s, u""_s, u""_s);
+        row("context", u"context"_s, u"file use a"_s, u"file use a"_s);
+        row("namespace", u"shop"_s, u"file set shop"_s, u"file set shop"_s);
+        row("all namespaces", allNamespaces, u""_s, u""_s);
+        row("namespace, file elsewhere", u"elsewhere shop"_s, u""_s, u""_s);
+        row("in front, file elsewhere", u"elsewhere look"_s, u"file use b"_s, u""_s);
+    }
+
+    void userFileFollows()
+    {
+        const auto [event] = fetched("event");
+        for (const char *preference : {"window", "choice", "nothing"}) {
+            const QString written = *preference == 'n' ? QString() : fetched(preference)[0];
+            FakeCluster cluster;
+            cluster.settings.set(u"kubeconfigFollows"_s, QString::fromLatin1(preference));
+            auto shown = std::make_unique<Window>(cluster);
+            if (event.startsWith(u"elsewhere"_s)) {
+                cluster.edit("\"current-context\": \"b\"", "\"current-context\": \"c\"");
+            }
+            const QByteArray bytes = cluster.kubeConfigBytes();
+            if (event.endsWith(u"look"_s)) {
+                shown->state.windowDidBecomeMain();
+                shown->state.reloadNamespaces();
+            } else if (event == u"context"_s) {
+                shown->state.chooseContext(u"a"_s);
+            } else if (!event.isEmpty()) {
+                shown->state.chooseNamespace(event.endsWith(u"shop"_s) ? u"shop"_s : event);
+            }
+            QTRY_COMPARE(shown->reloads, event.isEmpty() ? 1 : 2);
+            shown->untilSettled();
+            QTRY_VERIFY(!shown->file.isBusy());
+            QCOMPARE(shown->console.errors, QStringList());
+            shown.reset();
+            QCOMPARE(cluster.calls().filter(u"file "_s).join(u','), written);
+            QCOMPARE(cluster.kubeConfigBytes() == bytes, written.isEmpty());
+            QVERIFY(!QFileInfo::exists(cluster.kubeConfig() + u".tidewright-copy"_s));
+        }
+    }
+
+    void spoiltUserFile_data()
+    {
+        columns("way", "reason");
+        row("locked", u"err"_s, u"config.lock: file exists"_s);
+        row("killed half-way", u"cut kill"_s, u"ended by signal 9"_s);
+        row("failed half-way", u"cut status"_s, u"failed with exit status 3"_s);
+        row("left empty", u"cut"_s, u"what it was to set is not there"_s);
+        row("nothing done", u"idle"_s, u"what it was to set is not there"_s);
+        row("no copy", u"folder"_s, u"No copy of"_s);
+        row("copy left, file well", u"old"_s, u""_s);
+        row("copy left, file lost", u"lost"_s, u""_s);
+    }
+
+    /// Through a link, as people keep their kubeconfigs elsewhere.
+    void spoiltUserFile()
+    {
+        const auto [way, reason] = fetched("way", "reason");
+        FakeCluster cluster;
+        const QString link = cluster.path(u"link"_s);
+        const QString copy = cluster.kubeConfig() + u".tidewright-copy"_s;
+        QVERIFY(QFile::link(cluster.kubeConfig(), link));
+        const QByteArray bytes = cluster.kubeConfigBytes();
+        cluster.disturb(u"file use a"_s, way);
+        Window window;
+        window.load(link);
+        if (way == u"folder"_s) {
+            QVERIFY(QDir().mkpath(copy + u"/full"_s));
+        } else if (reason.isEmpty()) {
+            QFile file(copy);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(way == u"lost"_s ? bytes : "old") > 0);
+        }
+        if (way == u"lost"_s) {
+            cluster.edit(bytes, QByteArray());
+            window.file.contextChosen(link, u"a"_s);
+        } else {
+            window.state.chooseContext(u"a"_s);
+            QTRY_COMPARE(window.reloads, 2);
+        }
+        QTRY_VERIFY(!window.file.isBusy());
+        QCOMPARE(window.answered(), ran);
+        QCOMPARE(window.place(), way == u"lost"_s ? u"b/default"_s : u"a/default"_s);
+        const bool isDone = cluster.kubeConfigBytes().contains("\"current-context\": \"a\"");
+        QCOMPARE(isDone, reason.isEmpty());
+        QCOMPARE(cluster.kubeConfigBytes() == bytes, !isDone);
+        QVERIFY(QFileInfo(link).isSymLink());
+        QCOMPARE(QFileInfo::exists(copy), way == u"folder"_s);
+        const QString notes
+            = window.console.responses.filter(u"Note: your own kubeconfig was left"_s).join(u'|');
+        QVERIFY2(notes.contains(reason) && notes.isEmpty() == reason.isEmpty(), qPrintable(notes));
+        QCOMPARE(window.console.errors, QStringList());
+    }
+
+    void closingEndsWhatWaits()
+    {
+        FakeCluster cluster;
+        UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
+        FakeConsole other;
+        QStringList notified;
+        setNotificationFallback([&](const QString &title, const QString &text) { notified = {title, text}; });
+        auto window = std::make_unique<Window>(cluster);
         cluster.hold(u"namespaces"_s);
         cluster.hold(u"set shop"_s);
-        window.state.reloadNamespaces();
-        window.state.chooseNamespace(u"shop"_s);
-        QTRY_COMPARE(cluster.calls().size(), 5);
+        window->state.reloadNamespaces();
+        window->state.chooseNamespace(u"shop"_s);
+        QTRY_COMPARE(cluster.calls().size(), 2);
+        runChange(ChangePlace(window->state), {u"kubectl"_s, u"delete"_s, u"po"_s}, u"Nothing was deleted"_s);
+        window.reset();
+        setMainConsoleLookup([&other] { return &other; });
+        QTRY_COMPARE(notified.value(1), u"Context: b\nNamespace: shop\n"_s + other.errors.value(0));
+        QVERIFY(other.errors.value(0).startsWith(u"Nothing was deleted: its window was closed"_s));
+        cluster.release(u"set shop"_s);
+        cluster.release(u"namespaces"_s);
+        Window next(cluster); // by then the runs of the first window would have come to their own end
+        QCOMPARE(cluster.ended().count(u"set shop"_s), 1); // its own
+        QCOMPARE(cluster.ended().count(u"namespaces"_s), 2);
+        QCOMPARE(cluster.tableReads(), QStringList());
+        setMainConsoleLookup({});
+        setNotificationFallback({});
     }
-    // The next window does not wait for ever for a change that the closed one began, and gets the queue
-    // afterwards.
-    Window next(writer);
-    cluster.release(u"set shop"_s);
-    QTRY_VERIFY(cluster.ended().contains(u"set shop"_s)); // the reading was told to end before that
-    cluster.release(u"namespaces"_s);
-    next.load(cluster);
-    QCOMPARE(next.reloads, 1);
-    // A change of the kubeconfig is never cut off; the reading was.
-    QVERIFY(cluster.ended().contains(u"set shop"_s));
-    QCOMPARE(cluster.ended().count(u"namespaces"_s), cluster.calls().count(u"namespaces"_s) - 1);
-}
+
+    /// A pipe that nobody fills stands for a disk that does not answer.
+    void hangingKubeConfig()
+    {
+        FakeCluster cluster;
+        const QString pipe = cluster.path(u"pipe"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        Window window;
+        window.state.viewWillAppear(pipe);
+        QTRY_VERIFY(cluster.ended().contains(u"contexts"_s));
+        window.state.stopWaiting();
+        QCOMPARE(window.state.loadingHint(), u"No contexts could be loaded.\nLoading was stopped."_s);
+        window.load(cluster.kubeConfig());
+        QCOMPARE(window.answered(), ran);
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_window_state)
 #include "tst_window_state.moc"

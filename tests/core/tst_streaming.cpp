@@ -7,6 +7,7 @@
 
 using namespace tidewright;
 using namespace tidewright::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -14,16 +15,23 @@ namespace {
 struct Collector
 {
     std::mutex mutex;
-    QString output;
+    QString output; // decoded piece by piece: a character that is cut would show
     QString errors;
+    QStringList ends;
 
-    static Shell::PieceHandler handler(const std::shared_ptr<Collector> &collector)
+    static void run(const std::shared_ptr<Collector> &collector, Shell &shell, const QStringList &arguments)
     {
-        return [collector](const QString &output, const std::optional<QString> &error) {
-            const std::lock_guard lock(collector->mutex);
-            collector->output += output;
-            collector->errors += error.value_or(QString());
-        };
+        shell.runStreaming(
+            arguments,
+            [collector](const QByteArray &output, const std::optional<QByteArray> &error) {
+                const std::lock_guard lock(collector->mutex);
+                collector->output += QString::fromUtf8(output);
+                collector->errors += QString::fromUtf8(error.value_or(QByteArray()));
+            },
+            [collector](const std::optional<QString> &failure) {
+                const std::lock_guard lock(collector->mutex);
+                collector->ends += failure.value_or(QString());
+            });
     }
     QString text()
     {
@@ -55,60 +63,60 @@ private Q_SLOTS:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const char *script, const char *text) {
-            QTest::newRow(name) << fakeTool(script) << QString::fromUtf8(text);
+        QTest::addColumn<QString>("end");
+        const auto row = [](const char *name, const char *script, const char *text, const char *end = "") {
+            QTest::newRow(name) << fakeTool(script) << QString::fromUtf8(text) << QString::fromUtf8(end);
         };
-        row("nothing", "exit 1", "");
+        row("nothing", "exit 1", "", "The command ended with status 1.");
         row("both streams, untrimmed", "out a\\n err e\\n", "a\n|e\n");
         row("a character in three writes", "out a\\xe2 drained out \\x82 drained out \\xacb", "a\u20acb");
-        row("cut before the end", "out a drained out \\xf0\\x9f", "a");
-        row("a bad piece", "out good drained out \\xff drained out again", "goodagain");
-        row("a beginning whose rest never comes", "out a\\xe2\\x82 drained out bc drained out d", "abcd");
-        row("dies by a signal", "out last die 9", "last");
+        row("cut before the end", "out a drained out \\xf0\\x9f", "a\ufffd\ufffd");
+        row("bytes that are no text", "out a\\xff\\xfeb drained out c err \\xff", "a\ufffd\ufffdbc|\ufffd");
+        row("a beginning whose rest never comes", "out a\\xe2\\x82 drained out b", "a\ufffd\ufffdb");
+        row("dies by a signal", "out last die 9", "last", "The command was ended by signal 9.");
         row("grandchild holds the pipe", "grandchild 2 until %1 out x", "x");
-        QTest::newRow("cannot be started") << QStringList{fakeToolPath(), QString(200'000, u'x')}
-                                           << QStringLiteral("|Unexpected error: Argument list too long.");
+        QTest::newRow("cannot be started") << QStringList{fakeToolPath(), QString(200'000, u'x')} << QString()
+                                           << u"Unexpected error: Argument list too long."_s;
     }
     void delivers()
     {
         QFETCH(QStringList, arguments);
         QFETCH(QString, text);
         QTemporaryDir folder;
-        const QString end = folder.filePath(QStringLiteral("end"));
-        arguments.replaceInStrings(QStringLiteral("%1"), end);
+        const QString go = folder.filePath(QStringLiteral("go"));
+        arguments.replaceInStrings(QStringLiteral("%1"), go);
         const auto shell = Shell::create();
-        shell->runStreaming(arguments, Collector::handler(m_collector));
+        Collector::run(m_collector, *shell, arguments);
         QTRY_COMPARE_WITH_TIMEOUT(
             m_collector.use_count(), 1L, 20'000); // the stream is over: its handler is gone
         QCOMPARE(m_collector->text(), text);
+        QTEST(m_collector->ends.join(u'|'), "end");
+        QCOMPARE(m_collector->ends.size(), 1);
         QCOMPARE(shell->process(), nullptr);
-        QVERIFY(QFile(end).open(QIODevice::WriteOnly));
+        QVERIFY(QFile(go).open(QIODevice::WriteOnly));
     }
 
     void losesNothingOfALongStream()
     {
         // Pieces end anywhere; a letter that a read cuts must arrive whole. Only a period is kept of the
         // text.
-        const QString period = QStringLiteral("\u00e4\u20ac\U0001f600");
+        const QByteArray period("\u00e4\u20ac\U0001f600");
         const qint64 periods = (sanitized ? 64 << 20 : 100 << 20) / 9 + 1;
         struct Checked
         {
-            std::atomic<qint64> units = 0;
+            std::atomic<qint64> bytes = 0;
             std::atomic<bool> intact = true;
         };
         auto checked = std::make_shared<Checked>();
         const auto shell = Shell::create();
         shell->runStreaming(fakeTool("letters " + QByteArray::number(periods * 9) + " 65521"),
-            [checked, period](const QString &output, const std::optional<QString> &error) {
-                qint64 unit = checked->units;
-                bool intact = !error && !output.front().isLowSurrogate();
-                for (const QChar c : output) {
-                    intact = intact && c == period[qsizetype(unit++ & 3)];
-                }
-                checked->intact = checked->intact && intact;
-                checked->units = unit;
+            [checked, period](const QByteArray &output, const std::optional<QByteArray> &error) {
+                const qint64 at = checked->bytes % 9;
+                const QByteArray expected = period.repeated(output.size() / 9 + 2).mid(at, output.size());
+                checked->intact = checked->intact && !error && output == expected && output.isValidUtf8();
+                checked->bytes += output.size();
             });
-        QTRY_COMPARE_WITH_TIMEOUT(checked->units.load(), periods * 4, 60'000);
+        QTRY_COMPARE_WITH_TIMEOUT(checked->bytes.load(), periods * 9, 60'000);
         QVERIFY(checked->intact);
     }
 
@@ -118,7 +126,7 @@ private Q_SLOTS:
         const auto shell = Shell::create();
         shell->runStreaming(lastingTool(folder, "out one fill 99999999999"), [](auto &&...) {});
         QTRY_COMPARE(aliveIn(folder), 1);
-        shell->runStreaming(fakeTool("out two hang"), Collector::handler(m_collector));
+        Collector::run(m_collector, *shell, fakeTool("out two hang"));
         QTRY_COMPARE(m_collector->text(), QStringLiteral("two"));
         QTRY_COMPARE(aliveIn(folder), 0);
     }
@@ -128,8 +136,8 @@ private Q_SLOTS:
         QTemporaryDir folder;
         const auto shell = Shell::create();
         for (int i = 0; i < 20; ++i) {
-            shell->runStreaming(lastingTool(folder, i == 19 ? "out last hang" : "out early hang"),
-                Collector::handler(m_collector));
+            Collector::run(
+                m_collector, *shell, lastingTool(folder, i == 19 ? "out last hang" : "out early hang"));
         }
         QTRY_VERIFY(m_collector->text().endsWith(u"last"));
         QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 1, 20'000);
@@ -152,7 +160,7 @@ private Q_SLOTS:
         QFETCH(bool, cancelled);
         QTemporaryDir folder;
         auto shell = Shell::create();
-        shell->runStreaming(lastingTool(folder, script), Collector::handler(m_collector));
+        Collector::run(m_collector, *shell, lastingTool(folder, script));
         QTRY_COMPARE(aliveIn(folder), 1);
         if (cancelled) {
             shell->cancel();
@@ -161,6 +169,7 @@ private Q_SLOTS:
         }
         QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 0, 20'000);
         QTRY_COMPARE(m_collector.use_count(), 1L);
+        QCOMPARE(m_collector->ends, QStringList{QString()}); // stopped: no failure
     }
 
     void lettingGoOfManyFloodsAtAnyMoment()
@@ -169,8 +178,7 @@ private Q_SLOTS:
         std::vector<std::shared_ptr<Shell>> shells;
         for (int i = 0; i < 40; ++i) {
             shells.push_back(Shell::create());
-            shells.back()->runStreaming(
-                lastingTool(folder, "fill 99999999999"), Collector::handler(m_collector));
+            Collector::run(m_collector, *shells.back(), lastingTool(folder, "fill 99999999999"));
             if (i >= 20) {
                 shells.erase(shells.begin()); // some of them before their child has started
             }
@@ -180,6 +188,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 0, 20'000);
         QTRY_COMPARE_WITH_TIMEOUT(m_collector.use_count(), 1L, 20'000);
         QCOMPARE(aliveIn(folder), 0);
+        QCOMPARE(m_collector->ends, QStringList(40));
     }
 
 private:

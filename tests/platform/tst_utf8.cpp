@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DisplayText.h"
 #include "platform/Utf8.h"
 
 #include <QTest>
@@ -55,25 +56,72 @@ private Q_SLOTS:
         QTEST(incompleteUtf8Tail(bytes), "tail");
     }
 
-    void decodesOnlyWhatIsValid_data()
+    void decodes_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("text"); // null: not valid
-        QTest::newRow("empty") << QByteArray() << QStringLiteral("");
-        QTest::newRow("text") << QByteArray("\u00e4\U0001f600") << QStringLiteral("\u00e4\U0001f600");
-        QTest::newRow("NUL") << QByteArray("a\0b", 3) << QString::fromUtf16(u"a\0b", 3);
-        QTest::newRow("cut") << QByteArray("a\xe2\x82") << QString();
-        QTest::newRow("surrogate") << QByteArray("\xed\xa0\x80") << QString();
-        QTest::newRow("overlong") << QByteArray("\xc0\xaf") << QString();
-        QTest::newRow("latin-1") << QByteArray("caf\xe9 x") << QString();
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<QString>("shown");
+        const auto row = [](const char *name, const QByteArray &bytes, bool valid, const QString &shown) {
+            QTest::newRow(name) << bytes << valid << shown;
+        };
+        row("empty", "", true, QString());
+        row("text", "\u00e4\U0001f600", true, QStringLiteral("\u00e4\U0001f600"));
+        row("NUL", QByteArray("a\0b", 3), true, QString::fromUtf16(u"a\0b", 3));
+        row("cut", "a\xe2\x82", false, QStringLiteral("a\ufffd\ufffd"));
+        row("surrogate", "\xed\xa0\x80", false, QStringLiteral("\ufffd\ufffd\ufffd"));
+        row("overlong", "\xc0\xaf", false, QStringLiteral("\ufffd\ufffd"));
+        row("latin-1", "caf\xe9 x", false, QStringLiteral("caf\ufffd x"));
+        row("among characters", "\U0001f600\xff\ufffd\xf0\x9f\u00e4", false,
+            QStringLiteral("\U0001f600\ufffd\ufffd\ufffd\ufffd\u00e4"));
     }
-    void decodesOnlyWhatIsValid()
+    void decodes()
     {
         QFETCH(QByteArray, bytes);
+        QFETCH(bool, valid);
+        QFETCH(QString, shown);
+        QCOMPARE(decodeUtf8(bytes), valid ? std::optional(shown) : std::nullopt);
+        QCOMPARE(shownUtf8(bytes), shown);
+        // Where a beginning ends, the rest begins.
+        for (qsizetype units = 0; units <= shown.size(); ++units) {
+            const qsizetype count = bytesShownAs(QStringView(shown).first(units), bytes);
+            if (units == shown.size() || !shown[units].isLowSurrogate()) {
+                QCOMPARE(shownUtf8(bytes.sliced(count)), shown.sliced(units));
+            }
+        }
+    }
+
+    void madeFitToBeShown_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shown"); // "?" stands for a replacement character
+        QTest::addColumn<QString>("tip"); // without the paragraph around it
+        QTest::addColumn<bool>("acts"); // when it is pasted
+        const auto row = [](const char *name, const QString &text, const QString &shown, const QString &tip,
+                             bool acts = false) { QTest::newRow(name) << text << shown << tip << acts; };
+        const auto same = [&row](const char *name, const QString &text) { row(name, text, text, text); };
+        same("name", QStringLiteral("web-7d4c9"));
+        same("lines", QStringLiteral("one\ttwo\nthree"));
+        same("letters from right to left", QStringLiteral("\u05d0\u0628 \U0001f600"));
+        row("mark-up", QStringLiteral("a<b>"), QStringLiteral("a<b>"), QStringLiteral("a&lt;b&gt;"));
+        row("long", QString(101, u'&'), QString(101, u'&'), QStringLiteral("&amp;").repeated(101));
+        row("too long", QString(5000, u'x'), QString(5000, u'x'), QString(4000, u'x') + QChar(0x2026));
+        const QString unseen = QStringLiteral("a\u061c\u200e\u200f\u2028\u2029\u202a\u202e\u2066\u2069b");
+        row("directions", unseen, QStringLiteral("a?????????b"), QStringLiteral("a?????????b"));
+        row("keys", QStringLiteral("a\r\u0003\u001b\u007f\u009bb"), QStringLiteral("a?????b"),
+            QStringLiteral("a?????b"), true);
+    }
+    void madeFitToBeShown()
+    {
         QFETCH(QString, text);
-        const auto decoded = decodeUtf8(bytes);
-        QCOMPARE(decoded.has_value(), !text.isNull());
-        QCOMPARE(decoded.value_or(QString()), text);
+        QFETCH(QString, tip);
+        const auto marked = [](QString cleaned) { return cleaned.replace(QChar(0xfffd), QLatin1Char('?')); };
+        QTEST(marked(display_text::clean(text)), "shown");
+        QTEST(display_text::actsWhenPasted(text), "acts");
+        QString shown = marked(display_text::toolTip(text));
+        if (shown.startsWith(QLatin1Char('<'))) {
+            shown = shown.mid(shown.indexOf(QLatin1Char('>')) + 1).chopped(4);
+        }
+        QCOMPARE(shown, tip);
     }
 };
 

@@ -5,6 +5,7 @@
 #include "platform/MainQueue.h"
 #include "platform/Timestamp.h"
 #include "pods/ContainerButton.h"
+#include "pods/ContainerCopy.h"
 #include "pods/Pod.h"
 #include "pods/PodController.h"
 #include "resources/PreviewFiles.h"
@@ -14,9 +15,9 @@
 #include "support/Patience.h"
 #include "support/StubWindow.h"
 
+#include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
-#include <QApplication>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QJsonArray>
@@ -393,8 +394,9 @@ private Q_SLOTS:
         }
         QSignalSpy reloaded(m_table.get(), &SharedContentViewController::loadFinished);
         QVERIFY(reloaded.wait(patience));
-        QCOMPARE(m_window->recorded.entries.size(), 1);
-        QVERIFY(m_window->recorded.entries.first().startsWith(QLatin1String("kubectl delete po ") + victim));
+        QCOMPARE(m_window->recorded.entries.size(), 2);
+        QCOMPARE(m_window->recorded.entries.first(), QStringLiteral("||Nothing was deleted: not now"));
+        QVERIFY(m_window->recorded.entries.last().startsWith(QLatin1String("kubectl delete po ") + victim));
         for (const Row &row : m_table->tableItems()) {
             QVERIFY(row->name != victim);
         }
@@ -414,6 +416,33 @@ private Q_SLOTS:
         QVERIFY(!question() && !PreviewPanel::shared().isVisible() && m_window->logsOpened.empty());
         QCOMPARE(m_window->recorded.entries.filter(QStringLiteral("choose a namespace first")).size(), 3);
         QCOMPARE(m_window->settledAsked, 0);
+    }
+
+    void namesThatLookLikeOptions()
+    {
+        pretend(
+            "out\n--all\\ttrue\\tRunning\\t0\\t\\t\\tapp\\nweb\\ttrue\\tRunning\\t0\\t\\t\\t--profile=x\\n");
+        QVERIFY(load());
+        QTRY_COMPARE(m_table->containerButtons().size(), std::size_t(2));
+        const QStringList paths{QStringLiteral("/dev/null")};
+        const QString there = QStringLiteral("/tmp/");
+        selectRows({0});
+        m_table->viewLogs();
+        m_table->deleteRows();
+        copyIntoContainer(*m_table, {QStringLiteral("--all"), QStringLiteral("app")}, paths, there);
+        QTest::mouseClick(buttonNamed(QStringLiteral("web:--profile=x")), Qt::LeftButton);
+        m_table->viewLogs();
+        copyIntoContainer(*m_table, {QStringLiteral("web"), QStringLiteral("--profile=x")}, paths, there);
+        QVERIFY(m_window->logsOpened.empty() && !question());
+        QStringList expected;
+        for (const char *refusal : {"No logs were opened: kubectl would take the name \"--all\"",
+                 "Nothing was deleted: kubectl would take the name \"--all\"",
+                 "Nothing was copied: kubectl would take the name \"--all\"",
+                 "No logs were opened: kubectl would take the name \"--profile=x\"",
+                 "Nothing was copied: kubectl would take the name \"--profile=x\""}) {
+            expected.append(QLatin1String("||") + QLatin1String(refusal) + QLatin1String(" for an option."));
+        }
+        QCOMPARE(m_window->recorded.entries, expected);
     }
 
     void previewIsReusedForFiveSeconds()
@@ -451,7 +480,14 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("untouched"));
         selectRows({2});
         m_table->copyName();
-        QCOMPARE(QGuiApplication::clipboard()->text(), name(2));
+        const QString copied = name(2);
+        QCOMPARE(QGuiApplication::clipboard()->text(), copied);
+        pretend("out\na\\x0drm\\x0d\\ttrue\\tRunning\\t0\\t\\t\\tapp\\n");
+        QVERIFY(load());
+        selectRows({0});
+        m_table->copyName(); // pasted, it would run something
+        QCOMPARE(QGuiApplication::clipboard()->text(), copied);
+        QVERIFY(m_window->recorded.entries.last().contains(QLatin1String("The name was not copied: ")));
     }
 
     void aFailedLoadSaysWhyAndTheNextGoodOneFillsTheTable_data()

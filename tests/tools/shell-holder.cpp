@@ -28,7 +28,7 @@ int main(int argc, char **argv)
         auto shell = Shell::create();
         QStringList command{arguments.at(1), QStringLiteral("pidfile"), folder, QStringLiteral("hang")};
         if (kind == u's') {
-            shell->runStreaming(command, [](const QString &, const std::optional<QString> &) {});
+            shell->runStreaming(command, [](auto &&...) {});
         } else {
             if (kind == u'd') {
                 command.insert(1, QStringLiteral("ignore-term"));

@@ -4,4 +4,4 @@ if [ "$NAMESPACE" = "All Namespaces" ]; then
     echo "Choose the namespace of $POD first." >&2
     exit 1
 fi
-exec "$KUBECTL" describe pod "$POD" --context="$CONTEXT" --namespace="$NAMESPACE"
+exec "$KUBECTL" describe "pod/$POD" --context="$CONTEXT" --namespace="$NAMESPACE"

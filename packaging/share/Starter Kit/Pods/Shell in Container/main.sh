@@ -4,6 +4,6 @@ if [ "$NAMESPACE" = "All Namespaces" ]; then
     echo "Choose the namespace of $POD first." >&2
 else
     echo "$POD: $CONTAINER"
-    "$KUBECTL" exec --stdin --tty "$POD" --container="$CONTAINER" --context="$CONTEXT" --namespace="$NAMESPACE" \
+    "$KUBECTL" exec --stdin --tty "pod/$POD" --container="$CONTAINER" --context="$CONTEXT" --namespace="$NAMESPACE" \
         -- sh -c 'command -v bash >/dev/null && exec bash || exec sh'
 fi

@@ -28,9 +28,10 @@ class Action(tidewright_actions.Action):
         if not values["show"] and not (replicas.isascii() and replicas.isdecimal()):
             self.ask_for("The number of replicas must be a whole number, such as 3.", values)
         try:
-            names = self.kubectl("get", values["kind"], "-o", "name").split()
+            names = self.kubectl("get", values["kind"], "-o", "name").splitlines()
         except KubectlError as error:
             self.ask_for(str(error), values)
+        names = [name for name in names if name.startswith(values["kind"][:-1])]  # nothing that reads as an option
         chosen = [name for name in names if fnmatch.fnmatchcase(name.split("/")[1], values["pattern"].strip())]
         if not chosen:
             self.ask_for(f"No name of the {values['kind']} here matches \"{values['pattern']}\".", values)

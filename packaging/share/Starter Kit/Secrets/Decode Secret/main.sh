@@ -6,7 +6,7 @@ if [ "$NAMESPACE" = "All Namespaces" ]; then
 fi
 trap 'exit 1' INT TERM
 trap 'printf "\033[H\033[2J\033[3J"' EXIT # clears the screen, with what has scrolled away
-if "$KUBECTL" get secret "$SECRET" --context="$CONTEXT" --namespace="$NAMESPACE" --output=go-template='{{
+if "$KUBECTL" get "secret/$SECRET" --context="$CONTEXT" --namespace="$NAMESPACE" --output=go-template='{{
         range $key, $value := .data}}{{$key}}: {{$value | base64decode}}
 {{end}}'
 then

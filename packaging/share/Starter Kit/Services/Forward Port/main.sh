@@ -3,7 +3,7 @@
 if [ "$NAMESPACE" = "All Namespaces" ]; then
     echo "Choose the namespace of $SERVICE first." >&2
 else
-    port=$("$KUBECTL" get service "$SERVICE" --context="$CONTEXT" --namespace="$NAMESPACE" \
+    port=$("$KUBECTL" get "service/$SERVICE" --context="$CONTEXT" --namespace="$NAMESPACE" \
         --output=jsonpath='{.spec.ports[0].port}')
     # Ports below 1024 are not for everybody to open.
     local=$port
