@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ApplicationRecord.h"
+#include "core/CommandGate.h"
 #include "core/KubeCtl.h"
 #include "core/KubectlArguments.h"
 #include "platform/MainQueue.h"
+#include "platform/UserDefaults.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -242,6 +245,68 @@ private Q_SLOTS:
             words, {QStringLiteral("/it's"), QStringLiteral("my b"), QStringLiteral("shop")}};
         QTEST(command.shellLine().remove(QStringLiteral("KUBECONFIG='/it'\\''s' ")), "line");
         QVERIFY(command.shellLine().startsWith(u"KUBECONFIG="));
+    }
+
+    void theGateLetsThroughWhatReads_data()
+    {
+        QTest::addColumn<bool>("reads");
+        for (const char *line : {"kubectl", "kubectl -h", "kubectl get po -A",
+                 "kubectl -v6 -n shop logs -f web", "kubectl --context=free describe po", "kubectl top pods",
+                 "kubectl diff -f x", "kubectl config view --raw", "kubectl auth can-i delete po",
+                 "kubectl rollout status deploy/x", "kubectl get --raw /api/v1/nodes",
+                 "kubectl get po delete"}) {
+            QTest::newRow(line) << true;
+        }
+        for (const char *line :
+            {"kubectl delete po x", "kubectl -n get delete po x", "kubectl --odd get delete",
+                "kubectl -A get delete po", "kubectl config use-context x", "kubectl config", "kubectl auth",
+                "kubectl rollout -w restart status", "kubectl rollout undo x", "kubectl exec p -- get",
+                "kubectl --context=free apply -f x", "kubectl get --raw /api/v1/nodes/n/proxy/run",
+                "kubectl get --raw=/a/%70roxy/", "kubectl gets", "kubectl -- get", "helm list",
+                "/bin/kubectl get", "sh -c kubectl get", "kubectl edit po x", "kubectl -h delete po x"}) {
+            QTest::newRow(line) << false;
+        }
+    }
+    void theGateLetsThroughWhatReads()
+    {
+        QFETCH(bool, reads);
+        const QStringList words = QString::fromUtf8(QTest::currentDataTag()).split(u' ');
+        UserDefaults::Dictionary policies{{QStringLiteral("shut"), QStringLiteral("read-only")}};
+        policies.insert(QStringLiteral("asks"), QStringLiteral("protected;none"));
+        UserDefaults settings(m_folder->filePath(QStringLiteral("settings.json")));
+        setUserDefaultsForTesting(&settings);
+        const auto restored = qScopeGuard([] { setUserDefaultsForTesting(nullptr); });
+        settings.set(QStringLiteral("contextPolicies"), policies);
+        QCOMPARE(commandGate(QStringLiteral("shut"))(words).isEmpty(), reads);
+        QCOMPARE(commandGate(QStringLiteral("asks"))(words), QString());
+        QCOMPARE(judgeCommand(words, QStringLiteral("asks")).needsConsent(), !reads);
+        // The strictest of the contexts that are named counts.
+        if (words.first() == u"kubectl" && words.size() > 2) {
+            QStringList elsewhere = words;
+            elsewhere.insert(1, QStringLiteral("--context=shut"));
+            QCOMPARE(judgeCommand(elsewhere, QStringLiteral("free")).isRefused(), !reads);
+        }
+        QVERIFY(!judgeCommand(words, QStringLiteral("free")).isRefused());
+    }
+
+    void policiesAreRead_data()
+    {
+        QTest::addColumn<QString>("read");
+        for (const auto &[word, read] :
+            {std::pair("read-only;red", "read-only;red"), {"", "free;none"}, {"PROTECTED", "protected;none"},
+                {"Read Only, blue", "read-only;blue"}, {"free;protected;readonly", "read-only;none"},
+                {"nonsense;mauve", "free;none"}, {"free;none", "free;none"}}) {
+            QTest::newRow(word) << QString::fromLatin1(read);
+        }
+    }
+    void policiesAreRead()
+    {
+        QTEST(ContextPolicy::read(QString::fromLatin1(QTest::currentDataTag())).word(), "read");
+        const auto suggested
+            = [](const char *name) { return suggestedPolicy(QString::fromLatin1(name)).word(); };
+        QCOMPARE(suggested("eu-live-2"), QStringLiteral("protected;red"));
+        QCOMPARE(suggested("pre-prod"), QStringLiteral("free;amber"));
+        QCOMPARE(suggested("nonprod"), QStringLiteral("free;none"));
     }
 
     void aViewIsPrivateAndGoesWithItsHolders()
