@@ -50,8 +50,10 @@ struct PythonScript::Run
     }
     QString place() const
     {
-        return placeText(
-            environment.value(QStringLiteral("CONTEXT")), environment.value(QStringLiteral("NAMESPACE")));
+        const QString files = environment.value(QStringLiteral("KUBECONFIG"));
+        return placeText(environment.value(QStringLiteral("CONTEXT")),
+            environment.value(QStringLiteral("NAMESPACE")),
+            view ? files.mid(view->path().size() + 1) : files); // the view stands in front
     }
 };
 

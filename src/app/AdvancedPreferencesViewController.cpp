@@ -1,16 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AdvancedPreferencesViewController.h"
 
+#include "app/PathHint.h"
+#include "core/ProgramFolders.h"
 #include "platform/Diagnostics.h"
 #include "platform/DisplayText.h"
 #include "platform/UserDefaults.h"
 
 #include <QAction>
 #include <QButtonGroup>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QStyledItemDelegate>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -20,7 +26,8 @@ namespace tidewright {
 namespace {
 
 const auto envVarsKey = QStringLiteral("customEnvVars");
-constexpr QSize tableSize(500, 220);
+constexpr QSize tableSize(500, 200);
+constexpr int foldersShown = 3;
 constexpr int nameWidth = 190;
 
 /// Gives the fields in the table names of their own.
@@ -42,6 +49,29 @@ public:
     }
 };
 
+/// What becomes of the folders in these lines. Looks at the disk.
+QString foldersExplanation(const QString &lines)
+{
+    using Pane = AdvancedPreferencesViewController;
+    for (const QString &line : lines.split(QRegularExpression(QStringLiteral("[:\\n]")))) {
+        const QString folder = line.trimmed();
+        if (folder.isEmpty()) {
+            continue;
+        }
+        const QString path = program_folders::inPath(folder);
+        if (path.isEmpty()) {
+            return Pane::tr("Left out, because it begins with neither “/” nor “~”: %1").arg(folder);
+        }
+        if (!QFileInfo(path).isDir()) {
+            return Pane::tr("There is no such folder now: %1").arg(folder);
+        }
+    }
+    return Pane::tr(
+        "Folders of programs with which kubectl signs in to clusters (such as aws or gcloud), one on "
+        "each line. They are searched after those where every program is looked for: /bin, /usr/bin and "
+        "/usr/local/bin.");
+}
+
 } // namespace
 
 AdvancedPreferencesViewController::AdvancedPreferencesViewController(QWidget *parent)
@@ -49,8 +79,10 @@ AdvancedPreferencesViewController::AdvancedPreferencesViewController(QWidget *pa
     , m_model(new EnvVarTableModel(this))
     , m_envvarTableView(new QTableView)
     , m_envvarSegmentedControl(new QButtonGroup(this))
+    , m_foldersField(new QPlainTextEdit)
 {
     buildTable();
+    buildFolders();
     buildLayout();
     connect(m_model, &EnvVarTableModel::edited, this, &AdvancedPreferencesViewController::save);
     connect(m_envvarSegmentedControl, &QButtonGroup::idClicked, this,
@@ -94,6 +126,51 @@ void AdvancedPreferencesViewController::buildLayout()
     layout->addWidget(makeSegments());
     layout->addWidget(
         makeHint(tr("Given to custom actions. Of several variables of one name, the last counts.")));
+    layout->addSpacing(12);
+    auto *folders = new QLabel(tr("&Helper programs:"));
+    folders->setBuddy(m_foldersField);
+    auto *browse = new QPushButton(tr("Add &Folder…"));
+    browse->setAutoDefault(false);
+    connect(browse, &QPushButton::clicked, this, &AdvancedPreferencesViewController::browseForFolder);
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_foldersField, 1);
+    row->addWidget(browse, 0, Qt::AlignTop);
+    layout->addWidget(folders);
+    layout->addLayout(row);
+    layout->addWidget(m_foldersHint);
+}
+
+void AdvancedPreferencesViewController::buildFolders()
+{
+    m_foldersField->setAccessibleName(tr("Folders of Helper Programs"));
+    m_foldersField->setPlaceholderText(QStringLiteral("~/google-cloud-sdk/bin"));
+    m_foldersField->setTabChangesFocus(true);
+    m_foldersField->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_foldersField->setFixedHeight(m_foldersField->fontMetrics().lineSpacing() * foldersShown + 14);
+    m_foldersHint = makeHint({}, 3);
+    m_foldersExplained = new PathHint(m_foldersHint, foldersExplanation, this);
+}
+
+void AdvancedPreferencesViewController::browseForFolder()
+{
+    auto *dialog = new QFileDialog(this, tr("Folder of Helper Programs"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setOption(QFileDialog::ReadOnly);
+    connect(
+        dialog, &QFileDialog::fileSelected, m_foldersField, [field = m_foldersField](const QString &folder) {
+            const QString before = field->toPlainText().trimmed();
+            field->setPlainText(before.isEmpty() ? folder : before + QLatin1Char('\n') + folder);
+        });
+    dialog->open();
+}
+
+void AdvancedPreferencesViewController::saveFolders()
+{
+    const QString lines = m_foldersField->toPlainText();
+    program_folders::setAdded(lines.split(QLatin1Char('\n')));
+    m_foldersExplained->explain(lines);
 }
 
 QWidget *AdvancedPreferencesViewController::makeSegments()
@@ -125,6 +202,10 @@ void AdvancedPreferencesViewController::viewDidLoad()
         variables.append({entry.key(), entry.value()}); // in the order of their names
     }
     m_model->setCustomEnvvars(variables);
+    m_foldersField->setPlainText(program_folders::added().join(QLatin1Char('\n')));
+    m_foldersExplained->explain(m_foldersField->toPlainText());
+    connect(
+        m_foldersField, &QPlainTextEdit::textChanged, this, &AdvancedPreferencesViewController::saveFolders);
 }
 
 void AdvancedPreferencesViewController::envvarSegmentedControlClicked(int segment)

@@ -5,13 +5,17 @@
 #include "app/PreferencesViewController.h"
 
 class QButtonGroup;
+class QLabel;
+class QPlainTextEdit;
 class QTableView;
 
 namespace tidewright {
 
-/// The environment variables of custom actions, in a table to edit. Ending an edit and deleting save them
-/// all; of several rows with one name the last counts. The settings are read once, when the pane is first
-/// shown.
+class PathHint;
+
+/// The environment variables of custom actions, in a table to edit, and the folders of helper programs
+/// (program_folders). Ending an edit and deleting save the variables, all of them; of several rows with one
+/// name the last counts. The settings are read once, when the pane is first shown.
 class AdvancedPreferencesViewController : public PreferencesViewController
 {
     Q_OBJECT
@@ -23,6 +27,8 @@ public:
     QTableView *envvarTableView() const { return m_envvarTableView; }
     /// Two buttons, whose ids are the segments.
     QButtonGroup *envvarSegmentedControl() const { return m_envvarSegmentedControl; }
+    /// A folder on each line.
+    QPlainTextEdit *foldersField() const { return m_foldersField; }
     const QList<EnvVar> &customEnvvars() const { return m_model->customEnvvars(); }
 
     void envvarSegmentedControlClicked(int segment);
@@ -35,6 +41,9 @@ protected:
 private:
     void buildTable();
     void buildLayout();
+    void buildFolders();
+    void browseForFolder();
+    void saveFolders();
     QWidget *makeSegments();
     void addVariable();
     void editName(int row);
@@ -43,6 +52,9 @@ private:
     EnvVarTableModel *m_model;
     QTableView *m_envvarTableView;
     QButtonGroup *m_envvarSegmentedControl;
+    QPlainTextEdit *m_foldersField;
+    QLabel *m_foldersHint = nullptr;
+    PathHint *m_foldersExplained = nullptr;
 };
 
 } // namespace tidewright

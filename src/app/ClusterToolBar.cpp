@@ -4,6 +4,7 @@
 #include "app/KubeSplitViewController.h"
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
+#include "app/TypedNamespaces.h"
 #include "resources/ContextBand.h"
 #include "resources/NamedImages.h"
 #include "resources/ResourceTableView.h"
@@ -61,12 +62,36 @@ ClusterToolBar::ClusterToolBar(
     setUpFilter();
     connect(&m_state, &KubeSplitViewController::contextListChanged, m_contexts,
         [this] { m_contexts->showList(m_state.contextList()); });
-    connect(&m_state, &KubeSplitViewController::namespaceListChanged, m_namespaces,
-        [this] { m_namespaces->showList(m_state.namespaceList(), {allNamespaces}); });
+    m_namespaces->setOtherEntries(
+        {tr("You may not list namespaces here; type one."), typed_namespaces::problem});
+    connect(&m_state, &KubeSplitViewController::namespaceListChanged, this, &ClusterToolBar::showNamespaces);
     m_contexts->showList(m_state.contextList());
     m_namespaces->showList(m_state.namespaceList());
     connect(m_contexts, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseContext);
-    connect(m_namespaces, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseNamespace);
+    connect(m_namespaces, &QComboBox::textActivated, this, &ClusterToolBar::chooseNamespace);
+}
+
+/// Where the cluster does not list them, the namespaces are those that are known otherwise.
+void ClusterToolBar::showNamespaces()
+{
+    ChoiceList list = m_state.namespaceList();
+    if (list.acceptsOthers) {
+        const QString context = m_state.currentContext();
+        list.entries += QStringList{m_state.kubeCtl().contents().nameSpace(context), list.selected}
+            + typed_namespaces::of(context);
+        list.entries.removeAll(allNamespaces); // stands above them
+        list.entries.removeAll(QString());
+        list.entries.removeDuplicates();
+    }
+    m_namespaces->showList(list, {allNamespaces});
+}
+
+void ClusterToolBar::chooseNamespace(const QString &name)
+{
+    if (m_state.namespaceList().acceptsOthers && name != allNamespaces) {
+        typed_namespaces::remember(m_state.currentContext(), name);
+    }
+    m_state.chooseNamespace(name);
 }
 
 void ClusterToolBar::showAccess(const QString &context)

@@ -42,6 +42,8 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void showNamespaces();
+    void chooseNamespace(const QString &name);
     void setUpFilter();
     void followShownTable();
 

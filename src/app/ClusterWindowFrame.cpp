@@ -281,7 +281,7 @@ void ClusterWindowFrame::pageTitleChanged(MainWindowController *page)
 {
     const int index = m_pages->indexOf(page);
     m_tabBar->setTabText(index, display_text::withoutMnemonics(page->tabTitle()));
-    m_tabBar->setTabToolTip(index, display_text::toolTip(page->title()));
+    m_tabBar->setTabToolTip(index, display_text::toolTip(page->placeDescription()));
     if (page == currentPage()) {
         setWindowTitle(display_text::clean(page->title()));
     }

@@ -2,6 +2,7 @@
 #include "app/CreateFromFileDialog.h"
 
 #include "app/FileDialogSelection.h"
+#include "platform/DisplayText.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -11,9 +12,9 @@
 
 namespace tidewright {
 
-void CreateFromFileDialog::open(QWidget *parent, QObject *receiver, Chosen chosen)
+void CreateFromFileDialog::open(QWidget *parent, QObject *receiver, const QString &place, Chosen chosen)
 {
-    auto *dialog = new CreateFromFileDialog(parent);
+    auto *dialog = new CreateFromFileDialog(parent, place);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     connect(dialog, &QDialog::accepted, receiver, [dialog, chosen = std::move(chosen)] {
@@ -22,7 +23,7 @@ void CreateFromFileDialog::open(QWidget *parent, QObject *receiver, Chosen chose
     dialog->show();
 }
 
-CreateFromFileDialog::CreateFromFileDialog(QWidget *parent)
+CreateFromFileDialog::CreateFromFileDialog(QWidget *parent, const QString &place)
     : QFileDialog(parent, tr("Create from File"))
 {
     // The desktops' own dialogs choose files or folders, never both.
@@ -41,6 +42,9 @@ CreateFromFileDialog::CreateFromFileDialog(QWidget *parent)
         const int row = grid->rowCount();
         grid->addWidget(message, row, 0, 1, 2);
         grid->addWidget(folder, row, 2);
+        auto *target = new QLabel(display_text::clean(place));
+        target->setTextFormat(Qt::PlainText);
+        grid->addWidget(target, row + 1, 0, 1, 2);
     }
 }
 

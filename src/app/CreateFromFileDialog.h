@@ -15,11 +15,11 @@ public:
     using Chosen = std::function<void(const QStringList &paths)>;
 
     /// Opens the dialog on `parent` and returns at once; `chosen` is called unless the user cancels or
-    /// `receiver` goes.
-    static void open(QWidget *parent, QObject *receiver, Chosen chosen);
+    /// `receiver` goes. `place` says where the objects will be.
+    static void open(QWidget *parent, QObject *receiver, const QString &place, Chosen chosen);
 
 private:
-    explicit CreateFromFileDialog(QWidget *parent);
+    explicit CreateFromFileDialog(QWidget *parent, const QString &place);
     /// Takes the selected folders, or the one that is shown when none is.
     void takeFolder();
 

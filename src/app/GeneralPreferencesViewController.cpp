@@ -2,11 +2,11 @@
 #include "app/GeneralPreferencesViewController.h"
 
 #include "app/KubeConfigChooser.h"
+#include "app/PathHint.h"
+#include "app/UserKubeConfig.h"
 #include "external/InstalledApplications.h"
 #include "external/Terminal.h"
-#include "platform/DispatchQueue.h"
 #include "platform/Environment.h"
-#include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
 
 #include <QComboBox>
@@ -81,6 +81,26 @@ QString kubeConfigExplanation(const QString &path)
                              : Pane::tr("This file cannot be read. The path is kept as it is.");
 }
 
+QString followsExplanation(UserKubeConfig::Follows follows)
+{
+    using Pane = GeneralPreferencesViewController;
+    switch (follows) {
+    case UserKubeConfig::Follows::WindowInFront:
+        return Pane::tr(
+            "Other programs, such as kubectl in a terminal, turn to the context and namespace of the "
+            "window in front, each time another window comes there.");
+    case UserKubeConfig::Follows::Choice:
+        return Pane::tr(
+            "Choosing a context or a namespace in a window also chooses it for other programs, such as "
+            "kubectl in a terminal.");
+    case UserKubeConfig::Follows::Nothing:
+        return Pane::tr(
+            "Windows leave the kubeconfig as it is. Other programs, such as kubectl in a terminal, stay "
+            "where they are.");
+    }
+    return {};
+}
+
 } // namespace
 
 GeneralPreferencesViewController::GeneralPreferencesViewController(QWidget *parent)
@@ -88,14 +108,25 @@ GeneralPreferencesViewController::GeneralPreferencesViewController(QWidget *pare
     , m_preferredTerminalPopup(makeList(terminalTitle, tr("Preferred Terminal")))
     , m_preferredEditorPopup(makeList(fixedEditor, tr("Preferred Editor")))
     , m_defaultKubeConfigField(new QLineEdit)
-    , m_kubeConfigHint(makeHint({}, 2))
+    , m_kubeConfigFollowsPopup(new QComboBox)
+    , m_followsHint(makeHint({}, 2))
 {
-    buildLayout();
+    QLabel *hint = makeHint({}, 2);
+    m_kubeConfigHint = new PathHint(hint, kubeConfigExplanation, hint);
+
+    buildLayout(hint);
     connectParts();
 }
 
-void GeneralPreferencesViewController::buildLayout()
+void GeneralPreferencesViewController::buildLayout(QLabel *kubeConfigHint)
 {
+    using Follows = UserKubeConfig::Follows;
+    m_kubeConfigFollowsPopup->setAccessibleName(tr("My kubeconfig follows"));
+    m_kubeConfigFollowsPopup->setMinimumWidth(listWidth);
+    m_kubeConfigFollowsPopup->addItem(
+        tr("The window I work in"), QVariant::fromValue(Follows::WindowInFront));
+    m_kubeConfigFollowsPopup->addItem(tr("What I choose"), QVariant::fromValue(Follows::Choice));
+    m_kubeConfigFollowsPopup->addItem(tr("Nothing"), QVariant::fromValue(Follows::Nothing));
     m_defaultKubeConfigField->setMinimumWidth(fieldWidth);
     m_defaultKubeConfigField->setClearButtonEnabled(true);
     m_defaultKubeConfigField->setAccessibleName(tr("Default Kubeconfig"));
@@ -117,7 +148,9 @@ void GeneralPreferencesViewController::buildLayout()
     layout->addRow(tr("&Terminal:"), m_preferredTerminalPopup);
     layout->addRow(tr("&Editor:"), m_preferredEditorPopup);
     layout->addRow(kubeConfigLabel, path);
-    layout->addRow(QString(), m_kubeConfigHint);
+    layout->addRow(QString(), kubeConfigHint);
+    layout->addRow(tr("&My kubeconfig follows:"), m_kubeConfigFollowsPopup);
+    layout->addRow(QString(), m_followsHint);
 }
 
 void GeneralPreferencesViewController::connectParts()
@@ -128,7 +161,9 @@ void GeneralPreferencesViewController::connectParts()
         &GeneralPreferencesViewController::setPreferredEditor);
     connect(m_defaultKubeConfigField, &QLineEdit::returnPressed, this,
         &GeneralPreferencesViewController::defaultKubeConfigChanged);
-    for (QComboBox *list : {m_preferredTerminalPopup, m_preferredEditorPopup}) {
+    connect(m_kubeConfigFollowsPopup, &QComboBox::activated, this,
+        &GeneralPreferencesViewController::kubeConfigFollowsChosen);
+    for (QComboBox *list : {m_preferredTerminalPopup, m_preferredEditorPopup, m_kubeConfigFollowsPopup}) {
         list->installEventFilter(this);
     }
 }
@@ -140,13 +175,17 @@ void GeneralPreferencesViewController::viewDidLoad()
     m_defaultKubeConfigField->setText(userDefaults().string(kubeConfigKey).value_or(QString()));
     connect(m_defaultKubeConfigField, &QLineEdit::textChanged, this,
         &GeneralPreferencesViewController::controlTextDidChange);
-    explainKubeConfig();
+    m_kubeConfigHint->explain(m_defaultKubeConfigField->text());
 }
 
 void GeneralPreferencesViewController::selectCurrentChoices()
 {
     selectTitle(*m_preferredTerminalPopup, resolvePreferredTerminal());
     selectTitle(*m_preferredEditorPopup, userDefaults().string(editorKey).value_or(fixedEditor));
+    const auto follows = UserKubeConfig::preference();
+    m_kubeConfigFollowsPopup->setCurrentIndex(
+        m_kubeConfigFollowsPopup->findData(QVariant::fromValue(follows)));
+    m_followsHint->setText(followsExplanation(follows));
 }
 
 bool GeneralPreferencesViewController::eventFilter(QObject *watched, QEvent *event)
@@ -173,7 +212,7 @@ void GeneralPreferencesViewController::defaultKubeConfigChanged()
 void GeneralPreferencesViewController::controlTextDidChange()
 {
     defaultKubeConfigChanged();
-    explainKubeConfig();
+    m_kubeConfigHint->explain(m_defaultKubeConfigField->text());
 }
 
 void GeneralPreferencesViewController::browseKubeConfigClicked()
@@ -186,24 +225,13 @@ void GeneralPreferencesViewController::browseKubeConfigClicked()
     });
 }
 
-/// A path may lead to a folder that is slow to answer, or never does: one look at a time, away from here.
-void GeneralPreferencesViewController::explainKubeConfig()
+void GeneralPreferencesViewController::kubeConfigFollowsChosen()
 {
-    if (std::exchange(m_explaining, true)) {
-        return;
+    const auto follows = m_kubeConfigFollowsPopup->currentData().value<UserKubeConfig::Follows>();
+    if (follows != UserKubeConfig::preference()) {
+        UserKubeConfig::setPreference(follows);
     }
-    const QString path = m_defaultKubeConfigField->text();
-    shellQueue().post([path, pane = QPointer(this)] {
-        const QString explanation = kubeConfigExplanation(path);
-        postToMain(pane, [path, explanation](GeneralPreferencesViewController &self) {
-            self.m_explaining = false;
-            if (path == self.m_defaultKubeConfigField->text()) {
-                self.m_kubeConfigHint->setText(explanation);
-            } else {
-                self.explainKubeConfig();
-            }
-        });
-    });
+    m_followsHint->setText(followsExplanation(follows));
 }
 
 } // namespace tidewright

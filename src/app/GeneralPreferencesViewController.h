@@ -4,11 +4,15 @@
 #include "app/PreferencesViewController.h"
 
 class QComboBox;
+class QLabel;
 class QLineEdit;
 
 namespace tidewright {
 
-/// Which terminal, editor and kubeconfig the user works with. Every change is in the settings at once.
+class PathHint;
+
+/// Which terminal, editor and kubeconfig the user works with, and what the kubeconfig follows. Every change
+/// is in the settings at once.
 class GeneralPreferencesViewController : public PreferencesViewController
 {
     Q_OBJECT
@@ -18,6 +22,7 @@ public:
     QComboBox *preferredTerminalPopup() const { return m_preferredTerminalPopup; }
     QComboBox *preferredEditorPopup() const { return m_preferredEditorPopup; }
     QLineEdit *defaultKubeConfigField() const { return m_defaultKubeConfigField; }
+    QComboBox *kubeConfigFollowsPopup() const { return m_kubeConfigFollowsPopup; }
 
     void defaultTerminalAppSelected();
     void setPreferredEditor();
@@ -30,17 +35,18 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    void buildLayout();
+    void buildLayout(QLabel *kubeConfigHint);
     void connectParts();
     /// Selects what is stored; a stored title that is not in its list gets an entry that says so.
     void selectCurrentChoices();
-    void explainKubeConfig();
+    void kubeConfigFollowsChosen();
 
     QComboBox *m_preferredTerminalPopup;
     QComboBox *m_preferredEditorPopup;
     QLineEdit *m_defaultKubeConfigField;
-    QLabel *m_kubeConfigHint;
-    bool m_explaining = false;
+    PathHint *m_kubeConfigHint;
+    QComboBox *m_kubeConfigFollowsPopup;
+    QLabel *m_followsHint;
 };
 
 } // namespace tidewright

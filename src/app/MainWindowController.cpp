@@ -13,7 +13,9 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/PodConsoleSplitViewController.h"
 #include "pods/PodController.h"
+#include "resources/ClusterChange.h"
 #include "resources/ContextBand.h"
+#include "resources/LoadProblem.h"
 #include "resources/SharedContentViewController.h"
 
 #include <QDesktopServices>
@@ -74,6 +76,9 @@ void MainWindowController::connectParts()
         &PrimaryContentController::clusterSettingsChanged);
     connect(m_state, &KubeSplitViewController::contextLeft, m_content, &PrimaryContentController::clear);
     connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::commandStateChanged);
+    connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::titleChanged);
+    connect(m_state, &KubeSplitViewController::namespaceChosen, m_console,
+        &ConsoleViewController::showDestination);
     connect(m_console, &ConsoleViewController::linkOpened, this, [this](const QUrl &url) {
         if (!QDesktopServices::openUrl(url)) {
             m_console->addEntry(QString(), QString(),
@@ -158,6 +163,21 @@ void MainWindowController::updateTitles(const QString &nameSpace)
         ? titled(kubeconfig_list::shown(m_kubeConfigPath))
         : m_tabTitle;
     Q_EMIT titleChanged();
+}
+
+QString MainWindowController::placeDescription() const
+{
+    QStringList lines;
+    if (!m_configTitle.isEmpty()) {
+        lines.append(m_configTitle);
+    }
+    if (!m_state->currentContext().isEmpty()) {
+        lines.append(ChangePlace(*m_state).text());
+    }
+    if (const QString hint = m_state->loadingHint(); !hint.isEmpty()) {
+        lines.append(firstLine(hint));
+    }
+    return lines.isEmpty() ? m_title : lines.join(QLatin1Char('\n'));
 }
 
 void MainWindowController::showEvent(QShowEvent *event)

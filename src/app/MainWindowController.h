@@ -44,6 +44,8 @@ public:
 
     QString title() const { return m_title; }
     QString tabTitle() const { return m_tabTitle; }
+    /// Title, context, namespace and kubeconfig, a line each; while that is so, why nothing is shown.
+    QString placeDescription() const;
 
     KubeSplitViewController &state() const { return *m_state; }
     PrimaryContentController &primaryContentController() const { return *m_content; }

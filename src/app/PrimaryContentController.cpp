@@ -177,18 +177,18 @@ void PrimaryContentController::createFromFileDialog()
     if (!canCreateIn(m_window)) {
         return;
     }
-    CreateFromFileDialog::open(
-        window(), this, [this, place = ChangePlace(m_window)](const QStringList &paths) {
-            confirmWhereProtected(this, place.context, tr("Confirm Create"),
-                tr("Are you sure you want to create what these declare?\n    ")
-                    + paths.join(QLatin1String(",\n    ")),
-                tr("Create"), confirmationDetails(place.text()),
-                [self = QPointer(this), paths, place](bool confirmed) {
-                    if (self && confirmed) {
-                        self->createFrom(paths, place);
-                    }
-                });
-        });
+    const ChangePlace place(m_window);
+    CreateFromFileDialog::open(window(), this, place.text(), [this, place](const QStringList &paths) {
+        confirmWhereProtected(this, place.context, tr("Confirm Create"),
+            tr("Are you sure you want to create what these declare?\n    ")
+                + paths.join(QLatin1String(",\n    ")),
+            tr("Create"), confirmationDetails(place.text()),
+            [self = QPointer(this), paths, place](bool confirmed) {
+                if (self && confirmed) {
+                    self->createFrom(paths, place);
+                }
+            });
+    });
 }
 
 void PrimaryContentController::createFrom(const QStringList &paths, const ChangePlace &place)

@@ -2,7 +2,6 @@
 #include "app/SearchableComboBox.h"
 
 #include "app/KubeSplitViewController.h"
-#include "app/SearchPopup.h"
 #include "platform/DisplayText.h"
 
 #include <QKeyEvent>
@@ -43,6 +42,7 @@ void SearchableComboBox::showList(const ChoiceList &list, const QStringList &abo
     }
     setToolTip(display_text::toolTip(list.selected));
     setEnabled(list.enabled);
+    m_acceptsOthers = list.acceptsOthers && m_others.problem;
 }
 
 QSize SearchableComboBox::minimumSizeHint() const
@@ -52,11 +52,15 @@ QSize SearchableComboBox::minimumSizeHint() const
 
 void SearchableComboBox::showPopup()
 {
-    if (m_popup || !isEnabled() || count() == 0) {
+    if (m_popup || !isEnabled() || (count() == 0 && !m_acceptsOthers)) {
         return;
     }
     m_popup = new SearchPopup(*model(), m_noun, this);
+    if (m_acceptsOthers) {
+        m_popup->acceptOthers(m_others);
+    }
     connect(m_popup, &SearchPopup::chosen, this, &SearchableComboBox::choose);
+    connect(m_popup, &SearchPopup::otherChosen, this, &SearchableComboBox::chooseOther);
     m_popup->openAt(*this, currentIndex());
 }
 
@@ -81,6 +85,12 @@ void SearchableComboBox::choose(int row)
     setToolTip(display_text::toolTip(currentText()));
     Q_EMIT activated(row);
     Q_EMIT textActivated(currentText());
+}
+
+void SearchableComboBox::chooseOther(const QString &text)
+{
+    addItem(text);
+    choose(count() - 1);
 }
 
 void SearchableComboBox::keyPressEvent(QKeyEvent *event)

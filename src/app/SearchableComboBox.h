@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/SearchPopup.h"
+
 #include <QComboBox>
 #include <QPointer>
 
 namespace tidewright {
 
-class SearchPopup;
 struct ChoiceList;
 
 /// A list to choose one name from, in which typing searches; quick with thousands of names. Nothing but the
 /// popup changes the choice: neither the wheel nor a stray key switches a cluster. Reports the user's choices
-/// by textActivated.
+/// by textActivated, also of a text that was typed and becomes an entry then.
 class SearchableComboBox : public QComboBox
 {
     Q_OBJECT
@@ -19,6 +20,8 @@ public:
     /// `noun` is what one entry is, for the placeholder of the search ("context").
     SearchableComboBox(const QString &accessibleName, const QString &noun, QWidget *parent = nullptr);
 
+    /// What is offered for a list that accepts others than its entries.
+    void setOtherEntries(const OtherEntries &others) { m_others = others; }
     /// Shows the list. Entries of `above` stand first, set apart by a separator, when there are others.
     void showList(const ChoiceList &list, const QStringList &above = {});
 
@@ -33,8 +36,11 @@ protected:
 
 private:
     void choose(int row);
+    void chooseOther(const QString &text);
 
     QString m_noun;
+    OtherEntries m_others;
+    bool m_acceptsOthers = false;
     QPointer<SearchPopup> m_popup;
 };
 

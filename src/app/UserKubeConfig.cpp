@@ -143,9 +143,13 @@ void UserKubeConfig::runNext()
 /// Returns why the file does not follow; empty when it does, or need not.
 QString UserKubeConfig::perform(const Change &change, const std::shared_ptr<Shell> &shell)
 {
-    QString failure = KubeConfigBackup::recover(
+    QString failure;
+    const QString lost = KubeConfigBackup::recover(
         change.files, [&] { return readKubeConfig(*shell, failure).has_value(); });
-    const auto before = failure.isEmpty() ? readKubeConfig(*shell, failure) : std::nullopt;
+    if (!lost.isEmpty()) {
+        return lost;
+    }
+    const auto before = readKubeConfig(*shell, failure);
     if (!before) {
         return failure;
     }

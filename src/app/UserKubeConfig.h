@@ -22,6 +22,7 @@ public:
         Choice, ///< when the user chooses a context or a namespace
         Nothing,
     };
+    Q_ENUM(Follows)
     static Follows preference();
     static void setPreference(Follows follows);
 

@@ -278,8 +278,12 @@ void WindowCommands::listWindows()
         if (!frame) {
             continue;
         }
+        const MainWindowController *page = frame->currentPage(); // null while the window is being built
+        const QString context = page ? page->state().currentContext() : QString();
+        const QString entry
+            = frame->windowTitle() + (context.isEmpty() ? QString() : QStringLiteral(" — ") + context);
         QAction *action = m_windowMenu->addAction(
-            display_text::withoutMnemonics(frame->windowTitle()), frame, [frame] { bringToFront(*frame); });
+            display_text::withoutMnemonics(entry), frame, [frame] { bringToFront(*frame); });
         action->setCheckable(true);
         action->setChecked(frame == &m_frame);
         m_windows.append(action);

@@ -2,11 +2,13 @@
 #include "app/AppDelegate.h"
 #include "app/ApplicationService.h"
 #include "app/ReadablePalette.h"
+#include "platform/Bundle.h"
 #include "platform/Diagnostics.h"
 #include "platform/ProcessSetup.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QMessageBox>
 
 #include <cstdlib>
@@ -49,6 +51,9 @@ int runApplication(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tidewright"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tidewright")); // ends every window's title
+    QGuiApplication::setWindowIcon(
+        QIcon(tidewright::bundle::resource(QStringLiteral("images/tidewright.svg"))));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.brindle.Tidewright"));
     tidewright::ApplicationService service;
     if (service.start() == tidewright::ApplicationService::Start::Forwarded) {

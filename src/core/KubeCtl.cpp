@@ -254,6 +254,7 @@ struct KubeCtl::Change
 private:
     QString prepareView();
     QString readBack() const;
+    void runOn(const QString &kubeConfig) const;
 };
 
 /// Another context is taken as the kubeconfig has it now: it may have been edited since it was read.
@@ -277,7 +278,6 @@ QString KubeCtl::Change::prepareView()
     if (!view) {
         return noView(problem);
     }
-    shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(view->inFrontOf(files)));
     return {};
 }
 
@@ -304,9 +304,21 @@ QString KubeCtl::Change::perform()
     if (const QString problem = prepareView(); !problem.isEmpty()) {
         return problem;
     }
+    // On the view alone: a kubectl that changes a kubeconfig locks every file that it merges, and one that is
+    // killed leaves the locks behind.
+    runOn(view->path());
     const ShellResult result = shell->run(
         nameSpace.isEmpty() ? useContextArguments(context) : setNamespaceArguments(nameSpace), false);
-    return result.hasSucceeded() ? readBack() : result.failure();
+    if (!result.hasSucceeded()) {
+        return result.failure();
+    }
+    runOn(view->inFrontOf(files)); // as children will
+    return readBack();
+}
+
+void KubeCtl::Change::runOn(const QString &kubeConfig) const
+{
+    shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfig));
 }
 
 bool KubeCtl::Change::take() const

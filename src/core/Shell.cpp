@@ -2,6 +2,7 @@
 #include "core/Shell.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/ProgramFolders.h"
 #include "core/StreamingRun.h"
 #include "platform/Diagnostics.h"
 #include "platform/DispatchQueue.h"
@@ -107,7 +108,7 @@ std::shared_ptr<Shell> Shell::create()
 Shell::Shell()
     : environment(currentEnvironment())
 {
-    environment.insert(QByteArrayLiteral("PATH"), QByteArrayLiteral("/bin:/usr/bin/:/usr/local/bin"));
+    program_folders::setPath(environment);
 }
 
 Shell::~Shell()

@@ -3,6 +3,7 @@
 
 #include "core/ApplicationRecord.h"
 #include "core/CommandLine.h"
+#include "core/ProgramFolders.h"
 #include "external/CapturedOutput.h"
 #include "external/InstalledApplications.h"
 #include "platform/Bundle.h"
@@ -73,7 +74,7 @@ EditFile::EditFile()
     , errorPipe(makeCapture())
     , environment(currentEnvironment())
 {
-    environment.insert(QByteArrayLiteral("PATH"), QByteArrayLiteral("/bin:/usr/bin/:/usr/local/bin"));
+    program_folders::setPath(environment);
 }
 
 EditFile::EditFile(QWidget *shownIn, const QString &kubeConfigPath)
@@ -82,6 +83,7 @@ EditFile::EditFile(QWidget *shownIn, const QString &kubeConfigPath)
     , environment(currentEnvironment())
     , view(shownIn)
 {
+    program_folders::appendTo(environment);
     if (!kubeConfigPath.isEmpty()) {
         environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
     }

@@ -22,7 +22,8 @@ public:
 
     /// With the search path of a Shell, and no view.
     EditFile();
-    /// With the application's own environment and, unless empty, the window's kubeconfig.
+    /// With the application's own environment, the added program folders behind its PATH, and, unless empty,
+    /// the window's kubeconfig.
     EditFile(QWidget *view, const QString &kubeConfigPath);
 
     /// What EDITOR is to be for the editor stored as "preferredEditor", read anew each time: its command line

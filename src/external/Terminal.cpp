@@ -2,6 +2,7 @@
 #include "external/Terminal.h"
 
 #include "core/Console.h"
+#include "core/ProgramFolders.h"
 #include "external/CapturedOutput.h"
 #include "external/DesktopApplications.h"
 #include "external/TerminalQuoting.h"
@@ -142,7 +143,9 @@ QString openWindow(const QString &shellLine, const QString &shown, const QString
     process.setArguments(QStringList{QStringLiteral("--default-signal=TTIN,TTOU"), QStringLiteral("setsid"),
                              QStringLiteral("--fork"), QStringLiteral("--wait")}
         + opener.words);
-    process.setEnvironment(currentEnvironment());
+    Environment environment = currentEnvironment();
+    program_folders::appendTo(environment);
+    process.setEnvironment(environment);
     Pipe output = makeCapture();
     Pipe error = makeCapture();
     if (const auto failure = process.start(output, error)) {

@@ -3,6 +3,7 @@
 
 #include "core/ApplicationRecord.h"
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "platform/MainQueue.h"
 #include "pods/ColorIndexView.h"
 #include "pods/ConsoleStyle.h"
@@ -84,7 +85,13 @@ QString CombinedLogsViewController::title() const
     for (const auto &[pod, container] : containers) {
         names.append(container);
     }
-    return nameSpace + QLatin1String(" Logs | ") + names.join(QLatin1Char(','));
+    return nameSpace + QLatin1String(" Logs | ") + names.join(QLatin1Char(',')) + QStringLiteral(" — ")
+        + place();
+}
+
+QString CombinedLogsViewController::place() const
+{
+    return context + QLatin1String(" / ") + nameSpace;
 }
 
 void CombinedLogsViewController::showEvent(QShowEvent *event)
@@ -99,7 +106,7 @@ void CombinedLogsViewController::viewDidAppear()
         return;
     }
     m_appeared = true;
-    window()->setWindowTitle(title());
+    window()->setWindowTitle(display_text::clean(title()));
     m_band->setContext(context);
     m_logTextView->setTextFont(logAttributes.font());
     m_logTextView->setBackground(logAttributes.background().color());

@@ -59,8 +59,10 @@ public:
     ColorIndexView *colorIndexView() const { return m_colorIndexView; }
     QTableWidget *colorIndexTableView() const;
 
-    /// The namespace and the containers' names.
+    /// The namespace and the containers' names, then the place.
     QString title() const;
+    /// Context and namespace.
+    QString place() const;
     /// Starts the streams, the first time.
     void viewDidAppear();
     /// Ends the streams that still run.

@@ -187,6 +187,7 @@ void CombinedLogsWindowController::buildLayout()
     auto *line = new QWidget;
     auto *lineLayout = new QHBoxLayout(line);
     lineLayout->setContentsMargins(8, 2, 8, 2);
+    lineLayout->addWidget(makePlaceLabel());
     lineLayout->addWidget(m_status);
     lineLayout->addStretch(1);
     lineLayout->addWidget(m_notice);
@@ -209,6 +210,25 @@ void CombinedLogsWindowController::buildLayout()
     layout->addWidget(m_findBar);
     layout->addWidget(line);
     setCentralWidget(central);
+}
+
+/// Where the text comes from, also when the title is too long for its bar.
+QWidget *CombinedLogsWindowController::makePlaceLabel()
+{
+    constexpr int widest = 320;
+    auto *label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    label->setAccessibleName(tr("Context and Namespace"));
+    QFont bold = label->font();
+    bold.setBold(true);
+    label->setFont(bold);
+    label->setContentsMargins(0, 0, 12, 0);
+    connect(this, &QWidget::windowTitleChanged, label, [this, label] {
+        const QString place = display_text::clean(m_content->place());
+        label->setText(label->fontMetrics().elidedText(place, Qt::ElideMiddle, widest));
+        label->setToolTip(display_text::toolTip(place));
+    });
+    return label;
 }
 
 void CombinedLogsWindowController::connectParts()

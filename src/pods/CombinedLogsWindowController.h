@@ -43,6 +43,7 @@ private:
     QAction *addCommand(const QString &text, const QString &tip, const QKeySequence &shortcut);
     void buildToolBar();
     void buildLayout();
+    QWidget *makePlaceLabel();
     void connectParts();
     void chooseFile();
     void clear();

@@ -29,7 +29,7 @@ CommandEntryBar::CommandEntryBar(QWidget *parent)
     m_field->setAccessibleName(tr("Command"));
     m_field->setFont(console_style::font());
     m_field->setMaxLength(longestCommand);
-    m_field->setPlaceholderText(tr("Type a command, such as kubectl get pods"));
+    setHint(tr("Type a command, such as kubectl get pods"));
     m_field->installEventFilter(this);
     m_running->setAccessibleName(tr("Running Scripts"));
     m_running->setTextFormat(Qt::PlainText);
@@ -54,6 +54,13 @@ void CommandEntryBar::buildLayout()
     layout->addWidget(m_running);
     layout->addWidget(m_stop);
     setTabOrder(m_field, m_stop);
+}
+
+void CommandEntryBar::setHint(const QString &text)
+{
+    const QString shown = display_text::clean(text);
+    m_field->setPlaceholderText(shown);
+    m_field->setAccessibleDescription(shown);
 }
 
 void CommandEntryBar::setRunningText(const QString &text, const QStringList &all)

@@ -18,6 +18,8 @@ public:
     explicit CommandEntryBar(QWidget *parent = nullptr);
 
     QLineEdit *field() const { return m_field; }
+    /// What the field says while it is empty.
+    void setHint(const QString &text);
     /// Empty: nothing runs. The tool tip names all of several.
     void setRunningText(const QString &text, const QStringList &all);
     /// The typed commands that run now; without any, there is no button.

@@ -86,6 +86,26 @@ Reach reachOf(const QStringList &words, const WindowState &window)
     return window.currentContext().isEmpty() ? Reach::Now : Reach::WhenSettled;
 }
 
+/// Where a typed line goes that does not say so itself, for the field that it is typed into.
+QString destinationOf(WindowState &window)
+{
+    using Console = ConsoleViewController;
+    const QString context = window.currentContext();
+    const QString nameSpace = window.currentNamespace();
+    if (const QString hint = window.loadingHint(); !hint.isEmpty()) {
+        return (context.isEmpty() ? Console::tr("Commands go to no cluster yet: %1")
+                                  : Console::tr("Commands for the cluster are not run now: %1"))
+            .arg(hint.section(QLatin1Char('\n'), 0, 0));
+    }
+    if (nameSpace != allNamespaces) {
+        return Console::tr("Type a command; it runs in %1 / %2").arg(context, nameSpace);
+    }
+    const auto view = window.kubeCtl().view();
+    return view
+        ? Console::tr("Type a command; without -n or -A it runs in %1 / %2").arg(context, view->nameSpace())
+        : Console::tr("Type a command; it runs in %1").arg(context);
+}
+
 } // namespace
 
 ConsoleViewController::ConsoleViewController(QObject *parent)
@@ -138,6 +158,17 @@ QLineEdit *ConsoleViewController::commandEntryTextField() const
 void ConsoleViewController::setKubeSplitViewController(WindowState *window)
 {
     m_window = window;
+    if (window) {
+        connect(window, &WindowState::loadingHintChanged, this, &ConsoleViewController::showDestination);
+    }
+    showDestination();
+}
+
+void ConsoleViewController::showDestination()
+{
+    if (m_bar && m_window) {
+        m_bar->setHint(destinationOf(*m_window));
+    }
 }
 
 void ConsoleViewController::addEntry(

@@ -57,6 +57,8 @@ public:
 public Q_SLOTS:
     /// Empties the text; the entries, and so the history, stay.
     void clearLogs();
+    /// Says in the field where a typed line goes now.
+    void showDestination();
     void runTypedCommand();
     void moveUp();
     void moveDown();

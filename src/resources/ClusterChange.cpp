@@ -14,6 +14,7 @@ ChangePlace::ChangePlace(WindowState &shown)
     : window(&shown)
     , context(shown.currentContext())
     , nameSpace(shown.currentNamespace())
+    , kubeConfig(shown.kubeConfigPath())
 {
 }
 
@@ -24,17 +25,24 @@ bool ChangePlace::isStillShown() const
 
 QString ChangePlace::text(const ResourceKind &kind) const
 {
-    return kind.namespaced ? text() : QStringLiteral("Context: %1").arg(context);
+    return placeText(context, kind.namespaced ? nameSpace : QString(), kubeConfig);
 }
 
 QString ChangePlace::text() const
 {
-    return placeText(context, nameSpace);
+    return placeText(context, nameSpace, kubeConfig);
 }
 
-QString placeText(const QString &context, const QString &nameSpace)
+QString placeText(const QString &context, const QString &nameSpace, const QString &configPath)
 {
-    return QStringLiteral("Context: %1\nNamespace: %2").arg(context, nameSpace);
+    QStringList lines{QLatin1String("Context: ") + context};
+    if (!nameSpace.isEmpty()) {
+        lines.append(QLatin1String("Namespace: ") + nameSpace);
+    }
+    if (const QString files = kubeConfigFiles(configPath); files != kubeConfigFiles({})) {
+        lines.append(QLatin1String("Kubeconfig: ") + files);
+    }
+    return lines.join(QLatin1Char('\n'));
 }
 
 QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace)

@@ -17,18 +17,21 @@ struct ChangePlace
 
     /// The window is there, and shows the same context and namespace as then.
     bool isStillShown() const;
-    /// "Context: ..." and, for namespaced kinds, "Namespace: ..." on a line of its own.
+    /// "Context: ...", for namespaced kinds "Namespace: ...", and "Kubeconfig: ..." when that is not
+    /// kubectl's default, each on a line of its own.
     QString text(const ResourceKind &kind) const;
-    /// Both lines.
+    /// All of them.
     QString text() const;
 
     QPointer<WindowState> window;
     QString context;
     QString nameSpace;
+    QString kubeConfig; ///< the window's path, or list of paths
 };
 
-/// How a question names a context and a namespace: a line each.
-QString placeText(const QString &context, const QString &nameSpace);
+/// How a question names a place: a line each for the context, the namespace unless it is empty, and the
+/// kubeconfig unless `configPath` means kubectl's default.
+QString placeText(const QString &context, const QString &nameSpace, const QString &configPath);
 
 /// Why objects of this kind cannot be changed there: all namespaces are shown, and a name does not tell which
 /// one is meant. Empty when they can.

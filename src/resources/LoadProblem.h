@@ -10,9 +10,14 @@ namespace tidewright {
 QString loadProblem(const LoadOutcome &outcome);
 
 /// kubectl writes log lines for its developers ("E1122 21:14:24.176194 12847 memcache.go:265] ...") before
-/// the sentence for its user. That sentence comes first here; the log lines follow once each, without their
-/// time.
+/// the sentence for its user; a long value goes on below its line, from `=<` to a line with ` >`. That
+/// sentence comes first here; the log lines follow once each, without their time. Before all of it stands
+/// what `helperProblem` says.
 QString sentenceFirst(const QString &errorText);
+
+/// Of a kubectl that could not sign in because a program that does it for it was not found: which one, and
+/// what the user can do about it, a sentence or two. Empty when that is not what the error text says.
+QString helperProblem(const QString &errorText);
 
 /// The first line of a text.
 QString firstLine(const QString &text);

@@ -40,7 +40,7 @@ SharedContentViewController::SharedContentViewController(
     , m_pipeline(new ListingPipeline(*m_model, this))
     , m_tableView(new ResourceTableView(*m_arranged))
     , m_statusBar(new TableStatusBar)
-    , m_previews(std::make_unique<TablePreviews>(*m_tableView, m_window, this->kind().resourceName))
+    , m_previews(std::make_unique<TablePreviews>(*m_tableView, m_window, this->kind()))
 {
     m_tableView->setAccessibleName(this->kind().tableName);
     for (int index = 0; index < m_model->columnCount(); ++index) {
@@ -395,9 +395,8 @@ void SharedContentViewController::showQuickLookPanel()
     if (clicked >= 0 && !m_tableView->clickedRowIsSelected()) {
         m_tableView->selectRow(clicked);
     }
-    if (canName({}, QStringLiteral("Nothing was previewed"))) { // the panel tells about names
-        PreviewPanel::shared().present(*m_previews, *this);
-    }
+    canName({}, nothingPreviewed()); // the panel tells about names, and this too
+    PreviewPanel::shared().present(*m_previews, *this);
 }
 
 bool SharedContentViewController::canName(const QStringList &names, const QString &notDone) const

@@ -7,10 +7,15 @@
 
 namespace tidewright {
 
-TablePreviews::TablePreviews(ResourceTableView &view, WindowState &window, const QString &resourceName)
+QString nothingPreviewed()
+{
+    return QStringLiteral("Nothing was previewed");
+}
+
+TablePreviews::TablePreviews(ResourceTableView &view, WindowState &window, const ResourceKind &kind)
     : m_view(view)
     , m_window(window)
-    , m_resourceName(resourceName)
+    , m_kind(kind)
 {
 }
 
@@ -41,8 +46,8 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
         ready(recent, QString());
         return;
     }
-    if (const QString reason = nameObstacle({request.name}); !reason.isEmpty()) {
-        ready(std::nullopt, reason);
+    if (const QString reason = whyNotByName(m_kind, {request.name}, request.nameSpace); !reason.isEmpty()) {
+        ready(std::nullopt, nothingPreviewed() + QLatin1String(": ") + reason);
         return;
     }
     fetch(request, ready);
@@ -56,7 +61,7 @@ bool TablePreviews::isCurrent(const Request &request) const
 void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
 {
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
-        request.nameSpace, m_resourceName, request.name, QStringLiteral("-o"), QStringLiteral("yaml")};
+        request.nameSpace, m_kind.resourceName, request.name, QStringLiteral("-o"), QStringLiteral("yaml")};
     const QString path = PreviewFiles::pathFor(request.nameSpace, request.name);
     endFetch();
     m_shell = m_window.kubeCtl().makeShell();

@@ -2,11 +2,15 @@
 #pragma once
 
 #include "resources/PreviewFiles.h"
+#include "resources/ResourceKind.h"
 #include "resources/WindowState.h"
 
 namespace tidewright {
 
 class ResourceTableView;
+
+/// What a refusal begins with.
+QString nothingPreviewed();
 
 /// The selected rows of one table as previews: each object's YAML, fetched by kubectl and kept for five
 /// seconds. Owned by the table; main thread.
@@ -14,7 +18,8 @@ class TablePreviews : public QObject, public PreviewSource
 {
     Q_OBJECT
 public:
-    TablePreviews(ResourceTableView &view, WindowState &window, const QString &resourceName);
+    /// `kind` must outlive the previews.
+    TablePreviews(ResourceTableView &view, WindowState &window, const ResourceKind &kind);
     ~TablePreviews() override;
 
     int numberOfPreviewItems() const override;
@@ -39,7 +44,7 @@ private:
 
     ResourceTableView &m_view;
     WindowState &m_window;
-    const QString m_resourceName;
+    const ResourceKind &m_kind;
     PreviewFiles m_files;
     std::shared_ptr<Shell> m_shell; // of the fetch under way
 };

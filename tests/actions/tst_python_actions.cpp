@@ -364,7 +364,7 @@ class Action(tidewright_actions.Action):
                 if (box->text() == context) {
                     const auto labels = box->findChildren<QLabel *>();
                     QVERIFY(std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
-                        return label->text() == u"Context: %1\nNamespace: "_s.arg(context);
+                        return QString(label->text() + u'\n').startsWith(u"Context: %1\n"_s.arg(context));
                     }));
                     box->defaultButton()->click();
                 }

@@ -31,9 +31,9 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QStyledItemDelegate>
 #include <QTabBar>
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace tidewright;
@@ -416,8 +416,10 @@ void tst_action_menu::questionsSayWhere()
         QTRY_VERIFY(app.frame->findChild<QMessageBox *>());
         auto *box = app.frame->findChild<QMessageBox *>();
         const auto labels = box->findChildren<QLabel *>();
-        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
-            return label->text() == u"Action: act\nPod: db-1\nContext: b\nNamespace: default"_s;
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+            return label->text()
+                == u"Action: act\nPod: db-1\nContext: b\nNamespace: default\nKubeconfig: "_s
+                + app.cluster.kubeConfig();
         }));
         if (moves) {
             app.page().state().chooseNamespace(u"shop"_s);
@@ -429,6 +431,8 @@ void tst_action_menu::questionsSayWhere()
             break;
         }
         QTRY_VERIFY(!app.frame->findChild<QMessageBox *>());
+        const auto *console = app.page().windowConsoleController().consoleTextView();
+        QTRY_VERIFY(console->toPlainText().contains(u"was not run"_s));
         app.page().state().chooseNamespace(u"default"_s);
         QTRY_COMPARE(app.pods().arrangedObjects().rowCount(), 3);
         app.pods().tableView().selectRow(1);
@@ -725,8 +729,10 @@ class Action(tw.Action):
             app.page().state().chooseNamespace(u"shop"_s);
         }
         const auto labels = box->findChildren<QLabel *>();
-        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
-            return label->isVisible() && label->text() == u"Context: b\nNamespace: default"_s;
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+            return label->isVisible()
+                && label->text()
+                == u"Context: b\nNamespace: default\nKubeconfig: "_s + app.cluster.kubeConfig();
         }));
         box->buttons().first()->click(); // for where it was asked, as the question says
         QTRY_COMPARE(app.entries().count(u"b default db-1: True"_s), toContext ? 2 : 1);

@@ -109,6 +109,7 @@ private Q_SLOTS:
     void windowsComeBack();
     void frameIsRemembered();
     void listsAreSearchedByTyping();
+    void namespacesAreTypedWhereTheyAreSecret();
     void createFromFiles();
     void logsOpenInWindowsOfTheirOwn();
     void quittingWaitsForNobody();
@@ -294,6 +295,7 @@ void tst_cluster_window::titles()
     QCOMPARE(app.frame->currentPage(), opened);
     QTRY_COMPARE(app.frame->windowTitle(), windowTitle.replace(u"PATH"_s, path));
     QCOMPARE(app.frame->tabBar()->tabText(1), tabTitle);
+    QVERIFY(app.frame->tabBar()->tabToolTip(1).contains(u"Kubeconfig: "_s + path));
     QCOMPARE(opened->state().kubeConfigPath(), path);
 }
 
@@ -472,6 +474,37 @@ void tst_cluster_window::listsAreSearchedByTyping()
     QCOMPARE(app.page().state().currentNamespace(), u"team-1998"_s);
     QCOMPARE(list->currentText(), u"team-1998"_s);
     QTRY_VERIFY(app.cluster.ended().contains(u"set team-1998"_s));
+}
+
+void tst_cluster_window::namespacesAreTypedWhereTheyAreSecret()
+{
+    Application app;
+    app.cluster.fail(u"namespaces"_s, "Error from server (Forbidden): namespaces is forbidden");
+    app.load();
+    QPointer<SearchableComboBox> list = app.page().toolBar().namespacesPopupButton();
+    const auto type = [&list](const QString &text) { // returns how many rows are offered
+        QTest::keyClicks(list, text.left(1));
+        auto *search = list->findChild<QLineEdit *>();
+        QTest::keyClicks(search, text.mid(1));
+        const int rows = search->parentWidget()->findChild<QListView *>()->model()->rowCount();
+        QTest::keyClick(search, rows > 0 ? Qt::Key_Return : Qt::Key_Escape);
+        return rows;
+    };
+    const QString before = app.page().state().currentNamespace();
+    for (const QString &nonsense : {u"Night"_s, u"night_"_s, u"-night"_s, QString(64, u'n')}) {
+        QCOMPARE(type(nonsense), 0);
+        QTRY_VERIFY(!list->findChild<QLineEdit *>());
+    }
+    QCOMPARE(app.page().state().currentNamespace(), before);
+    QCOMPARE(type(u"night-shift"_s), 1);
+    QCOMPARE(app.page().state().currentNamespace(), u"night-shift"_s);
+    QTRY_VERIFY(app.cluster.ended().contains(u"set night-shift"_s));
+    QTRY_VERIFY(!list->findChild<QLineEdit *>());
+    QCOMPARE(type(before), 1); // leave it, and find it again in another tab
+    QTRY_COMPARE(app.page().state().currentNamespace(), before);
+    list = app.frame->addTab()->toolBar().namespacesPopupButton();
+    QTRY_VERIFY(list->isEnabled());
+    QVERIFY(list->findText(u"night-shift"_s) >= 0);
 }
 
 void tst_cluster_window::createFromFiles()

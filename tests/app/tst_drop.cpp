@@ -45,7 +45,7 @@ struct Drop
         QTRY_COMPARE(page->state().currentNamespace(), u"default"_s);
     }
 
-    /// As the window system tells it, over the middle of the table.
+    /// As the window system tells it, over the table's beginning: a passing message may cover what is below.
     void drag(const QStringList &urls)
     {
         dragged.setUrls(QUrl::fromStringList(urls));
@@ -72,7 +72,10 @@ struct Drop
     }
 
     QWindow *window() const { return delegate.mainWindow()->windowHandle(); }
-    QPoint place() const { return view->mapTo(delegate.mainWindow(), view->rect().center()); }
+    QPoint place() const
+    {
+        return view->mapTo(delegate.mainWindow(), view->rect().topLeft() + QPoint(20, 20));
+    }
 
     QMessageBox *question() const { return delegate.mainWindow()->findChild<QMessageBox *>(); }
 

@@ -314,7 +314,9 @@ private Q_SLOTS:
             }
             QCOMPARE(window.answered(), said.isEmpty() ? ran : said);
             QCOMPARE(window.state.loadingHint(),
-                said.isEmpty() ? QString() : said + u"\nReload shows what is there now."_s);
+                said.isEmpty()
+                    ? QString()
+                    : said + u"\nReload shows what is there now; another context can be chosen above."_s);
             if (round == 0) {
                 cluster.edit(edited, asKnown);
                 QCOMPARE(window.answered(), ran);
@@ -448,7 +450,9 @@ private Q_SLOTS:
         runChange(ChangePlace(window->state), {u"kubectl"_s, u"delete"_s, u"po"_s}, u"Nothing was deleted"_s);
         window.reset();
         setMainConsoleLookup([&other] { return &other; });
-        QTRY_COMPARE(notified.value(1), u"Context: b\nNamespace: shop\n"_s + other.errors.value(0));
+        QTRY_COMPARE(notified.value(1),
+            u"Context: b\nNamespace: shop\nKubeconfig: "_s + cluster.kubeConfig() + u'\n'
+                + other.errors.value(0));
         QVERIFY(other.errors.value(0).startsWith(u"Nothing was deleted: its window was closed"_s));
         cluster.release(u"set shop"_s);
         cluster.release(u"namespaces"_s);

@@ -21,14 +21,15 @@ using namespace tidewright::test;
 namespace {
 
 #define FILES "KUBECONFIG=/k\u00e4se/config\n"
+#define ALONE "KUBECONFIG=VIEW\n"
 #define VIEWED "KUBECONFIG=VIEW:/k\u00e4se/config\n"
 #define CONTEXTS                                                                                             \
     "\"config\"\n\"view\"\n\"-ojsonpath={.current-context}\n{range .contexts[*]}{.name}\t{end}\"\n" FILES
 #define NAMESPACES "\"get\"\n\"ns\"\n\"-o=jsonpath={.items[*].metadata.name}\"\n" VIEWED
 #define LOGGED "kubectl get ns -o=jsonpath={.items[*].metadata.name}|"
 #define READ "\"config\"\n\"view\"\n\"-ojson\"\n"
-#define USE(name) "\"config\"\n\"use-context\"\n\"" name "\"\n" VIEWED
-#define SET(name) "\"config\"\n\"set-context\"\n\"--current\"\n\"--namespace=" name "\"\n" VIEWED
+#define USE(name) "\"config\"\n\"use-context\"\n\"" name "\"\n" ALONE
+#define SET(name) "\"config\"\n\"set-context\"\n\"--current\"\n\"--namespace=" name "\"\n" ALONE
 #define CONFIG(current, nameSpace)                                                                           \
     "{\"kind\":\"Config\",\"current-context\":\"" current "\",\"contexts\":["                                \
     "{\"name\":\"a\",\"context\":{\"cluster\":\"c\",\"namespace\":\"" nameSpace "\"}},"                      \
@@ -449,7 +450,7 @@ private:
         QFile file(m_folder->filePath(QStringLiteral("record")));
         QString text = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
         return text.replace(
-            QRegularExpression(QStringLiteral("=[^:\n]*/views/view-[^:/]{6}:")), QStringLiteral("=VIEW:"));
+            QRegularExpression(QStringLiteral("=[^:\n]*/views/view-[^:/\n]{6}")), QStringLiteral("=VIEW"));
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ApplicationRecord.h"
+#include "core/ProgramFolders.h"
 #include "platform/MainQueue.h"
+#include "platform/UserDefaults.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
+#include <QDir>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace tidewright;
 using namespace tidewright::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -69,6 +74,29 @@ private Q_SLOTS:
         QTEST(result.output, "output");
         QCOMPARE(result.error.has_value(), !error.isNull());
         QCOMPARE(result.error.value_or(QString()), error);
+    }
+
+    void addedFoldersComeLastInTheSearchPath_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QByteArray>("added");
+        QTest::newRow("none") << u" \n:\n"_s << QByteArray();
+        QTest::newRow("lines, and as in PATH")
+            << u" /opt/a b \n/c//d/:/e\n"_s << QByteArray(":/opt/a b:/c/d:/e");
+        QTest::newRow("at home") << u"~/sdk/bin"_s << ':' + QFile::encodeName(QDir::homePath()) + "/sdk/bin";
+        QTest::newRow("relative ones depend on where a program runs") << u"bin\n.\n/c"_s << QByteArray(":/c");
+    }
+    void addedFoldersComeLastInTheSearchPath()
+    {
+        const QTemporaryDir folder;
+        UserDefaults settings(folder.filePath(u"settings.json"_s));
+        setUserDefaultsForTesting(&settings);
+        const auto reset = qScopeGuard([] { setUserDefaultsForTesting(nullptr); });
+        QFETCH(QString, typed);
+        program_folders::setAdded(typed.split(u'\n'));
+        QFETCH(QByteArray, added);
+        QCOMPARE(runToEnd(Shell::create(), fakeTool("environment PATH")).output,
+            "/bin:/usr/bin/:/usr/local/bin" + added);
     }
 
     void whatIsNotThePackagedKubectlIsLookedUp_data()

@@ -38,6 +38,11 @@ struct Collector
         const std::lock_guard lock(mutex);
         return errors.isEmpty() ? output : output + u'|' + errors;
     }
+    QStringList endings()
+    {
+        const std::lock_guard lock(mutex);
+        return ends;
+    }
 };
 
 qsizetype aliveIn(const QTemporaryDir &folder)
@@ -90,8 +95,8 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(
             m_collector.use_count(), 1L, 20'000); // the stream is over: its handler is gone
         QCOMPARE(m_collector->text(), text);
-        QTEST(m_collector->ends.join(u'|'), "end");
-        QCOMPARE(m_collector->ends.size(), 1);
+        QTEST(m_collector->endings().join(u'|'), "end");
+        QCOMPARE(m_collector->endings().size(), 1);
         QCOMPARE(shell->process(), nullptr);
         QVERIFY(QFile(go).open(QIODevice::WriteOnly));
     }
@@ -169,7 +174,7 @@ private Q_SLOTS:
         }
         QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 0, 20'000);
         QTRY_COMPARE(m_collector.use_count(), 1L);
-        QCOMPARE(m_collector->ends, QStringList{QString()}); // stopped: no failure
+        QCOMPARE(m_collector->endings(), QStringList{QString()}); // stopped: no failure
     }
 
     void lettingGoOfManyFloodsAtAnyMoment()
@@ -188,7 +193,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(aliveIn(folder), 0, 20'000);
         QTRY_COMPARE_WITH_TIMEOUT(m_collector.use_count(), 1L, 20'000);
         QCOMPARE(aliveIn(folder), 0);
-        QCOMPARE(m_collector->ends, QStringList(40));
+        QCOMPARE(m_collector->endings(), QStringList(40));
     }
 
 private:

@@ -128,7 +128,7 @@ private Q_SLOTS:
         QFETCH(QString, nameSpace);
         auto &content = open(
             {{u"web"_s, u"app"_s}, {u"deploy/db"_s, allContainers}}, u"/etc/kc"_s, u"demo"_s, nameSpace);
-        QCOMPARE(m_window->windowTitle(), nameSpace + u" Logs | app,--all-containers"_s);
+        QCOMPARE(m_window->windowTitle(), u"%1 Logs | app,--all-containers — demo / %1"_s.arg(nameSpace));
         QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
         m_window->hide();
         m_window->show();

@@ -14,6 +14,7 @@
 #include "resources/EventController.h"
 #include "resources/FieldText.h"
 #include "resources/Job.h"
+#include "resources/LoadProblem.h"
 #include "resources/Merge.h"
 #include "resources/PersistentVolume.h"
 #include "resources/ReplicaSet.h"
@@ -162,6 +163,8 @@ private Q_SLOTS:
     void realListings_data();
     void realListings();
     void accountsWithoutSecrets_data();
+    void helperProblems_data();
+    void helperProblems();
     void accountsWithoutSecrets();
 };
 
@@ -514,6 +517,51 @@ void tst_kinds::accountsWithoutSecrets()
         }
         setMainConsoleLookup(nullptr);
     }
+}
+
+void tst_kinds::helperProblems_data()
+{
+    QTest::addColumn<QString>("errorText"); // of clients 1.20 and 1.32
+    QTest::addColumn<QString>("named");
+    QTest::addColumn<bool>("pointsToPreference");
+    const auto missing = u"getting credentials: exec: executable aws-iam not found\n\nIt looks like you are "
+                         "trying to use a client-go credential plugin that is not installed.\n"_s;
+    const auto noFile = u"getting credentials: exec: fork/exec /opt/aws-iam: no such file or directory"_s;
+    const auto connect = u"Unable to connect to the server: "_s;
+    const QString logged
+        = u"E1123 11:06:54.20%1   16021 memcache.go:265] \"Unhandled Error\" err=<\n\tcouldn't get current "
+          "server API group list: "_s
+        + QString(missing).replace(u'\n', u"\n\t"_s) + u"\n >\n"_s;
+    QTest::newRow("1.20") << connect + missing << u"“aws-iam”"_s << true;
+    QTest::newRow("1.32") << logged.arg(3) + logged.arg(5) + connect + missing << u"“aws-iam”"_s << true;
+    QTest::newRow("a path") << connect + noFile << u" /opt/aws-iam"_s << false;
+    QTest::newRow("a program that it needs")
+        << connect + u"getting credentials: exec: executable /opt/gke failed with exit code 127"_s
+        << u"“/opt/gke”"_s << true;
+    QTest::newRow("removed, 1.32") << u"error: The gcp auth plugin has been removed.\n"_s << u"“gcp”"_s
+                                   << false;
+    QTest::newRow("another failure") << connect
+            + u"getting credentials: exec: executable aws-iam failed with exit code 1"_s
+                                     << QString() << false;
+    QTest::newRow("an object") << u"Error from server (NotFound): pods \"exec\" not found"_s << QString()
+                               << false;
+}
+
+void tst_kinds::helperProblems()
+{
+    QFETCH(QString, errorText);
+    QFETCH(QString, named);
+    const QString shown = sentenceFirst(errorText);
+    const QString first = firstLine(shown);
+    QTEST(first.contains(u"Helper programs"_s), "pointsToPreference");
+    if (named.isEmpty()) {
+        QCOMPARE(shown, errorText);
+        return;
+    }
+    QVERIFY2(first.contains(named), qPrintable(first));
+    const QString words = errorText.mid(qMax(0, errorText.lastIndexOf(u"Unable to"_s))).trimmed();
+    QVERIFY2(shown.startsWith(first + u'\n' + words), qPrintable(shown)); // kubectl's own stay
+    QCOMPARE(shown.count(u"couldn't"_s), errorText.contains(u"couldn't"_s)); // what it logs, once
 }
 
 QTEST_MAIN(tst_kinds)

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/ProgramFolders.h"
+
+#include "platform/UserDefaults.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace tidewright::program_folders {
+
+namespace {
+
+const auto settingKey = QStringLiteral("helperProgramFolders"); // a list as in PATH
+const auto pathName = QByteArrayLiteral("PATH");
+
+} // namespace
+
+QStringList added()
+{
+    return userDefaults().string(settingKey).value_or(QString()).split(QLatin1Char(':'), Qt::SkipEmptyParts);
+}
+
+void setAdded(const QStringList &folders)
+{
+    QStringList kept;
+    for (const QString &folder : folders.join(QLatin1Char(':')).split(QLatin1Char(':'))) {
+        if (!folder.trimmed().isEmpty()) {
+            kept.append(folder.trimmed());
+        }
+    }
+    if (kept.isEmpty()) {
+        userDefaults().remove(settingKey);
+    } else {
+        userDefaults().set(settingKey, kept.join(QLatin1Char(':')));
+    }
+}
+
+QString inPath(const QString &folder)
+{
+    const QString path = withTildeExpanded(folder);
+    return QDir::isAbsolutePath(path) ? QDir::cleanPath(path) : QString();
+}
+
+void setPath(Environment &environment)
+{
+    environment.insert(pathName, QByteArrayLiteral("/bin:/usr/bin/:/usr/local/bin"));
+    appendTo(environment);
+}
+
+void appendTo(Environment &environment)
+{
+    for (const QString &folder : added()) {
+        if (const QString path = inPath(folder); !path.isEmpty()) {
+            QByteArray &list = environment[pathName];
+            list += (list.isEmpty() ? QByteArray() : QByteArrayLiteral(":")) + QFile::encodeName(path);
+        }
+    }
+}
+
+} // namespace tidewright::program_folders

@@ -1,0 +1,553 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/AppDelegate.h"
+#include "app/ClusterWindowFrame.h"
+#include "app/DestinationView.h"
+#include "app/KubeSplitViewController.h"
+#include "app/MainWindowController.h"
+#include "app/PrimaryContentController.h"
+#include "app/SidebarController.h"
+#include "core/ApplicationRecord.h"
+#include "platform/Notifications.h"
+#include "pods/ConsoleTextView.h"
+#include "pods/ConsoleViewController.h"
+#include "pods/ContainerCopy.h"
+#include "resources/CronJobController.h"
+#include "resources/ReplicaCell.h"
+#include "resources/ResourceTableView.h"
+#include "support/Patience.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QFile>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProcess>
+#include <QSocketNotifier>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWindow>
+
+#include <iostream>
+
+using namespace tidewright;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Two clusters that nobody can reach: what matters is where a command would have gone.
+constexpr auto kubeConfigText = R"(apiVersion: v1
+kind: Config
+current-context: alpha
+clusters:
+- {name: alpha, cluster: {server: "https://alpha.invalid"}}
+- {name: beta, cluster: {server: "https://beta.invalid"}}
+contexts:
+- {name: alpha, context: {cluster: alpha, user: me, namespace: one}}
+- {name: beta, context: {cluster: beta, user: me, namespace: one}}
+users:
+- {name: me, user: {token: t}}
+)";
+
+const auto secondProcess = u"--second-process"_s;
+
+bool within(const std::function<bool()> &condition)
+{
+    return QTest::qWaitFor(condition, 20'000);
+}
+
+/// What windows run on, on disk: the recorder in the place of kubectl, a kubeconfig, actions, an editor and a
+/// terminal. One for all rows.
+struct Machine
+{
+    Machine()
+    {
+        for (const char *variable : {"XDG_DATA_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "TMPDIR"}) {
+            qputenv(variable, QFile::encodeName(folder.path()));
+        }
+        qputenv("PATH", QFile::encodeName(folder.path()) + ":/usr/bin:/bin");
+        qputenv("SHELL", "/bin/true"); // what a terminal leaves open
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
+        QFile::link(QStringLiteral(RECORDING_KUBECTL), path(u"kubectl"_s));
+        QFile::link(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"), path(u"real"_s));
+        setKubectlPath(path(u"kubectl"_s));
+        write(u"kate"_s, "#!/bin/sh\nfor file; do :; done\necho edited >> \"$file\"\n");
+        write(u"xdg-terminal-exec"_s, "#!/bin/sh\nexec \"$@\"\n");
+        for (const QString &title : {u"background"_s, u"terminal"_s}) {
+            write(u"Tidewright/Actions/%1/main.sh"_s.arg(title),
+                "#!/bin/sh\n\"$KUBECTL\" delete po by-" + title.toUtf8() + '\n');
+            write(u"Tidewright/Actions/%1/config.json"_s.arg(title),
+                R"({"scope":"namespace","open_in_terminal":)"
+                    + QByteArray(title == u"terminal" ? "true}" : "false}"));
+        }
+        write(u"Tidewright/Actions/python/config.json"_s, R"({"scope":"namespace","is_smart_action":true})");
+        write(u"Tidewright/Actions/python/main.py"_s,
+            "import tidewright_actions as tw\nclass Action(tw.Action):\n"
+            "    def run(self): self.kubectl('delete', 'po', 'by-python')\n");
+    }
+
+    QString path(const QString &name) const { return folder.filePath(name); }
+    QString kubeConfig() const { return path(u"kubeconfig"_s); }
+    void write(const QString &name, const QByteArray &bytes) const
+    {
+        QDir().mkpath(QFileInfo(path(name)).path());
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    void remove(const QString &name) const { QFile::remove(path(name)); }
+    QString read(const QString &name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+    /// Another program's kubectl.
+    void outside(const QString &line) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        process.start(path(u"real"_s), u"--kubeconfig=kubeconfig config "_s.append(line).split(u' '));
+        QVERIFY(process.waitForFinished() && process.exitCode() == 0);
+    }
+
+    QTemporaryDir folder;
+};
+
+/// One window that shows the context alpha and its namespace "three", and perhaps another.
+struct Windows
+{
+    explicit Windows(const Machine &on)
+        : machine(on)
+        , settings(on.path(u"settings.json"_s))
+    {
+        setUserDefaultsForTesting(&settings);
+        applicationRecord() = {};
+        settings.set(u"defaultKubeConfigPath"_s, machine.kubeConfig());
+        settings.set(u"preferredEditor"_s, u"Kate"_s);
+        settings.set(u"preferredTerminal"_s, u"Terminal"_s);
+        settings.set(
+            u"lastNamespaces"_s, UserDefaults::Dictionary{{u"alpha"_s, u"three"_s}, {u"beta"_s, u"three"_s}});
+        setNotificationFallback(
+            [this](const QString &title, const QString &text) { notified += title + u'\n' + text + u'\n'; });
+        page = open();
+    }
+    ~Windows()
+    {
+        delegate.applicationWillTerminate();
+        setUserDefaultsForTesting(nullptr);
+    }
+
+    MainWindowController *open()
+    {
+        delegate.newDocument();
+        MainWindowController *opened = delegate.mainWindow()->currentPage();
+        [&] { QTRY_VERIFY(isLoaded(*opened)); }();
+        return opened;
+    }
+    static bool isLoaded(const MainWindowController &window)
+    {
+        const auto *table = window.primaryContentController().shownTable();
+        return window.state().namespaceList().enabled && table->rowsAsOf().isValid() && !table->isListing()
+            && !table->tableItems().empty();
+    }
+    SharedContentViewController &table() const { return *page->primaryContentController().shownTable(); }
+    /// Shows a kind of objects with its only row selected.
+    void select(const QString &kind) const
+    {
+        page->sidebarController().select(kind);
+        QTRY_VERIFY(isLoaded(*page));
+        table().tableView().selectRow(0);
+    }
+    QMessageBox *question() const { return page->window()->findChild<QMessageBox *>(); }
+    void answer(const QString &title) const
+    {
+        QTRY_VERIFY(question());
+        const auto buttons = question()->buttons();
+        const auto button = std::find_if(
+            buttons.begin(), buttons.end(), [&](const auto *each) { return each->text() == title; });
+        QVERIFY(button != buttons.end());
+        (*button)->click();
+    }
+    void type(const QString &line) const
+    {
+        QLineEdit *field = page->windowConsoleController().commandEntryTextField();
+        field->setText(line);
+        QTest::keyClick(field, Qt::Key_Return);
+    }
+    void runAction(const QString &title)
+    {
+        const auto &items = delegate.actions().customToolbarItems();
+        QTRY_VERIFY(items.contains(title));
+        page->runAction(items.value(title));
+    }
+    void drop(const QString &file) const
+    {
+        QMimeData dropped;
+        dropped.setUrls({QUrl::fromLocalFile(file)});
+        const auto *view = page->findChild<DestinationView *>();
+        const QPoint place = view->mapTo(page->window(), view->rect().center());
+        QDragEnterEvent enter(place, Qt::CopyAction, &dropped, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(page->window()->windowHandle(), &enter);
+        QDropEvent drop(place, Qt::CopyAction, &dropped, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(page->window()->windowHandle(), &drop);
+    }
+    /// Where the window says that it is, as the recorder writes it.
+    QString shown() const
+    {
+        const QString context = page->state().currentContext();
+        return u"%1 %2 https://%1.invalid"_s.arg(context, page->state().currentNamespace());
+    }
+    /// All that the user is told, in whatever window.
+    QString told() const
+    {
+        QString text = notified;
+        for (const QWidget *window : QApplication::topLevelWidgets()) {
+            for (const auto *console : window->findChildren<ConsoleTextView *>()) {
+                text += console->toPlainText() + u'\n';
+            }
+        }
+        return text;
+    }
+    bool isSettled() const
+    {
+        auto settled = std::make_shared<bool>(!page);
+        if (page) {
+            page->state().whenSettled([settled](const QString &) { *settled = true; });
+        }
+        return within([&] { return *settled; });
+    }
+
+    const Machine &machine;
+    UserDefaults settings;
+    AppDelegate delegate;
+    QPointer<MainWindowController> page;
+    std::optional<ChangePlace> asked;
+    QString notified;
+};
+
+using Step = std::function<void(Windows &)>;
+
+/// What a user does: `ask` up to the last question, `act` behind it.
+struct Operation
+{
+    enum Means { Change, Read };
+
+    const char *name;
+    Means means;
+    QString run; ///< how the arguments of its run begin
+    QString notDone; ///< how a refusal begins
+    Step ask;
+    Step act;
+};
+
+Operation typed(const char *name, const QString &line, const QString &run)
+{
+    return {name, Operation::Change, run, u"was not run"_s, {}, [line](Windows &windows) {
+                windows.type(QString(line).replace(u"KUBECTL"_s, windows.machine.path(u"kubectl"_s)));
+            }};
+}
+
+Operation action(const QString &title)
+{
+    return {qstrdup(qPrintable(title + u" action"_s)), Operation::Change, u"delete po by-"_s + title,
+        u"\"%1\" was not run"_s.arg(title), {}, [title](Windows &windows) { windows.runAction(title); }};
+}
+
+std::vector<Operation> operations()
+{
+    const auto onRow = [](const QString &kind) { return [kind](Windows &w) { w.select(kind); }; };
+    const auto answer = [](const QString &title) { return [title](Windows &w) { w.answer(title); }; };
+    const auto file = [](const Windows &w) { return w.machine.path(u"object.yaml"_s); };
+    return {
+        {"delete", Operation::Change, u"delete po web-1"_s, u"Nothing was deleted"_s,
+            [](Windows &w) {
+                w.select(u"Pods"_s);
+                w.table().deleteRows();
+            },
+            answer(u"Delete"_s)},
+        {"scale", Operation::Change, u"scale "_s, u"Nothing was scaled"_s,
+            [](Windows &w) {
+                w.select(u"Deployments"_s);
+                QTRY_VERIFY(w.table().findChild<ReplicaCell *>());
+                auto *cell = w.table().findChild<ReplicaCell *>();
+                cell->startTyping();
+                QTest::keyClicks(cell->field(), u"7"_s);
+                QTest::keyClick(cell->field(), Qt::Key_Return);
+            },
+            answer(u"Scale Deployment"_s)},
+        {"run a cron job", Operation::Change, u"create job "_s, u"Nothing was run"_s, onRow(u"Cron Jobs"_s),
+            [](Windows &w) { qobject_cast<CronJobController *>(&w.table())->runCronJobNow(); }},
+        {"create from files", Operation::Change, u"create --context"_s, u"Nothing was created"_s,
+            [](Windows &w) { w.asked.emplace(w.page->state()); },
+            [=](Windows &w) { w.page->primaryContentController().createFrom({file(w)}, *w.asked); }},
+        {"drop", Operation::Change, u"create --context"_s, u"Nothing was created"_s,
+            [=](Windows &w) { w.drop(file(w)); }, answer(u"Create"_s)},
+        {"copy into a container", Operation::Change, u"cp "_s, u"Nothing was copied"_s, onRow(u"Pods"_s),
+            [=](Windows &w) {
+                copyIntoContainer(w.table(), {u"web-1"_s, u"app"_s}, {file(w)}, u"/tmp/"_s);
+            }},
+        {"edit", Operation::Change, u"edit "_s, u"Nothing was edited"_s, onRow(u"Pods"_s),
+            [](Windows &w) { w.table().editConfiguration(); }},
+        typed("typed kubectl", u"kubectl delete po typed"_s, u"delete po typed"_s),
+        typed("typed program", u"env KUBECTL delete po by-env"_s, u"delete po by-env"_s),
+        typed("typed script", u"sh -c \"KUBECTL delete po by-sh\""_s, u"delete po by-sh"_s),
+        action(u"background"_s),
+        action(u"terminal"_s),
+        action(u"python"_s),
+        {"logs", Operation::Read, u"logs "_s, u"No logs"_s, onRow(u"Pods"_s),
+            [](Windows &w) { w.table().viewLogs(); }},
+        {"preview", Operation::Read, u"get -n "_s, u"No preview"_s, onRow(u"Pods"_s),
+            [](Windows &w) { w.table().showQuickLookPanel(); }},
+    };
+}
+
+enum class Outcome { Runs, Refused, Either };
+
+/// What happens before the user asks, between question and answer, and right after the answer.
+struct Disturbance
+{
+    const char *name;
+    Outcome outcome;
+    Step before;
+    Step between;
+    Step after;
+};
+
+void chooseNamespaceTwo(Windows &w)
+{
+    w.page->state().chooseNamespace(u"two"_s);
+}
+
+void chooseBeta(Windows &w)
+{
+    w.page->state().chooseContext(u"beta"_s);
+}
+
+Step hold(const QString &kind)
+{
+    return [kind](Windows &w) { w.machine.write(u"hold-"_s + kind, {}); };
+}
+
+Step release(const QString &kind)
+{
+    return [kind](Windows &w) { w.machine.remove(u"hold-"_s + kind); };
+}
+
+Step killed(const QString &kind, Step choose, const QString &complaint)
+{
+    return [=](Windows &w) {
+        w.machine.write(u"kill-"_s + kind, {});
+        choose(w);
+        QTRY_VERIFY(w.told().contains(complaint));
+    };
+}
+
+Step outside(const QStringList &lines)
+{
+    return [lines](Windows &w) {
+        for (const QString &line : lines) {
+            w.machine.outside(line);
+        }
+    };
+}
+
+/// The run has begun, and kubectl has not read its kubeconfig yet.
+Step whileSlow(Step meanwhile)
+{
+    return [=](Windows &w) {
+        QTRY_VERIFY(QFile::exists(w.machine.path(u"held-run"_s)));
+        meanwhile(w);
+        release(u"run"_s)(w);
+    };
+}
+
+Step then(Step first, Step second)
+{
+    return [=](Windows &w) {
+        first(w);
+        second(w);
+    };
+}
+
+/// The second process: opens a window on the same kubeconfig for each line that it reads, and chooses beta in
+/// it.
+int actAsSecondProcess(const QString &folder)
+{
+    UserDefaults settings(folder + u"/second.json"_s);
+    setUserDefaultsForTesting(&settings);
+    setKubectlPath(folder + u"/kubectl"_s);
+    settings.set(u"defaultKubeConfigPath"_s, QString(folder + u"/kubeconfig"_s));
+    AppDelegate delegate;
+    QSocketNotifier lines(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&lines, &QSocketNotifier::activated, &delegate, [&] {
+        std::string line;
+        if (!std::getline(std::cin, line)) {
+            QCoreApplication::quit();
+            return;
+        }
+        delete delegate.mainWindow();
+        delegate.newDocument();
+        KubeSplitViewController &state = delegate.mainWindow()->currentPage()->state();
+        QObject::connect(&state, &KubeSplitViewController::clusterSettingsChanged, &state,
+            [&state] { state.chooseContext(u"beta"_s); });
+    });
+    const int status = QApplication::exec();
+    delegate.applicationWillTerminate();
+    setUserDefaultsForTesting(nullptr);
+    return status;
+}
+
+void chooseBetaInSecondProcess(Windows &w)
+{
+    static QProcess second;
+    if (second.state() == QProcess::NotRunning) {
+        second.start(QCoreApplication::applicationFilePath(), {secondProcess, w.machine.folder.path()});
+    }
+    second.write("\n");
+    QTRY_VERIFY(w.machine.read(u"kubeconfig"_s).contains(u"current-context: beta"_s));
+}
+
+std::vector<Disturbance> disturbances()
+{
+    const Step elsewhere = outside({u"use-context beta"_s, u"set-context alpha --namespace=two"_s});
+    const Step otherWindow = [](Windows &w) {
+        KubeSplitViewController &other = w.open()->state();
+        other.chooseContext(u"beta"_s);
+        QTRY_VERIFY(w.machine.read(u"kubeconfig"_s).contains(u"current-context: beta"_s));
+    };
+    return {
+        {"undisturbed", Outcome::Runs, {}, {}, {}},
+        {"two windows", Outcome::Runs, otherWindow, {}, {}},
+        {"context switched", Outcome::Either, {}, {}, chooseBeta},
+        {"context being switched", Outcome::Refused, {}, then(hold(u"use-context"_s), chooseBeta),
+            release(u"use-context"_s)},
+        {"context switch killed", Outcome::Refused, {},
+            killed(u"use-context"_s, chooseBeta, u"Context beta could not be loaded"_s), {}},
+        {"namespace switched", Outcome::Either, {}, {}, chooseNamespaceTwo},
+        {"namespace being switched", Outcome::Runs, then(hold(u"set-context"_s), chooseNamespaceTwo), {},
+            release(u"set-context"_s)},
+        {"namespace switch killed", Outcome::Refused,
+            killed(u"set-context"_s, chooseNamespaceTwo, u"Namespace two could not be loaded"_s), {}, {}},
+        {"kubeconfig switched by others", Outcome::Runs, {}, elsewhere, {}},
+        {"slow, others switch", Outcome::Runs, hold(u"run"_s), {}, whileSlow(elsewhere)},
+        {"slow, the window switches", Outcome::Runs, hold(u"run"_s), {}, whileSlow(chooseBeta)},
+        {"kubeconfig cannot be written", Outcome::Runs,
+            [](Windows &w) {
+                QVERIFY(QDir().mkdir(w.machine.path(u"kubeconfig.lock"_s)));
+                chooseNamespaceTwo(w);
+                QTRY_VERIFY(w.told().contains(u"your own kubeconfig was left as it was"_s));
+            },
+            {}, {}},
+        {"context removed", Outcome::Refused, {}, outside({u"delete-context alpha"_s}), {}},
+        {"context leads elsewhere", Outcome::Refused, {},
+            outside({u"set-cluster alpha --server=https://elsewhere.invalid"_s}), {}},
+        {"window closed", Outcome::Either, [](Windows &w) { w.open(); }, {},
+            [](Windows &w) { w.page->window()->close(); }},
+        {"second process", Outcome::Runs, {}, chooseBetaInSecondProcess, {}},
+    };
+}
+
+} // namespace
+
+/// Whatever happens around a command, it goes where its window showed it to go when the user gave it, or it
+/// is refused and the user told why.
+class tst_right_cluster : public QObject
+{
+    Q_OBJECT
+private:
+    std::unique_ptr<Machine> m_machine;
+
+private Q_SLOTS:
+    void initTestCase() { m_machine = std::make_unique<Machine>(); }
+    void cleanupTestCase() { m_machine.reset(); }
+    void init();
+    void everyRun_data();
+    void everyRun();
+};
+
+void tst_right_cluster::init()
+{
+    QDir folder(m_machine->folder.path());
+    folder.rmdir(u"kubeconfig.lock"_s);
+    for (const QString &left : folder.entryList(
+             {u"hold-*"_s, u"held-*"_s, u"kill-*"_s, u"runs"_s, u"settings.json"_s}, QDir::Files)) {
+        folder.remove(left);
+    }
+    m_machine->write(u"kubeconfig"_s, kubeConfigText);
+}
+
+void tst_right_cluster::everyRun_data()
+{
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<Disturbance>("disturbance");
+    for (const Disturbance &disturbance : disturbances()) {
+        for (const Operation &operation : operations()) {
+            if (operation.means == Operation::Read && disturbance.outcome != Outcome::Runs) {
+                continue; // what only reads may be given up, or read what is there now
+            }
+            QTest::addRow("%s: %s", disturbance.name, operation.name) << operation << disturbance;
+        }
+    }
+}
+
+void tst_right_cluster::everyRun()
+{
+    QFETCH(Operation, operation);
+    QFETCH(Disturbance, disturbance);
+    const auto runs = [&] { return m_machine->read(u"runs"_s).split(u'\n', Qt::SkipEmptyParts); };
+    const auto step = [](const Step &what, Windows &windows) {
+        if (what) {
+            what(windows);
+        }
+    };
+    QString place;
+    {
+        Windows windows(*m_machine);
+        QCOMPARE(windows.shown(), u"alpha three https://alpha.invalid"_s);
+        step(disturbance.before, windows);
+        step(operation.ask, windows);
+        place = windows.shown();
+        step(disturbance.between, windows);
+        const bool canAct = windows.question() || !operation.ask || windows.asked
+            || !windows.table().selectedNames().isEmpty();
+        if (canAct) {
+            operation.act(windows);
+        }
+        step(disturbance.after, windows);
+        const QRegularExpression refusal(operation.notDone);
+        const auto hasEnded = [&] {
+            return !canAct || !runs().isEmpty() || windows.told().contains(refusal)
+                || (operation.means == Operation::Read
+                    && (!windows.page || windows.table().selectedNames().isEmpty()));
+        };
+        QVERIFY2(within(hasEnded), qPrintable(u"neither run nor refused:\n"_s + windows.told()));
+        QVERIFY(windows.isSettled());
+        const bool ran = !runs().isEmpty();
+        const bool mayBeGivenUp = operation.means == Operation::Read && disturbance.after;
+        if (disturbance.outcome == Outcome::Runs && !mayBeGivenUp) {
+            QVERIFY2(ran, qPrintable(u"not run:\n"_s + windows.told()));
+        } else if (disturbance.outcome == Outcome::Refused) {
+            QVERIFY2(!ran, qPrintable(runs().join(u'\n')));
+        }
+    }
+    for (const QString &run : runs()) {
+        QVERIFY2(run.startsWith(operation.run), qPrintable(run));
+        QCOMPARE(run.section(u'\t', 1), place);
+    }
+    QVERIFY2(runs().size() <= 1, qPrintable(runs().join(u'\n')));
+}
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.value(1) == secondProcess) {
+        return actAsSecondProcess(arguments.value(2));
+    }
+    tst_right_cluster test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_right_cluster.moc"

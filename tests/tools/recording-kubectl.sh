@@ -1,0 +1,57 @@
+#!/bin/sh
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Stands in front of the kubectl that its folder's "real" leads to. What kubeconfigs say and become is left to
+# that one. Tables get an answer made up here. Whatever else would reach a cluster is written down in "runs", a
+# line each: the arguments, and the context, namespace and server it would have used, as the real kubectl reads
+# them from the same kubeconfigs at that moment.
+#
+# Files in the folder tell it what to do: hold-KIND makes runs of a kind wait until it is gone (held-KIND says that one
+# does), kill-KIND kills them once they are done. Kinds are "use-context", "set-context" and "run".
+dir=${0%/*}
+
+hold() {
+    while [ -e "$dir/hold-$1" ]; do
+        : > "$dir/held-$1"
+        sleep 0.01
+    done
+}
+
+note() {
+    words=$(printf '%s' "$*" | tr '\n\t' '  ')
+    context= namespace= previous=
+    for word; do
+        case "$previous" in
+        --context) context=$word ;;
+        -n | --namespace) namespace=$word ;;
+        esac
+        case "$word" in
+        --context=*) context=${word#*=} ;;
+        --namespace=*) namespace=${word#*=} ;;
+        -n?*) namespace=${word#-n} ;;
+        esac
+        previous=$word
+    done
+    fields='{.contexts[0].name} {.contexts[0].context.namespace} {.clusters[0].cluster.server}'
+    place=$("$dir/real" config view --minify ${context:+"--context=$context"} -o "jsonpath=$fields") || exit 1
+    [ -z "$namespace" ] || place="${place%% *} $namespace ${place##* }"
+    printf '%s\t%s\n' "$words" "$place" >> "$dir/runs"
+}
+
+case "$1 $2" in
+"config use-context" | "config set-context")
+    hold "$2"
+    "$dir/real" "$@" || exit
+    [ ! -e "$dir/kill-$2" ] || kill -9 $$
+    exit ;;
+"config "*) exec "$dir/real" "$@" ;;
+"get ns") echo one two three; exit ;;
+"get po") printf 'web-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n'; exit ;;
+"get deploy") printf 'web\t1\t1\t1\t1\tT\n'; exit ;;
+"get cj") printf 'daily\t@daily\tfalse\t\t\tT\n'; exit ;;
+"get -n") ;; # a preview
+"get "*) exit ;;
+esac
+hold run
+note "$@"
+[ "$1" != edit ] || sh -c "$EDITOR '$dir/edited'" || exit
+echo done
