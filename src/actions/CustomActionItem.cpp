@@ -99,7 +99,7 @@ QIcon CustomActionItem::menuIcon() const
                                : QIcon(QPixmap::fromImage(m_menuIcon));
 }
 
-QString CustomActionItem::readOnlyObstacle(const QString &context) const
+QString CustomActionItem::readOnlyObstacle(const ContextKey &context) const
 {
     const QString reason = readOnlyReason(context);
     return reason.isEmpty() || m_config.reads_only.value_or(false)
@@ -110,8 +110,9 @@ QString CustomActionItem::readOnlyObstacle(const QString &context) const
 void CustomActionItem::performAction(
     const ActionEnvironment &environment, const std::optional<ChangePlace> &place)
 {
-    const QString context = environment.value(QStringLiteral("CONTEXT"));
-    if (!isActiveIn(context) || !readOnlyObstacle(context).isEmpty()) {
+    const ContextKey context
+        = place ? place->key() : ContextKey({}, environment.value(QStringLiteral("CONTEXT")));
+    if (!isActiveIn(context.name) || !readOnlyObstacle(context).isEmpty()) {
         return;
     }
     const QString toBeTyped = m_config.reads_only.value_or(false) ? QString() : toBeTypedIn(context);
@@ -145,7 +146,7 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
     place->window->whenSettled(
         [self = shared_from_this(), environment, place = *place](const QString &obstacle) {
             const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
-            const QString reason = obstacle.isEmpty() ? self->readOnlyObstacle(place.context) : obstacle;
+            const QString reason = obstacle.isEmpty() ? self->readOnlyObstacle(place.key()) : obstacle;
             if (!place.window) {
                 refuseUnseenChange(place, notRun, reason);
                 return;

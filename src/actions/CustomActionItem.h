@@ -44,7 +44,7 @@ public:
     bool isActiveIn(const QString &context) const { return m_config.isActiveIn(context); }
 
     /// Why the action must not run in a context, which is read-only: a sentence; empty when it may.
-    QString readOnlyObstacle(const QString &context) const;
+    QString readOnlyObstacle(const ContextKey &context) const;
 
     /// Asks the user when the configuration or the context wants it, and runs the script on the custom action
     /// queue. Nothing happens in a context in which the action is not active, or must not be. With a `place`

@@ -4,7 +4,7 @@
 #include "app/PrimaryContentController.h"
 #include "platform/Glob.h"
 #include "pods/PodController.h"
-#include "resources/ClusterChange.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/ResourceTableView.h"
 
 namespace tidewright {
@@ -95,7 +95,7 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
         refuseChange(m_window, notRun(*item), hint);
         return;
     }
-    if (const QString reason = item->readOnlyObstacle(m_window.currentContext()); !reason.isEmpty()) {
+    if (const QString reason = item->readOnlyObstacle(shownContext(m_window)); !reason.isEmpty()) {
         refuseChange(m_window, notRun(*item), reason);
         return;
     }
@@ -148,7 +148,7 @@ QString ActionDispatcher::obstacle(const CustomActionItem &item) const
     if (!item.isActiveIn(m_window.currentContext())) {
         return QObject::tr("This action is not meant for the context %1.").arg(m_window.currentContext());
     }
-    if (const QString reason = item.readOnlyObstacle(m_window.currentContext()); !reason.isEmpty()) {
+    if (const QString reason = item.readOnlyObstacle(shownContext(m_window)); !reason.isEmpty()) {
         return reason;
     }
     return item.config().scope == QLatin1String("namespace") ? QString() : targetObstacle(item);

@@ -5,6 +5,8 @@
 #include "app/PrimaryContentController.h"
 #include "app/SearchableComboBox.h"
 #include "app/TypedNamespaces.h"
+#include "core/CommandGate.h"
+#include "platform/DisplayText.h"
 #include "resources/ContextBand.h"
 #include "resources/NamedImages.h"
 #include "resources/ResourceTableView.h"
@@ -94,17 +96,17 @@ void ClusterToolBar::chooseNamespace(const QString &name)
     m_state.chooseNamespace(name);
 }
 
-void ClusterToolBar::showAccess(const QString &context)
+void ClusterToolBar::showAccess(const ContextKey &context)
 {
     const ContextAccess access
-        = context.isEmpty() ? ContextAccess::Free : ContextPolicies::policy(context).access;
+        = context.name.isEmpty() ? ContextAccess::Free : ContextPolicies::policy(context).access;
     const bool isReadOnly = access == ContextAccess::ReadOnly;
     m_access->setText(nameOf(access));
     m_access->setIcon(namedImage(isReadOnly ? QStringLiteral("read-only") : QStringLiteral("protected")));
-    m_access->setToolTip((isReadOnly ? tr("Nothing can be changed from here in the context %1.")
-                                     : tr("Every change in the context %1 asks for its name."))
-                             .arg(context)
-        + QLatin1Char('\n') + tr("Preferences ▸ Contexts says so."));
+    m_access->setToolTip(display_text::toolTip(isReadOnly
+            ? readOnlyReason(context)
+            : tr("Every change in the context %1 asks for its name (Preferences: Contexts).")
+                  .arg(context.name)));
     m_access->setAccessibleName(tr("Access: %1").arg(nameOf(access)));
     m_access->setVisible(access != ContextAccess::Free);
 }

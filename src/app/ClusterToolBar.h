@@ -11,6 +11,7 @@ namespace tidewright {
 class KubeSplitViewController;
 class PrimaryContentController;
 class SearchableComboBox;
+struct ContextKey;
 
 /// The toolbar of one cluster window: its context and namespace lists, room for commands, and the filter of
 /// the table that is shown. In a narrow window the commands that do not fit go into a menu; the rest stays.
@@ -27,7 +28,7 @@ public:
     QList<QAction *> commands() const { return m_bar->actions(); }
 
     /// Shows beside the context list what may be done in that context, when that is not everything.
-    void showAccess(const QString &context);
+    void showAccess(const ContextKey &context);
 
     SearchableComboBox *contextPopupButton() const { return m_contexts; }
     SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }

@@ -4,29 +4,35 @@
 #include "app/ClusterWindowFrame.h"
 #include "app/KubeSplitViewController.h"
 #include "app/MainWindowController.h"
+#include "core/CommandGate.h"
+#include "core/KubeCtl.h"
+#include "platform/DisplayText.h"
 #include "platform/NaturalOrder.h"
 #include "resources/ContextBand.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QEvent>
 #include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPainter>
+#include <QPointer>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QTableWidget>
 
 #include <algorithm>
+#include <tuple>
 
 namespace tidewright {
 
 namespace {
 
 constexpr QSize tableSize(560, 220);
-constexpr int nameWidth = 320;
+constexpr int nameWidth = 190;
+constexpr int filesWidth = 170;
 constexpr int accessWidth = 110;
 constexpr int swatchSize = 12;
 
@@ -47,18 +53,33 @@ QIcon swatch(ContextColour colour)
     return QIcon(pixmap);
 }
 
-QStringList contextsOfWindows()
+std::vector<ContextKey> contextsOfWindows()
 {
-    QStringList contexts;
+    std::vector<ContextKey> contexts;
     for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (const auto *frame = qobject_cast<ClusterWindowFrame *>(widget)) {
-            for (const MainWindowController *page : frame->pages()) {
-                contexts += page->state().contextList().entries;
-                contexts.append(page->state().currentContext());
+        const auto *frame = qobject_cast<ClusterWindowFrame *>(widget);
+        for (const MainWindowController *page : frame ? frame->pages() : QList<MainWindowController *>()) {
+            const QString path = page->state().kubeConfigPath();
+            for (const QString &name : page->state().contextList().entries) {
+                contexts.emplace_back(path, name);
             }
         }
     }
     return contexts;
+}
+
+QString shownFiles(const ContextKey &context)
+{
+    if (context.files.isEmpty()) {
+        return ContextPreferencesViewController::tr("Every kubeconfig");
+    }
+    QStringList files = context.files.split(QLatin1Char(':'));
+    for (QString &file : files) {
+        if (file.startsWith(QDir::homePath() + QLatin1Char('/'))) {
+            file.replace(0, QDir::homePath().size(), QLatin1Char('~'));
+        }
+    }
+    return display_text::clean(files.join(QLatin1String(", ")));
 }
 
 QString explanation(ContextAccess access)
@@ -100,7 +121,6 @@ ContextPreferencesViewController::ContextPreferencesViewController(QWidget *pare
     , m_colour(makeList(tr("Colour")))
     , m_hint(makeHint({}, 2))
     , m_suggestion(new QPushButton)
-    , m_other(new QLineEdit)
 {
     for (const auto access : {ContextAccess::Free, ContextAccess::Protected, ContextAccess::ReadOnly}) {
         m_access->addItem(nameOf(access));
@@ -116,7 +136,7 @@ ContextPreferencesViewController::ContextPreferencesViewController(QWidget *pare
 
 void ContextPreferencesViewController::buildTable()
 {
-    m_table->setHorizontalHeaderLabels({tr("Context"), tr("Access"), tr("Colour")});
+    m_table->setHorizontalHeaderLabels({tr("Context"), tr("Kubeconfig"), tr("Access"), tr("Colour")});
     m_table->setAccessibleName(tr("Contexts"));
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -133,19 +153,12 @@ void ContextPreferencesViewController::buildTable()
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setStretchLastSection(true);
     m_table->setColumnWidth(NameColumn, nameWidth);
+    m_table->setColumnWidth(FilesColumn, filesWidth);
     m_table->setColumnWidth(AccessColumn, accessWidth);
 }
 
 void ContextPreferencesViewController::buildLayout()
 {
-    m_other->setPlaceholderText(tr("Name of another context"));
-    m_other->setAccessibleName(tr("Another Context"));
-    auto *add = new QPushButton(tr("A&dd"));
-    add->setAutoDefault(false);
-    connect(add, &QPushButton::clicked, this, &ContextPreferencesViewController::addOther);
-    auto *other = new QHBoxLayout;
-    other->addWidget(m_other, 1);
-    other->addWidget(add);
     m_suggestion->setAutoDefault(false);
     auto *choices = new QHBoxLayout;
     choices->setSpacing(10);
@@ -164,7 +177,6 @@ void ContextPreferencesViewController::buildLayout()
     layout->setContentsMargins(24, 20, 24, 12);
     layout->setSpacing(12);
     layout->addWidget(m_table, 1);
-    layout->addLayout(other);
     layout->addSpacing(4);
     layout->addLayout(choices);
     layout->addWidget(m_hint);
@@ -174,21 +186,22 @@ void ContextPreferencesViewController::connectParts()
 {
     connect(
         m_table, &QTableWidget::itemSelectionChanged, this, &ContextPreferencesViewController::showChoice);
-    connect(m_other, &QLineEdit::returnPressed, this, &ContextPreferencesViewController::addOther);
     connect(&ContextPolicies::shared(), &ContextPolicies::changed, this,
         &ContextPreferencesViewController::showPolicies);
     connect(m_access, &QComboBox::activated, this, [this](int index) {
-        change([index](const QString &, ContextPolicy now) {
+        change([index](const ContextKey &, const ContextPolicy &now) {
             return ContextPolicy{static_cast<ContextAccess>(index), now.colour};
         });
     });
     connect(m_colour, &QComboBox::activated, this, [this](int index) {
-        change([index](const QString &, ContextPolicy now) {
+        change([index](const ContextKey &, const ContextPolicy &now) {
             return ContextPolicy{now.access, contextColours().at(index)};
         });
     });
-    connect(m_suggestion, &QPushButton::clicked, this,
-        [this] { change([](const QString &context, ContextPolicy) { return suggestedPolicy(context); }); });
+    connect(m_suggestion, &QPushButton::clicked, this, [this] {
+        change(
+            [](const ContextKey &context, const ContextPolicy &) { return suggestedPolicy(context.name); });
+    });
     for (QComboBox *list : {m_access, m_colour}) {
         list->installEventFilter(this);
     }
@@ -198,9 +211,12 @@ void ContextPreferencesViewController::showEvent(QShowEvent *event)
 {
     PreferencesViewController::showEvent(event);
     fill();
-    if (m_table->rowCount() > 0 && selectedContexts().isEmpty()) {
-        m_table->selectRow(0);
-    }
+    KubeCtl().readKubeConfig([self = QPointer(this)](const std::optional<KubeConfigContents> &contents) {
+        if (self && contents) {
+            self->m_defaults = contents->contexts.keys();
+            self->fill();
+        }
+    });
 }
 
 void ContextPreferencesViewController::changeEvent(QEvent *event)
@@ -222,33 +238,54 @@ bool ContextPreferencesViewController::eventFilter(QObject *watched, QEvent *eve
 
 void ContextPreferencesViewController::fill()
 {
-    QStringList contexts = contextsOfWindows() + ContextPolicies::chosenContexts() + m_added;
-    contexts.removeAll(QString());
-    contexts.removeDuplicates();
+    std::vector<ContextKey> contexts = contextsOfWindows();
+    for (const QString &name : std::as_const(m_defaults)) {
+        contexts.emplace_back(QString(), name);
+    }
+    const QList<ContextKey> chosen = ContextPolicies::chosen();
+    contexts.insert(contexts.end(), chosen.begin(), chosen.end());
+    const auto order = [](const ContextKey &context) {
+        return std::tuple(naturalSortKey(context.name), context.name, context.files);
+    };
     std::sort(contexts.begin(), contexts.end(),
-        [](const QString &a, const QString &b) { return naturalSortKey(a) < naturalSortKey(b); });
-    const QStringList selected = selectedContexts();
-    {
-        const QSignalBlocker blocker(m_table);
-        m_table->clearSelection();
-        m_table->setRowCount(static_cast<int>(contexts.size()));
-        for (int row = 0; row < m_table->rowCount(); ++row) {
-            const QString &context = contexts.at(row);
-            m_table->setItem(row, NameColumn, makeItem(context));
-            m_table->setItem(row, AccessColumn, makeItem({}));
-            m_table->setItem(row, ColourColumn, makeItem({}));
-            for (int column = 0; selected.contains(context) && column < ColumnCount; ++column) {
-                m_table->item(row, column)->setSelected(true);
-            }
-        }
+        [order](const ContextKey &a, const ContextKey &b) { return order(a) < order(b); });
+    contexts.erase(std::unique(contexts.begin(), contexts.end()), contexts.end());
+    if (contexts != m_contexts) {
+        const QList<ContextKey> selected = selectedContexts();
+        m_contexts = contexts;
+        makeRows(selected);
     }
     showPolicies();
+}
+
+void ContextPreferencesViewController::makeRows(const QList<ContextKey> &selected)
+{
+    const QSignalBlocker blocker(m_table);
+    const ContextKey usual({}, {});
+    bool isUsual = true;
+    m_table->clearSelection();
+    m_table->setRowCount(static_cast<int>(m_contexts.size()));
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        const ContextKey &context = contextAt(row);
+        isUsual = isUsual && context.files == usual.files;
+        m_table->setItem(row, NameColumn, makeItem(display_text::clean(context.name)));
+        m_table->setItem(row, FilesColumn, makeItem(shownFiles(context)));
+        m_table->item(row, FilesColumn)->setToolTip(display_text::toolTip(shownFiles(context)));
+        m_table->setItem(row, AccessColumn, makeItem({}));
+        m_table->setItem(row, ColourColumn, makeItem({}));
+        const bool isSelected = selected.isEmpty() ? row == 0 : selected.contains(context);
+        for (int column = 0; isSelected && column < ColumnCount; ++column) {
+            m_table->item(row, column)->setSelected(true);
+        }
+    }
+    m_table->setColumnHidden(FilesColumn, isUsual);
+    m_table->setColumnWidth(NameColumn, isUsual ? nameWidth + filesWidth : nameWidth);
 }
 
 void ContextPreferencesViewController::showPolicies()
 {
     for (int row = 0; row < m_table->rowCount(); ++row) {
-        const ContextPolicy policy = ContextPolicies::policy(m_table->item(row, NameColumn)->text());
+        const ContextPolicy policy = ContextPolicies::policy(contextAt(row));
         m_table->item(row, AccessColumn)->setText(nameOf(policy.access));
         m_table->item(row, ColourColumn)->setText(nameOf(policy.colour));
         m_table->item(row, ColourColumn)->setIcon(swatch(policy.colour));
@@ -256,11 +293,16 @@ void ContextPreferencesViewController::showPolicies()
     showChoice();
 }
 
-QStringList ContextPreferencesViewController::selectedContexts() const
+const ContextKey &ContextPreferencesViewController::contextAt(int row) const
 {
-    QStringList contexts;
+    return m_contexts.at(static_cast<std::size_t>(row));
+}
+
+QList<ContextKey> ContextPreferencesViewController::selectedContexts() const
+{
+    QList<ContextKey> contexts;
     for (const QModelIndex &index : m_table->selectionModel()->selectedRows(NameColumn)) {
-        contexts.append(index.data().toString());
+        contexts.append(contextAt(index.row()));
     }
     return contexts;
 }
@@ -268,46 +310,28 @@ QStringList ContextPreferencesViewController::selectedContexts() const
 /// That of the first selected context stands for all.
 void ContextPreferencesViewController::showChoice()
 {
-    const QStringList contexts = selectedContexts();
-    const ContextPolicy policy = ContextPolicies::policy(contexts.value(0));
-    const ContextPolicy suggested = suggestedPolicy(contexts.value(0));
+    const QList<ContextKey> contexts = selectedContexts();
+    const ContextKey first = contexts.value(0);
+    const ContextPolicy policy = contexts.isEmpty() ? ContextPolicy() : ContextPolicies::policy(first);
+    const ContextPolicy suggested = suggestedPolicy(first.name);
     for (QComboBox *list : {m_access, m_colour}) {
         list->setEnabled(!contexts.isEmpty());
     }
     m_access->setCurrentIndex(static_cast<int>(policy.access));
     m_colour->setCurrentIndex(static_cast<int>(contextColours().indexOf(policy.colour)));
     m_hint->setText(contexts.isEmpty() ? tr("Select a context to choose what may be done in it.")
-                                       : explanation(policy.access));
+            : policy.isReadable        ? explanation(policy.access)
+                                       : readOnlyReason(first));
     m_suggestion->setText(
         tr("&Suggested: %1, %2").arg(nameOf(suggested.access), nameOf(suggested.colour).toLower()));
     m_suggestion->setToolTip(tr("What the name of the context speaks for"));
     m_suggestion->setVisible(contexts.size() == 1 && suggested != policy && suggested != ContextPolicy());
 }
 
-void ContextPreferencesViewController::addOther()
-{
-    const QString name = m_other->text().trimmed();
-    if (name.isEmpty()) {
-        m_other->setFocus();
-        return;
-    }
-    m_other->clear();
-    m_added.append(name);
-    m_table->clearSelection();
-    fill();
-    for (int row = 0; row < m_table->rowCount(); ++row) {
-        if (m_table->item(row, NameColumn)->text() == name) {
-            m_table->selectRow(row);
-            m_table->scrollToItem(m_table->item(row, NameColumn));
-        }
-    }
-    m_access->setFocus();
-}
-
 void ContextPreferencesViewController::change(
-    const std::function<ContextPolicy(const QString &context, ContextPolicy now)> &choice)
+    const std::function<ContextPolicy(const ContextKey &context, const ContextPolicy &now)> &choice)
 {
-    for (const QString &context : selectedContexts()) {
+    for (const ContextKey &context : selectedContexts()) {
         ContextPolicies::shared().set(context, choice(context, ContextPolicies::policy(context)));
     }
 }

@@ -5,22 +5,22 @@
 #include "core/ContextPolicy.h"
 
 #include <functional>
+#include <vector>
 
 class QComboBox;
-class QLineEdit;
 class QPushButton;
 class QTableWidget;
 
 namespace tidewright {
 
-/// What may be done in which context, and the colour of its windows: a table of the contexts of all windows
-/// and of those that something was chosen for, and below it the choices for the selected ones. They apply at
-/// once.
+/// What may be done in which context, and the colour of its windows: a table of the contexts of all windows,
+/// of kubectl's default kubeconfig and of those that something was chosen for, and below it the choices for
+/// the selected ones. They apply at once.
 class ContextPreferencesViewController : public PreferencesViewController
 {
     Q_OBJECT
 public:
-    enum Column { NameColumn, AccessColumn, ColourColumn, ColumnCount };
+    enum Column { NameColumn, FilesColumn, AccessColumn, ColourColumn, ColumnCount };
 
     explicit ContextPreferencesViewController(QWidget *parent = nullptr);
 
@@ -28,8 +28,6 @@ public:
     QComboBox *accessList() const { return m_access; }
     QComboBox *colourList() const { return m_colour; }
     QPushButton *suggestionButton() const { return m_suggestion; }
-    /// For contexts that no window knows; Return adds one.
-    QLineEdit *otherField() const { return m_other; }
 
 protected:
     void viewDidLoad() override { }
@@ -45,17 +43,19 @@ private:
     void fill();
     void showPolicies();
     void showChoice();
-    void addOther();
-    void change(const std::function<ContextPolicy(const QString &context, ContextPolicy now)> &choice);
-    QStringList selectedContexts() const;
+    void makeRows(const QList<ContextKey> &selected);
+    void change(
+        const std::function<ContextPolicy(const ContextKey &context, const ContextPolicy &now)> &choice);
+    const ContextKey &contextAt(int row) const;
+    QList<ContextKey> selectedContexts() const;
 
     QTableWidget *m_table;
     QComboBox *m_access;
     QComboBox *m_colour;
     QLabel *m_hint;
     QPushButton *m_suggestion;
-    QLineEdit *m_other;
-    QStringList m_added; ///< typed by the user, while nothing is chosen for them
+    QStringList m_defaults; ///< the names in kubectl's default kubeconfig
+    std::vector<ContextKey> m_contexts; ///< one for each row
 };
 
 } // namespace tidewright

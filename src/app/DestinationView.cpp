@@ -3,6 +3,7 @@
 
 #include "app/PrimaryContentController.h"
 #include "platform/Diagnostics.h"
+#include "platform/DisplayText.h"
 #include "resources/ChangeQuestion.h"
 #include "resources/CreateFromFiles.h"
 
@@ -69,7 +70,7 @@ void DestinationView::dragEnterEvent(QDragEnterEvent *event)
         return; // refused
     }
     if (!reason.isEmpty()) {
-        QToolTip::showText(mapToGlobal(event->position().toPoint()), reason, this);
+        QToolTip::showText(mapToGlobal(event->position().toPoint()), display_text::toolTip(reason), this);
         return;
     }
     event->setDropAction(Qt::CopyAction);

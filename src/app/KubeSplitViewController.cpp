@@ -379,6 +379,7 @@ void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &contain
         = view ? view->inFrontOf(kubeConfigFiles(m_kubeCtl.configPath)) : m_kubeCtl.configPath;
     content.kubeConfigView = view;
     content.context = m_currentContext;
+    content.contextKey = {m_kubeCtl.configPath, m_currentContext};
     content.nameSpace = m_currentNamespace;
     bringToFront(*window);
 }
@@ -524,7 +525,8 @@ void KubeSplitViewController::editNow(const QStringList &arguments, std::functio
             Q_EMIT self->preferencesRequested();
         }
     };
-    edit->gate = commandGate(m_currentContext);
+    edit->gate
+        = [place = m_kubeCtl.startingPlace()](const QStringList &words) { return gateReason(words, place); };
     m_edits.push_back(edit);
     edit->runAsync(arguments, true, m_console,
         [finished = std::move(finished), console = m_console, view = copy.view](const ShellResult &result) {

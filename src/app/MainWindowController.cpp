@@ -13,7 +13,7 @@
 #include "pods/ConsoleViewController.h"
 #include "pods/PodConsoleSplitViewController.h"
 #include "pods/PodController.h"
-#include "resources/ClusterChange.h"
+#include "resources/ChangeQuestion.h"
 #include "resources/ContextBand.h"
 #include "resources/LoadProblem.h"
 #include "resources/SharedContentViewController.h"
@@ -148,7 +148,7 @@ void MainWindowController::windowDidBecomeMain()
 
 void MainWindowController::showContextPolicy()
 {
-    const QString context = m_state->currentContext();
+    const ContextKey context = shownContext(*m_state);
     m_band->setContext(context);
     m_toolBar->showAccess(context);
     Q_EMIT commandStateChanged();

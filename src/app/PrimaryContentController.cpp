@@ -179,7 +179,7 @@ void PrimaryContentController::createFromFileDialog()
     }
     const ChangePlace place(m_window);
     CreateFromFileDialog::open(window(), this, place.text(), [this, place](const QStringList &paths) {
-        confirmWhereProtected(this, place.context, tr("Confirm Create"),
+        confirmWhereProtected(this, place.key(), tr("Confirm Create"),
             tr("Are you sure you want to create what these declare?\n    ")
                 + paths.join(QLatin1String(",\n    ")),
             tr("Create"), confirmationDetails(place.text()),

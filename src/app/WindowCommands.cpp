@@ -84,7 +84,7 @@ void copyFileDialog(PodController &pods)
     CopyFileDialog::open(pods.window(), &pods, target,
         [&pods, container = pairs.front(), target, place](
             const QStringList &paths, const QString &destination) {
-            confirmWhereProtected(&pods, place.context, QObject::tr("Confirm Copy"),
+            confirmWhereProtected(&pods, place.key(), QObject::tr("Confirm Copy"),
                 QObject::tr("Are you sure you want to copy to %1:\n    ").arg(destination)
                     + paths.join(QLatin1String(",\n    ")),
                 QObject::tr("Copy"), confirmationDetails(target),
@@ -348,7 +348,8 @@ void WindowCommands::updateChanges(bool hasRows)
     enable(m_create, orReadOnly(page, {}), tr("Create what YAML files declare"));
     const bool isReadOnly = !orReadOnly(page, {}).isEmpty();
     m_edit->setText(isReadOnly ? tr("Vi&ew Configuration") : tr("&Edit Configuration"));
-    m_edit->setToolTip(isReadOnly ? orReadOnly(page, {}) : tr("Edit the first selected object"));
+    m_edit->setToolTip(
+        display_text::toolTip(isReadOnly ? orReadOnly(page, {}) : tr("Edit the first selected object")));
 }
 
 void WindowCommands::updateLogsAndJobs()

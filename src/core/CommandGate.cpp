@@ -68,43 +68,84 @@ QString shortName(const QStringList &arguments)
     return verb.isEmpty() ? program : program + QLatin1Char(' ') + verb;
 }
 
+QStringList contextsOnServerOf(const QString &context, const KubeConfigContents &contents)
+{
+    QStringList result;
+    const QString server = contents.server(context);
+    for (auto other = contents.contexts.keyBegin(); other != contents.contexts.keyEnd(); ++other) {
+        if (contents.server(*other) == server) {
+            result.append(*other);
+        }
+    }
+    return result;
+}
+
+/// At least one.
+QList<ContextKey> reachOf(const KubectlArguments &read, const StartingPlace &place)
+{
+    const bool mayLeadAnywhere = read.namesServer || read.namesKubeConfig;
+    QStringList names = read.contexts;
+    if (!read.contextIsCertain || mayLeadAnywhere) {
+        names.append(place.context);
+    }
+    QList<ContextKey> reached;
+    for (const QString &name : std::as_const(names)) {
+        reached.append({place.configPath, name});
+        if (read.namesUser) {
+            for (const QString &other : contextsOnServerOf(name, place.contents)) {
+                reached.append({place.configPath, other});
+            }
+        }
+    }
+    return mayLeadAnywhere || names.contains(QString()) ? reached + ContextPolicies::chosen() : reached;
+}
+
 } // namespace
 
-CommandVerdict judgeCommand(const QStringList &arguments, const QString &context)
+CommandVerdict judgeCommand(const QStringList &arguments, const StartingPlace &place)
 {
-    CommandVerdict verdict{false, ContextPolicies::policy(context).access, context};
-    if (arguments.value(0) != kubectl) {
-        return verdict;
+    CommandVerdict verdict;
+    KubectlArguments read;
+    if (arguments.value(0) == kubectl) {
+        const QStringList behind = arguments.mid(1);
+        read = KubectlArguments::read(behind);
+        verdict.reads = isReading(read, behind);
     }
-    const QStringList behind = arguments.mid(1);
-    const KubectlArguments read = KubectlArguments::read(behind);
-    verdict.reads = isReading(read, behind);
-    for (const QString &named : read.contexts) {
-        if (const ContextAccess access = ContextPolicies::policy(named).access; access > verdict.access) {
+    const QList<ContextKey> all = reachOf(read, place);
+    verdict.context = all.first();
+    for (const ContextKey &reached : all) {
+        if (const ContextAccess access = ContextPolicies::policy(reached).access; access > verdict.access) {
             verdict.access = access;
-            verdict.context = named;
+            verdict.context = reached;
         }
     }
     return verdict;
 }
 
-QString readOnlyReason(const QString &context)
+QString readOnlyReason(const ContextKey &context)
 {
-    return ContextPolicies::policy(context).access == ContextAccess::ReadOnly
-        ? QStringLiteral("The context %1 is read-only (Preferences: Contexts).").arg(context)
+    const ContextPolicy policy = ContextPolicies::policy(context);
+    if (!policy.isReadable) {
+        return QStringLiteral(
+            "The context %1 counts as read-only, because what the settings say of it cannot "
+            "be read; choose it anew (Preferences: Contexts).")
+            .arg(context.name);
+    }
+    return policy.access == ContextAccess::ReadOnly
+        ? QStringLiteral("The context %1 is read-only (Preferences: Contexts).").arg(context.name)
         : QString();
 }
 
-std::function<QString(const QStringList &arguments)> commandGate(const QString &context)
+QString gateReason(const QStringList &arguments, const StartingPlace &place)
 {
-    return [context](const QStringList &arguments) {
-        const CommandVerdict verdict = judgeCommand(arguments, context);
-        return verdict.isRefused()
-            ? QStringLiteral("The context %1 is read-only (Preferences: Contexts), and \"%2\" is not known "
-                             "to change nothing.")
-                  .arg(verdict.context, shortName(arguments))
-            : QString();
-    };
+    const CommandVerdict verdict = judgeCommand(arguments, place);
+    if (!verdict.isRefused()) {
+        return {};
+    }
+    const QString how = verdict.context == ContextKey(place.configPath, place.context)
+        ? QStringLiteral("%1 \"%2\" is not known to change nothing.")
+        : QStringLiteral("%1 \"%2\" is not known to change nothing, and could lead there.");
+    return how.arg(readOnlyReason(verdict.context), shortName(arguments));
 }
 
 } // namespace tidewright

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ContextPolicy.h"
 
+#include "core/KubeCtl.h"
 #include "platform/UserDefaults.h"
 
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -14,6 +16,8 @@ namespace tidewright {
 namespace {
 
 const auto policiesKey = QStringLiteral("contextPolicies");
+const auto everyContext = QStringLiteral("*");
+constexpr QLatin1Char lineFeed('\n');
 
 constexpr std::array<QLatin1String, 3> accessWords{
     QLatin1String("free"), QLatin1String("protected"), QLatin1String("read-only")};
@@ -27,18 +31,44 @@ QStringList partsOf(const QString &name)
     return name.toLower().split(other, Qt::SkipEmptyParts);
 }
 
-ContextAccess accessNamedIn(const QString &word)
+/// The index of a word in a table, whatever its letters' case; -1 when it is not there.
+template <std::size_t size> int indexIn(const std::array<QLatin1String, size> &words, const QString &word)
 {
-    const QString letters = partsOf(word).join(QString());
-    return letters.contains(QLatin1String("readonly")) ? ContextAccess::ReadOnly
-        : letters.contains(QLatin1String("protect"))   ? ContextAccess::Protected
-                                                       : ContextAccess::Free;
+    const auto found = std::find_if(words.begin(), words.end(),
+        [&word](QLatin1String known) { return word.compare(known, Qt::CaseInsensitive) == 0; });
+    return found == words.end() ? -1 : static_cast<int>(found - words.begin());
 }
 
-ContextPolicy policyIn(const UserDefaults::Dictionary &chosen, const QString &context)
+/// What the settings hold. What is no text there, or no dictionary, becomes an entry that cannot be read.
+UserDefaults::Dictionary storedPolicies()
 {
-    const ContextColour colour = suggestedPolicy(context).colour;
-    return ContextPolicy::read(chosen.value(context), colour);
+    UserDefaults::Dictionary result;
+    const QJsonValue stored = userDefaults().value(policiesKey);
+    if (!stored.isUndefined() && !stored.isObject()) {
+        result.insert(everyContext, QString());
+    }
+    const QJsonObject entries = stored.toObject();
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        result.insert(entry.key(), entry.value().toString());
+    }
+    return result;
+}
+
+ContextPolicy policyIn(const UserDefaults::Dictionary &stored, const ContextKey &context)
+{
+    ContextPolicy policy{ContextAccess::Free, suggestedPolicy(context.name).colour};
+    const ContextColour suggested = policy.colour;
+    if (const auto own = stored.constFind(context.word()); own != stored.cend()) {
+        return ContextPolicy::read(*own, suggested);
+    }
+    for (auto entry = stored.begin(); entry != stored.end(); ++entry) {
+        const QString name = ContextKey::read(entry.key()).name;
+        const ContextPolicy other = ContextPolicy::read(entry.value(), suggested);
+        if ((name == context.name || name == everyContext) && other.access > policy.access) {
+            policy = other;
+        }
+    }
+    return policy;
 }
 
 } // namespace
@@ -50,6 +80,25 @@ const QList<ContextColour> &contextColours()
     return colours;
 }
 
+ContextKey::ContextKey(const QString &configPath, const QString &context)
+    : name(context)
+    , files(kubeConfigFiles(configPath))
+{
+}
+
+QString ContextKey::word() const
+{
+    return files.isEmpty() ? name : name + lineFeed + files;
+}
+
+ContextKey ContextKey::read(const QString &word)
+{
+    ContextKey key;
+    key.name = word.section(lineFeed, 0, 0);
+    key.files = word.section(lineFeed, 1);
+    return key;
+}
+
 QString ContextPolicy::word() const
 {
     return accessWords.at(static_cast<std::size_t>(access)) + QLatin1Char(';')
@@ -58,12 +107,14 @@ QString ContextPolicy::word() const
 
 ContextPolicy ContextPolicy::read(const QString &word, ContextColour otherwise)
 {
-    const QStringList parts = partsOf(word);
-    const auto &colours = contextColours();
-    const auto named = std::find_if(colours.begin(), colours.end(), [&](ContextColour colour) {
-        return parts.contains(colourWords.at(static_cast<std::size_t>(colour)));
-    });
-    return {accessNamedIn(word), named == colours.end() ? otherwise : *named};
+    const QStringList parts = word.split(QLatin1Char(';'));
+    const int access = indexIn(accessWords, parts.first().trimmed());
+    const int colour = parts.size() == 2 ? indexIn(colourWords, parts.last().trimmed())
+                                         : contextColours().indexOf(otherwise);
+    if (access < 0 || colour < 0 || parts.size() > 2) {
+        return {ContextAccess::ReadOnly, otherwise, false};
+    }
+    return {static_cast<ContextAccess>(access), contextColours().at(colour)};
 }
 
 ContextPolicy suggestedPolicy(const QString &context)
@@ -83,6 +134,9 @@ ContextPolicy suggestedPolicy(const QString &context)
         return has({"non", "not", "no"}) ? ContextPolicy()
                                          : ContextPolicy{ContextAccess::Protected, ContextColour::Red};
     }
+    if (has({"dev", "develop", "development", "test", "testing", "qa", "sandbox"})) {
+        return {ContextAccess::Free, ContextColour::Green};
+    }
     return {};
 }
 
@@ -92,25 +146,29 @@ ContextPolicies &ContextPolicies::shared()
     return policies;
 }
 
-ContextPolicy ContextPolicies::policy(const QString &context)
+ContextPolicy ContextPolicies::policy(const ContextKey &context)
 {
-    return policyIn(userDefaults().texts(policiesKey), context);
+    return policyIn(storedPolicies(), context);
 }
 
-QStringList ContextPolicies::chosenContexts()
+QList<ContextKey> ContextPolicies::chosen()
 {
-    return userDefaults().texts(policiesKey).keys();
-}
-
-void ContextPolicies::set(const QString &context, const ContextPolicy &policy)
-{
-    UserDefaults::Dictionary chosen = userDefaults().texts(policiesKey);
-    if (policy == policyIn({}, context)) {
-        chosen.remove(context);
-    } else {
-        chosen.insert(context, policy.word());
+    QList<ContextKey> result;
+    const UserDefaults::Dictionary stored = storedPolicies();
+    for (auto entry = stored.begin(); entry != stored.end(); ++entry) {
+        result.append(ContextKey::read(entry.key()));
     }
-    userDefaults().set(policiesKey, chosen);
+    return result;
+}
+
+void ContextPolicies::set(const ContextKey &context, const ContextPolicy &policy)
+{
+    UserDefaults::Dictionary stored = storedPolicies();
+    stored.remove(context.word());
+    if (policy != policyIn(stored, context)) {
+        stored.insert(context.word(), policy.word());
+    }
+    userDefaults().set(policiesKey, stored);
     Q_EMIT changed();
 }
 

@@ -63,16 +63,9 @@ std::optional<UserDefaults::Dictionary> UserDefaults::dictionary(const QString &
     return result;
 }
 
-UserDefaults::Dictionary UserDefaults::texts(const QString &key) const
+QJsonValue UserDefaults::value(const QString &key) const
 {
-    Dictionary result;
-    const QJsonObject object = m_store->value(key).toObject();
-    for (auto entry = object.begin(); entry != object.end(); ++entry) {
-        if (entry.value().isString()) {
-            result.insert(entry.key(), entry.value().toString());
-        }
-    }
-    return result;
+    return m_store->value(key);
 }
 
 std::optional<QByteArray> UserDefaults::data(const QString &key) const

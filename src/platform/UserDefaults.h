@@ -32,8 +32,9 @@ public:
     std::optional<QString> string(const QString &key) const;
     /// Absent also when any of its values is not a text.
     std::optional<Dictionary> dictionary(const QString &key) const;
-    /// Those values of a dictionary that are texts, whatever else is in it.
-    Dictionary texts(const QString &key) const;
+    /// What stands there, of whatever type, for those who must know that it is not what they take; undefined
+    /// when there is nothing.
+    QJsonValue value(const QString &key) const;
     /// Bytes, which stand in the file as ["base64", TEXT].
     std::optional<QByteArray> data(const QString &key) const;
 

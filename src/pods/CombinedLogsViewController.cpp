@@ -107,7 +107,7 @@ void CombinedLogsViewController::viewDidAppear()
     }
     m_appeared = true;
     window()->setWindowTitle(display_text::clean(title()));
-    m_band->setContext(context);
+    m_band->setContext(contextKey);
     m_logTextView->setTextFont(logAttributes.font());
     m_logTextView->setBackground(logAttributes.background().color());
     m_logTextView->setSourceColours({foregroundColors.cbegin(), foregroundColors.cend()});

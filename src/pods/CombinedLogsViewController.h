@@ -36,6 +36,8 @@ public:
     std::shared_ptr<const void> kubeConfigView;
     QString context;
     QString nameSpace;
+    /// Whose colour the window has.
+    ContextKey contextKey;
 
     /// How the streams are doing, in the order of the containers.
     const std::vector<LogSource> &sources() const { return m_sources; }

@@ -248,12 +248,13 @@ void ConsoleViewController::runTypedCommand()
     const quint64 id = ++m_lastTyped;
     m_typedCommands.push_back({id, line, nullptr});
     showTypedCommands();
-    const ChangePlace place(*m_window);
-    if (const QString reason = commandGate(place.context)(words); !reason.isEmpty()) {
+    const StartingPlace starting = m_window->kubeCtl().startingPlace();
+    if (const QString reason = gateReason(words, starting); !reason.isEmpty()) {
         refuse(id, reason);
         return;
     }
-    const CommandVerdict verdict = judgeCommand(words, place.context);
+    const ChangePlace place(*m_window);
+    const CommandVerdict verdict = judgeCommand(words, starting);
     if (!verdict.needsConsent()) {
         proceed(id, words, place);
         return;
@@ -313,7 +314,8 @@ void ConsoleViewController::start(quint64 id, const QStringList &words, bool inU
     TypedCommand &typed = *find(id);
     typed.shell = inUserFile ? m_window->kubeCtl().makePlainShell() : m_window->kubeCtl().makeForeignShell();
     if (!typed.shell->gate) {
-        typed.shell->gate = commandGate(m_window->currentContext());
+        typed.shell->gate = [place = m_window->kubeCtl().startingPlace()](
+                                const QStringList &started) { return gateReason(started, place); };
     }
     tellNamespace(words);
     // The user may be in another window when the command ends: its entry belongs here.

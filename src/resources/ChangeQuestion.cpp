@@ -8,12 +8,17 @@ namespace tidewright {
 
 QString changeObstacle(const WindowState &window)
 {
-    return readOnlyReason(window.currentContext());
+    return readOnlyReason(shownContext(window));
 }
 
-QString toBeTypedIn(const QString &context)
+ContextKey shownContext(const WindowState &window)
 {
-    return ContextPolicies::policy(context).access == ContextAccess::Protected ? context : QString();
+    return {window.kubeConfigPath(), window.currentContext()};
+}
+
+QString toBeTypedIn(const ContextKey &context)
+{
+    return ContextPolicies::policy(context).access == ContextAccess::Protected ? context.name : QString();
 }
 
 QString editTitle(const WindowState &window)
@@ -26,10 +31,10 @@ void confirmChange(QWidget *view, const ChangePlace &place, const QString &title
     const QString &firstButton, QWidget *details, Answered answered)
 {
     showConfirmation(view, title, message, firstButton, QStringLiteral("Cancel"), details,
-        std::move(answered), toBeTypedIn(place.context));
+        std::move(answered), toBeTypedIn(place.key()));
 }
 
-void confirmWhereProtected(QWidget *view, const QString &context, const QString &title,
+void confirmWhereProtected(QWidget *view, const ContextKey &context, const QString &title,
     const QString &message, const QString &firstButton, QWidget *details, Answered answered)
 {
     const QString name = toBeTypedIn(context);

@@ -14,11 +14,13 @@ namespace tidewright {
 
 using Answered = std::function<void(bool confirmed)>;
 
+ContextKey shownContext(const WindowState &window);
+
 /// Why nothing may be changed in the window's context: a sentence; empty when changes are allowed.
 QString changeObstacle(const WindowState &window);
 
 /// What has to be typed before a change in a context: its name where it is protected, else nothing.
-QString toBeTypedIn(const QString &context);
+QString toBeTypedIn(const ContextKey &context);
 
 /// What the command is called that shows an object to be edited, or else only to be read.
 QString editTitle(const WindowState &window);
@@ -30,7 +32,7 @@ void confirmChange(QWidget *view, const ChangePlace &place, const QString &title
 
 /// For what asks nothing elsewhere: asks when `context` is protected, and answers true at once when it is
 /// not.
-void confirmWhereProtected(QWidget *view, const QString &context, const QString &title,
+void confirmWhereProtected(QWidget *view, const ContextKey &context, const QString &title,
     const QString &message, const QString &firstButton, QWidget *details, Answered answered);
 
 } // namespace tidewright

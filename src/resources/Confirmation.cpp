@@ -78,7 +78,8 @@ QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *fir
     if (accessory) {
         column->addWidget(accessory);
     }
-    auto *label = new QLabel(QObject::tr("This context is protected. Type its name to go on: %1").arg(text));
+    const QString shown = display_text::clean(text);
+    auto *label = new QLabel(QObject::tr("This context is protected. Type its name to go on: %1").arg(shown));
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -90,7 +91,7 @@ QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *fir
     column->addSpacing(6);
     first->setEnabled(false);
     QObject::connect(field, &QLineEdit::textChanged, first,
-        [first, text](const QString &typed) { first->setEnabled(typed == text); });
+        [first, shown](const QString &typed) { first->setEnabled(typed == shown); });
     both->setFocusProxy(accessory && accessory->focusProxy() ? accessory->focusProxy() : field);
     return both;
 }

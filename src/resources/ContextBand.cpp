@@ -71,7 +71,7 @@ ContextBand::ContextBand(QWidget *parent)
     update();
 }
 
-void ContextBand::setContext(const QString &context)
+void ContextBand::setContext(const ContextKey &context)
 {
     m_context = context;
     update();
@@ -79,7 +79,7 @@ void ContextBand::setContext(const QString &context)
 
 void ContextBand::update()
 {
-    m_colour = m_context.isEmpty() ? ContextColour::None : ContextPolicies::policy(m_context).colour;
+    m_colour = m_context.name.isEmpty() ? ContextColour::None : ContextPolicies::policy(m_context).colour;
     setVisible(m_colour != ContextColour::None);
     setAccessibleName(
         m_colour == ContextColour::None ? QString() : tr("Colour of the context: %1").arg(nameOf(m_colour)));

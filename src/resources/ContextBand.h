@@ -22,7 +22,7 @@ class ContextBand : public QWidget
 public:
     explicit ContextBand(QWidget *parent = nullptr);
 
-    void setContext(const QString &context);
+    void setContext(const ContextKey &context);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -30,7 +30,7 @@ protected:
 private:
     void update();
 
-    QString m_context;
+    ContextKey m_context;
     ContextColour m_colour = ContextColour::None;
 };
 

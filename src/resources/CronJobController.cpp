@@ -49,7 +49,7 @@ void CronJobController::runCronJobNow()
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
     const ChangePlace place(window);
-    confirmWhereProtected(this, place.context, QStringLiteral("Confirm Run"),
+    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Run"),
         QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(names.first()),
         QStringLiteral("Run Now"), confirmationDetails(place.text(kind())), [place, command](bool confirmed) {
             if (confirmed) {

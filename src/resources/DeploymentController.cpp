@@ -2,6 +2,7 @@
 #include "resources/DeploymentController.h"
 
 #include "core/ContextPolicy.h"
+#include "platform/DisplayText.h"
 #include "resources/ChangeQuestion.h"
 #include "resources/Deployment.h"
 #include "resources/ReplicaCell.h"
@@ -79,7 +80,8 @@ bool DeploymentController::ensureCell(const QModelIndex &index)
     const QString reason = changeObstacle(kubeSplitViewController());
     for (QWidget *part : {static_cast<QWidget *>(cell->slider()), static_cast<QWidget *>(cell->field())}) {
         part->setEnabled(reason.isEmpty());
-        part->setToolTip(reason.isEmpty() ? tr("Scale %1").arg(deployment.name) : reason);
+        part->setToolTip(
+            display_text::toolTip(reason.isEmpty() ? tr("Scale %1").arg(deployment.name) : reason));
     }
     return missing;
 }

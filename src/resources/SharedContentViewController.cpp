@@ -346,7 +346,7 @@ void SharedContentViewController::editConfiguration()
         m_window.currentNamespace(), kind().resourceName, names.first(), QStringLiteral("-o"),
         QStringLiteral("yaml")};
     const ChangePlace place(m_window);
-    confirmWhereProtected(this, place.context, QStringLiteral("Confirm Edit"),
+    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Edit"),
         QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
             .arg(kind().humanReadableResourceName, names.first()),
         QStringLiteral("Edit"), confirmationDetails(place.text(kind())),
@@ -372,7 +372,7 @@ void SharedContentViewController::enableChange(QAction &action, bool enabled) co
 {
     const QString reason = changeObstacle(m_window);
     action.setEnabled(enabled && reason.isEmpty());
-    action.setToolTip(reason);
+    action.setToolTip(display_text::toolTip(reason));
 }
 
 void SharedContentViewController::deleteRows()

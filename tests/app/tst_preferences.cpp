@@ -366,14 +366,14 @@ private Q_SLOTS:
         QTest::keyClick(delegate.mainWindow(), Qt::Key_Comma, Qt::ControlModifier);
         PreferencesWindowController *window = delegate.preferencesController();
         QVERIFY(window && QTest::qWaitForWindowActive(window));
-        for (const auto &[pane, title] : {std::pair(1, u"Advanced"_s), std::pair(0, u"General"_s)}) {
+        for (const auto &[pane, title] : {std::pair(2, u"Advanced"_s), std::pair(0, u"General"_s)}) {
             QTest::mouseClick(window->tabBar(), Qt::LeftButton, {}, window->tabBar()->tabRect(pane).center());
             QCOMPARE(window->windowTitle(), title);
-            const auto *shown = pane == 1 ? static_cast<PreferencesViewController *>(&window->advancedPane())
+            const auto *shown = pane == 2 ? static_cast<PreferencesViewController *>(&window->advancedPane())
                                           : &window->generalPane();
             QTRY_COMPARE(shown->size(), shown->preferredContentSize());
         }
-        window->tabBar()->setCurrentIndex(1);
+        window->tabBar()->setCurrentIndex(2);
         QTableView *table = window->advancedPane().envvarTableView();
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
         QVERIFY(table->currentIndex().isValid());
