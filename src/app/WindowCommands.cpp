@@ -363,7 +363,9 @@ void WindowCommands::updateLogsAndJobs()
             m_frame.currentPage(), pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first.")),
         tr("Copy files into the chosen container"));
     const auto *cronJobs = qobject_cast<const CronJobController *>(table);
-    enable(m_runNow, cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first."),
+    enable(m_runNow,
+        orReadOnly(m_frame.currentPage(),
+            cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first.")),
         tr("Make a job from the selected cron job"));
 }
 
