@@ -9,6 +9,7 @@
 #include "app/PassingMessage.h"
 #include "app/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
+#include "core/ContextPolicy.h"
 #include "platform/Bundle.h"
 #include "platform/DispatchQueue.h"
 #include "platform/MainQueue.h"
@@ -87,6 +88,7 @@ QString AppDelegate::startUp()
                 QCoreApplication::applicationDirPath() + QLatin1String("/../libexec/tidewright")));
     }
     setKubectlPath(kubectl);
+    ContextPolicies::shared().keepWhatWasLost();
     const QString obstacle = createCacheDirectory();
     if (obstacle.isEmpty()) {
         prepareEmbeddedPython();

@@ -68,6 +68,13 @@ std::vector<ContextKey> contextsOfWindows()
     return contexts;
 }
 
+QString shownName(const ContextKey &context)
+{
+    return context == ContextKey::read(QStringLiteral("*"))
+        ? ContextPreferencesViewController::tr("Every other context")
+        : display_text::clean(context.name);
+}
+
 QString shownFiles(const ContextKey &context)
 {
     if (context.files.isEmpty()) {
@@ -268,7 +275,7 @@ void ContextPreferencesViewController::makeRows(const QList<ContextKey> &selecte
     for (int row = 0; row < m_table->rowCount(); ++row) {
         const ContextKey &context = contextAt(row);
         isUsual = isUsual && context.files == usual.files;
-        m_table->setItem(row, NameColumn, makeItem(display_text::clean(context.name)));
+        m_table->setItem(row, NameColumn, makeItem(shownName(context)));
         m_table->setItem(row, FilesColumn, makeItem(shownFiles(context)));
         m_table->item(row, FilesColumn)->setToolTip(display_text::toolTip(shownFiles(context)));
         m_table->setItem(row, AccessColumn, makeItem({}));

@@ -3,6 +3,8 @@
 
 #include "core/KubectlArguments.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 
 namespace tidewright {
@@ -80,6 +82,19 @@ QStringList contextsOnServerOf(const QString &context, const KubeConfigContents 
     return result;
 }
 
+/// "--kube-context=prod", "prod", "kubectl --context prod"
+QList<ContextKey> chosenContextsNamedIn(const QStringList &words)
+{
+    QList<ContextKey> result = ContextPolicies::chosen();
+    const QString line = words.join(QLatin1Char(' '));
+    result.removeIf([&line](const ContextKey &context) {
+        const QRegularExpression name(QLatin1String("(?<![\\w.-])") + QRegularExpression::escape(context.name)
+            + QLatin1String("(?![\\w.-])"));
+        return !line.contains(name);
+    });
+    return result;
+}
+
 /// At least one.
 QList<ContextKey> reachOf(const KubectlArguments &read, const StartingPlace &place)
 {
@@ -111,7 +126,10 @@ CommandVerdict judgeCommand(const QStringList &arguments, const StartingPlace &p
         read = KubectlArguments::read(behind);
         verdict.reads = isReading(read, behind);
     }
-    const QList<ContextKey> all = reachOf(read, place);
+    QList<ContextKey> all = reachOf(read, place);
+    if (arguments.value(0) != kubectl) {
+        all += chosenContextsNamedIn(arguments);
+    }
     verdict.context = all.first();
     for (const ContextKey &reached : all) {
         if (const ContextAccess access = ContextPolicies::policy(reached).access; access > verdict.access) {

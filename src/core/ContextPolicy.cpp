@@ -44,7 +44,8 @@ UserDefaults::Dictionary storedPolicies()
 {
     UserDefaults::Dictionary result;
     const QJsonValue stored = userDefaults().value(policiesKey);
-    if (!stored.isUndefined() && !stored.isObject()) {
+    const bool isLost = stored.isUndefined() && userDefaults().hasLostValues();
+    if (isLost || (!stored.isUndefined() && !stored.isObject())) {
         result.insert(everyContext, QString());
     }
     const QJsonObject entries = stored.toObject();
@@ -159,6 +160,13 @@ QList<ContextKey> ContextPolicies::chosen()
         result.append(ContextKey::read(entry.key()));
     }
     return result;
+}
+
+void ContextPolicies::keepWhatWasLost()
+{
+    if (userDefaults().hasLostValues()) {
+        userDefaults().set(policiesKey, storedPolicies());
+    }
 }
 
 void ContextPolicies::set(const ContextKey &context, const ContextPolicy &policy)

@@ -59,7 +59,7 @@ ContextPolicy suggestedPolicy(const QString &context);
 
 /// The policies of all contexts, in the user defaults ("contextPolicies", a dictionary), where other
 /// instances of the program may change them too. An entry named "*" counts for every context without one of
-/// its own.
+/// its own. Settings that were lost leave one that cannot be read.
 class ContextPolicies : public QObject
 {
     Q_OBJECT
@@ -72,6 +72,8 @@ public:
     static ContextPolicy policy(const ContextKey &context);
     /// The contexts that something was chosen for. Any thread.
     static QList<ContextKey> chosen();
+    /// Keeps what was lost from counting as free the next time. Main thread.
+    void keepWhatWasLost();
     /// Main thread.
     void set(const ContextKey &context, const ContextPolicy &policy);
 

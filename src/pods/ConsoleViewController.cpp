@@ -248,7 +248,8 @@ void ConsoleViewController::runTypedCommand()
     const quint64 id = ++m_lastTyped;
     m_typedCommands.push_back({id, line, nullptr});
     showTypedCommands();
-    const StartingPlace starting = m_window->kubeCtl().startingPlace();
+    const StartingPlace starting{
+        m_window->kubeConfigPath(), m_window->currentContext(), m_window->kubeCtl().contents()};
     if (const QString reason = gateReason(words, starting); !reason.isEmpty()) {
         refuse(id, reason);
         return;

@@ -589,7 +589,7 @@ void typeName(const Windows &w)
             return question->buttonRole(each) == QMessageBox::AcceptRole && each->isEnabled();
         });
     };
-    for (const QString &wrong : {u"Alpha"_s, u"alpha "_s, u"alph"_s}) {
+    for (const QString &wrong : {QString(), u"Alpha"_s, u"alpha "_s, u"alph"_s}) {
         field->setText(wrong);
         QTest::keyClick(field, Qt::Key_Return);
         QVERIFY2(question && question->isVisible() && !confirms(), qPrintable(wrong));

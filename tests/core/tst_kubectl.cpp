@@ -312,7 +312,7 @@ private Q_SLOTS:
                   }
               };
         lines("free", "free",
-            {"kubectl delete po x", "helm uninstall x", "sh -c kubectl", "kubectl --token=t delete po x",
+            {"kubectl delete po x", "helm uninstall shut-x", "sh -c kubectl", "kubectl --token=t delete po x",
                 "kubectl apply --server-side -fs.yaml", "kubectl delete -nshop po x",
                 "kubectl exec p -- x --server=y"});
         lines("shut", "free", {"kubectl --context=free delete po x", "kubectl delete po x --context free"});
@@ -321,13 +321,14 @@ private Q_SLOTS:
                 "kubectl delete -l -- po --context=shut", "kubectl --context=free --context=shut apply -f x",
                 "kubectl --server https://s delete po x", "kubectl delete po x -shttps://s",
                 "kubectl delete po x -As https://s", "kubectl --cluster=c delete po x",
-                "kubectl --kubeconfig f delete po x", "kubectl --kubeconfig=f --context=free delete po x"});
+                "sh -c kubectl;--context=shut", "kubectl --kubeconfig f delete po x",
+                "kubectl --kubeconfig=f --context=free delete po x"});
         lines("shut", "shut",
             {"helm uninstall x", "kubectl delete -l --context=free po", "kubectl --context= delete po x",
                 "kubectl --context=free --context=asks delete po x", "kubectl exec p -- x --context=free"});
         lines("twin", "twin", {"kubectl delete po x", "kubectl --user-x=y delete po x"});
         lines("twin", "shut", {"kubectl --token=t delete po x", "kubectl delete po x --as admin"});
-        lines("free", "asks", {"kubectl --context=asks delete po x"});
+        lines("free", "asks", {"kubectl --context=asks delete po x", "helm --kube-context asks uninstall x"});
         lines("", "shut", {"helm uninstall x", "kubectl delete po x"}); // the place is not known yet
     }
     void theStrictestContextWithinReachCounts()
@@ -365,7 +366,7 @@ private Q_SLOTS:
         row(R"({"*": "protected", "test\n/a": "read-only"})", "protected;red");
         for (const char *stored : {R"({"prod\n/a": 1})", R"({"prod\n/a": ""})",
                  R"({"prod\n/a": "frree;red"})", R"({"prod\n/a": "free;mauve"})",
-                 R"({"prod\n/a": "free;red;x"})", R"({"prod\n/b": {}})", "[]", "null"}) {
+                 R"({"prod\n/a": "free;red;x"})", R"({"prod\n/b": {}})", "[]", "null", "{"}) {
             row(stored, "read-only;red", false);
         }
     }
@@ -377,6 +378,10 @@ private Q_SLOTS:
         const ContextPolicy policy = ContextPolicies::policy(prod);
         QTEST(policy.word(), "read");
         QCOMPARE(policy.isReadable, isReadable);
+        ContextPolicies::shared().keepWhatWasLost();
+        QVERIFY(policies.settings.flush());
+        policies.settings = UserDefaults(m_folder->filePath(u"settings.json"_s)); // the next start
+        QCOMPARE(ContextPolicies::policy(prod), policy);
         QCOMPARE(readOnlyReason(prod).contains(u"cannot be read"), !isReadable);
         // Another choice makes none freer that is not meant.
         const ContextPolicy namesake = ContextPolicies::policy({u"/z"_s, u"prod"_s});
