@@ -31,7 +31,6 @@ namespace tidewright {
 namespace {
 
 constexpr QSize tableSize(560, 220);
-constexpr int nameWidth = 190;
 constexpr int filesWidth = 170;
 constexpr int accessWidth = 110;
 constexpr int swatchSize = 12;
@@ -50,7 +49,9 @@ QIcon swatch(ContextColour colour)
         painter.setBrush(shade);
     }
     painter.drawEllipse(QRectF(0.5, 0.5, swatchSize - 1, swatchSize - 1));
-    return QIcon(pixmap);
+    QIcon icon(pixmap);
+    icon.addPixmap(pixmap, QIcon::Selected); // not tinted like a symbol
+    return icon;
 }
 
 std::vector<ContextKey> contextsOfWindows()
@@ -158,10 +159,10 @@ void ContextPreferencesViewController::buildTable()
     QHeaderView *header = m_table->horizontalHeader();
     header->setHighlightSections(false);
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    header->setStretchLastSection(true);
-    m_table->setColumnWidth(NameColumn, nameWidth);
+    header->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     m_table->setColumnWidth(FilesColumn, filesWidth);
     m_table->setColumnWidth(AccessColumn, accessWidth);
+    m_table->setColumnWidth(ColourColumn, accessWidth);
 }
 
 void ContextPreferencesViewController::buildLayout()
@@ -195,16 +196,22 @@ void ContextPreferencesViewController::connectParts()
         m_table, &QTableWidget::itemSelectionChanged, this, &ContextPreferencesViewController::showChoice);
     connect(&ContextPolicies::shared(), &ContextPolicies::changed, this,
         &ContextPreferencesViewController::showPolicies);
-    connect(m_access, &QComboBox::activated, this, [this](int index) {
+    const auto chooseAccess = [this](int index) {
         change([index](const ContextKey &, const ContextPolicy &now) {
             return ContextPolicy{static_cast<ContextAccess>(index), now.colour};
         });
-    });
-    connect(m_colour, &QComboBox::activated, this, [this](int index) {
+    };
+    const auto chooseColour = [this](int index) {
         change([index](const ContextKey &, const ContextPolicy &now) {
             return ContextPolicy{now.access, contextColours().at(index)};
         });
-    });
+    };
+    // A typed letter changes the index without activating it; the same choice again changes nothing in a
+    // list, but what cannot be read in the settings.
+    connect(m_access, &QComboBox::activated, this, chooseAccess);
+    connect(m_access, &QComboBox::currentIndexChanged, this, chooseAccess);
+    connect(m_colour, &QComboBox::activated, this, chooseColour);
+    connect(m_colour, &QComboBox::currentIndexChanged, this, chooseColour);
     connect(m_suggestion, &QPushButton::clicked, this, [this] {
         change(
             [](const ContextKey &context, const ContextPolicy &) { return suggestedPolicy(context.name); });
@@ -218,11 +225,18 @@ void ContextPreferencesViewController::showEvent(QShowEvent *event)
 {
     PreferencesViewController::showEvent(event);
     fill();
-    KubeCtl().readKubeConfig([self = QPointer(this)](const std::optional<KubeConfigContents> &contents) {
-        if (self && contents) {
-            self->m_defaults = contents->contexts.keys();
-            self->fill();
+    KubeCtl kubeCtl;
+    kubeCtl.configPath = MainWindowController::defaultKubeConfigPath();
+    kubeCtl.readKubeConfig([self = QPointer(this), path = kubeCtl.configPath](
+                               const std::optional<KubeConfigContents> &contents) {
+        if (!self || !contents) {
+            return;
         }
+        self->m_defaults.clear();
+        for (const QString &name : contents->contexts.keys()) {
+            self->m_defaults.emplace_back(path, name);
+        }
+        self->fill();
     });
 }
 
@@ -246,9 +260,7 @@ bool ContextPreferencesViewController::eventFilter(QObject *watched, QEvent *eve
 void ContextPreferencesViewController::fill()
 {
     std::vector<ContextKey> contexts = contextsOfWindows();
-    for (const QString &name : std::as_const(m_defaults)) {
-        contexts.emplace_back(QString(), name);
-    }
+    contexts.insert(contexts.end(), m_defaults.begin(), m_defaults.end());
     const QList<ContextKey> chosen = ContextPolicies::chosen();
     contexts.insert(contexts.end(), chosen.begin(), chosen.end());
     const auto order = [](const ContextKey &context) {
@@ -268,7 +280,7 @@ void ContextPreferencesViewController::fill()
 void ContextPreferencesViewController::makeRows(const QList<ContextKey> &selected)
 {
     const QSignalBlocker blocker(m_table);
-    const ContextKey usual({}, {});
+    const ContextKey usual(MainWindowController::defaultKubeConfigPath(), {});
     bool isUsual = true;
     m_table->clearSelection();
     m_table->setRowCount(static_cast<int>(m_contexts.size()));
@@ -286,7 +298,6 @@ void ContextPreferencesViewController::makeRows(const QList<ContextKey> &selecte
         }
     }
     m_table->setColumnHidden(FilesColumn, isUsual);
-    m_table->setColumnWidth(NameColumn, isUsual ? nameWidth + filesWidth : nameWidth);
 }
 
 void ContextPreferencesViewController::showPolicies()
@@ -324,6 +335,8 @@ void ContextPreferencesViewController::showChoice()
     for (QComboBox *list : {m_access, m_colour}) {
         list->setEnabled(!contexts.isEmpty());
     }
+    const QSignalBlocker accessBlocker(m_access);
+    const QSignalBlocker colourBlocker(m_colour);
     m_access->setCurrentIndex(static_cast<int>(policy.access));
     m_colour->setCurrentIndex(static_cast<int>(contextColours().indexOf(policy.colour)));
     m_hint->setText(contexts.isEmpty() ? tr("Select a context to choose what may be done in it.")

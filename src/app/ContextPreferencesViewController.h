@@ -14,7 +14,7 @@ class QTableWidget;
 namespace tidewright {
 
 /// What may be done in which context, and the colour of its windows: a table of the contexts of all windows,
-/// of kubectl's default kubeconfig and of those that something was chosen for, and below it the choices for
+/// of the default kubeconfig and of those that something was chosen for, and below it the choices for
 /// the selected ones. They apply at once.
 class ContextPreferencesViewController : public PreferencesViewController
 {
@@ -54,7 +54,7 @@ private:
     QComboBox *m_colour;
     QLabel *m_hint;
     QPushButton *m_suggestion;
-    QStringList m_defaults; ///< the names in kubectl's default kubeconfig
+    std::vector<ContextKey> m_defaults; ///< those of the default kubeconfig
     std::vector<ContextKey> m_contexts; ///< one for each row
 };
 

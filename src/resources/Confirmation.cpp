@@ -82,6 +82,7 @@ QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *fir
     auto *label = new QLabel(QObject::tr("This context is protected. Type its name to go on: %1").arg(shown));
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
+    label->setContentsMargins(2, 0, 0, 0); // as the details above it
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto *field = new QLineEdit;
     field->setAccessibleName(QObject::tr("Name of the context"));

@@ -3,6 +3,7 @@
 #include "app/AdvancedPreferencesViewController.h"
 #include "app/AppDelegate.h"
 #include "app/ClusterWindowFrame.h"
+#include "app/ContextPreferencesViewController.h"
 #include "app/GeneralPreferencesViewController.h"
 #include "app/KubeConfigChooser.h"
 #include "app/MainWindowController.h"
@@ -23,6 +24,7 @@
 #include <QPushButton>
 #include <QTabBar>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTest>
 
 using namespace tidewright;
@@ -129,6 +131,38 @@ private Q_SLOTS:
         QTest::keyClick(open.field(), Qt::Key_Return);
         QTRY_COMPARE(settings().dictionary(envVars).value_or(Dictionary()).size(), open.rows().size());
         QCOMPARE(settings().dictionary(envVars).value_or(Dictionary()).value(u"NEW"_s, u"-"_s), QString());
+    }
+
+    /// The default kubeconfig has the contexts a and b, a policy is stored for one of another kubeconfig.
+    void contexts()
+    {
+        m_cluster->answer(u"contexts"_s, "a\na\tb\t");
+        settings().set(kubeConfigPath, m_cluster->kubeConfig());
+        settings().set(u"contextPolicies"_s, Dictionary{{u"z-prod\n/other"_s, u"protected;none"_s}});
+        const Preferences open(1);
+        const ContextPreferencesViewController &pane = open.window.contextsPane();
+        const auto rows = [&pane] {
+            QStringList all;
+            for (int row = 0; row < pane.table()->rowCount(); ++row) {
+                QStringList cells;
+                for (int column = 0; column < ContextPreferencesViewController::ColumnCount; ++column) {
+                    cells.append(pane.table()->item(row, column)->text().section(u'/', -1));
+                }
+                all.append(cells.join(u' '));
+            }
+            return all;
+        };
+        const QString other = u"z-prod other Protected None"_s;
+        QTRY_COMPARE(rows(), QStringList({u"a kubeconfig Free None"_s, u"b kubeconfig Free None"_s, other}));
+        pane.table()->selectRow(1);
+        QTest::keyClicks(pane.accessList(), u"Read"_s);
+        QTest::keyClicks(pane.colourList(), u"Bl"_s);
+        QCOMPARE(rows(), QStringList({u"a kubeconfig Free None"_s, u"b kubeconfig Read-only Blue"_s, other}));
+        QCOMPARE(ContextPolicies::policy({m_cluster->kubeConfig(), u"b"_s}).word(), u"read-only;blue"_s);
+        QVERIFY(!pane.suggestionButton()->isVisible());
+        pane.table()->selectRow(2);
+        QTest::mouseClick(pane.suggestionButton(), Qt::LeftButton);
+        QCOMPARE(rows().last(), u"z-prod other Protected Red"_s);
     }
 
     void addingTwice()
