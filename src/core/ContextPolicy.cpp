@@ -2,7 +2,7 @@
 #include "core/ContextPolicy.h"
 
 #include "core/KubeCtl.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QJsonObject>
 #include <QRegularExpression>

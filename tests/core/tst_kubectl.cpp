@@ -3,8 +3,8 @@
 #include "core/CommandGate.h"
 #include "core/KubeCtl.h"
 #include "core/KubectlArguments.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/changes/CreateFromFiles.h"
+
+#include "resources/changes/ChangeQuestion.h"
+#include "core/WindowState.h"
+
+#include <QCoreApplication>
+
+namespace tidewright {
+
+namespace {
+
+/// kubectl reads the value of -f as one record of comma-separated values.
+QString asListElement(QString path)
+{
+    if (path.contains(QLatin1Char(',')) || path.contains(QLatin1Char('"'))) {
+        path.replace(QLatin1Char('"'), QLatin1String("\"\""));
+        return QLatin1Char('"') + path + QLatin1Char('"');
+    }
+    return path;
+}
+
+} // namespace
+
+QString nothingCreated()
+{
+    return QCoreApplication::translate("CreateFromFiles", "Nothing was created");
+}
+
+bool canCreateIn(WindowState &window)
+{
+    QString reason = changeObstacle(window);
+    if (reason.isEmpty()) {
+        reason = window.loadingHint();
+    }
+    if (reason.isEmpty() && window.currentNamespace() == allNamespaces) {
+        reason = QCoreApplication::translate("CreateFromFiles",
+            "choose a namespace first. While all namespaces are shown, it is not clear where objects go "
+            "whose "
+            "files name none.");
+    }
+    if (!reason.isEmpty()) {
+        refuseChange(window, nothingCreated(), reason);
+    }
+    return reason.isEmpty();
+}
+
+void createFromFiles(WindowState &window, const QStringList &paths, std::function<void()> finished)
+{
+    if (paths.isEmpty() || !canCreateIn(window)) {
+        return;
+    }
+    QStringList elements;
+    for (const QString &path : paths) {
+        elements.append(asListElement(path));
+    }
+    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("create"),
+        QStringLiteral("--context"), window.currentContext(), QStringLiteral("-n"), window.currentNamespace(),
+        QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
+    runChange(ChangePlace(window), arguments, nothingCreated(), std::move(finished));
+}
+
+} // namespace tidewright
