@@ -121,6 +121,7 @@ CustomActionConfig::Decoded CustomActionConfig::decode(const QByteArray &json)
     reader.read("show_warning_text", config.show_warning_text);
     reader.read("active_in_contexts", config.active_in_contexts);
     reader.read("is_smart_action", config.is_smart_action);
+    reader.read("reads_only", config.reads_only);
     if (!scope) {
         reader.complain(QStringLiteral("the required \"scope\" is missing"));
     }

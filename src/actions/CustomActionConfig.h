@@ -28,6 +28,9 @@ struct CustomActionConfig
     std::optional<QStringList> active_in_contexts = QStringList();
     /// A Python script runs in the embedded interpreter.
     std::optional<bool> is_smart_action = false;
+    /// The script changes nothing in the cluster: it also runs in read-only contexts, and without a question
+    /// in protected ones.
+    std::optional<bool> reads_only = false;
 
     bool operator==(const CustomActionConfig &) const = default;
 

@@ -5,9 +5,11 @@
 #include "actions/BashScript.h"
 #include "actions/PythonScript.h"
 #include "core/ApplicationRecord.h"
+#include "core/CommandGate.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/Confirmation.h"
 #include "resources/widgets/NamedImages.h"
 
@@ -97,24 +99,38 @@ QIcon CustomActionItem::menuIcon() const
                                : QIcon(QPixmap::fromImage(m_menuIcon));
 }
 
+QString CustomActionItem::readOnlyObstacle(const ContextKey &context) const
+{
+    const QString reason = readOnlyReason(context);
+    return reason.isEmpty() || m_config.reads_only.value_or(false)
+        ? QString()
+        : reason + QStringLiteral(" The action's config.json does not say \"reads_only\": true.");
+}
+
 void CustomActionItem::performAction(
     const ActionEnvironment &environment, const std::optional<ChangePlace> &place)
 {
-    if (!isActiveIn(environment.value(QStringLiteral("CONTEXT")))) {
+    const ContextKey context
+        = place ? place->key() : ContextKey({}, environment.value(QStringLiteral("CONTEXT")));
+    if (!isActiveIn(context.name) || !readOnlyObstacle(context).isEmpty()) {
         return;
     }
-    if (!m_config.show_warning_text) {
+    const QString toBeTyped = m_config.reads_only.value_or(false) ? QString() : toBeTypedIn(context);
+    if (!m_config.show_warning_text && toBeTyped.isEmpty()) {
         runIn(environment, place);
         return;
     }
-    showConfirmation(nullptr, QStringLiteral("Confirm Action"), *m_config.show_warning_text,
+    const QString question = QStringLiteral("Are you sure you want to run the action \"%1\"?").arg(m_title);
+    showConfirmation(
+        nullptr, QStringLiteral("Confirm Action"), m_config.show_warning_text.value_or(question),
         QStringLiteral("OK"), QStringLiteral("Cancel"),
         place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
         [self = shared_from_this(), environment, place](bool confirmed) {
             if (confirmed) {
                 self->runIn(environment, place);
             }
-        });
+        },
+        toBeTyped);
 }
 
 /// The script acts where the window is, whatever other programs or it itself do to kubeconfigs meanwhile.
@@ -128,8 +144,9 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
         return;
     }
     place->window->whenSettled(
-        [self = shared_from_this(), environment, place = *place](const QString &reason) {
+        [self = shared_from_this(), environment, place = *place](const QString &obstacle) {
             const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
+            const QString reason = obstacle.isEmpty() ? self->readOnlyObstacle(place.key()) : obstacle;
             if (!place.window) {
                 refuseUnseenChange(place, notRun, reason);
                 return;

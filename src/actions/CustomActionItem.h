@@ -43,10 +43,13 @@ public:
 
     bool isActiveIn(const QString &context) const { return m_config.isActiveIn(context); }
 
-    /// Asks the user when the configuration wants it, and runs the script on the custom action queue.
-    /// Nothing happens in a context in which the action is not active. With a `place` the script acts there,
-    /// by a view of the kubeconfig of its own in front of KUBECONFIG, or is not run and its console says why.
-    /// Returns at once. Main thread.
+    /// Why the action must not run in a context, which is read-only: a sentence; empty when it may.
+    QString readOnlyObstacle(const ContextKey &context) const;
+
+    /// Asks the user when the configuration or the context wants it, and runs the script on the custom action
+    /// queue. Nothing happens in a context in which the action is not active, or must not be. With a `place`
+    /// the script acts there, by a view of the kubeconfig of its own in front of KUBECONFIG, or is not run
+    /// and its console says why. Returns at once. Main thread.
     void performAction(
         const ActionEnvironment &environment, const std::optional<ChangePlace> &place = std::nullopt);
     /// Adds KUBECTL and the user's variables that the action needs. Nothing when one is missing; the user is

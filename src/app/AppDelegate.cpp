@@ -9,6 +9,7 @@
 #include "app/PassingMessage.h"
 #include "app/preferences/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
+#include "core/ContextPolicy.h"
 #include "platform/desktop/Bundle.h"
 #include "platform/threads/DispatchQueue.h"
 #include "platform/threads/MainQueue.h"
@@ -88,6 +89,7 @@ QString AppDelegate::startUp()
                 QCoreApplication::applicationDirPath() + QLatin1String("/../libexec/tidewright")));
     }
     setKubectlPath(kubectl);
+    ContextPolicies::shared().keepWhatWasLost();
     const QString obstacle = createCacheDirectory();
     if (obstacle.isEmpty()) {
         prepareEmbeddedPython();

@@ -124,6 +124,11 @@ std::shared_ptr<Shell> KubeCtl::makePlainShell() const
     return shell;
 }
 
+StartingPlace KubeCtl::startingPlace() const
+{
+    return {configPath, m_place->view ? m_place->view->context() : QString(), m_place->contents};
+}
+
 std::shared_ptr<Shell> KubeCtl::makeShell() const
 {
     const std::shared_ptr<const KubeConfigView> &view = m_place->view;
@@ -146,6 +151,8 @@ std::shared_ptr<Shell> KubeCtl::shellFor(const KubeConfigCopy &copy) const
     }
     shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(copy.kubeConfig));
     shell->needed = copy.view;
+    shell->gate
+        = [place = startingPlace()](const QStringList &arguments) { return gateReason(arguments, place); };
     shell->place = {kubeConfigFiles(configPath), copy.view->context(), copy.view->nameSpace()};
     return shell;
 }

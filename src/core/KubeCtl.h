@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/CommandGate.h"
 #include "core/KubeConfigView.h"
 #include "core/Shell.h"
 
@@ -42,7 +43,9 @@ struct KubeConfigCopy
 /// own, which it returns so that the caller can cancel it. Failures go to the main window's console, as
 /// errors without a command; a run that was cancelled is no failure, but completes like one.
 ///
-/// Until `adopt` was called there is no view, and children get the user's kubeconfig alone.
+/// Until `adopt` was called there is no view, and children get the user's kubeconfig alone. From then on
+/// every child passes the gate of the context's policy (CommandGate); those on the user's own kubeconfig do
+/// not.
 class KubeCtl
 {
 public:
@@ -69,6 +72,8 @@ public:
     /// empty one leads nowhere.
     void adopt(const KubeConfigContents &contents, const QString &context);
 
+    /// Where its children act, for the gate that they have to pass; without a view nowhere known.
+    StartingPlace startingPlace() const;
     /// A shell whose children act where the window does: they use the view as it is now, whatever it is
     /// replaced by.
     std::shared_ptr<Shell> makeShell() const;

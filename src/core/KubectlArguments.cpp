@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/KubectlArguments.h"
 
+#include <QRegularExpression>
+
+#include <utility>
+
 namespace tidewright {
 
 namespace {
@@ -42,16 +46,41 @@ bool holdsItsValue(const QString &word)
             || isShort(word, QLatin1String("-v")));
 }
 
+/// "-s", "-shttps://..." and "-As": in a group of short options every letter before one that takes the rest
+/// for its value is an option.
+bool isServerOption(const QString &word, const QString &option)
+{
+    static const QStringList options{QStringLiteral("--server"), QStringLiteral("--cluster")};
+    static const QRegularExpression group(QStringLiteral("^-[^-nvolfck=s]*s"));
+    return options.contains(option) || group.match(word).hasMatch();
+}
+
+bool isUserOption(const QString &option)
+{
+    static const QStringList options{QStringLiteral("--user"), QStringLiteral("--token"),
+        QStringLiteral("--username"), QStringLiteral("--password"), QStringLiteral("--client-certificate"),
+        QStringLiteral("--client-key")};
+    return options.contains(option) || option == QLatin1String("--as")
+        || option.startsWith(QLatin1String("--as-"));
+}
+
 } // namespace
 
 KubectlArguments KubectlArguments::read(const QStringList &arguments)
 {
     KubectlArguments result;
-    for (qsizetype i = 0; i < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
+    bool isCertain = true;
+    bool mayTakeNext = false; // for its value: an option that is not known
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
         const QString &word = arguments.at(i);
+        const bool mayBeValue = std::exchange(mayTakeNext, false);
+        if (word == QLatin1String("--") && !mayBeValue) {
+            break;
+        }
         if (!word.startsWith(QLatin1Char('-')) || word == QLatin1String("-")) {
             if (result.isReadable) {
                 result.words.append(word);
+                result.certainWords += isCertain ? 1 : 0;
             }
             continue;
         }
@@ -61,15 +90,21 @@ KubectlArguments KubectlArguments::read(const QStringList &arguments)
         if (option == QLatin1String("--context")) {
             result.namesContext = true;
             result.context = hasValue ? word.section(QLatin1Char('='), 1) : arguments.value(i + 1);
+            result.contextIsCertain = isCertain && result.contexts.isEmpty();
+            result.contexts.append(result.context);
         } else if (option == QLatin1String("--kubeconfig")) {
             result.namesKubeConfig = true;
         } else if (option == QLatin1String("--namespace") || option == QLatin1String("--all-namespaces")
             || option == QLatin1String("-A") || isShort(word, QLatin1String("-n"))) {
             result.namesNamespace = true;
-        } else if (result.words.isEmpty() && !hasValue && !valueFollows && !holdsItsValue(word)
-            && !takesNoValue(option)) {
-            result.isReadable = false;
+            isCertain = isCertain && (hasValue || valueFollows || holdsItsValue(word));
+        } else if (!hasValue && !valueFollows && !holdsItsValue(word) && !takesNoValue(option)) {
+            result.isReadable = result.isReadable && !result.words.isEmpty();
+            isCertain = false;
+            mayTakeNext = true;
         }
+        result.namesServer = result.namesServer || isServerOption(word, option);
+        result.namesUser = result.namesUser || isUserOption(option);
         i += valueFollows ? 1 : 0;
     }
     return result;

@@ -26,8 +26,17 @@ struct KubectlArguments
     bool isReadable = true; ///< no such option came first
     bool namesContext = false;
     bool namesKubeConfig = false;
+    bool namesServer = false; ///< or a cluster; also when it only may
+    bool namesUser = false; ///< or credentials, or somebody to act as
     bool namesNamespace = false; ///< one, or all of them
-    QString context; ///< the one it names
+    QString context; ///< the one it names: of several the last, as kubectl has it
+    QStringList contexts; ///< all that it names
+    /// kubectl surely takes the context: there is one, and no option before it of which it is not known here
+    /// whether a value follows.
+    bool contextIsCertain = false;
+    /// So many of the first words are surely that for kubectl too: before them stand no options of which it
+    /// is not known here whether a value follows.
+    qsizetype certainWords = 0;
 };
 
 } // namespace tidewright

@@ -152,6 +152,10 @@ void EditFile::runAsync(
 
 ShellResult EditFile::run(const QStringList &arguments, QPointer<Console> console, bool logToConsole)
 {
+    if (const QString reason = gate ? gate(arguments) : QString(); !reason.isEmpty()) {
+        post(console, arguments.join(QLatin1Char(' ')), {}, reason);
+        return {{}, reason};
+    }
     prepareProcess();
     if (!process) {
         return {{}, QStringLiteral("No process defined")};

@@ -45,6 +45,8 @@ public:
     /// the console and standard output say where it is.
     void cancel();
 
+    /// As in Shell: asked before the child is started, on the thread that starts it, why it must not be.
+    std::function<QString(const QStringList &arguments)> gate;
     /// Called on the main thread when the user asks for the preferences.
     std::function<void()> showPreferences;
 

@@ -3,6 +3,7 @@
 #include "app/preferences/AdvancedPreferencesViewController.h"
 #include "app/AppDelegate.h"
 #include "app/window/ClusterWindowFrame.h"
+#include "app/preferences/ContextPreferencesViewController.h"
 #include "app/preferences/GeneralPreferencesViewController.h"
 #include "app/state/KubeConfigChooser.h"
 #include "app/window/MainWindowController.h"
@@ -23,6 +24,7 @@
 #include <QPushButton>
 #include <QTabBar>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTest>
 
 using namespace tidewright;
@@ -121,7 +123,7 @@ private Q_SLOTS:
         QFile file(m_cluster->settingsFile());
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(R"({"customEnvVars": )" + stored + '}') > 0);
         file.close();
-        const Preferences open(1);
+        const Preferences open(2);
         QTEST(open.rows(), "rows");
         // The next save replaces what was there, whatever it was.
         open.clickSegment(AdvancedPreferencesViewController::AddSegment);
@@ -131,9 +133,41 @@ private Q_SLOTS:
         QCOMPARE(settings().dictionary(envVars).value_or(Dictionary()).value(u"NEW"_s, u"-"_s), QString());
     }
 
+    /// The default kubeconfig has the contexts a and b, a policy is stored for one of another kubeconfig.
+    void contexts()
+    {
+        m_cluster->answer(u"contexts"_s, "a\na\tb\t");
+        settings().set(kubeConfigPath, m_cluster->kubeConfig());
+        settings().set(u"contextPolicies"_s, Dictionary{{u"z-prod\n/other"_s, u"protected;none"_s}});
+        const Preferences open(1);
+        const ContextPreferencesViewController &pane = open.window.contextsPane();
+        const auto rows = [&pane] {
+            QStringList all;
+            for (int row = 0; row < pane.table()->rowCount(); ++row) {
+                QStringList cells;
+                for (int column = 0; column < ContextPreferencesViewController::ColumnCount; ++column) {
+                    cells.append(pane.table()->item(row, column)->text().section(u'/', -1));
+                }
+                all.append(cells.join(u' '));
+            }
+            return all;
+        };
+        const QString other = u"z-prod other Protected None"_s;
+        QTRY_COMPARE(rows(), QStringList({u"a kubeconfig Free None"_s, u"b kubeconfig Free None"_s, other}));
+        pane.table()->selectRow(1);
+        QTest::keyClicks(pane.accessList(), u"Read"_s);
+        QTest::keyClicks(pane.colourList(), u"Bl"_s);
+        QCOMPARE(rows(), QStringList({u"a kubeconfig Free None"_s, u"b kubeconfig Read-only Blue"_s, other}));
+        QCOMPARE(ContextPolicies::policy({m_cluster->kubeConfig(), u"b"_s}).word(), u"read-only;blue"_s);
+        QVERIFY(!pane.suggestionButton()->isVisible());
+        pane.table()->selectRow(2);
+        QTest::mouseClick(pane.suggestionButton(), Qt::LeftButton);
+        QCOMPARE(rows().last(), u"z-prod other Protected Red"_s);
+    }
+
     void addingTwice()
     {
-        const Preferences open(1);
+        const Preferences open(2);
         const QAbstractItemModelTester tester(
             open.table().model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
         open.clickSegment(AdvancedPreferencesViewController::AddSegment);
@@ -155,12 +189,12 @@ private Q_SLOTS:
     {
         settings().set(envVars, Dictionary{{u"A"_s, u"1"_s}, {u"B"_s, u"2"_s}});
         {
-            const Preferences open(1);
+            const Preferences open(2);
             open.rename(1, 0, u"A"_s);
             QCOMPARE(open.rows(), QStringList({u"A=1"_s, u"A=2"_s}));
         }
         QCOMPARE(settings().dictionary(envVars), Dictionary({{u"A"_s, u"2"_s}}));
-        QCOMPARE(Preferences(1).rows(), QStringList({u"A=2"_s}));
+        QCOMPARE(Preferences(2).rows(), QStringList({u"A=2"_s}));
     }
 
     void deleting_data()
@@ -180,7 +214,7 @@ private Q_SLOTS:
         QFETCH(bool, byKey);
         QFETCH(QString, left);
         settings().set(envVars, Dictionary{{u"A"_s, {}}, {u"B"_s, {}}, {u"C"_s, {}}, {u"D"_s, {}}});
-        const Preferences open(1);
+        const Preferences open(2);
         for (const int row : std::as_const(selected)) {
             QTest::mouseClick(open.table().viewport(), Qt::LeftButton, Qt::ControlModifier, open.at(row, 0));
         }
@@ -216,7 +250,7 @@ private Q_SLOTS:
         QFETCH(QString, end);
         QFETCH(QString, stored);
         settings().set(envVars, Dictionary{{u"A"_s, u"old"_s}});
-        Preferences open(1);
+        Preferences open(2);
         QTest::mouseClick(open.table().viewport(), Qt::LeftButton, {}, open.at(0, 1));
         if (begin == u"mouse") {
             open.doubleClick(0, 1);
@@ -366,14 +400,14 @@ private Q_SLOTS:
         QTest::keyClick(delegate.mainWindow(), Qt::Key_Comma, Qt::ControlModifier);
         PreferencesWindowController *window = delegate.preferencesController();
         QVERIFY(window && QTest::qWaitForWindowActive(window));
-        for (const auto &[pane, title] : {std::pair(1, u"Advanced"_s), std::pair(0, u"General"_s)}) {
+        for (const auto &[pane, title] : {std::pair(2, u"Advanced"_s), std::pair(0, u"General"_s)}) {
             QTest::mouseClick(window->tabBar(), Qt::LeftButton, {}, window->tabBar()->tabRect(pane).center());
             QCOMPARE(window->windowTitle(), title);
-            const auto *shown = pane == 1 ? static_cast<PreferencesViewController *>(&window->advancedPane())
+            const auto *shown = pane == 2 ? static_cast<PreferencesViewController *>(&window->advancedPane())
                                           : &window->generalPane();
             QTRY_COMPARE(shown->size(), shown->preferredContentSize());
         }
-        window->tabBar()->setCurrentIndex(1);
+        window->tabBar()->setCurrentIndex(2);
         QTableView *table = window->advancedPane().envvarTableView();
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
         QVERIFY(table->currentIndex().isValid());

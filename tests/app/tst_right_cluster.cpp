@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
+#include "app/toolbar/ClusterToolBar.h"
 #include "app/window/ClusterWindowFrame.h"
 #include "app/content/DestinationView.h"
 #include "app/state/KubeSplitViewController.h"
@@ -10,17 +11,24 @@
 #include "platform/desktop/Notifications.h"
 #include "pods/console/ConsoleTextView.h"
 #include "pods/console/ConsoleViewController.h"
+#include "pods/table/ContainerButton.h"
 #include "pods/table/ContainerCopy.h"
+#include "pods/table/PodController.h"
+#include "resources/changes/ChangeQuestion.h"
+#include "resources/widgets/ContextBand.h"
 #include "resources/table/CronJobController.h"
+#include "resources/preview/PreviewPanel.h"
 #include "resources/table/ReplicaCell.h"
 #include "resources/table/ResourceTableView.h"
 #include "support/Patience.h"
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFile>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
@@ -28,6 +36,8 @@
 #include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
+#include <QToolTip>
 #include <QWindow>
 
 #include <iostream>
@@ -75,12 +85,13 @@ struct Machine
         setKubectlPath(path(u"kubectl"_s));
         write(u"kate"_s, "#!/bin/sh\nfor file; do :; done\necho edited >> \"$file\"\n");
         write(u"xdg-terminal-exec"_s, "#!/bin/sh\nexec \"$@\"\n");
-        for (const QString &title : {u"background"_s, u"terminal"_s}) {
+        for (const QString &title : {u"background"_s, u"terminal"_s, u"reading"_s}) {
             write(u"Tidewright/Actions/%1/main.sh"_s.arg(title),
                 "#!/bin/sh\n\"$KUBECTL\" delete po by-" + title.toUtf8() + '\n');
             write(u"Tidewright/Actions/%1/config.json"_s.arg(title),
                 R"({"scope":"namespace","open_in_terminal":)"
-                    + QByteArray(title == u"terminal" ? "true}" : "false}"));
+                    + QByteArray(title == u"terminal" ? "true" : "false") + R"(,"reads_only":)"
+                    + QByteArray(title == u"reading" ? "true}" : "false}"));
         }
         write(u"Tidewright/Actions/python/config.json"_s, R"({"scope":"namespace","is_smart_action":true})");
         write(u"Tidewright/Actions/python/main.py"_s,
@@ -449,6 +460,146 @@ std::vector<Disturbance> disturbances()
     };
 }
 
+/// What a user does by the window's own commands, up to the question or, where none is asked, to the start.
+struct Attempt
+{
+    enum Kind { Asks, Starts, Reads };
+
+    const char *name;
+    Kind kind;
+    QString run; ///< how the arguments of its run begin
+    QString command; ///< the one of the menu bar; empty without one
+    Step begin;
+    Step whereReadOnly; ///< does it all the same, past a command that is disabled, and sees the reason
+};
+
+QAction *commandNamed(const Windows &w, const QString &text)
+{
+    const auto all = w.page->window()->findChildren<QAction *>();
+    const auto found = std::find_if(
+        all.begin(), all.end(), [&](const QAction *action) { return action->text().remove(u'&') == text; });
+    return found == all.end() ? nullptr : *found;
+}
+
+Step choose(const QString &command, const QString &kind)
+{
+    return [=](Windows &w) {
+        w.select(kind);
+        QVERIFY(commandNamed(w, command)->isEnabled());
+        commandNamed(w, command)->trigger();
+    };
+}
+
+void chooseFile(Windows &w)
+{
+    auto *dialog = w.page->window()->findChild<QFileDialog *>();
+    QVERIFY(dialog);
+    w.machine.write(u"object.yaml"_s, "{}");
+    dialog->setDirectory(w.machine.folder.path());
+    dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(u"object.yaml"_s);
+    QMetaObject::invokeMethod(dialog, "accept");
+}
+
+void chooseContainer(Windows &w)
+{
+    w.select(u"Pods"_s);
+    auto *pods = qobject_cast<PodController *>(&w.table());
+    QTRY_VERIFY(!pods->containerButtons().empty());
+    if (pods->selectedContainerPairs().empty()) {
+        QTest::mouseClick(pods->containerButtons().front(), Qt::LeftButton);
+    }
+}
+
+Step refused(Step step)
+{
+    return then(std::move(step), [](Windows &w) { QTRY_VERIFY(w.told().contains(u"alpha is read-only"_s)); });
+}
+
+Operation operationNamed(const char *name)
+{
+    const auto all = operations();
+    return *std::find_if(
+        all.begin(), all.end(), [name](const Operation &each) { return qstrcmp(each.name, name) == 0; });
+}
+
+std::vector<Attempt> attempts()
+{
+    const auto begun = [](const char *name, Attempt::Kind kind) {
+        const Operation operation = operationNamed(name);
+        const Step step = operation.ask ? operation.ask : operation.act;
+        return Attempt{name, kind, operation.run, {}, step, refused(step)};
+    };
+    const auto commanded = [](const char *name, Attempt::Kind kind, const QString &command, Step begin) {
+        const Operation operation = operationNamed(name);
+        return Attempt{name, kind, operation.run, command, std::move(begin),
+            refused(kind == Attempt::Asks ? operation.ask : then(operation.ask, operation.act))};
+    };
+    const auto createFile = [](Windows &w) {
+        commandNamed(w, u"Create from File…"_s)->trigger();
+        chooseFile(w);
+    };
+    const Step copyFile = then(chooseContainer, then(choose(u"Copy File…"_s, u"Pods"_s), chooseFile));
+    Attempt scale = begun("scale", Attempt::Asks);
+    scale.whereReadOnly = [](Windows &w) {
+        w.select(u"Deployments"_s);
+        const auto *field = w.table().findChild<ReplicaCell *>()->field();
+        QVERIFY(!field->isEnabled() && field->toolTip().contains(u"alpha is read-only"));
+    };
+    Attempt drop = begun("drop", Attempt::Asks);
+    drop.whereReadOnly = [](Windows &w) {
+        w.drop(w.machine.path(u"object.yaml"_s));
+        QTRY_VERIFY(QToolTip::text().contains(u"alpha is read-only"));
+    };
+    Attempt edit = commanded(
+        "edit", Attempt::Starts, u"Edit Configuration"_s, choose(u"Edit Configuration"_s, u"Pods"_s));
+    edit.whereReadOnly = [](Windows &w) {
+        choose(u"View Configuration"_s, u"Pods"_s)(w);
+        QTRY_VERIFY(PreviewPanel::shared().isVisible());
+        PreviewPanel::shared().close();
+        QTRY_VERIFY(w.machine.read(u"runs"_s).startsWith(u"get -n"));
+        w.machine.remove(u"runs"_s);
+        w.page->state().startExternalEdit({u"kubectl"_s, u"edit"_s, u"po"_s, u"x"_s}, [] {});
+        QTRY_VERIFY(w.told().contains(u"alpha is read-only"_s));
+    };
+    const auto reading = [](const char *name, const QString &run, Step step) {
+        return Attempt{name, Attempt::Reads, run, {}, std::move(step), {}};
+    };
+    const auto line = [](const QString &text) { return [text](Windows &w) { w.type(text); }; };
+    return {commanded("delete", Attempt::Asks, u"Delete…"_s, choose(u"Delete…"_s, u"Pods"_s)), scale,
+        commanded("run a cron job", Attempt::Starts, u"Run Cron Job Now"_s,
+            choose(u"Run Cron Job Now"_s, u"Cron Jobs"_s)),
+        commanded("create from files", Attempt::Starts, u"Create from File…"_s, createFile),
+        commanded("copy into a container", Attempt::Starts, u"Copy File…"_s, copyFile), drop, edit,
+        begun("typed kubectl", Attempt::Starts), begun("typed program", Attempt::Starts),
+        begun("background action", Attempt::Starts), begun("python action", Attempt::Starts),
+        reading("typed reading", u"describe po x"_s, line(u"kubectl describe po x"_s)),
+        reading("reading action", u"delete po by-reading"_s, action(u"reading"_s).act)};
+}
+
+/// Answers a question that asks for the context's name.
+void typeName(const Windows &w)
+{
+    QTRY_VERIFY(w.question());
+    const QPointer<QMessageBox> question = w.question();
+    auto *field = question->findChild<QLineEdit *>();
+    QVERIFY(field);
+    const auto confirms = [&] {
+        const auto buttons = question->buttons();
+        return std::any_of(buttons.begin(), buttons.end(), [&](QAbstractButton *each) {
+            return question->buttonRole(each) == QMessageBox::AcceptRole && each->isEnabled();
+        });
+    };
+    for (const QString &wrong : {QString(), u"Alpha"_s, u"alpha "_s, u"alph"_s}) {
+        field->setText(wrong);
+        QTest::keyClick(field, Qt::Key_Return);
+        QVERIFY2(question && question->isVisible() && !confirms(), qPrintable(wrong));
+    }
+    QTest::keyClicks(field, u"a"_s);
+    QVERIFY(confirms());
+    QTest::keyClick(field, Qt::Key_Return);
+    QVERIFY(!question || !question->isVisible());
+}
+
 } // namespace
 
 /// Whatever happens around a command, it goes where its window showed it to go when the user gave it, or it
@@ -458,11 +609,21 @@ class tst_right_cluster : public QObject
     Q_OBJECT
 private:
     std::unique_ptr<Machine> m_machine;
+    std::unique_ptr<Windows> m_windows; ///< of everyPolicy
+
+    QStringList runs() const { return m_machine->read(u"runs"_s).split(u'\n', Qt::SkipEmptyParts); }
 
 private Q_SLOTS:
     void initTestCase() { m_machine = std::make_unique<Machine>(); }
-    void cleanupTestCase() { m_machine.reset(); }
+    void cleanupTestCase()
+    {
+        m_windows.reset();
+        m_machine.reset();
+    }
     void init();
+    void everyPolicy_data();
+    void everyPolicy();
+    void lastPolicy() { m_windows.reset(); }
     void everyRun_data();
     void everyRun();
 };
@@ -476,6 +637,60 @@ void tst_right_cluster::init()
         folder.remove(left);
     }
     m_machine->write(u"kubeconfig"_s, kubeConfigText);
+}
+
+void tst_right_cluster::everyPolicy_data()
+{
+    QTest::addColumn<Attempt>("attempt");
+    QTest::addColumn<ContextAccess>("access");
+    for (const ContextAccess access :
+        {ContextAccess::Free, ContextAccess::Protected, ContextAccess::ReadOnly}) {
+        for (const Attempt &attempt : attempts()) {
+            QTest::addRow("%s: %s", qPrintable(nameOf(access)), attempt.name) << attempt << access;
+        }
+    }
+}
+
+/// Free: what asks nothing is done at once. Protected: each question wants the context's name. Read-only: the
+/// reason instead.
+void tst_right_cluster::everyPolicy()
+{
+    QFETCH(Attempt, attempt);
+    QFETCH(ContextAccess, access);
+    if (!m_windows) {
+        m_windows = std::make_unique<Windows>(*m_machine);
+    }
+    Windows &w = *m_windows;
+    w.settings.set(u"preferredEditor"_s, u"Kate"_s);
+    w.page->windowConsoleController().clearLogs();
+    ContextPolicies::shared().set(shownContext(w.page->state()), {access, ContextColour::None});
+    const QToolButton *badge = w.page->toolBar().accessBadge();
+    QCOMPARE(badge->isVisible(), access != ContextAccess::Free);
+    QCOMPARE(badge->text(), nameOf(access));
+    if (access == ContextAccess::ReadOnly && attempt.kind != Attempt::Reads) {
+        const bool isEdit = attempt.command.startsWith(u"Edit");
+        if (!attempt.command.isEmpty()) {
+            const QAction *command = commandNamed(w, QString(attempt.command).replace(u"Edit"_s, u"View"_s));
+            QVERIFY(command && command->toolTip().contains(u"alpha is read-only"));
+            QVERIFY(isEdit || !command->isEnabled());
+        }
+        attempt.whereReadOnly(w);
+        QVERIFY(!w.question());
+        QCOMPARE(runs(), QStringList());
+        return;
+    }
+    attempt.begin(w);
+    if (access == ContextAccess::Protected && attempt.kind != Attempt::Reads) {
+        typeName(w);
+    } else if (attempt.kind == Attempt::Asks) {
+        QTRY_VERIFY(w.question());
+        QVERIFY(!w.question()->findChild<QLineEdit *>());
+        w.answer(w.question()->buttons().first()->text());
+    }
+    QTRY_COMPARE(runs().size(), 1);
+    QVERIFY2(runs().first().startsWith(attempt.run), qPrintable(runs().first()));
+    QTRY_VERIFY(w.page->windowConsoleController().scriptsRunning.isEmpty());
+    QTRY_VERIFY(!w.question());
 }
 
 void tst_right_cluster::everyRun_data()
@@ -496,7 +711,6 @@ void tst_right_cluster::everyRun()
 {
     QFETCH(Operation, operation);
     QFETCH(Disturbance, disturbance);
-    const auto runs = [&] { return m_machine->read(u"runs"_s).split(u'\n', Qt::SkipEmptyParts); };
     const auto step = [](const Step &what, Windows &windows) {
         if (what) {
             what(windows);

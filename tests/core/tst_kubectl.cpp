@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ApplicationRecord.h"
+#include "core/CommandGate.h"
 #include "core/KubeCtl.h"
 #include "core/KubectlArguments.h"
 #include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
@@ -14,6 +16,7 @@
 
 using namespace tidewright;
 using namespace tidewright::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -39,6 +42,28 @@ namespace {
     "No contexts could be found when running `kubectl config view`.  Please ensure you have access to a "    \
     "context and "                                                                                           \
     "try again."
+
+/// Settings that hold such a value of "contextPolicies", in the place of the user's own.
+struct Policies
+{
+    Policies(const QString &folder, const char *stored)
+        : settings(writeSettings(folder + QStringLiteral("/settings.json"), stored))
+    {
+        setUserDefaultsForTesting(&settings);
+    }
+    ~Policies() { setUserDefaultsForTesting(nullptr); }
+    Q_DISABLE_COPY_MOVE(Policies)
+
+    static QString writeSettings(const QString &path, const QByteArray &stored)
+    {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write("{\"contextPolicies\": " + stored + '}') > 0
+            ? path
+            : QString();
+    }
+
+    UserDefaults settings;
+};
 
 /// One facade operation, its shell, and what its completion was given, with the thread:
 /// "a,b/current@background".
@@ -243,6 +268,137 @@ private Q_SLOTS:
             words, {QStringLiteral("/it's"), QStringLiteral("my b"), QStringLiteral("shop")}};
         QTEST(command.shellLine().remove(QStringLiteral("KUBECONFIG='/it'\\''s' ")), "line");
         QVERIFY(command.shellLine().startsWith(u"KUBECONFIG="));
+    }
+
+    void theGateLetsThroughWhatReads_data()
+    {
+        QTest::addColumn<bool>("reads");
+        for (const char *line : {"kubectl", "kubectl -h", "kubectl get po -A",
+                 "kubectl -v6 -n shop logs -f web", "kubectl --context=free describe po", "kubectl top pods",
+                 "kubectl diff -f x", "kubectl config view --raw", "kubectl auth can-i delete po",
+                 "kubectl rollout status deploy/x", "kubectl get --raw /api/v1/nodes",
+                 "kubectl get po delete"}) {
+            QTest::newRow(line) << true;
+        }
+        for (const char *line :
+            {"kubectl delete po x", "kubectl -n get delete po x", "kubectl --odd get delete",
+                "kubectl -A get delete po", "kubectl config use-context x", "kubectl config", "kubectl auth",
+                "kubectl rollout -w restart status", "kubectl rollout undo x", "kubectl exec p -- get",
+                "kubectl get --raw /api/v1/nodes/n/proxy/run", "kubectl get --raw=/a/%70roxy/",
+                "kubectl gets", "kubectl -- get", "helm list", "/bin/kubectl get", "sh -c kubectl get",
+                "kubectl edit po x", "kubectl -h delete po x"}) {
+            QTest::newRow(line) << false;
+        }
+    }
+    void theGateLetsThroughWhatReads()
+    {
+        QFETCH(bool, reads);
+        const QStringList words = QString::fromUtf8(QTest::currentDataTag()).split(u' ');
+        const Policies policies(m_folder->path(), R"({"shut": "read-only", "asks": "protected;none"})");
+        QCOMPARE(gateReason(words, {{}, u"shut"_s, {}}).isEmpty(), reads);
+        QCOMPARE(gateReason(words, {{}, u"asks"_s, {}}), QString());
+        QCOMPARE(judgeCommand(words, {{}, u"asks"_s, {}}).needsConsent(), !reads);
+    }
+
+    void theStrictestContextWithinReachCounts_data()
+    {
+        QTest::addColumn<QString>("place");
+        QTest::addColumn<QString>("counts");
+        const auto lines
+            = [](const char *place, const char *counts, std::initializer_list<const char *> all) {
+                  for (const char *line : all) {
+                      QTest::addRow("%s: %s", place, line)
+                          << QString::fromLatin1(place) << QString::fromLatin1(counts);
+                  }
+              };
+        lines("free", "free",
+            {"kubectl delete po x", "helm uninstall shut-x", "sh -c kubectl", "kubectl --token=t delete po x",
+                "kubectl apply --server-side -fs.yaml", "kubectl delete -nshop po x",
+                "kubectl exec p -- x --server=y"});
+        lines("shut", "free", {"kubectl --context=free delete po x", "kubectl delete po x --context free"});
+        lines("free", "shut",
+            {"kubectl --context=shut delete po x", "kubectl delete po x --force --context shut",
+                "kubectl delete -l -- po --context=shut", "kubectl --context=free --context=shut apply -f x",
+                "kubectl --server https://s delete po x", "kubectl delete po x -shttps://s",
+                "kubectl delete po x -As https://s", "kubectl --cluster=c delete po x",
+                "sh -c kubectl;--context=shut", "kubectl --kubeconfig f delete po x",
+                "kubectl --kubeconfig=f --context=free delete po x"});
+        lines("shut", "shut",
+            {"helm uninstall x", "kubectl delete -l --context=free po", "kubectl --context= delete po x",
+                "kubectl --context=free --context=asks delete po x", "kubectl exec p -- x --context=free"});
+        lines("twin", "twin", {"kubectl delete po x", "kubectl --user-x=y delete po x"});
+        lines("twin", "shut", {"kubectl --token=t delete po x", "kubectl delete po x --as admin"});
+        lines("free", "asks", {"kubectl --context=asks delete po x", "helm --kube-context asks uninstall x"});
+        lines("", "shut", {"helm uninstall x", "kubectl delete po x"}); // the place is not known yet
+    }
+    void theStrictestContextWithinReachCounts()
+    {
+        QFETCH(QString, place);
+        QFETCH(QString, counts);
+        const Policies policies(m_folder->path(), R"({"shut": "read-only", "asks": "protected"})");
+        KubeConfigContents contents;
+        for (const QString &name : {u"free"_s, u"shut"_s, u"twin"_s, u"asks"_s}) {
+            const QString cluster = name == u"twin" ? u"shut"_s : name;
+            contents.contexts.insert(name, {{u"cluster"_s, cluster}});
+            contents.servers.insert(cluster, u"https://"_s + cluster);
+        }
+        const QString line = QString::fromUtf8(QTest::currentDataTag()).section(u": "_s, 1);
+        const CommandVerdict verdict = judgeCommand(line.split(u' '), {{}, place, contents});
+        QVERIFY(!verdict.reads);
+        QCOMPARE(verdict.context.name, counts);
+        QCOMPARE(verdict.isRefused(), counts == u"shut");
+        QCOMPARE(verdict.needsConsent(), counts == u"asks");
+    }
+
+    void policiesAreRead_data()
+    {
+        QTest::addColumn<QString>("read"); // for "prod" of the kubeconfig /a
+        QTest::addColumn<bool>("isReadable");
+        const auto row = [](const char *stored, const char *read, bool isReadable = true) {
+            QTest::newRow(stored) << QString::fromLatin1(read) << isReadable;
+        };
+        row("{}", "free;red"); // the colour is suggested
+        row(R"({"prod\n/a": "read-only;blue"})", "read-only;blue");
+        row(R"({"prod\n/a": "Protected"})", "protected;red");
+        row(R"({"prod\n/a": "free;none", "prod\n/b": "read-only;red"})", "free;none");
+        row(R"({"prod\n/b": "free;none", "prod\n/c": "protected;blue"})", "protected;blue");
+        row(R"({"prod": "read-only;blue"})", "read-only;blue");
+        row(R"({"*": "protected", "test\n/a": "read-only"})", "protected;red");
+        for (const char *stored : {R"({"prod\n/a": 1})", R"({"prod\n/a": ""})",
+                 R"({"prod\n/a": "frree;red"})", R"({"prod\n/a": "free;mauve"})",
+                 R"({"prod\n/a": "free;red;x"})", R"({"prod\n/b": {}})", "[]", "null", "{"}) {
+            row(stored, "read-only;red", false);
+        }
+    }
+    void policiesAreRead()
+    {
+        QFETCH(bool, isReadable);
+        const ContextKey prod(u"/a"_s, u"prod"_s);
+        Policies policies(m_folder->path(), QTest::currentDataTag());
+        const ContextPolicy policy = ContextPolicies::policy(prod);
+        QTEST(policy.word(), "read");
+        QCOMPARE(policy.isReadable, isReadable);
+        ContextPolicies::shared().keepWhatWasLost();
+        QVERIFY(policies.settings.flush());
+        policies.settings = UserDefaults(m_folder->filePath(u"settings.json"_s)); // the next start
+        QCOMPARE(ContextPolicies::policy(prod), policy);
+        QCOMPARE(readOnlyReason(prod).contains(u"cannot be read"), !isReadable);
+        // Another choice makes none freer that is not meant.
+        const ContextPolicy namesake = ContextPolicies::policy({u"/z"_s, u"prod"_s});
+        ContextPolicies::shared().set({u"/z"_s, u"other"_s}, {ContextAccess::Protected, ContextColour::None});
+        ContextPolicies::shared().set(prod, {ContextAccess::Free, ContextColour::Violet});
+        QCOMPARE(ContextPolicies::policy(prod).word(), u"free;violet"_s);
+        if (!QByteArray(QTest::currentDataTag()).contains("/a")) {
+            QCOMPARE(ContextPolicies::policy({u"/z"_s, u"prod"_s}), namesake);
+        }
+    }
+
+    void policiesAreSuggested()
+    {
+        for (const auto &[name, word] : {std::pair("eu-live-2", "protected;red"), {"pre-prod", "free;amber"},
+                 {"nonprod", "free;none"}, {"shop_DEV1", "free;green"}, {"latest", "free;none"}}) {
+            QCOMPARE(suggestedPolicy(QString::fromLatin1(name)).word(), QString::fromLatin1(word));
+        }
     }
 
     void aViewIsPrivateAndGoesWithItsHolders()

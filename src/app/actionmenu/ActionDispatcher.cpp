@@ -4,7 +4,7 @@
 #include "app/content/PrimaryContentController.h"
 #include "platform/text/Glob.h"
 #include "pods/table/PodController.h"
-#include "resources/changes/ClusterChange.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/table/ResourceTableView.h"
 
 namespace tidewright {
@@ -95,6 +95,10 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
         refuseChange(m_window, notRun(*item), hint);
         return;
     }
+    if (const QString reason = item->readOnlyObstacle(shownContext(m_window)); !reason.isEmpty()) {
+        refuseChange(m_window, notRun(*item), reason);
+        return;
+    }
     auto environment = target(*item);
     if (!environment) {
         return;
@@ -143,6 +147,9 @@ QString ActionDispatcher::obstacle(const CustomActionItem &item) const
     }
     if (!item.isActiveIn(m_window.currentContext())) {
         return QObject::tr("This action is not meant for the context %1.").arg(m_window.currentContext());
+    }
+    if (const QString reason = item.readOnlyObstacle(shownContext(m_window)); !reason.isEmpty()) {
+        return reason;
     }
     return item.config().scope == QLatin1String("namespace") ? QString() : targetObstacle(item);
 }

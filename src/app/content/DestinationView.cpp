@@ -3,8 +3,8 @@
 
 #include "app/content/PrimaryContentController.h"
 #include "platform/desktop/Diagnostics.h"
-#include "resources/changes/ClusterChange.h"
-#include "resources/changes/Confirmation.h"
+#include "platform/text/DisplayText.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/CreateFromFiles.h"
 
 #include <QDragEnterEvent>
@@ -12,6 +12,7 @@
 #include <QLocale>
 #include <QMimeData>
 #include <QPainter>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 namespace tidewright {
@@ -64,8 +65,13 @@ QStringList DestinationView::acceptedPaths(const QMimeData &dropped)
 void DestinationView::dragEnterEvent(QDragEnterEvent *event)
 {
     writeDiagnostic(QStringLiteral("entered"));
+    const QString reason = changeObstacle(m_window);
     if (!isAcceptable(*event->mimeData())) {
         return; // refused
+    }
+    if (!reason.isEmpty()) {
+        QToolTip::showText(mapToGlobal(event->position().toPoint()), display_text::toolTip(reason), this);
+        return;
     }
     event->setDropAction(Qt::CopyAction);
     event->accept();
@@ -105,9 +111,8 @@ void DestinationView::confirmAndCreate(const QStringList &paths)
     const ChangePlace place(m_window);
     const QString details
         = tr("Files: %1").arg(QLocale().toString(paths.size())) + QLatin1Char('\n') + place.text();
-    showConfirmation(this, QStringLiteral("Confirm Create"), question, QStringLiteral("Create"),
-        QStringLiteral("Cancel"), confirmationDetails(details),
-        [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
+    confirmChange(this, place, QStringLiteral("Confirm Create"), question, QStringLiteral("Create"),
+        confirmationDetails(details), [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
             if (self && confirmed) {
                 self->m_content.createFrom(paths, place);
             }

@@ -3,6 +3,7 @@
 
 #include "app/content/CreateFromFileDialog.h"
 #include "pods/table/PodController.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/kinds/ClusterRole.h"
 #include "resources/kinds/ConfigMap.h"
 #include "resources/changes/CreateFromFiles.h"
@@ -180,8 +181,17 @@ void PrimaryContentController::createFromFileDialog()
         return;
     }
     const ChangePlace place(m_window);
-    CreateFromFileDialog::open(
-        window(), this, place.text(), [this, place](const QStringList &paths) { createFrom(paths, place); });
+    CreateFromFileDialog::open(window(), this, place.text(), [this, place](const QStringList &paths) {
+        confirmWhereProtected(this, place.key(), tr("Confirm Create"),
+            tr("Are you sure you want to create what these declare?\n    ")
+                + paths.join(QLatin1String(",\n    ")),
+            tr("Create"), confirmationDetails(place.text()),
+            [self = QPointer(this), paths, place](bool confirmed) {
+                if (self && confirmed) {
+                    self->createFrom(paths, place);
+                }
+            });
+    });
 }
 
 void PrimaryContentController::createFrom(const QStringList &paths, const ChangePlace &place)

@@ -2,6 +2,7 @@
 #include "app/preferences/PreferencesWindowController.h"
 
 #include "app/preferences/AdvancedPreferencesViewController.h"
+#include "app/preferences/ContextPreferencesViewController.h"
 #include "app/preferences/GeneralPreferencesViewController.h"
 
 #include <QShortcut>
@@ -14,6 +15,7 @@ namespace tidewright {
 PreferencesWindowController::PreferencesWindowController(QWidget *parent)
     : QDialog(parent)
     , m_general(new GeneralPreferencesViewController)
+    , m_contexts(new ContextPreferencesViewController)
     , m_advanced(new AdvancedPreferencesViewController)
     , m_tabs(new QTabBar)
     , m_panes(new QStackedWidget)
@@ -27,6 +29,7 @@ PreferencesWindowController::PreferencesWindowController(QWidget *parent)
     layout->addWidget(m_tabs);
     layout->addWidget(m_panes, 1);
     addPane(m_general);
+    addPane(m_contexts);
     addPane(m_advanced);
     connect(m_tabs, &QTabBar::currentChanged, this, &PreferencesWindowController::showPane);
     connect(new QShortcut(QKeySequence(tr("Ctrl+W")), this), &QShortcut::activated, this, &QWidget::close);

@@ -9,11 +9,12 @@ class QTabBar;
 namespace tidewright {
 
 class AdvancedPreferencesViewController;
+class ContextPreferencesViewController;
 class GeneralPreferencesViewController;
 class PreferencesViewController;
 
-/// The preferences: a window with two panes, made once and kept by the application. Closing only hides it, so
-/// that it comes back as it was.
+/// The preferences: a window with three panes, made once and kept by the application. Closing only hides it,
+/// so that it comes back as it was.
 class PreferencesWindowController : public QDialog
 {
     Q_OBJECT
@@ -21,6 +22,7 @@ public:
     explicit PreferencesWindowController(QWidget *parent = nullptr);
 
     GeneralPreferencesViewController &generalPane() const { return *m_general; }
+    ContextPreferencesViewController &contextsPane() const { return *m_contexts; }
     AdvancedPreferencesViewController &advancedPane() const { return *m_advanced; }
     QTabBar *tabBar() const { return m_tabs; }
 
@@ -32,6 +34,7 @@ private:
     void showPane(int index);
 
     GeneralPreferencesViewController *m_general;
+    ContextPreferencesViewController *m_contexts;
     AdvancedPreferencesViewController *m_advanced;
     QTabBar *m_tabs;
     QStackedWidget *m_panes;

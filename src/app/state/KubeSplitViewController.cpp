@@ -3,6 +3,7 @@
 
 #include "app/state/LiveUpdates.h"
 #include "app/state/UserKubeConfig.h"
+#include "core/CommandGate.h"
 #include "external/EditFile.h"
 #include "platform/threads/MainQueue.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
@@ -385,6 +386,7 @@ void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &contain
         = view ? view->inFrontOf(kubeConfigFiles(m_kubeCtl.configPath)) : m_kubeCtl.configPath;
     content.kubeConfigView = view;
     content.context = m_currentContext;
+    content.contextKey = {m_kubeCtl.configPath, m_currentContext};
     content.nameSpace = m_currentNamespace;
     bringToFront(*window);
 }
@@ -530,6 +532,8 @@ void KubeSplitViewController::editNow(const QStringList &arguments, std::functio
             Q_EMIT self->preferencesRequested();
         }
     };
+    edit->gate
+        = [place = m_kubeCtl.startingPlace()](const QStringList &words) { return gateReason(words, place); };
     m_edits.push_back(edit);
     edit->runAsync(arguments, true, m_console,
         [finished = std::move(finished), console = m_console, view = copy.view](const ShellResult &result) {

@@ -4,12 +4,14 @@
 #include <QToolBar>
 
 class QLineEdit;
+class QToolButton;
 
 namespace tidewright {
 
 class KubeSplitViewController;
 class PrimaryContentController;
 class SearchableComboBox;
+struct ContextKey;
 
 /// The toolbar of one cluster window: its context and namespace lists, room for commands, and the filter of
 /// the table that is shown. In a narrow window the commands that do not fit go into a menu; the rest stays.
@@ -25,9 +27,17 @@ public:
     void setCommands(const QList<QAction *> &commands);
     QList<QAction *> commands() const { return m_bar->actions(); }
 
+    /// Shows beside the context list what may be done in that context, when that is not everything.
+    void showAccess(const ContextKey &context);
+
     SearchableComboBox *contextPopupButton() const { return m_contexts; }
     SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }
+    QToolButton *accessBadge() const { return m_access; }
     QLineEdit *filterField() const { return m_filter; }
+
+Q_SIGNALS:
+    /// The user wants to see where the access is chosen.
+    void accessPreferencesRequested();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -41,6 +51,7 @@ private:
     KubeSplitViewController &m_state;
     PrimaryContentController &m_content;
     SearchableComboBox *m_contexts;
+    QToolButton *m_access;
     SearchableComboBox *m_namespaces;
     QLineEdit *m_filter;
     QToolBar *m_bar;

@@ -133,6 +133,8 @@ MainWindowController *ClusterWindowFrame::insertPage(int index)
     connect(page, &MainWindowController::commandStateChanged, this, &ClusterWindowFrame::updateCommands);
     connect(&page->state(), &KubeSplitViewController::preferencesRequested, this,
         &ClusterWindowFrame::preferencesRequested);
+    connect(&page->toolBar(), &ClusterToolBar::accessPreferencesRequested, this,
+        &ClusterWindowFrame::preferencesRequested);
     m_commands->addTo(*page);
     m_pages->insertWidget(index, page);
     m_toolBars->insertWidget(index, &page->toolBar());

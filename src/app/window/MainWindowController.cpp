@@ -13,13 +13,14 @@
 #include "pods/console/ConsoleViewController.h"
 #include "pods/console/PodConsoleSplitViewController.h"
 #include "pods/table/PodController.h"
-#include "resources/changes/ClusterChange.h"
+#include "resources/changes/ChangeQuestion.h"
+#include "resources/widgets/ContextBand.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/table/SharedContentViewController.h"
 
 #include <QDesktopServices>
-#include <QHBoxLayout>
 #include <QSplitter>
+#include <QVBoxLayout>
 
 namespace tidewright {
 
@@ -32,6 +33,7 @@ MainWindowController::MainWindowController(UserKubeConfig &userFile, QWidget *pa
     , m_content(new PrimaryContentController(*m_state))
     , m_sidebar(new SidebarController)
     , m_toolBar(new ClusterToolBar(*m_state, *m_content))
+    , m_band(new ContextBand)
     , m_dispatcher(std::make_unique<ActionDispatcher>(*m_content, *m_state))
 {
     m_state->setConsole(m_console);
@@ -58,9 +60,11 @@ void MainWindowController::buildLayout()
     split->setSizes({m_sidebar->sizeHint().width(), 1000});
     split->setCollapsible(1, false);
     split->setHandleWidth(1);
-    auto *layout = new QHBoxLayout(this);
+    auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(split);
+    layout->setSpacing(0);
+    layout->addWidget(m_band);
+    layout->addWidget(split, 1);
 }
 
 void MainWindowController::connectParts()
@@ -81,6 +85,10 @@ void MainWindowController::connectParts()
                 makeConsoleError(tr("No program could be found that opens %1.").arg(url.toString())));
         }
     });
+    connect(m_state, &KubeSplitViewController::contextListChanged, this,
+        &MainWindowController::showContextPolicy);
+    connect(&ContextPolicies::shared(), &ContextPolicies::changed, this,
+        &MainWindowController::showContextPolicy);
     connect(m_content, &PrimaryContentController::shownTableChanged, this,
         &MainWindowController::commandStateChanged);
     for (SharedContentViewController *table : m_content->tables()) {
@@ -134,7 +142,16 @@ void MainWindowController::runLastAction()
 
 void MainWindowController::windowDidBecomeMain()
 {
+    showContextPolicy(); // another instance of the program may have changed it
     m_state->windowDidBecomeMain();
+}
+
+void MainWindowController::showContextPolicy()
+{
+    const ContextKey context = shownContext(*m_state);
+    m_band->setContext(context);
+    m_toolBar->showAccess(context);
+    Q_EMIT commandStateChanged();
 }
 
 void MainWindowController::updateTitles(const QString &nameSpace)

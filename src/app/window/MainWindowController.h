@@ -12,6 +12,7 @@ namespace tidewright {
 class ClusterToolBar;
 class Console;
 class ConsoleViewController;
+class ContextBand;
 class UserKubeConfig;
 class KubeSplitViewController;
 class PrimaryContentController;
@@ -75,6 +76,7 @@ private:
     void buildLayout();
     void connectParts();
     void updateTitles(const QString &nameSpace);
+    void showContextPolicy();
 
     QString m_kubeConfigPath;
     QString m_configTitle;
@@ -86,6 +88,7 @@ private:
     PrimaryContentController *m_content;
     SidebarController *m_sidebar;
     QPointer<ClusterToolBar> m_toolBar;
+    ContextBand *m_band;
     std::unique_ptr<ActionDispatcher> m_dispatcher;
     std::shared_ptr<CustomActionItem> m_lastAction;
 };

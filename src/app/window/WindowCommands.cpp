@@ -13,7 +13,7 @@
 #include "pods/console/ConsoleViewController.h"
 #include "pods/table/ContainerCopy.h"
 #include "pods/table/PodController.h"
-#include "resources/changes/ClusterChange.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/table/CronJobController.h"
 #include "resources/widgets/NamedImages.h"
 #include "resources/table/ResourceTableView.h"
@@ -48,9 +48,32 @@ void enable(QAction *action, const QString &obstacle, const QString &description
         obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle));
 }
 
+/// The obstacle that stands before others: nothing may be changed in the window's context.
+QString orReadOnly(const MainWindowController *page, const QString &obstacle)
+{
+    const QString reason = page ? changeObstacle(page->state()) : QString();
+    return reason.isEmpty() ? obstacle : reason;
+}
+
+const auto nothingCopied = QStringLiteral("Nothing was copied");
+
+void copyFiles(PodController &pods, const ContainerPair &container, const QStringList &paths,
+    const QString &destination, const ChangePlace &place)
+{
+    if (place.isStillShown()) {
+        copyIntoContainer(pods, container, paths, destination);
+    } else if (place.window) {
+        refuseMovedChange(*place.window, nothingCopied);
+    }
+}
+
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
+    if (const QString reason = changeObstacle(pods.kubeSplitViewController()); !reason.isEmpty()) {
+        refuseChange(pods.kubeSplitViewController(), nothingCopied, reason);
+        return;
+    }
     const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
     if (pairs.empty() || !canCopyInto(pods, pairs.front())) {
         return;
@@ -61,12 +84,17 @@ void copyFileDialog(PodController &pods)
         = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)
         + QLatin1Char('\n') + place.text();
     CopyFileDialog::open(pods.window(), &pods, target,
-        [&pods, container = pairs.front(), place](const QStringList &paths, const QString &destination) {
-            if (place.isStillShown()) {
-                copyIntoContainer(pods, container, paths, destination);
-            } else if (place.window) {
-                refuseMovedChange(*place.window, QObject::tr("Nothing was copied"));
-            }
+        [&pods, container = pairs.front(), target, place](
+            const QStringList &paths, const QString &destination) {
+            confirmWhereProtected(&pods, place.key(), QObject::tr("Confirm Copy"),
+                QObject::tr("Are you sure you want to copy to %1:\n    ").arg(destination)
+                    + paths.join(QLatin1String(",\n    ")),
+                QObject::tr("Copy"), confirmationDetails(target),
+                [table = QPointer(&pods), container, paths, destination, place](bool confirmed) {
+                    if (table && confirmed) {
+                        copyFiles(*table, container, paths, destination, place);
+                    }
+                });
         });
 }
 
@@ -110,7 +138,8 @@ void WindowCommands::buildFileMenu()
     add(menu, tr("New Tab with Con&fig…"), QKeySequence(tr("Ctrl+Shift+T")),
         [this] { m_frame.newWindowForTabWithConfig(); });
     menu->addSeparator();
-    add(menu, tr("&Create from File…"), QKeySequence(tr("Ctrl+O")),
+    menu->setToolTipsVisible(true);
+    m_create = add(menu, tr("&Create from File…"), QKeySequence(tr("Ctrl+O")),
         [this] { m_frame.currentPage()->primaryContentController().createFromFileDialog(); });
     menu->addSeparator();
     add(menu, tr("C&lose Tab"), QKeySequence(tr("Ctrl+W")), [this] { m_frame.closeCurrentTab(); });
@@ -122,21 +151,21 @@ void WindowCommands::buildEditMenu()
     QMenu *menu = m_frame.menuBar()->addMenu(tr("&Edit"));
     QAction *copy = addForTable(
         menu, tr("&Copy Name"), QKeySequence(QKeySequence::Copy), &SharedContentViewController::copyName);
-    QAction *edit = addForTable(menu, tr("&Edit Configuration"), QKeySequence(tr("Ctrl+E")),
+    menu->setToolTipsVisible(true);
+    m_edit = addForTable(menu, tr("&Edit Configuration"), QKeySequence(tr("Ctrl+E")),
         &SharedContentViewController::editConfiguration);
     m_delete = addForTable(
         menu, tr("&Delete…"), QKeySequence(QKeySequence::Delete), &SharedContentViewController::deleteRows);
     m_delete->setObjectName(QStringLiteral("deleteToolbarItem"));
     m_delete->setIconText(tr("Delete"));
     setToolBarImage(m_delete, QStringLiteral("delete"));
-    m_delete->setToolTip(tr("Delete the selected objects (Del)"));
     menu->addSeparator();
     m_forTable.append(addForTable(
         menu, tr("&Filter"), QKeySequence(QKeySequence::Find), &SharedContentViewController::selectFilter));
     menu->addSeparator();
     add(menu, tr("&Preferences…"), QKeySequence(tr("Ctrl+,")),
         [this] { Q_EMIT m_frame.preferencesRequested(); });
-    m_forRows = {copy, edit, m_delete};
+    m_forRows = {copy, m_edit, m_delete};
 }
 
 void WindowCommands::buildViewMenu()
@@ -308,6 +337,7 @@ void WindowCommands::updateEnabled()
     for (QAction *action : std::as_const(m_forRows)) {
         action->setEnabled(hasRows);
     }
+    updateChanges(hasRows);
     for (QAction *action : std::as_const(m_forTable)) {
         action->setEnabled(table);
     }
@@ -318,16 +348,33 @@ void WindowCommands::updateEnabled()
     updateLogsAndJobs();
 }
 
+/// The commands that change objects, where their names do not depend on what is chosen.
+void WindowCommands::updateChanges(bool hasRows)
+{
+    const MainWindowController *page = m_frame.currentPage();
+    enable(m_delete, orReadOnly(page, hasRows ? QString() : tr("Select what to delete first.")),
+        tr("Delete the selected objects"));
+    enable(m_create, orReadOnly(page, {}), tr("Create what YAML files declare"));
+    const bool isReadOnly = !orReadOnly(page, {}).isEmpty();
+    m_edit->setText(isReadOnly ? tr("Vi&ew Configuration") : tr("&Edit Configuration"));
+    m_edit->setToolTip(
+        display_text::toolTip(isReadOnly ? orReadOnly(page, {}) : tr("Edit the first selected object")));
+}
+
 void WindowCommands::updateLogsAndJobs()
 {
     const SharedContentViewController *table = shownTable();
     enable(m_viewLogs, table ? table->viewLogsObstacle() : tr("No table is shown."),
         tr("Show the logs of what is selected"));
     const auto *pods = qobject_cast<const PodController *>(table);
-    enable(m_copyFile, pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first."),
+    enable(m_copyFile,
+        orReadOnly(
+            m_frame.currentPage(), pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first.")),
         tr("Copy files into the chosen container"));
     const auto *cronJobs = qobject_cast<const CronJobController *>(table);
-    enable(m_runNow, cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first."),
+    enable(m_runNow,
+        orReadOnly(m_frame.currentPage(),
+            cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first.")),
         tr("Make a job from the selected cron job"));
 }
 

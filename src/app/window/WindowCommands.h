@@ -52,6 +52,7 @@ private:
     QAction *add(QMenu *menu, const QString &title, const QKeySequence &key, std::function<void()> command);
     QAction *addForTable(QMenu *menu, const QString &title, const QKeySequence &key, TableCommand command);
     SharedContentViewController *shownTable() const;
+    void updateChanges(bool hasRows);
     void updateLogsAndJobs();
 
     ClusterWindowFrame &m_frame;
@@ -59,6 +60,8 @@ private:
     QList<QAction *> m_forTable;
     QAction *m_reload = nullptr;
     QAction *m_quickLook = nullptr;
+    QAction *m_edit = nullptr;
+    QAction *m_create = nullptr;
     QAction *m_delete = nullptr;
     QAction *m_viewLogs = nullptr;
     QAction *m_copyFile = nullptr;

@@ -69,7 +69,8 @@ void SettingsStore::start()
     m_identity = m_file.identity();
     const SettingsFile::Content content = m_file.read();
     m_values = content.values;
-    if (!content.reason.isEmpty()) {
+    m_hasLostValues = !content.reason.isEmpty();
+    if (m_hasLostValues) {
         startWriter();
     }
 }

@@ -23,6 +23,9 @@ public:
     /// To be called once, right after construction: has a damaged file set aside.
     void start();
 
+    /// The file could not be read when it was to be: what stood in it is not known.
+    bool hasLostValues() const { return m_hasLostValues; }
+
     /// The value of a key, as the file has it now unless a change is on its way; undefined when there is
     /// none.
     QJsonValue value(const QString &key);
@@ -40,6 +43,7 @@ private:
     void take(const SettingsChanges &written, SettingsFile::Outcome outcome);
 
     const SettingsFile m_file;
+    bool m_hasLostValues = false; // set by `start` alone
     std::mutex m_mutex; // never held while the disk is written
     std::condition_variable m_writerStopped;
     QJsonObject m_values;

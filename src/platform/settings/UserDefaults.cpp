@@ -63,6 +63,16 @@ std::optional<UserDefaults::Dictionary> UserDefaults::dictionary(const QString &
     return result;
 }
 
+QJsonValue UserDefaults::value(const QString &key) const
+{
+    return m_store->value(key);
+}
+
+bool UserDefaults::hasLostValues() const
+{
+    return m_store->hasLostValues();
+}
+
 std::optional<QByteArray> UserDefaults::data(const QString &key) const
 {
     const QJsonArray array = m_store->value(key).toArray();

@@ -32,6 +32,11 @@ public:
     std::optional<QString> string(const QString &key) const;
     /// Absent also when any of its values is not a text.
     std::optional<Dictionary> dictionary(const QString &key) const;
+    /// What stands there, of whatever type, for those who must know that it is not what they take; undefined
+    /// when there is nothing.
+    QJsonValue value(const QString &key) const;
+    /// The file was damaged or could not be read at the start: values that are absent may have been lost.
+    bool hasLostValues() const;
     /// Bytes, which stand in the file as ["base64", TEXT].
     std::optional<QByteArray> data(const QString &key) const;
 

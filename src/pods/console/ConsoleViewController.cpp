@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/console/ConsoleViewController.h"
 
+#include "core/CommandGate.h"
 #include "core/KubectlArguments.h"
 #include "platform/text/DisplayText.h"
 #include "platform/text/TerminalText.h"
@@ -10,7 +11,7 @@
 #include "pods/console/ConsoleStyle.h"
 #include "pods/console/ConsoleText.h"
 #include "pods/console/ConsoleTextView.h"
-#include "resources/changes/ClusterChange.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "core/WindowState.h"
 
 #include <QApplication>
@@ -27,6 +28,7 @@ namespace tidewright {
 namespace {
 
 const QString lineFeed = QStringLiteral("\n");
+constexpr qsizetype longestQuestion = 400; // of a command line that is asked about, in characters
 
 /// Text in which addresses are links that lead to themselves.
 std::vector<StyledRun> withLinks(const QString &text)
@@ -248,13 +250,43 @@ void ConsoleViewController::runTypedCommand()
     const quint64 id = ++m_lastTyped;
     m_typedCommands.push_back({id, line, nullptr});
     showTypedCommands();
+    const StartingPlace starting{
+        m_window->kubeConfigPath(), m_window->currentContext(), m_window->kubeCtl().contents()};
+    if (const QString reason = gateReason(words, starting); !reason.isEmpty()) {
+        refuse(id, reason);
+        return;
+    }
+    const ChangePlace place(*m_window);
+    const CommandVerdict verdict = judgeCommand(words, starting);
+    if (!verdict.needsConsent()) {
+        proceed(id, words, place);
+        return;
+    }
+    confirmWhereProtected(m_view, verdict.context, tr("Confirm Command"),
+        tr("This command is not known to change nothing. Are you sure you want to run it?"), tr("Run"),
+        confirmationDetails(
+            display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + place.text()),
+        [self = QPointer(m_self), id, words, place](bool confirmed) {
+            if (self && self->find(id)) {
+                confirmed ? self->proceed(id, words, place)
+                          : self->refuse(id, QStringLiteral("it was not confirmed."));
+            }
+        });
+}
+
+/// Starts it at once, or when the window is settled in the place that it was typed for.
+void ConsoleViewController::proceed(quint64 id, const QStringList &words, const ChangePlace &place)
+{
+    if (!m_window) {
+        return;
+    }
     const Reach reach = reachOf(words, *m_window);
     if (reach != Reach::WhenSettled) {
         start(id, words, reach == Reach::UserFile);
         return;
     }
-    m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words, line,
-                              place = ChangePlace(*m_window)](const QString &obstacle) {
+    m_window->whenSettled([self = QPointer<ConsoleViewController>(this), id, words, line = find(id)->line,
+                              place](const QString &obstacle) {
         if (!place.window) {
             refuseUnseenChange(place, QStringLiteral("\"%1\" was not run").arg(line), obstacle);
             return;
@@ -284,6 +316,10 @@ void ConsoleViewController::start(quint64 id, const QStringList &words, bool inU
 {
     TypedCommand &typed = *find(id);
     typed.shell = inUserFile ? m_window->kubeCtl().makePlainShell() : m_window->kubeCtl().makeForeignShell();
+    if (!typed.shell->gate) {
+        typed.shell->gate = [place = m_window->kubeCtl().startingPlace()](
+                                const QStringList &started) { return gateReason(started, place); };
+    }
     tellNamespace(words);
     // The user may be in another window when the command ends: its entry belongs here.
     typed.shell->runToldAsync(

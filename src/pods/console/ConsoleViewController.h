@@ -16,6 +16,7 @@ namespace tidewright {
 class CommandEntryBar;
 class ConsoleTextView;
 class WindowState;
+struct ChangePlace;
 
 /// The console of one cluster window: the commands that ran on the user's behalf with what they printed, and
 /// a field to type more. Lives as long as its window; letting it go ends the typed commands. Main thread,
@@ -89,6 +90,7 @@ private:
     void applyHistoryCursor();
     void showScriptState();
     TypedCommand *find(quint64 id);
+    void proceed(quint64 id, const QStringList &words, const ChangePlace &place);
     void start(quint64 id, const QStringList &words, bool inUserFile);
     void tellNamespace(const QStringList &words);
     void tellUserFile();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/ContextPolicy.h"
 #include "resources/kinds/ResourceKind.h"
 #include "core/WindowState.h"
 
@@ -22,6 +23,8 @@ struct ChangePlace
     QString text(const ResourceKind &kind) const;
     /// All of them.
     QString text() const;
+    /// What the context's policy goes by.
+    ContextKey key() const { return {kubeConfig, context}; }
 
     QPointer<WindowState> window;
     QString context;

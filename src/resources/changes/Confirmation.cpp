@@ -8,10 +8,12 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -66,6 +68,35 @@ QWidget *mainWindow()
     return window ? window : QApplication::activeWindow();
 }
 
+/// Below the text of a question, from top to bottom: what it comes with, and a field to type `text` into,
+/// which `first` waits for.
+QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *first)
+{
+    auto *both = new QWidget;
+    auto *column = new QVBoxLayout(both);
+    column->setContentsMargins(0, 0, 0, 0);
+    if (accessory) {
+        column->addWidget(accessory);
+    }
+    const QString shown = display_text::clean(text);
+    auto *label = new QLabel(QObject::tr("This context is protected. Type its name to go on: %1").arg(shown));
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setContentsMargins(2, 0, 0, 0); // as the details above it
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *field = new QLineEdit;
+    field->setAccessibleName(QObject::tr("Name of the context"));
+    label->setBuddy(field);
+    column->addWidget(label);
+    column->addWidget(field);
+    column->addSpacing(6);
+    first->setEnabled(false);
+    QObject::connect(field, &QLineEdit::textChanged, first,
+        [first, shown](const QString &typed) { first->setEnabled(typed == shown); });
+    both->setFocusProxy(accessory && accessory->focusProxy() ? accessory->focusProxy() : field);
+    return both;
+}
+
 /// The toolkit takes Escape for a press of the button when there is only one.
 class Question : public QMessageBox
 {
@@ -91,7 +122,8 @@ void setMainWindowLookup(std::function<QWidget *()> lookup)
 }
 
 void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
-    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion)
+    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion,
+    const QString &toBeTyped)
 {
     const QString shown = display_text::clean(message);
     QWidget *window = view ? view->window() : mainWindow();
@@ -108,8 +140,11 @@ void showConfirmation(QWidget *view, const QString &title, const QString &messag
     if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
         label->setTextFormat(Qt::PlainText); // names come from the cluster
     }
-    const bool isForm = accessory && accessory->focusProxy();
     QPushButton *first = box->addButton(display_text::withoutMnemonics(firstButton), QMessageBox::AcceptRole);
+    if (!toBeTyped.isEmpty()) {
+        accessory = withTypedText(accessory, toBeTyped, first);
+    }
+    const bool isForm = accessory && accessory->focusProxy();
     box->setDefaultButton(first);
     if (!secondButton.isEmpty()) {
         QPushButton *second

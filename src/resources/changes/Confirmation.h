@@ -15,9 +15,11 @@ namespace tidewright {
 /// in. Without a `secondButton` (empty) there is only the first; with one, the safe second button is the
 /// default. A message too long for the screen scrolls. `accessory` (optional) is shown below the text and
 /// owned from here on. One with a focus proxy is a form to fill in: it has the keyboard focus, and the first
-/// button is the default. Main thread.
+/// button is the default. With a text `toBeTyped`, the first button can be chosen only once the user has
+/// typed exactly that. Main thread.
 void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
-    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion);
+    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion,
+    const QString &toBeTyped = {});
 
 /// Installed at start-up by whoever knows the windows; yields null when there is none. Without it, or with
 /// null, the active window is taken for the main one.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/CreateFromFiles.h"
 
-#include "resources/changes/ClusterChange.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "core/WindowState.h"
 
 #include <QCoreApplication>
@@ -29,7 +29,10 @@ QString nothingCreated()
 
 bool canCreateIn(WindowState &window)
 {
-    QString reason = window.loadingHint();
+    QString reason = changeObstacle(window);
+    if (reason.isEmpty()) {
+        reason = window.loadingHint();
+    }
     if (reason.isEmpty() && window.currentNamespace() == allNamespaces) {
         reason = QCoreApplication::translate("CreateFromFiles",
             "choose a namespace first. While all namespaces are shown, it is not clear where objects go "

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/RowDeletion.h"
 
-#include "resources/changes/ClusterChange.h"
-#include "resources/changes/Confirmation.h"
+#include "resources/changes/ChangeQuestion.h"
 
 #include <QLocale>
 
@@ -35,7 +34,11 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
     if (names.isEmpty()) {
         return;
     }
-    if (const QString reason = whyNotByName(kind, names, window.currentNamespace()); !reason.isEmpty()) {
+    QString reason = changeObstacle(window);
+    if (reason.isEmpty()) {
+        reason = whyNotByName(kind, names, window.currentNamespace());
+    }
+    if (!reason.isEmpty()) {
         refuseChange(window, nothingDeleted, reason);
         return;
     }
@@ -45,8 +48,8 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
         : QStringLiteral("Are you sure you want to delete %1 %2s?").arg(names.size()).arg(noun);
     const ChangePlace place(window);
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("delete"), kind.resourceName};
-    showConfirmation(&view, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
-        QStringLiteral("Cancel"), detailsOf(names, place, kind),
+    confirmChange(&view, place, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
+        detailsOf(names, place, kind),
         [place, command = command + names, finished = std::move(finished)](bool confirmed) {
             if (confirmed) {
                 runChange(place, command, nothingDeleted, finished);

@@ -2,7 +2,7 @@
 #include "resources/table/CronJobController.h"
 
 #include "platform/text/RandomString.h"
-#include "resources/changes/ClusterChange.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/kinds/CronJob.h"
 
 #include <QMenu>
@@ -22,6 +22,9 @@ CronJobController::CronJobController(WindowState &window, QWidget *parent)
 
 QString CronJobController::runObstacle() const
 {
+    if (const QString reason = changeObstacle(kubeSplitViewController()); !reason.isEmpty()) {
+        return reason;
+    }
     switch (chosenCount()) {
     case 0:
         return tr("Select a cron job first.");
@@ -38,20 +41,27 @@ void CronJobController::runCronJobNow()
     if (names.isEmpty()) {
         return;
     }
-    if (!canName(names.first(1), nothingRun)) {
+    if (!canChange(names.first(1), nothingRun)) {
         return;
     }
     WindowState &window = kubeSplitViewController();
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
-    runChange(ChangePlace(window), command, nothingRun);
+    const ChangePlace place(window);
+    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Run"),
+        QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(names.first()),
+        QStringLiteral("Run Now"), confirmationDetails(place.text(kind())), [place, command](bool confirmed) {
+            if (confirmed) {
+                runChange(place, command, nothingRun);
+            }
+        });
 }
 
 void CronJobController::extendContextMenu(QMenu &menu)
 {
     QAction *action = menu.addAction(QStringLiteral("Run Now"), this, &CronJobController::runCronJobNow);
-    action->setEnabled(runObstacle().isEmpty());
+    enableChange(*action, runObstacle().isEmpty());
 }
 
 QString manualJobName(const QString &cronJob)

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/table/DeploymentController.h"
 
-#include "resources/changes/ClusterChange.h"
-#include "resources/changes/Confirmation.h"
+#include "core/ContextPolicy.h"
+#include "platform/text/DisplayText.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/kinds/Deployment.h"
 #include "resources/table/ReplicaCell.h"
 #include "resources/table/ResourceTableView.h"
@@ -45,6 +46,7 @@ DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
           tableView(), desiredColumn(), [this](const QModelIndex &index) { return ensureCell(index); },
           [](const QWidget &cell) { return static_cast<const ReplicaCell &>(cell).isBeingChanged(); }))
 {
+    connect(&ContextPolicies::shared(), &ContextPolicies::changed, this, &DeploymentController::rowsChanged);
     connect(tableView().selectionModel(), &QItemSelectionModel::currentRowChanged, this,
         [this](const QModelIndex &current) { leadFocusThrough(cellAt(current)); });
 }
@@ -75,6 +77,12 @@ bool DeploymentController::ensureCell(const QModelIndex &index)
         }
     }
     cell->setDesired(deployment.desired);
+    const QString reason = changeObstacle(kubeSplitViewController());
+    for (QWidget *part : {static_cast<QWidget *>(cell->slider()), static_cast<QWidget *>(cell->field())}) {
+        part->setEnabled(reason.isEmpty());
+        part->setToolTip(
+            display_text::toolTip(reason.isEmpty() ? tr("Scale %1").arg(deployment.name) : reason));
+    }
     return missing;
 }
 
@@ -102,16 +110,16 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
     const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
     const QString name = deployment.name;
     const qint64 previous = deployment.previousDesired;
-    if (previous == desired || !canName({name}, nothingScaled)) {
+    if (previous == desired || !canChange({name}, nothingScaled)) {
         cell.answered();
         return;
     }
     setCounts(index, previous, desired);
     const ChangePlace place(kubeSplitViewController());
-    showConfirmation(this, QStringLiteral("Confirm Scale"),
+    confirmChange(this, place, QStringLiteral("Confirm Scale"),
         QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
             .arg(name, QString::number(previous), QString::number(desired)),
-        QStringLiteral("Scale Deployment"), QStringLiteral("Cancel"), confirmationDetails(place.text(kind())),
+        QStringLiteral("Scale Deployment"), confirmationDetails(place.text(kind())),
         [this, self = QPointer(this), cell = QPointer(&cell), index, place, name, desired](bool confirmed) {
             if (!self) {
                 return;
@@ -177,7 +185,7 @@ void DeploymentController::extendContextMenu(QMenu &menu)
             cellAt(row)->startTyping();
         }
     });
-    action->setEnabled(row.isValid());
+    enableChange(*action, row.isValid());
 }
 
 } // namespace tidewright

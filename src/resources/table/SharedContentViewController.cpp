@@ -4,7 +4,7 @@
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
-#include "resources/changes/ClusterChange.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/loading/TableStatus.h"
 #include "resources/preview/PreviewPanel.h"
@@ -244,16 +244,47 @@ void SharedContentViewController::copyName()
 void SharedContentViewController::editConfiguration()
 {
     const QStringList names = chosenNames();
-    if (names.isEmpty() || !m_window.canEdit()
-        || !canName(names.first(1), QStringLiteral("Nothing was edited"))) {
+    if (names.isEmpty() || !m_window.canEdit()) {
+        return;
+    }
+    if (!changeObstacle(m_window).isEmpty()) {
+        showQuickLookPanel();
+        return;
+    }
+    if (!canName(names.first(1), QStringLiteral("Nothing was edited"))) {
         return;
     }
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
         m_window.currentNamespace(), kind().resourceName, names.first(), QStringLiteral("-o"),
         QStringLiteral("yaml")};
+    const ChangePlace place(m_window);
+    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Edit"),
+        QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
+            .arg(kind().humanReadableResourceName, names.first()),
+        QStringLiteral("Edit"), confirmationDetails(place.text(kind())),
+        [self = QPointer(this), place, arguments](bool confirmed) {
+            if (self && confirmed) {
+                self->edit(place, arguments);
+            }
+        });
+}
+
+void SharedContentViewController::edit(const ChangePlace &place, const QStringList &arguments)
+{
+    if (!place.isStillShown()) {
+        refuseMovedChange(m_window, QStringLiteral("Nothing was edited"));
+        return;
+    }
     m_window.startExternalEdit(arguments, [self = QPointer(this)] {
         postToMain(self, [](SharedContentViewController &table) { table.reloadSoon(); });
     });
+}
+
+void SharedContentViewController::enableChange(QAction &action, bool enabled) const
+{
+    const QString reason = changeObstacle(m_window);
+    action.setEnabled(enabled && reason.isEmpty());
+    action.setToolTip(display_text::toolTip(reason));
 }
 
 void SharedContentViewController::deleteRows()
@@ -287,6 +318,15 @@ bool SharedContentViewController::canName(const QStringList &names, const QStrin
         refuseChange(m_window, notDone, reason);
     }
     return reason.isEmpty();
+}
+
+bool SharedContentViewController::canChange(const QStringList &names, const QString &notDone) const
+{
+    if (const QString reason = changeObstacle(m_window); !reason.isEmpty()) {
+        refuseChange(m_window, notDone, reason);
+        return false;
+    }
+    return canName(names, notDone);
 }
 
 QString SharedContentViewController::noLogs()
@@ -331,6 +371,7 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
 {
     const bool hasRow = chosenCount() > 0;
     QMenu menu;
+    menu.setToolTipsVisible(true);
     const auto add = [&](const QString &title, auto slot, bool enabled) {
         QAction *action = menu.addAction(title, this, slot);
         action->setEnabled(enabled);
@@ -342,11 +383,11 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
     }
     if (m_window.canEdit()) {
-        add(QStringLiteral("Edit Configuration"), &SharedContentViewController::editConfiguration, hasRow);
+        add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
     }
     extendContextMenu(menu);
     menu.addSeparator();
-    add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow);
+    enableChange(*add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow), hasRow);
     menu.addSeparator();
     add(QStringLiteral("Reload"), &SharedContentViewController::reloadContent, true);
     menu.exec(position);

@@ -12,6 +12,7 @@
 
 #include <memory>
 
+class QAction;
 class QLineEdit;
 class QMenu;
 class QProgressBar;
@@ -21,6 +22,7 @@ namespace tidewright {
 class ResourceTableView;
 class TablePreviews;
 class TableStatusBar;
+struct ChangePlace;
 
 /// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load
 /// cycle that runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs
@@ -116,15 +118,20 @@ protected:
     /// Puts a changed copy in the place of the row at an arranged index.
     void replaceRow(const QModelIndex &index, const Row &row);
 
+    /// Enables a command of a menu that changes the cluster where that is allowed, or says why it is not.
+    void enableChange(QAction &action, bool enabled) const;
     /// Whether a command can tell objects by these names in what the window shows; its console says `notDone`
     /// and why when none can.
     bool canName(const QStringList &names, const QString &notDone) const;
+    /// The same for a command that changes them: the window's context has to allow that too.
+    bool canChange(const QStringList &names, const QString &notDone) const;
     static QString noLogs();
 
     /// Loads again one second from now, for the time after a change to the cluster.
     void reloadSoon();
 
 private:
+    void edit(const ChangePlace &place, const QStringList &arguments);
     void buildLayout();
     void connectParts();
     void refresh();

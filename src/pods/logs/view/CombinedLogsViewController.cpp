@@ -8,6 +8,7 @@
 #include "pods/logs/view/ColorIndexView.h"
 #include "pods/console/ConsoleStyle.h"
 #include "resources/changes/Confirmation.h"
+#include "resources/widgets/ContextBand.h"
 #include "resources/widgets/NamedImages.h"
 
 #include <QDir>
@@ -45,11 +46,14 @@ CombinedLogsViewController::CombinedLogsViewController(QWidget *parent)
     , m_document(logFolders())
     , m_logTextView(new LogView(m_document))
     , m_colorIndexView(new ColorIndexView(this))
+    , m_band(new ContextBand)
 {
     logAttributes.setBackground(namedColour(QStringLiteral("solarized-base03")));
     logAttributes.setFont(console_style::font());
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_band);
     layout->addWidget(m_logTextView);
     m_colorIndexView->raise();
     m_colorIndexView->hide();
@@ -103,6 +107,7 @@ void CombinedLogsViewController::viewDidAppear()
     }
     m_appeared = true;
     window()->setWindowTitle(display_text::clean(title()));
+    m_band->setContext(contextKey);
     m_logTextView->setTextFont(logAttributes.font());
     m_logTextView->setBackground(logAttributes.background().color());
     m_logTextView->setSourceColours({foregroundColors.cbegin(), foregroundColors.cend()});

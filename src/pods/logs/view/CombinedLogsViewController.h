@@ -16,6 +16,7 @@ class QTableWidget;
 namespace tidewright {
 
 class ColorIndexView;
+class ContextBand;
 
 /// The content of a logs window: follows the logs of containers, each with a `kubectl logs -f` of its own, in
 /// one text, each in its own colour. Set the fields, then show it; the streams start once and end with the
@@ -35,6 +36,8 @@ public:
     std::shared_ptr<const void> kubeConfigView;
     QString context;
     QString nameSpace;
+    /// Whose colour the window has.
+    ContextKey contextKey;
 
     /// How the streams are doing, in the order of the containers.
     const std::vector<LogSource> &sources() const { return m_sources; }
@@ -94,6 +97,7 @@ private:
     LogDocument m_document;
     LogView *m_logTextView;
     ColorIndexView *m_colorIndexView;
+    ContextBand *m_band;
     std::vector<LogSource> m_sources;
     std::vector<std::shared_ptr<Shell>> m_shells;
     std::shared_ptr<LogIntake> m_intake;
