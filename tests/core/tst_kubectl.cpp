@@ -229,6 +229,7 @@ private Q_SLOTS:
         row("for it's", "", "env for 'it'\\''s'");
         row("A=1 x", "", "env A=1 x '' 'a\nb' '$(c)'",
             {QString(), QStringLiteral("a\nb"), QStringLiteral("$(c)")});
+        row("touch", "", "touch $'a\\015b\\047\\302\\233'", {QStringLiteral("a\rb'\u009b")}); // as pasted
     }
     void argumentsAndLines()
     {
