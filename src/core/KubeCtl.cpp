@@ -154,8 +154,8 @@ KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime) const
 {
     const QString files = kubeConfigFiles(configPath);
     const std::shared_ptr<const KubeConfigView> &view = m_place->view;
-    if (!view) {
-        return {files, nullptr, obstacle()};
+    if (QString problem = obstacle(); !view || !problem.isEmpty()) {
+        return {files, nullptr, problem};
     }
     QString problem;
     const auto copy = KubeConfigView::make(m_place->contents, view->context(), view->nameSpace(), problem,
@@ -165,6 +165,9 @@ KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime) const
 
 QString KubeCtl::obstacle() const
 {
+    if (!closedBecause.isEmpty()) {
+        return closedBecause;
+    }
     return m_place->problem.isEmpty() ? QString() : noView(m_place->problem);
 }
 

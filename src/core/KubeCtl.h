@@ -59,10 +59,12 @@ public:
     /// The window's kubeconfig: a path, or a list of them separated by colons; empty means kubectl's own
     /// default.
     QString configPath;
+    /// A sentence while nothing may be started that could reach a cluster or log in: shells then refuse with
+    /// it. Empty otherwise.
+    QString closedBecause;
 
     /// What the kubeconfig held when it was read last.
     const KubeConfigContents &contents() const { return m_place->contents; }
-    void setContents(const KubeConfigContents &contents) { m_place->contents = contents; }
     /// Null without one.
     std::shared_ptr<const KubeConfigView> view() const { return m_place->view; }
     /// Takes a context of the kubeconfig, with its own namespace, for the place of all children to come. An

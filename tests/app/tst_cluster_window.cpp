@@ -28,6 +28,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QRegularExpression>
 #include <QTabBar>
 #include <QTest>
@@ -46,9 +47,10 @@ constexpr auto twoPods = "web-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n
 /// The application with one window on a fake cluster, its pods loaded.
 struct Application
 {
-    Application()
+    explicit Application(const QByteArray &users = "[]")
     {
         cluster.answer(u"get po"_s, twoPods);
+        cluster.edit("\"kind\"", "\"users\": " + users + ", \"kind\"");
         cluster.settings.set(u"defaultKubeConfigPath"_s, cluster.kubeConfig());
         delegate.newDocument();
         frame = delegate.mainWindow();
@@ -110,6 +112,7 @@ private Q_SLOTS:
     void frameIsRemembered();
     void listsAreSearchedByTyping();
     void namespacesAreTypedWhereTheyAreSecret();
+    void programsToLogInAreAskedAbout();
     void createFromFiles();
     void logsOpenInWindowsOfTheirOwn();
     void quittingWaitsForNobody();
@@ -505,6 +508,64 @@ void tst_cluster_window::namespacesAreTypedWhereTheyAreSecret()
     list = app.frame->addTab()->toolBar().namespacesPopupButton();
     QTRY_VERIFY(list->isEnabled());
     QVERIFY(list->findText(u"night-shift"_s) >= 0);
+}
+
+/// kubectl would run what a stranger's kubeconfig names.
+void tst_cluster_window::programsToLogInAreAskedAbout()
+{
+    Application app(R"([{"name": "b", "user": {"exec": {"command": "./run", "args": ["it", "<b>x\ny"]}}},
+        {"name": "a", "user": {"auth-provider": {"config": {"cmd-path": "/old", "cmd-args": "a  b"}}}}])");
+    const auto question = [&] { return app.frame->findChild<QMessageBox *>(); };
+    const auto answer = [&](const QString &title) {
+        [&] { QTRY_VERIFY(question()); }();
+        for (QAbstractButton *button : question()->buttons()) {
+            if (button->text() == title) {
+                button->click();
+            }
+        }
+        [&] { QTRY_VERIFY(!question()); }();
+    };
+    const auto isClosed = [&] { // to the user, and to what is started
+        const bool told = app.page().state().loadingHint().contains(u"which you have not allowed."_s);
+        return told && app.page().state().kubeCtl().makeShell()->gate
+            && !app.page().state().kubeCtl().makeCopy().problem.isEmpty()
+            && !app.cluster.calls().contains(u"namespaces"_s) && app.cluster.tableReads().isEmpty();
+    };
+    QTRY_VERIFY(question());
+    QCOMPARE(question()->informativeText().split(u"\n\n"_s).value(1), u"./run it '<b>x\\ny'\n/old a b"_s);
+    QVERIFY(question()->informativeText().contains(app.cluster.kubeConfig()));
+    QVERIFY(isClosed());
+    answer(u"Cancel"_s);
+    QVERIFY(isClosed());
+    QLineEdit *field = app.page().windowConsoleController().commandEntryTextField();
+    field->setText(u"kubectl --context=a get po"_s); // goes where it says, at any other time
+    QTest::keyClick(field, Qt::Key_Return);
+    QTRY_VERIFY(app.page().windowConsoleController().consoleTextView()->toPlainText().contains(
+        u"you have not allowed"_s));
+    app.command(u"Reload"_s).trigger(); // asks again
+    QTRY_VERIFY(question());
+    QVERIFY(isClosed());
+    answer(u"Allow"_s);
+    app.load();
+    MainWindowController *second = app.frame->addTab();
+    QTRY_VERIFY(second->state().namespaceList().enabled);
+    app.cluster.forgetCalls();
+
+    app.cluster.edit("\"it\"", "\"it\", \"all\"");
+    auto refused = std::make_shared<QString>();
+    second->state().whenSettled([refused](const QString &obstacle) { *refused = obstacle; });
+    QTRY_VERIFY(refused->contains(u"which you have not allowed"_s));
+    app.frame->selectTab(1);
+    second->state().retryLoading();
+    QTRY_VERIFY(question() && question()->informativeText().contains(u"\n\n./run it all "_s));
+    QVERIFY(!app.cluster.calls().contains(u"namespaces"_s));
+    app.frame->selectTab(0);
+
+    qputenv("KUBECONFIG", QFile::encodeName(app.cluster.kubeConfig())); // the user's own choice
+    app.cluster.edit("./run", "./other");
+    MainWindowController *third = app.frame->addTab();
+    QTRY_VERIFY(third->state().namespaceList().enabled);
+    qunsetenv("KUBECONFIG");
 }
 
 void tst_cluster_window::createFromFiles()
