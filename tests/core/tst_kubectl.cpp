@@ -363,12 +363,17 @@ private Q_SLOTS:
         QCOMPARE(answer("loadContexts"), QStringLiteral("a,my b/@background"));
         QCOMPARE(says(m_kubeCtl.makeShell(), place), QStringLiteral("my b/dev"));
 
-        const auto foreign = m_kubeCtl.makeForeignShell();
+        auto foreign = m_kubeCtl.makeForeignShell();
         says(foreign, QStringLiteral("config use-context a"));
         says(foreign, QStringLiteral("config set-context --current --namespace=x"));
         QCOMPARE(says(foreign, place), QStringLiteral("a/x"));
         QCOMPARE(says(m_kubeCtl.makeForeignShell(), place), QStringLiteral("my b/dev"));
         QCOMPARE(says(m_kubeCtl.makeShell(), place), QStringLiteral("my b/dev"));
+        const auto leftBehind = Shell::create();
+        leftBehind->environment = foreign->environment;
+        foreign.reset();
+        KubeConfigView::sweep();
+        QTRY_VERIFY(says(leftBehind, QStringLiteral("get ns")).contains(u"has ended"));
         m_kubeCtl.adopt(m_kubeCtl.contents(), QString());
         QVERIFY(says(m_kubeCtl.makeShell(), QStringLiteral("get ns")).contains(u"no context is chosen"));
 

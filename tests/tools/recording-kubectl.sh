@@ -9,6 +9,23 @@
 # does), kill-KIND kills them once they are done. Kinds are "use-context", "set-context" and "run".
 dir=${0%/*}
 
+# What kubectl makes of kubeconfigs depends on nothing but their text: it is asked once for each.
+state() {
+    (IFS=:; echo "$*"; exec cat $KUBECONFIG) 2>&1 | cksum
+}
+
+read_config() {
+    state=$(state "$@")
+    known=$dir/known-${state%% *}-${state##* }
+    if [ ! -e "$known" ]; then
+        "$dir/real" "$@" > "$known.$$" || { status=$?; rm "$known.$$"; return $status; }
+        cat "$known.$$"
+        if [ "$state" = "$(state "$@")" ]; then mv "$known.$$" "$known"; else rm "$known.$$"; fi
+    else
+        cat "$known"
+    fi
+}
+
 hold() {
     while [ -e "$dir/hold-$1" ]; do
         : > "$dir/held-$1"
@@ -32,7 +49,7 @@ note() {
         previous=$word
     done
     fields='{.contexts[0].name} {.contexts[0].context.namespace} {.clusters[0].cluster.server}'
-    place=$("$dir/real" config view --minify ${context:+"--context=$context"} -o "jsonpath=$fields") || exit 1
+    place=$(read_config config view --minify ${context:+"--context=$context"} -o "jsonpath=$fields") || exit 1
     [ -z "$namespace" ] || place="${place%% *} $namespace ${place##* }"
     printf '%s\t%s\n' "$words" "$place" >> "$dir/runs"
 }
@@ -43,6 +60,7 @@ case "$1 $2" in
     "$dir/real" "$@" || exit
     [ ! -e "$dir/kill-$2" ] || kill -9 $$
     exit ;;
+"config view") read_config "$@"; exit ;;
 "config "*) exec "$dir/real" "$@" ;;
 "get ns") echo one two three; exit ;;
 "get po") printf 'web-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n'; exit ;;
