@@ -9,21 +9,24 @@
 # does), kill-KIND kills them once they are done. Kinds are "use-context", "set-context" and "run".
 dir=${0%/*}
 
-# What kubectl makes of kubeconfigs depends on nothing but their text: it is asked once for each.
-state() {
-    (IFS=:; echo "$*"; exec cat $KUBECONFIG) 2>&1 | cksum
+# What kubectl makes of kubeconfigs depends on nothing but their text: the real one is asked once for each.
+known() {
+    set -- $( (IFS=:; echo "$*"; exec cat $KUBECONFIG) 2>&1 | cksum)
+    echo "$dir/known-$1-$2"
 }
 
 read_config() {
-    state=$(state "$@")
-    known=$dir/known-${state%% *}-${state##* }
-    if [ ! -e "$known" ]; then
-        "$dir/real" "$@" > "$known.$$" || { status=$?; rm "$known.$$"; return $status; }
-        cat "$known.$$"
-        if [ "$state" = "$(state "$@")" ]; then mv "$known.$$" "$known"; else rm "$known.$$"; fi
-    else
-        cat "$known"
-    fi
+    known=$(known "$@")
+    [ -e "$known" ] && exec cat "$known"
+    "$dir/real" "$@" > "$known.$$" && cat "$known.$$" || { status=$?; rm "$known.$$"; exit $status; }
+    if [ "$known" = "$(known "$@")" ]; then mv "$known.$$" "$known"; else rm "$known.$$"; fi
+}
+
+change_config() {
+    case $KUBECONFIG in */views/*) ;; *) "$dir/real" "$@"; return ;; esac # others lock and change the user's
+    known=$(known "$@")
+    [ -e "$known" ] && cat "$known" > "$KUBECONFIG" && return
+    "$dir/real" "$@" && cp "$KUBECONFIG" "$known.$$" && mv "$known.$$" "$known"
 }
 
 hold() {
@@ -49,7 +52,8 @@ note() {
         previous=$word
     done
     fields='{.contexts[0].name} {.contexts[0].context.namespace} {.clusters[0].cluster.server}'
-    place=$(read_config config view --minify ${context:+"--context=$context"} -o "jsonpath=$fields") || exit 1
+    set -- config view --minify ${context:+"--context=$context"} -o "jsonpath=$fields"
+    place=$(read_config "$@" 2> /dev/null || read_config "$@") || exit 1 # it may be being written: empty for a moment
     [ -z "$namespace" ] || place="${place%% *} $namespace ${place##* }"
     printf '%s\t%s\n' "$words" "$place" >> "$dir/runs"
 }
@@ -57,7 +61,7 @@ note() {
 case "$1 $2" in
 "config use-context" | "config set-context")
     hold "$2"
-    "$dir/real" "$@" || exit
+    change_config "$@" || exit
     [ ! -e "$dir/kill-$2" ] || kill -9 $$
     exit ;;
 "config view") read_config "$@"; exit ;;
