@@ -69,12 +69,20 @@ QString kubeConfigFiles(const QString &configPath)
     const QString list = configPath.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : configPath;
     QStringList files = list.split(QLatin1Char(':'), Qt::SkipEmptyParts);
     if (files.isEmpty()) {
-        files = {QDir::homePath() + QLatin1String("/.kube/config")};
+        files = {usualKubeConfig()};
     }
     for (QString &file : files) {
-        file = QDir::cleanPath(QDir::current().absoluteFilePath(file));
+        file = QDir::current().absoluteFilePath(file);
+        if (!file.contains(QLatin1String(".."))) { // what ".." leads to depends on links
+            file = QDir::cleanPath(file);
+        }
     }
     return files.join(QLatin1Char(':'));
+}
+
+QString usualKubeConfig()
+{
+    return QDir::homePath() + QLatin1String("/.kube/config");
 }
 
 QStringList readKubeConfigArguments()

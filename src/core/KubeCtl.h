@@ -15,8 +15,10 @@ QString namespaceArgument(const QString &currentNamespace);
 QString contextArgument(const QString &context);
 
 /// The files that `configPath` stands for, absolute, those of KUBECONFIG or kubectl's own when it is empty: a
-/// value for KUBECONFIG.
+/// value for KUBECONFIG. Equal for the same files, but for links.
 QString kubeConfigFiles(const QString &configPath);
+/// kubectl's own: ~/.kube/config.
+QString usualKubeConfig();
 
 /// The argument lists that read the kubeconfig, as KubeConfigContents, and change what is current in it.
 QStringList readKubeConfigArguments();

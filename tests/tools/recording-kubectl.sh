@@ -3,7 +3,7 @@
 # Stands in front of the kubectl that its folder's "real" leads to. What kubeconfigs say and become is left to
 # that one. Tables get an answer made up here. Whatever else would reach a cluster is written down in "runs", a
 # line each: the arguments, and the context, namespace and server it would have used, as the real kubectl reads
-# them from the same kubeconfigs at that moment.
+# them from the same kubeconfigs at that moment. "reads" gets the kind of each listing.
 #
 # Files in the folder tell it what to do: hold-KIND makes runs of a kind wait until it is gone (held-KIND says that one
 # does), kill-KIND kills them once they are done. Kinds are "use-context", "set-context" and "run".
@@ -58,6 +58,7 @@ note() {
     printf '%s\t%s\n' "$words" "$place" >> "$dir/runs"
 }
 
+[ "$1" != get ] || echo "$2" >> "$dir/reads"
 case "$1 $2" in
 "config use-context" | "config set-context")
     hold "$2"
