@@ -3,8 +3,8 @@
 // then since LAUNCHED_AT, nanoseconds of the clock of the day: ending the children takes a while that is
 // nobody's waiting. measure-budgets.sh compares them with the bare kubectl runs that it must make.
 #include "app/AppDelegate.h"
-#include "app/MainWindowController.h"
-#include "pods/PodController.h"
+#include "app/window/MainWindowController.h"
+#include "pods/table/PodController.h"
 
 #include <QApplication>
 

@@ -2,8 +2,8 @@
 // bench-logs: 100 MB of log text in pieces, in the log view and in the toolkit's plain text widget.
 #include "Measure.h"
 
-#include "platform/MainQueue.h"
-#include "pods/LogView.h"
+#include "platform/threads/MainQueue.h"
+#include "pods/logs/view/LogView.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -5,10 +5,10 @@
 #include "StallMeter.h"
 
 #include "core/ApplicationRecord.h"
-#include "pods/Pod.h"
-#include "pods/PodController.h"
-#include "resources/Merge.h"
-#include "resources/ResourceTableView.h"
+#include "pods/table/Pod.h"
+#include "pods/table/PodController.h"
+#include "resources/listing/Merge.h"
+#include "resources/table/ResourceTableView.h"
 
 #include <QApplication>
 #include <QEventLoop>

@@ -3,7 +3,7 @@
 //
 // The program as it starts for the user, with several windows.
 #include "app/AppDelegate.h"
-#include "platform/TerminationSignals.h"
+#include "platform/process/TerminationSignals.h"
 
 #include <QApplication>
 

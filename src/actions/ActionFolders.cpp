@@ -2,9 +2,9 @@
 #include "actions/ActionFolders.h"
 
 #include "actions/ActionQueue.h"
-#include "platform/Bundle.h"
-#include "platform/Diagnostics.h"
-#include "platform/MainQueue.h"
+#include "platform/desktop/Bundle.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QDir>
 #include <QDirIterator>

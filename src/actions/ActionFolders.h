@@ -2,7 +2,7 @@
 #pragma once
 
 #include "actions/CustomActionItem.h"
-#include "platform/AtomicFile.h"
+#include "platform/settings/AtomicFile.h"
 
 #include <QStringList>
 

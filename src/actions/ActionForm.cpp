@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionForm.h"
 
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 
 #include <QCheckBox>
 #include <QComboBox>

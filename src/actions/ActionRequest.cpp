@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionRequest.h"
 
-#include "platform/DisplayText.h"
-#include "platform/Notifications.h"
-#include "resources/ClusterChange.h"
-#include "resources/Confirmation.h"
+#include "platform/text/DisplayText.h"
+#include "platform/desktop/Notifications.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/changes/Confirmation.h"
 
 #include <QLocale>
 #include <QPointer>

@@ -6,7 +6,7 @@
 #include "actions/RunningScript.h"
 #include "core/Shell.h"
 #include "external/TerminalQuoting.h"
-#include "platform/Diagnostics.h"
+#include "platform/desktop/Diagnostics.h"
 
 namespace tidewright {
 

@@ -5,11 +5,11 @@
 #include "actions/BashScript.h"
 #include "actions/PythonScript.h"
 #include "core/ApplicationRecord.h"
-#include "platform/Diagnostics.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
-#include "resources/Confirmation.h"
-#include "resources/NamedImages.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
+#include "resources/changes/Confirmation.h"
+#include "resources/widgets/NamedImages.h"
 
 namespace tidewright {
 

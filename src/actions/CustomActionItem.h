@@ -3,7 +3,7 @@
 
 #include "actions/CustomActionConfig.h"
 #include "actions/Script.h"
-#include "resources/ClusterChange.h"
+#include "resources/changes/ClusterChange.h"
 
 #include <QIcon>
 #include <QImage>

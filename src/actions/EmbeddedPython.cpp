@@ -3,9 +3,9 @@
 
 #include "actions/EmbeddedPython.h"
 
-#include "platform/Bundle.h"
-#include "platform/Diagnostics.h"
-#include "platform/DispatchQueue.h"
+#include "platform/desktop/Bundle.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/DispatchQueue.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -7,8 +7,8 @@
 #include "actions/CustomActionItem.h"
 #include "actions/EmbeddedPython.h"
 #include "actions/RunningScript.h"
-#include "platform/Diagnostics.h"
-#include "platform/MainQueue.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QFileInfo>
 

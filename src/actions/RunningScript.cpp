@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/RunningScript.h"
 
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 
 #include <future>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AboutWindow.h"
 
-#include "platform/Bundle.h"
+#include "platform/desktop/Bundle.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/ActionLibrary.h"
-#include "app/ToolBarLayout.h"
-#include "app/UserKubeConfig.h"
-#include "app/WebPages.h"
+#include "app/actionmenu/ActionLibrary.h"
+#include "app/toolbar/ToolBarLayout.h"
+#include "app/state/UserKubeConfig.h"
+#include "app/window/WebPages.h"
 
 #include <QPointer>
 

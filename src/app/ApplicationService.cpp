@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ApplicationService.h"
 
-#include "app/KubeConfigList.h"
-#include "platform/AtomicFile.h"
-#include "platform/UserDefaults.h"
+#include "app/state/KubeConfigList.h"
+#include "platform/settings/AtomicFile.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QCryptographicHash>
 #include <QDBusConnection>

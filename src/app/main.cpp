@@ -2,10 +2,10 @@
 #include "app/AppDelegate.h"
 #include "app/ApplicationService.h"
 #include "app/ReadablePalette.h"
-#include "platform/Bundle.h"
-#include "platform/Diagnostics.h"
-#include "platform/ProcessSetup.h"
-#include "platform/TerminationSignals.h"
+#include "platform/desktop/Bundle.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/process/ProcessSetup.h"
+#include "platform/process/TerminationSignals.h"
 
 #include <QApplication>
 #include <QIcon>

@@ -2,7 +2,7 @@
 #include "core/CommandLine.h"
 
 #include "core/KubectlArguments.h"
-#include "platform/DisplayText.h"
+#include "platform/text/DisplayText.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/Console.h"
 
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 
 namespace tidewright {
 

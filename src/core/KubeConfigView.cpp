@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/KubeConfigView.h"
 
-#include "platform/Bundle.h"
+#include "platform/desktop/Bundle.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/KubeConfigContents.h"
-#include "platform/FileDescriptor.h"
+#include "platform/process/FileDescriptor.h"
 
 #include <memory>
 

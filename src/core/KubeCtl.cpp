@@ -2,8 +2,8 @@
 #include "core/KubeCtl.h"
 
 #include "core/ApplicationRecord.h"
-#include "platform/DispatchQueue.h"
-#include "platform/MainQueue.h"
+#include "platform/threads/DispatchQueue.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QDir>
 #include <QFile>

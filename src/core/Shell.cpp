@@ -4,12 +4,12 @@
 #include "core/ApplicationRecord.h"
 #include "core/ProgramFolders.h"
 #include "core/StreamingRun.h"
-#include "platform/Diagnostics.h"
-#include "platform/DispatchQueue.h"
-#include "platform/DisplayText.h"
-#include "platform/MainQueue.h"
-#include "platform/PipeReader.h"
-#include "platform/Utf8.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/DispatchQueue.h"
+#include "platform/text/DisplayText.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/process/PipeReader.h"
+#include "platform/text/Utf8.h"
 
 #include <QFile>
 #include <QThread>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/Console.h"
-#include "platform/ChildProcess.h"
+#include "platform/process/ChildProcess.h"
 
 #include <atomic>
 #include <functional>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/StreamingRun.h"
 
-#include "platform/Utf8.h"
+#include "platform/text/Utf8.h"
 
 #include <utility>
 

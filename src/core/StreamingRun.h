@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/Shell.h"
-#include "platform/PipeReader.h"
+#include "platform/process/PipeReader.h"
 
 #include <array>
 

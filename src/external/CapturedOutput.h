@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/FileDescriptor.h"
+#include "platform/process/FileDescriptor.h"
 
 #include <QByteArray>
 

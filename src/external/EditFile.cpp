@@ -6,12 +6,12 @@
 #include "core/ProgramFolders.h"
 #include "external/CapturedOutput.h"
 #include "external/InstalledApplications.h"
-#include "platform/Bundle.h"
-#include "platform/Diagnostics.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
-#include "platform/Utf8.h"
-#include "resources/Confirmation.h"
+#include "platform/desktop/Bundle.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
+#include "platform/text/Utf8.h"
+#include "resources/changes/Confirmation.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,8 +3,8 @@
 
 #include "core/Console.h"
 #include "core/Shell.h"
-#include "platform/ChildProcess.h"
-#include "platform/DispatchQueue.h"
+#include "platform/process/ChildProcess.h"
+#include "platform/threads/DispatchQueue.h"
 
 #include <QPointer>
 #include <QWidget>

@@ -3,7 +3,7 @@
 
 #include "external/DesktopApplications.h"
 #include "external/Terminal.h"
-#include "platform/Diagnostics.h"
+#include "platform/desktop/Diagnostics.h"
 
 #include <QComboBox>
 

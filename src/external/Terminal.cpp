@@ -6,10 +6,10 @@
 #include "external/CapturedOutput.h"
 #include "external/DesktopApplications.h"
 #include "external/TerminalQuoting.h"
-#include "platform/ChildProcess.h"
-#include "platform/Diagnostics.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
+#include "platform/process/ChildProcess.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>

@@ -3,10 +3,10 @@
 
 #include "actions/ActionFolders.h"
 #include "core/ApplicationRecord.h"
-#include "platform/MainQueue.h"
-#include "platform/Notifications.h"
-#include "platform/UserDefaults.h"
-#include "resources/Confirmation.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/desktop/Notifications.h"
+#include "platform/settings/UserDefaults.h"
+#include "resources/changes/Confirmation.h"
 #include "support/TestSupport.h"
 
 #include <QDir>

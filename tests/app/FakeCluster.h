@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/KubeCtl.h"
-#include "platform/UserDefaults.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QStringList>
 #include <QTemporaryDir>

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeCluster.h"
 #include "app/AppDelegate.h"
-#include "app/ClusterWindowFrame.h"
-#include "app/DestinationView.h"
-#include "app/KubeSplitViewController.h"
-#include "app/MainWindowController.h"
-#include "app/PrimaryContentController.h"
-#include "pods/ConsoleTextView.h"
-#include "pods/ConsoleViewController.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/content/DestinationView.h"
+#include "app/state/KubeSplitViewController.h"
+#include "app/window/MainWindowController.h"
+#include "app/content/PrimaryContentController.h"
+#include "pods/console/ConsoleTextView.h"
+#include "pods/console/ConsoleViewController.h"
 #include "support/Patience.h"
 
 #include <QDragEnterEvent>

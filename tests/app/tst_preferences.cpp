@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeCluster.h"
-#include "app/AdvancedPreferencesViewController.h"
+#include "app/preferences/AdvancedPreferencesViewController.h"
 #include "app/AppDelegate.h"
-#include "app/ClusterWindowFrame.h"
-#include "app/GeneralPreferencesViewController.h"
-#include "app/KubeConfigChooser.h"
-#include "app/MainWindowController.h"
-#include "app/PreferencesWindowController.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/preferences/GeneralPreferencesViewController.h"
+#include "app/state/KubeConfigChooser.h"
+#include "app/window/MainWindowController.h"
+#include "app/preferences/PreferencesWindowController.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 #include "support/Patience.h"
 
 #include <QAbstractItemModelTester>

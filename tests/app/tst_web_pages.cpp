@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/WebPages.h"
+#include "app/window/WebPages.h"
 
 #include <QTest>
 

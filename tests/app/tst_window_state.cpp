@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeWindow.h"
 #include "core/ApplicationRecord.h"
-#include "platform/Notifications.h"
-#include "resources/ClusterChange.h"
+#include "platform/desktop/Notifications.h"
+#include "resources/changes/ClusterChange.h"
 
 #include <QDir>
 #include <QFile>

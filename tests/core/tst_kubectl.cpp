@@ -2,7 +2,7 @@
 #include "core/ApplicationRecord.h"
 #include "core/KubeCtl.h"
 #include "core/KubectlArguments.h"
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

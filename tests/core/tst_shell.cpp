@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ApplicationRecord.h"
 #include "core/ProgramFolders.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

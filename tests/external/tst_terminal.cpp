@@ -2,8 +2,8 @@
 #include "external/InstalledApplications.h"
 #include "external/Terminal.h"
 #include "external/TerminalQuoting.h"
-#include "platform/MainQueue.h"
-#include "platform/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/settings/UserDefaults.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/ChildProcess.h"
-#include "platform/PipeReader.h"
-#include "platform/ProcessSetup.h"
+#include "platform/process/ChildProcess.h"
+#include "platform/process/PipeReader.h"
+#include "platform/process/ProcessSetup.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

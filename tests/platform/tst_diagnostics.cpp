@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/Diagnostics.h"
+#include "platform/desktop/Diagnostics.h"
 #include "support/TestSupport.h"
 
 #include <QTest>

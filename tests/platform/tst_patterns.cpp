@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/Glob.h"
-#include "platform/LinkDetection.h"
-#include "platform/RandomString.h"
+#include "platform/text/Glob.h"
+#include "platform/text/LinkDetection.h"
+#include "platform/text/RandomString.h"
 
 #include <QElapsedTimer>
 #include <QSet>

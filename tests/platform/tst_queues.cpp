@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/MainQueue.h"
+#include "platform/threads/MainQueue.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/ProcessSetup.h"
-#include "platform/UserDefaults.h"
+#include "platform/process/ProcessSetup.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QDeadlineTimer>
 #include <QDir>

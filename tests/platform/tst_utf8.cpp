@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/DisplayText.h"
-#include "platform/Utf8.h"
+#include "platform/text/DisplayText.h"
+#include "platform/text/Utf8.h"
 
 #include <QTest>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/DisplayText.h"
-#include "platform/MainQueue.h"
-#include "pods/ConsoleText.h"
-#include "pods/ConsoleTextView.h"
-#include "pods/ConsoleViewController.h"
-#include "resources/NamedImages.h"
+#include "platform/text/DisplayText.h"
+#include "platform/threads/MainQueue.h"
+#include "pods/console/ConsoleText.h"
+#include "pods/console/ConsoleTextView.h"
+#include "pods/console/ConsoleViewController.h"
+#include "resources/widgets/NamedImages.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The text of a log window against plain models of it: what is kept, where lines begin, what is shown.
-#include "platform/MainQueue.h"
-#include "platform/ProcessSetup.h"
-#include "pods/LogDocument.h"
-#include "pods/LogLineText.h"
-#include "pods/LogSearch.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/process/ProcessSetup.h"
+#include "pods/logs/text/LogDocument.h"
+#include "pods/logs/text/LogLineText.h"
+#include "pods/logs/text/LogSearch.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The log view: what stays where it is, what is selected, what is painted.
-#include "platform/MainQueue.h"
-#include "pods/LogSearch.h"
-#include "pods/LogView.h"
+#include "platform/threads/MainQueue.h"
+#include "pods/logs/text/LogSearch.h"
+#include "pods/logs/view/LogView.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 

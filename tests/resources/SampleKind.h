@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/NaturalOrder.h"
-#include "platform/Timestamp.h"
-#include "resources/ResourceKind.h"
+#include "platform/text/NaturalOrder.h"
+#include "platform/text/Timestamp.h"
+#include "resources/kinds/ResourceKind.h"
 
 #include <limits>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SampleKind.h"
-#include "resources/ArrangingModel.h"
+#include "resources/listing/ArrangingModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QItemSelectionModel>

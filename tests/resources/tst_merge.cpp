@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SampleKind.h"
-#include "resources/Merge.h"
-#include "resources/ResourceTableModel.h"
+#include "resources/listing/Merge.h"
+#include "resources/listing/ResourceTableModel.h"
 
 #include <QSet>
 #include <QTest>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/WindowState.h"
+#include "core/WindowState.h"
 #include "support/TestSupport.h"
 
 namespace tidewright::test {

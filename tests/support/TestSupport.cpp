@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/TestSupport.h"
 
-#include "platform/Diagnostics.h"
+#include "platform/desktop/Diagnostics.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -3,8 +3,8 @@
 
 #include "core/Console.h"
 #include "core/Shell.h"
-#include "platform/DispatchQueue.h"
-#include "platform/FileDescriptor.h"
+#include "platform/threads/DispatchQueue.h"
+#include "platform/process/FileDescriptor.h"
 
 #include <QTemporaryFile>
 

@@ -4,9 +4,9 @@
 // An application that runs the action in FOLDER. A line on standard input, or its end, makes it quit in
 // order.
 #include "actions/ActionFolders.h"
-#include "platform/Diagnostics.h"
-#include "platform/MainQueue.h"
-#include "platform/ProcessKeeper.h"
+#include "platform/desktop/Diagnostics.h"
+#include "platform/threads/MainQueue.h"
+#include "platform/process/ProcessKeeper.h"
 
 #include <QApplication>
 #include <QSocketNotifier>

@@ -3,9 +3,9 @@
 
 #include "core/CommandLine.h"
 #include "core/KubeCtl.h"
-#include "platform/DisplayText.h"
-#include "platform/UserDefaults.h"
-#include "resources/Confirmation.h"
+#include "platform/text/DisplayText.h"
+#include "platform/settings/UserDefaults.h"
+#include "resources/changes/Confirmation.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>

@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/content/PrimaryContentController.h"
+
+#include "app/content/CreateFromFileDialog.h"
+#include "pods/table/PodController.h"
+#include "resources/kinds/ClusterRole.h"
+#include "resources/kinds/ConfigMap.h"
+#include "resources/changes/CreateFromFiles.h"
+#include "resources/table/CronJobController.h"
+#include "resources/kinds/DaemonSet.h"
+#include "resources/table/DeploymentController.h"
+#include "resources/kinds/Endpoint.h"
+#include "resources/table/EventController.h"
+#include "resources/table/JobController.h"
+#include "resources/kinds/PersistentVolume.h"
+#include "resources/kinds/ReplicaSet.h"
+#include "resources/kinds/Secret.h"
+#include "resources/kinds/ServiceAccount.h"
+#include "resources/table/ServiceController.h"
+
+#include <QTimer>
+
+namespace tidewright {
+
+namespace {
+
+constexpr auto reloadDelay = std::chrono::seconds(1);
+constexpr int nicenessOfHidden = 10;
+constexpr auto longestHiddenWait = std::chrono::seconds(3);
+
+/// One tab: its sidebar name, the scopes of actions that mean it, and what makes its table.
+struct Tab
+{
+    const char *name;
+    std::initializer_list<const char *> scopes;
+    SharedContentViewController *(*make)(WindowState &);
+};
+
+/// A table with commands of its own.
+template <typename Controller> SharedContentViewController *table(WindowState &window)
+{
+    return new Controller(window);
+}
+
+template <ResourceKind (*kind)()> SharedContentViewController *tableOf(WindowState &window)
+{
+    return new SharedContentViewController(kind(), window);
+}
+
+constexpr Tab tabs[] = {
+    {"Pods", {"pod", "container"}, table<PodController>},
+    {"Deployments", {"deployment"}, table<DeploymentController>},
+    {"Services", {"service"}, table<ServiceController>},
+    {"Persistent Volumes", {"persistentvolume"}, tableOf<persistentVolumeKind>},
+    {"Cron Jobs", {"cronjob"}, table<CronJobController>},
+    {"Config Maps", {"configmap"}, tableOf<configMapKind>},
+    {"Secrets", {"secret"}, tableOf<secretKind>},
+    {"Events", {"event"}, table<EventController>},
+    {"Endpoints", {"endpoint"}, tableOf<endpointKind>},
+    {"Jobs", {"job"}, table<JobController>},
+    {"Service Accounts", {"serviceaccount"}, tableOf<serviceAccountKind>},
+    {"Cluster Roles", {"clusterrole"}, tableOf<clusterRoleKind>},
+    {"Replica Sets", {"replicaset"}, tableOf<replicaSetKind>},
+    {"Daemon Sets", {"daemonset"}, tableOf<daemonSetKind>},
+};
+
+} // namespace
+
+PrimaryContentController::PrimaryContentController(WindowState &window, QWidget *parent)
+    : QStackedWidget(parent)
+    , m_window(window)
+{
+    for (const Tab &tab : tabs) {
+        const QString name = QString::fromLatin1(tab.name);
+        SharedContentViewController *controller = tab.make(window);
+        addWidget(controller);
+        m_sidebarMap.insert(name.toLower(), controller);
+        connect(controller, &SharedContentViewController::loadFinished, this, [this, controller] {
+            if (controller == currentWidget() && m_hiddenTablesWait.isActive()) {
+                loadHiddenTables();
+            }
+        });
+    }
+    m_hiddenTablesWait.setSingleShot(true);
+    m_hiddenTablesWait.setInterval(longestHiddenWait);
+    connect(&m_hiddenTablesWait, &QTimer::timeout, this, &PrimaryContentController::loadHiddenTables);
+    connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
+}
+
+const QHash<QString, QString> &PrimaryContentController::scopeMap()
+{
+    static const QHash<QString, QString> map = [] {
+        QHash<QString, QString> result;
+        for (const Tab &tab : tabs) {
+            for (const char *scope : tab.scopes) {
+                result.insert(QString::fromLatin1(scope), QString::fromLatin1(tab.name).toLower());
+            }
+        }
+        return result;
+    }();
+    return map;
+}
+
+SharedContentViewController *PrimaryContentController::tableControllerForScope(const QString &scope) const
+{
+    return qobject_cast<SharedContentViewController *>(m_sidebarMap.value(scopeMap().value(scope)));
+}
+
+SharedContentViewController *PrimaryContentController::shownTable() const
+{
+    return qobject_cast<SharedContentViewController *>(currentWidget());
+}
+
+QList<SharedContentViewController *> PrimaryContentController::tables() const
+{
+    QList<SharedContentViewController *> result;
+    for (int index = 0; index < count(); ++index) {
+        if (auto *controller = qobject_cast<SharedContentViewController *>(widget(index))) {
+            result.append(controller);
+        }
+    }
+    return result;
+}
+
+void PrimaryContentController::clusterSettingsChanged()
+{
+    clear();
+    if (auto *controller = shownTable()) {
+        controller->reloadLogging(false);
+    }
+    m_hiddenTablesWait.start();
+}
+
+/// Thirteen runs at once would take the time of the one that the user waits for.
+void PrimaryContentController::loadHiddenTables()
+{
+    m_hiddenTablesWait.stop();
+    for (SharedContentViewController *controller : tables()) {
+        if (!controller->isListing() && !controller->rowsAsOf().isValid()) {
+            controller->clearAndReload(false, nicenessOfHidden);
+        }
+    }
+}
+
+void PrimaryContentController::clear()
+{
+    m_hiddenTablesWait.stop();
+    for (SharedContentViewController *controller : tables()) {
+        controller->clear();
+    }
+}
+
+void PrimaryContentController::selectSidebarItem(const QString &name)
+{
+    m_selectedTabName = name.toLower();
+    QWidget *tab = m_sidebarMap.value(m_selectedTabName);
+    if (!tab) {
+        return;
+    }
+    setCurrentWidget(tab);
+    // Before the window knows its context there is nothing to load from; the tables load once it does.
+    if (auto *controller = shownTable(); controller && !m_window.currentContext().isEmpty()) {
+        controller->reloadLogging(false);
+    }
+}
+
+void PrimaryContentController::reloadContent()
+{
+    if (auto *controller = shownTable()) {
+        controller->reload();
+    }
+}
+
+void PrimaryContentController::createFromFileDialog()
+{
+    if (!canCreateIn(m_window)) {
+        return;
+    }
+    const ChangePlace place(m_window);
+    CreateFromFileDialog::open(
+        window(), this, place.text(), [this, place](const QStringList &paths) { createFrom(paths, place); });
+}
+
+void PrimaryContentController::createFrom(const QStringList &paths, const ChangePlace &place)
+{
+    if (!place.isStillShown()) {
+        refuseMovedChange(m_window, nothingCreated());
+        return;
+    }
+    createFromFiles(m_window, paths, [self = QPointer<PrimaryContentController>(this)] {
+        if (self) {
+            QTimer::singleShot(reloadDelay, self, &PrimaryContentController::reloadContent);
+        }
+    });
+}
+
+} // namespace tidewright

@@ -1,0 +1,325 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/window/WindowCommands.h"
+
+#include "app/toolbar/ClusterToolBar.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/content/CopyFileDialog.h"
+#include "app/state/KubeSplitViewController.h"
+#include "app/window/MainWindowController.h"
+#include "app/content/PrimaryContentController.h"
+#include "app/toolbar/SearchableComboBox.h"
+#include "platform/text/DisplayText.h"
+#include "pods/console/ConsoleViewController.h"
+#include "pods/table/ContainerCopy.h"
+#include "pods/table/PodController.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/table/CronJobController.h"
+#include "resources/widgets/NamedImages.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/SharedContentViewController.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabBar>
+
+#include <algorithm>
+
+namespace tidewright {
+
+namespace {
+
+/// The toolbar shows the image; in menus it would stand before a few commands only.
+void setToolBarImage(QAction *action, const QString &name)
+{
+    action->setIcon(namedImage(name));
+    action->setIconVisibleInMenu(false);
+}
+
+/// Enables a command, or says in its tool tip why it is not: `obstacle` is empty when it is.
+void enable(QAction *action, const QString &obstacle, const QString &description)
+{
+    action->setEnabled(obstacle.isEmpty());
+    const QString key = action->shortcut().toString(QKeySequence::NativeText);
+    action->setToolTip(display_text::toolTip(
+        obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle));
+}
+
+/// Only the first of the chosen containers counts; none is chosen any more then.
+void copyFileDialog(PodController &pods)
+{
+    const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
+    if (pairs.empty() || !canCopyInto(pods, pairs.front())) {
+        return;
+    }
+    pods.takeSelectedContainerPairs();
+    const ChangePlace place(pods.kubeSplitViewController());
+    const QString target
+        = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)
+        + QLatin1Char('\n') + place.text();
+    CopyFileDialog::open(pods.window(), &pods, target,
+        [&pods, container = pairs.front(), place](const QStringList &paths, const QString &destination) {
+            if (place.isStillShown()) {
+                copyIntoContainer(pods, container, paths, destination);
+            } else if (place.window) {
+                refuseMovedChange(*place.window, QObject::tr("Nothing was copied"));
+            }
+        });
+}
+
+} // namespace
+
+WindowCommands::WindowCommands(ClusterWindowFrame &frame, const WebPages &pages)
+    : QObject(&frame)
+    , m_frame(frame)
+{
+    buildFileMenu();
+    buildEditMenu();
+    buildViewMenu();
+    buildClusterMenu();
+    buildWindowMenu();
+    buildHelpMenu(pages);
+}
+
+QAction *WindowCommands::add(
+    QMenu *menu, const QString &title, const QKeySequence &key, std::function<void()> command)
+{
+    QAction *action = menu->addAction(title, key, this, std::move(command));
+    action->setAutoRepeat(false);
+    return action;
+}
+
+QAction *WindowCommands::addForTable(
+    QMenu *menu, const QString &title, const QKeySequence &key, TableCommand command)
+{
+    return add(menu, title, key, [this, command] {
+        if (SharedContentViewController *table = shownTable()) {
+            (table->*command)();
+        }
+    });
+}
+
+void WindowCommands::buildFileMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&File"));
+    add(menu, tr("New &Window"), QKeySequence(tr("Ctrl+N")), [this] { Q_EMIT m_frame.newWindowRequested(); });
+    add(menu, tr("New &Tab"), QKeySequence(tr("Ctrl+T")), [this] { m_frame.addTab(); });
+    add(menu, tr("New Tab with Con&fig…"), QKeySequence(tr("Ctrl+Shift+T")),
+        [this] { m_frame.newWindowForTabWithConfig(); });
+    menu->addSeparator();
+    add(menu, tr("&Create from File…"), QKeySequence(tr("Ctrl+O")),
+        [this] { m_frame.currentPage()->primaryContentController().createFromFileDialog(); });
+    menu->addSeparator();
+    add(menu, tr("C&lose Tab"), QKeySequence(tr("Ctrl+W")), [this] { m_frame.closeCurrentTab(); });
+    add(menu, tr("&Quit"), QKeySequence(tr("Ctrl+Q")), [this] { Q_EMIT m_frame.quitRequested(); });
+}
+
+void WindowCommands::buildEditMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&Edit"));
+    QAction *copy = addForTable(
+        menu, tr("&Copy Name"), QKeySequence(QKeySequence::Copy), &SharedContentViewController::copyName);
+    QAction *edit = addForTable(menu, tr("&Edit Configuration"), QKeySequence(tr("Ctrl+E")),
+        &SharedContentViewController::editConfiguration);
+    m_delete = addForTable(
+        menu, tr("&Delete…"), QKeySequence(QKeySequence::Delete), &SharedContentViewController::deleteRows);
+    m_delete->setObjectName(QStringLiteral("deleteToolbarItem"));
+    m_delete->setIconText(tr("Delete"));
+    setToolBarImage(m_delete, QStringLiteral("delete"));
+    m_delete->setToolTip(tr("Delete the selected objects (Del)"));
+    menu->addSeparator();
+    m_forTable.append(addForTable(
+        menu, tr("&Filter"), QKeySequence(QKeySequence::Find), &SharedContentViewController::selectFilter));
+    menu->addSeparator();
+    add(menu, tr("&Preferences…"), QKeySequence(tr("Ctrl+,")),
+        [this] { Q_EMIT m_frame.preferencesRequested(); });
+    m_forRows = {copy, edit, m_delete};
+}
+
+void WindowCommands::buildViewMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&View"));
+    m_reload = add(menu, tr("&Reload"), QKeySequence(tr("Ctrl+R")),
+        [this] { m_frame.currentPage()->primaryContentController().reloadContent(); });
+    setToolBarImage(m_reload, QStringLiteral("reload"));
+    m_reload->setObjectName(QStringLiteral("reloadToolbarItem"));
+    m_reload->setToolTip(tr("Load the table again (Ctrl+R)"));
+    m_forTable.append(m_reload);
+    m_quickLook = addForTable(menu, tr("&Quick Look"), QKeySequence(Qt::Key_Space),
+        &SharedContentViewController::showQuickLookPanel);
+    setToolBarImage(m_quickLook, QStringLiteral("preview"));
+    m_quickLook->setObjectName(QStringLiteral("quickLookToolbarItem"));
+    m_quickLook->setToolTip(tr("Show the selected objects as YAML (Space)"));
+    m_forRows.append(m_quickLook);
+    m_stop = addForTable(
+        menu, tr("&Stop Loading"), QKeySequence(Qt::Key_Escape), &SharedContentViewController::stopLoading);
+    menu->addSeparator();
+    add(menu, tr("&Clear Console"), QKeySequence(tr("Ctrl+Shift+K")),
+        [this] { m_frame.currentPage()->windowConsoleController().clearLogs(); });
+    menu->addSeparator();
+    m_forTabs.append(
+        add(menu, tr("&Next Tab"), QKeySequence(tr("Ctrl+PgDown")), [this] { m_frame.walkTabs(1); }));
+    m_forTabs.append(
+        add(menu, tr("&Previous Tab"), QKeySequence(tr("Ctrl+PgUp")), [this] { m_frame.walkTabs(-1); }));
+    m_forTabs.append(add(
+        menu, tr("Move Tab &Right"), QKeySequence(tr("Ctrl+Shift+PgDown")), [this] { m_frame.moveTab(1); }));
+    m_forTabs.append(add(
+        menu, tr("Move Tab &Left"), QKeySequence(tr("Ctrl+Shift+PgUp")), [this] { m_frame.moveTab(-1); }));
+    menu->addSeparator();
+    add(menu, tr("Customize &Toolbar…"), QKeySequence(), [this] { Q_EMIT toolBarRequested(); });
+    // By key these belong to the table that has the focus; elsewhere the same keys edit or copy text.
+    for (QAction *action : std::as_const(m_forRows)) {
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    }
+}
+
+void WindowCommands::buildClusterMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&Cluster"));
+    add(menu, tr("Choose &Context…"), QKeySequence(tr("Ctrl+K")),
+        [this] { m_frame.currentPage()->toolBar().contextPopupButton()->showPopup(); });
+    add(menu, tr("Choose &Namespace…"), QKeySequence(tr("Ctrl+L")),
+        [this] { m_frame.currentPage()->toolBar().namespacesPopupButton()->showPopup(); });
+    menu->addSeparator();
+    m_viewLogs = addForTable(
+        menu, tr("View &Logs"), QKeySequence(tr("Ctrl+Shift+L")), &SharedContentViewController::viewLogs);
+    m_viewLogs->setObjectName(QStringLiteral("viewLogsToolbarItem"));
+    setToolBarImage(m_viewLogs, QStringLiteral("logs"));
+    m_copyFile = add(menu, tr("Copy &File…"), QKeySequence(tr("Ctrl+Shift+F")), [this] {
+        if (auto *pods = qobject_cast<PodController *>(shownTable())) {
+            copyFileDialog(*pods);
+        }
+    });
+    m_copyFile->setObjectName(QStringLiteral("copyFileToolbarItem"));
+    m_copyFile->setIconText(tr("Copy File"));
+    setToolBarImage(m_copyFile, QStringLiteral("copyfile"));
+    m_runNow = add(menu, tr("Run Cron &Job Now"), QKeySequence(tr("Ctrl+Shift+J")), [this] {
+        if (auto *cronJobs = qobject_cast<CronJobController *>(shownTable())) {
+            cronJobs->runCronJobNow();
+        }
+    });
+    menu->setToolTipsVisible(true);
+    menu->addSeparator();
+    add(menu, QStringLiteral("Reload Contexts"), QKeySequence(tr("Ctrl+Shift+C")),
+        [this] { m_frame.currentPage()->state().reloadContexts(); });
+    add(menu, QStringLiteral("Reload Namespace"), QKeySequence(tr("Ctrl+Shift+R")),
+        [this] { m_frame.currentPage()->state().reloadNamespaces(); });
+}
+
+void WindowCommands::buildWindowMenu()
+{
+    m_windowMenu = m_frame.menuBar()->addMenu(tr("&Window"));
+    add(m_windowMenu, tr("&Minimize"), QKeySequence(tr("Ctrl+M")), [this] { m_frame.showMinimized(); });
+    m_windowMenu->addSeparator();
+    connect(m_windowMenu, &QMenu::aboutToShow, this, &WindowCommands::listWindows);
+    listWindows();
+}
+
+void WindowCommands::buildHelpMenu(const WebPages &pages)
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&Help"));
+    menu->setToolTipsVisible(true);
+    const auto addPage = [&](WebPage page, const QString &title, const QKeySequence &key = {}) {
+        QAction *action = add(menu, title, key, [this, page] { Q_EMIT m_frame.webPageRequested(page); });
+        if (!pages.has(page)) {
+            action->setEnabled(false);
+            action->setToolTip(tr("This package of Tidewright names no such page."));
+        }
+    };
+    addPage(WebPage::Documentation, tr("Online &Documentation"), QKeySequence(QKeySequence::HelpContents));
+    addPage(WebPage::Changelog, tr("Change &Log"));
+    menu->addSeparator();
+    addPage(WebPage::ReportIssue, tr("&Report an Issue…"));
+    addPage(WebPage::Feedback, tr("Provide &Feedback…"));
+    addPage(WebPage::MoreApps, tr("&More Apps"));
+    menu->addSeparator();
+    QAction *update = menu->addAction(tr("Check for &Updates…"));
+    update->setEnabled(false);
+    update->setToolTip(tr("Updates come with the package manager of your system."));
+    add(menu, tr("&About Tidewright"), QKeySequence(), [this] { Q_EMIT m_frame.aboutRequested(); });
+}
+
+void WindowCommands::listWindows()
+{
+    qDeleteAll(m_windows);
+    m_windows.clear();
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *frame = qobject_cast<ClusterWindowFrame *>(widget);
+        if (!frame) {
+            continue;
+        }
+        const MainWindowController *page = frame->currentPage(); // null while the window is being built
+        const QString context = page ? page->state().currentContext() : QString();
+        const QString entry
+            = frame->windowTitle() + (context.isEmpty() ? QString() : QStringLiteral(" — ") + context);
+        QAction *action = m_windowMenu->addAction(
+            display_text::withoutMnemonics(entry), frame, [frame] { bringToFront(*frame); });
+        action->setCheckable(true);
+        action->setChecked(frame == &m_frame);
+        m_windows.append(action);
+    }
+}
+
+QList<QAction *> WindowCommands::toolBarActions() const
+{
+    return {m_reload, m_viewLogs, m_copyFile, m_quickLook, m_delete};
+}
+
+QAction *WindowCommands::toolBarAction(const QString &identifier) const
+{
+    const auto actions = toolBarActions();
+    const auto found = std::find_if(actions.begin(), actions.end(),
+        [&identifier](const QAction *action) { return action->objectName() == identifier; });
+    return found == actions.end() ? nullptr : *found;
+}
+
+void WindowCommands::insertActionMenu(QMenu *menu)
+{
+    m_frame.menuBar()->insertMenu(m_windowMenu->menuAction(), menu);
+}
+
+void WindowCommands::addTo(MainWindowController &page)
+{
+    for (SharedContentViewController *table : page.primaryContentController().tables()) {
+        table->addActions(m_forRows);
+    }
+}
+
+SharedContentViewController *WindowCommands::shownTable() const
+{
+    const MainWindowController *page = m_frame.currentPage();
+    return page ? page->primaryContentController().shownTable() : nullptr;
+}
+
+void WindowCommands::updateEnabled()
+{
+    const SharedContentViewController *table = shownTable();
+    const bool hasRows = table && table->chosenCount() > 0;
+    for (QAction *action : std::as_const(m_forRows)) {
+        action->setEnabled(hasRows);
+    }
+    for (QAction *action : std::as_const(m_forTable)) {
+        action->setEnabled(table);
+    }
+    m_stop->setEnabled(table && table->canStopLoading());
+    for (QAction *action : std::as_const(m_forTabs)) {
+        action->setEnabled(m_frame.tabBar()->count() > 1);
+    }
+    updateLogsAndJobs();
+}
+
+void WindowCommands::updateLogsAndJobs()
+{
+    const SharedContentViewController *table = shownTable();
+    enable(m_viewLogs, table ? table->viewLogsObstacle() : tr("No table is shown."),
+        tr("Show the logs of what is selected"));
+    const auto *pods = qobject_cast<const PodController *>(table);
+    enable(m_copyFile, pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first."),
+        tr("Copy files into the chosen container"));
+    const auto *cronJobs = qobject_cast<const CronJobController *>(table);
+    enable(m_runNow, cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first."),
+        tr("Make a job from the selected cron job"));
+}
+
+} // namespace tidewright

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/process/PipeReader.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace tidewright {
+
+PipeReader::PipeReader(int output, int error)
+    : m_descriptors{output, error}
+    , m_buffer(1 << 16, Qt::Uninitialized)
+{
+    for (const int fd : m_descriptors) {
+        ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
+    }
+}
+
+PipeReader::End PipeReader::read(int stop, int exit, const Handler &handler)
+{
+    while (m_descriptors[0] >= 0 || m_descriptors[1] >= 0) {
+        std::array<pollfd, 4> polled{{{m_descriptors[0], POLLIN, 0}, {m_descriptors[1], POLLIN, 0},
+            {stop, POLLIN, 0}, {exit, POLLIN, 0}}};
+        if (::poll(polled.data(), polled.size(), -1) < 0) {
+            continue; // interrupted
+        }
+        if (polled[2].revents != 0) {
+            drainAvailable(handler);
+            return End::Stopped;
+        }
+        if (polled[3].revents != 0) {
+            return drainAvailable(handler) ? End::ChildGone : End::Refused;
+        }
+        for (const Stream stream : {Stream::Output, Stream::Error}) {
+            if (polled[static_cast<std::size_t>(stream)].revents != 0
+                && readPiece(stream, handler) == Piece::Refused) {
+                return End::Refused;
+            }
+        }
+    }
+    return End::EndOfFile;
+}
+
+PipeReader::Piece PipeReader::readPiece(Stream stream, const Handler &handler)
+{
+    int &fd = m_descriptors[static_cast<std::size_t>(stream)];
+    const ssize_t got = ::read(fd, m_buffer.data(), static_cast<std::size_t>(m_buffer.size()));
+    if (got > 0) {
+        return handler(stream, QByteArrayView(m_buffer.constData(), got)) ? Piece::Delivered : Piece::Refused;
+    }
+    if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
+        fd = -1;
+    }
+    return Piece::Nothing;
+}
+
+bool PipeReader::drainAvailable(const Handler &handler)
+{
+    for (const Stream stream : {Stream::Output, Stream::Error}) {
+        // At most what the pipe can hold: a grandchild that goes on writing must not keep this going.
+        Piece piece = Piece::Delivered;
+        for (int i = 0;
+             i < 16 && m_descriptors[static_cast<std::size_t>(stream)] >= 0 && piece == Piece::Delivered;
+             ++i) {
+            piece = readPiece(stream, handler);
+        }
+        if (piece == Piece::Refused) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace tidewright

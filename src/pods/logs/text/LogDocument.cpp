@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/logs/text/LogDocument.h"
+
+#include "platform/threads/MainQueue.h"
+
+#include <algorithm>
+
+namespace tidewright {
+
+namespace {
+
+constexpr int frameMilliseconds = 16;
+constexpr qsizetype mostGathered = 256 * 1024;
+
+void appendMerged(std::vector<LogRange> &ranges, const LogRange &range)
+{
+    if (!ranges.empty() && ranges.back().end() == range.start) {
+        ranges.back().length += range.length;
+    } else {
+        ranges.push_back(range);
+    }
+}
+
+} // namespace
+
+LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogDisk disk)
+    : QObject(parent)
+    , m_folders(folders)
+    , m_disk(std::move(disk))
+{
+    m_frame.setSingleShot(true);
+    m_frame.setTimerType(Qt::PreciseTimer);
+    m_frame.setInterval(frameMilliseconds);
+    m_frame.callOnTimeout(this, &LogDocument::frame);
+    reset();
+}
+
+LogDocument::~LogDocument()
+{
+    if (m_cancelled) {
+        *m_cancelled = true;
+    }
+    letGo();
+}
+
+/// Unmapping and closing a file of gigabytes takes its time: not here.
+void LogDocument::letGo()
+{
+    if (m_store && m_store->size() > LogScan::usualSpan) {
+        logQueue().post([store = std::shared_ptr<LogStore>(std::move(m_store))] {});
+    }
+}
+
+void LogDocument::reset()
+{
+    letGo();
+    m_store = std::make_unique<LogStore>(m_folders, m_disk);
+    m_runs = std::make_unique<SourceRuns>();
+    m_whole = std::make_unique<LogProjection>();
+    m_splitter = LineSplitter();
+    m_arrived.resize(0); // keeps the memory
+    m_arrivedRuns.clear();
+}
+
+void LogDocument::append(int source, QByteArrayView bytes)
+{
+    if (m_arrivedRuns.empty() || m_arrivedRuns.back().source != source) {
+        m_arrivedRuns.push_back({{m_arrived.size(), 0}, source});
+    }
+    m_arrived.append(bytes);
+    if (m_arrived.size() >= mostGathered) {
+        commit();
+    }
+    if (!m_frame.isActive()) {
+        m_frame.start();
+    }
+}
+
+void LogDocument::commit()
+{
+    if (m_arrived.isEmpty()) {
+        return;
+    }
+    const qint64 before = m_store->size();
+    const qint64 kept = m_store->append(m_arrived);
+    for (const SourceRuns::Run &run : m_arrivedRuns) {
+        if (run.range.start < kept) {
+            m_runs->append(before + run.range.start, run.source);
+        }
+    }
+    m_starts.clear();
+    m_splitter.feed(QByteArrayView(m_arrived).first(kept), m_starts);
+    m_whole->appendRange({before, kept});
+    m_whole->appendLines(m_starts);
+    m_arrived.resize(0); // keeps the memory
+    m_arrivedRuns.clear();
+}
+
+void LogDocument::frame()
+{
+    commit();
+    scanOn();
+    Q_EMIT appended();
+}
+
+void LogDocument::finish()
+{
+    commit(); // or a scan that comes back before the next frame takes the text so far for all of it
+    m_finished = true;
+    m_waitingAt = -1;
+    m_frame.start();
+}
+
+void LogDocument::clear()
+{
+    reset();
+    m_narrowed.reset();
+    m_building.reset();
+    narrow();
+}
+
+std::vector<LogRange> LogDocument::visibleRanges(const LogRange &range) const
+{
+    if (m_hidden.isEmpty()) {
+        return {range};
+    }
+    std::vector<LogRange> ranges;
+    for (const SourceRuns::Run &run : m_runs->runs(range)) {
+        if (!m_hidden.contains(run.source)) {
+            appendMerged(ranges, run.range);
+        }
+    }
+    return ranges;
+}
+
+std::vector<LogRange> LogDocument::shownRanges(const LogRange &range) const
+{
+    return shown().ranges(shown().place(range.start), shown().place(range.end()));
+}
+
+void LogDocument::setSourceHidden(int source, bool hidden)
+{
+    if (hidden != m_hidden.contains(source)) {
+        hidden ? (void)m_hidden.insert(source) : (void)m_hidden.remove(source);
+        narrow();
+    }
+}
+
+void LogDocument::setFilter(const LogPattern &filter)
+{
+    if (filter.isValid() && filter != m_filter) {
+        m_filter = filter;
+        narrow();
+    }
+}
+
+void LogDocument::narrow()
+{
+    if (m_cancelled) {
+        *m_cancelled = true;
+    }
+    m_cancelled = std::make_shared<std::atomic<bool>>(false);
+    ++m_request;
+    m_scanning = false;
+    m_building.reset();
+    if (!isNarrowed()) {
+        m_narrowed.reset();
+        Q_EMIT replaced();
+        return;
+    }
+    m_building = std::make_unique<LogProjection>();
+    scanOn();
+}
+
+void LogDocument::showNarrowed()
+{
+    m_narrowed = std::move(m_building);
+    Q_EMIT replaced();
+}
+
+void LogDocument::scanOn()
+{
+    LogProjection *target = m_building ? m_building.get() : m_narrowed.get();
+    if (!target || m_scanning) {
+        return;
+    }
+    if (m_building && target->size() == 0) {
+        m_narrowedSplitter = LineSplitter();
+        m_examined = 0;
+        m_cutOff = 0;
+        m_span = LogScan::usualSpan;
+        m_waitingAt = -1;
+    }
+    if (m_examined >= size() || m_waitingAt == size()) {
+        if (m_building) {
+            showNarrowed();
+        }
+        return;
+    }
+    const qint64 end = std::min(size(), m_examined + m_span);
+    LogScan scan{bytes(), visibleRanges({m_examined, end - m_examined}), m_filter,
+        (m_finished && end == size()) || end - m_examined >= LogScan::longestSpan, m_cancelled};
+    m_scanning = true;
+    logQueue().post([self = QPointer<LogDocument>(this), request = m_request, end, scan = std::move(scan),
+                        splitter = m_narrowedSplitter]() mutable {
+        LogScan::Lines lines = scan.lines(std::move(splitter));
+        postToMain(self,
+            [request, end, ranges = std::move(scan.ranges), lines = std::move(lines)](
+                LogDocument &document) mutable { document.scanned(request, end, ranges, std::move(lines)); });
+    });
+}
+
+void LogDocument::scanned(
+    quint64 request, qint64 end, const std::vector<LogRange> &ranges, LogScan::Lines lines)
+{
+    if (request != m_request) {
+        return;
+    }
+    m_scanning = false;
+    LogProjection &target = m_building ? *m_building : *m_narrowed;
+    for (const LogRange &range : lines.ranges) {
+        target.appendRange(range);
+    }
+    target.appendLines(lines.starts);
+    m_narrowedSplitter = std::move(lines.splitter);
+    m_cutOff += lines.cutOff;
+    const bool isComplete = lines.consumed == totalLength(ranges);
+    m_span = isComplete ? LogScan::usualSpan : LogScan::nextSpan(m_span, end - m_examined, lines.consumed);
+    // Once all text is there, a line that a scan has left is looked at again, as a whole one.
+    m_waitingAt = isComplete || end < size() || m_finished ? -1 : end;
+    m_examined = end;
+    for (qint64 left = lines.consumed; const LogRange &range : ranges) {
+        if (!isComplete && left < range.length) {
+            m_examined = range.start + left;
+            break;
+        }
+        left -= range.length;
+    }
+    if (m_building) {
+        showNarrowed();
+    }
+    Q_EMIT appended();
+    scanOn();
+}
+
+} // namespace tidewright

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/logs/text/LogLineText.h"
+
+#include "platform/text/Utf8.h"
+#include "pods/console/ConsoleText.h"
+#include "pods/logs/text/SgrSequence.h"
+
+#include <algorithm>
+
+namespace tidewright {
+
+namespace {
+
+constexpr qsizetype tabStop = 8;
+constexpr char16_t escape = 0x1B;
+constexpr char16_t controlSequence = 0x9B;
+constexpr QChar signForNul(0x2400);
+
+bool isControl(char16_t unit)
+{
+    return unit < 0x20 || console_text::isBetween(unit, 0x7F, 0x9F);
+}
+
+QChar harmless(char16_t unit)
+{
+    const bool separates = unit == 0x2028 || unit == 0x2029;
+    return console_text::isReserved(unit) ? QChar(QChar::ReplacementCharacter)
+        : separates                       ? QChar(u' ')
+                                          : QChar(unit);
+}
+
+class Builder
+{
+public:
+    Builder(QByteArrayView line, const std::vector<SourceRuns::Run> &sources)
+        : m_bytes(line)
+        , m_input(shownUtf8(line))
+        , m_sources(sources)
+    {
+        m_line.text.reserve(m_input.size());
+        m_line.bytes.reserve(static_cast<std::size_t>(m_input.size()) + 1);
+    }
+
+    LogLineText build()
+    {
+        const QStringView input(m_input);
+        for (qsizetype at = 0; at < input.size();) {
+            const char16_t unit = input[at].unicode();
+            if (unit == escape || unit == controlSequence) {
+                const qsizetype end = endOfSequence(input, at);
+                applySgr(input.sliced(at, end - at), m_look);
+                skip(input, at, end);
+                at = end;
+                continue;
+            }
+            take(unit);
+            skip(input, at, at + 1);
+            ++at;
+        }
+        m_line.bytes.push_back(m_end);
+        return std::move(m_line);
+    }
+
+private:
+    static qsizetype endOfSequence(QStringView input, qsizetype at)
+    {
+        if (input[at].unicode() == escape) {
+            return console_text::endOfEscape(input, at + 1);
+        }
+        // The one-character form of ESC [ ends the same way.
+        const QString spelledOut = QLatin1Char('[') + input.sliced(at + 1);
+        return at + console_text::endOfEscape(spelledOut, 0);
+    }
+
+    void skip(QStringView input, qsizetype from, qsizetype to)
+    {
+        m_byte += static_cast<qint32>(bytesShownAs(input.sliced(from, to - from), m_bytes.sliced(m_byte)));
+        if (!isLineEnd(input[to - 1])) {
+            m_end = m_byte;
+        }
+        while (m_source + 1 < m_sources.size() && m_byte >= m_sources[m_source].range.end()) {
+            ++m_source;
+        }
+    }
+
+    static bool isLineEnd(QChar c) { return c == u'\n' || c == u'\r'; }
+
+    void take(char16_t unit)
+    {
+        if (unit == 0) {
+            put(signForNul);
+        } else if (unit == u'\t') {
+            do {
+                put(u' ');
+            } while (m_line.text.size() % tabStop != 0);
+        } else if (unit == u'\b') {
+            eraseLast();
+        } else if (!isControl(unit) && !console_text::changesDirection(unit)) {
+            put(harmless(unit));
+        }
+    }
+
+    void put(QChar c)
+    {
+        m_look.source = m_sources.empty() ? 0 : m_sources[m_source].source;
+        if (m_line.runs.empty() || m_line.runs.back().look != m_look) {
+            m_line.runs.push_back({m_line.text.size(), m_look});
+        }
+        m_line.isGrid = m_line.isGrid && console_text::isBetween(c.unicode(), 0x20, 0x7E);
+        m_line.text.append(c);
+        m_line.bytes.push_back(m_byte);
+    }
+
+    /// Takes back the last character, as a backspace followed by another character does on paper.
+    void eraseLast()
+    {
+        const bool pair = m_line.text.size() > 1 && m_line.text.back().isLowSurrogate();
+        for (int i = 0; i < (pair ? 2 : 1) && !m_line.text.isEmpty(); ++i) {
+            m_line.text.chop(1);
+            m_line.bytes.pop_back();
+        }
+        while (!m_line.runs.empty() && m_line.runs.back().start >= m_line.text.size()) {
+            m_line.runs.pop_back();
+        }
+    }
+
+    const QByteArrayView m_bytes;
+    const QString m_input;
+    const std::vector<SourceRuns::Run> &m_sources;
+    LogLineText m_line;
+    LogLook m_look;
+    std::size_t m_source = 0;
+    qint32 m_byte = 0;
+    qint32 m_end = 0; ///< behind the last byte that is not part of the line's end
+};
+
+} // namespace
+
+qsizetype LogLineText::unitOf(qint64 byte) const
+{
+    const auto found = std::lower_bound(bytes.cbegin(), bytes.cend(), byte);
+    return std::min<qsizetype>(found - bytes.cbegin(), text.size());
+}
+
+LogLineText makeLineText(QByteArrayView line, const std::vector<SourceRuns::Run> &sources)
+{
+    return Builder(line, sources).build();
+}
+
+QByteArray withoutEscapes(QByteArrayView line, std::vector<qint64> &places)
+{
+    // Byte for byte: escape sequences are ASCII.
+    const QString text = QString::fromLatin1(line);
+    QByteArray result;
+    for (qsizetype at = 0; at < text.size();) {
+        if (line[at] == '\x1b') {
+            at = console_text::endOfEscape(text, at + 1);
+            continue;
+        }
+        places.push_back(at);
+        result.append(line[at++]);
+    }
+    return result;
+}
+
+QString plainText(QByteArray bytes)
+{
+    if (bytes.contains('\0')) {
+        bytes.replace(QByteArray(1, '\0'), QString(signForNul).toUtf8());
+    }
+    return console_text::withoutControls(shownUtf8(bytes));
+}
+
+} // namespace tidewright

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "pods/logs/text/SourceRuns.h"
+
+#include <QColor>
+#include <QString>
+
+#include <optional>
+
+namespace tidewright {
+
+/// How a run of characters looks: the colour of its source unless the text itself asks for another (SGR
+/// sequences, ECMA-48).
+struct LogLook
+{
+    int source = 0;
+    std::optional<QRgb> foreground = {};
+    std::optional<QRgb> background = {};
+    bool bold = false;
+    bool italic = false;
+    bool underlined = false;
+    bool struckOut = false;
+    bool inverse = false;
+
+    friend bool operator==(const LogLook &, const LogLook &) = default;
+};
+
+/// What one line of a log shows: its characters without escape sequences and control characters, tabs filled
+/// up with spaces, NUL as a visible sign.
+struct LogLineText
+{
+    struct Run
+    {
+        qsizetype start; ///< the first UTF-16 unit
+        LogLook look;
+    };
+
+    QString text;
+    /// For each UTF-16 unit, and for the end, the byte of the line that it comes from.
+    std::vector<qint32> bytes;
+    std::vector<Run> runs; ///< each goes on to the next
+    bool isGrid = true; ///< every unit is a character of one cell, drawn from left to right
+
+    /// The first unit that comes from that byte or one behind.
+    qsizetype unitOf(qint64 byte) const;
+};
+
+/// The line's end, if it has one, is left out; bytes that are not UTF-8 show as U+FFFD. The runs cover it, in
+/// bytes from its begin. Any thread.
+LogLineText makeLineText(QByteArrayView line, const std::vector<SourceRuns::Run> &sources);
+
+/// The bytes that are not part of an escape sequence, and for each of them its place in `line`.
+QByteArray withoutEscapes(QByteArrayView line, std::vector<qint64> &places);
+
+/// A part of a log as text for other programs: without escape sequences and control characters, but with
+/// tabs; lines end with a line feed.
+QString plainText(QByteArray bytes);
+
+} // namespace tidewright

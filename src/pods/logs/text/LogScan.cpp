@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/logs/text/LogScan.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace tidewright {
+
+namespace {
+
+/// The store's positions for bytes of a text that was put together from ranges, asked for in ascending order.
+class Positions
+{
+public:
+    explicit Positions(const std::vector<LogRange> &ranges)
+        : m_ranges(ranges)
+    {
+    }
+
+    qint64 operator()(qint64 at)
+    {
+        seek(at);
+        return m_ranges[m_next].start + at - m_before;
+    }
+
+    /// The stored bytes behind a part of the text, which does not begin before the last one asked for.
+    void append(qint64 from, qint64 to, std::vector<LogRange> &result)
+    {
+        while (from < to) {
+            const qint64 start = (*this)(from);
+            const qint64 count = std::min(to - from, m_ranges[m_next].end() - start);
+            if (!result.empty() && result.back().end() == start) {
+                result.back().length += count;
+            } else {
+                result.push_back({start, count});
+            }
+            from += count;
+        }
+    }
+
+private:
+    void seek(qint64 at)
+    {
+        while (at >= m_before + m_ranges[m_next].length) {
+            m_before += m_ranges[m_next++].length;
+        }
+    }
+
+    const std::vector<LogRange> &m_ranges;
+    std::size_t m_next = 0;
+    qint64 m_before = 0;
+};
+
+struct Line
+{
+    qint64 start;
+    qint64 textEnd; ///< without the line end
+    qint64 end;
+};
+
+/// Walks over the lines of a text, long ones in one piece.
+class LineWalk
+{
+public:
+    LineWalk(QByteArrayView text, bool isEnd)
+        : m_text(text)
+        , m_isEnd(isEnd)
+    {
+    }
+
+    /// False when no whole line is left; `line` is then the beginning of one.
+    bool next(Line &line)
+    {
+        const qint64 start = m_at;
+        const qint64 stop = std::min(find('\n', m_lineFeed), find('\r', m_return));
+        line = {start, stop, stop};
+        if (stop == m_text.size()) {
+            m_at = m_isEnd ? stop : start;
+            return m_isEnd && stop > start;
+        }
+        if (m_text[stop] == '\r' && stop + 1 == m_text.size() && !m_isEnd) {
+            return false; // a line feed may follow
+        }
+        const bool isPair = m_text[stop] == '\r' && stop + 1 < m_text.size() && m_text[stop + 1] == '\n';
+        line.end = stop + (isPair ? 2 : 1);
+        m_at = line.end;
+        return true;
+    }
+
+private:
+    /// The next such byte from here on; `known` remembers it.
+    qint64 find(char byte, qint64 &known) const
+    {
+        if (known < m_at) {
+            const void *found
+                = std::memchr(m_text.data() + m_at, byte, static_cast<std::size_t>(m_text.size() - m_at));
+            known = found ? static_cast<const char *>(found) - m_text.data() : m_text.size();
+        }
+        return known;
+    }
+
+    QByteArrayView m_text;
+    bool m_isEnd;
+    qint64 m_at = 0;
+    qint64 m_lineFeed = -1;
+    qint64 m_return = -1;
+};
+
+} // namespace
+
+LogScan::Lines LogScan::lines(LineSplitter splitter) const
+{
+    Lines result;
+    result.splitter = std::move(splitter);
+    const QByteArray text = bytes.read(ranges);
+    if (pattern.isEmpty()) {
+        result.splitter.feed(text, result.starts);
+        result.ranges = ranges;
+        result.consumed = text.size();
+        return result;
+    }
+    Positions positions(ranges);
+    LineWalk lines(text, isEnd);
+    for (Line line{}; !isCancelled() && lines.next(line); result.consumed = line.end) {
+        const QByteArrayView view = QByteArrayView(text).sliced(line.start, line.end - line.start);
+        const LogPattern::Matches found = pattern.matches(view.first(line.textEnd - line.start), 1);
+        result.cutOff += found.cutOff ? 1 : 0;
+        if (!found.ranges.empty()) {
+            positions.append(line.start, line.end, result.ranges);
+            result.splitter.feed(view, result.starts);
+        }
+    }
+    return result;
+}
+
+LogScan::Matches LogScan::matches() const
+{
+    Matches result;
+    const QByteArray text = bytes.read(ranges);
+    Positions positions(ranges);
+    const auto look = [&](const Line &line, std::vector<qint64> &found) {
+        const QByteArrayView view = QByteArrayView(text).sliced(line.start, line.textEnd - line.start);
+        const LogPattern::Matches matches = pattern.matches(view, std::numeric_limits<std::size_t>::max());
+        for (const LogRange &match : matches.ranges) {
+            found.push_back(positions(line.start + match.start));
+        }
+        return matches.cutOff;
+    };
+    LineWalk lines(text, isEnd);
+    Line line{};
+    for (; !isCancelled() && lines.next(line); result.consumed = line.end) {
+        result.cutOff += look(line, result.found) ? 1 : 0;
+    }
+    if (!isCancelled() && line.textEnd > line.start && line.start >= result.consumed) {
+        result.isLastCutOff = look(line, result.inLastLine);
+    }
+    return result;
+}
+
+DispatchQueue &logQueue()
+{
+    static auto *queue = new DispatchQueue("logQueue"); // outlives main(): its threads may still be running
+    return *queue;
+}
+
+} // namespace tidewright

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/table/ContainerCopy.h"
+
+#include "platform/threads/MainQueue.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/table/SharedContentViewController.h"
+
+#include <QFileInfo>
+
+namespace tidewright {
+
+namespace {
+
+const auto nothingCopied = QStringLiteral("Nothing was copied");
+
+/// A copy under way. What is left when the window has closed is not copied.
+struct Copy
+{
+    QPointer<SharedContentViewController> table;
+    QPointer<Console> console;
+    QStringList arguments; // before the path
+    QStringList behind; // the path
+    QStringList paths;
+    qsizetype number = 0;
+};
+
+void show(const Copy &copy, const QString &progress, bool running)
+{
+    if (!copy.console) {
+        return;
+    }
+    if (running) {
+        copy.console->scriptsRunning.append(progress);
+    } else {
+        copy.console->scriptsRunning.removeOne(progress);
+    }
+    copy.console->updateScriptState();
+}
+
+void copyNext(const std::shared_ptr<Copy> &copy)
+{
+    if (copy->number == copy->paths.size()) {
+        return;
+    }
+    if (!copy->table) {
+        postConsoleError(QStringLiteral("Files that were not copied, because their window was closed: %1.")
+                             .arg(copy->paths.mid(copy->number).join(QLatin1String(", "))));
+        return;
+    }
+    const QString path = copy->paths.at(copy->number++);
+    const QString progress = copy->paths.size() == 1
+        ? QStringLiteral("copy of %1").arg(QFileInfo(path).fileName())
+        : QStringLiteral("copy %1 of %2: %3")
+              .arg(copy->number)
+              .arg(copy->paths.size())
+              .arg(QFileInfo(path).fileName());
+    show(*copy, progress, true);
+    WindowState &window = copy->table->kubeSplitViewController();
+    window.kubeCtl().makeShell()->runToldAsync(copy->arguments + QStringList{path} + copy->behind,
+        copy->console, [copy, progress](const ShellResult &) {
+            mainQueue().post([copy, progress] {
+                show(*copy, progress, false);
+                copyNext(copy);
+            });
+        });
+    if (copy->number == copy->paths.size()) {
+        copy->table->setLoading(false);
+    }
+}
+
+/// Those that can be copied; the others are told in the console.
+QStringList withoutColons(const QStringList &paths, WindowState &window)
+{
+    QStringList kept;
+    for (const QString &path : paths) {
+        if (path.contains(QLatin1Char(':'))) {
+            refuseChange(window, QStringLiteral("%1 was not copied").arg(path),
+                QStringLiteral(
+                    "kubectl takes what stands before the colon for the name of a pod. Rename it, or "
+                    "copy it from a folder without a colon in its path."));
+        } else {
+            kept.append(path);
+        }
+    }
+    return kept;
+}
+
+} // namespace
+
+bool canCopyInto(const SharedContentViewController &table, const ContainerPair &container)
+{
+    WindowState &window = table.kubeSplitViewController();
+    const QString reason
+        = whyNotByName(table.kind(), {container.first, container.second}, window.currentNamespace());
+    if (!reason.isEmpty()) {
+        refuseChange(window, nothingCopied, reason);
+    }
+    return reason.isEmpty();
+}
+
+void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,
+    const QStringList &paths, const QString &destination)
+{
+    if (!canCopyInto(table, container)) {
+        return;
+    }
+    WindowState &window = table.kubeSplitViewController();
+    const auto copy = std::make_shared<Copy>();
+    copy->table = &table;
+    copy->console = window.console();
+    copy->arguments = {QStringLiteral("kubectl"), QStringLiteral("cp"),
+        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace())};
+    copy->behind = {container.first + QLatin1Char(':') + destination, QStringLiteral("-c"), container.second};
+    copy->paths = withoutColons(paths, window);
+    if (copy->paths.isEmpty()) {
+        return;
+    }
+    window.whenSettled([copy, place = ChangePlace(window)](const QString &obstacle) {
+        if (!place.window) {
+            refuseUnseenChange(place, nothingCopied, obstacle);
+        } else if (copy->table && !obstacle.isEmpty()) {
+            refuseChange(copy->table->kubeSplitViewController(), nothingCopied, obstacle);
+        } else if (copy->table) {
+            copy->table->setLoading(true);
+            copyNext(copy);
+        }
+    });
+}
+
+} // namespace tidewright

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/table/Pod.h"
+
+#include "platform/text/NaturalOrder.h"
+#include "resources/kinds/Columns.h"
+
+#include <QSet>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace tidewright {
+
+namespace {
+
+/// One line a pod: name, readiness of each container, phase, restart counts, reasons, start time, container
+/// names.
+QString podListingTemplate()
+{
+    return QStringLiteral(
+        "-o=jsonpath={range .items[*]}{.metadata.name}\t{.status.containerStatuses[*].ready}\t"
+        "{.status.phase}\t{.status.containerStatuses[*].restartCount}\t"
+        "{.status.containerStatuses[*].state.*.reason}\t{.status.startTime}\t"
+        "{.spec.containers[*].name}\n{end}");
+}
+
+enum PodField { Ready = 1, Phase, Restarts, Reasons, StartTime, Containers, FieldCount };
+
+QStringList words(QByteArrayView field)
+{
+    return QString::fromUtf8(field).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+/// The container names of a pod. Neighbours in a listing are mostly pods of one workload and share one list.
+QStringList containerNames(QByteArrayView field)
+{
+    thread_local QByteArray lastField;
+    thread_local QStringList lastNames;
+    if (field != lastField) {
+        lastField = field.toByteArray();
+        lastNames = words(field);
+    }
+    return lastNames;
+}
+
+/// A phase; nearly all pods have the same.
+QString phaseText(QByteArrayView field)
+{
+    static const QString running = QStringLiteral("Running");
+    return field == "Running" ? running : QString::fromUtf8(field);
+}
+
+/// Counts that are no numbers, and what goes beyond 64 bits, count as nothing.
+qint64 sumOfNumbers(QByteArrayView field)
+{
+    qint64 sum = 0;
+    for (const char *begin = field.begin(), *end = field.end(); begin < end;) {
+        const char *const blank = std::find(begin, end, ' ');
+        qint64 count = 0;
+        const auto [rest, error] = std::from_chars(begin, blank, count);
+        if (error == std::errc() && rest == blank && count > 0
+            && sum <= std::numeric_limits<qint64>::max() - count) {
+            sum += count;
+        }
+        begin = blank + (blank < end);
+    }
+    return sum;
+}
+
+QString distinctWords(QByteArrayView field)
+{
+    if (field.isEmpty()) {
+        return {};
+    }
+    QStringList distinct = words(field);
+    distinct.removeDuplicates();
+    return distinct.join(QLatin1String(", "));
+}
+
+bool sameNames(const QStringList &a, const QStringList &b)
+{
+    return a == b || QSet<QString>(a.cbegin(), a.cend()) == QSet<QString>(b.cbegin(), b.cend());
+}
+
+void assignPod(const Fields &fields, KubeTableItem &item)
+{
+    auto &pod = static_cast<Pod &>(item);
+    pod.readyCount = fields[Ready].count("true");
+    pod.notReadyCount = fields[Ready].count("false");
+    pod.status = phaseText(fields[Phase]);
+    pod.restarts = sumOfNumbers(fields[Restarts]);
+    pod.reason = distinctWords(fields[Reasons]);
+    pod.startTimeString = QString::fromUtf8(fields[StartTime]);
+    const QStringList containers = containerNames(fields[Containers]);
+    if (!sameNames(containers, pod.containers)) {
+        pod.containers = containers;
+    }
+}
+
+const Pod &podOf(const KubeTableItem &item)
+{
+    return static_cast<const Pod &>(item);
+}
+
+std::vector<Column> podColumns()
+{
+    const auto number = Qt::AlignRight | Qt::AlignVCenter;
+    const auto text = Qt::AlignLeft | Qt::AlignVCenter;
+    return {
+        nameColumn(330),
+        {QStringLiteral("status"), QStringLiteral("Status"),
+            [](const auto &item) { return podOf(item).isReadyText(); },
+            [](const auto &item) { return SortKey(naturalSortKey(podOf(item).isReadyText())); }, text, 210,
+            [](const auto &item) { return podOf(item).isReadyImage(); }},
+        {QStringLiteral("restarts"), QStringLiteral("Restarts"),
+            [](const auto &item) { return QString::number(podOf(item).restarts); },
+            [](const auto &item) { return SortKey(static_cast<double>(podOf(item).restarts)); }, number, 90},
+        ageColumn(),
+        {QStringLiteral("containers"), QStringLiteral("Containers"),
+            [](const auto &item) { return podOf(item).containers.join(QLatin1String(", ")); },
+            [](const auto &item) {
+                return SortKey(naturalSortKey(podOf(item).containers.join(QLatin1Char(' '))));
+            },
+            text, 200},
+    };
+}
+
+} // namespace
+
+bool operator==(const Pod &a, const Pod &b)
+{
+    return a.name == b.name && a.readyCount == b.readyCount && a.notReadyCount == b.notReadyCount
+        && a.restarts == b.restarts && a.status == b.status && a.reason == b.reason
+        && a.startTimeString == b.startTimeString && a.containers == b.containers;
+}
+
+QString Pod::isReadyImage() const
+{
+    if (readyCount > 0 && notReadyCount == 0) {
+        return QStringLiteral("NSStatusAvailable");
+    }
+    return status == QLatin1String("Succeeded") ? QStringLiteral("statusCompleted")
+                                                : QStringLiteral("NSStatusUnavailable");
+}
+
+QString Pod::isReadyText() const
+{
+    if (status == QLatin1String("Running")) {
+        return QStringLiteral("%1/%2 Running").arg(readyCount).arg(readyCount + notReadyCount);
+    }
+    if (status == QLatin1String("Succeeded") || reason.isEmpty()) {
+        return status;
+    }
+    return status + QLatin1String(": ") + reason;
+}
+
+ResourceKind podKind()
+{
+    ResourceKind kind = kindOf<Pod>();
+    kind.resourceName = QStringLiteral("po");
+    kind.humanReadableResourceName = QStringLiteral("pod");
+    kind.tableName = QStringLiteral("Pods");
+    kind.listWord = QStringLiteral("po");
+    kind.outputArguments = {podListingTemplate()};
+    kind.fieldCount = FieldCount;
+    kind.logTarget = QString(); // the pod's name by itself
+    kind.columns = podColumns();
+    kind.assign = assignPod;
+    return kind;
+}
+
+} // namespace tidewright

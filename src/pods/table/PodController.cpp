@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "pods/table/PodController.h"
+
+#include "platform/desktop/Diagnostics.h"
+#include "platform/text/DisplayText.h"
+#include "pods/table/ContainerButton.h"
+#include "pods/table/PaddedTextField.h"
+#include "pods/table/Pod.h"
+#include "pods/table/TableButtonView.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/VisibleCells.h"
+
+#include <QMenu>
+
+#include <vector>
+
+namespace tidewright {
+
+namespace {
+
+constexpr int nameColumnIndex = 0;
+constexpr int containersColumn = 4;
+
+const Pod &podAt(const ArrangingModel &model, int row)
+{
+    return static_cast<const Pod &>(*model.arrangedRow(row));
+}
+
+} // namespace
+
+PodController::PodController(WindowState &window, QWidget *parent)
+    : SharedContentViewController(podKind(), window, parent)
+    , m_cells(new VisibleCells(
+          tableView(), containersColumn, [this](const QModelIndex &index) { return ensureCell(index); },
+          [](const QWidget &cell) { return static_cast<const TableButtonView &>(cell).hasCheckedButton(); }))
+{
+    tableView().setItemDelegateForColumn(nameColumnIndex, new PaddedTextField(&tableView()));
+    connect(m_cells, &VisibleCells::cellsForgotten, this,
+        [this] { std::erase_if(m_containerButtons, [](const auto &button) { return !button; }); });
+}
+
+void PodController::reloadPods()
+{
+    loadContent(true);
+}
+
+std::vector<ContainerButton *> PodController::containerButtons() const
+{
+    std::vector<ContainerButton *> buttons;
+    for (const auto &button : m_containerButtons) {
+        if (button) {
+            buttons.push_back(button);
+        }
+    }
+    return buttons;
+}
+
+std::vector<ContainerPair> PodController::selectedContainerPairs() const
+{
+    std::vector<ContainerPair> pairs;
+    for (const ContainerButton *button : containerButtons()) {
+        if (button->isChecked()) {
+            pairs.emplace_back(button->pod(), button->container());
+        }
+    }
+    return pairs;
+}
+
+QString PodController::viewLogsObstacle() const
+{
+    return chosenCount() == 0 && selectedContainerPairs().empty()
+        ? tr("Select a pod or choose a container first.")
+        : QString();
+}
+
+QString PodController::copyFileObstacle() const
+{
+    const auto chosen = selectedContainerPairs().size();
+    return chosen == 1 ? QString()
+        : chosen == 0  ? tr("Choose a container in the row of a pod first.")
+                       : tr("Choose a single container.");
+}
+
+std::vector<ContainerPair> PodController::takeSelectedContainerPairs()
+{
+    std::vector<ContainerPair> pairs = selectedContainerPairs();
+    for (ContainerButton *button : containerButtons()) {
+        button->setChecked(false);
+    }
+    Q_EMIT selectedContainersChanged();
+    return pairs;
+}
+
+void PodController::viewLogs()
+{
+    std::vector<ContainerPair> containers = selectedContainerPairs();
+    QStringList names;
+    for (const auto &[pod, container] : containers) {
+        names += {pod, container};
+    }
+    if (containers.empty()) {
+        names = tableView().clickedRowIsSelected() ? selectedNames() : chosenNames();
+        for (const QString &name : std::as_const(names)) {
+            containers.emplace_back(name, allContainers);
+        }
+    }
+    if (!containers.empty() && canName(names, noLogs())) {
+        takeSelectedContainerPairs();
+        kubeSplitViewController().openLogs(containers);
+    }
+}
+
+void PodController::rowsChanged()
+{
+    // A pod out of sight may have got other containers: what was chosen there is no longer what it seems.
+    m_cells->update();
+    Q_EMIT selectedContainersChanged();
+}
+
+void PodController::selectContainer(ContainerButton *button)
+{
+    writeDiagnostic(QLatin1String("select container ") + button->accessibleName());
+    Q_EMIT selectedContainersChanged();
+}
+
+TableButtonView *PodController::cellAt(const QModelIndex &index) const
+{
+    return qobject_cast<TableButtonView *>(m_cells->at(index));
+}
+
+bool PodController::ensureCell(const QModelIndex &index)
+{
+    const Pod &pod = podAt(arrangedObjects(), index.row());
+    const TableButtonView *present = cellAt(index);
+    if (present ? present->pod() == pod.name && present->containers() == pod.containers
+                : pod.containers.isEmpty()) {
+        return false;
+    }
+    auto *built = new TableButtonView(pod.name, pod.containers, tableView().viewport());
+    for (ContainerButton *button : built->buttons()) {
+        connect(button, &QPushButton::clicked, this, [this, button] { selectContainer(button); });
+        m_containerButtons.emplace_back(button);
+    }
+    if (present) {
+        for (ContainerButton *replaced : present->buttons()) {
+            replaced->setChecked(false); // it lives on for a moment
+        }
+    }
+    m_cells->put(index, built); // ends the replaced cell
+    return true;
+}
+
+void PodController::extendContextMenu(QMenu &menu)
+{
+    const int clicked = tableView().clickedRow();
+    const int row = clicked >= 0 ? clicked : tableView().currentIndex().row();
+    if (row < 0) {
+        return;
+    }
+    const QModelIndex index = arrangedObjects().index(row, containersColumn);
+    m_cells->ensure(index);
+    const TableButtonView *view = cellAt(index);
+    if (!view) {
+        return;
+    }
+    QMenu *containers = menu.addMenu(QStringLiteral("Containers"));
+    for (ContainerButton *button : view->buttons()) {
+        QAction *action = containers->addAction(display_text::withoutMnemonics(button->container()));
+        action->setCheckable(true);
+        action->setChecked(button->isChecked());
+        connect(action, &QAction::triggered, button, &QPushButton::click);
+    }
+}
+
+} // namespace tidewright

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/kinds/ResourceKind.h"
+#include "core/WindowState.h"
+
+#include <QPointer>
+
+class QWidget;
+
+namespace tidewright {
+
+/// Where a change to the cluster goes: what the window showed when the user asked for it. Main thread only.
+struct ChangePlace
+{
+    explicit ChangePlace(WindowState &shown);
+
+    /// The window is there, and shows the same context and namespace as then.
+    bool isStillShown() const;
+    /// "Context: ...", for namespaced kinds "Namespace: ...", and "Kubeconfig: ..." when that is not
+    /// kubectl's default, each on a line of its own.
+    QString text(const ResourceKind &kind) const;
+    /// All of them.
+    QString text() const;
+
+    QPointer<WindowState> window;
+    QString context;
+    QString nameSpace;
+    QString kubeConfig; ///< the window's path, or list of paths
+};
+
+/// How a question names a place: a line each for the context, the namespace unless it is empty, and the
+/// kubeconfig unless `configPath` means kubectl's default.
+QString placeText(const QString &context, const QString &nameSpace, const QString &configPath);
+
+/// Why objects of this kind cannot be changed there: all namespaces are shown, and a name does not tell which
+/// one is meant. Empty when they can.
+QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace);
+/// Why these names cannot stand in an argument list or in the environment of an action: kubectl would take
+/// one of them for something else. A sentence without its beginning, or empty.
+QString nameObstacle(const QStringList &names);
+/// Both, for a command that is given these names and no namespace.
+QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace);
+
+/// Says in the window's console what was not done ("Nothing was deleted") and why.
+void refuseChange(WindowState &window, const QString &notDone, const QString &reason);
+/// The same when the window shows another place by now.
+void refuseMovedChange(WindowState &window, const QString &notDone);
+/// Says so in the main window's console and as a notification: the window itself is gone.
+void refuseUnseenChange(const ChangePlace &place, const QString &notDone, const QString &reason);
+
+/// Runs a command that changes the cluster, in `place` or not at all: once the window is settled there, and
+/// only while it shows what it showed. Otherwise the window's console says `notDone` and why. Its outcome is
+/// told in that console, and in the main window's and as a notification when the window is gone by then.
+/// `finished` is called on the main thread after the command has ended, whatever its outcome, or was not run;
+/// not without the window.
+void runChange(const ChangePlace &place, const QStringList &command, const QString &notDone,
+    std::function<void()> finished = {});
+
+/// A change that does not fit into one command line.
+struct ChangeCommands
+{
+    std::vector<QStringList> lines;
+    /// Whether the rest is wanted all the same after one that failed. Any thread; not there: it is not.
+    std::function<bool(const ShellResult &result)> goesOnAfter = {};
+};
+/// The same for several, one after the other, all in the place of the first: the window may show another one
+/// by then, or be gone. Each has its entry, and behind the last one stands how many were run. They stop when
+/// the context leads elsewhere.
+void runChange(const ChangePlace &place, const ChangeCommands &commands, const QString &notDone,
+    std::function<void()> finished = {});
+
+/// Further lines for a confirmation; no markup, names come from the cluster.
+QWidget *confirmationDetails(const QString &text);
+
+} // namespace tidewright

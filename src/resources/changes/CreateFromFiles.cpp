@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/changes/CreateFromFiles.h"
+
+#include "platform/text/DisplayText.h"
+#include "resources/changes/ClusterChange.h"
+#include "core/WindowState.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+namespace tidewright {
+
+namespace {
+
+/// kubectl reads the value of -f as one record of comma-separated values, which a line end closes.
+QString asListElement(QString path)
+{
+    static const QRegularExpression special(QStringLiteral("[,\"\r\n]"));
+    if (path.contains(special)) {
+        path.replace(QLatin1Char('"'), QLatin1String("\"\""));
+        return QLatin1Char('"') + path + QLatin1Char('"');
+    }
+    return path;
+}
+
+} // namespace
+
+QString nothingCreated()
+{
+    return QCoreApplication::translate("CreateFromFiles", "Nothing was created");
+}
+
+bool canCreateIn(WindowState &window)
+{
+    QString reason = window.loadingHint();
+    if (reason.isEmpty() && window.currentNamespace() == allNamespaces) {
+        reason = QCoreApplication::translate("CreateFromFiles",
+            "choose a namespace first. While all namespaces are shown, it is not clear where objects go "
+            "whose "
+            "files name none.");
+    }
+    if (!reason.isEmpty()) {
+        refuseChange(window, nothingCreated(), reason);
+    }
+    return reason.isEmpty();
+}
+
+void createFromFiles(WindowState &window, const QStringList &paths, std::function<void()> finished)
+{
+    if (paths.isEmpty() || !canCreateIn(window)) {
+        return;
+    }
+    QStringList elements;
+    for (const QString &path : paths) {
+        if (path.contains(QLatin1String("\r\n"))) {
+            refuseChange(window, nothingCreated(),
+                QCoreApplication::translate("CreateFromFiles",
+                    "kubectl cannot be told of the file %1: it reads a carriage return before a line feed as "
+                    "the line feed alone.")
+                    .arg(display_text::withoutLineEnds(path)));
+            return;
+        }
+        elements.append(asListElement(path));
+    }
+    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("create"),
+        QStringLiteral("--context"), window.currentContext(), QStringLiteral("-n"), window.currentNamespace(),
+        QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
+    runChange(ChangePlace(window), arguments, nothingCreated(), std::move(finished));
+}
+
+} // namespace tidewright

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/kinds/Columns.h"
+
+#include "platform/text/NaturalOrder.h"
+#include "platform/text/Timestamp.h"
+
+#include <limits>
+
+namespace tidewright {
+
+SortKey textSortKey(const QString &text)
+{
+    return SortKey(naturalSortKey(text));
+}
+
+SortKey timeSortKey(const QString &timestamp)
+{
+    const std::optional<qint64> time = parseTimestamp(timestamp);
+    return SortKey(time ? -static_cast<double>(*time) : std::numeric_limits<double>::infinity());
+}
+
+Column nameColumn(int width)
+{
+    return {QStringLiteral("name"), QStringLiteral("Name"),
+        [](const KubeTableItem &item) { return item.name; },
+        [](const KubeTableItem &item) { return SortKey(item.nameSortKey); }, Qt::AlignLeft | Qt::AlignVCenter,
+        width};
+}
+
+Column ageColumn(int width)
+{
+    return timeColumn<KubeTableItem>(
+        "age", QStringLiteral("Age"), &KubeTableItem::getAge, &KubeTableItem::startTimeString, width);
+}
+
+} // namespace tidewright

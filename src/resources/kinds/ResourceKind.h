@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/kinds/KubeTableItem.h"
+
+#include <QByteArrayView>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+#include <variant>
+
+namespace tidewright {
+
+/// What rows are ordered by in one column: a number, or bytes in memcmp order (naturalSortKey). All rows of a
+/// column give the same alternative.
+using SortKey = std::variant<double, QByteArray>;
+
+/// One column of a kind's table. The functions get rows of that kind only; main thread unless said otherwise.
+struct Column
+{
+    QString identifier; ///< stable name, for settings and tests
+    QString title;
+    std::function<QString(const KubeTableItem &)> text;
+    std::function<SortKey(const KubeTableItem &)> sortKey; ///< any thread
+    Qt::Alignment alignment = Qt::AlignLeft | Qt::AlignVCenter;
+    int width = 120; ///< at first, in pixels at 100 %
+    std::function<QString(const KubeTableItem &)> image = nullptr; ///< name of a state image, beside the text
+    std::function<QString(const KubeTableItem &)> colour
+        = nullptr; ///< name of a text colour, empty for the usual one
+    bool movesWithTime = false; ///< the text changes as time goes by
+    bool hidden = false; ///< at first; the header's menu shows it
+};
+
+/// The tab-separated fields of one line of a listing, as kubectl printed them.
+using Fields = std::vector<QByteArrayView>;
+
+/// Everything that tells one kind of object from another, declared once.
+struct ResourceKind
+{
+    QString resourceName; ///< kubectl's word in delete, edit and preview
+    QString humanReadableResourceName; ///< singular noun for messages
+    QString tableName; ///< the sidebar's name, such as "Config Maps"
+    QString listWord; ///< kubectl's word after "get" in the listing
+    QStringList outputArguments; ///< of the listing, after context and namespace
+    std::size_t fieldCount = 0;
+    bool namespaced = true; ///< false for kinds that the whole cluster shares
+    bool lastLineFirst = false; ///< lines are taken last to first
+    /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
+    /// logs.
+    std::optional<QString> logTarget;
+    /// A range in a JSONPath template that is not ended prints its body once more, for the list itself. That
+    /// is nothing but white space as a rule; where it is more, this is it, and no line to complain of.
+    QByteArray listRemainder;
+    std::vector<Column> columns;
+
+    // Any thread. The rows they get are of this kind.
+    std::function<std::shared_ptr<KubeTableItem>(const QString &name)> create;
+    std::function<std::shared_ptr<KubeTableItem>(const KubeTableItem &)> copy;
+    std::function<bool(const KubeTableItem &, const KubeTableItem &)> equal;
+    /// Assigns all fields but the first (the name). Assigning a line once more must change nothing: it is not
+    /// called for the very line that a row has its fields from.
+    std::function<void(const Fields &, KubeTableItem &)> assign;
+    /// Told of each new row and of the moment at which its listing was read (seconds since 1970), the same
+    /// for all rows of a listing.
+    std::function<void(KubeTableItem &, double moment)> firstListed = nullptr;
+    /// Told of each line that was taken; may write a diagnostic.
+    std::function<void(QByteArrayView line)> lineTaken = nullptr;
+    /// Told of each line whose field count is wrong; may write a diagnostic.
+    std::function<void(QByteArrayView line, std::size_t fields)> lineSkipped = nullptr;
+    /// The output arguments for a second try when a listing has failed with this error text; none when another
+    /// template would not help.
+    std::function<QStringList(const QString &error)> otherOutput = nullptr;
+};
+
+/// Fills `create`, `copy` and `equal` of a kind whose row type is `Item` (constructible from a name,
+/// copyable, ==).
+template <typename Item> ResourceKind kindOf()
+{
+    ResourceKind kind;
+    kind.create = [](const QString &name) { return std::make_shared<Item>(name); };
+    kind.copy
+        = [](const KubeTableItem &item) { return std::make_shared<Item>(static_cast<const Item &>(item)); };
+    kind.equal = [](const KubeTableItem &a, const KubeTableItem &b) {
+        return static_cast<const Item &>(a) == static_cast<const Item &>(b);
+    };
+    return kind;
+}
+
+} // namespace tidewright

@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/listing/ListingPipeline.h"
+
+#include "platform/threads/DispatchQueue.h"
+#include "platform/threads/MainQueue.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <utility>
+
+namespace tidewright {
+
+namespace {
+
+constexpr qint64 sliceMilliseconds = 3; // leaves most of a frame to input and painting
+constexpr std::size_t chunkRows = 500;
+constexpr std::chrono::milliseconds exitNotice(100); // between a child's end of file and the news of its end
+
+} // namespace
+
+ListingPipeline::ListingPipeline(ResourceTableModel &model, QObject *parent)
+    : QObject(parent)
+    , m_model(model)
+    , m_kind(std::make_shared<ResourceKind>(model.kind()))
+{
+}
+
+ListingPipeline::~ListingPipeline()
+{
+    endLoads();
+}
+
+void ListingPipeline::load(
+    const std::shared_ptr<Shell> &shell, const QStringList &arguments, bool logToConsole, bool unattended)
+{
+    const quint64 id = ++m_lastId;
+    Load load;
+    load.id = id;
+    load.shell = shell;
+    load.arguments = arguments;
+    load.logToConsole = logToConsole;
+    load.unattended = unattended;
+    load.outcome.startedAt = QDateTime::currentDateTime();
+    m_loads.push_back(std::move(load));
+    if (m_loads.size() == 1) {
+        Q_EMIT loadingChanged(true);
+    }
+    if (const Load *started = find(id)) {
+        run(*started, m_kind->outputArguments);
+    }
+}
+
+void ListingPipeline::run(const Load &load, const QStringList &outputArguments)
+{
+    load.shell->runAsync(load.arguments + outputArguments, load.logToConsole, nullptr,
+        [self = QPointer(this), id = load.id, shell = load.shell](const ShellResult &result) {
+            const auto child = shell->process();
+            const bool ended = child && child->waitUntilExit(exitNotice);
+            LoadOutcome outcome;
+            outcome.error = result.error;
+            outcome.errorIsText = shell->errorWasText();
+            outcome.isText = shell->outputWasText();
+            outcome.signal = ended ? child->terminationSignal() : std::nullopt;
+            postToMain(self, [id, listing = result.output, outcome](ListingPipeline &pipeline) {
+                pipeline.listingArrived(id, listing, outcome);
+            });
+        });
+}
+
+void ListingPipeline::stop()
+{
+    for (Load &load : m_loads) {
+        if (!load.arrived) { // what is here already is only a moment from being shown
+            load.outcome.stopped = true;
+            load.shell->cancel();
+        }
+    }
+}
+
+void ListingPipeline::clear()
+{
+    const bool wasLoading = isLoading();
+    endLoads();
+    m_loads.clear();
+    m_arrived.clear();
+    m_merging.reset();
+    m_application = {};
+    m_model.clear();
+    if (wasLoading) {
+        Q_EMIT loadingChanged(false);
+    }
+}
+
+bool ListingPipeline::hasUnattendedLoad() const
+{
+    return std::any_of(m_loads.cbegin(), m_loads.cend(), [](const Load &load) { return load.unattended; });
+}
+
+QDateTime ListingPipeline::loadingSince() const
+{
+    return m_loads.empty() ? QDateTime() : m_loads.front().outcome.startedAt;
+}
+
+ListingPipeline::Load *ListingPipeline::find(quint64 id)
+{
+    const auto load = std::find_if(
+        m_loads.begin(), m_loads.end(), [id](const Load &candidate) { return candidate.id == id; });
+    return load == m_loads.end() ? nullptr : &*load;
+}
+
+void ListingPipeline::listingArrived(quint64 id, const QByteArray &listing, const LoadOutcome &outcome)
+{
+    Load *load = find(id);
+    if (!load) {
+        return; // cleared meanwhile
+    }
+    if (load->outcome.stopped) {
+        finish(id);
+        return;
+    }
+    if (tryAgain(*load, outcome)) {
+        return;
+    }
+    const QDateTime startedAt = load->outcome.startedAt;
+    load->arrived = true;
+    load->listing = listing;
+    load->outcome = outcome;
+    load->outcome.startedAt = startedAt;
+    m_arrived.push_back(id);
+    mergeNext();
+}
+
+bool ListingPipeline::tryAgain(Load &load, const LoadOutcome &outcome)
+{
+    if (!m_kind->otherOutput || !outcome.error || std::exchange(load.triedAgain, true)) {
+        return false;
+    }
+    const QStringList otherOutput = m_kind->otherOutput(*outcome.error);
+    if (!otherOutput.isEmpty()) {
+        run(load, otherOutput);
+    }
+    return !otherOutput.isEmpty();
+}
+
+void ListingPipeline::mergeNext()
+{
+    if (m_merging || m_arrived.empty()) {
+        return;
+    }
+    const quint64 id = m_arrived.front();
+    m_arrived.pop_front();
+    m_merging = id;
+    shellQueue().post([self = QPointer(this), id, kind = m_kind, listing = find(id)->listing,
+                          snapshot = m_model.snapshot()]() mutable {
+        auto result = std::make_shared<MergeResult>(mergeListing(*kind, listing, *snapshot));
+        snapshot.reset(); // or the model would copy its rows before the first change
+        postToMain(self, [id, result](ListingPipeline &pipeline) { pipeline.merged(id, result); });
+    });
+}
+
+void ListingPipeline::merged(quint64 id, std::shared_ptr<MergeResult> result)
+{
+    Load *load = find(id);
+    if (!load || m_merging != id) {
+        return; // cleared meanwhile
+    }
+    load->listing.clear();
+    load->outcome.lines = result->lines;
+    load->outcome.skippedLines = result->skippedLines;
+    load->outcome.firstSkippedLine = result->firstSkippedLine;
+    m_application = {id, std::move(result)};
+    applySlice(id);
+}
+
+void ListingPipeline::applySlice(quint64 id)
+{
+    if (m_application.loadId != id || !m_application.merged) {
+        return; // cleared meanwhile
+    }
+    MergeResult &merged = *m_application.merged;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (elapsed.elapsed() < sliceMilliseconds) {
+        if (m_application.changedDone < merged.changed.size()) {
+            const std::size_t count = std::min(chunkRows, merged.changed.size() - m_application.changedDone);
+            m_model.replaceRows(std::span(merged.changed).subspan(m_application.changedDone, count));
+            m_application.changedDone += count;
+        } else if (!merged.stale.empty()) {
+            m_model.removeRowsAt(merged.stale);
+            merged.stale.clear();
+        } else if (m_application.addedDone < merged.added.size()) {
+            const std::size_t count = std::min(chunkRows, merged.added.size() - m_application.addedDone);
+            m_model.appendRows(std::span(merged.added).subspan(m_application.addedDone, count));
+            m_application.addedDone += count;
+        } else {
+            Q_EMIT rowsChanged();
+            finish(id);
+            return;
+        }
+    }
+    Q_EMIT rowsChanged();
+    postToMain(QPointer(this), [id](ListingPipeline &pipeline) { pipeline.applySlice(id); });
+}
+
+void ListingPipeline::finish(quint64 id)
+{
+    const auto load = std::find_if(
+        m_loads.begin(), m_loads.end(), [id](const Load &candidate) { return candidate.id == id; });
+    const LoadOutcome outcome = load->outcome;
+    m_loads.erase(load);
+    if (m_merging == id) {
+        m_merging.reset();
+        m_application = {};
+    }
+    Q_EMIT finished(outcome);
+    if (m_loads.empty()) {
+        Q_EMIT loadingChanged(false);
+    }
+    mergeNext();
+}
+
+void ListingPipeline::endLoads()
+{
+    for (const Load &load : m_loads) {
+        load.shell->cancel();
+    }
+}
+
+} // namespace tidewright

@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/listing/Merge.h"
+
+#include "platform/text/Timestamp.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <optional>
+
+namespace tidewright {
+
+namespace {
+
+constexpr qsizetype keptLineLength = 200;
+
+/// Finds the first row of a name among the rows of a snapshot.
+class NameIndex
+{
+public:
+    explicit NameIndex(const Rows &rows)
+    {
+        m_positions.reserve(static_cast<qsizetype>(rows.size()));
+        for (std::size_t i = rows.size(); i-- > 0;) {
+            m_positions.insert(nameOf(*rows[i]), i); // an earlier row takes the place of a later one
+        }
+    }
+
+    std::optional<std::size_t> positionOf(QByteArrayView name) const
+    {
+        const auto found = m_positions.constFind(name);
+        return found == m_positions.cend() ? std::nullopt : std::optional(*found);
+    }
+
+private:
+    QByteArrayView nameOf(const KubeTableItem &row)
+    {
+        if (const qsizetype end = row.listingLine.indexOf('\t'); end >= 0) {
+            return QByteArrayView(row.listingLine).first(end);
+        }
+        return m_encodedNames.emplace_back(row.name.toUtf8());
+    }
+
+    std::vector<QByteArray> m_encodedNames;
+    QHash<QByteArrayView, std::size_t> m_positions; // views into the rows and into m_encodedNames
+};
+
+void split(QByteArrayView text, char separator, std::vector<QByteArrayView> &pieces)
+{
+    pieces.clear();
+    qsizetype begin = 0;
+    for (qsizetype end = 0; (end = text.indexOf(separator, begin)) >= 0; begin = end + 1) {
+        pieces.push_back(text.sliced(begin, end - begin));
+    }
+    pieces.push_back(text.sliced(begin));
+}
+
+std::vector<QByteArrayView> linesOf(QByteArrayView listing, bool lastFirst)
+{
+    std::vector<QByteArrayView> lines;
+    if (listing.endsWith('\n')) {
+        listing.chop(1);
+    }
+    if (!listing.isEmpty()) {
+        split(listing, '\n', lines);
+    }
+    if (lastFirst) {
+        std::reverse(lines.begin(), lines.end());
+    }
+    return lines;
+}
+
+QString keptPart(QByteArrayView line)
+{
+    constexpr qsizetype longestCharacter = 4;
+    const qsizetype enough = std::min(line.size(), longestCharacter * keptLineLength);
+    QString text = QString::fromUtf8(line.first(enough)).left(keptLineLength);
+    if (text.size() == keptLineLength && text.back().isHighSurrogate()) {
+        text.chop(1);
+    }
+    return text;
+}
+
+class Merge
+{
+public:
+    Merge(const ResourceKind &kind, const Rows &snapshot)
+        : m_kind(kind)
+        , m_snapshot(snapshot)
+        , m_index(snapshot)
+        , m_listed(snapshot.size())
+        , m_candidates(snapshot.size())
+    {
+    }
+
+    void take(QByteArrayView line)
+    {
+        ++m_result.lines;
+        const qsizetype nameEnd = line.indexOf('\t');
+        const auto position = m_index.positionOf(nameEnd < 0 ? line : line.first(nameEnd));
+        if (position && isUnchanged(*position, line)) {
+            m_listed[*position] = true;
+        } else if (split(line, '\t', m_fields); m_fields.size() != m_kind.fieldCount) {
+            skip(line);
+            return;
+        } else if (position) {
+            update(*position, line);
+        } else {
+            const auto row = m_kind.create(QString::fromUtf8(m_fields.front()));
+            if (m_kind.firstListed) {
+                m_kind.firstListed(*row, m_moment);
+            }
+            assign(*row, line);
+            m_result.added.push_back(row);
+        }
+        if (m_kind.lineTaken) {
+            m_kind.lineTaken(line);
+        }
+    }
+
+    MergeResult finish()
+    {
+        for (std::size_t i = 0; i < m_snapshot.size(); ++i) {
+            if (!m_listed[i]) {
+                m_result.stale.push_back(i);
+            } else if (m_candidates[i] && !m_kind.equal(*m_candidates[i], *m_snapshot[i])) {
+                m_result.changed.emplace_back(i, std::move(m_candidates[i]));
+            }
+        }
+        return std::move(m_result);
+    }
+
+private:
+    void skip(QByteArrayView line)
+    {
+        if (!m_kind.listRemainder.isEmpty() && line.trimmed() == m_kind.listRemainder) {
+            --m_result.lines;
+            return;
+        }
+        if (m_result.skippedLines++ == 0) {
+            m_result.firstSkippedLine = keptPart(line);
+        }
+        if (m_kind.lineSkipped) {
+            m_kind.lineSkipped(line, m_fields.size());
+        }
+    }
+
+    /// The usual case: nothing to split, decode, copy or compare.
+    bool isUnchanged(std::size_t position, QByteArrayView line) const
+    {
+        return !m_candidates[position] && !line.isEmpty() && line == m_snapshot[position]->listingLine;
+    }
+
+    void update(std::size_t position, QByteArrayView line)
+    {
+        m_listed[position] = true;
+        auto &candidate = m_candidates[position];
+        if (!candidate) {
+            candidate = m_kind.copy(*m_snapshot[position]);
+        }
+        assign(*candidate, line);
+    }
+
+    void assign(KubeTableItem &row, QByteArrayView line)
+    {
+        m_kind.assign(m_fields, row);
+        row.listingLine = line.toByteArray();
+    }
+
+    const ResourceKind &m_kind;
+    const double m_moment = currentTime();
+    const Rows &m_snapshot;
+    NameIndex m_index;
+    std::vector<bool> m_listed;
+    std::vector<std::shared_ptr<KubeTableItem>> m_candidates; // copies that listed lines were assigned to
+    Fields m_fields;
+    MergeResult m_result;
+};
+
+} // namespace
+
+MergeResult mergeListing(const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot)
+{
+    Merge merge(kind, snapshot);
+    for (const QByteArrayView line : linesOf(listing, kind.lastLineFirst)) {
+        merge.take(line);
+    }
+    return merge.finish();
+}
+
+} // namespace tidewright

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/preview/PreviewSource.h"
+
+#include <QHash>
+
+namespace tidewright {
+
+/// The preview files of one table, in the application's cache directory, readable by the user alone. Main
+/// thread.
+class PreviewFiles
+{
+public:
+    /// The file of an object: NAMESPACE-NAME.yaml.
+    static QString pathFor(const QString &nameSpace, const QString &name);
+
+    /// Writes an object's text for the user's eyes only; returns what went wrong, or the empty text. Any
+    /// thread.
+    static QString write(const QString &path, const QByteArray &text);
+
+    /// The item whose file was written for that context no more than five seconds ago.
+    std::optional<PreviewItem> recent(const QString &context, const QString &path) const;
+    /// Remembers an item and when it was written. A file that could not be (`writeFailure`) is said in a
+    /// diagnostic and the item is shown all the same.
+    PreviewItem store(const QString &context, const QString &path, const QString &title,
+        const QByteArray &text, const QString &writeFailure);
+
+    /// Removes every preview file that this process wrote; for the end of the application.
+    static void removeAll();
+
+private:
+    struct Cached
+    {
+        double time = 0; // seconds since 1970
+        QString context; // objects of several clusters share a file name
+        PreviewItem item; // kept beside the file: another table may write the same file name
+    };
+    QHash<QString, Cached> m_cacheTimes;
+};
+
+} // namespace tidewright

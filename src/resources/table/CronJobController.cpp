@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/table/CronJobController.h"
+
+#include "platform/text/RandomString.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/kinds/CronJob.h"
+
+#include <QMenu>
+
+namespace tidewright {
+
+namespace {
+
+const auto nothingRun = QStringLiteral("Nothing was run");
+
+} // namespace
+
+CronJobController::CronJobController(WindowState &window, QWidget *parent)
+    : SharedContentViewController(cronJobKind(), window, parent)
+{
+}
+
+QString CronJobController::runObstacle() const
+{
+    switch (chosenCount()) {
+    case 0:
+        return tr("Select a cron job first.");
+    case 1:
+        return {};
+    default:
+        return tr("Select a single cron job.");
+    }
+}
+
+void CronJobController::runCronJobNow()
+{
+    const QStringList names = chosenNames();
+    if (names.isEmpty()) {
+        return;
+    }
+    if (!canName(names.first(1), nothingRun)) {
+        return;
+    }
+    WindowState &window = kubeSplitViewController();
+    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
+        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
+        QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
+    runChange(ChangePlace(window), command, nothingRun);
+}
+
+void CronJobController::extendContextMenu(QMenu &menu)
+{
+    QAction *action = menu.addAction(QStringLiteral("Run Now"), this, &CronJobController::runCronJobNow);
+    action->setEnabled(runObstacle().isEmpty());
+}
+
+QString manualJobName(const QString &cronJob)
+{
+    constexpr qsizetype kept = 32;
+    constexpr int randomCharacters = 5;
+    const QString middle = cronJob.size() > kept ? cronJob.left(kept) + QLatin1String("--") : cronJob;
+    return QLatin1String("manually-run-") + middle + QLatin1Char('-') + randomString(randomCharacters);
+}
+
+} // namespace tidewright

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/table/DeploymentController.h"
+
+#include "resources/changes/ClusterChange.h"
+#include "resources/changes/Confirmation.h"
+#include "resources/kinds/Deployment.h"
+#include "resources/table/ReplicaCell.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/VisibleCells.h"
+
+#include <QMenu>
+
+#include <algorithm>
+
+namespace tidewright {
+
+namespace {
+
+const auto nothingScaled = QStringLiteral("Nothing was scaled");
+
+int desiredColumn()
+{
+    const auto columns = deploymentKind().columns;
+    const auto desired = std::find_if(columns.begin(), columns.end(),
+        [](const Column &column) { return column.identifier == QLatin1String("desired"); });
+    return static_cast<int>(desired - columns.begin());
+}
+
+const Deployment &deploymentAt(const ArrangingModel &model, int row)
+{
+    return static_cast<const Deployment &>(*model.arrangedRow(row));
+}
+
+void setFocusPolicies(ReplicaCell &cell, Qt::FocusPolicy policy)
+{
+    cell.slider()->setFocusPolicy(policy);
+    cell.field()->setFocusPolicy(policy);
+}
+
+} // namespace
+
+DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
+    : SharedContentViewController(deploymentKind(), window, parent)
+    , m_cells(new VisibleCells(
+          tableView(), desiredColumn(), [this](const QModelIndex &index) { return ensureCell(index); },
+          [](const QWidget &cell) { return static_cast<const ReplicaCell &>(cell).isBeingChanged(); }))
+{
+    connect(tableView().selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+        [this](const QModelIndex &current) { leadFocusThrough(cellAt(current)); });
+}
+
+void DeploymentController::rowsChanged()
+{
+    m_cells->update();
+}
+
+ReplicaCell *DeploymentController::cellAt(const QModelIndex &index) const
+{
+    return qobject_cast<ReplicaCell *>(m_cells->at(index));
+}
+
+bool DeploymentController::ensureCell(const QModelIndex &index)
+{
+    const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
+    ReplicaCell *cell = cellAt(index);
+    const bool missing = !cell || cell->deployment() != deployment.name;
+    if (missing) {
+        cell = new ReplicaCell(deployment.name, tableView().viewport());
+        setFocusPolicies(*cell, Qt::ClickFocus);
+        connect(cell, &ReplicaCell::chosen, this,
+            [this, cell](qint64 desired) { sliderChanged(*cell, desired); });
+        m_cells->put(index, cell);
+        if (index.row() == tableView().currentIndex().row()) {
+            leadFocusThrough(cell);
+        }
+    }
+    cell->setDesired(deployment.desired);
+    return missing;
+}
+
+/// Tab leads from the table to the current row's slider and number, and on: not through those of every row.
+void DeploymentController::leadFocusThrough(ReplicaCell *cell)
+{
+    if (m_inFocusChain) {
+        setFocusPolicies(*m_inFocusChain, Qt::ClickFocus);
+    }
+    m_inFocusChain = cell;
+    if (cell) {
+        setFocusPolicies(*cell, Qt::StrongFocus);
+        setTabOrder(&tableView(), cell->slider());
+        setTabOrder(cell->slider(), cell->field());
+    }
+}
+
+void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
+{
+    const QPersistentModelIndex index = m_cells->indexOf(&cell);
+    if (!index.isValid()) {
+        cell.answered();
+        return;
+    }
+    const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
+    const QString name = deployment.name;
+    const qint64 previous = deployment.previousDesired;
+    if (previous == desired || !canName({name}, nothingScaled)) {
+        cell.answered();
+        return;
+    }
+    setCounts(index, previous, desired);
+    const ChangePlace place(kubeSplitViewController());
+    showConfirmation(this, QStringLiteral("Confirm Scale"),
+        QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
+            .arg(name, QString::number(previous), QString::number(desired)),
+        QStringLiteral("Scale Deployment"), QStringLiteral("Cancel"), confirmationDetails(place.text(kind())),
+        [this, self = QPointer(this), cell = QPointer(&cell), index, place, name, desired](bool confirmed) {
+            if (!self) {
+                return;
+            }
+            if (confirmed && place.isStillShown()) {
+                scale(name, desired);
+                setCounts(index, desired, desired);
+            } else {
+                if (confirmed) {
+                    refuseMovedChange(kubeSplitViewController(), nothingScaled);
+                }
+                restoreCounts(index);
+            }
+            if (cell) {
+                cell->answered();
+            }
+        });
+}
+
+void DeploymentController::scale(const QString &name, qint64 desired)
+{
+    WindowState &window = kubeSplitViewController();
+    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("scale"),
+        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
+        QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + name};
+    runChange(ChangePlace(window), command, nothingScaled, [self = QPointer(this)] {
+        if (self) {
+            self->reloadSoon();
+        }
+    });
+}
+
+void DeploymentController::setCounts(
+    const QPersistentModelIndex &index, qint64 previousDesired, qint64 desired)
+{
+    if (!index.isValid()) {
+        return; // a refresh has removed it
+    }
+    auto changed = std::make_shared<Deployment>(deploymentAt(arrangedObjects(), index.row()));
+    changed->previousDesired = previousDesired;
+    changed->desired = desired;
+    replaceRow(index, changed);
+    m_cells->update();
+}
+
+void DeploymentController::restoreCounts(const QPersistentModelIndex &index)
+{
+    if (index.isValid()) {
+        const qint64 known = deploymentAt(arrangedObjects(), index.row()).previousDesired;
+        setCounts(index, known, known);
+    }
+}
+
+void DeploymentController::extendContextMenu(QMenu &menu)
+{
+    const int clicked = tableView().clickedRow();
+    const QPersistentModelIndex row
+        = arrangedObjects().index(clicked >= 0 ? clicked : tableView().currentIndex().row(), desiredColumn());
+    QAction *action = menu.addAction(QStringLiteral("Scale…"), this, [this, row] {
+        if (row.isValid()) {
+            tableView().scrollTo(row);
+            m_cells->ensure(row);
+            cellAt(row)->startTyping();
+        }
+    });
+    action->setEnabled(row.isValid());
+}
+
+} // namespace tidewright

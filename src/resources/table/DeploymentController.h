@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/table/SharedContentViewController.h"
+
+#include <QPersistentModelIndex>
+
+namespace tidewright {
+
+class ReplicaCell;
+class VisibleCells;
+struct Deployment;
+
+/// The table of deployments, with a slider in each row that scales it.
+class DeploymentController : public SharedContentViewController
+{
+    Q_OBJECT
+public:
+    explicit DeploymentController(WindowState &window, QWidget *parent = nullptr);
+
+protected:
+    void rowsChanged() override;
+    void extendContextMenu(QMenu &menu) override;
+
+private:
+    bool ensureCell(const QModelIndex &index);
+    ReplicaCell *cellAt(const QModelIndex &index) const;
+    /// The user has let go of a row's slider: asks, and scales.
+    void sliderChanged(ReplicaCell &cell, qint64 desired);
+    void scale(const QString &name, qint64 desired);
+    void setCounts(const QPersistentModelIndex &index, qint64 previousDesired, qint64 desired);
+    /// Gives up a change: the row shows what the cluster said again.
+    void restoreCounts(const QPersistentModelIndex &index);
+    void leadFocusThrough(ReplicaCell *cell);
+
+    VisibleCells *m_cells;
+    QPointer<ReplicaCell> m_inFocusChain;
+};
+
+} // namespace tidewright

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/listing/ArrangingModel.h"
+
+#include <QTableView>
+
+#include <vector>
+
+namespace tidewright {
+
+/// The table view of one kind. A right click does not change the selection: the row under the pointer is the
+/// "clicked" row for as long as its menu is open. An empty table says why in place of rows.
+class ResourceTableView : public QTableView
+{
+    Q_OBJECT
+public:
+    explicit ResourceTableView(ArrangingModel &model, QWidget *parent = nullptr);
+
+    ArrangingModel &arrangedObjects() const { return m_model; }
+
+    /// The arranged row that the open context menu belongs to, -1 when there is none.
+    int clickedRow() const { return m_clickedRow.isValid() ? m_clickedRow.row() : -1; }
+
+    /// True when the row that the open context menu belongs to has vanished meanwhile.
+    bool clickedRowIsGone() const { return m_rowWasClicked && !m_clickedRow.isValid(); }
+
+    /// True when the row that the open context menu belongs to is one of the selected ones.
+    bool clickedRowIsSelected() const;
+
+    // Of large selections of single rows too, in about as much time as there are rows.
+
+    int selectedRowCount() const;
+    /// The selected rows from top to bottom.
+    std::vector<int> selectedRowsInOrder() const;
+    /// The selected rows in the order in which the user chose them.
+    std::vector<int> selectedRowsAsChosen() const;
+
+    /// What an empty table shows: a sentence, and details below it in smaller text.
+    void setEmptyText(const QString &sentence, const QString &details);
+
+    /// The arranged rows that can be seen now, first and last; -1 and -1 without rows.
+    std::pair<int, int> visibleRows() const;
+
+Q_SIGNALS:
+    /// Sent with `clickedRow` set (or -1 for a menu that the keyboard asked for); the menu is to be executed
+    /// in it.
+    void contextMenuRequested(const QPoint &globalPosition);
+    /// Other rows than before may be visible: scrolled, resized, arranged anew.
+    void visibleRowsChanged();
+
+protected:
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    void paintEvent(QPaintEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void setUpHeader();
+    void showHeaderMenu(const QPoint &position);
+    void announceVisibleRows();
+    void paintEmptyText();
+    void paintClickedRow();
+
+    ArrangingModel &m_model;
+    QPersistentModelIndex m_clickedRow;
+    bool m_rowWasClicked = false;
+    QString m_emptySentence;
+    QString m_emptyDetails;
+    bool m_announced = false;
+};
+
+} // namespace tidewright

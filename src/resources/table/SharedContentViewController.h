@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "resources/listing/ArrangingModel.h"
+#include "resources/listing/ListingPipeline.h"
+#include "core/WindowState.h"
+
+#include <QDateTime>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+
+class QLineEdit;
+class QMenu;
+class QProgressBar;
+
+namespace tidewright {
+
+class ResourceTableView;
+class TablePreviews;
+class TableStatusBar;
+
+/// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load
+/// cycle that runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs
+/// commands of its own derives from it. Main thread only.
+class SharedContentViewController : public QWidget
+{
+    Q_OBJECT
+public:
+    /// `window` must outlive the controller.
+    SharedContentViewController(ResourceKind kind, WindowState &window, QWidget *parent = nullptr);
+    ~SharedContentViewController() override;
+
+    const ResourceKind &kind() const { return m_model->kind(); }
+    const Rows &tableItems() const { return m_model->tableItems(); }
+    /// Changes with every change of `tableItems`.
+    quint64 generation() const { return m_model->generation(); }
+    ArrangingModel &arrangedObjects() const { return *m_arranged; }
+    ResourceTableView &tableView() const { return *m_tableView; }
+    WindowState &kubeSplitViewController() const { return m_window; }
+
+    /// True from the start of a load until its rows are shown, and while `setLoading` says so.
+    bool isLoading() const { return isListing() || m_otherWork > 0; }
+    /// The same without what `setLoading` says.
+    bool isListing() const { return m_pipeline->isLoading(); }
+    /// Shows the table as loading while something else than its own loads is being done for it. Each true is
+    /// taken back by one false.
+    void setLoading(bool loading);
+    /// There is something for `stopLoading` to end.
+    bool canStopLoading() const { return isListing() || m_window.waitingSince().isValid(); }
+    /// The moment to which the shown rows are known to be true (the start of the load they came with);
+    /// invalid before the first one.
+    QDateTime rowsAsOf() const { return m_rowsAsOf; }
+    /// Why the table is empty or incomplete, the first line being a sentence; empty when all is well.
+    QString problem() const { return m_problem; }
+
+    QString filter() const { return m_arranged->filter(); }
+    void setFilter(const QString &text);
+    /// The field that `selectFilter` moves the keyboard focus to.
+    void setFilterField(QLineEdit *field);
+
+    // What the tab container and the window drive every table by.
+    void reload();
+    void reloadLogging(bool logToConsole);
+    /// Empties the table at once; loads under way are ended, their rows never appear.
+    void clear();
+    /// Empties the table at once and loads it; loads under way are ended, their rows never appear. A niceness
+    /// above 0 lets kubectl runs of tables that nobody looks at yield to the visible one.
+    void clearAndReload(bool logToConsole, int niceness = 0);
+
+    /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
+    /// display order.
+    QStringList chosenNames() const;
+    /// How many rows these are.
+    int chosenCount() const;
+    /// The selected rows, in display order.
+    QStringList selectedNames() const;
+
+    /// Why no logs can be viewed now (this kind has none, nothing is selected): a sentence; empty when they
+    /// can.
+    virtual QString viewLogsObstacle() const;
+
+public Q_SLOTS:
+    void reloadContent();
+    void selectFilter();
+    void copyName();
+    void editConfiguration();
+    void deleteRows();
+    void showQuickLookPanel();
+    /// Opens one window with the logs of all containers of the chosen rows.
+    virtual void viewLogs();
+    /// Ends the loads under way; the rows stay as they are.
+    void stopLoading();
+
+Q_SIGNALS:
+    void loadingChanged(bool loading);
+    void selectionChanged();
+    void filterChanged();
+    /// A load has ended, one way or another, and what it brought is shown.
+    void loadFinished();
+
+protected:
+    /// Starts one load: kubectl, merge, apply.
+    virtual void loadContent(bool logToConsole);
+    /// The rows of a load, or of a clearing, are in the model now.
+    virtual void rowsChanged() { }
+    /// Adds a kind's own commands to the menu of a row.
+    virtual void extendContextMenu(QMenu &) { }
+
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+    /// Puts a changed copy in the place of the row at an arranged index.
+    void replaceRow(const QModelIndex &index, const Row &row);
+
+    /// Whether a command can tell objects by these names in what the window shows; its console says `notDone`
+    /// and why when none can.
+    bool canName(const QStringList &names, const QString &notDone) const;
+    static QString noLogs();
+
+    /// Loads again one second from now, for the time after a change to the cluster.
+    void reloadSoon();
+
+private:
+    void buildLayout();
+    void connectParts();
+    void refresh();
+    void startLoad(bool logToConsole, bool unattended);
+    QStringList listingArguments() const;
+    void applyOutcome(const LoadOutcome &outcome);
+    void showLoading();
+    void updateStatus();
+    void showContextMenu(const QPoint &position);
+    bool canLoad() const;
+    QString emptyReason() const;
+
+    WindowState &m_window;
+    ResourceTableModel *m_model;
+    ArrangingModel *m_arranged;
+    ListingPipeline *m_pipeline;
+    ResourceTableView *m_tableView;
+    TableStatusBar *m_statusBar;
+    QProgressBar *m_progress = nullptr;
+    QPointer<QLineEdit> m_filterField;
+    QTimer m_timer;
+    QTimer m_progressDelay;
+    int m_otherWork = 0;
+    QDateTime m_rowsAsOf;
+    QString m_problem;
+    bool m_loadFailed = false; // the latest load brought nothing but a problem
+    int m_niceness = 0; // of the kubectl runs of the load that is being started
+    std::unique_ptr<TablePreviews> m_previews;
+};
+
+} // namespace tidewright
