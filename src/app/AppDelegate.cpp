@@ -45,13 +45,6 @@ QString inheritedKubeConfig()
     return kubeconfig_list::ofEnvironment().value_or(qEnvironmentVariable("KUBECONFIG"));
 }
 
-/// What kubectl goes by in a window that has the kubeconfig `path`, which may be empty.
-QString effectiveKubeConfig(const QString &path)
-{
-    const QString named = path.isEmpty() ? inheritedKubeConfig() : path;
-    return named.isEmpty() ? kubeconfig_list::usual() : named;
-}
-
 } // namespace
 
 AppDelegate::AppDelegate()
@@ -205,11 +198,9 @@ void AppDelegate::comeForward()
 void AppDelegate::startedAgain(const QString &kubeConfig)
 {
     const QString setting = MainWindowController::defaultKubeConfigPath();
-    const QString usual = effectiveKubeConfig(setting);
-    QString wanted = kubeConfig.isEmpty() ? setting : kubeConfig;
-    if (wanted.isEmpty()) {
-        wanted = kubeconfig_list::usual();
-    }
+    const QString usual = kubeConfigFiles(setting);
+    const QString named = kubeConfig.isEmpty() ? setting : kubeConfig;
+    const QString wanted = kubeConfigFiles(named.isEmpty() ? usualKubeConfig() : named);
     // The same start once more means the same, also when the setting outweighs its variable.
     const bool isUsual = wanted == usual || kubeConfig == inheritedKubeConfig();
     MainWindowController *page = pageOn(isUsual ? usual : wanted);
@@ -235,7 +226,7 @@ MainWindowController *AppDelegate::pageOn(const QString &kubeConfig) const
         auto pages = frame->pages();
         pages.append(frame->currentPage());
         for (MainWindowController *page : std::as_const(pages)) {
-            found = effectiveKubeConfig(page->kubeConfigPath()) == kubeConfig ? page : found;
+            found = kubeConfigFiles(page->kubeConfigPath()) == kubeConfig ? page : found;
         }
     }
     return found;

@@ -2,6 +2,7 @@
 #include "core/CommandLine.h"
 
 #include "core/KubectlArguments.h"
+#include "platform/text/DisplayText.h"
 
 #include <algorithm>
 
@@ -16,8 +17,24 @@ bool isPlain(QChar character)
     return safe.find(character.unicode()) != std::u16string_view::npos;
 }
 
+/// Every byte that is not plain as the shell's $'...' writes it.
+QString inEscapes(const QString &text)
+{
+    QString written = QStringLiteral("$'");
+    for (const char byte : text.toUtf8()) {
+        const QChar character = QLatin1Char(byte);
+        written += isPlain(character)
+            ? QString(character)
+            : QStringLiteral("\\%1").arg(static_cast<uchar>(byte), 3, 8, QLatin1Char('0'));
+    }
+    return written + QLatin1Char('\'');
+}
+
 QString inQuotes(QString text)
 {
+    if (display_text::actsWhenPasted(text)) {
+        return inEscapes(text);
+    }
     text.replace(QLatin1Char('\''), QLatin1String("'\\''"));
     return QLatin1Char('\'') + text + QLatin1Char('\'');
 }

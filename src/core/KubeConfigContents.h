@@ -29,6 +29,9 @@ struct KubeConfigContents
     QString current; ///< the current context; empty when there is none
     QMap<QString, QJsonObject> contexts; ///< the stanza of each: "cluster", "user", "namespace", "extensions"
     QMap<QString, QString> servers; ///< the address of each cluster
+    /// What kubectl runs by itself to log users in, each once: variables as NAME=VALUE, the program, its
+    /// arguments. From `exec` and, for old clients, the `cmd-path` of an `auth-provider`.
+    QList<QStringList> loginCommands;
 };
 
 } // namespace tidewright

@@ -11,9 +11,11 @@
 #include <QStandardPaths>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <mutex>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -82,6 +84,45 @@ FileDescriptor newFile(const QString &folder, QString &path)
     return file;
 }
 
+/// Stands in the places of files whose program has ended, one and the same for all of them: what that program
+/// has left running in the background would find the user's own files alone there, which may lead to another
+/// cluster. Nobody may write it, and it is locked for as long as this process lives.
+class DeadEnd
+{
+public:
+    /// Puts it in the place of the file; false when that failed.
+    static bool replace(const QString &path)
+    {
+        static std::mutex mutex;
+        static DeadEnd &deadEnd = *new DeadEnd; // threads outlive what is static
+        const std::lock_guard lock(mutex);
+        const QByteArray file = QFile::encodeName(path);
+        const QByteArray beside = file + ".end";
+        return (deadEnd.link(beside) || (deadEnd.make() && deadEnd.link(beside)))
+            && std::rename(beside.constData(), file.constData()) == 0;
+    }
+
+private:
+    bool link(const QByteArray &name) const
+    {
+        return m_file.isOpen() && ::link(QFile::encodeName(m_path).constData(), name.constData()) == 0;
+    }
+    bool make()
+    {
+        const QByteArray text
+            = fileContents({}, QStringLiteral("(the program that this was for has ended)"), {}, {});
+        FileDescriptor file = newFile(runtimeFolder(), m_path);
+        const bool isWhole = file.isOpen()
+            && ::write(file.get(), text.constData(), std::size_t(text.size())) == text.size()
+            && ::fchmod(file.get(), S_IRUSR) == 0;
+        m_file = isWhole ? std::move(file) : FileDescriptor();
+        return isWhole;
+    }
+
+    QString m_path;
+    FileDescriptor m_file;
+};
+
 /// One that has just been made may still be on its way to the terminal that will hold it.
 bool isFresh(const QFileInfo &file)
 {
@@ -106,6 +147,7 @@ std::shared_ptr<const KubeConfigView> KubeConfigView::make(const KubeConfigConte
     view->m_context = context;
     view->m_nameSpace = nameSpace;
     view->m_lifetime = options.lifetime;
+    view->m_isForeign = options.holds == Holds::AllContexts;
     const QString folder = options.lifetime == Lifetime::OnItsOwn ? lastingFolder() : runtimeFolder();
     const QByteArray text = fileContents(contents, context, nameSpace, options);
     view->m_file = newFile(folder, view->m_path);
@@ -120,13 +162,16 @@ std::shared_ptr<const KubeConfigView> KubeConfigView::make(const KubeConfigConte
         return view;
     }
     view->m_lifetime = Lifetime::WithHolder;
+    view->m_isForeign = false;
     return nullptr;
 }
 
 KubeConfigView::~KubeConfigView()
 {
     if (m_lifetime == Lifetime::WithHolder && m_file.isOpen()) {
-        QFile::remove(m_path);
+        if (!m_isForeign || !DeadEnd::replace(m_path)) {
+            QFile::remove(m_path);
+        }
         QFile::remove(m_path + lockSuffix);
     }
 }

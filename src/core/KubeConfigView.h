@@ -15,7 +15,8 @@ namespace tidewright {
 /// credentials are in it.
 ///
 /// Nobody but the child it was made for ever changes the file, and it goes with the last holder: a child
-/// keeps the place it was started in. Any thread.
+/// keeps the place it was started in. Behind a program that may have left others running, which read it once
+/// more, stands a file that leads nowhere. Any thread.
 class KubeConfigView
 {
 public:
@@ -62,6 +63,7 @@ private:
     QString m_context;
     QString m_nameSpace;
     Lifetime m_lifetime = Lifetime::WithHolder;
+    bool m_isForeign = false;
     FileDescriptor m_file;
 };
 

@@ -69,12 +69,20 @@ QString kubeConfigFiles(const QString &configPath)
     const QString list = configPath.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : configPath;
     QStringList files = list.split(QLatin1Char(':'), Qt::SkipEmptyParts);
     if (files.isEmpty()) {
-        files = {QDir::homePath() + QLatin1String("/.kube/config")};
+        files = {usualKubeConfig()};
     }
     for (QString &file : files) {
-        file = QDir::cleanPath(QDir::current().absoluteFilePath(file));
+        file = QDir::current().absoluteFilePath(file);
+        if (!file.contains(QLatin1String(".."))) { // what ".." leads to depends on links
+            file = QDir::cleanPath(file);
+        }
     }
     return files.join(QLatin1Char(':'));
+}
+
+QString usualKubeConfig()
+{
+    return QDir::homePath() + QLatin1String("/.kube/config");
 }
 
 QStringList readKubeConfigArguments()
@@ -161,8 +169,8 @@ KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime) const
 {
     const QString files = kubeConfigFiles(configPath);
     const std::shared_ptr<const KubeConfigView> &view = m_place->view;
-    if (!view) {
-        return {files, nullptr, obstacle()};
+    if (QString problem = obstacle(); !view || !problem.isEmpty()) {
+        return {files, nullptr, problem};
     }
     QString problem;
     const auto copy = KubeConfigView::make(m_place->contents, view->context(), view->nameSpace(), problem,
@@ -172,6 +180,9 @@ KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime) const
 
 QString KubeCtl::obstacle() const
 {
+    if (!closedBecause.isEmpty()) {
+        return closedBecause;
+    }
     return m_place->problem.isEmpty() ? QString() : noView(m_place->problem);
 }
 

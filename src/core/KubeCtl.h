@@ -16,8 +16,10 @@ QString namespaceArgument(const QString &currentNamespace);
 QString contextArgument(const QString &context);
 
 /// The files that `configPath` stands for, absolute, those of KUBECONFIG or kubectl's own when it is empty: a
-/// value for KUBECONFIG.
+/// value for KUBECONFIG. Equal for the same files, but for links.
 QString kubeConfigFiles(const QString &configPath);
+/// kubectl's own: ~/.kube/config.
+QString usualKubeConfig();
 
 /// The argument lists that read the kubeconfig, as KubeConfigContents, and change what is current in it.
 QStringList readKubeConfigArguments();
@@ -62,10 +64,12 @@ public:
     /// The window's kubeconfig: a path, or a list of them separated by colons; empty means kubectl's own
     /// default.
     QString configPath;
+    /// A sentence while nothing may be started that could reach a cluster or log in: shells then refuse with
+    /// it. Empty otherwise.
+    QString closedBecause;
 
     /// What the kubeconfig held when it was read last.
     const KubeConfigContents &contents() const { return m_place->contents; }
-    void setContents(const KubeConfigContents &contents) { m_place->contents = contents; }
     /// Null without one.
     std::shared_ptr<const KubeConfigView> view() const { return m_place->view; }
     /// Takes a context of the kubeconfig, with its own namespace, for the place of all children to come. An

@@ -6,6 +6,7 @@
 #include "core/StreamingRun.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/threads/DispatchQueue.h"
+#include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/process/PipeReader.h"
 #include "platform/text/Utf8.h"
@@ -60,12 +61,14 @@ QString unfinishedText(QByteArray bytes)
 void logRun(const CommandLine &line, const QString &response, const std::optional<QString> &error,
     const std::optional<QPointer<Console>> &console, bool always)
 {
-    mainQueue().post(
-        [=, command = withoutTabs(line.arguments.join(QLatin1Char(' '))), shown = withoutTabs(response)] {
-            if (!console || *console || always) {
-                postConsoleEntry(console.value_or(nullptr), command, shown, consoleError(error), line);
-            }
-        });
+    const QString words = line.arguments.join(QLatin1Char(' '));
+    // Templates are known to hold line ends; elsewhere they stand in names.
+    const QString command = withoutTabs(always ? display_text::withoutLineEnds(words) : words);
+    mainQueue().post([=, shown = withoutTabs(response)] {
+        if (!console || *console || always) {
+            postConsoleEntry(console.value_or(nullptr), command, shown, consoleError(error), line);
+        }
+    });
 }
 
 } // namespace

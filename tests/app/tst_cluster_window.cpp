@@ -16,6 +16,7 @@
 #include "pods/table/ContainerButton.h"
 #include "pods/table/PodController.h"
 #include "resources/table/ResourceTableView.h"
+#include "resources/changes/RowDeletion.h"
 #include "resources/table/SharedContentViewController.h"
 #include "support/Patience.h"
 
@@ -28,6 +29,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QRegularExpression>
 #include <QTabBar>
 #include <QTest>
@@ -46,9 +48,10 @@ constexpr auto twoPods = "web-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n
 /// The application with one window on a fake cluster, its pods loaded.
 struct Application
 {
-    Application()
+    explicit Application(const QByteArray &users = "[]")
     {
         cluster.answer(u"get po"_s, twoPods);
+        cluster.edit("\"kind\"", "\"users\": " + users + ", \"kind\"");
         cluster.settings.set(u"defaultKubeConfigPath"_s, cluster.kubeConfig());
         delegate.newDocument();
         frame = delegate.mainWindow();
@@ -62,6 +65,17 @@ struct Application
         for (const SharedContentViewController *each : page().primaryContentController().tables()) {
             QTRY_VERIFY(each->rowsAsOf().isValid() && !each->isLoading());
         }
+    }
+    QMessageBox *question() const { return frame->findChild<QMessageBox *>(); }
+    void answer(const QString &title) const
+    {
+        QTRY_VERIFY(question());
+        for (QAbstractButton *button : question()->buttons()) {
+            if (button->text() == title) {
+                button->click();
+            }
+        }
+        QTRY_VERIFY(!question());
     }
     QStringList podReads() const { return cluster.tableReads().filter(u"get po "_s); }
     MainWindowController &page() const { return *frame->currentPage(); }
@@ -110,6 +124,9 @@ private Q_SLOTS:
     void frameIsRemembered();
     void listsAreSearchedByTyping();
     void namespacesAreTypedWhereTheyAreSecret();
+    void programsToLogInAreAskedAbout();
+    void hugeDeletions_data();
+    void hugeDeletions();
     void createFromFiles();
     void logsOpenInWindowsOfTheirOwn();
     void quittingWaitsForNobody();
@@ -249,7 +266,6 @@ void tst_cluster_window::filterFollowsTheTable()
     app.load();
     QLineEdit *filter = app.page().toolBar().filterField();
     QTest::keyClick(app.frame, Qt::Key_F, Qt::ControlModifier);
-    qInfo() << QApplication::focusWidget() << app.frame->isActiveWindow() << app.frame->focusWidget();
     QTRY_VERIFY(filter->hasFocus());
     QTest::keyClicks(filter, u"WEB-2"_s);
     QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
@@ -505,6 +521,126 @@ void tst_cluster_window::namespacesAreTypedWhereTheyAreSecret()
     list = app.frame->addTab()->toolBar().namespacesPopupButton();
     QTRY_VERIFY(list->isEnabled());
     QVERIFY(list->findText(u"night-shift"_s) >= 0);
+}
+
+/// kubectl would run what a stranger's kubeconfig names.
+void tst_cluster_window::programsToLogInAreAskedAbout()
+{
+    Application app(R"([{"name": "b", "user": {"exec": {"command": "./run", "args": ["it", "<b>x\ny"]}}},
+        {"name": "a", "user": {"auth-provider": {"config": {"cmd-path": "/old", "cmd-args": "a  b"}}}}])");
+    const auto question = [&] { return app.question(); };
+    const auto answer = [&](const QString &title) { app.answer(title); };
+    const auto isClosed = [&] { // to the user, and to what is started
+        const bool told = app.page().state().loadingHint().contains(u"which you have not allowed."_s);
+        return told && app.page().state().kubeCtl().makeShell()->gate
+            && !app.page().state().kubeCtl().makeCopy().problem.isEmpty()
+            && !app.cluster.calls().contains(u"namespaces"_s) && app.cluster.tableReads().isEmpty();
+    };
+    QTRY_VERIFY(question());
+    QCOMPARE(question()->informativeText().split(u"\n\n"_s).value(1), u"./run it '<b>x\\ny'\n/old a b"_s);
+    QVERIFY(question()->informativeText().contains(app.cluster.kubeConfig()));
+    QVERIFY(isClosed());
+    answer(u"Cancel"_s);
+    QVERIFY(isClosed());
+    QLineEdit *field = app.page().windowConsoleController().commandEntryTextField();
+    field->setText(u"kubectl --context=a get po"_s); // goes where it says, at any other time
+    QTest::keyClick(field, Qt::Key_Return);
+    QTRY_VERIFY(app.page().windowConsoleController().consoleTextView()->toPlainText().contains(
+        u"you have not allowed"_s));
+    app.command(u"Reload"_s).trigger(); // asks again
+    QTRY_VERIFY(question());
+    QVERIFY(isClosed());
+    answer(u"Allow"_s);
+    QTRY_COMPARE(app.table().tableItems().size(), 2U);
+    MainWindowController *second = app.frame->addTab();
+    QTRY_VERIFY(second->state().namespaceList().enabled);
+    app.cluster.forgetCalls();
+
+    app.cluster.edit("\"it\"", "\"it\", \"all\"");
+    auto refused = std::make_shared<QString>();
+    second->state().whenSettled([refused](const QString &obstacle) { *refused = obstacle; });
+    QTRY_VERIFY(refused->contains(u"which you have not allowed"_s));
+    app.frame->selectTab(1);
+    second->state().retryLoading();
+    QTRY_VERIFY(question() && question()->informativeText().contains(u"\n\n./run it all "_s));
+    QVERIFY(!app.cluster.calls().contains(u"namespaces"_s));
+    app.frame->selectTab(0);
+
+    qputenv("KUBECONFIG", QFile::encodeName(app.cluster.kubeConfig())); // the user's own choice
+    app.cluster.edit("./run", "./other");
+    MainWindowController *third = app.frame->addTab();
+    QTRY_VERIFY(third->state().namespaceList().enabled);
+    qunsetenv("KUBECONFIG");
+}
+
+void tst_cluster_window::hugeDeletions_data()
+{
+    QTest::addColumn<QByteArray>("complaint"); // of every kubectl
+    QTest::addColumn<QString>("meanwhile");
+    QTest::addColumn<QString>("outcome");
+    const auto outcome = [](const QString &run, const QString &failed, const QString &reason = {}) {
+        return QString(u"%1 of 4 command lines were run, %2 failed."_s.arg(run, failed)
+            + (reason.isEmpty() ? QString() : u" The others were not run: "_s + reason));
+    };
+    const auto gone = "Error from server (NotFound): pods \"x\" not found\n"_ba;
+    const auto denied = "Error from server (Forbidden): pods \"x\" is forbidden\n"_ba;
+    QTest::newRow("well") << QByteArray() << QString() << outcome(u"4"_s, u"0"_s);
+    QTest::newRow("gone already") << gone + gone << QString() << outcome(u"4"_s, u"4"_s);
+    QTest::newRow("failed") << gone + denied << QString()
+                            << outcome(u"1"_s, u"1"_s, QString::fromLatin1(gone + denied).trimmed());
+    QTest::newRow("window elsewhere") << QByteArray() << u"shop"_s << outcome(u"4"_s, u"0"_s);
+    QTest::newRow("window closed") << QByteArray() << u"close"_s << outcome(u"4"_s, u"0"_s);
+    QTest::newRow("kubeconfig lost") << QByteArray() << u"lost"_s
+                                     << outcome(u"1"_s, u"0"_s, u"no such file"_s);
+}
+
+/// No command line is longer than a kernel takes, and what is deleted is what was asked about, once.
+void tst_cluster_window::hugeDeletions()
+{
+    QFETCH(QByteArray, complaint);
+    QFETCH(QString, meanwhile);
+    QFETCH(QString, outcome);
+    Application app;
+    app.load();
+    app.delegate.newDocument();
+    QTRY_VERIFY(app.delegate.mainWindow()->currentPage()->state().namespaceList().enabled);
+    const auto *other = app.delegate.mainWindow()->currentPage()->windowConsoleController().consoleTextView();
+    const QPointer<ClusterWindowFrame> frame = app.frame;
+    app.cluster.forgetCalls();
+    QStringList names;
+    for (int number = 0; number < 4000; ++number) {
+        names.append(QString::number(number).rightJustified(50, u'x'));
+    }
+    int finished = 0;
+    confirmAndDelete(app.table(), app.page().state(), app.table().kind(), names, [&] { ++finished; });
+    app.cluster.hold(u"delete po"_s);
+    app.answer(u"Delete"_s);
+    const auto runs = [&] { return app.cluster.tableReads().filter(u"delete po "_s); };
+    QTRY_COMPARE(runs().size(), 1);
+    if (!complaint.isEmpty()) {
+        app.cluster.fail(u"delete po"_s, complaint);
+    }
+    if (meanwhile == u"shop"_s) {
+        app.page().state().chooseNamespace(meanwhile);
+    } else if (meanwhile == u"lost"_s) {
+        app.cluster.fail(u"read"_s, "no such file");
+    } else if (meanwhile == u"close"_s) {
+        frame->close();
+        QTRY_VERIFY(!frame);
+    }
+    app.cluster.release(u"delete po"_s);
+    const auto *console = frame ? app.page().windowConsoleController().consoleTextView() : other;
+    QTRY_VERIFY2(console->toPlainText().contains(outcome), qPrintable(console->toPlainText().right(1000)));
+    QCOMPARE(console->toPlainText().count(u"command lines were run"_s), 1);
+    QCOMPARE(console->toPlainText().count(u"kubectl delete po "_s), runs().size());
+    QCOMPARE(runs().size(), outcome.first(1).toInt());
+    QStringList deleted;
+    for (const QString &run : runs()) {
+        QVERIFY(run.size() < 80'000);
+        deleted += run.split(u' ').mid(2);
+    }
+    QCOMPARE(deleted, names.first(deleted.size()));
+    QTRY_COMPARE(finished, frame ? 1 : 0);
 }
 
 void tst_cluster_window::createFromFiles()

@@ -143,6 +143,11 @@ void tst_drop::dragAndDrop_data()
         << u"a.yaml,\n    e.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/e.yaml"_s;
     QTest::newRow("folders too") << QStringList{file(u"a.yaml/"_s), file(u"b.yaml"_s)}
                                  << u"a.yaml,\n    b.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/b.yaml"_s;
+    QTest::newRow("line ends") << QStringList{file(u"a%0Ab.yaml"_s), file(u"c%0Dd.yaml"_s)}
+                               << u"a\\nb.yaml,\n    c\\rd.yaml"_s << u"Create"_s
+                               << u"\"/d/a b.yaml\",\"/d/c\rd.yaml\""_s;
+    QTest::newRow("both line ends") << QStringList{file(u"a%0D%0Ab.yaml"_s)} << u"a\\r\\nb.yaml"_s
+                                    << u"Create"_s << QString();
     QTest::newRow("the first decides")
         << QStringList{file(u"b.txt"_s), file(u"a.yaml"_s)} << QString() << QString() << QString();
     QTest::newRow("other case") << QStringList{file(u"service.YAML"_s)} << QString() << QString()
@@ -177,6 +182,10 @@ void tst_drop::dragAndDrop()
         QString(u"Are you sure you want to add the following: \n    "_s + names + u"?"_s));
     drop.answer(button);
     QTRY_COMPARE(drop.created(), paths.isEmpty() ? QStringList() : QStringList{paths});
+    const QString told = drop.page->windowConsoleController().consoleTextView()->toPlainText();
+    QCOMPARE(told.contains(u"Nothing was created: kubectl cannot be told of the file /d/a\\r\\nb"_s),
+        names.startsWith(u"a\\r\\n"_s));
+    QVERIFY(!told.contains(u"a\nb"_s));
 }
 
 void tst_drop::leavingTakesTheFrameAway()

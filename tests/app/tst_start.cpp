@@ -13,6 +13,10 @@
 #include <QTest>
 
 #include <csignal>
+#include <cstdint>
+#include <fcntl.h>
+#include <linux/input.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -140,6 +144,7 @@ private Q_SLOTS:
     void nobodyReads();
     void secondStart_data();
     void secondStart();
+    void lookingChangesNoKubeConfig();
     void garbageFromTheBus();
     void withASessionBusThatHangs();
 };
@@ -341,6 +346,56 @@ void tst_start::secondStart()
     ::kill(first, SIGTERM);
     QVERIFY(package.program.waitForFinished());
     QCOMPARE(package.program.readAllStandardOutput().count("windoe did load"), opens ? 2 : 1);
+}
+
+/// Opening, loading every kind, previewing by the keyboard and quitting.
+void tst_start::lookingChangesNoKubeConfig()
+{
+    const QByteArray text = "apiVersion: v1\nkind: Config\ncurrent-context: alpha\n"
+                            "clusters: [{name: alpha, cluster: {server: 'https://alpha.invalid'}}]\n"
+                            "contexts: [{name: alpha, context: {cluster: alpha, user: me, namespace: one}}]\n"
+                            "users: [{name: me, user: {token: t}}]\n";
+    Package package;
+    const QString kubectl = u"libexec/tidewright/"_s;
+    const QString folder = package.folder.filePath(u"kube"_s);
+    const QString config = folder + u"/config"_s;
+    const QString keyboard = package.folder.filePath(u"keyboard"_s);
+    QVERIFY(QFile::copy(QStringLiteral(RECORDING_KUBECTL), package.folder.filePath(kubectl + u"kubectl"_s)));
+    QVERIFY(QFile::link(
+        qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"), package.folder.filePath(kubectl + u"real"_s)));
+    package.write(u"kube/config"_s, text);
+    QFile file(config);
+    const QDateTime written = QDateTime::currentDateTime().addDays(-1);
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.setFileTime(written, QFile::FileModificationTime));
+    file.close();
+    const QDateTime before = QFileInfo(config).lastModified();
+    QCOMPARE(::mkfifo(QFile::encodeName(keyboard).constData(), 0600), 0);
+    const tidewright::FileDescriptor keys(
+        ::open(QFile::encodeName(keyboard).constData(), O_RDWR | O_CLOEXEC));
+    const auto press = [&keys](std::uint16_t code) {
+        const input_event events[]{{{}, EV_KEY, code, 1}, {{}, EV_KEY, code, 0}};
+        return ::write(keys.get(), events, sizeof(events)) == static_cast<ssize_t>(sizeof(events));
+    };
+    package.setVariable(u"QT_QPA_GENERIC_PLUGINS"_s, u"evdevkeyboard:/dev/.."_s + keyboard);
+    package.setVariable(u"KUBECONFIG"_s, config);
+    package.program.start();
+    const auto read = [&package, &kubectl](const QString &name) {
+        return QString::fromUtf8(package.read(kubectl + name)).split(u'\n', Qt::SkipEmptyParts);
+    };
+    const auto kinds = [&read] {
+        QStringList names = read(u"reads"_s);
+        names.removeDuplicates();
+        return names.size();
+    };
+    QTRY_COMPARE(kinds(), 15); // every kind, and the namespaces
+    QTRY_VERIFY(press(KEY_DOWN) && press(KEY_SPACE) && !read(u"runs"_s).isEmpty());
+    QCOMPARE(read(u"runs"_s).first(), u"get -n one po web-1 -o yaml\talpha one https://alpha.invalid"_s);
+    package.program.terminate();
+    QVERIFY(package.program.waitForFinished());
+    QCOMPARE(package.program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(package.read(u"kube/config"_s), text);
+    QCOMPARE(QFileInfo(config).lastModified(), before);
+    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{u"config"_s});
 }
 
 /// A launcher's call is taken, whatever it adds. What no start says is refused, and the program goes on.

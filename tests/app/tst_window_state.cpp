@@ -98,6 +98,7 @@ private Q_SLOTS:
         QCOMPARE(window.state.namespaceList().acceptsOthers, isSecret);
         QCOMPARE(window.state.namespaceList().selected, shown.section(u'/', 1));
         QCOMPARE(window.state.loadingHint(), QString());
+        QCOMPARE(window.console.errors.filter(u"No namespaces could be found"_s), QStringList());
         QCOMPARE(window.reloads, 1);
         QCOMPARE(cluster.remembered().value(context), shown.section(u'/', 1));
         QCOMPARE(cluster.kubeConfigBytes(), bytes);

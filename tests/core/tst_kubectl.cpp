@@ -254,6 +254,7 @@ private Q_SLOTS:
         row("for it's", "", "env for 'it'\\''s'");
         row("A=1 x", "", "env A=1 x '' 'a\nb' '$(c)'",
             {QString(), QStringLiteral("a\nb"), QStringLiteral("$(c)")});
+        row("touch", "", "touch $'a\\015b\\047\\302\\233'", {QStringLiteral("a\rb'\u009b")}); // as pasted
     }
     void argumentsAndLines()
     {
@@ -518,12 +519,17 @@ private Q_SLOTS:
         QCOMPARE(answer("loadContexts"), QStringLiteral("a,my b/@background"));
         QCOMPARE(says(m_kubeCtl.makeShell(), place), QStringLiteral("my b/dev"));
 
-        const auto foreign = m_kubeCtl.makeForeignShell();
+        auto foreign = m_kubeCtl.makeForeignShell();
         says(foreign, QStringLiteral("config use-context a"));
         says(foreign, QStringLiteral("config set-context --current --namespace=x"));
         QCOMPARE(says(foreign, place), QStringLiteral("a/x"));
         QCOMPARE(says(m_kubeCtl.makeForeignShell(), place), QStringLiteral("my b/dev"));
         QCOMPARE(says(m_kubeCtl.makeShell(), place), QStringLiteral("my b/dev"));
+        const auto leftBehind = Shell::create();
+        leftBehind->environment = foreign->environment;
+        foreign.reset();
+        KubeConfigView::sweep();
+        QTRY_VERIFY(says(leftBehind, QStringLiteral("get ns")).contains(u"has ended"));
         m_kubeCtl.adopt(m_kubeCtl.contents(), QString());
         QVERIFY(says(m_kubeCtl.makeShell(), QStringLiteral("get ns")).contains(u"no context is chosen"));
 

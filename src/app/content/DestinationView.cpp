@@ -104,7 +104,7 @@ void DestinationView::confirmAndCreate(const QStringList &paths)
     }
     QStringList names;
     for (const QString &path : paths) {
-        names.append(QFileInfo(path).fileName());
+        names.append(display_text::withoutLineEnds(QFileInfo(path).fileName()));
     }
     const QString question = QLatin1String("Are you sure you want to add the following: \n    ")
         + names.join(QLatin1String(",\n    ")) + QLatin1Char('?');

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/state/KubeConfigList.h"
 
+#include "core/KubeCtl.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -13,12 +15,6 @@ namespace {
 constexpr QLatin1Char separator(':');
 constexpr qsizetype longestVariable = 128 * 1024; // what the kernel takes
 constexpr qsizetype mostShown = 3;
-
-/// Without the parts that lead nowhere. What ".." leads to depends on links.
-QString tidied(const QString &path)
-{
-    return path.contains(QLatin1String("..")) ? path : QDir::cleanPath(path);
-}
 
 } // namespace
 
@@ -34,18 +30,11 @@ std::optional<QString> ofEnvironment()
     if (QFile::encodeName(text) != variable) {
         return std::nullopt;
     }
-    const QString folder = QDir::currentPath(); // empty when it is gone
-    QStringList paths = files(text);
-    for (QString &path : paths) {
-        if (!QDir::isAbsolutePath(path)) {
-            if (folder.isEmpty()) {
-                return std::nullopt;
-            }
-            path.prepend(folder + QLatin1Char('/'));
-        }
-        path = tidied(path);
+    const QStringList paths = files(text);
+    if (QDir::currentPath().isEmpty() && !std::all_of(paths.begin(), paths.end(), QDir::isAbsolutePath)) {
+        return std::nullopt;
     }
-    return paths.join(separator);
+    return paths.isEmpty() ? QString() : kubeConfigFiles(text);
 }
 
 bool isComplete(const QString &list)
@@ -54,11 +43,6 @@ bool isComplete(const QString &list)
     return list.size() < longestVariable && std::all_of(paths.begin(), paths.end(), [](const QString &path) {
         return path.startsWith(QLatin1Char('/'));
     });
-}
-
-QString usual()
-{
-    return QDir::homePath() + QLatin1String("/.kube/config");
 }
 
 QString shown(const QString &list)

@@ -14,17 +14,13 @@ namespace kubeconfig_list {
 /// The paths of the list. Empty elements do not count, for kubectl neither.
 QStringList files(const QString &list);
 
-/// What KUBECONFIG says in this process, relative elements made absolute by its working folder; empty when it
-/// names no file. Nothing when another process could not be told: a path is not UTF-8, or it is relative and
-/// the working folder is gone.
+/// The files that KUBECONFIG names in this process, absolute; empty when it names none. Nothing when another
+/// process could not be told: a path is not UTF-8, or it is relative and the working folder is gone.
 std::optional<QString> ofEnvironment();
 
 /// Whether each element is an absolute path and the whole could be the value of a variable. So is the empty
 /// list.
 bool isComplete(const QString &list);
-
-/// kubectl's own default: ~/.kube/config.
-QString usual();
 
 /// For titles: a single path as it is, of several files the names.
 QString shown(const QString &list);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/state/KubeConfigWatch.h"
 
+#include "app/state/LoginCommands.h"
 #include "platform/settings/AtomicFile.h"
 #include "platform/threads/DispatchQueue.h"
 #include "platform/threads/MainQueue.h"
@@ -131,6 +132,8 @@ void KubeConfigWatch::compareContents(const std::optional<KubeConfigContents> &c
                    .arg(context, contents->server(context), known.server(context)));
     } else if (contents->destination(context) != known.destination(context)) {
         answer(tr("The context %1 of the kubeconfig names another cluster or user now.").arg(context));
+    } else if (!login_commands::unseen(*contents, m_kubeCtl.configPath).isEmpty()) {
+        answer(tr("The kubeconfig has other programs run to log in now, which you have not allowed."));
     } else {
         answer(QString());
     }

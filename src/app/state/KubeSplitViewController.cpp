@@ -3,6 +3,7 @@
 
 #include "app/state/LiveUpdates.h"
 #include "app/state/UserKubeConfig.h"
+#include "app/state/LoginCommands.h"
 #include "core/CommandGate.h"
 #include "external/EditFile.h"
 #include "platform/threads/MainQueue.h"
@@ -104,7 +105,7 @@ void KubeSplitViewController::reloadContexts()
     m_contentsShell = m_kubeCtl.readKubeConfig(
         [self, request, readOne](const std::optional<KubeConfigContents> &contents) {
             if (self && request == self->m_contextRequest) {
-                self->m_contentsRead = contents.value_or(KubeConfigContents());
+                self->m_contentsRead = contents;
                 readOne();
             }
         });
@@ -116,11 +117,15 @@ void KubeSplitViewController::contextsLoaded(
     if (request != m_contextRequest) {
         return;
     }
+    if (!m_contentsRead) {
+        contextsMissing(request, tr("kubectl could not read the kubeconfig."));
+        return;
+    }
     m_contextShell.reset();
     m_contentsShell.reset();
     // The tables go on showing the context that the window had until now.
     const bool leadsElsewhere = current != m_currentContext
-        || m_contentsRead.destination(current) != m_kubeCtl.contents().destination(current);
+        || m_contentsRead->destination(current) != m_kubeCtl.contents().destination(current);
     m_choosingContext |= leadsElsewhere && !m_currentContext.isEmpty();
     m_userFollows = false;
     m_contextList = {
@@ -129,13 +134,13 @@ void KubeSplitViewController::contextsLoaded(
         Q_EMIT contextLeft();
     }
     enterContext(current);
-    m_kubeCtl.adopt(m_contentsRead, current);
+    m_kubeCtl.adopt(*m_contentsRead, current);
     m_hint = current.isEmpty() ? tr("Choose a context.") : QString();
     Q_EMIT contextListChanged();
-    if (current.isEmpty()) { // kubectl would ask whatever listens on this machine
-        forgetNamespaces();
-    } else {
+    if (!current.isEmpty()) {
         loadNamespaces();
+    } else if (!mustAskForLogin()) { // kubectl would ask whatever listens on this machine
+        forgetNamespaces();
     }
 }
 
@@ -181,8 +186,42 @@ void KubeSplitViewController::reloadNamespaces()
     }
 }
 
+/// Whether the user must be asked first, which is done then: the next kubectl would run what the kubeconfig
+/// names, unseen.
+bool KubeSplitViewController::mustAskForLogin()
+{
+    const auto commands = login_commands::unseen(m_kubeCtl.contents(), m_kubeCtl.configPath);
+    if (commands.isEmpty()) {
+        m_kubeCtl.closedBecause.clear();
+        return false;
+    }
+    forgetNamespaces();
+    m_choosingContext = true;
+    m_hint = tr("The kubeconfig has programs run to log in, which you have not allowed.");
+    m_kubeCtl.closedBecause = m_hint;
+    m_hint += QLatin1Char('\n') + tr("Reload asks again.");
+    Q_EMIT loadingHintChanged();
+    if (m_loginQuestion.expired()) {
+        const auto question = std::make_shared<bool>();
+        m_loginQuestion = question;
+        login_commands::ask(qobject_cast<QWidget *>(parent()), m_kubeCtl.configPath, commands,
+            [self = QPointer(this), question](bool allowed) {
+                if (self) {
+                    self->m_loginQuestion.reset();
+                    if (allowed) {
+                        self->retryLoading();
+                    }
+                }
+            });
+    }
+    return true;
+}
+
 void KubeSplitViewController::loadNamespaces()
 {
+    if (mustAskForLogin()) {
+        return;
+    }
     cancel(m_namespaceShell);
     const quint64 request = ++m_namespaceRequest;
     m_namespaceList = {.loading = true};
@@ -215,15 +254,15 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
     m_hint = tr("The namespaces could not be loaded.") + QLatin1Char('\n') + sentenceFirst(m_namespaceError);
     m_choosingContext = false;
     m_namespaceList = {.entries = namespaces};
-    if (namespaces.isEmpty()) {
+    // Who may not list them may still work in one.
+    m_namespaceList.acceptsOthers
+        = m_namespaceError.contains(QLatin1String("forbidden"), Qt::CaseInsensitive);
+    if (namespaces.isEmpty() && !m_namespaceList.acceptsOthers) {
         postConsoleEntry(m_console, QString(), QString(),
             makeConsoleError(QStringLiteral(
                 "No namespaces could be found.  Please ensure you have a valid connection to the "
                 "server and then select the menu item `Cluster: Reload Namespace`.")));
     }
-    // Who may not list them may still work in one.
-    m_namespaceList.acceptsOthers
-        = m_namespaceError.contains(QLatin1String("forbidden"), Qt::CaseInsensitive);
     if (!namespaces.isEmpty() || m_namespaceList.acceptsOthers) {
         takeNamespace(namespaceToShow(namespaces));
     } else {
@@ -356,11 +395,11 @@ QString KubeSplitViewController::loadingHint() const
 
 void KubeSplitViewController::retryLoading()
 {
-    if (m_contextList.entries.isEmpty()) {
+    if (m_contextList.entries.isEmpty() || m_currentContext.isEmpty()) {
         reloadContexts();
     } else if (!m_displacement.isEmpty() || (m_choosingContext && !m_namespaceShell && !m_placeShell)) {
         switchContext(m_currentContext);
-    } else if (!m_placeShell && !m_currentContext.isEmpty()) {
+    } else if (!m_placeShell) {
         loadNamespaces();
     }
 }
@@ -486,6 +525,9 @@ QString KubeSplitViewController::obstacle() const
 
 QString KubeSplitViewController::whyNoPlace() const
 {
+    if (!m_kubeCtl.closedBecause.isEmpty()) {
+        return m_kubeCtl.closedBecause;
+    }
     if (m_choosingContext && !m_currentContext.isEmpty()) {
         return QStringLiteral(
             "The window is switching to the context %1; its tables do not show that context yet.")

@@ -77,6 +77,7 @@ private:
     void contextsMissing(quint64 request, const QString &reason);
     void enterContext(const QString &name);
     void forgetNamespaces();
+    bool mustAskForLogin();
     void loadNamespaces();
     void namespacesLoaded(quint64 request, const QStringList &namespaces);
     QString namespaceToShow(const QStringList &namespaces) const;
@@ -106,7 +107,7 @@ private:
     UserDefaults::Dictionary m_lastNamespaceForContext;
     ChoiceList m_contextList;
     ChoiceList m_namespaceList;
-    KubeConfigContents m_contentsRead; ///< while the contexts are being loaded
+    std::optional<KubeConfigContents> m_contentsRead; ///< while the contexts are being loaded
     quint64 m_contextRequest = 0;
     quint64 m_namespaceRequest = 0;
     quint64 m_placeRequest = 0; ///< of the latest change of context or namespace
@@ -121,6 +122,7 @@ private:
     QString m_displacement; ///< the kubeconfig leads elsewhere than the tables show: a sentence
     QString m_hint; ///< why the tables have nothing to load from
     QString m_namespaceError;
+    std::weak_ptr<bool> m_loginQuestion; ///< alive while it is open
     QDateTime m_waitingSince;
     std::vector<std::function<void(const QString &)>> m_waiting; ///< until the window is settled
     std::vector<std::weak_ptr<EditFile>> m_edits; ///< those under way, and some that have ended

@@ -34,6 +34,13 @@ QString clean(const QString &text)
     return cleaned;
 }
 
+QString withoutLineEnds(const QString &text)
+{
+    return QString(text)
+        .replace(QLatin1Char('\r'), QLatin1String("\\r"))
+        .replace(QLatin1Char('\n'), QLatin1String("\\n"));
+}
+
 bool actsWhenPasted(const QString &text)
 {
     return std::any_of(text.cbegin(), text.cend(), isKey);

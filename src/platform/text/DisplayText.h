@@ -15,6 +15,9 @@ namespace display_text {
 /// separators.
 QString clean(const QString &text);
 
+/// Carriage returns and line feeds as they stand in a string literal, "\\r" and "\\n": for names of files.
+QString withoutLineEnds(const QString &text);
+
 /// Whether a terminal that the text is pasted into would take a part of it for a key: a control character
 /// other than line feed and tab.
 bool actsWhenPasted(const QString &text);

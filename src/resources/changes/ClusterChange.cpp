@@ -94,23 +94,85 @@ void refuseUnseenChange(const ChangePlace &place, const QString &notDone, const 
 namespace {
 
 /// A window that was closed shows no entry: the user learns elsewhere what has become of the change.
-void notifyOutcome(const ChangePlace &place, const QStringList &command, const ShellResult &result)
+void notifyOutcome(const ChangePlace &place, const QString &done, const QString &failure)
 {
-    const QString failure = result.failure();
+    constexpr qsizetype longestShown = 1000;
     deliverNotification({QUuid::createUuid().toString(QUuid::WithoutBraces),
         failure.isEmpty() ? QStringLiteral("A change is done") : QStringLiteral("A change has failed"),
-        place.text(), command.join(QLatin1Char(' ')) + QLatin1Char('\n') + failure});
+        place.text(), display_text::shortened(done, longestShown) + QLatin1Char('\n') + failure});
 }
 
-void startChange(const ChangePlace &place, const QStringList &command, std::function<void()> finished)
+/// A change under way: one command line after the other, all with the shell of the first.
+struct Series
 {
-    place.window->kubeCtl().makeShell()->runToldAsync(command, place.window->console(),
-        [place, command, finished = std::move(finished)](const ShellResult &result) {
-            mainQueue().post([place, command, finished, result] {
-                if (!place.window) {
-                    notifyOutcome(place, command, result);
-                } else if (finished) {
-                    finished();
+    ChangePlace place;
+    ChangeCommands commands;
+    std::function<void()> finished;
+    QPointer<Console> console;
+    std::shared_ptr<Shell> shell;
+    QString destination; ///< where the context led at first
+    qsizetype started = 0;
+    qsizetype failed = 0;
+    QString failure = {}; ///< of the last one that failed, or why no more was started
+
+    qsizetype size() const { return qsizetype(commands.lines.size()); }
+    bool goesOnAfter(const ShellResult &result);
+    QString outcome() const;
+    void end() const;
+};
+
+/// A kubectl keeps the place that it has read once; the next one reads the user's files again. Blocks.
+bool Series::goesOnAfter(const ShellResult &result)
+{
+    const bool isDone = result.exitStatus == 0 && !result.signal;
+    if (!isDone) {
+        ++failed;
+        failure = result.failure();
+    }
+    if (started == size() || (!isDone && !(commands.goesOnAfter && commands.goesOnAfter(result)))) {
+        return false;
+    }
+    QString unread;
+    const auto now = readKubeConfig(*shell, unread);
+    if (now && now->destination(place.context) == destination) {
+        return true;
+    }
+    failure = now ? QStringLiteral("The context %1 leads elsewhere by now.").arg(place.context) : unread;
+    return false;
+}
+
+QString Series::outcome() const
+{
+    const QString all = QStringLiteral("%1 of %2 command lines were run, %3 failed.")
+                            .arg(QString::number(started), QString::number(size()), QString::number(failed));
+    return started == size() ? all : QString(all + QLatin1String(" The others were not run: ") + failure);
+}
+
+void Series::end() const
+{
+    const bool isSingle = size() == 1;
+    if (!isSingle) {
+        const bool isWhole = started == size();
+        postConsoleEntry(console, QString(), isWhole ? outcome() : QString(),
+            isWhole ? std::nullopt : std::optional(makeConsoleError(outcome())));
+    }
+    if (!place.window) {
+        notifyOutcome(place, isSingle ? commands.lines.front().join(QLatin1Char(' ')) : outcome(), failure);
+    } else if (finished) {
+        finished();
+    }
+}
+
+void runNext(const std::shared_ptr<Series> &series)
+{
+    series->shell->runToldAsync(series->commands.lines.at(std::size_t(series->started++)), series->console,
+        [series](const ShellResult &result) {
+            const bool goesOn = series->goesOnAfter(result);
+            mainQueue().post([series, goesOn] {
+                if (goesOn) {
+                    runNext(series);
+                } else {
+                    series->end();
                 }
             });
         });
@@ -121,17 +183,25 @@ void startChange(const ChangePlace &place, const QStringList &command, std::func
 void runChange(const ChangePlace &place, const QStringList &command, const QString &notDone,
     std::function<void()> finished)
 {
-    if (!place.window) {
+    runChange(place, ChangeCommands{{command}}, notDone, std::move(finished));
+}
+
+void runChange(const ChangePlace &place, const ChangeCommands &commands, const QString &notDone,
+    std::function<void()> finished)
+{
+    if (!place.window || commands.lines.empty()) {
         return;
     }
     place.window->whenSettled(
-        [place, command, notDone, finished = std::move(finished)](const QString &obstacle) {
+        [place, commands, notDone, finished = std::move(finished)](const QString &obstacle) {
             if (!place.window) {
                 refuseUnseenChange(place, notDone, obstacle);
                 return;
             }
             if (obstacle.isEmpty() && place.isStillShown()) {
-                startChange(place, command, finished);
+                const KubeCtl &kubeCtl = place.window->kubeCtl();
+                runNext(std::make_shared<Series>(Series{place, commands, finished, place.window->console(),
+                    kubeCtl.makeShell(), kubeCtl.contents().destination(place.context)}));
                 return;
             }
             if (obstacle.isEmpty()) {

@@ -60,6 +60,19 @@ void refuseUnseenChange(const ChangePlace &place, const QString &notDone, const 
 void runChange(const ChangePlace &place, const QStringList &command, const QString &notDone,
     std::function<void()> finished = {});
 
+/// A change that does not fit into one command line.
+struct ChangeCommands
+{
+    std::vector<QStringList> lines;
+    /// Whether the rest is wanted all the same after one that failed. Any thread; not there: it is not.
+    std::function<bool(const ShellResult &result)> goesOnAfter = {};
+};
+/// The same for several, one after the other, all in the place of the first: the window may show another one
+/// by then, or be gone. Each has its entry, and behind the last one stands how many were run. They stop when
+/// the context leads elsewhere.
+void runChange(const ChangePlace &place, const ChangeCommands &commands, const QString &notDone,
+    std::function<void()> finished = {});
+
 /// Further lines for a confirmation; no markup, names come from the cluster.
 QWidget *confirmationDetails(const QString &text);
 

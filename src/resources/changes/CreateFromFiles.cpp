@@ -1,19 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/CreateFromFiles.h"
 
+#include "platform/text/DisplayText.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "core/WindowState.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 namespace tidewright {
 
 namespace {
 
-/// kubectl reads the value of -f as one record of comma-separated values.
+/// kubectl reads the value of -f as one record of comma-separated values, which a line end closes.
 QString asListElement(QString path)
 {
-    if (path.contains(QLatin1Char(',')) || path.contains(QLatin1Char('"'))) {
+    static const QRegularExpression special(QStringLiteral("[,\"\r\n]"));
+    if (path.contains(special)) {
         path.replace(QLatin1Char('"'), QLatin1String("\"\""));
         return QLatin1Char('"') + path + QLatin1Char('"');
     }
@@ -52,6 +55,14 @@ void createFromFiles(WindowState &window, const QStringList &paths, std::functio
     }
     QStringList elements;
     for (const QString &path : paths) {
+        if (path.contains(QLatin1String("\r\n"))) {
+            refuseChange(window, nothingCreated(),
+                QCoreApplication::translate("CreateFromFiles",
+                    "kubectl cannot be told of the file %1: it reads a carriage return before a line feed as "
+                    "the line feed alone.")
+                    .arg(display_text::withoutLineEnds(path)));
+            return;
+        }
         elements.append(asListElement(path));
     }
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("create"),

@@ -5,6 +5,8 @@
 
 #include <QLocale>
 
+#include <algorithm>
+
 namespace tidewright {
 
 namespace {
@@ -24,6 +26,37 @@ QWidget *detailsOf(const QStringList &names, const ChangePlace &place, const Res
         text += QLatin1String("\n\n");
     }
     return confirmationDetails(text + place.text(kind));
+}
+
+/// kubectl deletes the names of a command line one by one. The kernel takes 128 KiB of arguments and
+/// environment from everybody, and more only where the limit of the stack allows it; half of that leaves room
+/// for the environment, and is a line that a console, a log and an audit can still hold.
+std::vector<QStringList> commandsFor(const QStringList &command, const QStringList &names)
+{
+    constexpr qsizetype longest = 64 * 1024;
+    constexpr qsizetype pointer = 8; // which the kernel counts too
+    std::vector<QStringList> lines;
+    qsizetype room = 0;
+    for (const QString &name : names) {
+        const qsizetype size = name.toUtf8().size() + 1 + pointer;
+        if (lines.empty() || size > room) {
+            lines.push_back(command);
+            room = longest;
+        }
+        lines.back().append(name);
+        room -= size;
+    }
+    return lines;
+}
+
+/// Objects that are gone already are no reason to leave the others. Anything else that fails once would fail
+/// again and again.
+bool wereOnlyGone(const ShellResult &result)
+{
+    const QStringList lines = result.error.value_or(QString()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return !lines.isEmpty() && std::all_of(lines.begin(), lines.end(), [](const QString &line) {
+        return line.startsWith(QLatin1String("Error from server (NotFound): "));
+    });
 }
 
 } // namespace
@@ -50,9 +83,9 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("delete"), kind.resourceName};
     confirmChange(&view, place, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
         detailsOf(names, place, kind),
-        [place, command = command + names, finished = std::move(finished)](bool confirmed) {
+        [place, lines = commandsFor(command, names), finished = std::move(finished)](bool confirmed) {
             if (confirmed) {
-                runChange(place, command, nothingDeleted, finished);
+                runChange(place, ChangeCommands{lines, wereOnlyGone}, nothingDeleted, finished);
             }
         });
 }

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/state/LoginCommands.h"
+
+#include "core/CommandLine.h"
+#include "core/KubeCtl.h"
+#include "platform/text/DisplayText.h"
+#include "platform/settings/UserDefaults.h"
+#include "resources/changes/Confirmation.h"
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace tidewright::login_commands {
+
+namespace {
+
+const auto settingKey = QStringLiteral("allowedLoginCommands");
+constexpr QLatin1Char separator(' ');
+
+QStringList allowed()
+{
+    return userDefaults().string(settingKey).value_or(QString()).split(separator, Qt::SkipEmptyParts);
+}
+
+QString hashOf(const QString &files, const QStringList &command)
+{
+    const QByteArray text = QJsonDocument(QJsonArray::fromStringList(QStringList(files) + command))
+                                .toJson(QJsonDocument::Compact);
+    return QString::fromLatin1(QCryptographicHash::hash(text, QCryptographicHash::Sha256).toHex());
+}
+
+void allow(const QString &files, const QList<QStringList> &commands)
+{
+    QStringList hashes = allowed();
+    for (const QStringList &command : commands) {
+        hashes.append(hashOf(files, command));
+    }
+    hashes.removeDuplicates();
+    userDefaults().set(settingKey, hashes.join(separator));
+}
+
+/// One line, in which nothing passes for another word.
+QString lineOf(const QStringList &command)
+{
+    return display_text::withoutLineEnds(CommandLine{command, {}}.shellLine());
+}
+
+} // namespace
+
+QList<QStringList> unseen(const KubeConfigContents &contents, const QString &configPath)
+{
+    const QString files = kubeConfigFiles(configPath);
+    if (contents.loginCommands.isEmpty() || files == kubeConfigFiles({})) {
+        return {};
+    }
+    const QStringList known = allowed();
+    QList<QStringList> commands = contents.loginCommands;
+    commands.removeIf([&](const QStringList &command) { return known.contains(hashOf(files, command)); });
+    return commands;
+}
+
+void ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
+    std::function<void(bool allowed)> answered)
+{
+    const QString files = kubeConfigFiles(configPath);
+    QStringList lines;
+    for (const QStringList &command : commands) {
+        lines.append(lineOf(command));
+    }
+    const QString message = QCoreApplication::translate("LoginCommands",
+        "To log in, the kubeconfig\n%1\nhas these programs run on this machine, as you:\n\n%2\n\n"
+        "Allow them only when you know who wrote that file.")
+                                .arg(display_text::withoutLineEnds(files), lines.join(QLatin1Char('\n')));
+    showConfirmation(view, QCoreApplication::translate("LoginCommands", "Run Programs to Log In?"), message,
+        QCoreApplication::translate("LoginCommands", "Allow"), QStringLiteral("Cancel"), nullptr,
+        [files, commands, answered = std::move(answered)](bool isAllowed) {
+            if (isAllowed) {
+                allow(files, commands);
+            }
+            answered(isAllowed);
+        });
+}
+
+} // namespace tidewright::login_commands
