@@ -79,7 +79,7 @@ QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *fir
         column->addWidget(accessory);
     }
     const QString shown = display_text::clean(text);
-    auto *label = new QLabel(QObject::tr("This context is protected. Type its name to go on: %1").arg(shown));
+    auto *label = new QLabel(QObject::tr("The context %1 is protected. Type its name to go on:").arg(shown));
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setContentsMargins(2, 0, 0, 0); // as the details above it
