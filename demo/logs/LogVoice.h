@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Json.h"
+#include "base/Json.h"
 
 #include <cstdint>
 #include <string>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movement/DailyLife.h"
 
-#include "Time.h"
-#include "movement/Refresh.h"
+#include "base/Time.h"
 #include "objects/Events.h"
 #include "objects/Names.h"
 #include "objects/Pods.h"
+#include "objects/Refresh.h"
 
 #include <deque>
 #include <memory>

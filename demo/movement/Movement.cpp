@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movement/Movement.h"
 
-#include "Base64.h"
-#include "Time.h"
+#include "base/Base64.h"
+#include "base/Time.h"
 #include "movement/DailyLife.h"
 #include "objects/Names.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Time.h"
+#include "base/Time.h"
 #include "store/ObjectStore.h"
 
 #include <string>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objects/Planter.h"
 
-#include "movement/Refresh.h"
 #include "objects/Events.h"
 #include "objects/Names.h"
+#include "objects/Refresh.h"
 
 #include <algorithm>
 

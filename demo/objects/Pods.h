@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Json.h"
-#include "Time.h"
+#include "base/Json.h"
+#include "base/Time.h"
 
 #include <string>
 #include <vector>

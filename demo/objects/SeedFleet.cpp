@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "movement/Refresh.h"
 #include "objects/Names.h"
 #include "objects/Planter.h"
+#include "objects/Refresh.h"
 #include "objects/Seed.h"
 
 #include <algorithm>

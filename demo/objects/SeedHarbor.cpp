@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Base64.h"
-#include "movement/Refresh.h"
+#include "base/Base64.h"
 #include "objects/ClusterScope.h"
 #include "objects/Planter.h"
+#include "objects/Refresh.h"
 #include "objects/Seed.h"
 
 namespace tidewright::demo {

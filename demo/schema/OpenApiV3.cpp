@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "schema/OpenApi.h"
 
-#include "Json.h"
+#include "base/Json.h"
 #include "schema/Schema.h"
 
 #include <set>

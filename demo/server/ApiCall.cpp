@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/ApiCall.h"
 
-#include "ApiError.h"
+#include "store/ApiError.h"
 
 namespace tidewright::demo {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Cluster.h"
+#include "server/Cluster.h"
 #include "server/RequestPath.h"
 
 #include <httplib.h>

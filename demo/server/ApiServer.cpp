@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/ApiServer.h"
 
-#include "ApiError.h"
 #include "schema/OpenApi.h"
 #include "server/ConnectionThreads.h"
 #include "server/Discovery.h"
@@ -9,6 +8,7 @@
 #include "server/Reads.h"
 #include "server/Watch.h"
 #include "server/Writes.h"
+#include "store/ApiError.h"
 
 #include <sys/socket.h>
 

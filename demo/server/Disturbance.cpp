@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Disturbance.h"
 
-#include "ApiError.h"
+#include "store/ApiError.h"
 
 #include <chrono>
 #include <thread>
@@ -48,7 +48,8 @@ void Disturbance::pass()
 json Disturbance::change(const json &wanted)
 {
     if (!wanted.is_object())
-        throw ApiError::badRequest("the body must be an object with hang, fail, latency, logRate or logPause");
+        throw ApiError::badRequest(
+            "the body must be an object with hang, fail, latency, logRate or logPause");
     const std::lock_guard lock(m_mutex);
     for (const char *name : {"hang", "logPause"}) {
         if (wanted.contains(name) && !wanted[name].is_boolean())

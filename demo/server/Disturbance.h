@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Json.h"
-#include "Options.h"
+#include "base/Json.h"
+#include "server/Options.h"
 
 #include <condition_variable>
 #include <mutex>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Patch.h"
 
-#include "ApiError.h"
+#include "store/ApiError.h"
 
 #include <algorithm>
 #include <map>

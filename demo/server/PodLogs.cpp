@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/PodLogs.h"
 
-#include "ApiError.h"
-#include "Time.h"
+#include "base/Time.h"
 #include "logs/LogVoice.h"
+#include "store/ApiError.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/ProtobufBody.h"
 
-#include "ApiError.h"
-#include "Base64.h"
-#include "Time.h"
+#include "base/Base64.h"
+#include "base/Time.h"
+#include "store/ApiError.h"
 
 #include <charconv>
 #include <map>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Reads.h"
 
-#include "ApiError.h"
 #include "server/TablePrinter.h"
+#include "store/ApiError.h"
 #include "store/Selector.h"
 
 #include <charconv>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/TablePrinter.h"
 
-#include "Time.h"
+#include "base/Time.h"
 
 #include <map>
 

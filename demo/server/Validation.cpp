@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Validation.h"
 
-#include "ApiError.h"
 #include "schema/Schema.h"
+#include "store/ApiError.h"
 
 #include <algorithm>
 

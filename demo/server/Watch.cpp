@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Watch.h"
 
-#include "ApiError.h"
 #include "server/Reads.h"
 #include "server/TablePrinter.h"
+#include "store/ApiError.h"
 
 #include <chrono>
 #include <memory>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Writes.h"
 
-#include "ApiError.h"
 #include "server/Patch.h"
 #include "server/ProtobufBody.h"
 #include "server/Reads.h"
 #include "server/Validation.h"
+#include "store/ApiError.h"
 
 namespace tidewright::demo {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/ObjectStore.h"
 
-#include "Time.h"
+#include "base/Time.h"
 
 #include <mutex>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ApiError.h"
 #include "logs/LogVoice.h"
 #include "schema/Schema.h"
 #include "server/Patch.h"
 #include "server/ProtobufBody.h"
 #include "server/RequestPath.h"
 #include "server/Validation.h"
+#include "store/ApiError.h"
 #include "store/ObjectStore.h"
 #include "store/Selector.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Time.h"
+#include "base/Time.h"
 
 #include <ctime>
 

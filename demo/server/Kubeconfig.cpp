@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Kubeconfig.h"
+#include "server/Kubeconfig.h"
 
-#include "Base64.h"
+#include "base/Base64.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "movement/Refresh.h"
+#include "objects/Refresh.h"
 
-#include "Time.h"
+#include "base/Time.h"
 #include "objects/Pods.h"
 #include "store/Selector.h"
 

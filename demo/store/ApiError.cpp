@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ApiError.h"
+#include "store/ApiError.h"
 
 #include <map>
 
