@@ -79,7 +79,8 @@ void mentionSomething(const LifePtr &life)
             "Nameserver limits were exceeded, some nameservers have been omitted"},
     };
     const std::uint64_t turn = stableHash(std::to_string(life->turn++));
-    const auto pods = life->store.list(typeOfKind("Pod"), turn % 2 == 0 ? "shop" : "default", {}, 40).objects;
+    const auto pods
+        = life->store.list(typeOfKind("Pod"), {turn % 2 == 0 ? "shop" : "default", {}, 40}).objects;
     if (!pods.empty())
         tellEvent(*life, *pods[turn / 7 % pods.size()], sayings[turn % sayings.size()]);
     life->schedule.after(12s, [life] { mentionSomething(life); });
@@ -89,8 +90,8 @@ void runNextCronJob(const LifePtr &life, size_t turn)
 {
     const auto due
         = life->store
-              .list(typeOfKind("CronJob"), "",
-                  [](const StoredObject &object) { return !flagAt(object.parsed(), "/spec/suspend"); })
+              .list(typeOfKind("CronJob"),
+                  {{}, [](const StoredObject &object) { return !flagAt(object.parsed(), "/spec/suspend"); }})
               .objects;
     if (!due.empty()) {
         const StoredObject &cronJob = *due[turn % due.size()];
@@ -114,8 +115,8 @@ void runNextCronJob(const LifePtr &life, size_t turn)
 void beginDailyLife(ObjectStore &store, Schedule &schedule, Controllers &controllers)
 {
     const auto life = std::make_shared<Life>(Life{store, schedule, controllers, {}, {}, 0});
-    const auto crashing = store.list(typeOfKind("Pod"), "",
-        [](const StoredObject &pod) { return pod.text.find("\"CrashLoopBackOff\"") != pod.text.npos; });
+    const auto crashing = store.list(typeOfKind("Pod"),
+        {{}, [](const StoredObject &pod) { return pod.body.find("\"CrashLoopBackOff\"") != pod.body.npos; }});
     std::chrono::seconds delay = 0s;
     for (const ObjectPtr &pod : crashing.objects)
         schedule.after(delay += 3s, [life, pod] { crashAgain(life, pod); });

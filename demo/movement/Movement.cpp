@@ -162,7 +162,7 @@ void Movement::removeContents(const std::string &ns)
     for (const ResourceType &type : resourceTypes()) {
         if (!type.namespaced)
             continue;
-        for (const ObjectPtr &object : m_store.list(type, ns).objects)
+        for (const ObjectPtr &object : m_store.all(type, ns))
             m_store.remove(type, ns, object->name);
     }
 }

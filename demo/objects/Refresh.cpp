@@ -232,10 +232,10 @@ void refreshJob(ObjectStore &store, const std::string &ns, const std::string &na
 
 void refreshEndpoints(ObjectStore &store, const std::string &ns)
 {
-    const std::vector<ObjectPtr> services = store.list(typeOfKind("Service"), ns).objects;
+    const std::vector<ObjectPtr> services = store.all(typeOfKind("Service"), ns);
     if (services.empty())
         return;
-    const std::vector<ObjectPtr> pods = store.list(typeOfKind("Pod"), ns).objects;
+    const std::vector<ObjectPtr> pods = store.all(typeOfKind("Pod"), ns);
     for (const ObjectPtr &service : services)
         refreshEndpointsOf(store, *service, pods);
 }

@@ -166,8 +166,7 @@ void plantStaging(ObjectStore &store)
 
 void plantEvents(ObjectStore &store)
 {
-    const ListPage pods = store.list(typeOfKind("Pod"), "");
-    for (const ObjectPtr &object : pods.objects) {
+    for (const ObjectPtr &object : store.all(typeOfKind("Pod"))) {
         const json pod = object->parsed();
         const json &waiting = at(pod, "/status/containerStatuses").empty()
             ? at(pod, "/none")

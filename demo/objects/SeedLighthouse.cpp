@@ -49,7 +49,7 @@ void seedLighthouse(ObjectStore &store)
     plantClusterRoles(store);
     for (const char *ns : {"default", "beacons"})
         refreshEndpoints(store, ns);
-    for (const ObjectPtr &pod : store.list(typeOfKind("Pod"), "").objects)
+    for (const ObjectPtr &pod : store.all(typeOfKind("Pod")))
         plantPodEvents(store, *pod, pod->parsed(), "");
 }
 

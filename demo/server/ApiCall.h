@@ -31,6 +31,12 @@ void answer(httplib::Response &response, const std::string &text, int code = 200
 // The stored text, with the version that the path asked for.
 std::string textFor(const ResourcePath &path, const StoredObject &object);
 
+bool wantsTable(const ApiCall &call);
+
+// Query parameters; 0 when they are missing. Throw ApiError, with the code that a real server answers with.
+std::uint64_t numberParameter(const ApiCall &call, const char *name);
+std::uint64_t versionParameter(const ApiCall &call);
+
 // The named object; throws ApiError 404.
 ObjectPtr requireObject(const ApiCall &call);
 

@@ -33,6 +33,7 @@ bool asksForUpgrade(const httplib::Request &request)
 ApiServer::ApiServer(const Options &options, std::vector<Cluster *> clusters, const TlsIdentity *identity)
     : m_clusters(std::move(clusters))
     , m_disturbance(options)
+    , m_bookmarkInterval(options.bookmarkMs)
     , m_server(newServer(identity))
 {
     m_server->new_task_queue = [] { return new ConnectionThreads; };
@@ -156,8 +157,8 @@ void ApiServer::serveResource(const ApiCall &call)
     const bool reads = method == "GET" || method == "HEAD";
     if (reads && subresource == "log")
         readLogs(call, m_logPace, m_disturbance);
-    else if (reads && call.flag("watch"))
-        watchList(call);
+    else if (reads && call.path.name.empty() && call.flag("watch"))
+        watchList(call, m_disturbance, m_bookmarkInterval);
     else if (reads)
         call.path.name.empty() ? readList(call) : readObject(call);
     else if (method == "POST")
@@ -175,10 +176,21 @@ void ApiServer::serveResource(const ApiCall &call)
 
 void ApiServer::control(const httplib::Request &request, httplib::Response &response)
 {
-    json wanted = request.body.empty() ? json::object() : json::parse(request.body, nullptr, false);
-    json settings = m_disturbance.change(wanted);
-    settings["logLines"] = m_logPace.lines();
-    answer(response, toText(settings));
+    const json wanted = request.body.empty() ? json::object() : json::parse(request.body, nullptr, false);
+    json answered = m_disturbance.change(wanted);
+    const long long changes = numberAt(wanted, "/changePods");
+    if (changes < 0 || changes > 1000000) {
+        throw ApiError::badRequest("changePods must be a number from 0 to 1000000");
+    }
+    m_clusters.front()->load.change(size_t(changes));
+    for (Cluster *cluster : m_clusters) {
+        if (flagAt(wanted, "/forget")) {
+            cluster->store.forgetChanges();
+        }
+        answered["versions"][cluster->name] = std::to_string(cluster->store.version());
+    }
+    answered["logLines"] = m_logPace.lines();
+    answer(response, toText(answered));
 }
 
 } // namespace tidewright::demo

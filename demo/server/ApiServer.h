@@ -10,6 +10,7 @@
 
 #include <httplib.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,6 +44,7 @@ private:
 
     std::vector<Cluster *> m_clusters;
     Disturbance m_disturbance;
+    const std::chrono::milliseconds m_bookmarkInterval;
     LogPace m_logPace;
     std::unique_ptr<httplib::Server> m_server;
     int m_socket = -1;

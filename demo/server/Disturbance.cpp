@@ -28,6 +28,7 @@ Disturbance::Disturbance(const Options &options)
     , m_failCode(options.failCode)
     , m_latencyMs(options.latencyMs)
     , m_logRate(options.logRate)
+    , m_faults(std::make_shared<FaultPlan>(options.disturb))
 {
 }
 
@@ -48,8 +49,7 @@ void Disturbance::pass()
 json Disturbance::change(const json &wanted)
 {
     if (!wanted.is_object())
-        throw ApiError::badRequest(
-            "the body must be an object with hang, fail, latency, logRate or logPause");
+        throw ApiError::badRequest("the body must be an object, such as {\"fail\": 503}");
     const std::lock_guard lock(m_mutex);
     for (const char *name : {"hang", "logPause"}) {
         if (wanted.contains(name) && !wanted[name].is_boolean())
@@ -59,6 +59,8 @@ json Disturbance::change(const json &wanted)
     const int failCode = int(numberFrom(wanted, "fail", 0, 599, m_failCode));
     if (failCode != 0 && failCode < 400)
         throw ApiError::badRequest("fail must be 0 or a code from 400 to 599");
+    if (wanted.contains("disturb"))
+        m_faults = std::make_shared<FaultPlan>(textAt(wanted, "/disturb"));
     m_logRate = double(numberFrom(wanted, "logRate", 0, 10000000, (long long)m_logRate));
     m_latencyMs = latency;
     m_failCode = failCode;
@@ -66,7 +68,13 @@ json Disturbance::change(const json &wanted)
     m_logPause = flagAt(wanted, "/logPause", m_logPause);
     m_mended.notify_all();
     return {{"hang", m_hang}, {"fail", m_failCode}, {"latency", m_latencyMs}, {"logRate", m_logRate},
-        {"logPause", m_logPause}};
+        {"logPause", m_logPause}, {"disturb", m_faults->text()}, {"watches", m_watches.load()}};
+}
+
+std::shared_ptr<FaultPlan> Disturbance::faults() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_faults;
 }
 
 double Disturbance::logRate() const

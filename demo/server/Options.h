@@ -15,6 +15,10 @@ struct Options
     int fleetPods = 0; // pods generated into namespace "fleet" of the first context
     int latencyMs = 0; // per request
     int failCode = 0; // 0: requests are served
+    int changesPerSecond = 0; // to pods of "fleet"
+    int history = 10000; // changes of each kind that watches and pages can go back
+    int bookmarkMs = 60000;
+    std::string disturb; // faults of watches, see StreamFaults.h
     double logRate = 0; // lines per second over all open streams; 0: a few per second and stream
     bool hang = false;
     bool tls = false;

@@ -255,16 +255,20 @@ json rowOf(const std::vector<Column> &columns, const json &object, const std::st
 } // namespace
 
 std::string tableText(const ResourceType &type, const std::vector<ObjectPtr> &objects,
-    const json &listMetadata, const std::string &includeObject)
+    const json &listMetadata, const TableForm &form)
 {
     const std::vector<Column> &columns = columnsOf(type.kind);
-    json definitions = json::array();
-    definitions.push_back(definition("Name"));
-    for (const Column &column : columns)
-        definitions.push_back(definition(column.title));
+    json definitions;
+    if (form.hasColumns) {
+        definitions = json::array({definition("Name")});
+        for (const Column &column : columns) {
+            definitions.push_back(definition(column.title));
+        }
+    }
     json rows = json::array();
-    for (const ObjectPtr &object : objects)
-        rows.push_back(rowOf(columns, object->parsed(), includeObject));
+    for (const ObjectPtr &object : objects) {
+        rows.push_back(rowOf(columns, object->parsed(), form.includeObject));
+    }
     return toText({{"kind", "Table"}, {"apiVersion", "meta.k8s.io/v1"}, {"metadata", listMetadata},
         {"columnDefinitions", std::move(definitions)}, {"rows", std::move(rows)}});
 }

@@ -221,7 +221,7 @@ void deleteObject(const ApiCall &call)
 
 void deleteCollection(const ApiCall &call)
 {
-    const ListPage page = call.cluster.store.list(call.type(), call.path.ns, filterOf(call));
+    const ListPage page = call.cluster.store.list(call.type(), {call.path.ns, filterOf(call)});
     const Removal removal = removalOf(call);
     for (const ObjectPtr &object : page.objects)
         call.cluster.movement.remove(object, removal);

@@ -46,8 +46,9 @@ sigset_t endSignals()
 
 int run(const Options &options)
 {
-    Cluster harbor("demo-harbor", 11, options.still);
-    Cluster lighthouse("demo-lighthouse", 23, options.still);
+    const auto history = size_t(options.history);
+    Cluster harbor("demo-harbor", 11, options.still, history);
+    Cluster lighthouse("demo-lighthouse", 23, options.still, history);
     seedHarbor(harbor.store, options.fleetPods);
     seedLighthouse(lighthouse.store);
 
@@ -70,6 +71,9 @@ int run(const Options &options)
 
     harbor.movement.start();
     lighthouse.movement.start();
+    if (options.changesPerSecond > 0) {
+        harbor.load.start(options.changesPerSecond);
+    }
     std::thread([&server] { server.run(); }).detach();
     std::printf("ready %s\n", kubeconfig.path().c_str());
     std::fflush(stdout);

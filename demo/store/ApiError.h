@@ -21,6 +21,12 @@ public:
     static ApiError alreadyExists(const ResourceType &type, const std::string &name);
     static ApiError conflict(const ResourceType &type, const std::string &name);
     static ApiError invalid(const ResourceType &type, const std::string &name, const std::string &message);
+    static ApiError forbidden(const ResourceType &type, const std::string &verb, const std::string &ns);
+    // Of a parameter of a list or watch.
+    static ApiError invalidOption(const std::string &name, const std::string &message);
+    static ApiError tooLargeVersion(std::uint64_t asked, std::uint64_t current);
+    // Of a list that cannot be continued as it was: `token` goes on with what there is now.
+    static ApiError expiredToken(const std::string &token);
     static ApiError notServed(const std::string &what);
 
     // What a server that always answers with this code would say.
@@ -33,6 +39,7 @@ private:
     int m_code;
     std::string m_reason;
     json m_details;
+    std::string m_continue;
 };
 
 } // namespace tidewright::demo

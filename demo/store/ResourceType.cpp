@@ -6,9 +6,9 @@
 
 namespace tidewright::demo {
 
-std::string ResourceType::apiVersion() const
+std::string ResourceType::apiVersionAs(const std::string &asked) const
 {
-    return group.empty() ? version : group + "/" + version;
+    return group.empty() ? asked : group + '/' + asked;
 }
 
 bool ResourceType::hasSubresource(const std::string &name) const

@@ -21,7 +21,9 @@ struct ResourceType
     std::vector<std::string> subresources; // status, scale, log
     std::string olderVersion; // a second version of the group that carries the same objects
 
-    std::string apiVersion() const;
+    std::string apiVersion() const { return apiVersionAs(version); }
+    // "GROUP/VERSION", or the version alone for the core group.
+    std::string apiVersionAs(const std::string &asked) const;
     bool hasSubresource(const std::string &name) const;
 };
 

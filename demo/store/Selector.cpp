@@ -4,6 +4,7 @@
 #include "store/ApiError.h"
 
 #include <algorithm>
+#include <map>
 
 namespace tidewright::demo {
 
@@ -47,6 +48,28 @@ const std::string *labelValue(const StoredObject &object, const std::string &key
             return &value;
     }
     return nullptr;
+}
+
+bool isSelectable(const ResourceType &type, const std::string &field)
+{
+    static const std::map<std::string, std::vector<std::string>> fields{
+        {"Pod",
+            {"spec.nodeName", "spec.restartPolicy", "spec.schedulerName", "spec.serviceAccountName",
+                "status.phase", "status.podIP", "status.nominatedNodeName"}},
+        {"Event",
+            {"involvedObject.kind", "involvedObject.namespace", "involvedObject.name", "involvedObject.uid",
+                "involvedObject.apiVersion", "involvedObject.resourceVersion", "involvedObject.fieldPath",
+                "reason", "reportingComponent", "source", "type"}},
+        {"Secret", {"type"}},
+        {"Namespace", {"status.phase"}},
+        {"Node", {"spec.unschedulable"}},
+        {"ReplicaSet", {"status.replicas"}},
+        {"Job", {"status.successful"}},
+    };
+    const auto found = fields.find(type.kind);
+    return field == "metadata.name" || (field == "metadata.namespace" && type.namespaced)
+        || (found != fields.end()
+            && std::find(found->second.begin(), found->second.end(), field) != found->second.end());
 }
 
 std::string pointerOf(const std::string &fieldPath)
@@ -96,13 +119,17 @@ Selector Selector::ofLabels(const std::string &text)
     return selector;
 }
 
-Selector Selector::ofFields(const std::string &text)
+Selector Selector::ofFields(const ResourceType &type, const std::string &text)
 {
     Selector selector = ofLabels(text);
     selector.m_onFields = true;
     for (const Requirement &requirement : selector.m_requirements) {
         if (requirement.op != Operator::Equals && requirement.op != Operator::NotEquals)
             refuse(text);
+        if (!isSelectable(type, requirement.key))
+            throw ApiError::badRequest("\"" + requirement.key
+                + "\" is not a known field selector: "
+                  "only \"metadata.name\", \"metadata.namespace\" and a few fields of some kinds");
     }
     return selector;
 }

@@ -14,7 +14,8 @@ class Selector
 {
 public:
     static Selector ofLabels(const std::string &text);
-    static Selector ofFields(const std::string &text);
+    // Only fields that a real server knows for the kind.
+    static Selector ofFields(const ResourceType &type, const std::string &text);
 
     bool isEmpty() const { return m_requirements.empty(); }
     bool matches(const StoredObject &object) const;
