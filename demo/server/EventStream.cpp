@@ -143,14 +143,15 @@ void EventStream::bookmark(std::uint64_t version, bool endsInitial)
     if (!isOpen() || (!endsInitial && m_plan->numberOf(StreamFault::NoBookmarks))) {
         return;
     }
-    const ResourceType &type = *m_form.path.type;
     json metadata{{"creationTimestamp", nullptr}, {"resourceVersion", std::to_string(version)}};
     if (endsInitial) {
         metadata["annotations"] = {{"k8s.io/initial-events-end", "true"}};
     }
-    const json object{
-        {"kind", type.kind}, {"apiVersion", type.apiVersionAs(m_form.path.version)}, {"metadata", metadata}};
-    m_bytes += lineOf("BOOKMARK", toText(object));
+    auto object = std::make_shared<StoredObject>();
+    object->type = m_form.path.type;
+    object->version = version;
+    object->body = toText({{"metadata", metadata}});
+    m_bytes += eventLine("BOOKMARK", object);
 }
 
 void EventStream::fail(const ApiError &error)

@@ -106,6 +106,11 @@ ObjectPtr ObjectStore::pack(const ResourceType &type, json &object)
         if (label->is_string())
             stored->labels.emplace_back(label.key(), label->get<std::string>());
     }
+    for (const char *map : {"labels", "annotations"}) {
+        if (at(metadata, std::string("/") + map).is_object() && metadata[map].empty()) {
+            metadata.erase(map);
+        }
+    }
     object.erase("kind");
     object.erase("apiVersion");
     stored->body = toText(object);
