@@ -9,9 +9,9 @@
 
 namespace tidewright::demo {
 
-// What the controllers of a cluster do: replica sets for deployments, pods for whatever runs pods, the way of
-// a pod from Pending to Running or to its end, and the counts that follow. Works through the schedule; owned
-// by Movement.
+/// What the controllers of a cluster do: replica sets for deployments, pods for whatever runs pods, the way
+/// of a pod from Pending to Running or to its end, and the counts that follow. Works through the schedule;
+/// owned by Movement.
 class Controllers
 {
 public:
@@ -19,13 +19,13 @@ public:
 
     Controllers(ObjectStore &store, Schedule &schedule, RemovePod removePod);
 
-    // Defaults of a new object.
+    /// Defaults of a new object.
     void prepare(const ResourceType &type, json &object);
 
     void changed(const ObjectPtr &object);
     void removed(const ObjectPtr &object);
 
-    // Makes the cron job run once, as its schedule would. Returns the new job's name.
+    /// Makes the cron job run once, as its schedule would. Returns the new job's name.
     std::string runCronJob(const StoredObject &cronJob);
 
 private:

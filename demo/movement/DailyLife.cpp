@@ -42,8 +42,9 @@ void tellEvent(Life &life, const StoredObject &about, const EventText &text)
 void setState(Life &life, const StoredObject &pod, PodState state, int restarts)
 {
     life.store.update(*pod.type, pod.ns, pod.name, [&](json &object) {
-        if (at(object, "/metadata/deletionTimestamp").is_null())
+        if (at(object, "/metadata/deletionTimestamp").is_null()) {
             setPodState(object, state, parseTimestamp(textAt(object, "/status/startTime")), restarts);
+        }
     });
     const json parsed = pod.parsed();
     refreshOwner(life.store, pod.ns, textAt(parsed, "/metadata/ownerReferences/0/kind"),
@@ -53,12 +54,14 @@ void setState(Life &life, const StoredObject &pod, PodState state, int restarts)
 void crashAgain(const LifePtr &life, const ObjectPtr &pod)
 {
     const ObjectPtr present = life->store.get(*pod->type, pod->ns, pod->name);
-    if (!present || present->uid != pod->uid)
+    if (!present || present->uid != pod->uid) {
         return;
+    }
     const json parsed = present->parsed();
     const json &statuses = at(parsed, "/status/containerStatuses");
-    if (statuses.empty())
+    if (statuses.empty()) {
         return;
+    }
     const int restarts = int(numberAt(statuses.back(), "/restartCount")) + 1;
     setState(*life, *present, PodState::NotReady, restarts);
     life->schedule.after(6s, [life, present, restarts] {
@@ -81,8 +84,9 @@ void mentionSomething(const LifePtr &life)
     const std::uint64_t turn = stableHash(std::to_string(life->turn++));
     const auto pods
         = life->store.list(typeOfKind("Pod"), {turn % 2 == 0 ? "shop" : "default", {}, 40}).objects;
-    if (!pods.empty())
+    if (!pods.empty()) {
         tellEvent(*life, *pods[turn / 7 % pods.size()], sayings[turn % sayings.size()]);
+    }
     life->schedule.after(12s, [life] { mentionSomething(life); });
 }
 
@@ -96,15 +100,17 @@ void runNextCronJob(const LifePtr &life, size_t turn)
     if (!due.empty()) {
         const StoredObject &cronJob = *due[turn % due.size()];
         const std::string job = life->controllers.runCronJob(cronJob);
-        if (!job.empty())
+        if (!job.empty()) {
             life->jobs.emplace_back(cronJob.ns, job);
+        }
     }
     if (life->jobs.size() > keptJobs) {
         const auto [ns, name] = life->jobs.front();
         life->jobs.pop_front();
         if (const ObjectPtr job = life->store.remove(typeOfKind("Job"), ns, name)) {
-            for (const ObjectPtr &pod : life->store.ownedBy(typeOfKind("Pod"), ns, job->uid))
+            for (const ObjectPtr &pod : life->store.ownedBy(typeOfKind("Pod"), ns, job->uid)) {
                 life->store.remove(*pod->type, ns, pod->name);
+            }
         }
     }
     life->schedule.after(45s, [life, turn] { runNextCronJob(life, turn + 1); });
@@ -118,8 +124,9 @@ void beginDailyLife(ObjectStore &store, Schedule &schedule, Controllers &control
     const auto crashing = store.list(typeOfKind("Pod"),
         {{}, [](const StoredObject &pod) { return pod.body.find("\"CrashLoopBackOff\"") != pod.body.npos; }});
     std::chrono::seconds delay = 0s;
-    for (const ObjectPtr &pod : crashing.objects)
+    for (const ObjectPtr &pod : crashing.objects) {
         schedule.after(delay += 3s, [life, pod] { crashAgain(life, pod); });
+    }
     schedule.after(4s, [life] { mentionSomething(life); });
     schedule.after(20s, [life] { runNextCronJob(life, 0); });
 }

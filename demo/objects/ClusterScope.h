@@ -8,7 +8,7 @@
 
 namespace tidewright::demo {
 
-// Objects that belong to no namespace, and the events of seeded pods.
+/// Objects that belong to no namespace, and the events of seeded pods.
 void plantNodes(ObjectStore &store, Seconds age);
 void plantVolumes(ObjectStore &store);
 void plantClusterRoles(ObjectStore &store);

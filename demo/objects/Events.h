@@ -10,13 +10,13 @@ namespace tidewright::demo {
 
 struct EventText
 {
-    std::string type; // Normal or Warning
+    std::string type; ///< Normal or Warning
     std::string reason;
     std::string message;
     std::string component = "kubelet";
 };
 
-// Adds an event about an object to the object's namespace; returns its name.
+/// Adds an event about an object to the object's namespace; returns its name.
 std::string recordEvent(ObjectStore &store, const StoredObject &about, const EventText &text,
     Seconds time = now(), int count = 1);
 

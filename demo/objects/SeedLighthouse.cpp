@@ -47,10 +47,12 @@ void seedLighthouse(ObjectStore &store)
     plantBeacons(store);
     plantNightShift(store);
     plantClusterRoles(store);
-    for (const char *ns : {"default", "beacons"})
+    for (const char *ns : {"default", "beacons"}) {
         refreshEndpoints(store, ns);
-    for (const ObjectPtr &pod : store.all(typeOfKind("Pod")))
+    }
+    for (const ObjectPtr &pod : store.all(typeOfKind("Pod"))) {
         plantPodEvents(store, *pod, pod->parsed(), "");
+    }
 }
 
 } // namespace tidewright::demo

@@ -57,8 +57,9 @@ std::uint64_t versionParameter(const ApiCall &call)
 ObjectPtr requireObject(const ApiCall &call)
 {
     const ObjectPtr object = call.cluster.store.get(call.type(), call.path.ns, call.path.name);
-    if (!object)
+    if (!object) {
         throw ApiError::notFound(call.type(), call.path.name);
+    }
     return object;
 }
 

@@ -17,19 +17,19 @@
 
 namespace tidewright::demo {
 
-// The HTTP server on 127.0.0.1. Every cluster lives below a path of its own name; every request gets an
-// answer at once, a Status object when there is nothing better. The clusters must outlive the server, and the
-// server the process's other threads: it is ended with the process.
+/// The HTTP server on 127.0.0.1. Every cluster lives below a path of its own name; every request gets an
+/// answer at once, a Status object when there is nothing better. The clusters must outlive the server, and
+/// the server the process's other threads: it is ended with the process.
 class ApiServer
 {
 public:
-    // identity is null for plain HTTP.
+    /// identity is null for plain HTTP.
     ApiServer(const Options &options, std::vector<Cluster *> clusters, const TlsIdentity *identity);
 
-    // Binds; returns the port, or -1 when it cannot be had.
+    /// Binds; returns the port, or -1 when it cannot be had.
     int bind(int port);
 
-    // Serves until the process ends.
+    /// Serves until the process ends.
     void run();
 
 private:

@@ -9,8 +9,8 @@
 
 namespace tidewright::demo {
 
-// One demo cluster: what a kubeconfig context points at. Several live in one server, told apart by the first
-// part of the URL path, which is the context's name.
+/// One demo cluster: what a kubeconfig context points at. Several live in one server, told apart by the first
+/// part of the URL path, which is the context's name.
 struct Cluster
 {
     Cluster(std::string contextName, std::uint64_t seed, bool still, size_t history)

@@ -12,15 +12,15 @@
 
 namespace tidewright::demo {
 
-// How the server misbehaves on purpose. Starts as the command line says; a POST to /demo/control changes it
-// while the server runs, so that a test can break and mend one server. Safe from any thread.
+/// How the server misbehaves on purpose. Starts as the command line says; a POST to /demo/control changes it
+/// while the server runs, so that a test can break and mend one server. Safe from any thread.
 class Disturbance
 {
 public:
     explicit Disturbance(const Options &options);
 
-    // Called before a request is served: waits for the latency, blocks while the server hangs, and throws
-    // ApiError while it fails.
+    /// Called before a request is served: waits for the latency, blocks while the server hangs, and throws
+    /// ApiError while it fails.
     void pass();
 
     /// {"hang": bool, "fail": code or 0, "latency": ms, "logRate": lines per second, "logPause": bool,

@@ -53,7 +53,7 @@ private:
     const Disturbance::OpenWatch m_open;
     std::shared_ptr<FaultPlan> m_plan;
     FaultPlan::Ending m_ending;
-    // Counted from when the plan took hold.
+    /// Counted from when the plan took hold.
     std::uint64_t m_initials = 0;
     std::uint64_t m_passed = 0;
     std::uint64_t m_added = 0;

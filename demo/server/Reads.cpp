@@ -138,8 +138,9 @@ json scaleOf(const StoredObject &object)
     const json parsed = object.parsed();
     std::string selector;
     const json &labels = at(parsed, "/spec/selector/matchLabels");
-    for (auto label = labels.begin(); label != labels.end(); ++label)
+    for (auto label = labels.begin(); label != labels.end(); ++label) {
         selector += (selector.empty() ? "" : ",") + label.key() + '=' + label->get<std::string>();
+    }
     return {{"kind", "Scale"}, {"apiVersion", "autoscaling/v1"},
         {"metadata",
             {{"name", object.name}, {"namespace", object.ns}, {"uid", object.uid},
@@ -152,13 +153,14 @@ json scaleOf(const StoredObject &object)
 void readObject(const ApiCall &call)
 {
     const ObjectPtr object = requireObject(call);
-    if (call.path.subresource == "scale")
+    if (call.path.subresource == "scale") {
         answer(call.response, toText(scaleOf(*object)));
-    else if (wantsTable(call))
+    } else if (wantsTable(call)) {
         answer(call.response,
             tableText(call.type(), {object}, json::object(), {call.parameter("includeObject")}));
-    else
+    } else {
         answer(call.response, textFor(call.path, *object));
+    }
 }
 
 void readList(const ApiCall &call)

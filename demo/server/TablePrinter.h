@@ -10,11 +10,11 @@ namespace tidewright::demo {
 
 struct TableForm
 {
-    std::string includeObject; // the request's parameter: "Object", "None" or metadata alone
-    bool hasColumns = true; // the later events of a watch name none
+    std::string includeObject; ///< the request's parameter: "Object", "None" or metadata alone
+    bool hasColumns = true; ///< the later events of a watch name none
 };
 
-// The meta.k8s.io/v1 Table that kubectl asks for when it prints rows itself.
+/// The meta.k8s.io/v1 Table that kubectl asks for when it prints rows itself.
 std::string tableText(const ResourceType &type, const std::vector<ObjectPtr> &objects,
     const json &listMetadata, const TableForm &form);
 

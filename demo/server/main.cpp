@@ -60,14 +60,16 @@ int run(const Options &options)
     }
     ApiServer server(options, {&harbor, &lighthouse}, identity.get());
     const int port = server.bind(options.port);
-    if (port <= 0)
+    if (port <= 0) {
         return fail("cannot listen on 127.0.0.1:" + std::to_string(options.port), 1);
+    }
 
     KubeconfigFile kubeconfig(options.kubeconfigPath);
     const std::string text
         = kubeconfigText({{harbor.name, "default"}, {lighthouse.name, "default"}}, port, authority);
-    if (!kubeconfig.write(text))
+    if (!kubeconfig.write(text)) {
         return fail("cannot write " + kubeconfig.path() + ": " + std::strerror(errno), 1);
+    }
 
     harbor.movement.start();
     lighthouse.movement.start();
@@ -85,8 +87,9 @@ int run(const Options &options)
 int main(int argc, char **argv)
 {
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
-    if (!parsed.error.empty())
+    if (!parsed.error.empty()) {
         return fail(parsed.error + "\nTry --help.", 2);
+    }
     if (parsed.options.help) {
         std::fputs(usage().c_str(), stdout);
         return 0;
@@ -95,8 +98,9 @@ int main(int argc, char **argv)
     if (parsed.options.exitWithParent) {
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         // The parent may have died before the request took hold.
-        if (getppid() != parent)
+        if (getppid() != parent) {
             return 0;
+        }
     }
     // Blocked before any thread starts, so that only the waiting main thread takes them.
     const sigset_t signals = endSignals();

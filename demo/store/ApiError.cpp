@@ -10,10 +10,12 @@ namespace {
 json detailsOf(const ResourceType &type, const std::string &name)
 {
     json details{{"kind", type.plural}};
-    if (!name.empty())
+    if (!name.empty()) {
         details["name"] = name;
-    if (!type.group.empty())
+    }
+    if (!type.group.empty()) {
         details["group"] = type.group;
+    }
     return details;
 }
 
@@ -131,8 +133,9 @@ ApiError ApiError::ofCode(int code)
         {504, {"Timeout", "the request did not complete within the allotted time"}},
     };
     const auto found = sentences.find(code);
-    if (found != sentences.end())
+    if (found != sentences.end()) {
         return {code, found->second.first, found->second.second};
+    }
     return {code, "", "the demo cluster answers every request with " + std::to_string(code)};
 }
 
@@ -140,12 +143,15 @@ std::string ApiError::statusText() const
 {
     json status{{"kind", "Status"}, {"apiVersion", "v1"}, {"metadata", json::object()}, {"status", "Failure"},
         {"message", what()}, {"code", m_code}};
-    if (!m_continue.empty())
+    if (!m_continue.empty()) {
         status["metadata"]["continue"] = m_continue;
-    if (!m_reason.empty())
+    }
+    if (!m_reason.empty()) {
         status["reason"] = m_reason;
-    if (!m_details.is_null())
+    }
+    if (!m_details.is_null()) {
         status["details"] = m_details;
+    }
     return toText(status);
 }
 

@@ -27,8 +27,9 @@ std::uint64_t scramble(std::uint64_t value)
 std::string controllerUid(const json &metadata)
 {
     for (const json &owner : at(metadata, "/ownerReferences")) {
-        if (flagAt(owner, "/controller"))
+        if (flagAt(owner, "/controller")) {
             return textAt(owner, "/uid");
+        }
     }
     return {};
 }
@@ -83,8 +84,9 @@ std::string ObjectStore::newUid()
     const std::uint64_t low = scramble(m_uidState += uidStep);
     std::string uid;
     for (int i = 0; i < 32; ++i) {
-        if (i == 8 || i == 12 || i == 16 || i == 20)
+        if (i == 8 || i == 12 || i == 16 || i == 20) {
             uid += '-';
+        }
         uid += i == 12 ? '4' : digits[((i < 16 ? high : low) >> (i % 16 * 4)) & 15];
     }
     return uid;
@@ -103,8 +105,9 @@ ObjectPtr ObjectStore::pack(const ResourceType &type, json &object)
     stored->ownerUid = controllerUid(metadata);
     const json &labels = at(metadata, "/labels");
     for (auto label = labels.begin(); label != labels.end(); ++label) {
-        if (label->is_string())
+        if (label->is_string()) {
             stored->labels.emplace_back(label.key(), label->get<std::string>());
+        }
     }
     for (const char *map : {"labels", "annotations"}) {
         if (at(metadata, std::string("/") + map).is_object() && metadata[map].empty()) {

@@ -52,8 +52,9 @@ const std::vector<ResourceType> &resourceTypes()
 const ResourceType &typeOfKind(const std::string &kind)
 {
     for (const ResourceType &type : resourceTypes()) {
-        if (type.kind == kind)
+        if (type.kind == kind) {
             return type;
+        }
     }
     throw std::logic_error("no such kind: " + kind);
 }
@@ -62,8 +63,9 @@ const ResourceType *findType(const std::string &group, const std::string &versio
 {
     for (const ResourceType &type : resourceTypes()) {
         if (type.plural == plural && type.group == group
-            && (type.version == version || (!version.empty() && type.olderVersion == version)))
+            && (type.version == version || (!version.empty() && type.olderVersion == version))) {
             return &type;
+        }
     }
     return nullptr;
 }

@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "logs/LogVoice.h"
-#include "schema/Schema.h"
+#include "server/EventStream.h"
+#include "server/Options.h"
 #include "server/Patch.h"
-#include "server/ProtobufBody.h"
-#include "server/RequestPath.h"
-#include "server/Validation.h"
-#include "store/ApiError.h"
 #include "store/ObjectStore.h"
-#include "store/Selector.h"
 
 #include <QTest>
 
@@ -21,17 +16,9 @@ class TestDemoParts : public QObject
 private Q_SLOTS:
     void patches_data();
     void patches();
-    void refusedPatches_data();
-    void refusedPatches();
-    void selectors_data();
-    void selectors();
-    void paths_data();
-    void paths();
-    void protobufGarbageIsRefused_data();
-    void protobufGarbageIsRefused();
-    void schemaNamesOnlyKnownTypes();
-    void watchersSeeEveryChangeOrAreToldToStartAgain();
-    void pagesSurviveRemovals();
+    void badOptionsAreRefused();
+    void versionsAreKeptUntilTheyAreForgotten();
+    void heldBytesComeInPieces();
 };
 
 namespace {
@@ -43,16 +30,6 @@ constexpr const char *steps = "application/json-patch+json";
 json configMap(const std::string &name, const json &labels = json::object())
 {
     return {{"metadata", {{"name", name}, {"namespace", "n"}, {"labels", labels}}}};
-}
-
-int codeOf(const std::function<void()> &refused)
-{
-    try {
-        refused();
-    } catch (const ApiError &error) {
-        return error.code();
-    }
-    return 0;
 }
 
 } // namespace
@@ -103,170 +80,85 @@ void TestDemoParts::patches()
         QByteArray::fromStdString(toText(json::parse(after.toStdString()))));
 }
 
-void TestDemoParts::refusedPatches_data()
-{
-    QTest::addColumn<QByteArray>("form");
-    QTest::addColumn<QByteArray>("patch");
-    QTest::addColumn<int>("code");
-    QTest::newRow("apply") << QByteArray("application/apply-patch+yaml") << QByteArray("{}") << 415;
-    QTest::newRow("no path") << QByteArray(steps) << QByteArray(R"([{"op":"remove","path":"/x/y"}])") << 422;
-    QTest::newRow("no operation") << QByteArray(steps) << QByteArray(R"({"op":1})") << 422;
-    QTest::newRow("not an object") << QByteArray(merge) << QByteArray("[1]") << 400;
-    QTest::newRow("item without key")
-        << QByteArray(strategic) << QByteArray(R"({"containers":[{"image":"x"}]})") << 422;
-    QTest::newRow("item not an object") << QByteArray(strategic) << QByteArray(R"({"env":["x"]})") << 422;
-}
-
-void TestDemoParts::refusedPatches()
-{
-    QFETCH(QByteArray, form);
-    QFETCH(QByteArray, patch);
-    QFETCH(int, code);
-    const auto refused = [&] {
-        applyPatch(form.toStdString(), {{"env", 1}}, json::parse(patch.toStdString()));
-    };
-    QCOMPARE(codeOf(refused), code);
-}
-
-void TestDemoParts::selectors_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("matching"); // of a, b and c below; "!" when refused
-    QTest::newRow("none") << QByteArray("") << QByteArray("abc");
-    QTest::newRow("equals") << QByteArray("app=web") << QByteArray("ab");
-    QTest::newRow("double equals and not") << QByteArray("app==web,tier!=db") << QByteArray("a");
-    QTest::newRow("not equal takes objects without the label") << QByteArray("app!=web") << QByteArray("c");
-    QTest::newRow("in") << QByteArray("tier in (db, cache),app") << QByteArray("b");
-    QTest::newRow("not in") << QByteArray("tier notin (db)") << QByteArray("ac");
-    QTest::newRow("missing") << QByteArray("!app") << QByteArray("c");
-    QTest::newRow("open bracket") << QByteArray("tier in (db") << QByteArray("!");
-    QTest::newRow("no key") << QByteArray("=web") << QByteArray("!");
-    QTest::newRow("words") << QByteArray("app is web") << QByteArray("!");
-}
-
-void TestDemoParts::selectors()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(QByteArray, matching);
-    ObjectStore store(1);
-    const ResourceType &type = typeOfKind("ConfigMap");
-    store.create(type, configMap("a", {{"app", "web"}}));
-    store.create(type, configMap("b", {{"app", "web"}, {"tier", "db"}}));
-    store.create(type, configMap("c"));
-    QByteArray found;
-    const auto look = [&] {
-        const Selector selector = Selector::ofLabels(text.toStdString());
-        const auto filter = [&](const StoredObject &object) { return selector.matches(object); };
-        for (const ObjectPtr &object : store.list(type, "n", filter).objects)
-            found += object->name.c_str();
-    };
-    if (matching == "!")
-        QCOMPARE(codeOf(look), 400);
-    else
-        look();
-    QCOMPARE(found, matching == "!" ? QByteArray() : matching);
-}
-
-void TestDemoParts::paths_data()
-{
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<QByteArray>("meaning"); // kind namespace name subresource
-    const auto row = [](const char *path, const char *meaning) {
-        QTest::newRow(path) << QByteArray(path) << QByteArray(meaning);
-    };
-    row("/api/v1/pods", "Pod   ");
-    row("/api/v1/namespaces/shop/pods/x/log", "Pod shop x log");
-    row("/api/v1/namespaces", "Namespace   ");
-    row("/api/v1/namespaces/pods", "Namespace  pods ");
-    row("/api/v1/namespaces/shop/status", "Namespace  shop status");
-    row("/apis/apps/v1/namespaces/a/deployments/d/scale", "Deployment a d scale");
-    row("/apis/batch/v1beta1/cronjobs", "CronJob   ");
-    row("/apis/batch/v1beta1/jobs", "");
-    row("/api/v1/namespaces/shop/pods/x/log/more", "");
-    row("/apis", "");
-    row("/api/v2/pods", "");
-}
-
-void TestDemoParts::paths()
-{
-    QFETCH(QByteArray, path);
-    QFETCH(QByteArray, meaning);
-    const auto parsed = parseResourcePath(splitPath(path.toStdString()));
-    const std::string found = parsed
-        ? parsed->type->kind + ' ' + parsed->ns + ' ' + parsed->name + ' ' + parsed->subresource
-        : std::string();
-    QCOMPARE(QByteArray::fromStdString(found), meaning);
-}
-
-void TestDemoParts::protobufGarbageIsRefused_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<int>("code");
-    const QByteArray magic("k8s\0", 4);
-    QTest::newRow("empty") << QByteArray() << 400;
-    QTest::newRow("no magic") << QByteArray("{}") << 400;
-    QTest::newRow("length beyond the end") << magic
-            + QByteArray("\x12\x7f"
-                         "ab") << 400;
-    QTest::newRow("endless number") << magic + QByteArray(20, '\xff') << 400;
-    QTest::newRow("group") << magic + QByteArray("\x0b") << 400;
-    QTest::newRow("no kind") << magic << 415;
-    QTest::newRow("kind that is no object") << magic + QByteArray("\x0a\x06\x12\x04Time") << 415;
-}
-
-void TestDemoParts::protobufGarbageIsRefused()
-{
-    QFETCH(QByteArray, body);
-    QFETCH(int, code);
-    QCOMPARE(codeOf([&] { objectFromProtobuf(body.toStdString()); }), code);
-}
-
-void TestDemoParts::schemaNamesOnlyKnownTypes()
-{
-    const auto isKnown = [](const FieldType &type) {
-        const FieldType &inner = type.items.empty() ? type : type.items.front();
-        return inner.shape != FieldType::Shape::Object || schemaTypes().contains(inner.name);
-    };
-    for (const auto &[name, type] : schemaTypes()) {
-        for (const SchemaField &field : type.fields)
-            QVERIFY2(isKnown(field.type), (name + '.' + field.name).c_str());
-    }
-    for (const ResourceType &type : resourceTypes())
-        QVERIFY2(schemaTypes().contains(type.kind), type.kind.c_str());
-}
-
-void TestDemoParts::watchersSeeEveryChangeOrAreToldToStartAgain()
+void TestDemoParts::versionsAreKeptUntilTheyAreForgotten()
 {
     using namespace std::chrono_literals;
-    ObjectStore store(1);
+    ObjectStore store(1, 3);
     const ResourceType &type = typeOfKind("ConfigMap");
-    const std::uint64_t start = store.version();
+    const auto namesAt = [&](std::uint64_t version, const std::string &from = {}, size_t limit = 0) {
+        const auto page = store.listAt(version, type, {"n", {}, limit, from});
+        QByteArray names;
+        for (const ObjectPtr &object : page ? page->objects : std::vector<ObjectPtr>()) {
+            names += object->name.c_str();
+        }
+        return page ? names + QByteArray(page->next.empty() ? "" : "+") : QByteArray("forgotten");
+    };
+    for (const char *name : {"b", "c", "d"}) {
+        store.create(type, configMap(name));
+    }
+    const std::uint64_t first = store.version();
+    store.remove(type, "n", "c");
     store.create(type, configMap("a"));
-    store.update(type, "n", "a", [](json &object) { object["data"]["k"] = "v"; });
-    store.update(type, "n", "a", [](json &) {});
-    store.remove(type, "n", "a");
-    const auto changes = store.changesAfter(start, 0ms);
+    store.update(type, "n", "b", [](json &object) { object["data"]["k"] = "v"; });
+    store.update(type, "n", "b", [](json &) {});
+    QCOMPARE(store.version(), first + 3);
+    QCOMPARE(namesAt(first), "bcd");
+    QCOMPARE(namesAt(first, "n/c", 1), "c+");
+    QCOMPARE(namesAt(first + 1), "bd");
+    QCOMPARE(namesAt(first + 2), "abd");
+    QVERIFY(!store.listAt(first, type, {"n"})->objects[0]->parsed().contains("data"));
+    const auto changes = store.changesAfter(first, type, 0ms);
     QVERIFY(changes.has_value());
-    QCOMPARE(changes->size(), size_t(3));
-    QVERIFY(changes->at(2).kind == Change::Kind::Deleted);
-    QVERIFY(store.changesAfter(store.version(), 1ms)->empty());
-    for (int i = 0; i < 6000; ++i)
-        store.update(type, "n", store.create(type, configMap(std::to_string(i)))->name, [](json &) {});
-    QVERIFY(!store.changesAfter(start, 0ms).has_value());
+    QCOMPARE(changes->list.size(), size_t(3));
+    QVERIFY(changes->list[0].kind == Change::Kind::Deleted && changes->list[0].object->version == first + 1);
+    // Another kind's changes take no room; one more of this kind does.
+    store.create(typeOfKind("Secret"), configMap("s"));
+    QCOMPARE(namesAt(first), "bcd");
+    store.create(type, configMap("e"));
+    QCOMPARE(namesAt(first), "forgotten");
+    QVERIFY(!store.changesAfter(first, type, 0ms).has_value());
+    store.forgetChanges();
+    QCOMPARE(namesAt(first + 2), "forgotten");
+    QCOMPARE(namesAt(store.version()), "abde");
 }
 
-void TestDemoParts::pagesSurviveRemovals()
+void TestDemoParts::heldBytesComeInPieces()
 {
     ObjectStore store(1);
     const ResourceType &type = typeOfKind("ConfigMap");
-    for (const char *name : {"a", "b", "c", "d"})
-        store.create(type, configMap(name));
-    const ListPage first = store.list(type, "n", {}, 2);
-    store.remove(type, "n", "c"); // the one that the next page would start with
-    const ListPage second = store.list(type, "n", {}, 2, first.next);
-    QCOMPARE(second.objects.size(), size_t(1));
-    QCOMPARE(second.objects[0]->name.c_str(), "d");
-    QVERIFY(second.next.empty());
+    const ObjectPtr object = store.create(type, configMap("a", {{"long", std::string(600, 'x')}}));
+    Options options;
+    options.disturb = "hold:1,end:2";
+    Disturbance disturbance(options);
+    EventStream stream({{&type, "v1", "n", {}, {}}, false, {}}, store, disturbance);
+    QByteArray got;
+    httplib::DataSink sink;
+    sink.write = [&got](const char *bytes, size_t size) {
+        got.append(bytes, qsizetype(size));
+        return true;
+    };
+    sink.is_writable = [] { return true; };
+    sink.done = [&got] { got.append('.'); };
+    QList<qsizetype> lines;
+    for (int i = 0; i < 3; ++i) {
+        stream.change("ADDED", object);
+        QVERIFY(stream.handOver(sink));
+        lines << got.count('\n');
+    }
+    QCOMPARE(lines, (QList<qsizetype>{0, 2, 2}));
+    QVERIFY(got.endsWith('.'));
+}
+
+void TestDemoParts::badOptionsAreRefused()
+{
+    using Arguments = std::vector<std::string>;
+    for (const Arguments &arguments :
+        {Arguments{"--fast"}, {"--pods"}, {"--port", "12x"}, {"--fail=200"}, {"--disturb=cut:5,burn"},
+            {"--disturb", "cut:x"}, {"--disturb", "shuffle:1"}, {"--changes-per-second", "5"}}) {
+        const std::string option = arguments[0].substr(0, arguments[0].find('='));
+        QVERIFY2(parseOptions(arguments).error.find(option) != std::string::npos, option.c_str());
+    }
+    QCOMPARE(parseOptions({"--pods=5", "--changes-per-second", "5", "--disturb", "cut,end:3"}).error, "");
 }
 
 QTEST_GUILESS_MAIN(TestDemoParts)
