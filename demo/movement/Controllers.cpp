@@ -283,13 +283,13 @@ void Controllers::startPod(const StoredObject &pod)
     }
 }
 
-bool Controllers::advancePod(const StoredObject &pod, int step)
+void Controllers::advancePod(const StoredObject &pod, int step)
 {
     static constexpr PodState states[]{
         PodState::Scheduled, PodState::ContainerCreating, PodState::Running, PodState::Succeeded};
     const ObjectPtr present = m_store.get(*pod.type, pod.ns, pod.name);
     if (!present || present->uid != pod.uid) {
-        return false;
+        return;
     }
     const Seconds since = parseTimestamp(textAt(present->parsed(), "/metadata/creationTimestamp"));
     const ObjectPtr advanced = m_store.update(*pod.type, pod.ns, pod.name, [&](json &object) {
@@ -298,20 +298,13 @@ bool Controllers::advancePod(const StoredObject &pod, int step)
         }
     });
     if (!advanced || advanced == present) {
-        return false;
+        return;
     }
     const json parsed = advanced->parsed();
     if (step < 3) {
         recordEvent(m_store, *advanced, eventOfStep(step, parsed));
     }
     podsChanged(*advanced);
-    if (step == 3 && textAt(parsed, "/metadata/ownerReferences/0/kind") == "Job") {
-        if (const ObjectPtr job
-            = m_store.get(typeOfKind("Job"), pod.ns, textAt(parsed, "/metadata/ownerReferences/0/name"))) {
-            finishCronRun(*job);
-        }
-    }
-    return true;
 }
 
 void Controllers::startJob(const Key &key)
@@ -333,53 +326,6 @@ void Controllers::startJob(const Key &key)
         createPod(*job, parsed, size_t(completions));
     }
     refreshJob(m_store, key.ns, key.name);
-}
-
-void Controllers::finishCronRun(const StoredObject &job)
-{
-    const json parsed = job.parsed();
-    if (at(parsed, "/status/conditions").empty()) {
-        return;
-    }
-    recordEvent(m_store, job, {"Normal", "Completed", "Job completed", "job-controller"});
-    m_store.update(
-        typeOfKind("CronJob"), job.ns, textAt(parsed, "/metadata/ownerReferences/0/name"), [&](json &cron) {
-            if (!at(cron, "/status/active").is_array()) {
-                return;
-            }
-            json &active = cron["status"]["active"];
-            json others = json::array();
-            for (const json &entry : active) {
-                if (textAt(entry, "/name") != job.name) {
-                    others.push_back(entry);
-                }
-            }
-            active = others;
-            if (active.empty()) {
-                cron["status"].erase("active");
-            }
-        });
-}
-
-std::string Controllers::runCronJob(const StoredObject &cronJob)
-{
-    const json cron = cronJob.parsed();
-    json job{{"metadata",
-                 {{"name", cronJob.name + '-' + std::to_string(now() / 60)}, {"namespace", cronJob.ns},
-                     {"ownerReferences", json::array({ownerReference(cron)})}}},
-        {"spec", at(cron, "/spec/jobTemplate/spec")}};
-    prepare(typeOfKind("Job"), job);
-    const ObjectPtr created = m_store.create(typeOfKind("Job"), std::move(job));
-    if (!created) {
-        return {};
-    }
-    m_store.update(*cronJob.type, cronJob.ns, cronJob.name, [&](json &object) {
-        object["status"]["lastScheduleTime"] = timestamp(now());
-        object["status"]["active"].push_back({{"apiVersion", "batch/v1"}, {"kind", "Job"},
-            {"name", created->name}, {"namespace", created->ns}, {"uid", created->uid}});
-    });
-    changed(created);
-    return created->name;
 }
 
 } // namespace tidewright::demo

@@ -25,9 +25,6 @@ public:
     void changed(const ObjectPtr &object);
     void removed(const ObjectPtr &object);
 
-    /// Makes the cron job run once, as its schedule would. Returns the new job's name.
-    std::string runCronJob(const StoredObject &cronJob);
-
 private:
     struct Key
     {
@@ -44,8 +41,7 @@ private:
     void setReplicas(const StoredObject &replicaSet, long long replicas);
     void createPod(const StoredObject &owner, const json &parsed, size_t count);
     void startPod(const StoredObject &pod);
-    bool advancePod(const StoredObject &pod, int step);
-    void finishCronRun(const StoredObject &job);
+    void advancePod(const StoredObject &pod, int step);
 
     ObjectStore &m_store;
     Schedule &m_schedule;

@@ -3,7 +3,7 @@
 
 #include "base/Base64.h"
 #include "base/Time.h"
-#include "movement/DailyLife.h"
+#include "movement/CrashLoops.h"
 #include "objects/Names.h"
 
 namespace tidewright::demo {
@@ -65,7 +65,7 @@ Movement::Movement(ObjectStore &store, bool still)
 void Movement::start()
 {
     if (!m_schedule.isStill()) {
-        beginDailyLife(m_store, m_schedule, m_controllers);
+        beginCrashLoops(m_store, m_schedule);
     }
     m_schedule.start();
 }

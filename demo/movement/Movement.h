@@ -18,14 +18,13 @@ struct Removal
 };
 
 /// What follows from changes of the objects, and what happens without any: the controllers, the garbage
-/// collection and the small daily life of the cluster. Told by the server about every write; safe from any
-/// thread.
+/// collection, the containers that crash. Told by the server about every write; safe from any thread.
 class Movement
 {
 public:
     Movement(ObjectStore &store, bool still);
 
-    /// Daily life begins (unless still).
+    /// Things begin to happen (unless still).
     void start();
 
     /// Fills in what a server defaults in a new object.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objects/Planter.h"
 
-#include "objects/Events.h"
 #include "objects/Names.h"
 #include "objects/Refresh.h"
 
@@ -201,15 +200,6 @@ ObjectPtr Planter::object(const std::string &kind, const std::string &name, Seco
     }
     body["metadata"].update(meta);
     return m_store.create(type, std::move(body));
-}
-
-void Planter::event(const std::string &kind, const std::string &name, const std::string &type,
-    const std::string &reason, const std::string &message, Seconds age, int count)
-{
-    if (const ObjectPtr about
-        = m_store.get(typeOfKind(kind), typeOfKind(kind).namespaced ? m_ns : "", name)) {
-        recordEvent(m_store, *about, {type, reason, message}, now() - age, count);
-    }
 }
 
 } // namespace tidewright::demo

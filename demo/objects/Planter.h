@@ -51,9 +51,6 @@ public:
     ObjectPtr object(
         const std::string &kind, const std::string &name, Seconds age, json body = json::object());
 
-    void event(const std::string &kind, const std::string &name, const std::string &type,
-        const std::string &reason, const std::string &message, Seconds age, int count = 1);
-
 private:
     json metadata(const std::string &name, Seconds age) const;
     json workloadBody(const Workload &workload, const json &podLabels) const;
