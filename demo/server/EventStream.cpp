@@ -15,28 +15,16 @@ std::string lineOf(const char *word, const std::string &object)
     return std::string("{\"type\":\"") + word + "\",\"object\":" + object + "}\n";
 }
 
-ObjectPtr changedCopy(const StoredObject &object, const std::function<void(json &)> &edit)
-{
-    auto copy = std::make_shared<StoredObject>(object);
-    json parsed = object.parsed();
-    edit(parsed);
-    copy->name = textAt(parsed, "/metadata/name");
-    parsed.erase("kind");
-    parsed.erase("apiVersion");
-    copy->body = toText(parsed);
-    return copy;
-}
-
 ObjectPtr withBallast(const StoredObject &object)
 {
-    return changedCopy(object, [](json &parsed) {
+    return object.edited([](json &parsed) {
         parsed["metadata"]["annotations"]["demo/ballast"] = std::string(ballastSize, 'x');
     });
 }
 
 ObjectPtr neverSeen(const StoredObject &object, std::uint64_t number)
 {
-    return changedCopy(object, [number](json &parsed) {
+    return object.edited([number](json &parsed) {
         parsed["metadata"]["name"] = "never-was-" + std::to_string(number);
         parsed["metadata"]["uid"] = "00000000-0000-4000-8000-" + std::to_string(100000000000 + number);
     });
@@ -140,6 +128,7 @@ void EventStream::strike(const std::string &line)
 
 void EventStream::bookmark(std::uint64_t version, bool endsInitial)
 {
+    followPlan();
     if (!isOpen() || (!endsInitial && m_plan->numberOf(StreamFault::NoBookmarks))) {
         return;
     }
@@ -171,6 +160,7 @@ void EventStream::end()
 
 bool EventStream::handOver(httplib::DataSink &sink)
 {
+    followPlan();
     const auto held = m_plan->numberOf(StreamFault::Hold);
     const bool isHeld = held && isOpen() && m_bytes.size() < *held * 1024;
     if (!isHeld && !m_bytes.empty()) {

@@ -141,7 +141,10 @@ private:
         } else if (was) {
             m_events.change("DELETED",
                 change.kind == Change::Kind::Deleted ? change.object
-                                                     : change.before->withVersion(change.object->version));
+                                                     : change.before->edited([&change](json &object) {
+                                                           object["metadata"]["resourceVersion"]
+                                                               = std::to_string(change.object->version);
+                                                       }));
         }
     }
 

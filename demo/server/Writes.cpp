@@ -107,30 +107,37 @@ void keepOtherHalf(const ApiCall &call, const json &before, json &after)
 
 using Change = std::function<json(const json &before)>;
 
+bool isDryRun(const ApiCall &call)
+{
+    return call.request.has_param("dryRun");
+}
+
 ObjectPtr applyChange(const ApiCall &call, const Change &change)
 {
-    const ObjectPtr stored
-        = call.cluster.store.update(call.type(), call.path.ns, call.path.name, [&](json &object) {
-              json after = change(object);
-              if (!after.is_object() || !after["metadata"].is_object()) {
-                  throw ApiError::invalid(
-                      call.type(), call.path.name, "the result is not an object with metadata");
-              }
-              checkVersion(call, object, after);
-              if (textAt(after, "/metadata/name", call.path.name) != call.path.name) {
-                  throw ApiError::badRequest("the name of the object (" + textAt(after, "/metadata/name")
-                      + ") does not match the name on the URL (" + call.path.name + ")");
-              }
-              checkObject(call.type(), after, call.parameter("fieldValidation"));
-              keepOtherHalf(call, object, after);
-              keepServerFields(object, after);
-              after["metadata"]["resourceVersion"] = object["metadata"]["resourceVersion"];
-              if (call.path.subresource.empty() && at(after, "/spec") != at(object, "/spec")
-                  && at(object, "/metadata/generation").is_number()) {
-                  after["metadata"]["generation"] = numberAt(object, "/metadata/generation") + 1;
-              }
-              object = std::move(after);
-          });
+    const auto edit = [&](json &object) {
+        json after = change(object);
+        if (!after.is_object() || !after["metadata"].is_object()) {
+            throw ApiError::invalid(call.type(), call.path.name, "the result is not an object with metadata");
+        }
+        checkVersion(call, object, after);
+        if (textAt(after, "/metadata/name", call.path.name) != call.path.name) {
+            throw ApiError::badRequest("the name of the object (" + textAt(after, "/metadata/name")
+                + ") does not match the name on the URL (" + call.path.name + ")");
+        }
+        checkObject(call.type(), after, call.parameter("fieldValidation"));
+        keepOtherHalf(call, object, after);
+        keepServerFields(object, after);
+        after["metadata"]["resourceVersion"] = object["metadata"]["resourceVersion"];
+        if (call.path.subresource.empty() && at(after, "/spec") != at(object, "/spec")
+            && at(object, "/metadata/generation").is_number()) {
+            after["metadata"]["generation"] = numberAt(object, "/metadata/generation") + 1;
+        }
+        object = std::move(after);
+    };
+    if (isDryRun(call)) {
+        return requireObject(call)->edited(edit);
+    }
+    const ObjectPtr stored = call.cluster.store.update(call.type(), call.path.ns, call.path.name, edit);
     if (!stored) {
         throw ApiError::notFound(call.type(), call.path.name);
     }
@@ -158,11 +165,6 @@ std::string successText(const StoredObject &object)
     return toText(
         {{"kind", "Status"}, {"apiVersion", "v1"}, {"metadata", json::object()}, {"status", "Success"},
             {"details", {{"name", object.name}, {"kind", object.type->plural}, {"uid", object.uid}}}});
-}
-
-bool isDryRun(const ApiCall &call)
-{
-    return call.request.has_param("dryRun");
 }
 
 Removal removalOf(const ApiCall &call)
@@ -244,7 +246,9 @@ void deleteCollection(const ApiCall &call)
     const ListPage page = call.cluster.store.list(call.type(), {call.path.ns, filterOf(call)});
     const Removal removal = removalOf(call);
     for (const ObjectPtr &object : page.objects) {
-        call.cluster.movement.remove(object, removal);
+        if (!isDryRun(call)) {
+            call.cluster.movement.remove(object, removal);
+        }
     }
     answer(call.response,
         toText({{"kind", "Status"}, {"apiVersion", "v1"}, {"metadata", json::object()}, {"status", "Success"},

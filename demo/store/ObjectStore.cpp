@@ -24,6 +24,13 @@ std::uint64_t scramble(std::uint64_t value)
     return value ^ (value >> 31);
 }
 
+std::string bodyOf(json &object)
+{
+    object.erase("kind");
+    object.erase("apiVersion");
+    return toText(object);
+}
+
 std::string controllerUid(const json &metadata)
 {
     for (const json &owner : at(metadata, "/ownerReferences")) {
@@ -50,13 +57,14 @@ json StoredObject::parsed() const
     return object;
 }
 
-std::shared_ptr<const StoredObject> StoredObject::withVersion(std::uint64_t other) const
+std::shared_ptr<const StoredObject> StoredObject::edited(const std::function<void(json &)> &edit) const
 {
+    json object = parsed();
+    edit(object);
     auto copy = std::make_shared<StoredObject>(*this);
-    json parsed = json::parse(body);
-    parsed["metadata"]["resourceVersion"] = std::to_string(other);
-    copy->version = other;
-    copy->body = toText(parsed);
+    copy->name = textAt(object, "/metadata/name");
+    copy->version = std::strtoull(textAt(object, "/metadata/resourceVersion").c_str(), nullptr, 10);
+    copy->body = bodyOf(object);
     return copy;
 }
 
@@ -114,9 +122,7 @@ ObjectPtr ObjectStore::pack(const ResourceType &type, json &object)
             metadata.erase(map);
         }
     }
-    object.erase("kind");
-    object.erase("apiVersion");
-    stored->body = toText(object);
+    stored->body = bodyOf(object);
     return stored;
 }
 

@@ -36,8 +36,8 @@ struct StoredObject
     /// With kind and apiVersion, which may be the type's older one.
     std::string textAs(const std::string &version) const;
     json parsed() const;
-    /// The same state under another version.
-    std::shared_ptr<const StoredObject> withVersion(std::uint64_t other) const;
+    /// A changed copy that is not stored.
+    std::shared_ptr<const StoredObject> edited(const std::function<void(json &)> &edit) const;
 };
 using ObjectPtr = std::shared_ptr<const StoredObject>;
 
