@@ -6,11 +6,11 @@
 
 namespace tidewright::demo {
 
-// Shares one rate of log lines among all open streams, and counts the lines. Safe from any thread.
+/// Shares one rate of log lines among all open streams, and counts the lines. Safe from any thread.
 class LogPace
 {
 public:
-    // Counts a stream as open for as long as it lives.
+    /// Counts a stream as open for as long as it lives.
     class Share
     {
     public:
@@ -33,7 +33,7 @@ public:
         LogPace &m_pace;
     };
 
-    // Lines written to all streams since the start.
+    /// Lines written to all streams since the start.
     std::uint64_t lines() const { return m_lines; }
 
 private:

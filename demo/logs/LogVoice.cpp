@@ -13,8 +13,9 @@ namespace {
 std::uint64_t historyOf(const json &pod, std::uint64_t seed)
 {
     const json &annotations = at(pod, "/metadata/annotations");
-    if (annotations.is_object() && annotations.contains("demo/log-lines"))
+    if (annotations.is_object() && annotations.contains("demo/log-lines")) {
         return std::strtoull(textAt(annotations, "/demo~1log-lines", "0").c_str(), nullptr, 10);
+    }
     return 120 + seed % 200;
 }
 
@@ -63,20 +64,23 @@ LogVoice::LogVoice(const json &pod, const std::string &container)
     , m_history(historyOf(pod, m_seed))
 {
     m_silent = container == "config-reloader" || container == "agent" || container == "shell";
-    if (container == "nginx" || container == "mesh-proxy")
+    if (container == "nginx" || container == "mesh-proxy") {
         m_style = Style::Access;
-    else if (container == "postgres" || container == "cache")
+    } else if (container == "postgres" || container == "cache") {
         m_style = Style::Database;
-    else
+    } else {
         m_style = m_seed % 3 == 0 ? Style::Plain : Style::Structured;
-    if (m_silent)
+    }
+    if (m_silent) {
         m_history = 0;
+    }
 }
 
 std::string LogVoice::body(std::uint64_t number, std::uint64_t chance) const
 {
-    if (number % 50 == 0)
+    if (number % 50 == 0) {
         return "dump " + std::string(1500 + chance % 2500, char('a' + chance % 26));
+    }
     switch (m_style) {
     case Style::Access:
         return accessLine(chance);
@@ -95,8 +99,9 @@ std::string LogVoice::line(std::uint64_t number) const
     std::uint64_t chance = (m_seed ^ number) * 0x9e3779b97f4a7c15ULL;
     chance ^= chance >> 29;
     const std::string text = "seq=" + std::to_string(number) + ' ' + body(number, chance);
-    if (number % 20 == 7)
+    if (number % 20 == 7) {
         return "\x1b[33m" + text + "\x1b[0m\n";
+    }
     return text + '\n';
 }
 

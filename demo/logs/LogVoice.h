@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Json.h"
+#include "base/Json.h"
 
 #include <cstdint>
 #include <string>
 
 namespace tidewright::demo {
 
-// What one container writes: line n is always the same text, starts with "seq=n " after its colour codes and
-// ends in a newline. Some containers never say anything.
+/// What one container writes: line n is always the same text, starts with "seq=n " after its colour codes and
+/// ends in a newline. Some containers never say anything.
 class LogVoice
 {
 public:
@@ -17,11 +17,11 @@ public:
 
     bool isSilent() const { return m_silent; }
 
-    // Lines that were written before anybody looked. The annotation "demo/log-lines" on the pod overrules the
-    // usual couple of hundred.
+    /// Lines that were written before anybody looked. The annotation "demo/log-lines" on the pod overrules
+    /// the usual couple of hundred.
     std::uint64_t history() const { return m_history; }
 
-    // Numbers start at 1.
+    /// Numbers start at 1.
     std::string line(std::uint64_t number) const;
 
 private:

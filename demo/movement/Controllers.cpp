@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movement/Controllers.h"
 
-#include "Time.h"
-#include "movement/Refresh.h"
+#include "base/Time.h"
 #include "objects/Events.h"
 #include "objects/Names.h"
 #include "objects/Pods.h"
+#include "objects/Refresh.h"
 
 #include <algorithm>
 
@@ -19,8 +19,9 @@ constexpr const char *hashLabel = "pod-template-hash";
 
 void setDefault(json &object, const char *field, const json &value)
 {
-    if (!object.contains(field))
+    if (!object.contains(field)) {
         object[field] = value;
+    }
 }
 
 void prepareJob(ObjectStore &store, json &job)
@@ -47,8 +48,9 @@ bool isLive(const json &pod)
 
 json withoutHash(json podTemplate)
 {
-    if (at(podTemplate, "/metadata/labels").is_object())
+    if (at(podTemplate, "/metadata/labels").is_object()) {
         podTemplate["metadata"]["labels"].erase(hashLabel);
+    }
     return podTemplate;
 }
 
@@ -59,22 +61,25 @@ long long revisionNumber(const json &object)
 
 size_t wantedPods(const std::string &kind, const json &owner)
 {
-    if (kind == "DaemonSet")
+    if (kind == "DaemonSet") {
         return size_t(
             std::max(1LL, numberAt(owner, "/status/desiredNumberScheduled", (long long)nodeNames().size())));
+    }
     return size_t(std::max(0LL, numberAt(owner, "/spec/replicas", 1)));
 }
 
 EventText eventOfStep(int step, const json &pod)
 {
     const std::string image = textAt(pod, "/spec/containers/0/image");
-    if (step == 0)
+    if (step == 0) {
         return {"Normal", "Scheduled",
             "Successfully assigned " + textAt(pod, "/metadata/namespace") + '/'
                 + textAt(pod, "/metadata/name") + " to " + textAt(pod, "/spec/nodeName"),
             "default-scheduler"};
-    if (step == 1)
+    }
+    if (step == 1) {
         return {"Normal", "Pulled", "Container image \"" + image + "\" already present on machine"};
+    }
     return {"Normal", "Started", "Started container " + textAt(pod, "/spec/containers/0/name")};
 }
 
@@ -92,8 +97,9 @@ void Controllers::prepare(const ResourceType &type, json &object)
     object["status"] = json::object();
     object["metadata"]["generation"] = 1;
     json &spec = object["spec"];
-    if (!spec.is_object())
+    if (!spec.is_object()) {
         return;
+    }
     if (type.kind == "Pod") {
         setDefault(spec, "restartPolicy", "Always");
         setDefault(spec, "serviceAccountName", "default");
@@ -114,8 +120,9 @@ void Controllers::changed(const ObjectPtr &object)
     const Key key{object->ns, object->name};
     if (kind == "Pod") {
         const json pod = object->parsed();
-        if (textAt(pod, "/status/phase") == "Pending" && at(pod, "/status").size() == 1)
+        if (textAt(pod, "/status/phase") == "Pending" && at(pod, "/status").size() == 1) {
             startPod(*object);
+        }
         podsChanged(*object);
     } else if (kind == "Service") {
         refreshEndpoints(m_store, key.ns);
@@ -127,14 +134,16 @@ void Controllers::changed(const ObjectPtr &object)
 
 void Controllers::removed(const ObjectPtr &object)
 {
-    if (object->type->kind != "Pod")
+    if (object->type->kind != "Pod") {
         return;
+    }
     podsChanged(*object);
     const json pod = object->parsed();
     const std::string kind = textAt(pod, "/metadata/ownerReferences/0/kind");
     const Key owner{object->ns, textAt(pod, "/metadata/ownerReferences/0/name")};
-    if (kind == "ReplicaSet" || kind == "StatefulSet" || kind == "DaemonSet")
+    if (kind == "ReplicaSet" || kind == "StatefulSet" || kind == "DaemonSet") {
         m_schedule.after(200ms, [this, kind, owner] { reconcile(kind, owner); });
+    }
 }
 
 void Controllers::podsChanged(const StoredObject &pod)
@@ -147,26 +156,29 @@ void Controllers::podsChanged(const StoredObject &pod)
 
 void Controllers::reconcile(const std::string &kind, const Key &key)
 {
-    if (kind == "Deployment")
+    if (kind == "Deployment") {
         reconcileDeployment(key);
-    else if (kind == "Job")
+    } else if (kind == "Job") {
         startJob(key);
-    else
+    } else {
         reconcilePods(kind, key);
+    }
 }
 
 void Controllers::reconcileDeployment(const Key &key)
 {
     const ObjectPtr object = m_store.get(typeOfKind("Deployment"), key.ns, key.name);
-    if (!object)
+    if (!object) {
         return;
+    }
     const json deployment = object->parsed();
     const ObjectPtr current = replicaSetFor(*object, deployment);
     setReplicas(*current, numberAt(deployment, "/spec/replicas", 1));
     for (const ObjectPtr &set : m_store.ownedBy(typeOfKind("ReplicaSet"), key.ns, object->uid)) {
         // The new pods come up first.
-        if (set->name != current->name && numberAt(set->parsed(), "/spec/replicas") > 0)
+        if (set->name != current->name && numberAt(set->parsed(), "/spec/replicas") > 0) {
             m_schedule.after(2500ms, [this, set] { setReplicas(*set, 0); });
+        }
     }
     refreshDeployment(m_store, key.ns, key.name);
 }
@@ -180,18 +192,21 @@ ObjectPtr Controllers::replicaSetFor(const StoredObject &deployment, const json 
     for (const ObjectPtr &set : m_store.ownedBy(type, deployment.ns, deployment.uid)) {
         const json candidate = set->parsed();
         newest = std::max(newest, revisionNumber(candidate));
-        if (withoutHash(at(candidate, "/spec/template")) == wanted)
+        if (withoutHash(at(candidate, "/spec/template")) == wanted) {
             found = set;
+        }
     }
-    if (found && revisionOf(found->parsed()) == revisionOf(parsed))
+    if (found && revisionOf(found->parsed()) == revisionOf(parsed)) {
         return found;
+    }
 
     const std::string revision = std::to_string(newest + 1);
     const auto mark
         = [&revision](json &object) { object["metadata"]["annotations"][revisionAnnotation] = revision; };
     m_store.update(*deployment.type, deployment.ns, deployment.name, mark);
-    if (found)
+    if (found) {
         return m_store.update(type, found->ns, found->name, mark);
+    }
     const std::string hash = nameSuffix(stableHash(toText(wanted)), 9);
     json set{{"metadata",
                  {{"name", deployment.name + '-' + hash}, {"namespace", deployment.ns},
@@ -212,15 +227,17 @@ void Controllers::setReplicas(const StoredObject &replicaSet, long long replicas
     const Key key{replicaSet.ns, replicaSet.name};
     const ObjectPtr set = m_store.update(*replicaSet.type, key.ns, key.name,
         [replicas](json &object) { object["spec"]["replicas"] = replicas; });
-    if (set)
+    if (set) {
         reconcilePods("ReplicaSet", key);
+    }
 }
 
 void Controllers::reconcilePods(const std::string &kind, const Key &key)
 {
     const ObjectPtr owner = m_store.get(typeOfKind(kind), key.ns, key.name);
-    if (!owner)
+    if (!owner) {
         return;
+    }
     const json parsed = owner->parsed();
     const size_t wanted = wantedPods(kind, parsed);
     std::vector<ObjectPtr> pods = m_store.ownedBy(typeOfKind("Pod"), key.ns, owner->uid);
@@ -228,10 +245,12 @@ void Controllers::reconcilePods(const std::string &kind, const Key &key)
     // The youngest go first.
     std::sort(pods.begin(), pods.end(),
         [](const ObjectPtr &a, const ObjectPtr &b) { return a->version < b->version; });
-    for (; pods.size() > wanted; pods.pop_back())
+    for (; pods.size() > wanted; pods.pop_back()) {
         m_removePod(pods.back());
-    for (size_t missing = pods.size(); missing < wanted; ++missing)
+    }
+    for (size_t missing = pods.size(); missing < wanted; ++missing) {
         createPod(*owner, parsed, wanted);
+    }
     refreshOwner(m_store, key.ns, kind, key.name);
 }
 
@@ -259,94 +278,54 @@ void Controllers::startPod(const StoredObject &pod)
     m_schedule.after(400ms, [this, pod] { advancePod(pod, 0); });
     m_schedule.after(1000ms, [this, pod] { advancePod(pod, 1); });
     m_schedule.after(1800ms + extra, [this, pod] { advancePod(pod, 2); });
-    if (textAt(pod.parsed(), "/spec/restartPolicy", "Always") != "Always")
+    if (textAt(pod.parsed(), "/spec/restartPolicy", "Always") != "Always") {
         m_schedule.after(6000ms + extra, [this, pod] { advancePod(pod, 3); });
+    }
 }
 
-bool Controllers::advancePod(const StoredObject &pod, int step)
+void Controllers::advancePod(const StoredObject &pod, int step)
 {
     static constexpr PodState states[]{
         PodState::Scheduled, PodState::ContainerCreating, PodState::Running, PodState::Succeeded};
     const ObjectPtr present = m_store.get(*pod.type, pod.ns, pod.name);
-    if (!present || present->uid != pod.uid)
-        return false;
+    if (!present || present->uid != pod.uid) {
+        return;
+    }
     const Seconds since = parseTimestamp(textAt(present->parsed(), "/metadata/creationTimestamp"));
     const ObjectPtr advanced = m_store.update(*pod.type, pod.ns, pod.name, [&](json &object) {
-        if (at(object, "/metadata/deletionTimestamp").is_null())
+        if (at(object, "/metadata/deletionTimestamp").is_null()) {
             setPodState(object, states[step], since);
+        }
     });
-    if (!advanced || advanced == present)
-        return false;
-    const json parsed = advanced->parsed();
-    if (step < 3)
-        recordEvent(m_store, *advanced, eventOfStep(step, parsed));
-    podsChanged(*advanced);
-    if (step == 3 && textAt(parsed, "/metadata/ownerReferences/0/kind") == "Job") {
-        if (const ObjectPtr job
-            = m_store.get(typeOfKind("Job"), pod.ns, textAt(parsed, "/metadata/ownerReferences/0/name")))
-            finishCronRun(*job);
+    if (!advanced || advanced == present) {
+        return;
     }
-    return true;
+    const json parsed = advanced->parsed();
+    if (step < 3) {
+        recordEvent(m_store, *advanced, eventOfStep(step, parsed));
+    }
+    podsChanged(*advanced);
 }
 
 void Controllers::startJob(const Key &key)
 {
     const ObjectPtr job = m_store.get(typeOfKind("Job"), key.ns, key.name);
-    if (!job || at(job->parsed(), "/status/startTime").is_string())
+    if (!job || at(job->parsed(), "/status/startTime").is_string()) {
         return;
+    }
     m_store.update(*job->type, key.ns, key.name, [](json &object) {
         object["status"]["startTime"] = timestamp(now());
         // Without a policy of its own a job's pod would be restarted for ever.
-        if (textAt(object, "/spec/template/spec/restartPolicy", "Always") == "Always")
+        if (textAt(object, "/spec/template/spec/restartPolicy", "Always") == "Always") {
             object["spec"]["template"]["spec"]["restartPolicy"] = "Never";
+        }
     });
     const json parsed = m_store.get(*job->type, key.ns, key.name)->parsed();
     const long long completions = std::clamp(numberAt(parsed, "/spec/completions", 1), 1LL, 50LL);
-    for (long long i = 0; i < completions; ++i)
+    for (long long i = 0; i < completions; ++i) {
         createPod(*job, parsed, size_t(completions));
+    }
     refreshJob(m_store, key.ns, key.name);
-}
-
-void Controllers::finishCronRun(const StoredObject &job)
-{
-    const json parsed = job.parsed();
-    if (at(parsed, "/status/conditions").empty())
-        return;
-    recordEvent(m_store, job, {"Normal", "Completed", "Job completed", "job-controller"});
-    m_store.update(
-        typeOfKind("CronJob"), job.ns, textAt(parsed, "/metadata/ownerReferences/0/name"), [&](json &cron) {
-            if (!at(cron, "/status/active").is_array())
-                return;
-            json &active = cron["status"]["active"];
-            json others = json::array();
-            for (const json &entry : active) {
-                if (textAt(entry, "/name") != job.name)
-                    others.push_back(entry);
-            }
-            active = others;
-            if (active.empty())
-                cron["status"].erase("active");
-        });
-}
-
-std::string Controllers::runCronJob(const StoredObject &cronJob)
-{
-    const json cron = cronJob.parsed();
-    json job{{"metadata",
-                 {{"name", cronJob.name + '-' + std::to_string(now() / 60)}, {"namespace", cronJob.ns},
-                     {"ownerReferences", json::array({ownerReference(cron)})}}},
-        {"spec", at(cron, "/spec/jobTemplate/spec")}};
-    prepare(typeOfKind("Job"), job);
-    const ObjectPtr created = m_store.create(typeOfKind("Job"), std::move(job));
-    if (!created)
-        return {};
-    m_store.update(*cronJob.type, cronJob.ns, cronJob.name, [&](json &object) {
-        object["status"]["lastScheduleTime"] = timestamp(now());
-        object["status"]["active"].push_back({{"apiVersion", "batch/v1"}, {"kind", "Job"},
-            {"name", created->name}, {"namespace", created->ns}, {"uid", created->uid}});
-    });
-    changed(created);
-    return created->name;
 }
 
 } // namespace tidewright::demo

@@ -9,9 +9,9 @@
 
 namespace tidewright::demo {
 
-// What the controllers of a cluster do: replica sets for deployments, pods for whatever runs pods, the way of
-// a pod from Pending to Running or to its end, and the counts that follow. Works through the schedule; owned
-// by Movement.
+/// What the controllers of a cluster do: replica sets for deployments, pods for whatever runs pods, the way
+/// of a pod from Pending to Running or to its end, and the counts that follow. Works through the schedule;
+/// owned by Movement.
 class Controllers
 {
 public:
@@ -19,14 +19,11 @@ public:
 
     Controllers(ObjectStore &store, Schedule &schedule, RemovePod removePod);
 
-    // Defaults of a new object.
+    /// Defaults of a new object.
     void prepare(const ResourceType &type, json &object);
 
     void changed(const ObjectPtr &object);
     void removed(const ObjectPtr &object);
-
-    // Makes the cron job run once, as its schedule would. Returns the new job's name.
-    std::string runCronJob(const StoredObject &cronJob);
 
 private:
     struct Key
@@ -44,8 +41,7 @@ private:
     void setReplicas(const StoredObject &replicaSet, long long replicas);
     void createPod(const StoredObject &owner, const json &parsed, size_t count);
     void startPod(const StoredObject &pod);
-    bool advancePod(const StoredObject &pod, int step);
-    void finishCronRun(const StoredObject &job);
+    void advancePod(const StoredObject &pod, int step);
 
     ObjectStore &m_store;
     Schedule &m_schedule;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "movement/Movement.h"
 
-#include "Base64.h"
-#include "Time.h"
-#include "movement/DailyLife.h"
+#include "base/Base64.h"
+#include "base/Time.h"
+#include "movement/CrashLoops.h"
 #include "objects/Names.h"
 
 namespace tidewright::demo {
@@ -15,21 +15,27 @@ using namespace std::chrono_literals;
 void prepareService(json &object, std::uint64_t hash)
 {
     json &spec = object["spec"];
-    if (!spec.is_object())
+    if (!spec.is_object()) {
         return;
-    if (!spec.contains("type"))
+    }
+    if (!spec.contains("type")) {
         spec["type"] = "ClusterIP";
-    if (!spec.contains("clusterIP") && spec["type"] != "ExternalName")
+    }
+    if (!spec.contains("clusterIP") && spec["type"] != "ExternalName") {
         spec["clusterIP"]
             = "10.96." + std::to_string(hash / 250 % 250) + '.' + std::to_string(1 + hash % 250);
+    }
     const bool onNodes = spec["type"] == "NodePort" || spec["type"] == "LoadBalancer";
     for (json &port : spec["ports"]) {
-        if (!port.contains("protocol"))
+        if (!port.contains("protocol")) {
             port["protocol"] = "TCP";
-        if (!port.contains("targetPort"))
+        }
+        if (!port.contains("targetPort")) {
             port["targetPort"] = port["port"];
-        if (onNodes && !port.contains("nodePort"))
+        }
+        if (onNodes && !port.contains("nodePort")) {
             port["nodePort"] = 30000 + hash++ % 2768;
+        }
     }
     object["status"] = {{"loadBalancer", json::object()}};
 }
@@ -37,11 +43,13 @@ void prepareService(json &object, std::uint64_t hash)
 // A secret's stringData is write-only: it lands in data.
 void prepareSecret(json &object)
 {
-    if (!object.contains("type"))
+    if (!object.contains("type")) {
         object["type"] = "Opaque";
+    }
     const json plain = at(object, "/stringData");
-    for (auto entry = plain.begin(); entry != plain.end(); ++entry)
+    for (auto entry = plain.begin(); entry != plain.end(); ++entry) {
         object["data"][entry.key()] = base64(entry->get<std::string>());
+    }
     object.erase("stringData");
 }
 
@@ -56,8 +64,9 @@ Movement::Movement(ObjectStore &store, bool still)
 
 void Movement::start()
 {
-    if (!m_schedule.isStill())
-        beginDailyLife(m_store, m_schedule, m_controllers);
+    if (!m_schedule.isStill()) {
+        beginCrashLoops(m_store, m_schedule);
+    }
     m_schedule.start();
 }
 
@@ -70,24 +79,26 @@ void Movement::prepare(const ResourceType &type, json &object)
 {
     const std::uint64_t hash
         = stableHash(textAt(object, "/metadata/namespace") + textAt(object, "/metadata/name"));
-    if (type.kind == "Service")
+    if (type.kind == "Service") {
         prepareService(object, hash);
-    else if (type.kind == "Secret")
+    } else if (type.kind == "Secret") {
         prepareSecret(object);
-    else if (type.kind == "Namespace")
+    } else if (type.kind == "Namespace") {
         object["status"] = {{"phase", "Active"}};
-    else if (type.kind == "PersistentVolume")
+    } else if (type.kind == "PersistentVolume") {
         object["status"] = {{"phase", "Available"}};
-    else if (type.group == "apps" || type.group == "batch" || type.kind == "Pod")
+    } else if (type.group == "apps" || type.group == "batch" || type.kind == "Pod") {
         m_controllers.prepare(type, object);
+    }
 }
 
 void Movement::created(const ObjectPtr &object)
 {
     const std::string &kind = object->type->kind;
-    if (kind == "Namespace")
+    if (kind == "Namespace") {
         m_store.create(typeOfKind("ServiceAccount"),
             {{"metadata", {{"name", "default"}, {"namespace", object->name}}}, {"secrets", json::array()}});
+    }
     m_controllers.changed(object);
     m_schedule.settle();
 }
@@ -115,20 +126,24 @@ ObjectPtr Movement::beginRemoval(const ObjectPtr &object, const Removal &removal
         return nullptr;
     }
     const ObjectPtr terminating = m_store.update(*object->type, object->ns, object->name, [&](json &going) {
-        if (at(going, "/metadata/deletionTimestamp").is_null())
+        if (at(going, "/metadata/deletionTimestamp").is_null()) {
             going["metadata"]["deletionTimestamp"] = timestamp(now() + (kind == "Pod" ? 30 : 0));
-        if (kind == "Namespace")
+        }
+        if (kind == "Namespace") {
             going["status"]["phase"] = "Terminating";
-        else
+        } else {
             going["metadata"]["deletionGracePeriodSeconds"] = 30;
+        }
     });
-    if (!terminating)
+    if (!terminating) {
         return nullptr;
+    }
     m_controllers.changed(terminating);
     m_schedule.after(1500ms, [this, object, removal] {
         const ObjectPtr newest = m_store.get(*object->type, object->ns, object->name);
-        if (newest && newest->uid == object->uid)
+        if (newest && newest->uid == object->uid) {
             removeNow(newest, removal);
+        }
     });
     return terminating;
 }
@@ -136,15 +151,19 @@ ObjectPtr Movement::beginRemoval(const ObjectPtr &object, const Removal &removal
 void Movement::removeNow(const ObjectPtr &object, const Removal &removal)
 {
     const ObjectPtr removed = m_store.remove(*object->type, object->ns, object->name);
-    if (!removed)
+    if (!removed) {
         return;
+    }
     const std::string &kind = object->type->kind;
-    if (!removal.orphan)
+    if (!removal.orphan) {
         removeOwned(*removed);
-    if (kind == "Namespace")
+    }
+    if (kind == "Namespace") {
         removeContents(object->name);
-    if (kind == "Service")
+    }
+    if (kind == "Service") {
         m_store.remove(typeOfKind("Endpoints"), object->ns, object->name);
+    }
     m_controllers.removed(removed);
 }
 
@@ -160,10 +179,12 @@ void Movement::removeOwned(const StoredObject &owner)
 void Movement::removeContents(const std::string &ns)
 {
     for (const ResourceType &type : resourceTypes()) {
-        if (!type.namespaced)
+        if (!type.namespaced) {
             continue;
-        for (const ObjectPtr &object : m_store.list(type, ns).objects)
+        }
+        for (const ObjectPtr &object : m_store.all(type, ns)) {
             m_store.remove(type, ns, object->name);
+        }
     }
 }
 

@@ -10,32 +10,31 @@
 
 namespace tidewright::demo {
 
-// How a DELETE was meant.
+/// How a DELETE was meant.
 struct Removal
 {
-    bool orphan = false; // leave what the object owns
-    bool immediate = false; // no grace period
+    bool orphan = false; ///< leave what the object owns
+    bool immediate = false; ///< no grace period
 };
 
-// What follows from changes of the objects, and what happens without any: the controllers, the garbage
-// collection and the small daily life of the cluster. Told by the server about every write; safe from any
-// thread.
+/// What follows from changes of the objects, and what happens without any: the controllers, the garbage
+/// collection, the containers that crash. Told by the server about every write; safe from any thread.
 class Movement
 {
 public:
     Movement(ObjectStore &store, bool still);
 
-    // Daily life begins (unless still).
+    /// Things begin to happen (unless still).
     void start();
 
-    // Fills in what a server defaults in a new object.
+    /// Fills in what a server defaults in a new object.
     void prepare(const ResourceType &type, json &object);
 
     void created(const ObjectPtr &object);
     void modified(const ObjectPtr &object);
 
-    // Deletes the object and what it owns. Returns the object as it is now when it takes a while to go, else
-    // null.
+    /// Deletes the object and what it owns. Returns the object as it is now when it takes a while to go, else
+    /// null.
     ObjectPtr remove(const ObjectPtr &object, const Removal &removal);
 
     std::string randomSuffix();

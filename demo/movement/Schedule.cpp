@@ -14,14 +14,16 @@ void Schedule::after(Delay delay, Task task)
 
 void Schedule::start()
 {
-    if (!m_still)
+    if (!m_still) {
         std::thread([this] { work(); }).detach();
+    }
 }
 
 void Schedule::settle()
 {
-    if (!m_still)
+    if (!m_still) {
         return;
+    }
     const std::lock_guard settling(m_settling);
     std::unique_lock lock(m_mutex);
     while (!m_tasks.empty()) {

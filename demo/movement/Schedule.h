@@ -9,9 +9,9 @@
 
 namespace tidewright::demo {
 
-// Tasks to run later, one after another. Moving: a thread runs each when its time has come and sleeps in
-// between. Still: delays mean nothing; settle() runs everything in the order of the delays, on the caller's
-// thread.
+/// Tasks to run later, one after another. Moving: a thread runs each when its time has come and sleeps in
+/// between. Still: delays mean nothing; settle() runs everything in the order of the delays, on the caller's
+/// thread.
 class Schedule
 {
 public:
@@ -26,10 +26,10 @@ public:
     bool isStill() const { return m_still; }
     void after(Delay delay, Task task);
 
-    // Starts the thread, which ends with the process. Nothing when still.
+    /// Starts the thread, which ends with the process. Nothing when still.
     void start();
 
-    // Runs what is due now that something was changed. Nothing when moving.
+    /// Runs what is due now that something was changed. Nothing when moving.
     void settle();
 
 private:

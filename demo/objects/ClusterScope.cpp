@@ -29,9 +29,10 @@ json rules(int count)
 {
     static const char *const resources[]{"pods", "services", "configmaps", "secrets", "deployments", "jobs"};
     json list = json::array();
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         list.push_back({{"apiGroups", json::array({""})}, {"resources", json::array({resources[i % 6]})},
             {"verbs", json::array({"get", "list", "watch"})}});
+    }
     return {{"rules", list}};
 }
 
@@ -39,13 +40,14 @@ json rules(int count)
 
 void plantNodes(ObjectStore &store, Seconds age)
 {
-    for (const std::string &name : nodeNames())
+    for (const std::string &name : nodeNames()) {
         plant(store, "Node", name, age,
             {{"metadata", {{"labels", {{"kubernetes.io/hostname", name}}}}}, {"spec", json::object()},
                 {"status",
                     {{"capacity", {{"cpu", "8"}, {"memory", "32Gi"}, {"pods", "110"}}},
                         {"conditions", json::array({{{"type", "Ready"}, {"status", "True"}}})},
                         {"nodeInfo", {{"kubeletVersion", "v1.30.0-demo"}}}}}});
+    }
 }
 
 void plantVolumes(ObjectStore &store)
@@ -78,20 +80,21 @@ void plantPodEvents(
     ObjectStore &store, const StoredObject &pod, const json &parsed, const std::string &waitingReason)
 {
     const Seconds start = parseTimestamp(textAt(parsed, "/metadata/creationTimestamp"));
-    if (waitingReason == "CrashLoopBackOff")
+    if (waitingReason == "CrashLoopBackOff") {
         recordEvent(
             store, pod, {"Warning", "BackOff", "Back-off restarting failed container"}, now() - 130, 41);
-    else if (waitingReason == "ImagePullBackOff")
+    } else if (waitingReason == "ImagePullBackOff") {
         recordEvent(store, pod, {"Warning", "Failed", "Error: ImagePullBackOff"}, now() - 75, 8);
-    else if (textAt(parsed, "/status/conditions/0/reason") == "Unschedulable")
+    } else if (textAt(parsed, "/status/conditions/0/reason") == "Unschedulable") {
         recordEvent(store, pod,
             {"Warning", "FailedScheduling", textAt(parsed, "/status/conditions/0/message"),
                 "default-scheduler"},
             now() - 200, 12);
-    else if (now() - start < 12 * hours)
+    } else if (now() - start < 12 * hours) {
         recordEvent(store, pod,
             {"Normal", "Started", "Started container " + textAt(parsed, "/spec/containers/0/name")},
             start + 3);
+    }
 }
 
 } // namespace tidewright::demo

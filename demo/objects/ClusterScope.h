@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Time.h"
+#include "base/Time.h"
 #include "store/ObjectStore.h"
 
 #include <string>
 
 namespace tidewright::demo {
 
-// Objects that belong to no namespace, and the events of seeded pods.
+/// Objects that belong to no namespace, and the events of seeded pods.
 void plantNodes(ObjectStore &store, Seconds age);
 void plantVolumes(ObjectStore &store);
 void plantClusterRoles(ObjectStore &store);

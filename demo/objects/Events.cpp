@@ -16,8 +16,9 @@ std::string recordEvent(
         {"source", {{"component", text.component}}}, {"reportingComponent", ""}, {"reportingInstance", ""},
         {"count", count}, {"firstTimestamp", timestamp(time - 60 * (count - 1))},
         {"lastTimestamp", timestamp(time)}, {"eventTime", nullptr}};
-    if (!about.ns.empty())
+    if (!about.ns.empty()) {
         event["involvedObject"]["namespace"] = about.ns;
+    }
     store.create(typeOfKind("Event"), std::move(event));
     return name;
 }

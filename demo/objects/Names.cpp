@@ -6,8 +6,9 @@ namespace tidewright::demo {
 std::uint64_t stableHash(const std::string &text)
 {
     std::uint64_t hash = 0xcbf29ce484222325ULL;
-    for (const unsigned char c : text)
+    for (const unsigned char c : text) {
         hash = (hash ^ c) * 0x100000001b3ULL;
+    }
     // The low bits of the sum alone are too alike for neighbouring names.
     hash = (hash ^ (hash >> 31)) * 0x94d049bb133111ebULL;
     return hash ^ (hash >> 29);

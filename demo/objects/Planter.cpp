@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objects/Planter.h"
 
-#include "movement/Refresh.h"
-#include "objects/Events.h"
 #include "objects/Names.h"
+#include "objects/Refresh.h"
 
 #include <algorithm>
 
@@ -65,15 +64,17 @@ void Planter::deployment(const Workload &workload)
         generation.name = workload.name + '-' + hash;
         generation.age = age;
         generation.replicas = current ? workload.replicas : 0;
-        if (!current)
+        if (!current) {
             generation.containers.front().image += "-rc" + std::to_string(revision);
+        }
         json set = workloadBody(generation, labels);
         set["metadata"]["labels"] = labels;
         set["metadata"]["ownerReferences"] = json::array({ownerReference(deployment)});
         set["metadata"]["annotations"][revisionAnnotation] = std::to_string(revision);
         const ObjectPtr stored = m_store.create(typeOfKind("ReplicaSet"), std::move(set));
-        if (current)
+        if (current) {
             pods(generation, *stored, false);
+        }
         refreshReplicaSet(m_store, m_ns, generation.name);
     }
     refreshDeployment(m_store, m_ns, workload.name);
@@ -136,8 +137,9 @@ void Planter::job(const Workload &workload, const std::string &cronJob)
     body["metadata"]["uid"] = uid;
     body["spec"].erase("replicas");
     body["spec"].update({{"completions", workload.replicas}, {"parallelism", 1}, {"backoffLimit", 0}});
-    if (const ObjectPtr cron = m_store.get(typeOfKind("CronJob"), m_ns, cronJob))
+    if (const ObjectPtr cron = m_store.get(typeOfKind("CronJob"), m_ns, cronJob)) {
         body["metadata"]["ownerReferences"] = json::array({ownerReference(cron->parsed())});
+    }
     once.replicas = int(workload.states.size());
     const ObjectPtr job = m_store.create(typeOfKind("Job"), std::move(body));
     pods(once, *job, false);
@@ -145,12 +147,15 @@ void Planter::job(const Workload &workload, const std::string &cronJob)
     m_store.update(*job->type, m_ns, workload.name, [start](json &object) {
         json &status = object["status"];
         status["startTime"] = timestamp(start);
-        for (json &condition : status["conditions"])
+        for (json &condition : status["conditions"]) {
             condition["lastTransitionTime"] = condition["lastProbeTime"] = timestamp(start + 42);
-        if (status["conditions"].is_null())
+        }
+        if (status["conditions"].is_null()) {
             status.erase("conditions");
-        if (status.contains("completionTime"))
+        }
+        if (status.contains("completionTime")) {
             status["completionTime"] = timestamp(start + 42);
+        }
     });
 }
 
@@ -162,8 +167,9 @@ void Planter::cronJob(const Workload &workload, const std::string &schedule, boo
                       {"successfulJobsHistoryLimit", 3}, {"failedJobsHistoryLimit", 1},
                       {"jobTemplate", {{"spec", {{"template", std::move(spec)}}}}}}},
         {"status", json::object()}};
-    if (lastRun >= 0)
+    if (lastRun >= 0) {
         body["status"]["lastScheduleTime"] = timestamp(now() - lastRun);
+    }
     object("CronJob", workload.name, workload.age, std::move(body));
 }
 
@@ -189,17 +195,11 @@ ObjectPtr Planter::object(const std::string &kind, const std::string &name, Seco
 {
     const ResourceType &type = typeOfKind(kind);
     json meta = metadata(name, age);
-    if (!type.namespaced)
+    if (!type.namespaced) {
         meta.erase("namespace");
+    }
     body["metadata"].update(meta);
     return m_store.create(type, std::move(body));
-}
-
-void Planter::event(const std::string &kind, const std::string &name, const std::string &type,
-    const std::string &reason, const std::string &message, Seconds age, int count)
-{
-    if (const ObjectPtr about = m_store.get(typeOfKind(kind), typeOfKind(kind).namespaced ? m_ns : "", name))
-        recordEvent(m_store, *about, {type, reason, message}, now() - age, count);
 }
 
 } // namespace tidewright::demo

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Time.h"
+#include "base/Time.h"
 #include "objects/Pods.h"
 #include "store/ObjectStore.h"
 
@@ -14,7 +14,7 @@ inline constexpr Seconds minutes = 60;
 inline constexpr Seconds hours = 3600;
 inline constexpr Seconds days = 86400;
 
-// A workload to plant. states are those of its first pods, the others run.
+/// A workload to plant. states are those of its first pods, the others run.
 struct Workload
 {
     std::string name;
@@ -22,13 +22,13 @@ struct Workload
     Seconds age = days;
     std::vector<ContainerSpec> containers;
     std::vector<PodState> states = {};
-    json extraSpec = json::object(); // of the pods
-    int restarts = 0; // of the pods in trouble
-    int revisions = 1; // of a deployment
+    json extraSpec = json::object(); ///< of the pods
+    int restarts = 0; ///< of the pods in trouble
+    int revisions = 1; ///< of a deployment
 };
 
-// Plants related objects of one namespace into a store: a deployment with its replica sets and pods, a
-// service with its endpoints. Used while seeding only.
+/// Plants related objects of one namespace into a store: a deployment with its replica sets and pods, a
+/// service with its endpoints. Used while seeding only.
 class Planter
 {
 public:
@@ -41,18 +41,15 @@ public:
     void cronJob(
         const Workload &workload, const std::string &schedule, bool suspended = false, Seconds lastRun = -1);
 
-    // A job with one pod per state; it is complete when all succeeded, failed when all failed.
+    /// A job with one pod per state; it is complete when all succeeded, failed when all failed.
     void job(const Workload &workload, const std::string &cronJob = {});
 
-    // A service in front of the pods of the workload of that name. extra is merged into its spec.
+    /// A service in front of the pods of the workload of that name. extra is merged into its spec.
     void service(const std::string &name, int port, Seconds age, const json &extra = json::object());
 
-    // Any object of the namespace, or of the cluster when the kind has none.
+    /// Any object of the namespace, or of the cluster when the kind has none.
     ObjectPtr object(
         const std::string &kind, const std::string &name, Seconds age, json body = json::object());
-
-    void event(const std::string &kind, const std::string &name, const std::string &type,
-        const std::string &reason, const std::string &message, Seconds age, int count = 1);
 
 private:
     json metadata(const std::string &name, Seconds age) const;

@@ -13,8 +13,9 @@ json containerObject(const ContainerSpec &spec)
         {"resources",
             {{"requests", {{"cpu", "100m"}, {"memory", "128Mi"}}}, {"limits", {{"memory", "256Mi"}}}}},
         {"terminationMessagePath", "/dev/termination-log"}, {"terminationMessagePolicy", "File"}};
-    if (spec.port != 0)
+    if (spec.port != 0) {
         container["ports"] = json::array({{{"containerPort", spec.port}, {"protocol", "TCP"}}});
+    }
     return container;
 }
 
@@ -40,8 +41,9 @@ json terminated(int exitCode, const char *reason, Seconds from, Seconds to)
 json waiting(const char *reason, const std::string &message)
 {
     json state{{"reason", reason}};
-    if (!message.empty())
+    if (!message.empty()) {
         state["message"] = message;
+    }
     return {{"waiting", state}};
 }
 
@@ -93,9 +95,10 @@ json containerStatuses(const json &pod, PodState state, Seconds since, int resta
 {
     json statuses = json::array();
     const json &containers = at(pod, "/spec/containers");
-    for (size_t i = 0; i < containers.size(); ++i)
+    for (size_t i = 0; i < containers.size(); ++i) {
         statuses.push_back(
             containerStatus(containers[i], state, i + 1 == containers.size(), since, restarts));
+    }
     return statuses;
 }
 
@@ -120,8 +123,9 @@ const char *phaseOf(PodState state)
 void addAddresses(json &pod)
 {
     const std::uint64_t hash = stableHash(textAt(pod, "/metadata/namespace") + textAt(pod, "/metadata/name"));
-    if (!pod["spec"].contains("nodeName"))
+    if (!pod["spec"].contains("nodeName")) {
         pod["spec"]["nodeName"] = nodeNames()[hash % nodeNames().size()];
+    }
     pod["status"]["hostIP"] = "10.10.0." + std::to_string(10 + hash % nodeNames().size());
     const std::string ip = "10.42." + std::to_string(hash / 251 % 200) + '.' + std::to_string(2 + hash % 251);
     pod["status"]["podIP"] = ip;
@@ -142,8 +146,9 @@ json podTemplate(const json &labels, const std::vector<ContainerSpec> &container
     json spec{{"containers", json::array()}, {"restartPolicy", "Always"}, {"dnsPolicy", "ClusterFirst"},
         {"schedulerName", "default-scheduler"}, {"securityContext", json::object()},
         {"terminationGracePeriodSeconds", 30}};
-    for (const ContainerSpec &container : containers)
+    for (const ContainerSpec &container : containers) {
         spec["containers"].push_back(containerObject(container));
+    }
     spec.update(extraSpec);
     return {{"metadata", {{"labels", labels}}}, {"spec", std::move(spec)}};
 }
@@ -191,21 +196,25 @@ void setPodState(json &pod, PodState state, Seconds since, int restarts)
         pod["metadata"]["deletionGracePeriodSeconds"] = 30;
     }
     status["conditions"] = conditions(state == PodState::Running || state == PodState::Terminating, since);
-    if (state != PodState::Scheduled)
+    if (state != PodState::Scheduled) {
         status["containerStatuses"] = containerStatuses(pod, state, since, restarts);
-    if (runsIn(state) || state == PodState::Succeeded || state == PodState::Failed)
+    }
+    if (runsIn(state) || state == PodState::Succeeded || state == PodState::Failed) {
         addAddresses(pod);
-    else if (!pod["spec"].contains("nodeName"))
+    } else if (!pod["spec"].contains("nodeName")) {
         pod["spec"]["nodeName"] = nodeNames()[stableHash(textAt(pod, "/metadata/name")) % nodeNames().size()];
+    }
 }
 
 bool isPodReady(const json &pod)
 {
-    if (at(pod, "/metadata/deletionTimestamp").is_string() || textAt(pod, "/status/phase") != "Running")
+    if (at(pod, "/metadata/deletionTimestamp").is_string() || textAt(pod, "/status/phase") != "Running") {
         return false;
+    }
     for (const json &status : at(pod, "/status/containerStatuses")) {
-        if (!flagAt(status, "/ready"))
+        if (!flagAt(status, "/ready")) {
             return false;
+        }
     }
     return true;
 }

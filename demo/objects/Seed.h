@@ -5,12 +5,12 @@
 
 namespace tidewright::demo {
 
-// The objects that the two contexts start with. Names and states are the same in every run; only times follow
-// the clock. fleetPods pods more go into namespace "fleet".
+/// The objects that the two contexts start with. Names and states are the same in every run; only times
+/// follow the clock. fleetPods pods more go into namespace "fleet".
 void seedHarbor(ObjectStore &store, int fleetPods);
 void seedLighthouse(ObjectStore &store);
 
-// Part of seedHarbor: the pods of namespace "fleet" under deployments of up to a hundred pods.
+/// Part of seedHarbor: the pods of namespace "fleet" under deployments of up to a hundred pods.
 void seedFleet(ObjectStore &store, int pods);
 
 } // namespace tidewright::demo

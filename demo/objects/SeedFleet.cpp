@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "movement/Refresh.h"
 #include "objects/Names.h"
 #include "objects/Planter.h"
+#include "objects/Refresh.h"
 #include "objects/Seed.h"
 
 #include <algorithm>
@@ -35,8 +35,9 @@ std::vector<ContainerSpec> containersOf(int deployment)
 {
     std::vector<ContainerSpec> containers{
         {"app", "registry.example/fleet/app:1." + std::to_string(deployment), 8080}};
-    if (deployment % 3 == 1)
+    if (deployment % 3 == 1) {
         containers.push_back({"mesh-proxy", "registry.example/mesh/proxy:1.22.1", 15001});
+    }
     return containers;
 }
 
@@ -51,8 +52,9 @@ void seedFleet(ObjectStore &store, int pods)
         const int count = std::min(podsPerDeployment, pods - planted);
         Workload workload{std::string(words[number % 8]) + '-' + std::to_string(number), count,
             (1 + number % 80) * days, containersOf(number)};
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < count; ++i) {
             workload.states.push_back(stateOf(planted + i));
+        }
         workload.restarts = 1 + number % 30;
         planter.deployment(workload);
         planted += count;

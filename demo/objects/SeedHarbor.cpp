@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Base64.h"
-#include "movement/Refresh.h"
+#include "base/Base64.h"
 #include "objects/ClusterScope.h"
 #include "objects/Planter.h"
+#include "objects/Refresh.h"
 #include "objects/Seed.h"
 
 namespace tidewright::demo {
@@ -78,8 +78,9 @@ void plantShop(ObjectStore &store)
         {"migrate-orders-v7", 1, 4 * hours, {{"migrate", "registry.example/shop/migrate:7"}}, {Failed}});
     planter.job(
         {"export-catalog", 3, 50, {{"export", "registry.example/shop/export:1.1"}}, {Succeeded, Running}});
-    for (const char *name : {"storefront", "cart", "checkout", "recommendations"})
+    for (const char *name : {"storefront", "cart", "checkout", "recommendations"}) {
         planter.service(name, 8080, 60 * days);
+    }
     planter.service("storefront-public", 80, 60 * days,
         {{"type", "NodePort"}, {"selector", {{"app", "storefront"}}},
             {"ports",
@@ -166,8 +167,7 @@ void plantStaging(ObjectStore &store)
 
 void plantEvents(ObjectStore &store)
 {
-    const ListPage pods = store.list(typeOfKind("Pod"), "");
-    for (const ObjectPtr &object : pods.objects) {
+    for (const ObjectPtr &object : store.all(typeOfKind("Pod"))) {
         const json pod = object->parsed();
         const json &waiting = at(pod, "/status/containerStatuses").empty()
             ? at(pod, "/none")
@@ -190,11 +190,13 @@ void seedHarbor(ObjectStore &store, int fleetPods)
     plantStaging(store);
     plantVolumes(store);
     plantClusterRoles(store);
-    for (const char *ns : {"default", "shop", "payments", "data", "monitoring", "staging", "kube-system"})
+    for (const char *ns : {"default", "shop", "payments", "data", "monitoring", "staging", "kube-system"}) {
         refreshEndpoints(store, ns);
+    }
     plantEvents(store);
-    if (fleetPods > 0)
+    if (fleetPods > 0) {
         seedFleet(store, fleetPods);
+    }
 }
 
 } // namespace tidewright::demo

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "movement/Refresh.h"
 #include "objects/ClusterScope.h"
 #include "objects/Planter.h"
+#include "objects/Refresh.h"
 #include "objects/Seed.h"
 
 namespace tidewright::demo {
@@ -47,10 +47,12 @@ void seedLighthouse(ObjectStore &store)
     plantBeacons(store);
     plantNightShift(store);
     plantClusterRoles(store);
-    for (const char *ns : {"default", "beacons"})
+    for (const char *ns : {"default", "beacons"}) {
         refreshEndpoints(store, ns);
-    for (const ObjectPtr &pod : store.list(typeOfKind("Pod"), "").objects)
+    }
+    for (const ObjectPtr &pod : store.all(typeOfKind("Pod"))) {
         plantPodEvents(store, *pod, pod->parsed(), "");
+    }
 }
 
 } // namespace tidewright::demo

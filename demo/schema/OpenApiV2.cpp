@@ -35,8 +35,9 @@ enum : unsigned {
 std::string varint(std::uint64_t value)
 {
     std::string bytes;
-    for (; value >= 128; value >>= 7)
+    for (; value >= 128; value >>= 7) {
         bytes += char(value | 128);
+    }
     return bytes += char(value);
 }
 
@@ -49,8 +50,9 @@ std::string field(unsigned number, const std::string &content)
 std::string typed(const char *type, const char *format = "")
 {
     std::string schema = field(schemaType, field(wrapped, type));
-    if (*format)
+    if (*format) {
         schema += field(schemaFormat, format);
+    }
     return schema;
 }
 
@@ -80,13 +82,15 @@ std::string schemaOf(const FieldType &type)
 std::string kindExtension(const std::string &kind)
 {
     for (const ResourceType &type : resourceTypes()) {
-        if (type.kind != kind)
+        if (type.kind != kind) {
             continue;
+        }
         std::string yaml
             = "- group: \"" + type.group + "\"\n  kind: " + kind + "\n  version: " + type.version + '\n';
-        if (!type.olderVersion.empty())
+        if (!type.olderVersion.empty()) {
             yaml += "- group: \"" + type.group + "\"\n  kind: " + kind + "\n  version: " + type.olderVersion
                 + '\n';
+        }
         return field(schemaExtension,
             field(entryName, "x-kubernetes-group-version-kind") + field(entryValue, field(anyYaml, yaml)));
     }
@@ -99,8 +103,9 @@ std::string definitionOf(const SchemaType &type)
     for (const SchemaField &entry : type.fields) {
         properties
             += field(mapEntries, field(entryName, entry.name) + field(entryValue, schemaOf(entry.type)));
-        if (entry.required)
+        if (entry.required) {
             required += field(schemaRequired, entry.name);
+        }
     }
     return required + typed("object") + field(schemaProperties, properties) + kindExtension(type.name);
 }
@@ -108,9 +113,10 @@ std::string definitionOf(const SchemaType &type)
 std::string buildDocument()
 {
     std::string definitions;
-    for (const auto &[name, type] : schemaTypes())
+    for (const auto &[name, type] : schemaTypes()) {
         definitions
             += field(mapEntries, field(entryName, "demo." + name) + field(entryValue, definitionOf(type)));
+    }
     return field(documentSwagger, "2.0")
         + field(documentInfo, field(infoTitle, "Demo cluster") + field(infoVersion, "v1.30.0-demo"))
         + field(documentPaths, "") + field(documentDefinitions, definitions);

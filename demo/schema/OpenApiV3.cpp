@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "schema/OpenApi.h"
 
-#include "Json.h"
+#include "base/Json.h"
 #include "schema/Schema.h"
 
 #include <set>
@@ -45,8 +45,9 @@ json componentOf(const SchemaType &type)
     json component{{"type", "object"}, {"properties", json::object()}};
     for (const SchemaField &field : type.fields) {
         component["properties"][field.name] = schemaOf(field.type);
-        if (field.required)
+        if (field.required) {
             component["required"].push_back(field.name);
+        }
     }
     return component;
 }
@@ -72,9 +73,10 @@ std::string openApiV3Index(const std::string &prefix)
     json paths = json::object();
     for (const ResourceType &type : resourceTypes()) {
         for (const std::string &version : {type.version, type.olderVersion}) {
-            if (!version.empty())
+            if (!version.empty()) {
                 paths[pathOf(type, version)]
                     = {{"serverRelativeURL", prefix + "/openapi/v3/" + pathOf(type, version)}};
+            }
         }
     }
     return toText({{"paths", paths}});
@@ -83,20 +85,23 @@ std::string openApiV3Index(const std::string &prefix)
 std::optional<std::string> openApiV3Document(const std::string &groupVersionPath)
 {
     json paths = json::object(), schemas = json::object();
-    for (const auto &[name, type] : schemaTypes())
+    for (const auto &[name, type] : schemaTypes()) {
         schemas["demo." + name] = componentOf(type);
+    }
     for (const ResourceType &type : resourceTypes()) {
         for (const std::string &version : {type.version, type.olderVersion}) {
-            if (version.empty() || pathOf(type, version) != groupVersionPath)
+            if (version.empty() || pathOf(type, version) != groupVersionPath) {
                 continue;
+            }
             const std::string scope = type.namespaced ? "/namespaces/{namespace}/" : "/";
             paths['/' + groupVersionPath + scope + type.plural + "/{name}"] = patchOperation(type, version);
             schemas["demo." + type.kind]["x-kubernetes-group-version-kind"].push_back(
                 groupVersionKind(type, version));
         }
     }
-    if (paths.empty())
+    if (paths.empty()) {
         return std::nullopt;
+    }
     return toText({{"openapi", "3.0.0"}, {"info", {{"title", "Demo cluster"}, {"version", "v1.30.0-demo"}}},
         {"paths", paths}, {"components", {{"schemas", schemas}}}});
 }

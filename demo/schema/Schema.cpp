@@ -20,11 +20,13 @@ FieldType parseType(const std::string &text)
         {"q", Shape::IntegerOrText},
         {"any", Shape::Anything},
     };
-    if (const auto found = simple.find(text); found != simple.end())
+    if (const auto found = simple.find(text); found != simple.end()) {
         return {found->second, {}, {}};
-    if (text.front() == '[' || text.front() == '{')
+    }
+    if (text.front() == '[' || text.front() == '{') {
         return {
             text.front() == '[' ? Shape::List : Shape::Map, {}, {parseType(text.substr(1, text.size() - 2))}};
+    }
     return {Shape::Object, text, {}};
 }
 
@@ -58,8 +60,9 @@ std::map<std::string, SchemaType> parseTable()
 const SchemaField *SchemaType::find(std::string_view field) const
 {
     for (const SchemaField &candidate : fields) {
-        if (candidate.name == field)
+        if (candidate.name == field) {
             return &candidate;
+        }
     }
     return nullptr;
 }

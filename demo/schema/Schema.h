@@ -8,14 +8,14 @@
 
 namespace tidewright::demo {
 
-// What a field may hold, read from a short notation: "s" text, "i" integer, "b" flag, "q" integer or text
-// (quantities, ports), "any" anything, "[T]" list, "{T}" map from text, and otherwise the name of a type.
+/// What a field may hold, read from a short notation: "s" text, "i" integer, "b" flag, "q" integer or text
+/// (quantities, ports), "any" anything, "[T]" list, "{T}" map from text, and otherwise the name of a type.
 struct FieldType
 {
     enum class Shape { Text, Integer, Flag, IntegerOrText, Anything, List, Map, Object };
     Shape shape = Shape::Anything;
-    std::string name; // of an Object's type
-    std::vector<FieldType> items; // one entry for List and Map
+    std::string name; ///< of an Object's type
+    std::vector<FieldType> items; ///< one entry for List and Map
 };
 
 struct SchemaField
@@ -33,8 +33,8 @@ struct SchemaType
     const SchemaField *find(std::string_view field) const;
 };
 
-// The types of all served kinds by name; a kind's own type has the kind's name. One table feeds the server's
-// validation and the schema documents from which clients validate.
+/// The types of all served kinds by name; a kind's own type has the kind's name. One table feeds the server's
+/// validation and the schema documents from which clients validate.
 const std::map<std::string, SchemaType> &schemaTypes();
 
 } // namespace tidewright::demo

@@ -8,8 +8,8 @@ namespace tidewright::demo {
 // Fields of the public Kubernetes API types, v1 generation, in the notation of FieldType; "!" marks a
 // required field and "Name=" starts a type. Fields that are rare in manifests hold "any".
 inline constexpr std::string_view schemaTable = R"(
-Pod= apiVersion:s kind:s metadata:ObjectMeta spec:PodSpec status:any
-Service= apiVersion:s kind:s metadata:ObjectMeta spec:ServiceSpec status:any
+Pod= apiVersion:s kind:s metadata:ObjectMeta spec:PodSpec! status:any
+Service= apiVersion:s kind:s metadata:ObjectMeta spec:ServiceSpec! status:any
 Endpoints= apiVersion:s kind:s metadata:ObjectMeta subsets:[EndpointSubset]
 ConfigMap= apiVersion:s kind:s metadata:ObjectMeta data:{s} binaryData:{s} immutable:b
 Secret= apiVersion:s kind:s metadata:ObjectMeta data:{s} stringData:{s} type:s immutable:b
@@ -18,16 +18,16 @@ ServiceAccount= apiVersion:s kind:s metadata:ObjectMeta secrets:[ObjectReference
 Event= apiVersion:s kind:s metadata:ObjectMeta! involvedObject:ObjectReference! reason:s message:s type:s count:i
     firstTimestamp:s lastTimestamp:s eventTime:s source:any action:s related:any reportingComponent:s
     reportingInstance:s series:any
-PersistentVolumeClaim= apiVersion:s kind:s metadata:ObjectMeta spec:ClaimSpec status:any
-PersistentVolume= apiVersion:s kind:s metadata:ObjectMeta spec:VolumeSpec status:any
+PersistentVolumeClaim= apiVersion:s kind:s metadata:ObjectMeta spec:ClaimSpec! status:any
+PersistentVolume= apiVersion:s kind:s metadata:ObjectMeta spec:VolumeSpec! status:any
 Namespace= apiVersion:s kind:s metadata:ObjectMeta spec:NamespaceSpec status:any
 Node= apiVersion:s kind:s metadata:ObjectMeta spec:any status:any
-Deployment= apiVersion:s kind:s metadata:ObjectMeta spec:DeploymentSpec status:any
-ReplicaSet= apiVersion:s kind:s metadata:ObjectMeta spec:ReplicaSetSpec status:any
-DaemonSet= apiVersion:s kind:s metadata:ObjectMeta spec:DaemonSetSpec status:any
-StatefulSet= apiVersion:s kind:s metadata:ObjectMeta spec:StatefulSetSpec status:any
-Job= apiVersion:s kind:s metadata:ObjectMeta spec:JobSpec status:any
-CronJob= apiVersion:s kind:s metadata:ObjectMeta spec:CronJobSpec status:any
+Deployment= apiVersion:s kind:s metadata:ObjectMeta spec:DeploymentSpec! status:any
+ReplicaSet= apiVersion:s kind:s metadata:ObjectMeta spec:ReplicaSetSpec! status:any
+DaemonSet= apiVersion:s kind:s metadata:ObjectMeta spec:DaemonSetSpec! status:any
+StatefulSet= apiVersion:s kind:s metadata:ObjectMeta spec:StatefulSetSpec! status:any
+Job= apiVersion:s kind:s metadata:ObjectMeta spec:JobSpec! status:any
+CronJob= apiVersion:s kind:s metadata:ObjectMeta spec:CronJobSpec! status:any
 ClusterRole= apiVersion:s kind:s metadata:ObjectMeta rules:[PolicyRule] aggregationRule:any
 ClusterRoleBinding= apiVersion:s kind:s metadata:ObjectMeta subjects:[Subject] roleRef:RoleRef!
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/ApiServer.h"
 
-#include "ApiError.h"
 #include "schema/OpenApi.h"
 #include "server/ConnectionThreads.h"
 #include "server/Discovery.h"
@@ -9,6 +8,7 @@
 #include "server/Reads.h"
 #include "server/Watch.h"
 #include "server/Writes.h"
+#include "store/ApiError.h"
 
 #include <sys/socket.h>
 
@@ -18,8 +18,9 @@ namespace {
 
 std::unique_ptr<httplib::Server> newServer(const TlsIdentity *identity)
 {
-    if (!identity)
+    if (!identity) {
         return std::make_unique<httplib::Server>();
+    }
     return std::make_unique<httplib::SSLServer>(identity->certificate(), identity->key());
 }
 
@@ -33,6 +34,7 @@ bool asksForUpgrade(const httplib::Request &request)
 ApiServer::ApiServer(const Options &options, std::vector<Cluster *> clusters, const TlsIdentity *identity)
     : m_clusters(std::move(clusters))
     , m_disturbance(options)
+    , m_bookmarkInterval(options.bookmarkMs)
     , m_server(newServer(identity))
 {
     m_server->new_task_queue = [] { return new ConnectionThreads; };
@@ -59,15 +61,18 @@ ApiServer::ApiServer(const Options &options, std::vector<Cluster *> clusters, co
 
 int ApiServer::bind(int port)
 {
-    if (!m_server->is_valid())
+    if (!m_server->is_valid()) {
         return -1;
-    if (port == 0)
+    }
+    if (port == 0) {
         port = m_server->bind_to_any_port("127.0.0.1");
-    else if (!m_server->bind_to_port("127.0.0.1", port))
+    } else if (!m_server->bind_to_port("127.0.0.1", port)) {
         return -1;
+    }
     // The library's own backlog of five loses connections when a hundred log streams open at once.
-    if (port > 0)
+    if (port > 0) {
         ::listen(m_socket, 512);
+    }
     return port;
 }
 
@@ -112,22 +117,25 @@ void ApiServer::serveCluster(Cluster &cluster, std::vector<std::string> path, co
         serveResource({cluster, request, response, *resource});
         return;
     }
-    if (request.method != "GET" && request.method != "HEAD")
+    if (request.method != "GET" && request.method != "HEAD") {
         throw ApiError(path.size() > 2 ? 404 : 405, path.size() > 2 ? "NotFound" : "MethodNotAllowed",
             "the demo cluster does not serve " + request.method + ' ' + request.path);
-    if (path.size() == 1 && (path[0] == "healthz" || path[0] == "livez" || path[0] == "readyz"))
+    }
+    if (path.size() == 1 && (path[0] == "healthz" || path[0] == "livez" || path[0] == "readyz")) {
         response.set_content("ok", "text/plain");
-    else if (const auto text = discoveryText(path, request.get_header_value("User-Agent")))
+    } else if (const auto text = discoveryText(path, request.get_header_value("User-Agent"))) {
         answer(response, *text);
-    else
+    } else {
         serveSchema(cluster, path, response);
+    }
 }
 
 void ApiServer::serveSchema(
     const Cluster &cluster, const std::vector<std::string> &path, httplib::Response &response)
 {
-    if (path.size() < 2 || path[0] != "openapi")
+    if (path.size() < 2 || path[0] != "openapi") {
         throw ApiError::ofCode(404);
+    }
     if (path[1] == "v2" && path.size() == 2) {
         response.set_content(
             openApiV2Protobuf(), "application/com.github.proto-openapi.spec.v2.v1.0+protobuf");
@@ -135,11 +143,13 @@ void ApiServer::serveSchema(
         answer(response, openApiV3Index('/' + cluster.name));
     } else {
         std::string wanted;
-        for (size_t i = 2; i < path.size(); ++i)
+        for (size_t i = 2; i < path.size(); ++i) {
             wanted += (wanted.empty() ? "" : "/") + path[i];
+        }
         const auto document = path[1] == "v3" ? openApiV3Document(wanted) : std::nullopt;
-        if (!document)
+        if (!document) {
             throw ApiError::ofCode(404);
+        }
         answer(response, *document);
     }
 }
@@ -149,36 +159,50 @@ void ApiServer::serveResource(const ApiCall &call)
     const std::string &method = call.request.method;
     const std::string &subresource = call.path.subresource;
     if (asksForUpgrade(call.request) || subresource == "exec" || subresource == "attach"
-        || subresource == "portforward")
+        || subresource == "portforward") {
         throw ApiError::notServed("connections into containers (exec, cp, attach, port-forward)");
-    if (!subresource.empty() && !call.type().hasSubresource(subresource))
+    }
+    if (!subresource.empty() && !call.type().hasSubresource(subresource)) {
         throw ApiError::ofCode(404);
+    }
     const bool reads = method == "GET" || method == "HEAD";
-    if (reads && subresource == "log")
+    if (reads && subresource == "log") {
         readLogs(call, m_logPace, m_disturbance);
-    else if (reads && call.flag("watch"))
-        watchList(call);
-    else if (reads)
+    } else if (reads && call.path.name.empty() && call.flag("watch")) {
+        watchList(call, m_disturbance, m_bookmarkInterval);
+    } else if (reads) {
         call.path.name.empty() ? readList(call) : readObject(call);
-    else if (method == "POST")
+    } else if (method == "POST") {
         createObject(call);
-    else if (method == "PUT" && !call.path.name.empty() && subresource != "log")
+    } else if (method == "PUT" && !call.path.name.empty() && subresource != "log") {
         replaceObject(call);
-    else if (method == "PATCH" && !call.path.name.empty() && subresource != "log")
+    } else if (method == "PATCH" && !call.path.name.empty() && subresource != "log") {
         patchObject(call);
-    else if (method == "DELETE" && subresource.empty())
+    } else if (method == "DELETE" && subresource.empty()) {
         call.path.name.empty() ? deleteCollection(call) : deleteObject(call);
-    else
+    } else {
         throw ApiError(
             405, "MethodNotAllowed", "the server does not allow this method on the requested resource");
+    }
 }
 
 void ApiServer::control(const httplib::Request &request, httplib::Response &response)
 {
-    json wanted = request.body.empty() ? json::object() : json::parse(request.body, nullptr, false);
-    json settings = m_disturbance.change(wanted);
-    settings["logLines"] = m_logPace.lines();
-    answer(response, toText(settings));
+    const json wanted = request.body.empty() ? json::object() : json::parse(request.body, nullptr, false);
+    json answered = m_disturbance.change(wanted);
+    const long long changes = numberAt(wanted, "/changePods");
+    if (changes < 0 || changes > 1000000) {
+        throw ApiError::badRequest("changePods must be a number from 0 to 1000000");
+    }
+    m_clusters.front()->load.change(size_t(changes));
+    for (Cluster *cluster : m_clusters) {
+        if (flagAt(wanted, "/forget")) {
+            cluster->store.forgetChanges();
+        }
+        answered["versions"][cluster->name] = std::to_string(cluster->store.version());
+    }
+    answered["logLines"] = m_logPace.lines();
+    answer(response, toText(answered));
 }
 
 } // namespace tidewright::demo

@@ -1,34 +1,35 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Cluster.h"
-#include "Options.h"
 #include "logs/LogPace.h"
 #include "server/ApiCall.h"
+#include "server/Cluster.h"
 #include "server/Disturbance.h"
+#include "server/Options.h"
 #include "server/TlsIdentity.h"
 
 #include <httplib.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tidewright::demo {
 
-// The HTTP server on 127.0.0.1. Every cluster lives below a path of its own name; every request gets an
-// answer at once, a Status object when there is nothing better. The clusters must outlive the server, and the
-// server the process's other threads: it is ended with the process.
+/// The HTTP server on 127.0.0.1. Every cluster lives below a path of its own name; every request gets an
+/// answer at once, a Status object when there is nothing better. The clusters must outlive the server, and
+/// the server the process's other threads: it is ended with the process.
 class ApiServer
 {
 public:
-    // identity is null for plain HTTP.
+    /// identity is null for plain HTTP.
     ApiServer(const Options &options, std::vector<Cluster *> clusters, const TlsIdentity *identity);
 
-    // Binds; returns the port, or -1 when it cannot be had.
+    /// Binds; returns the port, or -1 when it cannot be had.
     int bind(int port);
 
-    // Serves until the process ends.
+    /// Serves until the process ends.
     void run();
 
 private:
@@ -43,6 +44,7 @@ private:
 
     std::vector<Cluster *> m_clusters;
     Disturbance m_disturbance;
+    const std::chrono::milliseconds m_bookmarkInterval;
     LogPace m_logPace;
     std::unique_ptr<httplib::Server> m_server;
     int m_socket = -1;

@@ -9,10 +9,11 @@ void ConnectionThreads::enqueue(std::function<void()> task)
 {
     const std::lock_guard lock(m_mutex);
     m_tasks.push_back(std::move(task));
-    if (m_idle >= m_tasks.size())
+    if (m_idle >= m_tasks.size()) {
         m_wake.notify_one();
-    else
+    } else {
         std::thread([this] { work(); }).detach();
+    }
 }
 
 void ConnectionThreads::work()

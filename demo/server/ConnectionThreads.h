@@ -10,9 +10,9 @@
 
 namespace tidewright::demo {
 
-// The HTTP library's queue of connections, on threads that grow in number with the connections: every log
-// stream and every watch holds its thread for as long as it lasts. Threads are detached and end with the
-// process.
+/// The HTTP library's queue of connections, on threads that grow in number with the connections: every log
+/// stream and every watch holds its thread for as long as it lasts. Threads are detached and end with the
+/// process.
 class ConnectionThreads : public httplib::TaskQueue
 {
 public:

@@ -7,11 +7,11 @@
 
 namespace tidewright::demo {
 
-// The documents from which a client learns what is served: /version, /api, /apis and the lists of resources.
-// Nothing when the path is none of them.
+/// The documents from which a client learns what is served: /version, /api, /apis and the lists of resources.
+/// Nothing when the path is none of them.
 //
-// Clients older than 1.21 know cron jobs in batch/v1beta1 only and newer ones start jobs from batch/v1 only,
-// so the user agent decides in which version of the group cron jobs are listed. Objects are served in both.
+/// Clients older than 1.21 know cron jobs in batch/v1beta1 only and newer ones start jobs from batch/v1 only,
+/// so the user agent decides in which version of the group cron jobs are listed. Objects are served in both.
 std::optional<std::string> discoveryText(const std::vector<std::string> &path, const std::string &userAgent);
 
 } // namespace tidewright::demo

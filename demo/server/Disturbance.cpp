@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Disturbance.h"
 
-#include "ApiError.h"
+#include "store/ApiError.h"
 
 #include <chrono>
 #include <thread>
@@ -12,12 +12,14 @@ namespace {
 
 long long numberFrom(const json &wanted, const char *name, long long least, long long most, long long present)
 {
-    if (!wanted.contains(name))
+    if (!wanted.contains(name)) {
         return present;
+    }
     const json &value = wanted[name];
-    if (!value.is_number_integer() || value.get<long long>() < least || value.get<long long>() > most)
+    if (!value.is_number_integer() || value.get<long long>() < least || value.get<long long>() > most) {
         throw ApiError::badRequest(std::string(name) + " must be a number from " + std::to_string(least)
             + " to " + std::to_string(most));
+    }
     return value.get<long long>();
 }
 
@@ -28,6 +30,7 @@ Disturbance::Disturbance(const Options &options)
     , m_failCode(options.failCode)
     , m_latencyMs(options.latencyMs)
     , m_logRate(options.logRate)
+    , m_faults(std::make_shared<FaultPlan>(options.disturb))
 {
 }
 
@@ -41,23 +44,30 @@ void Disturbance::pass()
         std::this_thread::sleep_for(latency);
         lock.lock();
     }
-    if (m_failCode != 0)
+    if (m_failCode != 0) {
         throw ApiError::ofCode(m_failCode);
+    }
 }
 
 json Disturbance::change(const json &wanted)
 {
-    if (!wanted.is_object())
-        throw ApiError::badRequest("the body must be an object with hang, fail, latency, logRate or logPause");
+    if (!wanted.is_object()) {
+        throw ApiError::badRequest("the body must be an object, such as {\"fail\": 503}");
+    }
     const std::lock_guard lock(m_mutex);
     for (const char *name : {"hang", "logPause"}) {
-        if (wanted.contains(name) && !wanted[name].is_boolean())
+        if (wanted.contains(name) && !wanted[name].is_boolean()) {
             throw ApiError::badRequest(std::string(name) + " must be true or false");
+        }
     }
     const int latency = int(numberFrom(wanted, "latency", 0, 600000, m_latencyMs));
     const int failCode = int(numberFrom(wanted, "fail", 0, 599, m_failCode));
-    if (failCode != 0 && failCode < 400)
+    if (failCode != 0 && failCode < 400) {
         throw ApiError::badRequest("fail must be 0 or a code from 400 to 599");
+    }
+    if (wanted.contains("disturb")) {
+        m_faults = std::make_shared<FaultPlan>(textAt(wanted, "/disturb"));
+    }
     m_logRate = double(numberFrom(wanted, "logRate", 0, 10000000, (long long)m_logRate));
     m_latencyMs = latency;
     m_failCode = failCode;
@@ -65,7 +75,13 @@ json Disturbance::change(const json &wanted)
     m_logPause = flagAt(wanted, "/logPause", m_logPause);
     m_mended.notify_all();
     return {{"hang", m_hang}, {"fail", m_failCode}, {"latency", m_latencyMs}, {"logRate", m_logRate},
-        {"logPause", m_logPause}};
+        {"logPause", m_logPause}, {"disturb", m_faults->text()}, {"watches", m_watches.load()}};
+}
+
+std::shared_ptr<FaultPlan> Disturbance::faults() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_faults;
 }
 
 double Disturbance::logRate() const

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Patch.h"
 
-#include "ApiError.h"
+#include "store/ApiError.h"
 
 #include <algorithm>
 #include <map>
@@ -33,9 +33,10 @@ const std::map<std::string, std::string> &mergeKeys()
 
 std::string mergeKeyOf(const std::string &field, const json &items)
 {
-    if (field == "ports")
+    if (field == "ports") {
         return !items.empty() && items[0].is_object() && items[0].contains("containerPort") ? "containerPort"
                                                                                             : "port";
+    }
     const auto found = mergeKeys().find(field);
     return found == mergeKeys().end() ? std::string() : found->second;
 }
@@ -50,23 +51,28 @@ void mergeMap(json &target, const json &patch);
 
 void mergeList(json &target, const json &patch, const std::string &key)
 {
-    if (!target.is_array())
+    if (!target.is_array()) {
         target = json::array();
+    }
     const bool replaces = std::any_of(
         patch.begin(), patch.end(), [](const json &item) { return textAt(item, "/$patch") == "replace"; });
-    if (replaces)
+    if (replaces) {
         target = json::array();
+    }
     for (const json &item : patch) {
         const std::string directive = textAt(item, "/$patch");
-        if (directive == "replace")
+        if (directive == "replace") {
             continue;
+        }
         const json &value = at(item, '/' + key);
-        if (!item.is_object() || value.is_null())
+        if (!item.is_object() || value.is_null()) {
             throw ApiError(422, "Invalid", "map: does not contain declared merge key: " + key);
+        }
         const auto found = itemWithKey(target, key, value);
         if (directive == "delete") {
-            if (found != target.end())
+            if (found != target.end()) {
                 target.erase(found);
+            }
         } else if (found != target.end()) {
             mergeMap(*found, item);
         } else {
@@ -79,20 +85,23 @@ void mergeList(json &target, const json &patch, const std::string &key)
 
 void deleteFromPrimitiveList(json &target, const json &values)
 {
-    if (!target.is_array())
+    if (!target.is_array()) {
         return;
+    }
     json kept = json::array();
     for (const json &item : target) {
-        if (std::find(values.begin(), values.end(), item) == values.end())
+        if (std::find(values.begin(), values.end(), item) == values.end()) {
             kept.push_back(item);
+        }
     }
     target = std::move(kept);
 }
 
 void orderList(json &target, const std::string &key, const json &order)
 {
-    if (!target.is_array() || !order.is_array())
+    if (!target.is_array() || !order.is_array()) {
         return;
+    }
     const auto rank = [&](const json &item) {
         const json &value = key.empty() ? item : at(item, '/' + key);
         return std::find_if(order.begin(), order.end(), [&](const json &entry) {
@@ -111,15 +120,17 @@ void mergeField(json &target, const std::string &field, const json &value)
     if (value.is_null()) {
         target.erase(field);
     } else if (value.is_object()) {
-        if (!target[field].is_object())
+        if (!target[field].is_object()) {
             target[field] = json::object();
+        }
         mergeMap(target[field], value);
     } else if (!key.empty()) {
         mergeList(target[field], value, key);
     } else if (field == "finalizers" && target.contains(field)) {
         for (const json &item : value) {
-            if (std::find(target[field].begin(), target[field].end(), item) == target[field].end())
+            if (std::find(target[field].begin(), target[field].end(), item) == target[field].end()) {
                 target[field].push_back(item);
+            }
         }
     } else {
         target[field] = value;
@@ -130,8 +141,9 @@ void retainKeys(json &target, const json &names)
 {
     json kept = json::object();
     for (const json &name : names) {
-        if (name.is_string() && target.contains(name.get<std::string>()))
+        if (name.is_string() && target.contains(name.get<std::string>())) {
             kept[name.get<std::string>()] = target[name.get<std::string>()];
+        }
     }
     target = std::move(kept);
 }
@@ -140,21 +152,24 @@ void mergeMap(json &target, const json &patch)
 {
     static const std::string order = "$setElementOrder/";
     static const std::string removal = "$deleteFromPrimitiveList/";
-    if (textAt(patch, "/$patch") == "replace")
+    if (textAt(patch, "/$patch") == "replace") {
         target = json::object();
+    }
     for (auto field = patch.begin(); field != patch.end(); ++field) {
-        if (field.key().starts_with(removal))
+        if (field.key().starts_with(removal)) {
             deleteFromPrimitiveList(target[field.key().substr(removal.size())], *field);
-        else if (field.key() == "$retainKeys")
+        } else if (field.key() == "$retainKeys") {
             retainKeys(target, *field);
-        else if (!field.key().starts_with('$'))
+        } else if (!field.key().starts_with('$')) {
             mergeField(target, field.key(), *field);
+        }
     }
     for (auto field = patch.begin(); field != patch.end(); ++field) {
         const std::string name
             = field.key().starts_with(order) ? field.key().substr(order.size()) : std::string();
-        if (!name.empty() && target.contains(name))
+        if (!name.empty() && target.contains(name)) {
             orderList(target[name], mergeKeyOf(name, target[name]), *field);
+        }
     }
 }
 
@@ -171,15 +186,18 @@ json applyPatch(const std::string &contentType, const json &object, const json &
             throw ApiError(422, "Invalid", std::string("the patch does not apply: ") + error.what());
         }
     }
-    if (form != "application/merge-patch+json" && form != "application/strategic-merge-patch+json")
+    if (form != "application/merge-patch+json" && form != "application/strategic-merge-patch+json") {
         throw ApiError(
             415, "UnsupportedMediaType", "the demo cluster does not serve patches of type " + form);
-    if (!patch.is_object())
+    }
+    if (!patch.is_object()) {
         throw ApiError::badRequest("the patch must be an object");
-    if (form == "application/merge-patch+json")
+    }
+    if (form == "application/merge-patch+json") {
         result.merge_patch(patch);
-    else
+    } else {
         mergeMap(result, patch);
+    }
     return result;
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/PodLogs.h"
 
-#include "ApiError.h"
-#include "Time.h"
+#include "base/Time.h"
 #include "logs/LogVoice.h"
+#include "store/ApiError.h"
 
 #include <algorithm>
 #include <chrono>
@@ -40,8 +40,9 @@ struct LogStream
 std::string containerNames(const json &pod)
 {
     std::string names;
-    for (const json &container : at(pod, "/spec/containers"))
+    for (const json &container : at(pod, "/spec/containers")) {
         names += (names.empty() ? "" : " ") + textAt(container, "/name");
+    }
     return names;
 }
 
@@ -49,15 +50,18 @@ std::string chosenContainer(const json &pod, const std::string &wanted)
 {
     const json &containers = at(pod, "/spec/containers");
     const std::string name = textAt(pod, "/metadata/name");
-    if (wanted.empty() && containers.size() == 1)
+    if (wanted.empty() && containers.size() == 1) {
         return textAt(containers, "/0/name");
-    if (wanted.empty())
+    }
+    if (wanted.empty()) {
         throw ApiError::badRequest("a container name must be specified for pod " + name + ", choose one of: ["
             + containerNames(pod) + ']');
+    }
     for (const char *list : {"/spec/containers", "/spec/initContainers"}) {
         for (const json &container : at(pod, list)) {
-            if (textAt(container, "/name") == wanted)
+            if (textAt(container, "/name") == wanted) {
                 return wanted;
+            }
         }
     }
     throw ApiError::badRequest("container " + wanted + " is not valid for pod " + name);
@@ -66,8 +70,9 @@ std::string chosenContainer(const json &pod, const std::string &wanted)
 json statusOf(const json &pod, const std::string &container)
 {
     for (const json &status : at(pod, "/status/containerStatuses")) {
-        if (textAt(status, "/name") == container)
+        if (textAt(status, "/name") == container) {
             return status;
+        }
     }
     return nullptr;
 }
@@ -76,30 +81,35 @@ json statusOf(const json &pod, const std::string &container)
 void requireStarted(const json &pod, const json &status, const std::string &container, bool previous)
 {
     const std::string name = textAt(pod, "/metadata/name");
-    if (previous && numberAt(status, "/restartCount") == 0)
+    if (previous && numberAt(status, "/restartCount") == 0) {
         throw ApiError::badRequest(
             "previous terminated container \"" + container + "\" in pod \"" + name + "\" not found");
+    }
     const std::string reason = textAt(status, "/state/waiting/reason");
-    if (!previous && (status.is_null() || (!reason.empty() && reason != "CrashLoopBackOff")))
+    if (!previous && (status.is_null() || (!reason.empty() && reason != "CrashLoopBackOff"))) {
         throw ApiError::badRequest("container \"" + container + "\" in pod \"" + name
             + "\" is waiting to start: " + (reason.empty() ? "ContainerCreating" : reason));
+    }
 }
 
 std::uint64_t numberParameter(const ApiCall &call, const std::string &name, std::uint64_t missing)
 {
     const std::string text = call.parameter(name);
-    if (text.empty())
+    if (text.empty()) {
         return missing;
-    if (text.find_first_not_of("0123456789") != text.npos || text.size() > 18)
+    }
+    if (text.find_first_not_of("0123456789") != text.npos || text.size() > 18) {
         throw ApiError::badRequest(name + " must be a number that is not negative, not \"" + text + "\"");
+    }
     return std::stoull(text);
 }
 
 std::string stampedLine(const LogStream &stream, std::uint64_t number)
 {
     const std::string line = stream.voice.line(number);
-    if (!stream.timestamps)
+    if (!stream.timestamps) {
         return line;
+    }
     const Seconds past = number < stream.end ? Seconds(stream.end - number) : 0;
     std::string stamp = timestamp(now() - past);
     stamp.pop_back();
@@ -110,13 +120,16 @@ bool writeLines(LogStream &stream, httplib::DataSink &sink, std::uint64_t until)
 {
     std::string piece;
     const std::uint64_t first = stream.next;
-    while (stream.next < until && piece.size() < pieceSize)
+    while (stream.next < until && piece.size() < pieceSize) {
         piece += stampedLine(stream, stream.next++);
-    if (piece.size() > stream.bytesLeft)
+    }
+    if (piece.size() > stream.bytesLeft) {
         piece.resize(stream.bytesLeft);
+    }
     stream.bytesLeft -= piece.size();
-    if (!piece.empty() && !sink.write(piece.data(), piece.size()))
+    if (!piece.empty() && !sink.write(piece.data(), piece.size())) {
         return false;
+    }
     stream.share.countLines(stream.next - first);
     return true;
 }
@@ -147,22 +160,26 @@ bool continueStream(LogStream &stream, httplib::DataSink &sink)
 {
     if (stream.next < stream.end) {
         stream.last = Clock::now();
-        if (!writeLines(stream, sink, stream.end))
+        if (!writeLines(stream, sink, stream.end)) {
             return false;
+        }
     } else if (stream.follows && podIsThere(stream)) {
         const std::uint64_t until = stream.next + waitForLines(stream);
         while (stream.next < until && stream.bytesLeft > 0) {
-            if (!writeLines(stream, sink, until))
+            if (!writeLines(stream, sink, until)) {
                 return false;
+            }
         }
         stream.end = stream.next;
-        if (!sink.is_writable())
+        if (!sink.is_writable()) {
             return false;
+        }
     } else {
         sink.done();
     }
-    if (stream.bytesLeft == 0)
+    if (stream.bytesLeft == 0) {
         sink.done();
+    }
     return true;
 }
 

@@ -7,8 +7,8 @@
 
 namespace tidewright::demo {
 
-// GET of a pod's log: container, follow, tailLines, previous, timestamps, limitBytes. A followed log talks on
-// until the client or the pod goes away. Throws ApiError.
+/// GET of a pod's log: container, follow, tailLines, previous, timestamps, limitBytes. A followed log talks
+/// on until the client or the pod goes away. Throws ApiError.
 void readLogs(const ApiCall &call, LogPace &pace, const Disturbance &disturbance);
 
 } // namespace tidewright::demo

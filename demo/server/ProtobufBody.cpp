@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/ProtobufBody.h"
 
-#include "ApiError.h"
-#include "Base64.h"
-#include "Time.h"
+#include "base/Base64.h"
+#include "base/Time.h"
+#include "store/ApiError.h"
 
 #include <charconv>
 #include <map>
@@ -60,11 +60,12 @@ const std::map<std::string, Message> &messages()
         Message *message = nullptr;
         for (std::string word; words >> word;) {
             const size_t first = word.find(':'), second = word.rfind(':');
-            if (first == word.npos)
+            if (first == word.npos) {
                 message = &parsed[word.substr(0, word.size() - 1)];
-            else
+            } else {
                 (*message)[std::stoull(word)]
                     = {word.substr(first + 1, second - first - 1), word.substr(second + 1)};
+            }
         }
         return parsed;
     }();
@@ -83,16 +84,18 @@ std::uint64_t takeVarint(std::string_view &bytes)
         const auto byte = static_cast<unsigned char>(bytes.front());
         bytes.remove_prefix(1);
         value |= std::uint64_t(byte & 127) << shift;
-        if (byte < 128)
+        if (byte < 128) {
             return value;
+        }
     }
     refuse();
 }
 
 std::string_view takeBytes(std::string_view &bytes, std::uint64_t size)
 {
-    if (size > bytes.size())
+    if (size > bytes.size()) {
         refuse();
+    }
     const std::string_view taken = bytes.substr(0, size);
     bytes.remove_prefix(size);
     return taken;
@@ -102,12 +105,15 @@ json decodeMessage(std::string_view bytes, const std::string &name);
 
 json decodeContent(std::string_view content, const std::string &type)
 {
-    if (type == "s")
+    if (type == "s") {
         return std::string(content);
-    if (type == "y")
+    }
+    if (type == "y") {
         return base64(std::string(content));
-    if (type == "q")
+    }
+    if (type == "q") {
         return textAt(decodeMessage(content, "Quantity"), "/string");
+    }
     if (type == "t") {
         const long long seconds = numberAt(decodeMessage(content, "Time"), "/seconds");
         return seconds == 0 ? json() : json(timestamp(seconds));
@@ -145,10 +151,11 @@ json decodeMessage(std::string_view bytes, const std::string &name)
         switch (tag & 7) {
         case 0: {
             const std::uint64_t value = takeVarint(bytes);
-            if (known && field->second.type == "b")
+            if (known && field->second.type == "b") {
                 object[field->second.name] = value != 0;
-            else if (known && (field->second.type == "i" || (field->second.type == "z" && value != 0)))
+            } else if (known && (field->second.type == "i" || (field->second.type == "z" && value != 0))) {
                 object[field->second.name] = static_cast<std::int64_t>(value);
+            }
             break;
         }
         case 1:
@@ -156,8 +163,9 @@ json decodeMessage(std::string_view bytes, const std::string &name)
             break;
         case 2: {
             const std::string_view content = takeBytes(bytes, takeVarint(bytes));
-            if (known && field->second.type.find_first_of("izb") != 0)
+            if (known && field->second.type.find_first_of("izb") != 0) {
                 store(object, field->second, content);
+            }
             break;
         }
         case 5:
@@ -175,16 +183,19 @@ json decodeMessage(std::string_view bytes, const std::string &name)
 json objectFromProtobuf(const std::string &body)
 {
     static constexpr std::string_view magic("k8s\0", 4);
-    if (!body.starts_with(magic))
+    if (!body.starts_with(magic)) {
         refuse();
+    }
     const json envelope = decodeMessage(std::string_view(body).substr(magic.size()), "Unknown");
     const std::string kind = textAt(envelope, "/typeMeta/kind");
     bool isServedKind = false;
-    for (const ResourceType &type : resourceTypes())
+    for (const ResourceType &type : resourceTypes()) {
         isServedKind = isServedKind || type.kind == kind;
-    if (!isServedKind || !messages().contains(kind))
+    }
+    if (!isServedKind || !messages().contains(kind)) {
         throw ApiError(
             415, "UnsupportedMediaType", "the demo cluster does not read " + kind + " objects in protobuf");
+    }
     json object = decodeMessage(textAt(envelope, "/raw"), kind);
     object["apiVersion"] = textAt(envelope, "/typeMeta/apiVersion");
     object["kind"] = kind;

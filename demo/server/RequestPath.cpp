@@ -10,20 +10,23 @@ std::vector<std::string> splitPath(const std::string &path)
     std::vector<std::string> parts;
     std::istringstream stream(path);
     for (std::string part; std::getline(stream, part, '/');) {
-        if (!part.empty())
+        if (!part.empty()) {
             parts.push_back(part);
+        }
     }
     return parts;
 }
 
 std::optional<ResourcePath> parseResourcePath(const std::vector<std::string> &parts)
 {
-    if (parts.empty())
+    if (parts.empty()) {
         return std::nullopt;
+    }
     const bool isCore = parts[0] == "api";
     size_t next = isCore ? 2 : 3;
-    if ((!isCore && parts[0] != "apis") || parts.size() <= next)
+    if ((!isCore && parts[0] != "apis") || parts.size() <= next) {
         return std::nullopt;
+    }
     const std::string group = isCore ? std::string() : parts[1];
     ResourcePath path;
     path.version = parts[next - 1];
@@ -38,12 +41,15 @@ std::optional<ResourcePath> parseResourcePath(const std::vector<std::string> &pa
         path.type = findType(group, path.version, parts[next]);
         ++next;
     }
-    if (!path.type || parts.size() > next + 2)
+    if (!path.type || parts.size() > next + 2) {
         return std::nullopt;
-    if (parts.size() > next)
+    }
+    if (parts.size() > next) {
         path.name = parts[next];
-    if (parts.size() > next + 1)
+    }
+    if (parts.size() > next + 1) {
         path.subresource = parts[next + 1];
+    }
     return path;
 }
 

@@ -9,21 +9,21 @@
 
 namespace tidewright::demo {
 
-// What a URL path names, below the cluster's own prefix: a kind, maybe a namespace, maybe one object, maybe a
-// subresource of it.
+/// What a URL path names, below the cluster's own prefix: a kind, maybe a namespace, maybe one object, maybe
+/// a subresource of it.
 struct ResourcePath
 {
     const ResourceType *type = nullptr;
-    std::string version; // as asked; may be the type's older version
+    std::string version; ///< as asked; may be the type's older version
     std::string ns;
     std::string name;
     std::string subresource;
 };
 
-// "/api/v1/namespaces/shop/pods/x/log" in its parts; empty parts are dropped.
+/// "/api/v1/namespaces/shop/pods/x/log" in its parts; empty parts are dropped.
 std::vector<std::string> splitPath(const std::string &path);
 
-// Nothing when the parts do not name a served kind.
+/// Nothing when the parts do not name a served kind.
 std::optional<ResourcePath> parseResourcePath(const std::vector<std::string> &parts);
 
 } // namespace tidewright::demo

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/TablePrinter.h"
 
-#include "Time.h"
+#include "base/Time.h"
 
 #include <map>
 
@@ -35,8 +35,9 @@ std::string joined(const json &list, const std::string &pointer, const char *sep
     std::string result;
     for (const json &item : list) {
         const json &value = pointer.empty() ? item : at(item, pointer);
-        if (value.is_null())
+        if (value.is_null()) {
             continue;
+        }
         result += (result.empty() ? "" : separator)
             + (value.is_string() ? value.get<std::string>() : toText(value));
     }
@@ -46,19 +47,22 @@ std::string joined(const json &list, const std::string &pointer, const char *sep
 json podReady(const json &object)
 {
     int ready = 0;
-    for (const json &status : at(object, "/status/containerStatuses"))
+    for (const json &status : at(object, "/status/containerStatuses")) {
         ready += flagAt(status, "/ready");
+    }
     return std::to_string(ready) + '/' + std::to_string(at(object, "/spec/containers").size());
 }
 
 json podStatus(const json &object)
 {
-    if (at(object, "/metadata/deletionTimestamp").is_string())
+    if (at(object, "/metadata/deletionTimestamp").is_string()) {
         return "Terminating";
+    }
     for (const json &status : at(object, "/status/containerStatuses")) {
         for (const char *state : {"/state/waiting/reason", "/state/terminated/reason"}) {
-            if (const std::string reason = textAt(status, state); !reason.empty())
+            if (const std::string reason = textAt(status, state); !reason.empty()) {
                 return reason;
+            }
         }
     }
     return textAt(object, "/status/reason", textAt(object, "/status/phase", "Unknown"));
@@ -67,8 +71,9 @@ json podStatus(const json &object)
 json podRestarts(const json &object)
 {
     long long restarts = 0;
-    for (const json &status : at(object, "/status/containerStatuses"))
+    for (const json &status : at(object, "/status/containerStatuses")) {
         restarts += numberAt(status, "/restartCount");
+    }
     return std::to_string(restarts);
 }
 
@@ -77,8 +82,9 @@ json servicePorts(const json &object)
     std::string result;
     for (const json &port : at(object, "/spec/ports")) {
         result += (result.empty() ? "" : ",") + std::to_string(numberAt(port, "/port"));
-        if (const long long nodePort = numberAt(port, "/nodePort"))
+        if (const long long nodePort = numberAt(port, "/nodePort")) {
             result += ':' + std::to_string(nodePort);
+        }
         result += '/' + textAt(port, "/protocol", "TCP");
     }
     return result.empty() ? "<none>" : result;
@@ -94,9 +100,10 @@ json endpointAddresses(const json &object)
 {
     std::string result;
     for (const json &subset : at(object, "/subsets")) {
-        for (const json &address : at(subset, "/addresses"))
+        for (const json &address : at(subset, "/addresses")) {
             result += (result.empty() ? "" : ",") + textAt(address, "/ip") + ':'
                 + std::to_string(numberAt(subset, "/ports/0/port"));
+        }
     }
     return result.empty() ? "<none>" : result;
 }
@@ -123,8 +130,9 @@ json jobDuration(const json &object)
 json nodeStatus(const json &object)
 {
     for (const json &condition : at(object, "/status/conditions")) {
-        if (textAt(condition, "/type") == "Ready")
+        if (textAt(condition, "/type") == "Ready") {
             return textAt(condition, "/status") == "True" ? "Ready" : "NotReady";
+        }
     }
     return "Unknown";
 }
@@ -241,30 +249,36 @@ json definition(const std::string &title)
 json rowOf(const std::vector<Column> &columns, const json &object, const std::string &includeObject)
 {
     json cells = json::array({textAt(object, "/metadata/name")});
-    for (const Column &column : columns)
+    for (const Column &column : columns) {
         cells.push_back(column.cell(object));
+    }
     json row{{"cells", std::move(cells)}};
-    if (includeObject == "Object")
+    if (includeObject == "Object") {
         row["object"] = object;
-    else if (includeObject != "None")
+    } else if (includeObject != "None") {
         row["object"] = {{"kind", "PartialObjectMetadata"}, {"apiVersion", "meta.k8s.io/v1"},
             {"metadata", at(object, "/metadata")}};
+    }
     return row;
 }
 
 } // namespace
 
 std::string tableText(const ResourceType &type, const std::vector<ObjectPtr> &objects,
-    const json &listMetadata, const std::string &includeObject)
+    const json &listMetadata, const TableForm &form)
 {
     const std::vector<Column> &columns = columnsOf(type.kind);
-    json definitions = json::array();
-    definitions.push_back(definition("Name"));
-    for (const Column &column : columns)
-        definitions.push_back(definition(column.title));
+    json definitions;
+    if (form.hasColumns) {
+        definitions = json::array({definition("Name")});
+        for (const Column &column : columns) {
+            definitions.push_back(definition(column.title));
+        }
+    }
     json rows = json::array();
-    for (const ObjectPtr &object : objects)
-        rows.push_back(rowOf(columns, object->parsed(), includeObject));
+    for (const ObjectPtr &object : objects) {
+        rows.push_back(rowOf(columns, object->parsed(), form.includeObject));
+    }
     return toText({{"kind", "Table"}, {"apiVersion", "meta.k8s.io/v1"}, {"metadata", listMetadata},
         {"columnDefinitions", std::move(definitions)}, {"rows", std::move(rows)}});
 }

@@ -8,9 +8,14 @@
 
 namespace tidewright::demo {
 
-// The meta.k8s.io/v1 Table that kubectl asks for when it prints rows itself. includeObject is the request's
-// parameter: "Object", "None" or metadata alone.
+struct TableForm
+{
+    std::string includeObject; ///< the request's parameter: "Object", "None" or metadata alone
+    bool hasColumns = true; ///< the later events of a watch name none
+};
+
+/// The meta.k8s.io/v1 Table that kubectl asks for when it prints rows itself.
 std::string tableText(const ResourceType &type, const std::vector<ObjectPtr> &objects,
-    const json &listMetadata, const std::string &includeObject);
+    const json &listMetadata, const TableForm &form);
 
 } // namespace tidewright::demo

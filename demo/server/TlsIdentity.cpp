@@ -14,8 +14,9 @@ namespace {
 
 template <typename T> T *checked(T *object)
 {
-    if (!object)
+    if (!object) {
         throw std::runtime_error(std::string("TLS: ") + ERR_error_string(ERR_get_error(), nullptr));
+    }
     return object;
 }
 
@@ -50,8 +51,9 @@ X509 *newCertificate(const char *commonName, EVP_PKEY *key, long serial)
 void sign(X509 *certificate, X509 *issuer, EVP_PKEY *issuerKey)
 {
     X509_set_issuer_name(certificate, X509_get_subject_name(issuer));
-    if (X509_sign(certificate, issuerKey, EVP_sha256()) == 0)
+    if (X509_sign(certificate, issuerKey, EVP_sha256()) == 0) {
         checked<char>(nullptr);
+    }
 }
 
 std::string pemOf(X509 *certificate)

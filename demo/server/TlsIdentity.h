@@ -9,8 +9,8 @@
 
 namespace tidewright::demo {
 
-// A certificate for 127.0.0.1, signed by an authority that is made for it and forgotten: the kubeconfig
-// carries the authority's certificate. Valid for a year. Throws std::runtime_error when OpenSSL refuses.
+/// A certificate for 127.0.0.1, signed by an authority that is made for it and forgotten: the kubeconfig
+/// carries the authority's certificate. Valid for a year. Throws std::runtime_error when OpenSSL refuses.
 class TlsIdentity
 {
 public:
@@ -19,7 +19,7 @@ public:
     X509 *certificate() const { return m_certificate.get(); }
     EVP_PKEY *key() const { return m_key.get(); }
 
-    // PEM.
+    /// PEM.
     const std::string &authority() const { return m_authority; }
 
 private:

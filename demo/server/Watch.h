@@ -2,11 +2,15 @@
 #pragma once
 
 #include "server/ApiCall.h"
+#include "server/Disturbance.h"
+
+#include <chrono>
 
 namespace tidewright::demo {
 
-// GET with watch=true: a stream of change events that ends with the client, after timeoutSeconds, or at once
-// when the asked version is too old.
-void watchList(const ApiCall &call);
+/// GET with watch=true: the state (unless a version is asked for), then every change, as lines of JSON until
+/// the client leaves or timeoutSeconds are over. Bookmarks come that far apart when they are allowed. A
+/// version that is too long ago is told in the stream. Throws ApiError for what a server refuses at once.
+void watchList(const ApiCall &call, Disturbance &disturbance, std::chrono::milliseconds bookmarkInterval);
 
 } // namespace tidewright::demo

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/Writes.h"
 
-#include "ApiError.h"
 #include "server/Patch.h"
 #include "server/ProtobufBody.h"
 #include "server/Reads.h"
 #include "server/Validation.h"
+#include "store/ApiError.h"
 
 namespace tidewright::demo {
 
@@ -14,18 +14,21 @@ namespace {
 json parsedBody(const ApiCall &call)
 {
     json body = json::parse(call.request.body, nullptr, false);
-    if (body.is_discarded())
+    if (body.is_discarded()) {
         throw ApiError::badRequest("the body of the request is not JSON");
+    }
     return body;
 }
 
 json objectBody(const ApiCall &call)
 {
-    if (call.request.get_header_value("Content-Type").starts_with("application/vnd.kubernetes.protobuf"))
+    if (call.request.get_header_value("Content-Type").starts_with("application/vnd.kubernetes.protobuf")) {
         return objectFromProtobuf(call.request.body);
+    }
     json body = parsedBody(call);
-    if (!body.is_object())
+    if (!body.is_object()) {
         throw ApiError::badRequest("the body of the request must be an object");
+    }
     return body;
 }
 
@@ -33,32 +36,38 @@ json objectBody(const ApiCall &call)
 void adoptPath(const ApiCall &call, json &object)
 {
     json &metadata = object["metadata"];
-    if (!metadata.is_object() && !metadata.is_null())
+    if (!metadata.is_object() && !metadata.is_null()) {
         throw ApiError::badRequest("metadata must be an object");
+    }
     const std::string kind = textAt(object, "/kind", call.type().kind);
-    if (kind != call.type().kind)
+    if (kind != call.type().kind) {
         throw ApiError::badRequest("the object provided is a " + kind + ", not a " + call.type().kind);
-    if (!call.type().namespaced)
+    }
+    if (!call.type().namespaced) {
         return;
-    if (textAt(metadata, "/namespace", call.path.ns) != call.path.ns)
+    }
+    if (textAt(metadata, "/namespace", call.path.ns) != call.path.ns) {
         throw ApiError::badRequest(
             "the namespace of the provided object does not match the namespace sent on the "
             "request");
+    }
     metadata["namespace"] = call.path.ns;
 }
 
 void requireLivingNamespace(const ApiCall &call)
 {
-    if (call.type().namespaced && !call.cluster.store.get(typeOfKind("Namespace"), "", call.path.ns))
+    if (call.type().namespaced && !call.cluster.store.get(typeOfKind("Namespace"), "", call.path.ns)) {
         throw ApiError::notFound(typeOfKind("Namespace"), call.path.ns);
+    }
 }
 
 void nameFromPrefix(const ApiCall &call, json &object)
 {
     json &metadata = object["metadata"];
     const std::string prefix = textAt(metadata, "/generateName");
-    if (textAt(metadata, "/name").empty() && !prefix.empty())
+    if (textAt(metadata, "/name").empty() && !prefix.empty()) {
         metadata["name"] = prefix + call.cluster.movement.randomSuffix();
+    }
 }
 
 // What only the server sets cannot be changed from outside.
@@ -66,10 +75,11 @@ void keepServerFields(const json &before, json &after)
 {
     for (const char *field : {"uid", "creationTimestamp", "deletionTimestamp", "namespace", "name"}) {
         const json &value = at(before, std::string("/metadata/") + field);
-        if (value.is_null())
+        if (value.is_null()) {
             after["metadata"].erase(field);
-        else
+        } else {
             after["metadata"][field] = value;
+        }
     }
     after["apiVersion"] = before["apiVersion"];
     after["kind"] = before["kind"];
@@ -78,8 +88,9 @@ void keepServerFields(const json &before, json &after)
 void checkVersion(const ApiCall &call, const json &before, const json &after)
 {
     const std::string wanted = textAt(after, "/metadata/resourceVersion");
-    if (!wanted.empty() && wanted != textAt(before, "/metadata/resourceVersion"))
+    if (!wanted.empty() && wanted != textAt(before, "/metadata/resourceVersion")) {
         throw ApiError::conflict(call.type(), call.path.name);
+    }
 }
 
 // A write to the status leaves the rest alone, and the other way round.
@@ -96,29 +107,40 @@ void keepOtherHalf(const ApiCall &call, const json &before, json &after)
 
 using Change = std::function<json(const json &before)>;
 
+bool isDryRun(const ApiCall &call)
+{
+    return call.request.has_param("dryRun");
+}
+
 ObjectPtr applyChange(const ApiCall &call, const Change &change)
 {
-    const ObjectPtr stored
-        = call.cluster.store.update(call.type(), call.path.ns, call.path.name, [&](json &object) {
-              json after = change(object);
-              if (!after.is_object() || !after["metadata"].is_object())
-                  throw ApiError::invalid(
-                      call.type(), call.path.name, "the result is not an object with metadata");
-              checkVersion(call, object, after);
-              if (textAt(after, "/metadata/name", call.path.name) != call.path.name)
-                  throw ApiError::badRequest("the name of the object (" + textAt(after, "/metadata/name")
-                      + ") does not match the name on the URL (" + call.path.name + ")");
-              checkObject(call.type(), after, call.parameter("fieldValidation"));
-              keepOtherHalf(call, object, after);
-              keepServerFields(object, after);
-              after["metadata"]["resourceVersion"] = object["metadata"]["resourceVersion"];
-              if (call.path.subresource.empty() && at(after, "/spec") != at(object, "/spec")
-                  && at(object, "/metadata/generation").is_number())
-                  after["metadata"]["generation"] = numberAt(object, "/metadata/generation") + 1;
-              object = std::move(after);
-          });
-    if (!stored)
+    const auto edit = [&](json &object) {
+        json after = change(object);
+        if (!after.is_object() || !after["metadata"].is_object()) {
+            throw ApiError::invalid(call.type(), call.path.name, "the result is not an object with metadata");
+        }
+        checkVersion(call, object, after);
+        if (textAt(after, "/metadata/name", call.path.name) != call.path.name) {
+            throw ApiError::badRequest("the name of the object (" + textAt(after, "/metadata/name")
+                + ") does not match the name on the URL (" + call.path.name + ")");
+        }
+        checkObject(call.type(), after, call.parameter("fieldValidation"));
+        keepOtherHalf(call, object, after);
+        keepServerFields(object, after);
+        after["metadata"]["resourceVersion"] = object["metadata"]["resourceVersion"];
+        if (call.path.subresource.empty() && at(after, "/spec") != at(object, "/spec")
+            && at(object, "/metadata/generation").is_number()) {
+            after["metadata"]["generation"] = numberAt(object, "/metadata/generation") + 1;
+        }
+        object = std::move(after);
+    };
+    if (isDryRun(call)) {
+        return requireObject(call)->edited(edit);
+    }
+    const ObjectPtr stored = call.cluster.store.update(call.type(), call.path.ns, call.path.name, edit);
+    if (!stored) {
         throw ApiError::notFound(call.type(), call.path.name);
+    }
     call.cluster.movement.modified(stored);
     return stored;
 }
@@ -126,9 +148,11 @@ ObjectPtr applyChange(const ApiCall &call, const Change &change)
 ObjectPtr setReplicas(const ApiCall &call, const json &scale)
 {
     const json &replicas = at(scale, "/spec/replicas");
-    if (!replicas.is_number_integer() || replicas.get<long long>() < 0 || replicas.get<long long>() > 100000)
+    if (!replicas.is_number_integer() || replicas.get<long long>() < 0
+        || replicas.get<long long>() > 100000) {
         throw ApiError::invalid(call.type(), call.path.name,
             "spec.replicas: Invalid value: " + toText(replicas) + ": must be an integer from 0 to 100000");
+    }
     return applyChange(call, [&](const json &before) {
         json after = before;
         after["spec"]["replicas"] = replicas;
@@ -141,11 +165,6 @@ std::string successText(const StoredObject &object)
     return toText(
         {{"kind", "Status"}, {"apiVersion", "v1"}, {"metadata", json::object()}, {"status", "Success"},
             {"details", {{"name", object.name}, {"kind", object.type->plural}, {"uid", object.uid}}}});
-}
-
-bool isDryRun(const ApiCall &call)
-{
-    return call.request.has_param("dryRun");
 }
 
 Removal removalOf(const ApiCall &call)
@@ -163,25 +182,28 @@ Removal removalOf(const ApiCall &call)
 
 void createObject(const ApiCall &call)
 {
-    if (!call.path.name.empty())
+    if (!call.path.name.empty()) {
         throw ApiError(
             405, "MethodNotAllowed", "POST is for collections and subresources that are not served here");
+    }
     json object = objectBody(call);
     adoptPath(call, object);
     requireLivingNamespace(call);
     checkObject(call.type(), object, call.parameter("fieldValidation"));
     nameFromPrefix(call, object);
     checkName(call.type(), object);
-    for (const char *field : {"uid", "creationTimestamp", "deletionTimestamp", "resourceVersion"})
+    for (const char *field : {"uid", "creationTimestamp", "deletionTimestamp", "resourceVersion"}) {
         object["metadata"].erase(field);
+    }
     call.cluster.movement.prepare(call.type(), object);
     if (isDryRun(call)) {
         answer(call.response, toText(object), 201);
         return;
     }
     const ObjectPtr stored = call.cluster.store.create(call.type(), object);
-    if (!stored)
+    if (!stored) {
         throw ApiError::alreadyExists(call.type(), textAt(object, "/metadata/name"));
+    }
     call.cluster.movement.created(stored);
     answer(call.response, textFor(call.path, *stored), 201);
 }
@@ -221,10 +243,13 @@ void deleteObject(const ApiCall &call)
 
 void deleteCollection(const ApiCall &call)
 {
-    const ListPage page = call.cluster.store.list(call.type(), call.path.ns, filterOf(call));
+    const ListPage page = call.cluster.store.list(call.type(), {call.path.ns, filterOf(call)});
     const Removal removal = removalOf(call);
-    for (const ObjectPtr &object : page.objects)
-        call.cluster.movement.remove(object, removal);
+    for (const ObjectPtr &object : page.objects) {
+        if (!isDryRun(call)) {
+            call.cluster.movement.remove(object, removal);
+        }
+    }
     answer(call.response,
         toText({{"kind", "Status"}, {"apiVersion", "v1"}, {"metadata", json::object()}, {"status", "Success"},
             {"details", {{"kind", call.type().plural}}}}));

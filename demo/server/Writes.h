@@ -5,8 +5,8 @@
 
 namespace tidewright::demo {
 
-// Changes of objects by POST, PUT, PATCH and DELETE. All throw ApiError and tell the cluster's movement what
-// was done, so that the consequences follow.
+/// Changes of objects by POST, PUT, PATCH and DELETE. All throw ApiError and tell the cluster's movement what
+/// was done, so that the consequences follow.
 void createObject(const ApiCall &call);
 void replaceObject(const ApiCall &call);
 void patchObject(const ApiCall &call);

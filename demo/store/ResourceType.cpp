@@ -6,9 +6,9 @@
 
 namespace tidewright::demo {
 
-std::string ResourceType::apiVersion() const
+std::string ResourceType::apiVersionAs(const std::string &asked) const
 {
-    return group.empty() ? version : group + "/" + version;
+    return group.empty() ? asked : group + '/' + asked;
 }
 
 bool ResourceType::hasSubresource(const std::string &name) const
@@ -52,8 +52,9 @@ const std::vector<ResourceType> &resourceTypes()
 const ResourceType &typeOfKind(const std::string &kind)
 {
     for (const ResourceType &type : resourceTypes()) {
-        if (type.kind == kind)
+        if (type.kind == kind) {
             return type;
+        }
     }
     throw std::logic_error("no such kind: " + kind);
 }
@@ -62,8 +63,9 @@ const ResourceType *findType(const std::string &group, const std::string &versio
 {
     for (const ResourceType &type : resourceTypes()) {
         if (type.plural == plural && type.group == group
-            && (type.version == version || (!version.empty() && type.olderVersion == version)))
+            && (type.version == version || (!version.empty() && type.olderVersion == version))) {
             return &type;
+        }
     }
     return nullptr;
 }

@@ -6,11 +6,11 @@
 
 namespace tidewright::demo {
 
-// One served kind of object: its words in URLs, discovery and on the command line. The table is fixed at
-// build time.
+/// One served kind of object: its words in URLs, discovery and on the command line. The table is fixed at
+/// build time.
 struct ResourceType
 {
-    std::string group; // empty for the core group
+    std::string group; ///< empty for the core group
     std::string version;
     std::string plural;
     std::string singular;
@@ -18,19 +18,21 @@ struct ResourceType
     std::vector<std::string> shortNames;
     bool namespaced = true;
     bool inCategoryAll = false;
-    std::vector<std::string> subresources; // status, scale, log
-    std::string olderVersion; // a second version of the group that carries the same objects
+    std::vector<std::string> subresources; ///< status, scale, log
+    std::string olderVersion; ///< a second version of the group that carries the same objects
 
-    std::string apiVersion() const;
+    std::string apiVersion() const { return apiVersionAs(version); }
+    /// "GROUP/VERSION", or the version alone for the core group.
+    std::string apiVersionAs(const std::string &asked) const;
     bool hasSubresource(const std::string &name) const;
 };
 
 const std::vector<ResourceType> &resourceTypes();
 
-// Kinds are unique here, so the kind alone names the type. The kind must be one of the table.
+/// Kinds are unique here, so the kind alone names the type. The kind must be one of the table.
 const ResourceType &typeOfKind(const std::string &kind);
 
-// Null when no such resource is served. Knows older versions too.
+/// Null when no such resource is served. Knows older versions too.
 const ResourceType *findType(const std::string &group, const std::string &version, const std::string &plural);
 
 } // namespace tidewright::demo

@@ -8,18 +8,19 @@
 
 namespace tidewright::demo {
 
-// A parsed labelSelector or fieldSelector of a list or watch: a conjunction of requirements. Parsing throws
-// ApiError (400) when the text is not a selector.
+/// A parsed labelSelector or fieldSelector of a list or watch: a conjunction of requirements. Parsing throws
+/// ApiError (400) when the text is not a selector.
 class Selector
 {
 public:
     static Selector ofLabels(const std::string &text);
-    static Selector ofFields(const std::string &text);
+    /// Only fields that a real server knows for the kind.
+    static Selector ofFields(const ResourceType &type, const std::string &text);
 
     bool isEmpty() const { return m_requirements.empty(); }
     bool matches(const StoredObject &object) const;
 
-    // Whether all pairs of a map such as a service's spec.selector are among the object's labels.
+    /// Whether all pairs of a map such as a service's spec.selector are among the object's labels.
     static bool mapMatches(const json &wanted, const StoredObject &object);
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Time.h"
+#include "base/Time.h"
 
 #include <ctime>
 
@@ -29,12 +29,15 @@ Seconds parseTimestamp(const std::string &text)
 
 std::string shortAge(Seconds seconds)
 {
-    if (seconds < 120)
+    if (seconds < 120) {
         return std::to_string(seconds < 0 ? 0 : seconds) + "s";
-    if (seconds < 180 * 60)
+    }
+    if (seconds < 180 * 60) {
         return std::to_string(seconds / 60) + "m";
-    if (seconds < 48 * 3600)
+    }
+    if (seconds < 48 * 3600) {
         return std::to_string(seconds / 3600) + "h";
+    }
     return std::to_string(seconds / 86400) + "d";
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "movement/Refresh.h"
+#include "objects/Refresh.h"
 
-#include "Time.h"
+#include "base/Time.h"
 #include "objects/Pods.h"
 #include "store/Selector.h"
 
@@ -26,8 +26,9 @@ PodCount countPods(const ObjectStore &store, const std::string &ns, const std::s
     for (const ObjectPtr &object : store.ownedBy(typeOfKind("Pod"), ns, ownerUid)) {
         const json pod = object->parsed();
         const std::string phase = textAt(pod, "/status/phase");
-        if (at(pod, "/metadata/deletionTimestamp").is_string())
+        if (at(pod, "/metadata/deletionTimestamp").is_string()) {
             continue;
+        }
         count.succeeded += phase == "Succeeded";
         count.failed += phase == "Failed";
         count.active += phase == "Running" || phase == "Pending";
@@ -39,25 +40,29 @@ PodCount countPods(const ObjectStore &store, const std::string &ns, const std::s
 
 void setOrErase(json &object, const char *field, long long value)
 {
-    if (value == 0)
+    if (value == 0) {
         object.erase(field);
-    else
+    } else {
         object[field] = value;
+    }
 }
 
 json subsetOf(const json &service, const json &addresses, const json &notReady)
 {
     json subset = json::object();
-    if (!addresses.empty())
+    if (!addresses.empty()) {
         subset["addresses"] = addresses;
-    if (!notReady.empty())
+    }
+    if (!notReady.empty()) {
         subset["notReadyAddresses"] = notReady;
+    }
     for (const json &port : at(service, "/spec/ports")) {
         const json &target = at(port, "/targetPort");
         json entry{{"port", target.is_number() ? target : port["port"]},
             {"protocol", textAt(port, "/protocol", "TCP")}};
-        if (port.contains("name"))
+        if (port.contains("name")) {
             entry["name"] = port["name"];
+        }
         subset["ports"].push_back(entry);
     }
     return subset;
@@ -67,38 +72,44 @@ json subsetsOf(const json &service, const std::vector<ObjectPtr> &pods)
 {
     json ready = json::array(), notReady = json::array();
     for (const ObjectPtr &object : pods) {
-        if (!Selector::mapMatches(at(service, "/spec/selector"), *object))
+        if (!Selector::mapMatches(at(service, "/spec/selector"), *object)) {
             continue;
+        }
         const json pod = object->parsed();
         const std::string ip = textAt(pod, "/status/podIP");
         const std::string phase = textAt(pod, "/status/phase");
-        if (ip.empty() || phase == "Succeeded" || phase == "Failed")
+        if (ip.empty() || phase == "Succeeded" || phase == "Failed") {
             continue;
+        }
         json address{{"ip", ip}, {"nodeName", at(pod, "/spec/nodeName")},
             {"targetRef",
                 {{"kind", "Pod"}, {"name", object->name}, {"namespace", object->ns}, {"uid", object->uid}}}};
         (isPodReady(pod) ? ready : notReady).push_back(std::move(address));
     }
-    if (ready.empty() && notReady.empty())
+    if (ready.empty() && notReady.empty()) {
         return json::array();
+    }
     return json::array({subsetOf(service, ready, notReady)});
 }
 
 void refreshEndpointsOf(ObjectStore &store, const StoredObject &service, const std::vector<ObjectPtr> &pods)
 {
     const json parsed = service.parsed();
-    if (at(parsed, "/spec/selector").empty())
+    if (at(parsed, "/spec/selector").empty()) {
         return;
+    }
     const json subsets = subsetsOf(parsed, pods);
     const auto apply = [&](json &endpoints) {
-        if (subsets.empty())
+        if (subsets.empty()) {
             endpoints.erase("subsets");
-        else
+        } else {
             endpoints["subsets"] = subsets;
+        }
     };
     const ResourceType &type = typeOfKind("Endpoints");
-    if (store.update(type, service.ns, service.name, apply))
+    if (store.update(type, service.ns, service.name, apply)) {
         return;
+    }
     json endpoints{{"metadata",
         {{"name", service.name}, {"namespace", service.ns},
             {"creationTimestamp", at(parsed, "/metadata/creationTimestamp")}}}};
@@ -110,8 +121,9 @@ json jobCondition(const char *type, const json &reason)
 {
     json condition{{"type", type}, {"status", "True"}, {"lastProbeTime", timestamp(now())},
         {"lastTransitionTime", timestamp(now())}};
-    if (reason.is_string())
+    if (reason.is_string()) {
         condition["reason"] = reason;
+    }
     return condition;
 }
 
@@ -125,8 +137,9 @@ std::string revisionOf(const json &object)
 
 void setReplicaCounts(json &status, long long total, long long ready, long long updated)
 {
-    if (status.is_null())
+    if (status.is_null()) {
         status = json::object();
+    }
     status["replicas"] = total;
     setOrErase(status, "readyReplicas", ready);
     setOrErase(status, "availableReplicas", ready);
@@ -137,8 +150,9 @@ void setReplicaCounts(json &status, long long total, long long ready, long long 
 void refreshReplicaSet(ObjectStore &store, const std::string &ns, const std::string &name)
 {
     const ObjectPtr object = store.get(typeOfKind("ReplicaSet"), ns, name);
-    if (!object)
+    if (!object) {
         return;
+    }
     const PodCount count = countPods(store, ns, object->uid);
     store.update(*object->type, ns, name, [&](json &set) {
         json &status = set["status"];
@@ -152,8 +166,9 @@ void refreshReplicaSet(ObjectStore &store, const std::string &ns, const std::str
 void refreshDeployment(ObjectStore &store, const std::string &ns, const std::string &name)
 {
     const ObjectPtr object = store.get(typeOfKind("Deployment"), ns, name);
-    if (!object)
+    if (!object) {
         return;
+    }
     long long total = 0, ready = 0, updated = 0;
     const std::string current = revisionOf(object->parsed());
     for (const ObjectPtr &owned : store.ownedBy(typeOfKind("ReplicaSet"), ns, object->uid)) {
@@ -161,8 +176,9 @@ void refreshDeployment(ObjectStore &store, const std::string &ns, const std::str
         const long long replicas = numberAt(set, "/status/replicas");
         total += replicas;
         ready += numberAt(set, "/status/readyReplicas");
-        if (revisionOf(set) == current)
+        if (revisionOf(set) == current) {
             updated += replicas;
+        }
     }
     store.update(*object->type, ns, name, [&](json &deployment) {
         json &status = deployment["status"];
@@ -179,8 +195,9 @@ void refreshDeployment(ObjectStore &store, const std::string &ns, const std::str
 void refreshStatefulSet(ObjectStore &store, const std::string &ns, const std::string &name)
 {
     const ObjectPtr object = store.get(typeOfKind("StatefulSet"), ns, name);
-    if (!object)
+    if (!object) {
         return;
+    }
     const PodCount count = countPods(store, ns, object->uid);
     store.update(*object->type, ns, name, [&](json &set) {
         setReplicaCounts(set["status"], count.total, count.ready, count.total);
@@ -191,13 +208,15 @@ void refreshStatefulSet(ObjectStore &store, const std::string &ns, const std::st
 void refreshDaemonSet(ObjectStore &store, const std::string &ns, const std::string &name)
 {
     const ObjectPtr object = store.get(typeOfKind("DaemonSet"), ns, name);
-    if (!object)
+    if (!object) {
         return;
+    }
     const PodCount count = countPods(store, ns, object->uid);
     store.update(*object->type, ns, name, [&](json &set) {
         json &status = set["status"];
-        if (status.is_null())
+        if (status.is_null()) {
             status = json::object();
+        }
         status["desiredNumberScheduled"] = std::max(count.total, numberAt(status, "/desiredNumberScheduled"));
         status["currentNumberScheduled"] = count.total;
         status["updatedNumberScheduled"] = count.total;
@@ -210,13 +229,15 @@ void refreshDaemonSet(ObjectStore &store, const std::string &ns, const std::stri
 void refreshJob(ObjectStore &store, const std::string &ns, const std::string &name)
 {
     const ObjectPtr object = store.get(typeOfKind("Job"), ns, name);
-    if (!object)
+    if (!object) {
         return;
+    }
     const PodCount count = countPods(store, ns, object->uid);
     store.update(*object->type, ns, name, [&](json &job) {
         json &status = job["status"];
-        if (status.is_null())
+        if (status.is_null()) {
             status = json::object();
+        }
         const bool ended = status.contains("conditions");
         setOrErase(status, "active", count.active);
         setOrErase(status, "succeeded", count.succeeded);
@@ -232,20 +253,23 @@ void refreshJob(ObjectStore &store, const std::string &ns, const std::string &na
 
 void refreshEndpoints(ObjectStore &store, const std::string &ns)
 {
-    const std::vector<ObjectPtr> services = store.list(typeOfKind("Service"), ns).objects;
-    if (services.empty())
+    const std::vector<ObjectPtr> services = store.all(typeOfKind("Service"), ns);
+    if (services.empty()) {
         return;
-    const std::vector<ObjectPtr> pods = store.list(typeOfKind("Pod"), ns).objects;
-    for (const ObjectPtr &service : services)
+    }
+    const std::vector<ObjectPtr> pods = store.all(typeOfKind("Pod"), ns);
+    for (const ObjectPtr &service : services) {
         refreshEndpointsOf(store, *service, pods);
+    }
 }
 
 void refreshOwner(ObjectStore &store, const std::string &ns, const std::string &kind, const std::string &name)
 {
     if (kind == "ReplicaSet") {
         refreshReplicaSet(store, ns, name);
-        if (const ObjectPtr set = store.get(typeOfKind("ReplicaSet"), ns, name))
+        if (const ObjectPtr set = store.get(typeOfKind("ReplicaSet"), ns, name)) {
             refreshDeployment(store, ns, textAt(set->parsed(), "/metadata/ownerReferences/0/name"));
+        }
     } else if (kind == "StatefulSet") {
         refreshStatefulSet(store, ns, name);
     } else if (kind == "DaemonSet") {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Json.h"
+#include "base/Json.h"
 
 namespace tidewright::demo {
 
@@ -13,8 +13,9 @@ const json &at(const json &object, const std::string &pointer)
         const std::string step = pointer.substr(start, end - start);
         if (value->is_object()) {
             const auto found = value->find(step);
-            if (found == value->end())
+            if (found == value->end()) {
                 return missing;
+            }
             value = &*found;
         } else if (value->is_array() && !step.empty() && step.find_first_not_of("0123456789") == step.npos
             && step.size() < 9 && std::stoul(step) < value->size()) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Json.h"
+#include "base/Json.h"
 #include "store/ResourceType.h"
 
 #include <stdexcept>
@@ -9,8 +9,8 @@
 
 namespace tidewright::demo {
 
-// A refusal with its HTTP code, thrown by whatever finds a request wrong and turned into a Status object by
-// the server, the form in which kubectl expects every failure.
+/// A refusal with its HTTP code, thrown by whatever finds a request wrong and turned into a Status object by
+/// the server, the form in which kubectl expects every failure.
 class ApiError : public std::runtime_error
 {
 public:
@@ -21,9 +21,15 @@ public:
     static ApiError alreadyExists(const ResourceType &type, const std::string &name);
     static ApiError conflict(const ResourceType &type, const std::string &name);
     static ApiError invalid(const ResourceType &type, const std::string &name, const std::string &message);
+    static ApiError forbidden(const ResourceType &type, const std::string &verb, const std::string &ns);
+    /// Of a parameter of a list or watch.
+    static ApiError invalidOption(const std::string &name, const std::string &message);
+    static ApiError tooLargeVersion(std::uint64_t asked, std::uint64_t current);
+    /// Of a list that cannot be continued as it was: `token` goes on with what there is now.
+    static ApiError expiredToken(const std::string &token);
     static ApiError notServed(const std::string &what);
 
-    // What a server that always answers with this code would say.
+    /// What a server that always answers with this code would say.
     static ApiError ofCode(int code);
 
     int code() const { return m_code; }
@@ -33,6 +39,7 @@ private:
     int m_code;
     std::string m_reason;
     json m_details;
+    std::string m_continue;
 };
 
 } // namespace tidewright::demo

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Cluster.h"
-#include "Kubeconfig.h"
-#include "Options.h"
 #include "objects/Seed.h"
 #include "server/ApiServer.h"
+#include "server/Cluster.h"
+#include "server/Kubeconfig.h"
+#include "server/Options.h"
 
 #include <cerrno>
 #include <csignal>
@@ -46,8 +46,9 @@ sigset_t endSignals()
 
 int run(const Options &options)
 {
-    Cluster harbor("demo-harbor", 11, options.still);
-    Cluster lighthouse("demo-lighthouse", 23, options.still);
+    const auto history = size_t(options.history);
+    Cluster harbor("demo-harbor", 11, options.still, history);
+    Cluster lighthouse("demo-lighthouse", 23, options.still, history);
     seedHarbor(harbor.store, options.fleetPods);
     seedLighthouse(lighthouse.store);
 
@@ -59,17 +60,22 @@ int run(const Options &options)
     }
     ApiServer server(options, {&harbor, &lighthouse}, identity.get());
     const int port = server.bind(options.port);
-    if (port <= 0)
+    if (port <= 0) {
         return fail("cannot listen on 127.0.0.1:" + std::to_string(options.port), 1);
+    }
 
     KubeconfigFile kubeconfig(options.kubeconfigPath);
     const std::string text
         = kubeconfigText({{harbor.name, "default"}, {lighthouse.name, "default"}}, port, authority);
-    if (!kubeconfig.write(text))
+    if (!kubeconfig.write(text)) {
         return fail("cannot write " + kubeconfig.path() + ": " + std::strerror(errno), 1);
+    }
 
     harbor.movement.start();
     lighthouse.movement.start();
+    if (options.changesPerSecond > 0) {
+        harbor.load.start(options.changesPerSecond);
+    }
     std::thread([&server] { server.run(); }).detach();
     std::printf("ready %s\n", kubeconfig.path().c_str());
     std::fflush(stdout);
@@ -81,8 +87,9 @@ int run(const Options &options)
 int main(int argc, char **argv)
 {
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
-    if (!parsed.error.empty())
+    if (!parsed.error.empty()) {
         return fail(parsed.error + "\nTry --help.", 2);
+    }
     if (parsed.options.help) {
         std::fputs(usage().c_str(), stdout);
         return 0;
@@ -91,8 +98,9 @@ int main(int argc, char **argv)
     if (parsed.options.exitWithParent) {
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         // The parent may have died before the request took hold.
-        if (getppid() != parent)
+        if (getppid() != parent) {
             return 0;
+        }
     }
     // Blocked before any thread starts, so that only the waiting main thread takes them.
     const sigset_t signals = endSignals();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ApiError.h"
+#include "store/ApiError.h"
 
 #include <map>
 
@@ -9,9 +9,13 @@ namespace {
 
 json detailsOf(const ResourceType &type, const std::string &name)
 {
-    json details{{"name", name}, {"kind", type.plural}};
-    if (!type.group.empty())
+    json details{{"kind", type.plural}};
+    if (!name.empty()) {
+        details["name"] = name;
+    }
+    if (!type.group.empty()) {
         details["group"] = type.group;
+    }
     return details;
 }
 
@@ -70,6 +74,45 @@ ApiError ApiError::invalid(const ResourceType &type, const std::string &name, co
         details};
 }
 
+ApiError ApiError::forbidden(const ResourceType &type, const std::string &verb, const std::string &ns)
+{
+    return {403, "Forbidden",
+        qualified(type) + " is forbidden: User \"demo\" cannot " + verb + " resource \"" + type.plural
+            + "\" in API group \"" + type.group + '"'
+            + (ns.empty() ? " at the cluster scope" : " in the namespace \"" + ns + '"'),
+        detailsOf(type, {})};
+}
+
+ApiError ApiError::invalidOption(const std::string &name, const std::string &message)
+{
+    return {422, "Invalid", "ListOptions.meta.k8s.io \"\" is invalid: " + name + ": Forbidden: " + message,
+        {{"group", "meta.k8s.io"}, {"kind", "ListOptions"},
+            {"causes",
+                json::array({{{"reason", "FieldValueForbidden"}, {"message", "Forbidden: " + message},
+                    {"field", name}}})}}};
+}
+
+ApiError ApiError::tooLargeVersion(std::uint64_t asked, std::uint64_t current)
+{
+    return {504, "Timeout",
+        "Timeout: Too large resource version: " + std::to_string(asked)
+            + ", current: " + std::to_string(current),
+        {{"retryAfterSeconds", 1},
+            {"causes",
+                json::array(
+                    {{{"reason", "ResourceVersionTooLarge"}, {"message", "Too large resource version"}}})}}};
+}
+
+ApiError ApiError::expiredToken(const std::string &token)
+{
+    ApiError error(410, "Expired",
+        "The provided continue parameter is too old to display a consistent list result. The continue token "
+        "of "
+        "this answer goes on with what there is now; start anew for a list of one moment.");
+    error.m_continue = token;
+    return error;
+}
+
 ApiError ApiError::notServed(const std::string &what)
 {
     return {501, "NotImplemented", "the demo cluster does not serve " + what};
@@ -90,8 +133,9 @@ ApiError ApiError::ofCode(int code)
         {504, {"Timeout", "the request did not complete within the allotted time"}},
     };
     const auto found = sentences.find(code);
-    if (found != sentences.end())
+    if (found != sentences.end()) {
         return {code, found->second.first, found->second.second};
+    }
     return {code, "", "the demo cluster answers every request with " + std::to_string(code)};
 }
 
@@ -99,10 +143,15 @@ std::string ApiError::statusText() const
 {
     json status{{"kind", "Status"}, {"apiVersion", "v1"}, {"metadata", json::object()}, {"status", "Failure"},
         {"message", what()}, {"code", m_code}};
-    if (!m_reason.empty())
+    if (!m_continue.empty()) {
+        status["metadata"]["continue"] = m_continue;
+    }
+    if (!m_reason.empty()) {
         status["reason"] = m_reason;
-    if (!m_details.is_null())
+    }
+    if (!m_details.is_null()) {
         status["details"] = m_details;
+    }
     return toText(status);
 }
 

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Options.h"
+#include "server/Options.h"
+
+#include "server/StreamFaults.h"
+#include "store/ApiError.h"
 
 #include <charconv>
 #include <map>
@@ -22,6 +25,9 @@ const std::map<std::string, ValueOption> &valueOptions()
         {"--pods", {0, 1000000, [](Options &o, long long v) { o.fleetPods = int(v); }}},
         {"--latency", {0, 600000, [](Options &o, long long v) { o.latencyMs = int(v); }}},
         {"--fail", {400, 599, [](Options &o, long long v) { o.failCode = int(v); }}},
+        {"--changes-per-second", {1, 10000, [](Options &o, long long v) { o.changesPerSecond = int(v); }}},
+        {"--history", {1, 10000000, [](Options &o, long long v) { o.history = int(v); }}},
+        {"--bookmark-interval", {1, 86400000, [](Options &o, long long v) { o.bookmarkMs = int(v); }}},
         {"--log-rate", {1, 10000000, [](Options &o, long long v) { o.logRate = double(v); }}},
     };
     return table;
@@ -46,11 +52,36 @@ std::string storeNumber(const std::string &name, const std::string &text, Option
     long long value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size() || value < option.least
-        || value > option.most)
+        || value > option.most) {
         return name + " needs a number from " + std::to_string(option.least) + " to "
             + std::to_string(option.most) + ", not \"" + text + "\"";
+    }
     option.store(options, value);
     return {};
+}
+
+// Returns what is wrong with it, if anything.
+std::string storeValue(const std::string &name, const std::string &value, Options &options)
+{
+    if (name == "--kubeconfig") {
+        options.kubeconfigPath = value;
+        return {};
+    }
+    if (name == "--disturb") {
+        options.disturb = value;
+        try {
+            const FaultPlan plan(value);
+        } catch (const ApiError &error) {
+            return name + ": " + error.what();
+        }
+        return {};
+    }
+    return storeNumber(name, value, options);
+}
+
+bool takesValue(const std::string &name)
+{
+    return name == "--kubeconfig" || name == "--disturb" || valueOptions().contains(name);
 }
 
 } // namespace
@@ -65,20 +96,18 @@ ParsedOptions parseOptions(const std::vector<std::string> &arguments)
         if (const auto flag = flagOptions().find(name);
             flag != flagOptions().end() && equals == std::string::npos) {
             flag->second(parsed.options);
-            continue;
-        }
-        if (name != "--kubeconfig" && !valueOptions().contains(name)) {
+        } else if (!takesValue(name)) {
             parsed.error = "unknown option \"" + arguments[i] + "\"";
         } else if (equals == std::string::npos && i + 1 == arguments.size()) {
             parsed.error = name + " needs a value";
         } else {
             const std::string value
                 = equals == std::string::npos ? arguments[++i] : arguments[i].substr(equals + 1);
-            if (name == "--kubeconfig")
-                parsed.options.kubeconfigPath = value;
-            else
-                parsed.error = storeNumber(name, value, parsed.options);
+            parsed.error = storeValue(name, value, parsed.options);
         }
+    }
+    if (parsed.error.empty() && parsed.options.changesPerSecond > 0 && parsed.options.fleetPods == 0) {
+        parsed.error = "--changes-per-second changes the pods of --pods N, which is missing";
     }
     return parsed;
 }
@@ -91,7 +120,12 @@ std::string usage()
            "  --kubeconfig PATH   where to write the kubeconfig (default: a private temporary folder)\n"
            "  --port N            port to listen on (default 0: any free one)\n"
            "  --pods N            N more pods in namespace fleet of demo-harbor\n"
-           "  --still             nothing moves by itself; what follows from a change happens at once\n"
+           "  --changes-per-second N\n"
+           "                      that many of these pods change, go or come each second, also with --still\n"
+           "  --still             nothing else moves by itself; what follows from a change happens at once\n"
+           "  --history N         changes of each kind that watches and pages can go back (default 10000)\n"
+           "  --bookmark-interval MS\n"
+           "                      between the bookmarks of a watch (default 60000)\n"
            "  --log-rate N        log lines per second in total over all open streams\n"
            "  --latency MS        wait that long before every answer\n"
            "  --fail CODE         answer every request with that HTTP status\n"
@@ -99,7 +133,14 @@ std::string usage()
            "  --tls               serve HTTPS with a certificate made at start\n"
            "  --wrong-ca          as --tls, but the kubeconfig names another authority\n"
            "  --exit-with-parent  end when the parent process ends\n"
-           "  --help              show this text\n";
+           "  --help              show this text\n"
+           "  --disturb KIND[:N][,KIND[:N]...]\n"
+           "                      what befalls watches. N counts the changes that a stream tells, not those "
+           "of\n"
+           "                      its first state; in brackets what it is when not given. Several that end "
+           "a\n"
+           "                      stream take turns, each new stream the next.\n"
+        + faultUsage();
 }
 
 } // namespace tidewright::demo

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Base64.h"
+#include "base/Base64.h"
 
 #include <openssl/evp.h>
 
