@@ -364,6 +364,7 @@ void tst_start::lookingChangesNoKubeConfig()
     QVERIFY(QFile::link(
         qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"), package.folder.filePath(kubectl + u"real"_s)));
     package.write(u"kube/config"_s, text);
+    package.write(u"home/.config/com.brindle.Tidewright/settings.json"_s, R"({"liveUpdates": "off"})");
     QFile file(config);
     const QDateTime written = QDateTime::currentDateTime().addDays(-1);
     QVERIFY(file.open(QIODevice::ReadWrite) && file.setFileTime(written, QFile::FileModificationTime));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/text/DisplayText.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/text/TerminalText.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/console/ConsoleText.h"
 #include "pods/console/ConsoleTextView.h"
 #include "pods/console/ConsoleViewController.h"
@@ -349,7 +349,8 @@ private Q_SLOTS:
         bench.console.clearLogs();
         bench.console.addCommandEntry({{u"kubectl"_s, u"x\u0003rm"_s}, {}}, u"a key"_s, {}, {});
         bench.add(u"last"_s);
-        bench.choose(bench.placeOf(u"key"_s), u"Copy as Shell Command"_s, false); // Ctrl+C where it is pasted
+        bench.choose(bench.placeOf(u"key"_s), u"Copy as Shell Command"_s);
+        QVERIFY(!QGuiApplication::clipboard()->text().contains(u'\u0003')); // Ctrl+C where it is pasted
     }
 
     void shellLinesComeBackAsTheArguments()

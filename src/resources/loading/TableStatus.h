@@ -20,7 +20,8 @@ struct TableFacts
     bool hasBeenLoaded = false;
 };
 
-/// "12 pods", "3 of 12 pods · 2 selected", "500 pods so far"; empty while nobody knows how many there are. Pure, any thread.
+/// "12 pods", "3 of 12 pods · 2 selected", "500 pods so far"; empty while nobody knows how many there are.
+/// Pure, any thread.
 QString countsText(const ResourceKind &kind, const TableFacts &facts);
 
 /// Why no row is shown: a sentence, and further lines of details. Pure, any thread.
