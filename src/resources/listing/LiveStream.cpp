@@ -3,6 +3,7 @@
 
 #include "core/KubeCtl.h"
 #include "platform/MainQueue.h"
+#include "resources/listing/KubectlComplaint.h"
 #include "resources/listing/ListDecoder.h"
 #include "resources/listing/ResourcePaths.h"
 #include "resources/listing/TemplateDecoder.h"
@@ -39,38 +40,6 @@ class TextDecoder : public LiveDecoder
 public:
     void take(QByteArrayView bytes, std::vector<LiveChange> &) override { m_run.text += bytes; }
 };
-
-bool saysAny(const QString &complaint, std::initializer_list<QLatin1String> words)
-{
-    return std::any_of(
-        words.begin(), words.end(), [&](QLatin1String word) { return complaint.contains(word); });
-}
-
-bool isExpired(const QString &complaint)
-{
-    return saysAny(complaint, {QLatin1String("(Expired)"), QLatin1String("(Gone)")});
-}
-
-bool isUnknownPlace(const QString &complaint)
-{
-    return complaint.contains(QLatin1String("(NotFound)"));
-}
-
-/// What will not be better next time: no right to do it, a server or a client that does not know of it.
-bool isFinal(const QString &complaint)
-{
-    return isUnknownPlace(complaint)
-        || saysAny(complaint,
-            {QLatin1String("(Forbidden)"), QLatin1String("(MethodNotAllowed)"),
-                QLatin1String("(NotAcceptable)"), QLatin1String("(BadRequest)"),
-                QLatin1String("unknown flag"), QLatin1String("unknown shorthand flag"),
-                QLatin1String("unknown command")});
-}
-
-QString firstLine(const QString &text)
-{
-    return text.section(QLatin1Char('\n'), 0, 0);
-}
 
 } // namespace
 
@@ -132,7 +101,7 @@ void LiveStream::resume()
     if (m_status.state != State::Paused) {
         return;
     }
-    setStatus(m_status.asOf.isValid() ? State::Reconnecting : State::Loading);
+    setStatus(m_hasRows ? State::Reconnecting : State::Loading);
     if (m_isStateComplete) {
         watch();
     } else {
@@ -228,7 +197,8 @@ void LiveStream::newsArrived()
     const LiveFeed::News news = m_feed->fetchNews();
     const QPointer self(this);
     if (m_task == Task::None) {
-        return; // of a child that was left meanwhile; its changes count, and are waiting
+        scheduleBatch(); // of a child that was left meanwhile: what it told before that counts
+        return;
     }
     m_status.asOf = QDateTime::currentDateTime();
     if (news.pieces > m_pieces && m_task == Task::Watch) {
@@ -236,6 +206,9 @@ void LiveStream::newsArrived()
         m_emptyWatches = 0;
     }
     m_pieces = news.pieces;
+    if (news.hasEvents && m_task == Task::Watch) {
+        m_lostStates = 0;
+    }
     if (!news.end) {
         scheduleBatch();
     } else {
@@ -243,7 +216,7 @@ void LiveStream::newsArrived()
     }
     if (self && news.isConnected && m_task == Task::Watch) {
         m_isStateComplete = news.isStateComplete;
-        m_lostStates = 0;
+        m_hasRows = true;
         setStatus(State::Live);
     }
     if (self && news.end) {
@@ -305,14 +278,14 @@ void LiveStream::runEnded(const LiveRunEnd &end)
 void LiveStream::pageEnded(const LiveRunEnd &end)
 {
     const LiveRun &page = end.run;
-    if (end.hasFailed && isUnknownPlace(end.complaint) && !ResourcePaths::of(m_place.server).hasLearned()) {
+    if (end.hasFailed && end.complaint.isUnknownPlace() && !ResourcePaths::of(m_place.server).hasLearned()) {
         discover();
-    } else if (end.hasFailed && isExpired(end.complaint)) {
-        lostState(firstLine(end.complaint));
-    } else if (end.hasFailed && isFinal(end.complaint)) {
-        refuse(firstLine(end.complaint));
+    } else if (end.hasFailed && end.complaint.isExpired()) {
+        lostState(end.complaint.firstLine());
+    } else if (end.hasFailed && end.complaint.isFinal()) {
+        refuse(end.complaint.firstLine());
     } else if (end.hasFailed) {
-        tryAgain(firstLine(end.complaint), &LiveStream::requestPage);
+        tryAgain(end.complaint.firstLine(), &LiveStream::requestPage);
     } else if (!page.garbled.isEmpty() || !page.isWholeList) {
         lostState(page.garbled.isEmpty() ? QStringLiteral("The server's answer was cut off.") : page.garbled);
     } else if (!page.continueToken.isEmpty()) {
@@ -324,6 +297,7 @@ void LiveStream::pageEnded(const LiveRunEnd &end)
         m_failures = 0;
         m_version = page.resourceVersion;
         m_isStateComplete = true;
+        m_hasRows = true;
         m_feed->completeState();
         const QPointer self(this);
         deliver();
@@ -338,14 +312,14 @@ void LiveStream::watchEnded(const LiveRunEnd &end)
     if (!end.run.resourceVersion.isEmpty()) {
         m_version = end.run.resourceVersion;
     }
-    const QString complaint = firstLine(end.complaint);
-    if (end.run.isExpired || (end.hasFailed && isExpired(end.complaint))) {
+    const QString complaint = end.complaint.firstLine();
+    if (end.run.isExpired || (end.hasFailed && end.complaint.isExpired())) {
         lostState(QStringLiteral("The server has forgotten what changed since."));
     } else if (!end.run.garbled.isEmpty()) {
         lostState(end.run.garbled);
     } else if (!end.run.serverError.isEmpty()) {
         lostState(end.run.serverError);
-    } else if (end.hasFailed && isFinal(end.complaint)) {
+    } else if (end.hasFailed && end.complaint.isFinal()) {
         refuse(complaint);
     } else if (end.hasFailed) {
         tryAgain(complaint, &LiveStream::watch);
@@ -366,8 +340,8 @@ void LiveStream::discoveryEnded(const LiveRunEnd &end)
     if (paths.hasLearned()) {
         beginState();
     } else {
-        tryAgain(end.complaint.isEmpty() ? QStringLiteral("The cluster does not tell what it serves.")
-                                         : firstLine(end.complaint),
+        tryAgain(end.complaint.text.isEmpty() ? QStringLiteral("The cluster does not tell what it serves.")
+                                              : end.complaint.firstLine(),
             &LiveStream::discover);
     }
 }
@@ -379,7 +353,7 @@ void LiveStream::lostState(const QString &reason)
     if (++m_lostStates > patience) {
         refuse(reason);
     } else if (m_lostStates == 1) {
-        setStatus(m_status.asOf.isValid() ? State::Reconnecting : State::Loading, reason);
+        setStatus(m_hasRows ? State::Reconnecting : State::Loading, reason);
         begin();
     } else {
         tryAgain(reason, &LiveStream::begin);

@@ -103,6 +103,7 @@ private:
     qint64 m_pieces = 0;
 
     bool m_isStateComplete = false;
+    bool m_hasRows = false; // a state was complete once
     int m_page = 0;
     QByteArray m_continueToken;
     QByteArray m_version; // the watch goes on from here
