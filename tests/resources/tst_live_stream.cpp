@@ -268,9 +268,14 @@ void tst_live_stream::script_data()
     QTest::newRow("ends at once") << u"list 5 a=1\n"_s + twice
             + u"asks watch\nend\nwait 2000\nasks watch\nend\nRefused a=1\nasks"_s;
     QTest::newRow("held back") << live
-            + u"wait 149999\nasks resourceVersion=5\nLive a=1 b=2\nwait 1\nReconnecting a=1 b=2\n"
-              "answered\nLive a=1 b=2\nevents B@6\nwait 300000\nReconnecting a=1 b=2\n"
-              "asks resourceVersion=6\nanswered\nwait 150000\nRefused a=1 b=2\nasks"_s;
+            + u"wait 149999\nasks resourceVersion=5\nwait 1\nLive a=1 b=2\nasks limit=500\nlist 7 a=1\nLive "
+              u"a=1\n"
+              "asks resourceVersion=7\nanswered\nwait 150000\nasks limit=500\nlist 9 c=1\nRefused c=1\nasks"_s;
+    QTest::newRow("nothing to say") << live
+            + u"wait 150000\nasks limit=500\nlist 7 a=1 b=2\nanswered\nwait 299999\nasks watch=1\nwait 1\n"
+              "asks limit=500\nlist 8 a=1 b=2\nanswered\nevents B@9\nwait 149999\nasks watch=1\nLive a=1 b=2"_s;
+    QTest::newRow("a watch without an answer")
+        << u"list 5 a=1\nwait 150000\nReconnecting a=1\nasks\nwait 1000\nasks resourceVersion=5"_s;
     QTest::newRow("no answer") << u"wait 150000\nReconnecting\nasks\nwait 1000\nasks limit=500"_s;
     QTest::newRow("paused") << live
             + u"events ~a=3@6\npause\nasks\nwait 999999\nPaused a=3 b=2\nresume\nasks resourceVersion=6\n"

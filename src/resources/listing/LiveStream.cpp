@@ -25,9 +25,12 @@ using State = LiveStatus::State;
 constexpr auto frame = 16ms;
 constexpr auto firstPause = 1000ms;
 constexpr int longestPauseDoublings = 6;
-/// A server notes the passing of time each minute (bookmarks), so after this somebody holds bytes back.
+/// Most servers note the passing of time each minute (bookmarks), some only once something has changed. So
+/// after this much silence the state tells whether there was nothing to say or somebody holds bytes back.
 constexpr auto silenceLimit = 150s;
+constexpr int longestSilenceDoublings = 4;
 constexpr auto shortWatch = 5s;
+constexpr int patienceWithSilence = 2;
 constexpr int patience = 3; // how often something must go wrong in a row before listing is the better way
 
 /// Objects per page. A screen's worth comes first; the rest in few runs, none of which is a burden to a
@@ -170,6 +173,7 @@ void LiveStream::run(Task task, const QStringList &arguments, std::shared_ptr<Li
     stopChild();
     m_task = task;
     m_childSince = m_means.now();
+    m_isAnswered = false;
     const bool isState = task == Task::Watch && !isRaw();
     LiveFeed::Handlers handlers = m_feed->follow(std::move(decoder), isState);
     QStringList all = task == Task::Discovery ? QStringList() : QStringList(QStringLiteral("get"));
@@ -203,6 +207,7 @@ void LiveStream::newsArrived()
     m_status.asOf = QDateTime::currentDateTime();
     if (news.pieces > m_pieces && m_task == Task::Watch) {
         m_silences = 0;
+        m_quietTimes = 0;
         m_emptyWatches = 0;
     }
     m_pieces = news.pieces;
@@ -217,6 +222,7 @@ void LiveStream::newsArrived()
     if (self && news.isConnected && m_task == Task::Watch) {
         m_isStateComplete = news.isStateComplete;
         m_hasRows = true;
+        m_isAnswered = true;
         setStatus(State::Live);
     }
     if (self && news.end) {
@@ -247,6 +253,7 @@ void LiveStream::deliver()
     m_isBatchDue = false;
     m_deliveredAt = m_means.now();
     const LiveBatch batch = m_feed->takeBatch();
+    m_changes += batch.upserts.size() + batch.removals.size();
     if (!batch.isEmpty()) {
         Q_EMIT batchReady(batch);
     }
@@ -259,6 +266,8 @@ void LiveStream::runEnded(const LiveRunEnd &end)
     stopChild();
     if (task == Task::Watch && lived < shortWatch && end.run.resourceVersion.isEmpty() && isRaw()) {
         ++m_emptyWatches;
+    } else if (task == Task::Watch && lived >= shortWatch && m_isAnswered) {
+        m_failures = 0;
     }
     switch (task) {
     case Task::Discovery:
@@ -301,7 +310,14 @@ void LiveStream::pageEnded(const LiveRunEnd &end)
         m_feed->completeState();
         const QPointer self(this);
         deliver();
-        if (self && m_task == Task::None && m_status.state != State::Paused) {
+        if (!self || m_task != Task::None || m_status.state == State::Paused) {
+            return;
+        }
+        if (wasAnythingHeldBack()) {
+            refuse(
+                QStringLiteral("Changes on the server do not come through: something on the way holds them "
+                               "back."));
+        } else {
             watch();
         }
     }
@@ -328,8 +344,7 @@ void LiveStream::watchEnded(const LiveRunEnd &end)
     } else if (m_means.now() - m_childSince < shortWatch) {
         tryAgain(QStringLiteral("The server ended the watch."), &LiveStream::watch);
     } else {
-        m_failures = 0; // servers end watches after a while, by design
-        watch();
+        watch(); // servers end watches after a while, by design
     }
 }
 
@@ -378,7 +393,7 @@ void LiveStream::refuse(const QString &reason)
 
 void LiveStream::guardAgainstSilence(qint64 piecesBefore)
 {
-    after(silenceLimit, [this, piecesBefore] {
+    after(silenceLimit * (1 << m_quietTimes), [this, piecesBefore] {
         if (m_pieces == piecesBefore) {
             wasSilent();
         } else {
@@ -390,20 +405,35 @@ void LiveStream::guardAgainstSilence(qint64 piecesBefore)
 void LiveStream::wasSilent()
 {
     const bool wasWatching = m_task == Task::Watch;
+    const bool wasAnswered = m_isAnswered;
     const LiveRun run = stopChild();
     if (wasWatching && !run.resourceVersion.isEmpty()) {
         m_version = run.resourceVersion;
     }
-    if (!wasWatching) {
-        tryAgain(QStringLiteral("The server does not answer."), &LiveStream::begin);
-    } else if (++m_silences >= 2) {
-        refuse(
-            QStringLiteral("Nothing comes from the server, not even that time passes: something on the way "
-                           "may hold it back."));
-    } else {
-        setStatus(State::Reconnecting, QStringLiteral("Nothing has come from the server for a while."));
-        watch();
+    if (!wasWatching || !wasAnswered) {
+        tryAgain(QStringLiteral("The server does not answer."),
+            m_isStateComplete ? &LiveStream::watch : &LiveStream::begin);
+        return;
     }
+    const QPointer self(this);
+    deliver();
+    if (self && m_status.state == State::Live) {
+        m_changesBefore = m_changes;
+        beginState();
+    }
+}
+
+/// The state has come that was to tell what the watch did not.
+bool LiveStream::wasAnythingHeldBack()
+{
+    const auto before = std::exchange(m_changesBefore, std::nullopt);
+    if (before && m_changes != *before) {
+        return ++m_silences >= patienceWithSilence;
+    }
+    if (before) {
+        m_quietTimes = std::min(m_quietTimes + 1, longestSilenceDoublings);
+    }
+    return false;
 }
 
 void LiveStream::after(std::chrono::milliseconds delay, std::function<void()> action)
