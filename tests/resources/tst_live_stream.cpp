@@ -196,6 +196,7 @@ private Q_SLOTS:
     void randomChanges_data();
     void randomChanges();
     void framesAreGathered();
+    void lateOutputIsNoNews();
     void letGoAtAnyTime();
     void realCluster_data();
     void realCluster();
@@ -487,6 +488,27 @@ void tst_live_stream::framesAreGathered()
     world.print(eventOf("MODIFIED", object(u"z=1601"_s, 9999))); // nothing of it is shown
     world.wait(100ms);
     QVERIFY2(table.batches - before <= 12, "a batch about nothing");
+}
+
+/// What a child had printed before it was left must not undo what its successor told.
+void tst_live_stream::lateOutputIsNoNews()
+{
+    World world;
+    Table table(kindOfNumbers());
+    LiveStream stream(kindOfNumbers(), {{}, u"https://late"_s, u"n"_s}, world.means());
+    connect(&stream, &LiveStream::batchReady, this, [&](const LiveBatch &batch) { table.apply(batch); });
+    stream.start();
+    world.print(list(5, {}, {object(u"a=1"_s)}));
+    world.end(true);
+    const auto earlier = world.children.back();
+    stream.pause();
+    stream.resume();
+    world.print(eventOf("DELETED", object(u"a=1"_s, 6)));
+    earlier->piece(eventOf("MODIFIED", object(u"a=2"_s, 5)), std::nullopt);
+    earlier->ended(u"killed"_s);
+    world.wait(100ms);
+    QCOMPARE(table.text(), QString());
+    QVERIFY(world.child() && world.children.back() != earlier);
 }
 
 void tst_live_stream::letGoAtAnyTime()
