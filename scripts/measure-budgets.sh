@@ -90,5 +90,8 @@ wait %1 2>/dev/null || true
 start_demo_cluster --pods 30000
 "$kubectl" get po --all-namespaces "$listing_template" >"$work/listing"
 "$build/bin/bench-table" "$work/listing" || status=1
+server=$("$kubectl" config view --minify '-ojsonpath={.clusters[0].cluster.server}')
+"$kubectl" get --raw "/${server#*://*/}/api/v1/namespaces/fleet/pods" >"$work/state"
+"$build/bin/bench-live" "$work/state" "$server" fleet || status=1
 "$build/bin/bench-logs" || status=1
 exit $status

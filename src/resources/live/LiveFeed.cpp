@@ -128,7 +128,7 @@ void LiveFeed::takeOutput(Child &child, const QByteArray &output)
         }
         m_run = child.decoder->run();
         ++m_pieces;
-        m_isConnected = m_isConnected || !child.isStateUntilConnected;
+        m_isConnected = m_isConnected || !m_run.resourceVersion.isEmpty();
     });
 }
 
@@ -177,7 +177,7 @@ void LiveFeed::end(Child &child, const std::optional<QString> &failure)
         end.hasFailed = failure.has_value();
         if (failure) {
             const QString said = shownUtf8(child.complaint.trimmed());
-            end.complaint = said.isEmpty() ? *failure : said;
+            end.complaint.text = said.isEmpty() ? *failure : said;
         }
         m_run = end.run;
         m_end = end;
@@ -212,7 +212,8 @@ LiveFeed::News LiveFeed::fetchNews()
 {
     const std::lock_guard lock(m_mutex);
     m_isAnnounced = false;
-    return {m_isConnected, m_objects.isComplete(), m_pieces, std::exchange(m_end, std::nullopt)};
+    const bool hasEvents = !m_run.resourceVersion.isEmpty() && m_run.garbled.isEmpty();
+    return {m_isConnected, hasEvents, m_objects.isComplete(), m_pieces, std::exchange(m_end, std::nullopt)};
 }
 
 LiveBatch LiveFeed::takeBatch()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/live/KubectlComplaint.h"
 #include "resources/live/LiveObjects.h"
 #include "resources/live/LiveRun.h"
 
@@ -15,7 +16,8 @@ struct LiveRunEnd
 {
     LiveRun run;
     bool hasFailed = false;
-    QString complaint; ///< its standard error without log lines, cut; or how it ended. Empty after a success
+    /// Its standard error without log lines, cut; or how it ended. Empty after a success.
+    KubectlComplaint complaint;
 };
 
 /// What stands between the threads that read the children of one live stream and the main thread. Shared by
@@ -47,6 +49,7 @@ public:
     struct News
     {
         bool isConnected = false; ///< the server has answered the child
+        bool hasEvents = false; ///< and has sent what could be read
         bool isStateComplete = false;
         qint64 pieces = 0; ///< of standard output that came from it
         std::optional<LiveRunEnd> end; ///< told once

@@ -3,6 +3,7 @@
 
 #include "core/KubeCtl.h"
 #include "platform/threads/MainQueue.h"
+#include "resources/live/KubectlComplaint.h"
 #include "resources/live/ListDecoder.h"
 #include "resources/live/ResourcePaths.h"
 #include "resources/live/TemplateDecoder.h"
@@ -24,9 +25,12 @@ using State = LiveStatus::State;
 constexpr auto frame = 16ms;
 constexpr auto firstPause = 1000ms;
 constexpr int longestPauseDoublings = 6;
-/// A server notes the passing of time each minute (bookmarks), so after this somebody holds bytes back.
+/// Most servers note the passing of time each minute (bookmarks), some only once something has changed. So
+/// after this much silence the state tells whether there was nothing to say or somebody holds bytes back.
 constexpr auto silenceLimit = 150s;
+constexpr int longestSilenceDoublings = 4;
 constexpr auto shortWatch = 5s;
+constexpr int patienceWithSilence = 2;
 constexpr int patience = 3; // how often something must go wrong in a row before listing is the better way
 
 /// Objects per page. A screen's worth comes first; the rest in few runs, none of which is a burden to a
@@ -39,38 +43,6 @@ class TextDecoder : public LiveDecoder
 public:
     void take(QByteArrayView bytes, std::vector<LiveChange> &) override { m_run.text += bytes; }
 };
-
-bool saysAny(const QString &complaint, std::initializer_list<QLatin1String> words)
-{
-    return std::any_of(
-        words.begin(), words.end(), [&](QLatin1String word) { return complaint.contains(word); });
-}
-
-bool isExpired(const QString &complaint)
-{
-    return saysAny(complaint, {QLatin1String("(Expired)"), QLatin1String("(Gone)")});
-}
-
-bool isUnknownPlace(const QString &complaint)
-{
-    return complaint.contains(QLatin1String("(NotFound)"));
-}
-
-/// What will not be better next time: no right to do it, a server or a client that does not know of it.
-bool isFinal(const QString &complaint)
-{
-    return isUnknownPlace(complaint)
-        || saysAny(complaint,
-            {QLatin1String("(Forbidden)"), QLatin1String("(MethodNotAllowed)"),
-                QLatin1String("(NotAcceptable)"), QLatin1String("(BadRequest)"),
-                QLatin1String("unknown flag"), QLatin1String("unknown shorthand flag"),
-                QLatin1String("unknown command")});
-}
-
-QString firstLine(const QString &text)
-{
-    return text.section(QLatin1Char('\n'), 0, 0);
-}
 
 } // namespace
 
@@ -132,7 +104,7 @@ void LiveStream::resume()
     if (m_status.state != State::Paused) {
         return;
     }
-    setStatus(m_status.asOf.isValid() ? State::Reconnecting : State::Loading);
+    setStatus(m_hasRows ? State::Reconnecting : State::Loading);
     if (m_isStateComplete) {
         watch();
     } else {
@@ -209,6 +181,7 @@ void LiveStream::run(Task task, const QStringList &arguments, std::shared_ptr<Li
     stopChild();
     m_task = task;
     m_childSince = m_means.now();
+    m_isAnswered = false;
     const bool isState = task == Task::Watch && !isRaw();
     LiveFeed::Handlers handlers = m_feed->follow(std::move(decoder), isState);
     QStringList all = task == Task::Discovery ? QStringList() : QStringList(QStringLiteral("get"));
@@ -236,14 +209,19 @@ void LiveStream::newsArrived()
     const LiveFeed::News news = m_feed->fetchNews();
     const QPointer self(this);
     if (m_task == Task::None) {
-        return; // of a child that was left meanwhile; its changes count, and are waiting
+        scheduleBatch(); // of a child that was left meanwhile: what it told before that counts
+        return;
     }
     m_status.asOf = QDateTime::currentDateTime();
     if (news.pieces > m_pieces && m_task == Task::Watch) {
         m_silences = 0;
+        m_quietTimes = 0;
         m_emptyWatches = 0;
     }
     m_pieces = news.pieces;
+    if (news.hasEvents && m_task == Task::Watch) {
+        m_lostStates = 0;
+    }
     if (!news.end) {
         scheduleBatch();
     } else {
@@ -251,7 +229,8 @@ void LiveStream::newsArrived()
     }
     if (self && news.isConnected && m_task == Task::Watch) {
         m_isStateComplete = news.isStateComplete;
-        m_lostStates = 0;
+        m_hasRows = true;
+        m_isAnswered = true;
         setStatus(State::Live);
     }
     if (self && news.end) {
@@ -282,6 +261,7 @@ void LiveStream::deliver()
     m_isBatchDue = false;
     m_deliveredAt = m_means.now();
     const LiveBatch batch = m_feed->takeBatch();
+    m_changes += batch.upserts.size() + batch.removals.size();
     if (!batch.isEmpty()) {
         Q_EMIT batchReady(batch);
     }
@@ -294,6 +274,8 @@ void LiveStream::runEnded(const LiveRunEnd &end)
     stopChild();
     if (task == Task::Watch && lived < shortWatch && end.run.resourceVersion.isEmpty() && isRaw()) {
         ++m_emptyWatches;
+    } else if (task == Task::Watch && lived >= shortWatch && m_isAnswered) {
+        m_failures = 0;
     }
     switch (task) {
     case Task::Discovery:
@@ -313,14 +295,14 @@ void LiveStream::runEnded(const LiveRunEnd &end)
 void LiveStream::pageEnded(const LiveRunEnd &end)
 {
     const LiveRun &page = end.run;
-    if (end.hasFailed && isUnknownPlace(end.complaint) && !ResourcePaths::of(m_place.server).hasLearned()) {
+    if (end.hasFailed && end.complaint.isUnknownPlace() && !ResourcePaths::of(m_place.server).hasLearned()) {
         discover();
-    } else if (end.hasFailed && isExpired(end.complaint)) {
-        lostState(firstLine(end.complaint));
-    } else if (end.hasFailed && isFinal(end.complaint)) {
-        refuse(firstLine(end.complaint));
+    } else if (end.hasFailed && end.complaint.isExpired()) {
+        lostState(end.complaint.firstLine());
+    } else if (end.hasFailed && end.complaint.isFinal()) {
+        refuse(end.complaint.firstLine());
     } else if (end.hasFailed) {
-        tryAgain(firstLine(end.complaint), &LiveStream::requestPage);
+        tryAgain(end.complaint.firstLine(), &LiveStream::requestPage);
     } else if (!page.garbled.isEmpty() || !page.isWholeList) {
         lostState(page.garbled.isEmpty() ? QStringLiteral("The server's answer was cut off.") : page.garbled);
     } else if (!page.continueToken.isEmpty()) {
@@ -332,10 +314,18 @@ void LiveStream::pageEnded(const LiveRunEnd &end)
         m_failures = 0;
         m_version = page.resourceVersion;
         m_isStateComplete = true;
+        m_hasRows = true;
         m_feed->completeState();
         const QPointer self(this);
         deliver();
-        if (self && m_task == Task::None && m_status.state != State::Paused) {
+        if (!self || m_task != Task::None || m_status.state == State::Paused) {
+            return;
+        }
+        if (wasAnythingHeldBack()) {
+            refuse(
+                QStringLiteral("Changes on the server do not come through: something on the way holds them "
+                               "back."));
+        } else {
             watch();
         }
     }
@@ -346,14 +336,14 @@ void LiveStream::watchEnded(const LiveRunEnd &end)
     if (!end.run.resourceVersion.isEmpty()) {
         m_version = end.run.resourceVersion;
     }
-    const QString complaint = firstLine(end.complaint);
-    if (end.run.isExpired || (end.hasFailed && isExpired(end.complaint))) {
+    const QString complaint = end.complaint.firstLine();
+    if (end.run.isExpired || (end.hasFailed && end.complaint.isExpired())) {
         lostState(QStringLiteral("The server has forgotten what changed since."));
     } else if (!end.run.garbled.isEmpty()) {
         lostState(end.run.garbled);
     } else if (!end.run.serverError.isEmpty()) {
         lostState(end.run.serverError);
-    } else if (end.hasFailed && isFinal(end.complaint)) {
+    } else if (end.hasFailed && end.complaint.isFinal()) {
         refuse(complaint);
     } else if (end.hasFailed) {
         tryAgain(complaint, &LiveStream::watch);
@@ -362,8 +352,7 @@ void LiveStream::watchEnded(const LiveRunEnd &end)
     } else if (m_means.now() - m_childSince < shortWatch) {
         tryAgain(QStringLiteral("The server ended the watch."), &LiveStream::watch);
     } else {
-        m_failures = 0; // servers end watches after a while, by design
-        watch();
+        watch(); // servers end watches after a while, by design
     }
 }
 
@@ -374,8 +363,8 @@ void LiveStream::discoveryEnded(const LiveRunEnd &end)
     if (paths.hasLearned()) {
         beginState();
     } else {
-        tryAgain(end.complaint.isEmpty() ? QStringLiteral("The cluster does not tell what it serves.")
-                                         : firstLine(end.complaint),
+        tryAgain(end.complaint.text.isEmpty() ? QStringLiteral("The cluster does not tell what it serves.")
+                                              : end.complaint.firstLine(),
             &LiveStream::discover);
     }
 }
@@ -387,7 +376,7 @@ void LiveStream::lostState(const QString &reason)
     if (++m_lostStates > patience) {
         refuse(reason);
     } else if (m_lostStates == 1) {
-        setStatus(m_status.asOf.isValid() ? State::Reconnecting : State::Loading, reason);
+        setStatus(m_hasRows ? State::Reconnecting : State::Loading, reason);
         begin();
     } else {
         tryAgain(reason, &LiveStream::begin);
@@ -412,7 +401,7 @@ void LiveStream::refuse(const QString &reason)
 
 void LiveStream::guardAgainstSilence(qint64 piecesBefore)
 {
-    after(silenceLimit, [this, piecesBefore] {
+    after(silenceLimit * (1 << m_quietTimes), [this, piecesBefore] {
         if (m_pieces == piecesBefore) {
             wasSilent();
         } else {
@@ -424,20 +413,35 @@ void LiveStream::guardAgainstSilence(qint64 piecesBefore)
 void LiveStream::wasSilent()
 {
     const bool wasWatching = m_task == Task::Watch;
+    const bool wasAnswered = m_isAnswered;
     const LiveRun run = stopChild();
     if (wasWatching && !run.resourceVersion.isEmpty()) {
         m_version = run.resourceVersion;
     }
-    if (!wasWatching) {
-        tryAgain(QStringLiteral("The server does not answer."), &LiveStream::begin);
-    } else if (++m_silences >= 2) {
-        refuse(
-            QStringLiteral("Nothing comes from the server, not even that time passes: something on the way "
-                           "may hold it back."));
-    } else {
-        setStatus(State::Reconnecting, QStringLiteral("Nothing has come from the server for a while."));
-        watch();
+    if (!wasWatching || !wasAnswered) {
+        tryAgain(QStringLiteral("The server does not answer."),
+            m_isStateComplete ? &LiveStream::watch : &LiveStream::begin);
+        return;
     }
+    const QPointer self(this);
+    deliver();
+    if (self && m_status.state == State::Live) {
+        m_changesBefore = m_changes;
+        beginState();
+    }
+}
+
+/// The state has come that was to tell what the watch did not.
+bool LiveStream::wasAnythingHeldBack()
+{
+    const auto before = std::exchange(m_changesBefore, std::nullopt);
+    if (before && m_changes != *before) {
+        return ++m_silences >= patienceWithSilence;
+    }
+    if (before) {
+        m_quietTimes = std::min(m_quietTimes + 1, longestSilenceDoublings);
+    }
+    return false;
 }
 
 void LiveStream::after(std::chrono::milliseconds delay, std::function<void()> action)

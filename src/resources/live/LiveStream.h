@@ -9,6 +9,8 @@
 #include <QDateTime>
 #include <QObject>
 
+#include <optional>
+
 namespace tidewright {
 
 /// Where a live stream looks.
@@ -83,6 +85,7 @@ private:
     void lostState(const QString &reason);
     void guardAgainstSilence(qint64 piecesBefore);
     void wasSilent();
+    bool wasAnythingHeldBack();
 
     void tryAgain(const QString &reason, void (LiveStream::*step)());
     void refuse(const QString &reason);
@@ -103,8 +106,10 @@ private:
     quint64 m_turn = 0; // what was put off before another turn began is dropped
     std::chrono::milliseconds m_childSince{0};
     qint64 m_pieces = 0;
+    bool m_isAnswered = false; // by the server, on a watch
 
     bool m_isStateComplete = false;
+    bool m_hasRows = false; // a state was complete once
     int m_page = 0;
     QByteArray m_continueToken;
     QByteArray m_version; // the watch goes on from here
@@ -112,11 +117,14 @@ private:
     // In a row:
     int m_failures = 0;
     int m_emptyWatches = 0; // ended at once, without a word
-    int m_silences = 0;
+    int m_silences = 0; // in which something was held back
+    int m_quietTimes = 0; // in which there was nothing to say
     int m_lostStates = 0;
 
     std::chrono::milliseconds m_deliveredAt{0};
     bool m_isBatchDue = false;
+    std::size_t m_changes = 0; // of rows, delivered so far
+    std::optional<std::size_t> m_changesBefore; // a state that is to tell what a silent watch did not
 };
 
 } // namespace tidewright

@@ -20,6 +20,8 @@ using simdjson::dom::element_type;
 using Member = std::pair<std::string_view, element>;
 
 constexpr int textExponent = 6; // from a million on
+/// Beyond this a double has digits that are not needed to tell it from others; Go prints zeros for them.
+constexpr int largestExactExponent = 15;
 
 template <typename Number> void appendInteger(Number number, QByteArray &out)
 {
@@ -43,10 +45,16 @@ QByteArray shortest(double number, int firstExponent, int lastExponent)
     int exponent = 0;
     std::from_chars(mark + 2, digits.data() + size, exponent);
     exponent = isNegative ? -exponent : exponent;
-    if (exponent < firstExponent && exponent >= lastExponent) {
+    if (exponent >= firstExponent || exponent < lastExponent) {
+        return {digits.data(), size};
+    }
+    if (exponent < largestExactExponent) {
         return {digits.data(), written(std::chars_format::fixed)};
     }
-    return {digits.data(), size};
+    QByteArray whole(digits.data(), mark - digits.data());
+    whole.replace(".", "");
+    const qsizetype length = exponent + (whole.startsWith('-') ? 2 : 1);
+    return whole.leftJustified(length, '0');
 }
 
 void appendDouble(double number, QByteArray &out)
