@@ -65,7 +65,7 @@ double decodeSeconds(const QByteArray &state, std::size_t &rows)
     const auto lines = std::make_shared<ObjectLines>(*kind, problem);
     const double start = threadCpuSeconds();
     ListDecoder decoder(lines);
-    LiveObjects objects(kind);
+    LiveObjects objects(kind, false);
     objects.beginState();
     std::vector<LiveChange> changes;
     for (qsizetype begin = 0; begin < state.size(); begin += pieceSize) {
