@@ -24,11 +24,8 @@ public:
     std::vector<Run> runs(const LogRange &range) const;
 
 private:
-    int sourceAt(std::size_t run) const;
-
     AscendingList m_starts;
-    std::deque<quint8> m_sources;
-    std::deque<quint8> m_high; ///< the upper byte of each source; empty while there are few sources
+    std::deque<quint16> m_sources; ///< of each run
 };
 
 } // namespace tidewright
