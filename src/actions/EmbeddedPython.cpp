@@ -94,7 +94,8 @@ void describeInterpreter()
         writeDiagnostic(QLatin1String("Python Version: ") + QString::fromStdString(version));
         writeDiagnostic(QLatin1String("Python Path: ") + QString::fromStdString(path));
     } catch (const std::exception &error) {
-        writeDiagnostic(QLatin1String("Python could not be asked: ") + QString::fromUtf8(error.what()));
+        writeDiagnostic(QLatin1String("Python could not be asked: ") + QString::fromUtf8(error.what()),
+            DiagnosticStream::StandardError);
     }
 }
 
@@ -159,11 +160,7 @@ void loadEmbeddedPython()
         queue.post([] {
             // This thread only: the kubectl runs that bring the first rows come first.
             ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), niceness);
-            const QString problem = load();
-            if (!problem.isEmpty()) {
-                writeDiagnostic(problem);
-            }
-            loading().promise.set_value(problem);
+            loading().promise.set_value(load());
         });
     });
 }

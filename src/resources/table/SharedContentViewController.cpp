@@ -244,8 +244,7 @@ void SharedContentViewController::copyName()
 void SharedContentViewController::editConfiguration()
 {
     const QStringList names = chosenNames();
-    if (names.isEmpty() || !m_window.canEdit()
-        || !canName(names.first(1), QStringLiteral("Nothing was edited"))) {
+    if (names.isEmpty() || !canName(names.first(1), QStringLiteral("Nothing was edited"))) {
         return;
     }
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
@@ -341,9 +340,7 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     if (kind().logTarget) {
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
     }
-    if (m_window.canEdit()) {
-        add(QStringLiteral("Edit Configuration"), &SharedContentViewController::editConfiguration, hasRow);
-    }
+    add(QStringLiteral("Edit Configuration"), &SharedContentViewController::editConfiguration, hasRow);
     extendContextMenu(menu);
     menu.addSeparator();
     add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow);
