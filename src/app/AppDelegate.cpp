@@ -10,7 +10,7 @@
 #include "app/preferences/PreferencesWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "platform/desktop/Bundle.h"
-#include "platform/threads/DispatchQueue.h"
+#include "core/Shell.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/process/ProcessKeeper.h"
@@ -20,7 +20,6 @@
 #include "resources/changes/Confirmation.h"
 #include "resources/preview/PreviewFiles.h"
 #include "resources/widgets/Windows.h"
-#include "core/WindowState.h"
 
 #include <QApplication>
 #include <QDesktopServices>

@@ -35,8 +35,8 @@ public:
 
     /// For commands that change something or run foreign programs: calls back once whatever is started then
     /// acts in the context and namespace that the window shows, with the empty text; or with a sentence that
-    /// says why nothing may be started now (a switch under way, a kubeconfig that leads elsewhere by now); the
-    /// window itself may be gone then.
+    /// says why nothing may be started now (a switch under way, a kubeconfig that leads elsewhere by now);
+    /// the window itself may be gone then.
     virtual void whenSettled(std::function<void(const QString &obstacle)> completion) = 0;
 
     /// Why the tables have nothing to load from now (no context or namespace yet, a context switch under
@@ -49,10 +49,9 @@ public:
     /// Ends that waiting.
     virtual void stopWaiting() { }
 
-    /// Opens an object in the user's editor; false when this build has no editor support. The arguments are
+    /// Opens an object in the user's editor. The arguments are
     /// those of kubectl; it is run once the window is settled. `finished` is called once,
     /// whatever the outcome, on any thread, unless the window goes first.
-    virtual bool canEdit() const { return false; }
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
 
     /// Follows the logs of these containers in a window of its own, one more for each call.
@@ -61,9 +60,5 @@ public:
 Q_SIGNALS:
     void loadingHintChanged();
 };
-
-/// The application's cache directory, where preview files go; empty when there is none. Set once at start-up.
-QString cacheDirectory();
-void setCacheDirectory(const QString &path);
 
 } // namespace tidewright

@@ -2,7 +2,7 @@
 #include "app/state/KubeConfigWatch.h"
 
 #include "platform/settings/AtomicFile.h"
-#include "platform/threads/DispatchQueue.h"
+#include "core/Shell.h"
 #include "platform/threads/MainQueue.h"
 
 #include <QFile>
