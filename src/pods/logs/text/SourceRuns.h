@@ -6,7 +6,8 @@
 
 namespace tidewright {
 
-/// Which source each byte of a log came from. Main thread.
+/// Which source each byte of a log came from. Main thread. A std::deque<quint16> of sources would take 0.17
+/// of a log instead of 0.12, with lines of 20 bytes of six sources in turn.
 class SourceRuns
 {
 public:
@@ -24,8 +25,11 @@ public:
     std::vector<Run> runs(const LogRange &range) const;
 
 private:
+    int sourceAt(std::size_t run) const;
+
     AscendingList m_starts;
-    std::deque<quint16> m_sources; ///< of each run
+    std::deque<quint8> m_sources;
+    std::deque<quint8> m_high; ///< the upper byte of each source; empty while there are few sources
 };
 
 } // namespace tidewright
