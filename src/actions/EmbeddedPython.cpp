@@ -160,7 +160,11 @@ void loadEmbeddedPython()
         queue.post([] {
             // This thread only: the kubectl runs that bring the first rows come first.
             ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), niceness);
-            loading().promise.set_value(load());
+            const QString problem = load();
+            if (!problem.isEmpty()) {
+                writeDiagnostic(problem);
+            }
+            loading().promise.set_value(problem);
         });
     });
 }
