@@ -144,10 +144,10 @@ void measureLongLines(Report &report)
         document.append(0, "\n");
     }
     document.commit();
-    view.setWrapping(true);
-    view.follow();
+    view.scroll().setWrapping(true);
+    view.scroll().follow();
     measureFrames(report, view, "5 MB lines, wrapped");
-    view.setWrapping(false);
+    view.scroll().setWrapping(false);
     measureFrames(report, view, "5 MB lines, not wrapped");
 }
 
@@ -187,7 +187,7 @@ int main(int argc, char **argv)
         ours = appendSeconds(
             pieces, [&](const QString &piece) { document.append(next++ % 6, piece.toUtf8()); });
         document.commit();
-        view.follow();
+        view.scroll().follow();
         if (!document.problem().isEmpty()) {
             std::fprintf(stderr, "%s\n", qPrintable(document.problem()));
             return 2;
@@ -197,7 +197,7 @@ int main(int argc, char **argv)
         report.ratio("anonymous memory / bytes of log kept", (anonymousBytes() - before) / 1e9,
             double(document.size()) / 1e9, 0.25, "MB");
         measureFrames(report, view, "wrapped");
-        view.setWrapping(false);
+        view.scroll().setWrapping(false);
         measureFrames(report, view, "not wrapped");
     }
     measureLongLines(report);

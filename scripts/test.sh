@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Builds and runs all tests: a plain build with the benchmarks (not run), AddressSanitizer with
-# UndefinedBehaviorSanitizer over all tests, ThreadSanitizer over the threaded ones, and the program itself under a
-# virtual display. Ends with one line that counts them.
+# UndefinedBehaviorSanitizer over all tests, and ThreadSanitizer over the threaded ones. Ends with one line that counts them.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 

@@ -94,7 +94,8 @@ void describeInterpreter()
         writeDiagnostic(QLatin1String("Python Version: ") + QString::fromStdString(version));
         writeDiagnostic(QLatin1String("Python Path: ") + QString::fromStdString(path));
     } catch (const std::exception &error) {
-        writeDiagnostic(QLatin1String("Python could not be asked: ") + QString::fromUtf8(error.what()));
+        writeDiagnostic(QLatin1String("Python could not be asked: ") + QString::fromUtf8(error.what()),
+            DiagnosticStream::StandardError);
     }
 }
 

@@ -45,7 +45,7 @@ struct PythonScript::Run
                 hostRun.attr("forget")();
             }
         } catch (const std::exception &error) {
-            writeDiagnostic(QString::fromUtf8(error.what()));
+            writeDiagnostic(QString::fromUtf8(error.what()), DiagnosticStream::StandardError);
         }
     }
     QString place() const

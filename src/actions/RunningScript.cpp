@@ -11,18 +11,12 @@ RunningScript::RunningScript(QPointer<Console> console, QString title)
     : m_console(std::move(console))
     , m_title(std::move(title))
 {
-    postToMain(m_console, [name = m_title](Console &shown) {
-        shown.scriptsRunning.append(name);
-        shown.updateScriptState();
-    });
+    postToMain(m_console, [title = m_title](Console &shown) { shown.begin(title); });
 }
 
 void RunningScript::end() const
 {
-    postToMain(m_console, [name = m_title](Console &shown) {
-        shown.scriptsRunning.removeOne(name);
-        shown.updateScriptState();
-    });
+    postToMain(m_console, [title = m_title](Console &shown) { shown.end(title); });
 }
 
 void RunningScript::endAndWait() const

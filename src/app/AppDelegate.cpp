@@ -11,7 +11,7 @@
 #include "core/ApplicationRecord.h"
 #include "core/ContextPolicy.h"
 #include "platform/desktop/Bundle.h"
-#include "platform/threads/DispatchQueue.h"
+#include "core/Shell.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/process/ProcessKeeper.h"
@@ -21,7 +21,6 @@
 #include "resources/changes/Confirmation.h"
 #include "resources/preview/PreviewFiles.h"
 #include "resources/widgets/Windows.h"
-#include "core/WindowState.h"
 
 #include <QApplication>
 #include <QDesktopServices>

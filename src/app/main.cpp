@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr auto patienceWithReaders = std::chrono::seconds(1);
-
 /// Says on standard error, and on the screen when there is one, why the application cannot start.
 int refuseToStart(QApplication &application, const QString &reason)
 {
@@ -89,6 +87,5 @@ int main(int argc, char **argv)
     const int status = hasDisplay() ? runApplication(argc, argv) : refuseWithoutDisplay(argc, argv);
     // Worker threads may still be blocked, and nobody waits for them: no destructor of the process may run
     // under them. One of a script may even be blocked inside stdio, with its locks.
-    tidewright::flushDiagnostics(patienceWithReaders);
     std::_Exit(status);
 }

@@ -15,6 +15,18 @@ std::function<Console *()> &consoleLookup()
 
 } // namespace
 
+void Console::begin(const QString &title)
+{
+    m_scriptsRunning.append(title);
+    updateScriptState();
+}
+
+void Console::end(const QString &title)
+{
+    m_scriptsRunning.removeOne(title);
+    updateScriptState();
+}
+
 ConsoleError makeConsoleError(const QString &description)
 {
     return {QStringLiteral("Console"), -1, description};

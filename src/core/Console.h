@@ -41,11 +41,18 @@ public:
         addEntry(command, response, error);
     }
 
-    /// The custom action scripts that run for this console's window, in the order in which they started. To
-    /// be changed on the main thread, with a call of `updateScriptState` afterwards.
-    QStringList scriptsRunning;
+    /// Shows that something runs for this console's window, until `end` is called with an equal title. Main
+    /// thread.
+    void begin(const QString &title);
+    void end(const QString &title);
+    /// The titles of what runs, mostly custom action scripts, in the order in which they started. Main
+    /// thread.
+    const QStringList &scriptsRunning() const { return m_scriptsRunning; }
     /// Makes the console show what `scriptsRunning` says. Any thread.
     virtual void updateScriptState() { }
+
+private:
+    QStringList m_scriptsRunning;
 };
 
 /// The console of the application's main window, if that is a cluster window. Main thread.

@@ -2,7 +2,6 @@
 #include "core/KubeCtl.h"
 
 #include "core/ApplicationRecord.h"
-#include "platform/threads/DispatchQueue.h"
 #include "platform/threads/MainQueue.h"
 
 #include <QDir>

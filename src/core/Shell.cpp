@@ -5,7 +5,6 @@
 #include "core/ProgramFolders.h"
 #include "core/StreamingRun.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/threads/DispatchQueue.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/process/PipeReader.h"
@@ -357,6 +356,12 @@ void Shell::cancel()
     if (m_stream) {
         m_stream->stop();
     }
+}
+
+DispatchQueue &shellQueue()
+{
+    static auto *queue = new DispatchQueue("shellQueue"); // outlives main(): its threads may still be running
+    return *queue;
 }
 
 } // namespace tidewright

@@ -3,6 +3,7 @@
 
 #include "core/Console.h"
 #include "platform/process/ChildProcess.h"
+#include "platform/threads/DispatchQueue.h"
 
 #include <atomic>
 #include <functional>
@@ -133,5 +134,8 @@ private:
     std::atomic<bool> m_outputWasText = true;
     std::atomic<bool> m_errorWasText = true;
 };
+
+/// The queue of background kubectl runs and of the parsers behind them, shared by all shells.
+DispatchQueue &shellQueue();
 
 } // namespace tidewright

@@ -7,8 +7,7 @@
 
 namespace tidewright {
 
-StreamingRun::StreamingRun(
-    std::shared_ptr<ChildProcess> child, Pipe output, Pipe error, Shell::PieceHandler handler)
+StreamingRun::StreamingRun(std::shared_ptr<ChildProcess> child, Pipe output, Pipe error, PieceHandler handler)
     : m_child(std::move(child))
     , m_output(std::move(output))
     , m_error(std::move(error))

@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Shell.h"
+#include "platform/process/ChildProcess.h"
 #include "platform/process/PipeReader.h"
 
+#include <QByteArray>
+
 #include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
 
 namespace tidewright {
 
@@ -13,7 +19,11 @@ namespace tidewright {
 class StreamingRun
 {
 public:
-    StreamingRun(std::shared_ptr<ChildProcess> child, Pipe output, Pipe error, Shell::PieceHandler handler);
+    /// Shell::PieceHandler
+    using PieceHandler
+        = std::function<void(const QByteArray &output, const std::optional<QByteArray> &error)>;
+
+    StreamingRun(std::shared_ptr<ChildProcess> child, Pipe output, Pipe error, PieceHandler handler);
 
     /// Blocks until the child has exited or the run is stopped.
     void read();
@@ -29,7 +39,7 @@ private:
     const std::shared_ptr<ChildProcess> m_child;
     Pipe m_output;
     Pipe m_error;
-    const Shell::PieceHandler m_handler;
+    const PieceHandler m_handler;
     WakeSignal m_stop;
     std::atomic<bool> m_stopped = false;
     std::array<QByteArray, 2>

@@ -35,8 +35,8 @@ public:
 
     /// For commands that change something or run foreign programs: calls back once whatever is started then
     /// acts in the context and namespace that the window shows, with the empty text; or with a sentence that
-    /// says why nothing may be started now (a switch under way, a kubeconfig that leads elsewhere by now); the
-    /// window itself may be gone then.
+    /// says why nothing may be started now (a switch under way, a kubeconfig that leads elsewhere by now);
+    /// the window itself may be gone then.
     virtual void whenSettled(std::function<void(const QString &obstacle)> completion) = 0;
 
     /// Whether the tables follow every change as it happens, instead of listing the objects again and again.
@@ -52,10 +52,9 @@ public:
     /// Ends that waiting.
     virtual void stopWaiting() { }
 
-    /// Opens an object in the user's editor; false when this build has no editor support. The arguments are
+    /// Opens an object in the user's editor. The arguments are
     /// those of kubectl; it is run once the window is settled. `finished` is called once,
     /// whatever the outcome, on any thread, unless the window goes first.
-    virtual bool canEdit() const { return false; }
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
 
     /// Follows the logs of these containers in a window of its own, one more for each call.
@@ -65,9 +64,5 @@ Q_SIGNALS:
     void loadingHintChanged();
     void liveUpdatesChanged();
 };
-
-/// The application's cache directory, where preview files go; empty when there is none. Set once at start-up.
-QString cacheDirectory();
-void setCacheDirectory(const QString &path);
 
 } // namespace tidewright

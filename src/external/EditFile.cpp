@@ -108,9 +108,9 @@ void EditFile::prepareProcess()
         mainQueue().post([self = shared_from_this()] { self->askForEditor(); });
         return;
     }
+    const std::lock_guard lock(m_mutex);
     environment.insert(QByteArrayLiteral("EDITOR"), editor->toUtf8());
     environment.remove(QByteArrayLiteral("KUBE_EDITOR")); // kubectl would prefer it
-    const std::lock_guard lock(m_mutex);
     pipe = makeCapture();
     errorPipe = makeCapture();
     auto child = std::make_shared<ChildProcess>();
@@ -226,7 +226,7 @@ void EditFile::cancel()
     process->terminate();
     m_stop.signal();
     if (!m_keptFile.isEmpty()) {
-        writeDiagnostic(stoppedText());
+        writeDiagnostic(stoppedText(), DiagnosticStream::StandardError);
     }
 }
 

@@ -22,7 +22,7 @@ namespace tidewright::test {
 class RunsConsole : public RecordingConsole
 {
 public:
-    void updateScriptState() override { states.append(scriptsRunning.join(u',')); }
+    void updateScriptState() override { states.append(scriptsRunning().join(u',')); }
     void addCommandEntry(const CommandLine &line, const QString &command, const QString &response,
         const std::optional<ConsoleError> &error) override
     {
@@ -125,7 +125,7 @@ public:
     }
 
     /// Whether all runs that were begun have ended.
-    bool isIdle() const { return console.states.size() >= 2 && console.scriptsRunning.isEmpty(); }
+    bool isIdle() const { return console.states.size() >= 2 && console.scriptsRunning().isEmpty(); }
 
     QTemporaryDir folder;
     UserDefaults settings;

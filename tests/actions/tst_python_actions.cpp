@@ -445,7 +445,7 @@ class Action:
             {}, u"other"_s);
         QTRY_COMPARE(m_bench->console.entries,
             QStringList({u"other||"_s, top + u"/other||"_s, top + u"/endless||"_s, u"/junk||"_s}));
-        QTRY_COMPARE(m_bench->console.scriptsRunning, QStringList{u"endless"_s});
+        QTRY_COMPARE(m_bench->console.scriptsRunning(), QStringList{u"endless"_s});
         const auto shell = m_bench->action(u"shell"_s, R"({"scope":"pod"})", "main.sh", "#!/bin/sh\n");
         shell->performAction({});
         QTRY_COMPARE(m_bench->console.entries.size(), 5);
@@ -534,7 +534,7 @@ class Action(tidewright_actions.Action):
             20'000);
         QTRY_COMPARE(m_bench->console.states.last(), u"endless"_s);
         m_bench->write(u"stop"_s, "");
-        QTRY_VERIFY(m_bench->console.scriptsRunning.isEmpty());
+        QTRY_VERIFY(m_bench->console.scriptsRunning().isEmpty());
     }
 
 private:

@@ -371,8 +371,7 @@ void tst_action_menu::namesAreTextAndNothingElse()
     const ResourceTableView &view = app.pods().tableView();
     const auto *delegate = qobject_cast<const QStyledItemDelegate *>(view.itemDelegate());
     QCOMPARE(delegate->displayText(u"a\u202eb"_s, {}), u"a\ufffdb"_s);
-    app.page().windowConsoleController().scriptsRunning.append(u"<s>"_s);
-    app.page().windowConsoleController().updateScriptState();
+    app.page().windowConsoleController().begin(u"<s>"_s);
     app.pods().tableView().selectRow(0);
     app.pods().deleteRows();
     app.item(u"<s>act"_s)->trigger();
@@ -589,7 +588,7 @@ void tst_action_menu::copyFiles()
     QMetaObject::invokeMethod(dialog, "accept");
     QTRY_COMPARE(app.cluster.tableReads().filter(u"cp --context"_s).size(), 1);
     QCOMPARE(app.pods().isLoading(), runs.size() > 1); // until the last one has been started
-    QCOMPARE(app.page().windowConsoleController().scriptsRunning.size(), 1);
+    QCOMPARE(app.page().windowConsoleController().scriptsRunning().size(), 1);
     app.cluster.release(u"cp --context=b"_s);
     QTRY_COMPARE(app.cluster.tableReads().filter(u"cp --context"_s).size(), runs.size());
     QCOMPARE(app.page().windowConsoleController().consoleTextView()->toPlainText().contains(
@@ -600,7 +599,7 @@ void tst_action_menu::copyFiles()
         run.remove(QDir(app.cluster.path(u"."_s)).canonicalPath() + u'/');
         QCOMPARE(run, u"cp --context=b -ndefault %1 -c side"_s.arg(runs.at(number)));
     }
-    QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning.isEmpty());
+    QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning().isEmpty());
     QVERIFY(!app.pods().isLoading());
 }
 
@@ -646,7 +645,7 @@ void tst_action_menu::copyInTheOrderOfChoice()
             return names;
         };
         QTRY_COMPARE(copied(), chosen);
-        QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning.isEmpty());
+        QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning().isEmpty());
         QTRY_VERIFY(!app.frame->findChild<QFileDialog *>());
     }
 }

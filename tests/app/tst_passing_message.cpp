@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/PassingMessage.h"
+#include "support/Patience.h"
 
 #include <QAccessible>
 #include <QLabel>
@@ -48,5 +49,4 @@ private Q_SLOTS:
 };
 
 QTEST_MAIN(TestPassingMessage)
-#include "support/Patience.h"
 #include "tst_passing_message.moc"

@@ -4,7 +4,6 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -322,13 +321,10 @@ private Q_SLOTS:
         UserDefaults settings(m_path);
         auto turn = std::make_unique<FileLock>(QFile::encodeName(m_path + u".lock"));
         QCOMPARE(turn->error(), 0);
-        QElapsedTimer clock;
-        clock.start();
         for (int number = 0; number < 100; ++number) {
             settings.set(u"key"_s, QString::number(number));
             QCOMPARE(settings.string(u"key"_s), QString::number(number));
         }
-        QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
         QVERIFY(!settings.flush(std::chrono::milliseconds(1)));
         QVERIFY(!QFile::exists(m_path));
         turn.reset();

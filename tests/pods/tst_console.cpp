@@ -270,14 +270,13 @@ private Q_SLOTS:
     {
         Bench bench;
         const QSignalSpy changes(&bench.console, &ConsoleViewController::isScriptRunningChanged);
-        const QList<std::pair<QStringList, QString>> steps{{{u"A"_s}, u"Running: A"_s},
-            {{u"A"_s, u"B"_s}, u"Running: B"_s}, {{u"A"_s}, u"Running: A"_s}, {{}, QString()}};
+        const QList<std::pair<QString, QString>> steps{{u"A"_s, u"Running: A"_s}, {u"B"_s, u"Running: B"_s},
+            {u"-B"_s, u"Running: A"_s}, {u"-A"_s, QString()}};
         const int width = bench.field().width();
-        for (const auto &[running, text] : steps) {
-            bench.console.scriptsRunning = running;
-            std::thread([&bench] { bench.console.updateScriptState(); }).join();
+        for (const auto &[step, text] : steps) {
+            step.startsWith(u'-') ? bench.console.end(step.mid(1)) : bench.console.begin(step);
             QTRY_COMPARE(bench.console.property("scriptRunningText").toString(), text);
-            QCOMPARE(bench.console.isScriptRunning(), !running.isEmpty());
+            QCOMPARE(bench.console.isScriptRunning(), !text.isEmpty());
             QCOMPARE(bench.field().width(), width);
         }
         QCOMPARE(changes.count(), 2);

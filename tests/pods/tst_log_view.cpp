@@ -59,7 +59,7 @@ struct Bench
         QTest::keyClick(&view, Qt::Key(key), modifiers);
     }
     /// The selected text as it lies in the store.
-    QString selected() const { return QString::fromUtf8(document.bytes().read(view.selectedRanges())); }
+    QString selected() { return QString::fromUtf8(document.bytes().read(view.selection().shownRanges())); }
     int rowHeight() const { return view.appearance().rowHeight; }
 
     LogDocument document;
@@ -85,10 +85,10 @@ private Q_SLOTS:
     {
         QFETCH(bool, wrapping);
         Bench bench(m_folder.path());
-        bench.view.setWrapping(wrapping);
-        QSignalSpy following(&bench.view, &LogView::followingChanged);
+        bench.view.scroll().setWrapping(wrapping);
+        QSignalSpy following(&bench.view.scroll(), &LogScroll::followingChanged);
         bench.addLines(300);
-        QVERIFY(bench.view.isFollowing());
+        QVERIFY(bench.view.scroll().isFollowing());
         QVERIFY(bench.view.visibleText().contains(u"line 299"_s));
         const QScrollBar &bar = *bench.view.verticalScrollBar();
         QCOMPARE(bar.value(), bar.maximum());
@@ -96,33 +96,33 @@ private Q_SLOTS:
         QVERIFY(bench.view.visibleText().contains(u"line 300"_s));
 
         bench.wheel(517); // not a whole number of rows
-        QVERIFY(!bench.view.isFollowing());
-        const auto top = bench.view.top();
+        QVERIFY(!bench.view.scroll().isFollowing());
+        const auto top = bench.view.scroll().top();
         const QImage before = bench.picture();
         for (int i = 0; i < 5; ++i) {
             bench.addLines(200, 301 + i * 200);
         }
-        QCOMPARE(bench.view.top(), top);
+        QCOMPARE(bench.view.scroll().top(), top);
         QVERIFY(bench.picture() == before);
         bench.key(Qt::Key_End, Qt::ControlModifier);
-        QVERIFY(bench.view.isFollowing());
+        QVERIFY(bench.view.scroll().isFollowing());
         QVERIFY(bench.view.visibleText().contains(u"line 1300"_s));
         bench.addLines(1, 5000);
         QVERIFY(bench.view.visibleText().contains(u"line 5000"_s));
         QCOMPARE(following.size(), 2);
 
         bench.key(Qt::Key_Home, Qt::ControlModifier);
-        QCOMPARE(bench.view.top(), (std::pair<qint64, int>(0, 0)));
+        QCOMPARE(bench.view.scroll().top(), (LogScroll::Top{0, 0}));
         bench.key(Qt::Key_Down);
         bench.key(Qt::Key_PageDown);
         bench.key(Qt::Key_Up);
         bench.key(Qt::Key_PageUp);
-        QCOMPARE(bench.view.top(), (std::pair<qint64, int>(0, 0)));
+        QCOMPARE(bench.view.scroll().top(), (LogScroll::Top{0, 0}));
         bench.wheel(-3);
-        QCOMPARE(bench.view.top(), (std::pair<qint64, int>(0, 3)));
+        QCOMPARE(bench.view.scroll().top(), (LogScroll::Top{0, 3}));
         // Dragging the bar's handle to the end follows again.
         bench.view.verticalScrollBar()->setValue(bench.view.verticalScrollBar()->maximum());
-        QVERIFY(bench.view.isFollowing());
+        QVERIFY(bench.view.scroll().isFollowing());
     }
 
     void theTopStaysWhenRowsChange_data()
@@ -140,7 +140,7 @@ private Q_SLOTS:
         bench.addLines(2000);
         bench.add(u"other\n"_s, 1);
         bench.view.verticalScrollBar()->setValue(700);
-        const qint64 top = bench.view.topPosition();
+        const qint64 top = bench.view.scroll().topPosition();
         QVERIFY(top > 0);
         switch (step) {
         case 0:
@@ -160,8 +160,8 @@ private Q_SLOTS:
             QTRY_VERIFY(bench.document.examined() == bench.document.size());
             bench.document.setSourceHidden(1, false);
         }
-        QTRY_COMPARE(bench.view.topPosition(), top);
-        QVERIFY(!bench.view.isFollowing());
+        QTRY_COMPARE(bench.view.scroll().topPosition(), top);
+        QVERIFY(!bench.view.scroll().isFollowing());
     }
 
     void selectsAcrossScreens()
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QTest::mousePress(port, Qt::LeftButton, {}, {0, 2});
         QTest::mouseMove(port, {100, 290});
         QTest::mouseMove(port, {100, 400});
-        QTRY_VERIFY(bench.view.top().first > 60);
+        QTRY_VERIFY(bench.view.scroll().top().line > 60);
         QTest::mouseRelease(port, Qt::LeftButton, {}, {100, 400});
         QVERIFY(bench.all.startsWith(bench.selected()));
         QVERIFY(bench.selected().count(u'\n') > 60);
@@ -220,16 +220,16 @@ private Q_SLOTS:
         QTest::mouseClick(bench.view.viewport(), Qt::LeftButton, {}, {x, 3}); // the third
         QCOMPARE(bench.selected(), u"alpha beta-1 gamma\n"_s);
         QTest::mouseClick(bench.view.viewport(), Qt::LeftButton, {}, {0, 3});
-        QVERIFY(!bench.view.hasSelection());
+        QVERIFY(bench.view.selection().isEmpty());
         bench.key(Qt::Key_Right, Qt::ShiftModifier);
         bench.key(Qt::Key_Right, Qt::ShiftModifier);
         QCOMPARE(bench.selected(), u"al"_s);
         bench.key(Qt::Key_Down, Qt::ShiftModifier);
         bench.key(Qt::Key_End, Qt::ShiftModifier);
-        bench.view.copy();
+        bench.view.selection().copy();
         QCOMPARE(QGuiApplication::clipboard()->text(), u"alpha beta-1 gamma\nשלום red"_s);
         bench.key(Qt::Key_End, Qt::ShiftModifier | Qt::ControlModifier);
-        bench.view.copy();
+        bench.view.selection().copy();
         QCOMPARE(QGuiApplication::clipboard()->text(), u"alpha beta-1 gamma\nשלום red\n\tend"_s);
     }
 
@@ -286,9 +286,7 @@ private Q_SLOTS:
     {
         Bench bench(m_folder.path());
         LogSearch search(bench.document);
-        connect(&search, &LogSearch::currentMoved, &bench.view, [&](qint64 at) {
-            bench.view.reveal({at, 0});
-        });
+        connect(&search, &LogSearch::currentMoved, &bench.view.scroll(), &LogScroll::reveal);
         bench.addLines(2000);
         bench.add(u"unfinished line 1999"_s);
         search.setPattern(LogPattern(u"LINE 1999"_s, false, false), 0);
@@ -298,9 +296,9 @@ private Q_SLOTS:
         search.goOn(true);
         QCOMPARE(search.currentNumber(), 2);
         QVERIFY(bench.view.visibleText().contains(u"unfinished"_s));
-        bench.view.follow();
+        bench.view.scroll().follow();
         search.goOn(false); // in sight already, but it must stay there when text arrives
-        QVERIFY(!bench.view.isFollowing());
+        QVERIFY(!bench.view.scroll().isFollowing());
         search.goOn(true);
         search.goOn(true);
         QCOMPARE(search.currentNumber(), 1);

@@ -64,8 +64,8 @@ private Q_SLOTS:
             {60.5, "1m", "1m"}, {61, "1m", "1m"}, {119.9, "1m", "1m"}, {3599, "59m", "59m"},
             {3600, "60m", "60m"}, {3600.5, "1h 0m", "1h 0m"}, {7259, "2h 0m", "2h 0m"},
             {86399, "23h 59m", "23h 59m"}, {86400, "24h 0m", "24h 0m"}, {86400.5, "1 day", "About 1 day"},
-            {90000, "1 day", "About 1 day"}, {3.9 * 86400, "3 days", "About 3 days"}, {1e300, "--", "--"},
-            {infinite, "--", "--"}};
+            {90000, "1 day", "About 1 day"}, {3.9 * 86400, "3 days", "About 3 days"},
+            {1e8, "1,157 days", "About 1,157 days"}, {1e300, "--", "--"}, {infinite, "--", "--"}};
         for (const auto &[seconds, text, approximation] : ages) {
             QTest::addRow("%g", seconds)
                 << seconds << QString::fromLatin1(text) << QString::fromLatin1(approximation);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/TestSupport.h"
 
-#include "platform/desktop/Diagnostics.h"
-
 #include <QCoreApplication>
 #include <QDir>
 #include <QThread>
@@ -12,16 +10,6 @@
 #include <unistd.h>
 
 namespace tidewright::test {
-
-namespace {
-
-void flushOutput()
-{
-    std::fflush(stdout);
-    flushDiagnostics(deadline);
-}
-
-} // namespace
 
 void RecordingConsole::addEntry(
     const QString &command, const QString &response, const std::optional<ConsoleError> &error)
@@ -55,7 +43,7 @@ ShellResult runToEnd(const std::shared_ptr<Shell> &shell, const QStringList &arg
 
 CapturedOutput::CapturedOutput()
 {
-    flushOutput();
+    std::fflush(stdout);
     m_before = ::dup(STDOUT_FILENO);
     if (m_file.open()) {
         ::dup2(m_file.handle(), STDOUT_FILENO);
@@ -64,14 +52,14 @@ CapturedOutput::CapturedOutput()
 
 CapturedOutput::~CapturedOutput()
 {
-    flushOutput();
+    std::fflush(stdout);
     ::dup2(m_before, STDOUT_FILENO);
     ::close(m_before);
 }
 
 QString CapturedOutput::text() const
 {
-    flushOutput();
+    std::fflush(stdout);
     QFile file(m_file.fileName());
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }

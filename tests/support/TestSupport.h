@@ -3,7 +3,6 @@
 
 #include "core/Console.h"
 #include "core/Shell.h"
-#include "platform/threads/DispatchQueue.h"
 #include "platform/process/FileDescriptor.h"
 
 #include <QTemporaryFile>

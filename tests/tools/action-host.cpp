@@ -4,7 +4,6 @@
 // An application that runs the action in FOLDER. A line on standard input, or its end, makes it quit in
 // order.
 #include "actions/ActionFolders.h"
-#include "platform/desktop/Diagnostics.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/process/ProcessKeeper.h"
 
@@ -25,6 +24,5 @@ int main(int argc, char **argv)
     QObject::connect(&input, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
     QCoreApplication::exec();
     ProcessKeeper::instance().endAll(std::chrono::milliseconds(200));
-    flushDiagnostics(std::chrono::seconds(1));
     std::_Exit(EXIT_SUCCESS); // as the application ends: its background threads may still be busy
 }

@@ -3,7 +3,7 @@
 
 #include "app/state/LoginCommands.h"
 #include "platform/settings/AtomicFile.h"
-#include "platform/threads/DispatchQueue.h"
+#include "core/Shell.h"
 #include "platform/threads/MainQueue.h"
 
 #include <QFile>

@@ -38,7 +38,6 @@ public:
     void retryLoading() override;
     void stopWaiting() override;
     void openLogs(const std::vector<ContainerPair> &containers) override;
-    bool canEdit() const override { return true; }
     void startExternalEdit(const QStringList &arguments, std::function<void()> finished) override;
 
     void setConsole(Console *console) { m_console = console; }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/state/PathHint.h"
 
-#include "platform/threads/DispatchQueue.h"
+#include "core/Shell.h"
 #include "platform/threads/MainQueue.h"
 
 #include <QLabel>

@@ -3,7 +3,7 @@
 
 #include "app/state/KubeConfigBackup.h"
 #include "core/ApplicationRecord.h"
-#include "platform/threads/DispatchQueue.h"
+#include "core/Shell.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
 

@@ -29,7 +29,8 @@ void showElsewhere(const UserNotification &notification)
     if (fallback()) {
         fallback()(notification.title, notification.text());
     } else {
-        writeDiagnostic(QStringLiteral("A notification could not be shown."));
+        writeDiagnostic(
+            QStringLiteral("A notification could not be shown."), DiagnosticStream::StandardError);
     }
 }
 

@@ -12,6 +12,8 @@ namespace tidewright {
 /// One child process: set up, started once, asked about and ended. The child runs in a process group of its
 /// own, inherits the standard input and no other descriptor than the two it is given, and ends when the
 /// application ends, however that happens. Set up and start it on one thread; the rest is safe from any.
+/// QProcess was weighed: it starts the child on the caller's thread, with which the kernel would end it,
+/// buffers without a bound, and reaps at once, so that the number of an ended group may be a stranger's.
 class ChildProcess
 {
 public:
@@ -39,7 +41,8 @@ public:
     /// Readable once the child has exited; -1 before the start.
     int exitDescriptor() const { return m_process ? m_process->exitDescriptor() : -1; }
 
-    /// Ends the child, and its process group unless it ends alone, by force if it does not go. Returns at once.
+    /// Ends the child, and its process group unless it ends alone, by force if it does not go. Returns at
+    /// once.
     void terminate() const;
 
 private:

@@ -34,8 +34,9 @@ QByteArray followLinks(QByteArray path);
 /// (kill, power cut, full disk), the file holds the old bytes or the new ones, whole; after a power cut it
 /// may be the old ones. A link at `path` itself is replaced: see followLinks(). The new bytes go through
 /// PATH.new, so callers take turns with a FileLock. With a name in `aside`, the old file goes on under it.
-/// Sets `identity` of the new file; returns 0 or an errno value, and then nothing has changed. Waits for the
-/// disk. Any thread.
+/// QSaveFile was weighed: it reports success when the disk refuses to sync (quota, NFS), and each kill in the
+/// middle leaves one more file behind (3 after 200 kills). Sets `identity` of the new file; returns 0 or an
+/// errno value, and then nothing has changed. Waits for the disk. Any thread.
 int replaceFile(
     const QByteArray &path, const QByteArray &bytes, FileIdentity &identity, const QByteArray &aside = {});
 

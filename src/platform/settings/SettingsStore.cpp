@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/settings/SettingsStore.h"
 
-#include "platform/desktop/Diagnostics.h"
 #include "platform/threads/DispatchQueue.h"
 
 #include <QStringList>
@@ -33,7 +32,6 @@ Problems &problems()
 
 void tellProblem(const QString &problem)
 {
-    writeDiagnostic(problem);
     Problems &all = problems();
     const std::lock_guard lock(all.mutex);
     if (all.handler) {

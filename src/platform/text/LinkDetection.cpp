@@ -5,41 +5,26 @@ namespace tidewright {
 
 namespace {
 
-const QString &linkPattern()
-{
-    static const QString pattern
-        = QString::fromUtf8("(?xi)\n"
-                            R"re((?:(?:https?|ftp):\/\/|\b(?:[a-z\d]+\.)))re"
-                            R"re((?:(?:[^\s()<>]+|\((?:[^\s()<>]+|(?:\([^\s()<>]+\)))?\))+)re"
-                            R"re((?:\((?:[^\s()<>]+|(?:\(?:[^\s()<>]+\)))?\)|)re"
-                            R"re([^\s`!()\[\]{};:'".,<>?«»“”‘’]))?)re");
-    return pattern;
-}
+constexpr int effort = 1000;
 
-/// The link pattern repeats runs of characters, so a failing end is tried for every way of cutting the text
-/// into runs: that takes for ever behind twenty full stops. Repeating single characters leaves one way, tries
-/// the same ends in the same order, and so finds the same links.
-QString withoutNestedRepetition(QString pattern)
+/// Repeats single characters, never runs of them: a failing end would be tried for every way of cutting the
+/// text into runs, for ever behind twenty full stops.
+QString linkPattern()
 {
-    return pattern.replace(
-        QLatin1String(R"re((?:(?:[^\s()<>]+|\()re"), QLatin1String(R"re((?:(?:[^\s()<>]|\()re"));
+    return QString::fromUtf8("(?xi)\n"
+                             R"re((?:(?:https?|ftp):\/\/|\b(?:[a-z\d]+\.)))re"
+                             R"re((?:(?:[^\s()<>]|\((?:[^\s()<>]+|(?:\([^\s()<>]+\)))?\))+)re"
+                             R"re((?:\((?:[^\s()<>]+|(?:\(?:[^\s()<>]+\)))?\)|)re"
+                             R"re([^\s`!()\[\]{};:'".,<>?«»“”‘’]))?)re");
 }
 
 } // namespace
 
 std::vector<DetectedLink> detectLinks(const QString &text)
 {
-    static const RegularExpression links(linkPattern(), 2);
-    static const RegularExpression patientLinks(withoutNestedRepetition(linkPattern()), 1000);
-    RegularExpression::Matches found = links.allMatches(text);
-    if (found.cutOff) {
-        const qsizetype from = found.ranges.empty() ? 0 : found.ranges.back().end();
-        const RegularExpression::Matches others = patientLinks.allMatches(text, from);
-        found.ranges.insert(found.ranges.end(), others.ranges.begin(), others.ranges.end());
-    }
+    static const RegularExpression links(linkPattern(), effort);
     std::vector<DetectedLink> result;
-    result.reserve(found.ranges.size());
-    for (const TextRange &range : found.ranges) {
+    for (const TextRange &range : links.allMatches(text).ranges) {
         result.push_back({range, text.mid(range.start, range.length)});
     }
     return result;

@@ -3,17 +3,14 @@
 
 #include <QRandomGenerator>
 
-#include <random>
-
 namespace tidewright {
 
 QString randomString(int count)
 {
-    constexpr std::u16string_view alphabet = u"abcdefghijklmnopqrstuvwxyz0123456789";
-    std::uniform_int_distribution<size_t> place(0, alphabet.size() - 1);
+    static constexpr QLatin1String alphabet("abcdefghijklmnopqrstuvwxyz0123456789");
     QString result;
-    for (int drawn = 0; drawn < count; ++drawn) {
-        result.append(QChar(alphabet[place(*QRandomGenerator::system())]));
+    while (result.size() < count) {
+        result += alphabet[QRandomGenerator::system()->bounded(alphabet.size())];
     }
     return result;
 }

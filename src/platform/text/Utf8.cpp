@@ -15,11 +15,6 @@ bool isTrimmed(char32_t c)
         || QChar::category(c) == QChar::Separator_Space;
 }
 
-bool isContinuation(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
 char32_t characterOf(QByteArrayView bytes)
 {
     const auto lead = static_cast<unsigned char>(bytes.front());
@@ -111,10 +106,10 @@ QByteArray trimmedUtf8(QByteArray bytes)
 qsizetype incompleteUtf8Tail(QByteArrayView bytes)
 {
     for (qsizetype back = 1; back <= qMin<qsizetype>(3, bytes.size()); ++back) {
-        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - back]);
-        if ((byte & 0xC0) == 0x80) {
+        if (isContinuation(bytes[bytes.size() - back])) {
             continue;
         }
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - back]);
         const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC2 ? 2 : 1;
         return length > back && byte < 0xF5 ? back : 0; // 0xC0, 0xC1 and 0xF5 onwards begin no character
     }

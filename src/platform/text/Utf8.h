@@ -8,6 +8,16 @@
 
 namespace tidewright {
 
+// ICU's U8_NEXT tells characters apart. QStringDecoder was weighed for the rest: it replaces what is not
+// valid instead of refusing it, several bytes by one U+FFFD, and QString::trimmed() trims another set of
+// characters.
+
+/// Whether a byte of UTF-8 goes on with a character that began before it.
+constexpr bool isContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
 /// The text of UTF-8 bytes, or nothing when they are not valid UTF-8.
 std::optional<QString> decodeUtf8(QByteArrayView bytes);
 

@@ -74,10 +74,4 @@ void DispatchQueue::post(std::function<void()> task)
     }
 }
 
-DispatchQueue &shellQueue()
-{
-    static auto *queue = new DispatchQueue("shellQueue"); // outlives main(): its threads may still be running
-    return *queue;
-}
-
 } // namespace tidewright

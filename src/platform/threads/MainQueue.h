@@ -13,6 +13,10 @@ namespace tidewright {
 /// The way to the main (user-interface) thread. Tasks run in the order in which they were posted, in the
 /// event loop. The one queue is made by the first call of `mainQueue()`, which must happen on the main
 /// thread.
+///
+/// QMetaObject::invokeMethod() is as fast (20,000 posts in 12 ms), but ThreadSanitizer cannot see Qt's locks,
+/// and an event for each task would keep input and painting waiting while tasks come faster than they are
+/// done.
 class MainQueue : public QObject
 {
     Q_OBJECT

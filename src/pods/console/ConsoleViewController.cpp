@@ -223,15 +223,15 @@ void ConsoleViewController::updateScriptState()
 void ConsoleViewController::showScriptState()
 {
     const QString text
-        = scriptsRunning.isEmpty() ? QString() : QLatin1String("Running: ") + scriptsRunning.last();
-    if (std::exchange(m_isScriptRunning, !scriptsRunning.isEmpty()) == scriptsRunning.isEmpty()) {
+        = scriptsRunning().isEmpty() ? QString() : QLatin1String("Running: ") + scriptsRunning().last();
+    if (std::exchange(m_isScriptRunning, !scriptsRunning().isEmpty()) == scriptsRunning().isEmpty()) {
         Q_EMIT isScriptRunningChanged();
     }
     if (std::exchange(m_scriptRunningText, text) != text) {
         Q_EMIT scriptRunningTextChanged();
     }
     if (m_bar) {
-        m_bar->setRunningText(m_scriptRunningText, scriptsRunning);
+        m_bar->setRunningText(m_scriptRunningText, scriptsRunning());
     }
 }
 

@@ -24,19 +24,6 @@ struct Copy
     qsizetype number = 0;
 };
 
-void show(const Copy &copy, const QString &progress, bool running)
-{
-    if (!copy.console) {
-        return;
-    }
-    if (running) {
-        copy.console->scriptsRunning.append(progress);
-    } else {
-        copy.console->scriptsRunning.removeOne(progress);
-    }
-    copy.console->updateScriptState();
-}
-
 void copyNext(const std::shared_ptr<Copy> &copy)
 {
     if (copy->number == copy->paths.size()) {
@@ -54,12 +41,16 @@ void copyNext(const std::shared_ptr<Copy> &copy)
               .arg(copy->number)
               .arg(copy->paths.size())
               .arg(QFileInfo(path).fileName());
-    show(*copy, progress, true);
+    if (copy->console) {
+        copy->console->begin(progress);
+    }
     WindowState &window = copy->table->kubeSplitViewController();
     window.kubeCtl().makeShell()->runToldAsync(copy->arguments + QStringList{path} + copy->behind,
         copy->console, [copy, progress](const ShellResult &) {
             mainQueue().post([copy, progress] {
-                show(*copy, progress, false);
+                if (copy->console) {
+                    copy->console->end(progress);
+                }
                 copyNext(copy);
             });
         });

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/table/Pod.h"
 
-#include "platform/text/NaturalOrder.h"
 #include "resources/kinds/Columns.h"
 
 #include <QSet>
@@ -98,31 +97,16 @@ void assignPod(const Fields &fields, KubeTableItem &item)
     }
 }
 
-const Pod &podOf(const KubeTableItem &item)
-{
-    return static_cast<const Pod &>(item);
-}
-
 std::vector<Column> podColumns()
 {
-    const auto number = Qt::AlignRight | Qt::AlignVCenter;
-    const auto text = Qt::AlignLeft | Qt::AlignVCenter;
+    const auto containers = [](const Pod &pod) { return pod.containers.join(QLatin1String(", ")); };
     return {
         nameColumn(330),
-        {QStringLiteral("status"), QStringLiteral("Status"),
-            [](const auto &item) { return podOf(item).isReadyText(); },
-            [](const auto &item) { return SortKey(naturalSortKey(podOf(item).isReadyText())); }, text, 210,
-            [](const auto &item) { return podOf(item).isReadyImage(); }},
-        {QStringLiteral("restarts"), QStringLiteral("Restarts"),
-            [](const auto &item) { return QString::number(podOf(item).restarts); },
-            [](const auto &item) { return SortKey(static_cast<double>(podOf(item).restarts)); }, number, 90},
+        withImage<Pod>(
+            textColumn<Pod>("status", QStringLiteral("Status"), &Pod::isReadyText, 210), &Pod::isReadyImage),
+        numberColumn<Pod>("restarts", QStringLiteral("Restarts"), &Pod::restarts, 90),
         ageColumn(),
-        {QStringLiteral("containers"), QStringLiteral("Containers"),
-            [](const auto &item) { return podOf(item).containers.join(QLatin1String(", ")); },
-            [](const auto &item) {
-                return SortKey(naturalSortKey(podOf(item).containers.join(QLatin1Char(' '))));
-            },
-            text, 200},
+        textColumn<Pod>("containers", QStringLiteral("Containers"), containers, 200),
     };
 }
 

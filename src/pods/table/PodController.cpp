@@ -18,8 +18,7 @@ namespace tidewright {
 
 namespace {
 
-constexpr int nameColumnIndex = 0;
-constexpr int containersColumn = 4;
+constexpr QLatin1String containersColumn("containers");
 
 const Pod &podAt(const ArrangingModel &model, int row)
 {
@@ -31,10 +30,12 @@ const Pod &podAt(const ArrangingModel &model, int row)
 PodController::PodController(WindowState &window, QWidget *parent)
     : SharedContentViewController(podKind(), window, parent)
     , m_cells(new VisibleCells(
-          tableView(), containersColumn, [this](const QModelIndex &index) { return ensureCell(index); },
+          tableView(), kind().indexOf(containersColumn),
+          [this](const QModelIndex &index) { return ensureCell(index); },
           [](const QWidget &cell) { return static_cast<const TableButtonView &>(cell).hasCheckedButton(); }))
 {
-    tableView().setItemDelegateForColumn(nameColumnIndex, new PaddedTextField(&tableView()));
+    tableView().setItemDelegateForColumn(
+        kind().indexOf(QLatin1String("name")), new PaddedTextField(&tableView()));
     connect(m_cells, &VisibleCells::cellsForgotten, this,
         [this] { std::erase_if(m_containerButtons, [](const auto &button) { return !button; }); });
 }
@@ -157,7 +158,7 @@ void PodController::extendContextMenu(QMenu &menu)
     if (row < 0) {
         return;
     }
-    const QModelIndex index = arrangedObjects().index(row, containersColumn);
+    const QModelIndex index = arrangedObjects().index(row, kind().indexOf(containersColumn));
     m_cells->ensure(index);
     const TableButtonView *view = cellAt(index);
     if (!view) {

@@ -19,12 +19,40 @@ SortKey timeSortKey(const QString &timestamp);
 // The columns of a kind whose rows are `Item`. What a column shows is a member of the row or a function of
 // it.
 
+/// That member or function, for any row of the kind.
+template <typename Item, typename Member> auto ofRow(Member member)
+{
+    return [member](const KubeTableItem &row) -> decltype(auto) {
+        return std::invoke(member, static_cast<const Item &>(row));
+    };
+}
+
+/// The column with the name of a state image beside its text.
+template <typename Item, typename Image> Column withImage(Column column, Image image)
+{
+    column.image = ofRow<Item>(image);
+    return column;
+}
+
+/// The column with the name of a text colour.
+template <typename Item, typename Colour> Column withColour(Column column, Colour colour)
+{
+    column.colour = ofRow<Item>(colour);
+    return column;
+}
+
+/// The column ordered by a number.
+template <typename Item, typename Number> Column sortedBy(Column column, Number number)
+{
+    column.sortKey = [of = ofRow<Item>(number)](
+                         const KubeTableItem &row) { return SortKey(static_cast<double>(of(row))); };
+    return column;
+}
+
 template <typename Item, typename Text>
 Column textColumn(const char *identifier, const QString &title, Text text, int width)
 {
-    const auto get = [text](const KubeTableItem &item) -> QString {
-        return std::invoke(text, static_cast<const Item &>(item));
-    };
+    const auto get = ofRow<Item>(text);
     return {QString::fromLatin1(identifier), title, get,
         [get](const KubeTableItem &item) { return textSortKey(get(item)); }, Qt::AlignLeft | Qt::AlignVCenter,
         width};
@@ -33,9 +61,7 @@ Column textColumn(const char *identifier, const QString &title, Text text, int w
 template <typename Item, typename Number>
 Column numberColumn(const char *identifier, const QString &title, Number number, int width)
 {
-    const auto get = [number](const KubeTableItem &item) -> qint64 {
-        return std::invoke(number, static_cast<const Item &>(item));
-    };
+    const auto get = ofRow<Item>(number);
     return {QString::fromLatin1(identifier), title,
         [get](const KubeTableItem &item) { return QString::number(get(item)); },
         [get](const KubeTableItem &item) { return SortKey(static_cast<double>(get(item))); },
@@ -47,9 +73,7 @@ template <typename Item, typename Text, typename Timestamp>
 Column timeColumn(const char *identifier, const QString &title, Text text, Timestamp timestamp, int width)
 {
     Column column = textColumn<Item>(identifier, title, text, width);
-    column.sortKey = [timestamp](const KubeTableItem &item) {
-        return timeSortKey(std::invoke(timestamp, static_cast<const Item &>(item)));
-    };
+    column.sortKey = [of = ofRow<Item>(timestamp)](const KubeTableItem &row) { return timeSortKey(of(row)); };
     column.movesWithTime = true;
     return column;
 }
@@ -58,23 +82,19 @@ Column timeColumn(const char *identifier, const QString &title, Text text, Times
 template <typename Item, typename Available, typename Wanted>
 Column availabilityColumn(Available available, Wanted wanted, int width)
 {
-    Column column = textColumn<Item>(
-        "status", QStringLiteral("Status"),
-        [available, wanted](const Item &item) {
-            return availabilityText(std::invoke(available, item), std::invoke(wanted, item));
-        },
-        width);
-    column.sortKey = [available, wanted](const KubeTableItem &row) {
-        const auto &item = static_cast<const Item &>(row);
+    const auto text = [available, wanted](const Item &item) {
+        return availabilityText(std::invoke(available, item), std::invoke(wanted, item));
+    };
+    const auto part = [available, wanted](const Item &item) {
         const qint64 want = std::invoke(wanted, item);
         const auto there = static_cast<double>(std::invoke(available, item));
-        return SortKey(want > 0 ? there / static_cast<double>(want) : 2);
+        return want > 0 ? there / static_cast<double>(want) : 2;
     };
-    column.image = [available, wanted](const KubeTableItem &row) {
-        const auto &item = static_cast<const Item &>(row);
+    const auto image = [available, wanted](const Item &item) {
         return availabilityImage(std::invoke(available, item), std::invoke(wanted, item));
     };
-    return column;
+    const Column column = textColumn<Item>("status", QStringLiteral("Status"), text, width);
+    return withImage<Item>(sortedBy<Item>(column, part), image);
 }
 
 } // namespace tidewright

@@ -47,26 +47,22 @@ bool isSuspended(const CronJob &cronJob)
 
 Column suspendColumn()
 {
-    Column column = textColumn<CronJob>("suspend", QStringLiteral("Suspended"), &CronJob::suspend, 110);
-    column.image = [](const KubeTableItem &item) {
-        return isSuspended(static_cast<const CronJob &>(item)) ? QStringLiteral("NSStatusPartiallyAvailable")
-                                                               : QString();
-    };
-    return column;
+    return withImage<CronJob>(
+        textColumn<CronJob>("suspend", QStringLiteral("Suspended"), &CronJob::suspend, 110),
+        [](const CronJob &cronJob) {
+            return isSuspended(cronJob) ? QStringLiteral("NSStatusPartiallyAvailable") : QString();
+        });
 }
 
 Column activeColumn()
 {
-    Column column = textColumn<CronJob>(
-        "active", QStringLiteral("Active"),
-        [](const CronJob &cronJob) {
-            return cronJob.active ? QStringLiteral("Running") : QStringLiteral("No");
-        },
-        100);
-    column.image = [](const KubeTableItem &item) {
-        return static_cast<const CronJob &>(item).active ? QStringLiteral("NSStatusAvailable") : QString();
+    const auto text = [](const CronJob &cronJob) {
+        return cronJob.active ? QStringLiteral("Running") : QStringLiteral("No");
     };
-    return column;
+    const auto image = [](const CronJob &cronJob) {
+        return cronJob.active ? QStringLiteral("NSStatusAvailable") : QString();
+    };
+    return withImage<CronJob>(textColumn<CronJob>("active", QStringLiteral("Active"), text, 100), image);
 }
 
 QString lastScheduleText(const CronJob &cronJob)

@@ -42,9 +42,8 @@ QString shownReason(const Event &event)
 
 Column typeColumn()
 {
-    Column column = textColumn<Event>("type", QStringLiteral("Type"), &Event::type, 95);
-    column.image = [](const KubeTableItem &item) { return static_cast<const Event &>(item).typeImage(); };
-    return column;
+    return withImage<Event>(
+        textColumn<Event>("type", QStringLiteral("Type"), &Event::type, 95), &Event::typeImage);
 }
 
 /// Puts what was listed last on top; the events of one listing stand as that listing has them.
@@ -57,10 +56,8 @@ Column firstListedColumn()
             return QLocale().toString(time.time(), QLocale::ShortFormat);
         },
         100);
-    column.sortKey
-        = [](const KubeTableItem &item) { return SortKey(static_cast<const Event &>(item).startDate); };
     column.hidden = true;
-    return column;
+    return sortedBy<Event>(column, &Event::startDate);
 }
 
 std::vector<Column> columns()
@@ -76,8 +73,7 @@ std::vector<Column> columns()
     };
     columns.back().hidden = true;
     for (Column &column : columns) {
-        column.colour
-            = [](const KubeTableItem &item) { return static_cast<const Event &>(item).getEventColor(); };
+        column = withColour<Event>(std::move(column), &Event::getEventColor);
     }
     return columns;
 }

@@ -70,34 +70,26 @@ QString statusText(const Job &job)
 
 Column completionsColumn()
 {
-    Column column = textColumn<Job>("completions", QStringLiteral("Completions"), &Job::getCompletions, 115);
-    column.sortKey = [](const KubeTableItem &item) {
-        const auto &job = static_cast<const Job &>(item);
+    const auto part = [](const Job &job) {
         const auto succeeded = static_cast<double>(job.succeeded);
         // One that wants nothing has all of it, as with availability.
-        return SortKey(job.completions > 0 ? succeeded / static_cast<double>(job.completions) : 2);
+        return job.completions > 0 ? succeeded / static_cast<double>(job.completions) : 2;
     };
-    column.image
-        = [](const KubeTableItem &item) { return static_cast<const Job &>(item).getCompletionsImage(); };
-    return column;
+    const Column column
+        = textColumn<Job>("completions", QStringLiteral("Completions"), &Job::getCompletions, 115);
+    return withImage<Job>(sortedBy<Job>(column, part), &Job::getCompletionsImage);
 }
 
 Column statusColumn()
 {
-    Column column = textColumn<Job>("status", QStringLiteral("Status"), statusText, 110);
-    column.colour = [](const KubeTableItem &item) {
-        return hasFailed(static_cast<const Job &>(item)) ? QStringLiteral("red") : QString();
-    };
-    return column;
+    return withColour<Job>(textColumn<Job>("status", QStringLiteral("Status"), statusText, 110),
+        [](const Job &job) { return hasFailed(job) ? QStringLiteral("red") : QString(); });
 }
 
 Column durationColumn()
 {
-    Column column = textColumn<Job>("duration", QStringLiteral("Duration"), &Job::getDuration, 90);
-    column.sortKey = [](const KubeTableItem &item) {
-        return SortKey(static_cast<double>(secondsOf(static_cast<const Job &>(item)).value_or(-1)));
-    };
-    return column;
+    return sortedBy<Job>(textColumn<Job>("duration", QStringLiteral("Duration"), &Job::getDuration, 90),
+        [](const Job &job) { return secondsOf(job).value_or(-1); });
 }
 
 std::vector<Column> columns()

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/kinds/KubeTableItem.h"
 
-#include "platform/text/DateComponents.h"
 #include "platform/text/NaturalOrder.h"
 #include "platform/text/Timestamp.h"
+
+#include <QLocale>
 
 namespace tidewright {
 
@@ -12,20 +13,12 @@ namespace {
 constexpr double minute = 60;
 constexpr double hour = 60 * minute;
 constexpr double day = 24 * hour;
-constexpr qint64 minutesPerHour = 60;
+constexpr int minutesPerHour = 60;
 
-QString unitsText(double seconds, bool approximate)
+QString daysText(qint64 days)
 {
-    if (seconds >= 0x1p63) {
-        return QString(); // more than the unit formatter can count
-    }
-    if (seconds > day) {
-        const QString days = fullDays(static_cast<qint64>(seconds / day));
-        return approximate && !days.isEmpty() ? QStringLiteral("About ") + days : days;
-    }
-    const auto minutes = static_cast<qint64>(seconds / minute);
-    return seconds > hour ? abbreviatedHours(minutes / minutesPerHour, minutes % minutesPerHour)
-                          : abbreviatedMinutes(minutes);
+    static const QLocale english(QLocale::English);
+    return english.toString(days) + (days == 1 ? QLatin1String(" day") : QLatin1String(" days"));
 }
 
 } // namespace
@@ -71,8 +64,17 @@ QString formatAge(double seconds, bool approximate)
     if (!(seconds > minute)) { // not a number, too
         return QStringLiteral("<1m");
     }
-    const QString text = unitsText(seconds, approximate);
-    return text.isEmpty() ? QStringLiteral("--") : text;
+    if (seconds >= 0x1p63) {
+        return QStringLiteral("--"); // more than can be counted
+    }
+    if (seconds > day) {
+        const QString days = daysText(static_cast<qint64>(seconds / day));
+        return approximate ? QStringLiteral("About ") + days : days;
+    }
+    const auto minutes = static_cast<int>(seconds / minute);
+    return seconds > hour
+        ? QStringLiteral("%1h %2m").arg(minutes / minutesPerHour).arg(minutes % minutesPerHour)
+        : QStringLiteral("%1m").arg(minutes);
 }
 
 } // namespace tidewright

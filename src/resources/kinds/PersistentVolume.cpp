@@ -65,20 +65,16 @@ Column capacityColumn()
 {
     Column column = textColumn<PersistentVolume>(
         "capacity", QStringLiteral("Capacity"), &PersistentVolume::capacity, 95);
-    column.sortKey = [](const KubeTableItem &item) {
-        return SortKey(quantityOf(static_cast<const PersistentVolume &>(item).capacity));
-    };
     column.alignment = Qt::AlignRight | Qt::AlignVCenter;
-    return column;
+    return sortedBy<PersistentVolume>(
+        column, [](const PersistentVolume &volume) { return quantityOf(volume.capacity); });
 }
 
 Column statusColumn()
 {
-    Column column
-        = textColumn<PersistentVolume>("status", QStringLiteral("Status"), &PersistentVolume::status, 110);
-    column.image
-        = [](const KubeTableItem &item) { return static_cast<const PersistentVolume &>(item).statusImage(); };
-    return column;
+    return withImage<PersistentVolume>(
+        textColumn<PersistentVolume>("status", QStringLiteral("Status"), &PersistentVolume::status, 110),
+        &PersistentVolume::statusImage);
 }
 
 std::vector<Column> columns()

@@ -6,6 +6,7 @@
 #include <QByteArrayView>
 #include <QStringList>
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <variant>
@@ -55,6 +56,8 @@ struct ResourceKind
     /// is nothing but white space as a rule; where it is more, this is it, and no line to complain of.
     QByteArray listRemainder;
     std::vector<Column> columns;
+    /// The place of a column among them; there must be one of that identifier.
+    int indexOf(QLatin1String identifier) const;
 
     // Any thread. The rows they get are of this kind.
     std::function<std::shared_ptr<KubeTableItem>(const QString &name)> create;
@@ -70,10 +73,18 @@ struct ResourceKind
     std::function<void(QByteArrayView line)> lineTaken = nullptr;
     /// Told of each line whose field count is wrong; may write a diagnostic.
     std::function<void(QByteArrayView line, std::size_t fields)> lineSkipped = nullptr;
-    /// The output arguments for a second try when a listing has failed with this error text; none when another
-    /// template would not help.
+    /// The output arguments for a second try when a listing has failed with this error text; none when
+    /// another template would not help.
     std::function<QStringList(const QString &error)> otherOutput = nullptr;
 };
+
+inline int ResourceKind::indexOf(QLatin1String identifier) const
+{
+    const auto found = std::find_if(columns.cbegin(), columns.cend(),
+        [identifier](const Column &column) { return column.identifier == identifier; });
+    Q_ASSERT(found != columns.cend());
+    return static_cast<int>(found - columns.cbegin());
+}
 
 /// Fills `create`, `copy` and `equal` of a kind whose row type is `Item` (constructible from a name,
 /// copyable, ==).

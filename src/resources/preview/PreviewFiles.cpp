@@ -3,7 +3,6 @@
 
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/Timestamp.h"
-#include "core/WindowState.h"
 
 #include <QFile>
 #include <QSaveFile>
@@ -12,6 +11,12 @@
 namespace tidewright {
 
 namespace {
+
+QString &cacheFolder()
+{
+    static QString path;
+    return path;
+}
 
 constexpr double reuseSeconds = 5;
 
@@ -73,6 +78,16 @@ void PreviewFiles::removeAll()
         QFile::remove(path);
     }
     writtenFiles().clear();
+}
+
+QString cacheDirectory()
+{
+    return cacheFolder();
+}
+
+void setCacheDirectory(const QString &path)
+{
+    cacheFolder() = path;
 }
 
 } // namespace tidewright

@@ -7,6 +7,10 @@
 
 namespace tidewright {
 
+/// The application's cache directory, where preview files go; empty when there is none. Set once at start-up.
+QString cacheDirectory();
+void setCacheDirectory(const QString &path);
+
 /// The preview files of one table, in the application's cache directory, readable by the user alone. Main
 /// thread.
 class PreviewFiles

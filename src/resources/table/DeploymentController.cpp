@@ -18,14 +18,7 @@ namespace tidewright {
 namespace {
 
 const auto nothingScaled = QStringLiteral("Nothing was scaled");
-
-int desiredColumn()
-{
-    const auto columns = deploymentKind().columns;
-    const auto desired = std::find_if(columns.begin(), columns.end(),
-        [](const Column &column) { return column.identifier == QLatin1String("desired"); });
-    return static_cast<int>(desired - columns.begin());
-}
+constexpr QLatin1String desiredColumn("desired");
 
 const Deployment &deploymentAt(const ArrangingModel &model, int row)
 {
@@ -43,7 +36,8 @@ void setFocusPolicies(ReplicaCell &cell, Qt::FocusPolicy policy)
 DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
     : SharedContentViewController(deploymentKind(), window, parent)
     , m_cells(new VisibleCells(
-          tableView(), desiredColumn(), [this](const QModelIndex &index) { return ensureCell(index); },
+          tableView(), kind().indexOf(desiredColumn),
+          [this](const QModelIndex &index) { return ensureCell(index); },
           [](const QWidget &cell) { return static_cast<const ReplicaCell &>(cell).isBeingChanged(); }))
 {
     connect(&ContextPolicies::shared(), &ContextPolicies::changed, this, &DeploymentController::rowsChanged);
@@ -176,8 +170,8 @@ void DeploymentController::restoreCounts(const QPersistentModelIndex &index)
 void DeploymentController::extendContextMenu(QMenu &menu)
 {
     const int clicked = tableView().clickedRow();
-    const QPersistentModelIndex row
-        = arrangedObjects().index(clicked >= 0 ? clicked : tableView().currentIndex().row(), desiredColumn());
+    const QPersistentModelIndex row = arrangedObjects().index(
+        clicked >= 0 ? clicked : tableView().currentIndex().row(), kind().indexOf(desiredColumn));
     QAction *action = menu.addAction(QStringLiteral("Scale…"), this, [this, row] {
         if (row.isValid()) {
             tableView().scrollTo(row);

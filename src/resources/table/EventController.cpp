@@ -4,17 +4,12 @@
 #include "resources/kinds/Event.h"
 #include "resources/table/ResourceTableView.h"
 
-#include <algorithm>
-
 namespace tidewright {
 
 EventController::EventController(WindowState &window, QWidget *parent)
     : SharedContentViewController(eventKind(), window, parent)
 {
-    const auto &columns = kind().columns;
-    const auto firstListed = std::find_if(columns.begin(), columns.end(),
-        [](const Column &column) { return column.identifier == QLatin1String("firstListed"); });
-    tableView().sortByColumn(static_cast<int>(firstListed - columns.begin()), Qt::DescendingOrder);
+    tableView().sortByColumn(kind().indexOf(QLatin1String("firstListed")), Qt::DescendingOrder);
 }
 
 } // namespace tidewright

@@ -244,7 +244,7 @@ void SharedContentViewController::copyName()
 void SharedContentViewController::editConfiguration()
 {
     const QStringList names = chosenNames();
-    if (names.isEmpty() || !m_window.canEdit()) {
+    if (names.isEmpty()) {
         return;
     }
     if (!changeObstacle(m_window).isEmpty()) {
@@ -382,9 +382,7 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     if (kind().logTarget) {
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
     }
-    if (m_window.canEdit()) {
-        add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
-    }
+    add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
     extendContextMenu(menu);
     menu.addSeparator();
     enableChange(*add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow), hasRow);

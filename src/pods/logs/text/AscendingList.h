@@ -9,7 +9,8 @@ namespace tidewright {
 
 /// A growing list of numbers that never fall, such as the places where lines begin. Holds about one byte for
 /// each of them while neighbours are less than 128 apart, and finds any in constant time (by index) or
-/// logarithmic time (by value). Not shared between threads.
+/// logarithmic time (by value). Not shared between threads. A std::deque<qint64> would take eight bytes for
+/// each: 0.08 of a log with lines of 100 bytes, where 0.02 is what all of its text may cost.
 class AscendingList
 {
 public:
@@ -39,8 +40,6 @@ public:
     qint64 last() const { return m_last; }
     /// The index of the first number that is greater than `value`; `size()` when none is.
     qint64 upperBound(qint64 value) const;
-    /// The index of the first number that is not less than `value`; `size()` when none is.
-    qint64 lowerBound(qint64 value) const { return upperBound(value - 1); }
 
 private:
     struct Checkpoint

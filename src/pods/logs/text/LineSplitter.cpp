@@ -18,11 +18,6 @@ constexpr qint64 lookAhead = 64;
 constexpr qint64 windowBegin = LineSplitter::longestLine - lookBack;
 constexpr qint64 windowEnd = LineSplitter::longestLine + lookAhead;
 
-bool continuesCharacter(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
 qsizetype outsideOfEscape(const QByteArray &window, qsizetype cut)
 {
     const qsizetype escape = QByteArrayView(window).first(cut).lastIndexOf('\x1b');
@@ -37,11 +32,11 @@ qsizetype outsideOfEscape(const QByteArray &window, qsizetype cut)
 qsizetype cutIn(const QByteArray &window)
 {
     qsizetype begin = 0;
-    while (begin < 3 && continuesCharacter(window[begin])) {
+    while (begin < 3 && isContinuation(window[begin])) {
         ++begin;
     }
     qsizetype cut = lookBack;
-    while (cut > lookBack - 3 && continuesCharacter(window[cut])) {
+    while (cut > lookBack - 3 && isContinuation(window[cut])) {
         --cut;
     }
     const QByteArrayView bytes = QByteArrayView(window).sliced(begin);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/text/LogDocument.h"
 
-#include "platform/threads/MainQueue.h"
-
 #include <algorithm>
 
 namespace tidewright {
@@ -33,14 +31,6 @@ LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogDisk di
     m_frame.setInterval(frameMilliseconds);
     m_frame.callOnTimeout(this, &LogDocument::frame);
     reset();
-}
-
-LogDocument::~LogDocument()
-{
-    if (m_cancelled) {
-        *m_cancelled = true;
-    }
-    letGo();
 }
 
 /// Unmapping and closing a file of gigabytes takes its time: not here.
@@ -107,7 +97,7 @@ void LogDocument::finish()
 {
     commit(); // or a scan that comes back before the next frame takes the text so far for all of it
     m_finished = true;
-    m_waitingAt = -1;
+    m_scanner.lookAgain();
     m_frame.start();
 }
 
@@ -156,12 +146,9 @@ void LogDocument::setFilter(const LogPattern &filter)
 
 void LogDocument::narrow()
 {
-    if (m_cancelled) {
-        *m_cancelled = true;
-    }
-    m_cancelled = std::make_shared<std::atomic<bool>>(false);
-    ++m_request;
-    m_scanning = false;
+    m_scanner.restart();
+    m_narrowedSplitter = LineSplitter();
+    m_cutOff = 0;
     m_building.reset();
     if (!isNarrowed()) {
         m_narrowed.reset();
@@ -180,43 +167,28 @@ void LogDocument::showNarrowed()
 
 void LogDocument::scanOn()
 {
-    LogProjection *target = m_building ? m_building.get() : m_narrowed.get();
-    if (!target || m_scanning) {
+    if (!m_building && !m_narrowed) {
         return;
     }
-    if (m_building && target->size() == 0) {
-        m_narrowedSplitter = LineSplitter();
-        m_examined = 0;
-        m_cutOff = 0;
-        m_span = LogScan::usualSpan;
-        m_waitingAt = -1;
-    }
-    if (m_examined >= size() || m_waitingAt == size()) {
-        if (m_building) {
+    const std::optional<LogRange> part = m_scanner.next(size());
+    if (!part) {
+        if (m_building && !m_scanner.isScanning()) {
             showNarrowed();
         }
         return;
     }
-    const qint64 end = std::min(size(), m_examined + m_span);
-    LogScan scan{bytes(), visibleRanges({m_examined, end - m_examined}), m_filter,
-        (m_finished && end == size()) || end - m_examined >= LogScan::longestSpan, m_cancelled};
-    m_scanning = true;
-    logQueue().post([self = QPointer<LogDocument>(this), request = m_request, end, scan = std::move(scan),
-                        splitter = m_narrowedSplitter]() mutable {
-        LogScan::Lines lines = scan.lines(std::move(splitter));
-        postToMain(self,
-            [request, end, ranges = std::move(scan.ranges), lines = std::move(lines)](
-                LogDocument &document) mutable { document.scanned(request, end, ranges, std::move(lines)); });
-    });
+    const bool isEnd = (m_finished && part->end() == size()) || part->length >= LogScan::longestSpan;
+    LogScan scan{bytes(), visibleRanges(*part), m_filter, isEnd, m_scanner.cancelled()};
+    m_scanner.run([scan = std::move(scan), splitter = m_narrowedSplitter] { return scan.lines(splitter); },
+        [this, part = *part](LogScan::Lines lines) { scanned(part, std::move(lines)); });
 }
 
-void LogDocument::scanned(
-    quint64 request, qint64 end, const std::vector<LogRange> &ranges, LogScan::Lines lines)
+void LogDocument::scanned(const LogRange &part, LogScan::Lines lines)
 {
-    if (request != m_request) {
-        return;
+    m_scanner.advance(part, lines.unfinished.value_or(part.end()));
+    if (m_finished) {
+        m_scanner.lookAgain(); // the line that this scan has left is a whole one now
     }
-    m_scanning = false;
     LogProjection &target = m_building ? *m_building : *m_narrowed;
     for (const LogRange &range : lines.ranges) {
         target.appendRange(range);
@@ -224,18 +196,6 @@ void LogDocument::scanned(
     target.appendLines(lines.starts);
     m_narrowedSplitter = std::move(lines.splitter);
     m_cutOff += lines.cutOff;
-    const bool isComplete = lines.consumed == totalLength(ranges);
-    m_span = isComplete ? LogScan::usualSpan : LogScan::nextSpan(m_span, end - m_examined, lines.consumed);
-    // Once all text is there, a line that a scan has left is looked at again, as a whole one.
-    m_waitingAt = isComplete || end < size() || m_finished ? -1 : end;
-    m_examined = end;
-    for (qint64 left = lines.consumed; const LogRange &range : ranges) {
-        if (!isComplete && left < range.length) {
-            m_examined = range.start + left;
-            break;
-        }
-        left -= range.length;
-    }
     if (m_building) {
         showNarrowed();
     }

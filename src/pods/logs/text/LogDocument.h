@@ -2,7 +2,7 @@
 #pragma once
 
 #include "pods/logs/text/LogProjection.h"
-#include "pods/logs/text/LogScan.h"
+#include "pods/logs/text/LogScanner.h"
 #include "pods/logs/text/SourceRuns.h"
 
 #include <QObject>
@@ -20,7 +20,7 @@ class LogDocument : public QObject
 public:
     /// The folders are those that the store may put its file in.
     explicit LogDocument(const QStringList &folders, QObject *parent = nullptr, LogDisk disk = {});
-    ~LogDocument() override;
+    ~LogDocument() override { letGo(); }
 
     /// Adds a piece of what a source (0 to 65535) has written at the end: any bytes, as a rule UTF-8.
     void append(int source, QByteArrayView bytes);
@@ -46,7 +46,7 @@ public:
     /// The same of what is shown.
     qint64 shownLines() const { return m_narrowed ? m_narrowedSplitter.lines() : lines(); }
     /// How much of the text is known to be shown or not to be.
-    qint64 examined() const { return m_building ? 0 : m_narrowed ? m_examined : size(); }
+    qint64 examined() const { return m_building ? 0 : m_narrowed ? m_scanner.place() : size(); }
 
     void setSourceHidden(int source, bool hidden);
     bool isSourceHidden(int source) const { return m_hidden.contains(source); }
@@ -75,7 +75,7 @@ private:
     void frame();
     void narrow();
     void scanOn();
-    void scanned(quint64 request, qint64 end, const std::vector<LogRange> &ranges, LogScan::Lines lines);
+    void scanned(const LogRange &part, LogScan::Lines lines);
     void showNarrowed();
     std::vector<LogRange> visibleRanges(const LogRange &range) const;
 
@@ -96,14 +96,9 @@ private:
     std::unique_ptr<LogProjection> m_narrowed;
     std::unique_ptr<LogProjection> m_building; ///< not shown before its first part is known
     LineSplitter m_narrowedSplitter;
-    qint64 m_examined = 0;
     qint64 m_cutOff = 0;
-    qint64 m_span = LogScan::usualSpan;
-    qint64 m_waitingAt = -1; ///< the size at which only an unfinished line was left
-    bool m_scanning = false;
     bool m_finished = false;
-    quint64 m_request = 0;
-    std::shared_ptr<std::atomic<bool>> m_cancelled;
+    LogScanner m_scanner;
 };
 
 } // namespace tidewright

@@ -51,7 +51,8 @@ LogExport::~LogExport()
     if (!m_ended) {
         *m_cancelled = true;
         writeDiagnostic(
-            tr("%1 was not saved: the application has ended.").arg(QDir::toNativeSeparators(m_path)));
+            tr("%1 was not saved: the application has ended.").arg(QDir::toNativeSeparators(m_path)),
+            DiagnosticStream::StandardError);
     }
 }
 

@@ -39,7 +39,7 @@ qsizetype characterBegin(QByteArrayView line, qsizetype at)
         return line.size();
     }
     for (qsizetype begin = at; begin >= std::max<qsizetype>(0, at - 3); --begin) {
-        if ((static_cast<unsigned char>(line[begin]) & 0xC0) != 0x80) {
+        if (!isContinuation(line[begin])) {
             return begin;
         }
     }

@@ -117,12 +117,12 @@ LogScan::Lines LogScan::lines(LineSplitter splitter) const
     if (pattern.isEmpty()) {
         result.splitter.feed(text, result.starts);
         result.ranges = ranges;
-        result.consumed = text.size();
         return result;
     }
     Positions positions(ranges);
     LineWalk lines(text, isEnd);
-    for (Line line{}; !isCancelled() && lines.next(line); result.consumed = line.end) {
+    qint64 consumed = 0;
+    for (Line line{}; !isCancelled() && lines.next(line); consumed = line.end) {
         const QByteArrayView view = QByteArrayView(text).sliced(line.start, line.end - line.start);
         const LogPattern::Matches found = pattern.matches(view.first(line.textEnd - line.start), 1);
         result.cutOff += found.cutOff ? 1 : 0;
@@ -130,6 +130,9 @@ LogScan::Lines LogScan::lines(LineSplitter splitter) const
             positions.append(line.start, line.end, result.ranges);
             result.splitter.feed(view, result.starts);
         }
+    }
+    if (consumed < text.size()) {
+        result.unfinished = positions(consumed);
     }
     return result;
 }

@@ -36,7 +36,7 @@ struct LogScan
         std::vector<LogRange> ranges; ///< the stored bytes of the lines
         std::vector<qint64> starts; ///< where lines begin, in bytes of all lines found
         LineSplitter splitter; ///< to go on with
-        qint64 consumed = 0; ///< bytes looked at: up to the last line end
+        std::optional<qint64> unfinished; ///< the stored position of a line that has not ended yet
         qint64 cutOff = 0; ///< lines that the pattern is too complicated for
     };
     Lines lines(LineSplitter splitter) const;
@@ -46,7 +46,7 @@ struct LogScan
     {
         std::vector<qint64> found; ///< positions in the store
         std::vector<qint64> inLastLine; ///< the same in the line that has not ended yet
-        qint64 consumed = 0;
+        qint64 consumed = 0; ///< bytes looked at: up to the last line end
         qint64 cutOff = 0; ///< lines that the pattern is too complicated for, but for the last one
         bool isLastCutOff = false;
     };

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/text/LogSearch.h"
 
-#include "platform/threads/MainQueue.h"
-
 #include <algorithm>
 
 namespace tidewright {
@@ -15,13 +13,6 @@ LogSearch::LogSearch(LogDocument &document, QObject *parent)
     connect(&document, &LogDocument::replaced, this, &LogSearch::restart);
 }
 
-LogSearch::~LogSearch()
-{
-    if (m_cancelled) {
-        *m_cancelled = true;
-    }
-}
-
 void LogSearch::setPattern(const LogPattern &pattern, qint64 origin)
 {
     m_pattern = pattern;
@@ -32,19 +23,11 @@ void LogSearch::setPattern(const LogPattern &pattern, qint64 origin)
 
 void LogSearch::restart()
 {
-    if (m_cancelled) {
-        *m_cancelled = true;
-    }
-    m_cancelled = std::make_shared<std::atomic<bool>>(false);
-    ++m_request;
+    m_scanner.restart();
     m_found = AscendingList();
     m_inLastLine.clear();
     m_cutOff = 0;
     m_isLastCutOff = false;
-    m_place = 0;
-    m_span = LogScan::usualSpan;
-    m_waitingAt = -1;
-    m_scanning = false;
     scanOn();
     Q_EMIT changed();
 }
@@ -52,52 +35,36 @@ void LogSearch::restart()
 void LogSearch::scanOn()
 {
     const LogProjection &shown = m_document.shown();
-    if (m_scanning || m_pattern.isEmpty() || !m_pattern.isValid()) {
+    const std::optional<LogRange> part = m_scanner.next(shown.size());
+    if (!part || m_pattern.isEmpty() || !m_pattern.isValid()) {
         return;
     }
-    m_idle = m_place >= shown.size() || m_waitingAt == shown.size();
-    if (m_idle) {
-        return;
-    }
-    const qint64 begin = m_place;
-    const qint64 end = std::min(shown.size(), begin + m_span);
-    const bool reachesEnd = end == shown.size();
-    LogScan scan{m_document.bytes(), shown.ranges(begin, end), m_pattern, end - begin >= LogScan::longestSpan,
-        m_cancelled};
-    m_scanning = true;
-    logQueue().post([self = QPointer<LogSearch>(this), request = m_request, begin, end, reachesEnd,
-                        scan = std::move(scan)] {
-        postToMain(self, [=, matches = scan.matches()](LogSearch &search) {
-            search.scanned(request, begin, end, reachesEnd, matches);
-        });
-    });
+    const bool reachesEnd = part->end() == shown.size();
+    LogScan scan{m_document.bytes(), shown.ranges(part->start, part->end()), m_pattern,
+        part->length >= LogScan::longestSpan, m_scanner.cancelled()};
+    m_scanner.run([scan = std::move(scan)] { return scan.matches(); },
+        [this, part = *part, reachesEnd](
+            const LogScan::Matches &matches) { scanned(part, reachesEnd, matches); });
 }
 
-void LogSearch::scanned(
-    quint64 request, qint64 begin, qint64 end, bool reachesEnd, const LogScan::Matches &matches)
+void LogSearch::scanned(const LogRange &part, bool reachesEnd, const LogScan::Matches &matches)
 {
-    if (request != m_request) {
-        return;
-    }
-    m_scanning = false;
+    m_scanner.advance(part, part.start + matches.consumed);
     for (const qint64 position : matches.found) {
         m_found.append(position);
     }
     m_inLastLine = reachesEnd ? matches.inLastLine : std::vector<qint64>();
     m_cutOff += matches.cutOff;
     m_isLastCutOff = reachesEnd && matches.isLastCutOff;
-    m_place = begin + matches.consumed;
-    m_span = LogScan::nextSpan(m_span, end - begin, matches.consumed);
-    m_waitingAt = reachesEnd ? end : -1; // more may have arrived since
     scanOn();
     if (m_origin && count() > 0) {
         const qint64 index = upperBound(*m_origin - 1);
         if (index < count()) {
             moveTo(index);
-        } else if (m_idle) {
+        } else if (!isSearching()) {
             moveTo(0);
         }
-    } else if (m_idle) {
+    } else if (!isSearching()) {
         m_origin.reset(); // what arrives later does not take the user away from where he is
     }
     Q_EMIT changed();

@@ -13,7 +13,6 @@ class LogSearch : public QObject
 public:
     /// The document outlives the search.
     explicit LogSearch(LogDocument &document, QObject *parent = nullptr);
-    ~LogSearch() override;
 
     /// Looks for something else; nothing when the pattern is empty or invalid. The first match at `origin` (a
     /// stored position) or behind becomes the current one when it is found.
@@ -30,10 +29,7 @@ public:
     /// Lines that may hold more matches: the pattern is too complicated for them.
     qint64 cutOffLines() const { return m_cutOff + (m_isLastCutOff ? 1 : 0); }
     /// Part of the text has not been looked at yet.
-    bool isSearching() const
-    {
-        return !m_pattern.isEmpty() && m_place < m_document.shown().size() && !m_idle;
-    }
+    bool isSearching() const { return m_scanner.isScanning(); }
 
 Q_SIGNALS:
     /// The count, the current match or the pattern.
@@ -44,7 +40,7 @@ Q_SIGNALS:
 private:
     void restart();
     void scanOn();
-    void scanned(quint64 request, qint64 begin, qint64 end, bool reachesEnd, const LogScan::Matches &matches);
+    void scanned(const LogRange &part, bool reachesEnd, const LogScan::Matches &matches);
     qint64 at(qint64 index) const;
     /// The index of the first match behind a position.
     qint64 upperBound(qint64 position) const;
@@ -56,15 +52,9 @@ private:
     std::vector<qint64> m_inLastLine; ///< of a line that has not ended: found again with each scan
     qint64 m_cutOff = 0;
     bool m_isLastCutOff = false;
-    qint64 m_place = 0; ///< how far the shown text has been searched
-    qint64 m_span = LogScan::usualSpan;
-    qint64 m_waitingAt = -1; ///< the size at which only an unfinished line was left
-    bool m_scanning = false;
-    bool m_idle = false;
     std::optional<qint64> m_origin; ///< where the first match is still looked for
     qint64 m_current = -1;
-    quint64 m_request = 0;
-    std::shared_ptr<std::atomic<bool>> m_cancelled;
+    LogScanner m_scanner; ///< of what is shown
 };
 
 } // namespace tidewright

@@ -6,7 +6,8 @@
 
 namespace tidewright {
 
-/// Which source each byte of a log came from. Main thread.
+/// Which source each byte of a log came from. Main thread. A std::deque<quint16> of sources would take 0.17
+/// of a log instead of 0.12, with lines of 20 bytes of six sources in turn.
 class SourceRuns
 {
 public:

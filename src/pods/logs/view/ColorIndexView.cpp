@@ -2,11 +2,12 @@
 #include "pods/logs/view/ColorIndexView.h"
 
 #include "platform/text/DisplayText.h"
-#include "pods/logs/view/ColorBoxCellView.h"
 #include "resources/widgets/NamedImages.h"
 
 #include <QEvent>
+#include <QFrame>
 #include <QGraphicsOpacityEffect>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPropertyAnimation>
@@ -18,6 +19,7 @@ namespace tidewright {
 
 namespace {
 
+constexpr int boxSide = 13;
 constexpr qreal shown = 1.0;
 constexpr qreal faded = 0.2;
 constexpr int fadeMilliseconds = 300;
@@ -214,6 +216,32 @@ bool ColorIndexView::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QScrollArea::eventFilter(watched, event);
+}
+
+ColorBoxCellView::ColorBoxCellView(QWidget *parent)
+    : QWidget(parent)
+    , m_colorBox(new QFrame)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents); // the table hears the click
+    m_colorBox->setFixedSize(boxSide, boxSide);
+    m_colorBox->setFrameShape(QFrame::Box);
+    // In a table the roles would be the table's.
+    m_colorBox->setBackgroundRole(QPalette::Window);
+    m_colorBox->setForegroundRole(QPalette::WindowText);
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(6, 0, 6, 0);
+    layout->addWidget(m_colorBox, 0, Qt::AlignCenter);
+}
+
+void ColorBoxCellView::setColor(const QColor &color)
+{
+    m_colorBox->setAutoFillBackground(color.isValid());
+    if (color.isValid()) {
+        QPalette palette = m_colorBox->palette();
+        palette.setColor(QPalette::Window, color);
+        palette.setColor(QPalette::WindowText, color);
+        m_colorBox->setPalette(palette);
+    }
 }
 
 } // namespace tidewright

@@ -10,6 +10,21 @@ class QTableWidget;
 
 namespace tidewright {
 
+/// The cell of the colour index that shows a source's colour.
+class ColorBoxCellView : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit ColorBoxCellView(QWidget *parent = nullptr);
+
+    QFrame *colorBox() const { return m_colorBox; }
+    /// An invalid colour leaves the box unfilled, with its frame alone.
+    void setColor(const QColor &color);
+
+private:
+    QFrame *m_colorBox;
+};
+
 /// The panel over the log that names each source beside its colour, and says how it is doing. It fades while
 /// the pointer and the keyboard are elsewhere, so that the log can be read through it. A click or the space
 /// bar shows or hides a source.

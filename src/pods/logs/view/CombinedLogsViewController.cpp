@@ -7,6 +7,7 @@
 #include "platform/threads/MainQueue.h"
 #include "pods/logs/view/ColorIndexView.h"
 #include "pods/console/ConsoleStyle.h"
+#include "resources/preview/PreviewFiles.h"
 #include "resources/changes/Confirmation.h"
 #include "resources/widgets/ContextBand.h"
 #include "resources/widgets/NamedImages.h"

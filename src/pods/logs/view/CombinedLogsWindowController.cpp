@@ -135,9 +135,9 @@ void CombinedLogsWindowController::buildToolBar()
     QAction *filter = command(tr("Filter"), tr("Show only matching lines"), QKeySequence(tr("Ctrl+Shift+F")),
         [this] { m_filterBar->open(); });
     m_wrap = command(tr("Wrap"), tr("Wrap long lines"), QKeySequence(tr("Alt+Z")),
-        [this, view] { view->setWrapping(m_wrap->isChecked()); });
+        [this, view] { view->scroll().setWrapping(m_wrap->isChecked()); });
     m_wrap->setCheckable(true);
-    m_wrap->setChecked(view->isWrapping());
+    m_wrap->setChecked(view->scroll().isWrapping());
     QAction *smaller
         = command(tr("A−"), tr("Smaller text"), QKeySequence::ZoomOut, [view] { view->zoom(-1); });
     QAction *larger = command(tr("A+"), tr("Larger text"), QKeySequence::ZoomIn, [view] { view->zoom(1); });
@@ -156,9 +156,10 @@ void CombinedLogsWindowController::buildToolBar()
     bar->addSeparator();
     bar->addActions({m_save, clearAction});
     // The same where the text is, in its context menu.
-    QAction *copy = command(tr("Copy"), {}, {}, [view] { view->copy(); });
-    QAction *all = command(tr("Select All"), {}, {}, [view] { view->selectAll(); });
-    connect(view, &LogView::selectionChanged, copy, [view, copy] { copy->setEnabled(view->hasSelection()); });
+    QAction *copy = command(tr("Copy"), {}, {}, [view] { view->selection().copy(); });
+    QAction *all = command(tr("Select All"), {}, {}, [view] { view->selection().selectAll(); });
+    connect(&view->selection(), &LogSelection::changed, copy,
+        [view, copy] { copy->setEnabled(!view->selection().isEmpty()); });
     copy->setEnabled(false);
     auto *line = new QAction(this);
     line->setSeparator(true);
@@ -242,23 +243,23 @@ void CombinedLogsWindowController::connectParts()
         connect(bar, &LogPatternBar::closed, view, [view] { view->setFocus(); });
     }
     connect(m_search, &LogSearch::changed, this, &CombinedLogsWindowController::updateFindResult);
-    connect(m_search, &LogSearch::currentMoved, view, [view](qint64 at) { view->reveal({at, 0}); });
+    connect(m_search, &LogSearch::currentMoved, &view->scroll(), &LogScroll::reveal);
     connect(document, &LogDocument::appended, this, &CombinedLogsWindowController::updateStatus);
     connect(document, &LogDocument::replaced, this, &CombinedLogsWindowController::updateStatus);
     connect(m_content, &CombinedLogsViewController::sourcesChanged, this,
         &CombinedLogsWindowController::updateStatus);
-    connect(view, &LogView::followingChanged, this, &CombinedLogsWindowController::updateStatus);
-    connect(view, &LogView::noticed, m_notice, &QLabel::setText);
+    connect(&view->scroll(), &LogScroll::followingChanged, this, &CombinedLogsWindowController::updateStatus);
+    connect(&view->selection(), &LogSelection::noticed, m_notice, &QLabel::setText);
     connect(m_followRefused, &QToolButton::clicked, m_content, &CombinedLogsViewController::followRefused);
     connect(m_jump, &QToolButton::clicked, view, [view] {
-        view->follow();
+        view->scroll().follow();
         view->setFocus();
     });
 }
 
 void CombinedLogsWindowController::find(const LogPattern &pattern)
 {
-    m_search->setPattern(pattern, m_content->logTextView()->topPosition());
+    m_search->setPattern(pattern, m_content->logTextView()->scroll().topPosition());
 }
 
 void CombinedLogsWindowController::updateFindResult()
@@ -316,7 +317,7 @@ void CombinedLogsWindowController::updateStatus()
     const auto &sources = m_content->sources();
     m_followRefused->setVisible(std::any_of(sources.cbegin(), sources.cend(),
         [](const LogSource &source) { return !source.refusedContainers().isEmpty(); }));
-    const bool following = m_content->logTextView()->isFollowing();
+    const bool following = m_content->logTextView()->scroll().isFollowing();
     m_following->setVisible(following);
     m_jump->setVisible(!following);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/view/LogLineCache.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace tidewright {
@@ -12,8 +13,9 @@ constexpr qint64 linesBefore = 16; // that a match in a long line sees
 
 } // namespace
 
-LogLineCache::LogLineCache(const LogDocument &document)
+LogLineCache::LogLineCache(const LogDocument &document, const LogAppearance &appearance)
     : m_document(document)
+    , m_appearance(appearance)
     , m_lines(mostLines)
     , m_found(mostLines)
 {
@@ -103,6 +105,24 @@ const LogLineLayout &LogLineCache::layout(qint64 line)
         {makeLineText(m_document.bytes().read(ranges), sources), m_appearance, m_wrapWidth, m_neededWidth}};
     m_lines.insert(line, entry);
     return entry->layout;
+}
+
+LogHit LogLineCache::hitOf(qint64 position)
+{
+    const LogProjection &shown = m_document.shown();
+    const qint64 place = shown.place(position);
+    const qint64 line = shown.lineAt(place);
+    const LogLineLayout &lineLayout = layout(line);
+    const qsizetype unit = lineLayout.text().unitOf(place - shown.lineStart(line));
+    return {line, lineLayout.rowOf(unit), unit};
+}
+
+qint64 LogLineCache::positionOf(const LogHit &hit)
+{
+    const LogProjection &shown = m_document.shown();
+    const LogLineText &text = layout(hit.line).text();
+    const qsizetype unit = std::clamp<qsizetype>(hit.unit, 0, text.text.size());
+    return shown.position(shown.lineStart(hit.line) + text.bytes[static_cast<std::size_t>(unit)]);
 }
 
 LogAppearance &LogLineCache::changeAppearance()

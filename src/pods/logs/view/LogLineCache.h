@@ -8,12 +8,20 @@
 
 namespace tidewright {
 
+/// A place in the text of the laid-out lines: before a UTF-16 unit, or behind the last one, of a line.
+struct LogHit
+{
+    qint64 line = 0;
+    int row = 0; ///< of the line's
+    qsizetype unit = 0;
+};
+
 /// The lines of a document laid out for a view, those that were used last. Main thread; the document outlives
 /// it.
 class LogLineCache
 {
 public:
-    explicit LogLineCache(const LogDocument &document);
+    explicit LogLineCache(const LogDocument &document, const LogAppearance &appearance = {});
 
     /// A line's layout, good until the next call of any of these.
     const LogLineLayout &layout(qint64 line);
@@ -27,6 +35,14 @@ public:
     /// until the next call of any of these.
     const std::vector<LogRange> &matches(qint64 line);
     int rows(qint64 line) { return m_wrapWidth > 0 ? layout(line).rows() : 1; }
+    /// In pixels.
+    int height(qint64 line) { return rows(line) * m_appearance.rowHeight; }
+    /// The last line; -1 when there is none.
+    qint64 last() const { return m_document.shown().lineCount() - 1; }
+    /// The place of a stored position (of the next one that is shown, should it not be), and back. There must
+    /// be text.
+    LogHit hitOf(qint64 position);
+    qint64 positionOf(const LogHit &hit);
 
     const LogAppearance &appearance() const { return m_appearance; }
     /// To be changed through this alone: all layouts go.
