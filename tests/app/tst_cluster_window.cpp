@@ -92,493 +92,477 @@ QStringList tabTitles(const ClusterWindowFrame &frame)
 
 } // namespace
 
-class tst_cluster_window : public QObject
+class TestClusterWindow : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void sidebarTree();
-    void sidebarSelection();
-    void namespaceChangeEmptiesTables();
-    void commandsFollowTheSelection();
-    void logsAndJobsFollowTheTable();
-    void filterFollowsTheTable();
-    void titles_data();
-    void titles();
-    void tabsAreWindowsOfTheirOwn();
-    void entriesReachTheMainConsole();
-    void windowsComeBack();
-    void frameIsRemembered();
-    void listsAreSearchedByTyping();
-    void namespacesAreTypedWhereTheyAreSecret();
-    void createFromFiles();
-    void logsOpenInWindowsOfTheirOwn();
-    void quittingWaitsForNobody();
-};
-
-void tst_cluster_window::sidebarTree()
-{
-    QStringList shown;
-    for (const SidebarItem &header : sidebarItems()) {
-        QVERIFY(header.isHeader());
-        shown.append(header.name.toUpper());
-        for (const SidebarItem &kind : header.children) {
-            QVERIFY(kind.isLeaf());
-            QVERIFY2(!kind.image.isNull(), qPrintable(sidebarImageName(kind.name)));
-            shown.append(kind.name);
-        }
-    }
-    QCOMPARE(shown.join(u'|'),
-        u"INFRASTRUCTURE|Pods|Deployments|Services|Persistent Volumes|Endpoints|Daemon Sets|Replica Sets|"
-        u"TASKS|Cron Jobs|Jobs|CONFIGURATION|Cluster Roles|Config Maps|Secrets|Service Accounts|STATUS|Events"_s);
-    QCOMPARE(sidebarImageName(u"Persistent Volumes"_s), u"persistentvolumes-sidebar"_s);
-}
-
-void tst_cluster_window::sidebarSelection()
-{
-    Application app;
-    app.load();
-    const PrimaryContentController &content = app.page().primaryContentController();
-    SidebarController &sidebar = app.page().sidebarController();
-    QCOMPARE(sidebar.currentItem()->text(0), u"Pods"_s);
-    QCOMPARE(content.selectedTabName(), u"pods"_s);
-    const QWidget *pods = content.currentWidget();
-    QCOMPARE(content.indexOf(pods), 0);
-    QCOMPARE(app.podReads().size(), 1);
-    sidebar.select(u"Tasks"_s);
-    QCOMPARE(content.selectedTabName(), u"tasks"_s);
-    QCOMPARE(content.currentWidget(), pods);
-    sidebar.select(u"Config Maps"_s);
-    QCOMPARE(content.currentWidget(), content.sidebarMap().value(u"config maps"_s));
-    sidebar.select(u"Pods"_s);
-    QCOMPARE(content.currentWidget(), pods);
-    QTRY_COMPARE(app.podReads().size(), 2);
-}
-
-void tst_cluster_window::namespaceChangeEmptiesTables()
-{
-    Application app;
-    app.load();
-    app.cluster.forgetCalls();
-    app.page().sidebarController().select(u"Events"_s);
-    app.cluster.hold(u"get po"_s);
-    app.page().state().chooseNamespace(u"shop"_s);
-    const auto *pods = app.page().primaryContentController().tableControllerForScope(u"pod"_s);
-    QCOMPARE(pods->tableItems().size(), 0U); // also while it is hidden
-    QTRY_COMPARE(app.cluster.tableReads().filter(u" --context=b -nshop "_s).size(), 14);
-    QCOMPARE(app.podReads().size(), 1);
-    QVERIFY(app.cluster.tableReads().indexOf(app.podReads().first()) > 0); // the one that is seen comes first
-    app.cluster.release(u"get po"_s);
-    QTRY_COMPARE(pods->tableItems().size(), 2U);
-    const int visible = app.cluster.niceness(u"get events"_s);
-    QCOMPARE(
-        app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
-}
-
-void tst_cluster_window::commandsFollowTheSelection()
-{
-    Application app;
-    app.load();
-    const QStringList forRows{u"Copy Name"_s, u"Delete…"_s, u"Quick Look"_s};
-    const auto enabled = [&app](const QStringList &titles) {
-        return std::all_of(titles.begin(), titles.end(),
-            [&app](const QString &title) { return app.command(title).isEnabled(); });
-    };
-    const auto disabled = [&app](const QStringList &titles) {
-        return std::none_of(titles.begin(), titles.end(),
-            [&app](const QString &title) { return app.command(title).isEnabled(); });
-    };
-    QVERIFY(disabled(forRows + QStringList{u"Stop Loading"_s, u"Next Tab"_s}));
-    app.table().tableView().selectRow(1);
-    QVERIFY(enabled(forRows + QStringList{u"Reload"_s, u"Filter"_s}));
-    app.cluster.hold(u"get po"_s);
-    app.command(u"Reload"_s).trigger();
-    QTRY_VERIFY(app.command(u"Stop Loading"_s).isEnabled());
-    QTest::keyClick(app.frame, Qt::Key_Escape);
-    QTRY_VERIFY(!app.command(u"Stop Loading"_s).isEnabled());
-    QCOMPARE(app.table().tableItems().size(), 2U);
-    app.page().sidebarController().select(u"Secrets"_s);
-    QVERIFY(disabled(forRows) && enabled({u"Reload"_s, u"Filter"_s}));
-}
-
-void tst_cluster_window::logsAndJobsFollowTheTable()
-{
-    Application app;
-    app.cluster.answer(u"get cj"_s, "c\t@daily\tfalse\t\t\tT\nd\t@daily\tfalse\t\t\tT\n");
-    app.load();
-    QAction &viewLogs = app.command(u"View Logs"_s);
-    QAction &runNow = app.command(u"Run Cron Job Now"_s);
-    QCOMPARE(viewLogs.objectName(), u"viewLogsToolbarItem"_s);
-    QVERIFY(app.page().toolBar().commands().contains(&viewLogs));
-    QVERIFY(!viewLogs.icon().isNull());
-    const auto state = [](const QAction &action) -> QString {
-        return (action.isEnabled() ? u"on: "_s : u"off: "_s) + action.toolTip();
-    };
-    const QString on = u"on: Show the logs of what is selected (Ctrl+Shift+L)"_s;
-    QCOMPARE(state(viewLogs), u"off: Select a pod or choose a container first."_s);
-    auto *pods = qobject_cast<PodController *>(&app.table());
-    QTRY_COMPARE(pods->containerButtons().size(), 2U);
-    QTest::mouseClick(pods->containerButtons().front(), Qt::LeftButton);
-    QCOMPARE(state(viewLogs), on); // a container is enough
-    viewLogs.trigger();
-    QVERIFY(pods->selectedContainerPairs().empty());
-    QVERIFY(!viewLogs.isEnabled());
-    app.table().tableView().selectRow(1);
-    QCOMPARE(state(viewLogs), on);
-    QCOMPARE(state(runNow), u"off: Choose Cron Jobs in the sidebar first."_s);
-    app.page().sidebarController().select(u"Cron Jobs"_s);
-    QVERIFY(state(viewLogs).startsWith(u"off: Cron Jobs have no logs."_s));
-    QCOMPARE(state(runNow), u"off: Select a cron job first."_s);
-    QTRY_COMPARE(app.table().tableItems().size(), 2U);
-    app.table().tableView().selectRow(0);
-    QVERIFY(runNow.isEnabled());
-    runNow.trigger();
-    QTRY_COMPARE(app.cluster.tableReads()
-                     .filter(QRegularExpression(
-                         u"^create job --context=b -ndefault --from=cronjob/c manually-run-c-[a-z0-9]{5}$"_s))
-                     .size(),
-        1);
-    app.table().tableView().selectAll();
-    QCOMPARE(state(runNow), u"off: Select a single cron job."_s);
-    app.page().sidebarController().select(u"Pods"_s);
-    QVERIFY(viewLogs.isEnabled() && !runNow.isEnabled());
-}
-
-void tst_cluster_window::filterFollowsTheTable()
-{
-    Application app;
-    app.load();
-    QLineEdit *filter = app.page().toolBar().filterField();
-    QTest::keyClick(app.frame, Qt::Key_F, Qt::ControlModifier);
-    qInfo() << QApplication::focusWidget() << app.frame->isActiveWindow() << app.frame->focusWidget();
-    QTRY_VERIFY(filter->hasFocus());
-    QTest::keyClicks(filter, u"WEB-2"_s);
-    QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
-    QTest::keyClick(filter, Qt::Key_Down); // on to the row that was found
-    QCOMPARE(app.table().chosenNames(), QStringList{u"web-2"_s});
-    QVERIFY(!filter->hasFocus());
-    app.page().sidebarController().select(u"Jobs"_s);
-    QCOMPARE(filter->text(), QString());
-    app.page().sidebarController().select(u"Pods"_s);
-    QCOMPARE(filter->text(), u"WEB-2"_s);
-    QTest::keyClick(filter, Qt::Key_Escape);
-    QCOMPARE(app.table().arrangedObjects().rowCount(), 2);
-}
-
-void tst_cluster_window::titles_data()
-{
-    QTest::addColumn<QString>("chosen"); // the kubeconfig that was chosen for the tab
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("windowTitle");
-    QTest::addColumn<QString>("tabTitle");
-    QTest::newRow("settings") << QString() << QString() << u"PATH : default"_s << u"default"_s;
-    QTest::newRow("chosen") << u"PATH"_s << QString() << u"PATH : default"_s << u"default"_s;
-    QTest::newRow("a list") << u"PATH:/a/config:/b/config:/c"_s << QString()
-                            << u"other, a/config, b/config, … : default"_s << u"default"_s;
-    QTest::newRow("chosen and named") << u"PATH"_s << u"prod"_s << u"prod : default"_s << u"prod : default"_s;
-    QTest::newRow("an ampersand") << u"PATH"_s << u"a&b"_s << u"a&b : default"_s << u"a&&b : default"_s;
-}
-
-void tst_cluster_window::titles()
-{
-    QFETCH(QString, chosen);
-    QFETCH(QString, title);
-    QFETCH(QString, windowTitle);
-    QFETCH(QString, tabTitle);
-    Application app;
-    app.load();
-    QVERIFY(QFile::copy(app.cluster.kubeConfig(), app.cluster.path(u"other"_s)));
-    chosen.replace(u"PATH"_s, app.cluster.path(u"other"_s));
-    const QString path = chosen.isEmpty() ? app.cluster.kubeConfig() : chosen;
-    MainWindowController *opener = app.frame->currentPage();
-    MainWindowController *opened = app.frame->addTab(chosen, title);
-    QCOMPARE(opener->subwindowControllers.value(0).data(), opened);
-    QCOMPARE(app.frame->currentPage(), opened);
-    QTRY_COMPARE(app.frame->windowTitle(), windowTitle.replace(u"PATH"_s, path));
-    QCOMPARE(app.frame->tabBar()->tabText(1), tabTitle);
-    QVERIFY(app.frame->tabBar()->tabToolTip(1).contains(u"Kubeconfig: "_s + path));
-    QCOMPARE(opened->state().kubeConfigPath(), path);
-}
-
-void tst_cluster_window::tabsAreWindowsOfTheirOwn()
-{
-    Application app;
-    app.cluster.settings.set(u"kubeconfigFollows"_s, u"window"_s);
-    app.load();
-    QVERIFY(app.frame->tabBar()->isHidden());
-    QPointer<MainWindowController> first = app.frame->currentPage();
-    QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier);
-    QPointer<MainWindowController> second = app.frame->currentPage();
-    QVERIFY(first != second && app.frame->tabBar()->isVisible());
-    QTRY_COMPARE(second->state().currentNamespace(), u"default"_s);
-    second->state().chooseContext(u"a"_s);
-    QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
-    QTRY_VERIFY(second->state().namespaceList().enabled);
-    app.cluster.forgetCalls();
-
-    // Its neighbour is the main window again, and the user's kubeconfig follows.
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
-    QCOMPARE(app.frame->currentPage(), first.data());
-    QCOMPARE(first->state().currentContext(), u"b"_s);
-    QTRY_VERIFY(app.cluster.ended().contains(u"file use b"_s));
-    QVERIFY(!app.cluster.calls().contains(u"contexts"_s));
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier); // around the end
-    QCOMPARE(app.frame->currentPage(), second.data());
-    QTRY_COMPARE(app.cluster.ended().count(u"file use a"_s), 2);
-
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, first}));
-    QCOMPARE(app.frame->currentPage(), second.data());
-    QVERIFY(second->toolBar().isVisible() && !first->toolBar().isVisible());
-
-    // A tab that is closed from behind takes its own toolbar along, and no other.
-    QPointer<MainWindowController> third = app.frame->addTab();
-    QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, third, first}));
-    app.frame->selectTab(2);
-    app.frame->closeTab(0);
-    QVERIFY(!second && first->toolBar().isVisible() && !third->toolBar().isVisible());
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
-    QVERIFY(third->toolBar().isVisible());
-    QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
-    QVERIFY(!third);
-    QCOMPARE(app.frame->currentPage(), first.data());
-    QCOMPARE(tabTitles(*app.frame), QStringList{u"default"_s});
-    QPointer<ClusterWindowFrame> frame = app.frame;
-    QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
-    QTRY_VERIFY(!frame);
-    QCOMPARE(app.delegate.mainWindow(), nullptr);
-    QCOMPARE(mainConsole(), nullptr);
-}
-
-void tst_cluster_window::entriesReachTheMainConsole()
-{
-    Application app;
-    app.load();
-    ClusterWindowFrame *first = app.frame;
-    QCOMPARE(mainConsole(), &first->currentPage()->windowConsoleController());
-    QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
-    ClusterWindowFrame *second = app.delegate.mainWindow();
-    QVERIFY(second != first);
-    QVERIFY(QTest::qWaitForWindowActive(second));
-    QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
-    QCOMPARE(app.delegate.windowControllers().size(), 2);
-    second->addTab();
-    QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
-
-    // A dialog is no cluster window; and with the second window gone the first is the main one.
-    app.delegate.showAbout();
-    postConsoleEntry(nullptr, u"kubectl x"_s, QString(3200, u'y'), makeConsoleError(u"broken"_s));
-    const ConsoleTextView *text = second->currentPage()->windowConsoleController().consoleTextView();
-    QTRY_VERIFY(text->toPlainText().contains(u"y…\nbroken\n"_s));
-    const QString shown = text->toPlainText();
-    QVERIFY(shown.contains(u"kubectl x"_s));
-    QCOMPARE(shown.count(u'y'), 3000);
-    second->close();
-    QTRY_COMPARE(app.delegate.mainWindow(), first);
-}
-
-void tst_cluster_window::windowsComeBack()
-{
-    Application app;
-    app.load();
-    app.delegate.showAbout();
-    QWidget *about = nullptr;
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        about = qobject_cast<QDialog *>(window) && window->isVisible() ? window : about;
-    }
-    QVERIFY(about);
-    const auto labels = about->findChildren<QLabel *>();
-    QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
-        static const QRegularExpression version(u"^Version [0-9.]+ \\(Build [0-9]+\\)$"_s);
-        return version.match(label->text()).hasMatch();
-    }));
-    about->close();
-    app.frame->hide();
-    app.delegate.applicationShouldHandleReopen(true); // something can be seen: nothing to do
-    QVERIFY(!app.frame->isVisible());
-    app.delegate.applicationShouldHandleReopen(false);
-    QVERIFY(app.frame->isVisible() && about->isVisible());
-
-    // Started once more, the program brings forward what can be seen; and everything when nothing can.
-    about->close();
-    QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
-    ClusterWindowFrame *second = app.delegate.mainWindow();
-    second->showMinimized();
-    app.delegate.comeForward();
-    QVERIFY(second->isMinimized() && app.frame->isVisible() && !about->isVisible());
-    app.frame->showMinimized();
-    app.delegate.comeForward();
-    QVERIFY(!second->isMinimized() && !app.frame->isMinimized() && about->isVisible());
-
-    // What else is open keeps no application alive that has no cluster window any more.
-    app.delegate.showPreferences();
-    for (const QWidget *window : QApplication::topLevelWidgets()) {
-        const bool isCluster = qobject_cast<const ClusterWindowFrame *>(window);
-        QVERIFY(!window->isVisible() || window->testAttribute(Qt::WA_QuitOnClose) == isCluster);
-    }
-
-    // With windows of logs alone there is nothing to bring forward, and About is not what was asked for.
-    about->close();
-    delete second;
-    delete app.frame;
-    app.delegate.comeForward();
-    app.frame = app.delegate.mainWindow();
-    QVERIFY(app.frame && app.frame->isVisible() && !about->isVisible());
-}
-
-void tst_cluster_window::frameIsRemembered()
-{
-    Application app;
-    app.load();
-    QCOMPARE(app.frame->minimumSize(), QSize(600, 310));
-    const QRect frame(20, 60, 640, 400);
-    app.frame->setGeometry(frame);
-    app.frame->close();
-    QVERIFY(app.cluster.settings.flush(std::chrono::seconds(10)));
-    QVERIFY(UserDefaults(app.cluster.settingsFile()).data(u"TidewrightFrame"_s));
-    app.delegate.newDocument();
-    QCOMPARE(app.delegate.mainWindow()->geometry(), frame);
-    const QSize usual = app.delegate.mainWindow()->size();
-    for (const QByteArray &broken : {QByteArray("x"), QByteArray(16, '\xff'), QByteArray(16, '\x7f')}) {
-        app.cluster.settings.set(u"TidewrightFrame"_s, broken);
-        app.delegate.newDocument();
-        const QWidget *window = app.delegate.mainWindow();
-        QVERIFY(window->screen()->availableGeometry().intersects(window->geometry()));
-        QVERIFY(window->width() >= qMin(600, usual.width()) && window->width() < 10000);
-    }
-}
-
-void tst_cluster_window::listsAreSearchedByTyping()
-{
-    Application app;
-    QByteArray names;
-    for (int number = 0; number < 2000; ++number) {
-        names += "team-" + QByteArray::number(number) + ' ';
-    }
-    app.cluster.answer(u"namespaces"_s, names);
-    app.load();
-    SearchableComboBox *list = app.page().toolBar().namespacesPopupButton();
-    QCOMPARE(list->accessibleName(), u"Namespaces"_s);
-    QCOMPARE(list->count(), 2002); // all namespaces, a separator, and the names
-    QCOMPARE(list->itemText(0), allNamespaces);
-    QCOMPARE(list->currentText(), u"team-0"_s);
-    app.cluster.forgetCalls();
-
-    list->setFocus();
-    QTest::keyClick(list, Qt::Key_1);
-    auto *search = list->findChild<QLineEdit *>();
-    QTRY_VERIFY(search && search->isVisible());
-    QTest::keyClicks(search, u"998"_s);
-    QCOMPARE(search->parentWidget()->findChild<QListView *>()->model()->rowCount(), 1);
-    QCOMPARE(app.page().state().currentNamespace(), u"team-0"_s); // looking changes nothing
-    QTest::keyClick(search, Qt::Key_Return);
-    QCOMPARE(app.page().state().currentNamespace(), u"team-1998"_s);
-    QCOMPARE(list->currentText(), u"team-1998"_s);
-    QTRY_VERIFY(app.cluster.ended().contains(u"set team-1998"_s));
-}
-
-void tst_cluster_window::namespacesAreTypedWhereTheyAreSecret()
-{
-    Application app;
-    app.cluster.fail(u"namespaces"_s, "Error from server (Forbidden): namespaces is forbidden");
-    app.load();
-    QPointer<SearchableComboBox> list = app.page().toolBar().namespacesPopupButton();
-    const auto type = [&list](const QString &text) { // returns how many rows are offered
-        QTest::keyClicks(list, text.left(1));
-        auto *search = list->findChild<QLineEdit *>();
-        QTest::keyClicks(search, text.mid(1));
-        const int rows = search->parentWidget()->findChild<QListView *>()->model()->rowCount();
-        QTest::keyClick(search, rows > 0 ? Qt::Key_Return : Qt::Key_Escape);
-        return rows;
-    };
-    const QString before = app.page().state().currentNamespace();
-    for (const QString &nonsense : {u"Night"_s, u"night_"_s, u"-night"_s, QString(64, u'n')}) {
-        QCOMPARE(type(nonsense), 0);
-        QTRY_VERIFY(!list->findChild<QLineEdit *>());
-    }
-    QCOMPARE(app.page().state().currentNamespace(), before);
-    QCOMPARE(type(u"night-shift"_s), 1);
-    QCOMPARE(app.page().state().currentNamespace(), u"night-shift"_s);
-    QTRY_VERIFY(app.cluster.ended().contains(u"set night-shift"_s));
-    QTRY_VERIFY(!list->findChild<QLineEdit *>());
-    QCOMPARE(type(before), 1); // leave it, and find it again in another tab
-    QTRY_COMPARE(app.page().state().currentNamespace(), before);
-    list = app.frame->addTab()->toolBar().namespacesPopupButton();
-    QTRY_VERIFY(list->isEnabled());
-    QVERIFY(list->findText(u"night-shift"_s) >= 0);
-}
-
-void tst_cluster_window::createFromFiles()
-{
-    Application app;
-    app.load();
-    app.cluster.forgetCalls();
-    app.page().primaryContentController().createFrom(
-        {u"/a b.yaml"_s, u"/c,d"_s}, ChangePlace(app.page().state()));
-    QTRY_COMPARE(
-        app.cluster.tableReads().value(0), u"create --context b -n default -R -f /a b.yaml,\"/c,d\""_s);
-    QTRY_COMPARE(app.cluster.tableReads().size(), 2);
-    QVERIFY(app.cluster.tableReads().last().startsWith(u"get po "_s));
-}
-
-void tst_cluster_window::logsOpenInWindowsOfTheirOwn()
-{
-    Application app;
-    app.load();
-    const auto logs = [] {
-        QList<CombinedLogsWindowController *> windows;
-        for (QWidget *window : QApplication::topLevelWidgets()) {
-            if (auto *found = qobject_cast<CombinedLogsWindowController *>(window)) {
-                windows.append(found);
+    void sidebarTree()
+    {
+        QStringList shown;
+        for (const SidebarItem &header : sidebarItems()) {
+            QVERIFY(header.isHeader());
+            shown.append(header.name.toUpper());
+            for (const SidebarItem &kind : header.children) {
+                QVERIFY(kind.isLeaf());
+                QVERIFY2(!kind.image.isNull(), qPrintable(sidebarImageName(kind.name)));
+                shown.append(kind.name);
             }
         }
-        return windows;
-    };
-    const std::vector<ContainerPair> pairs{{u"web-1"_s, u"app"_s}, {u"deploy/web"_s, allContainers}};
-    app.page().state().openLogs(pairs);
-    app.page().state().openLogs(pairs);
-    QCOMPARE(logs().size(), 2);
-    const CombinedLogsViewController &content = logs().first()->contentController();
-    QVERIFY(content.isVisible());
-    QCOMPARE(content.containers, pairs);
-    QVERIFY(content.kubeConfigPath.endsWith(u':' + app.cluster.kubeConfig()));
-    QCOMPARE(content.context, u"b"_s);
-    QCOMPARE(content.nameSpace, u"default"_s);
-    // They stay when the cluster's window goes, and the program ends with the last of them.
-    QStringList seen;
-    const auto close = [&](QWidget *window) {
-        seen.append(QStringLiteral("%1+%2").arg(logs().size()).arg(app.delegate.mainWindow() ? 1 : 0));
-        window->close();
-    };
-    QTimer::singleShot(0, qApp, [&] { close(app.frame); });
-    QTimer::singleShot(100, qApp, [&] { close(logs().first()); });
-    QTimer::singleShot(200, qApp, [&] { close(logs().first()); });
-    QTimer late;
-    late.setSingleShot(true);
-    late.callOnTimeout([] { QApplication::exit(1); });
-    late.start(10'000);
-    QCOMPARE(QApplication::exec(), 0);
-    QCOMPARE(seen, (QStringList{u"2+1"_s, u"2+0"_s, u"1+0"_s}));
+        QCOMPARE(shown.join(u'|'),
+            u"INFRASTRUCTURE|Pods|Deployments|Services|Persistent Volumes|Endpoints|Daemon Sets|Replica Sets|"
+            u"TASKS|Cron Jobs|Jobs|CONFIGURATION|Cluster Roles|Config Maps|Secrets|Service Accounts|STATUS|Events"_s);
+        QCOMPARE(sidebarImageName(u"Persistent Volumes"_s), u"persistentvolumes-sidebar"_s);
+    }
 
-    app.delegate.newDocument();
-    app.delegate.mainWindow()->currentPage()->state().openLogs(pairs);
-    app.delegate.applicationWillTerminate();
-    QCOMPARE(logs().size(), 0);
-}
+    void sidebarSelection()
+    {
+        Application app;
+        app.load();
+        const PrimaryContentController &content = app.page().primaryContentController();
+        SidebarController &sidebar = app.page().sidebarController();
+        QCOMPARE(sidebar.currentItem()->text(0), u"Pods"_s);
+        QCOMPARE(content.selectedTabName(), u"pods"_s);
+        const QWidget *pods = content.currentWidget();
+        QCOMPARE(content.indexOf(pods), 0);
+        QCOMPARE(app.podReads().size(), 1);
+        sidebar.select(u"Tasks"_s);
+        QCOMPARE(content.selectedTabName(), u"tasks"_s);
+        QCOMPARE(content.currentWidget(), pods);
+        sidebar.select(u"Config Maps"_s);
+        QCOMPARE(content.currentWidget(), content.sidebarMap().value(u"config maps"_s));
+        sidebar.select(u"Pods"_s);
+        QCOMPARE(content.currentWidget(), pods);
+        QTRY_COMPARE(app.podReads().size(), 2);
+    }
 
-void tst_cluster_window::quittingWaitsForNobody()
-{
-    Application app;
-    app.load();
-    app.cluster.hold(u"get po"_s);
-    app.command(u"Reload"_s).trigger();
-    QTRY_COMPARE(app.podReads().size(), 2);
-    QElapsedTimer time;
-    time.start();
-    app.delegate.applicationWillTerminate();
-    QVERIFY(time.elapsed() < 2000);
-    app.cluster.release(u"get po"_s);
-    QCOMPARE(app.cluster.ended().count(u"get po"_s), 1);
-}
+    void namespaceChangeEmptiesTables()
+    {
+        Application app;
+        app.load();
+        app.cluster.forgetCalls();
+        app.page().sidebarController().select(u"Events"_s);
+        app.cluster.hold(u"get po"_s);
+        app.page().state().chooseNamespace(u"shop"_s);
+        const auto *pods = app.page().primaryContentController().tableControllerForScope(u"pod"_s);
+        QCOMPARE(pods->tableItems().size(), 0U); // also while it is hidden
+        QTRY_COMPARE(app.cluster.tableReads().filter(u" --context=b -nshop "_s).size(), 14);
+        QCOMPARE(app.podReads().size(), 1);
+        QVERIFY(
+            app.cluster.tableReads().indexOf(app.podReads().first()) > 0); // the one that is seen comes first
+        app.cluster.release(u"get po"_s);
+        QTRY_COMPARE(pods->tableItems().size(), 2U);
+        const int visible = app.cluster.niceness(u"get events"_s);
+        QCOMPARE(
+            app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
+    }
 
-QTEST_MAIN(tst_cluster_window)
+    void commandsFollowTheSelection()
+    {
+        Application app;
+        app.load();
+        const QStringList forRows{u"Copy Name"_s, u"Delete…"_s, u"Quick Look"_s};
+        const auto enabled = [&app](const QStringList &titles) {
+            return std::all_of(titles.begin(), titles.end(),
+                [&app](const QString &title) { return app.command(title).isEnabled(); });
+        };
+        const auto disabled = [&app](const QStringList &titles) {
+            return std::none_of(titles.begin(), titles.end(),
+                [&app](const QString &title) { return app.command(title).isEnabled(); });
+        };
+        QVERIFY(disabled(forRows + QStringList{u"Stop Loading"_s, u"Next Tab"_s}));
+        app.table().tableView().selectRow(1);
+        QVERIFY(enabled(forRows + QStringList{u"Reload"_s, u"Filter"_s}));
+        app.cluster.hold(u"get po"_s);
+        app.command(u"Reload"_s).trigger();
+        QTRY_VERIFY(app.command(u"Stop Loading"_s).isEnabled());
+        QTest::keyClick(app.frame, Qt::Key_Escape);
+        QTRY_VERIFY(!app.command(u"Stop Loading"_s).isEnabled());
+        QCOMPARE(app.table().tableItems().size(), 2U);
+        app.page().sidebarController().select(u"Secrets"_s);
+        QVERIFY(disabled(forRows) && enabled({u"Reload"_s, u"Filter"_s}));
+    }
+
+    void logsAndJobsFollowTheTable()
+    {
+        Application app;
+        app.cluster.answer(u"get cj"_s, "c\t@daily\tfalse\t\t\tT\nd\t@daily\tfalse\t\t\tT\n");
+        app.load();
+        QAction &viewLogs = app.command(u"View Logs"_s);
+        QAction &runNow = app.command(u"Run Cron Job Now"_s);
+        QCOMPARE(viewLogs.objectName(), u"viewLogsToolbarItem"_s);
+        QVERIFY(app.page().toolBar().commands().contains(&viewLogs));
+        QVERIFY(!viewLogs.icon().isNull());
+        const auto state = [](const QAction &action) -> QString {
+            return (action.isEnabled() ? u"on: "_s : u"off: "_s) + action.toolTip();
+        };
+        const QString on = u"on: Show the logs of what is selected (Ctrl+Shift+L)"_s;
+        QCOMPARE(state(viewLogs), u"off: Select a pod or choose a container first."_s);
+        auto *pods = qobject_cast<PodController *>(&app.table());
+        QTRY_COMPARE(pods->containerButtons().size(), 2U);
+        QTest::mouseClick(pods->containerButtons().front(), Qt::LeftButton);
+        QCOMPARE(state(viewLogs), on); // a container is enough
+        viewLogs.trigger();
+        QVERIFY(pods->selectedContainerPairs().empty());
+        QVERIFY(!viewLogs.isEnabled());
+        app.table().tableView().selectRow(1);
+        QCOMPARE(state(viewLogs), on);
+        QCOMPARE(state(runNow), u"off: Choose Cron Jobs in the sidebar first."_s);
+        app.page().sidebarController().select(u"Cron Jobs"_s);
+        QVERIFY(state(viewLogs).startsWith(u"off: Cron Jobs have no logs."_s));
+        QCOMPARE(state(runNow), u"off: Select a cron job first."_s);
+        QTRY_COMPARE(app.table().tableItems().size(), 2U);
+        app.table().tableView().selectRow(0);
+        QVERIFY(runNow.isEnabled());
+        runNow.trigger();
+        QTRY_COMPARE(
+            app.cluster.tableReads()
+                .filter(QRegularExpression(
+                    u"^create job --context=b -ndefault --from=cronjob/c manually-run-c-[a-z0-9]{5}$"_s))
+                .size(),
+            1);
+        app.table().tableView().selectAll();
+        QCOMPARE(state(runNow), u"off: Select a single cron job."_s);
+        app.page().sidebarController().select(u"Pods"_s);
+        QVERIFY(viewLogs.isEnabled() && !runNow.isEnabled());
+    }
+
+    void filterFollowsTheTable()
+    {
+        Application app;
+        app.load();
+        QLineEdit *filter = app.page().toolBar().filterField();
+        QTest::keyClick(app.frame, Qt::Key_F, Qt::ControlModifier);
+        qInfo() << QApplication::focusWidget() << app.frame->isActiveWindow() << app.frame->focusWidget();
+        QTRY_VERIFY(filter->hasFocus());
+        QTest::keyClicks(filter, u"WEB-2"_s);
+        QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
+        QTest::keyClick(filter, Qt::Key_Down); // on to the row that was found
+        QCOMPARE(app.table().chosenNames(), QStringList{u"web-2"_s});
+        QVERIFY(!filter->hasFocus());
+        app.page().sidebarController().select(u"Jobs"_s);
+        QCOMPARE(filter->text(), QString());
+        app.page().sidebarController().select(u"Pods"_s);
+        QCOMPARE(filter->text(), u"WEB-2"_s);
+        QTest::keyClick(filter, Qt::Key_Escape);
+        QCOMPARE(app.table().arrangedObjects().rowCount(), 2);
+    }
+
+    void titles_data()
+    {
+        QTest::addColumn<QString>("chosen"); // the kubeconfig that was chosen for the tab
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("windowTitle");
+        QTest::addColumn<QString>("tabTitle");
+        QTest::newRow("settings") << QString() << QString() << u"PATH : default"_s << u"default"_s;
+        QTest::newRow("chosen") << u"PATH"_s << QString() << u"PATH : default"_s << u"default"_s;
+        QTest::newRow("a list") << u"PATH:/a/config:/b/config:/c"_s << QString()
+                                << u"other, a/config, b/config, … : default"_s << u"default"_s;
+        QTest::newRow("chosen and named")
+            << u"PATH"_s << u"prod"_s << u"prod : default"_s << u"prod : default"_s;
+        QTest::newRow("an ampersand") << u"PATH"_s << u"a&b"_s << u"a&b : default"_s << u"a&&b : default"_s;
+    }
+    void titles()
+    {
+        QFETCH(QString, chosen);
+        QFETCH(QString, title);
+        QFETCH(QString, windowTitle);
+        QFETCH(QString, tabTitle);
+        Application app;
+        app.load();
+        QVERIFY(QFile::copy(app.cluster.kubeConfig(), app.cluster.path(u"other"_s)));
+        chosen.replace(u"PATH"_s, app.cluster.path(u"other"_s));
+        const QString path = chosen.isEmpty() ? app.cluster.kubeConfig() : chosen;
+        MainWindowController *opener = app.frame->currentPage();
+        MainWindowController *opened = app.frame->addTab(chosen, title);
+        QCOMPARE(opener->subwindowControllers.value(0).data(), opened);
+        QCOMPARE(app.frame->currentPage(), opened);
+        QTRY_COMPARE(app.frame->windowTitle(), windowTitle.replace(u"PATH"_s, path));
+        QCOMPARE(app.frame->tabBar()->tabText(1), tabTitle);
+        QVERIFY(app.frame->tabBar()->tabToolTip(1).contains(u"Kubeconfig: "_s + path));
+        QCOMPARE(opened->state().kubeConfigPath(), path);
+    }
+
+    void tabsAreWindowsOfTheirOwn()
+    {
+        Application app;
+        app.cluster.settings.set(u"kubeconfigFollows"_s, u"window"_s);
+        app.load();
+        QVERIFY(app.frame->tabBar()->isHidden());
+        QPointer<MainWindowController> first = app.frame->currentPage();
+        QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier);
+        QPointer<MainWindowController> second = app.frame->currentPage();
+        QVERIFY(first != second && app.frame->tabBar()->isVisible());
+        QTRY_COMPARE(second->state().currentNamespace(), u"default"_s);
+        second->state().chooseContext(u"a"_s);
+        QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
+        QTRY_VERIFY(second->state().namespaceList().enabled);
+        app.cluster.forgetCalls();
+
+        // Its neighbour is the main window again, and the user's kubeconfig follows.
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
+        QCOMPARE(app.frame->currentPage(), first.data());
+        QCOMPARE(first->state().currentContext(), u"b"_s);
+        QTRY_VERIFY(app.cluster.ended().contains(u"file use b"_s));
+        QVERIFY(!app.cluster.calls().contains(u"contexts"_s));
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier); // around the end
+        QCOMPARE(app.frame->currentPage(), second.data());
+        QTRY_COMPARE(app.cluster.ended().count(u"file use a"_s), 2);
+
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, first}));
+        QCOMPARE(app.frame->currentPage(), second.data());
+        QVERIFY(second->toolBar().isVisible() && !first->toolBar().isVisible());
+
+        // A tab that is closed from behind takes its own toolbar along, and no other.
+        QPointer<MainWindowController> third = app.frame->addTab();
+        QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, third, first}));
+        app.frame->selectTab(2);
+        app.frame->closeTab(0);
+        QVERIFY(!second && first->toolBar().isVisible() && !third->toolBar().isVisible());
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
+        QVERIFY(third->toolBar().isVisible());
+        QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!third);
+        QCOMPARE(app.frame->currentPage(), first.data());
+        QCOMPARE(tabTitles(*app.frame), QStringList{u"default"_s});
+        QPointer<ClusterWindowFrame> frame = app.frame;
+        QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
+        QTRY_VERIFY(!frame);
+        QCOMPARE(app.delegate.mainWindow(), nullptr);
+        QCOMPARE(mainConsole(), nullptr);
+    }
+
+    void entriesReachTheMainConsole()
+    {
+        Application app;
+        app.load();
+        ClusterWindowFrame *first = app.frame;
+        QCOMPARE(mainConsole(), &first->currentPage()->windowConsoleController());
+        QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
+        ClusterWindowFrame *second = app.delegate.mainWindow();
+        QVERIFY(second != first);
+        QVERIFY(QTest::qWaitForWindowActive(second));
+        QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
+        QCOMPARE(app.delegate.windowControllers().size(), 2);
+        second->addTab();
+        QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
+
+        // A dialog is no cluster window; and with the second window gone the first is the main one.
+        app.delegate.showAbout();
+        postConsoleEntry(nullptr, u"kubectl x"_s, QString(3200, u'y'), makeConsoleError(u"broken"_s));
+        const ConsoleTextView *text = second->currentPage()->windowConsoleController().consoleTextView();
+        QTRY_VERIFY(text->toPlainText().contains(u"y…\nbroken\n"_s));
+        const QString shown = text->toPlainText();
+        QVERIFY(shown.contains(u"kubectl x"_s));
+        QCOMPARE(shown.count(u'y'), 3000);
+        second->close();
+        QTRY_COMPARE(app.delegate.mainWindow(), first);
+    }
+
+    void windowsComeBack()
+    {
+        Application app;
+        app.load();
+        app.delegate.showAbout();
+        QWidget *about = nullptr;
+        for (QWidget *window : QApplication::topLevelWidgets()) {
+            about = qobject_cast<QDialog *>(window) && window->isVisible() ? window : about;
+        }
+        QVERIFY(about);
+        const auto labels = about->findChildren<QLabel *>();
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+            static const QRegularExpression version(u"^Version [0-9.]+ \\(Build [0-9]+\\)$"_s);
+            return version.match(label->text()).hasMatch();
+        }));
+        about->close();
+        app.frame->hide();
+        app.delegate.applicationShouldHandleReopen(true); // something can be seen: nothing to do
+        QVERIFY(!app.frame->isVisible());
+        app.delegate.applicationShouldHandleReopen(false);
+        QVERIFY(app.frame->isVisible() && about->isVisible());
+
+        // Started once more, the program brings forward what can be seen; and everything when nothing can.
+        about->close();
+        QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
+        ClusterWindowFrame *second = app.delegate.mainWindow();
+        second->showMinimized();
+        app.delegate.comeForward();
+        QVERIFY(second->isMinimized() && app.frame->isVisible() && !about->isVisible());
+        app.frame->showMinimized();
+        app.delegate.comeForward();
+        QVERIFY(!second->isMinimized() && !app.frame->isMinimized() && about->isVisible());
+
+        // What else is open keeps no application alive that has no cluster window any more.
+        app.delegate.showPreferences();
+        for (const QWidget *window : QApplication::topLevelWidgets()) {
+            const bool isCluster = qobject_cast<const ClusterWindowFrame *>(window);
+            QVERIFY(!window->isVisible() || window->testAttribute(Qt::WA_QuitOnClose) == isCluster);
+        }
+
+        // With windows of logs alone there is nothing to bring forward, and About is not what was asked for.
+        about->close();
+        delete second;
+        delete app.frame;
+        app.delegate.comeForward();
+        app.frame = app.delegate.mainWindow();
+        QVERIFY(app.frame && app.frame->isVisible() && !about->isVisible());
+    }
+
+    void frameIsRemembered()
+    {
+        Application app;
+        app.load();
+        QCOMPARE(app.frame->minimumSize(), QSize(600, 310));
+        const QRect frame(20, 60, 640, 400);
+        app.frame->setGeometry(frame);
+        app.frame->close();
+        QVERIFY(app.cluster.settings.flush(std::chrono::seconds(10)));
+        QVERIFY(UserDefaults(app.cluster.settingsFile()).data(u"TidewrightFrame"_s));
+        app.delegate.newDocument();
+        QCOMPARE(app.delegate.mainWindow()->geometry(), frame);
+        const QSize usual = app.delegate.mainWindow()->size();
+        for (const QByteArray &broken : {QByteArray("x"), QByteArray(16, '\xff'), QByteArray(16, '\x7f')}) {
+            app.cluster.settings.set(u"TidewrightFrame"_s, broken);
+            app.delegate.newDocument();
+            const QWidget *window = app.delegate.mainWindow();
+            QVERIFY(window->screen()->availableGeometry().intersects(window->geometry()));
+            QVERIFY(window->width() >= qMin(600, usual.width()) && window->width() < 10000);
+        }
+    }
+
+    void listsAreSearchedByTyping()
+    {
+        Application app;
+        QByteArray names;
+        for (int number = 0; number < 2000; ++number) {
+            names += "team-" + QByteArray::number(number) + ' ';
+        }
+        app.cluster.answer(u"namespaces"_s, names);
+        app.load();
+        SearchableComboBox *list = app.page().toolBar().namespacesPopupButton();
+        QCOMPARE(list->accessibleName(), u"Namespaces"_s);
+        QCOMPARE(list->count(), 2002); // all namespaces, a separator, and the names
+        QCOMPARE(list->itemText(0), allNamespaces);
+        QCOMPARE(list->currentText(), u"team-0"_s);
+        app.cluster.forgetCalls();
+
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_1);
+        auto *search = list->findChild<QLineEdit *>();
+        QTRY_VERIFY(search && search->isVisible());
+        QTest::keyClicks(search, u"998"_s);
+        QCOMPARE(search->parentWidget()->findChild<QListView *>()->model()->rowCount(), 1);
+        QCOMPARE(app.page().state().currentNamespace(), u"team-0"_s); // looking changes nothing
+        QTest::keyClick(search, Qt::Key_Return);
+        QCOMPARE(app.page().state().currentNamespace(), u"team-1998"_s);
+        QCOMPARE(list->currentText(), u"team-1998"_s);
+        QTRY_VERIFY(app.cluster.ended().contains(u"set team-1998"_s));
+    }
+
+    void namespacesAreTypedWhereTheyAreSecret()
+    {
+        Application app;
+        app.cluster.fail(u"namespaces"_s, "Error from server (Forbidden): namespaces is forbidden");
+        app.load();
+        QPointer<SearchableComboBox> list = app.page().toolBar().namespacesPopupButton();
+        const auto type = [&list](const QString &text) { // returns how many rows are offered
+            QTest::keyClicks(list, text.left(1));
+            auto *search = list->findChild<QLineEdit *>();
+            QTest::keyClicks(search, text.mid(1));
+            const int rows = search->parentWidget()->findChild<QListView *>()->model()->rowCount();
+            QTest::keyClick(search, rows > 0 ? Qt::Key_Return : Qt::Key_Escape);
+            return rows;
+        };
+        const QString before = app.page().state().currentNamespace();
+        for (const QString &nonsense : {u"Night"_s, u"night_"_s, u"-night"_s, QString(64, u'n')}) {
+            QCOMPARE(type(nonsense), 0);
+            QTRY_VERIFY(!list->findChild<QLineEdit *>());
+        }
+        QCOMPARE(app.page().state().currentNamespace(), before);
+        QCOMPARE(type(u"night-shift"_s), 1);
+        QCOMPARE(app.page().state().currentNamespace(), u"night-shift"_s);
+        QTRY_VERIFY(app.cluster.ended().contains(u"set night-shift"_s));
+        QTRY_VERIFY(!list->findChild<QLineEdit *>());
+        QCOMPARE(type(before), 1); // leave it, and find it again in another tab
+        QTRY_COMPARE(app.page().state().currentNamespace(), before);
+        list = app.frame->addTab()->toolBar().namespacesPopupButton();
+        QTRY_VERIFY(list->isEnabled());
+        QVERIFY(list->findText(u"night-shift"_s) >= 0);
+    }
+
+    void createFromFiles()
+    {
+        Application app;
+        app.load();
+        app.cluster.forgetCalls();
+        app.page().primaryContentController().createFrom(
+            {u"/a b.yaml"_s, u"/c,d"_s}, ChangePlace(app.page().state()));
+        QTRY_COMPARE(
+            app.cluster.tableReads().value(0), u"create --context b -n default -R -f /a b.yaml,\"/c,d\""_s);
+        QTRY_COMPARE(app.cluster.tableReads().size(), 2);
+        QVERIFY(app.cluster.tableReads().last().startsWith(u"get po "_s));
+    }
+
+    void logsOpenInWindowsOfTheirOwn()
+    {
+        Application app;
+        app.load();
+        const auto logs = [] {
+            QList<CombinedLogsWindowController *> windows;
+            for (QWidget *window : QApplication::topLevelWidgets()) {
+                if (auto *found = qobject_cast<CombinedLogsWindowController *>(window)) {
+                    windows.append(found);
+                }
+            }
+            return windows;
+        };
+        const std::vector<ContainerPair> pairs{{u"web-1"_s, u"app"_s}, {u"deploy/web"_s, allContainers}};
+        app.page().state().openLogs(pairs);
+        app.page().state().openLogs(pairs);
+        QCOMPARE(logs().size(), 2);
+        const CombinedLogsViewController &content = logs().first()->contentController();
+        QVERIFY(content.isVisible());
+        QCOMPARE(content.containers, pairs);
+        QVERIFY(content.kubeConfigPath.endsWith(u':' + app.cluster.kubeConfig()));
+        QCOMPARE(content.context, u"b"_s);
+        QCOMPARE(content.nameSpace, u"default"_s);
+        // They stay when the cluster's window goes, and the program ends with the last of them.
+        QStringList seen;
+        const auto close = [&](QWidget *window) {
+            seen.append(u"%1+%2"_s.arg(logs().size()).arg(app.delegate.mainWindow() ? 1 : 0));
+            window->close();
+        };
+        QTimer::singleShot(0, qApp, [&] { close(app.frame); });
+        QTimer::singleShot(100, qApp, [&] { close(logs().first()); });
+        QTimer::singleShot(200, qApp, [&] { close(logs().first()); });
+        QTimer late;
+        late.setSingleShot(true);
+        late.callOnTimeout([] { QApplication::exit(1); });
+        late.start(10'000);
+        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(seen, (QStringList{u"2+1"_s, u"2+0"_s, u"1+0"_s}));
+
+        app.delegate.newDocument();
+        app.delegate.mainWindow()->currentPage()->state().openLogs(pairs);
+        app.delegate.applicationWillTerminate();
+        QCOMPARE(logs().size(), 0);
+    }
+
+    void quittingWaitsForNobody()
+    {
+        Application app;
+        app.load();
+        app.cluster.hold(u"get po"_s);
+        app.command(u"Reload"_s).trigger();
+        QTRY_COMPARE(app.podReads().size(), 2);
+        QElapsedTimer time;
+        time.start();
+        app.delegate.applicationWillTerminate();
+        QVERIFY(time.elapsed() < 2000);
+        app.cluster.release(u"get po"_s);
+        QCOMPARE(app.cluster.ended().count(u"get po"_s), 1);
+    }
+};
+
+QTEST_MAIN(TestClusterWindow)
 #include "tst_cluster_window.moc"

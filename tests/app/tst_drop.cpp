@@ -114,133 +114,128 @@ struct Drop
 
 } // namespace
 
-class tst_drop : public QObject
+class TestDrop : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void dragAndDrop_data();
-    void dragAndDrop();
-    void leavingTakesTheFrameAway();
-    void theAnswerIsForThatContext();
-    void hundredsOfFiles();
+    void dragAndDrop_data()
+    {
+        QTest::addColumn<QStringList>("urls");
+        QTest::addColumn<QString>("names"); // empty: refused
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("paths");
+        const auto file = [](const QString &name) -> QString { return u"file:///d/"_s + name; };
+        QTest::newRow("one") << QStringList{file(u"a.yaml"_s)} << u"a.yaml"_s << u"Create"_s
+                             << u"/d/a.yaml"_s;
+        QTest::newRow("three") << QStringList{file(u"a.yaml"_s), file(u"b%20c.yaml"_s), file(u"x/d.yaml"_s)}
+                               << u"a.yaml,\n    b c.yaml,\n    d.yaml"_s << u"Create"_s
+                               << u"/d/a.yaml,/d/b c.yaml,/d/x/d.yaml"_s;
+        QTest::newRow("cancelled") << QStringList{file(u"a.yaml"_s)} << u"a.yaml"_s << u"Cancel"_s
+                                   << QString();
+        QTest::newRow("others are left out")
+            << QStringList{file(u"a.yaml"_s), file(u"b.txt"_s), file(u"c.yml"_s), file(u"d.YAML"_s),
+                   file(u"e.yaml"_s)}
+            << u"a.yaml,\n    e.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/e.yaml"_s;
+        QTest::newRow("folders too") << QStringList{file(u"a.yaml/"_s), file(u"b.yaml"_s)}
+                                     << u"a.yaml,\n    b.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/b.yaml"_s;
+        QTest::newRow("the first decides")
+            << QStringList{file(u"b.txt"_s), file(u"a.yaml"_s)} << QString() << QString() << QString();
+        QTest::newRow("other case") << QStringList{file(u"service.YAML"_s)} << QString() << QString()
+                                    << QString();
+        QTest::newRow("short extension")
+            << QStringList{file(u"service.yml"_s)} << QString() << QString() << QString();
+        QTest::newRow("no file") << QStringList{u"https://pages.example/a.yaml"_s} << QString() << QString()
+                                 << QString();
+        QTest::newRow("nothing") << QStringList() << QString() << QString() << QString();
+    }
+    void dragAndDrop()
+    {
+        QFETCH(QStringList, urls);
+        QFETCH(QString, names);
+        QFETCH(QString, button);
+        QFETCH(QString, paths);
+        Drop drop;
+        drop.load();
+        drop.drag(urls);
+        QCOMPARE(drop.accepted, !names.isEmpty());
+        QVERIFY(!drop.moves);
+        QCOMPARE(drop.view->isHighlighed(), !names.isEmpty());
+        QCOMPARE(drop.view->findChildren<DropOverlayView *>().size(), names.isEmpty() ? 0 : 1);
+        if (names.isEmpty()) {
+            return;
+        }
+        drop.drop();
+        QVERIFY(!drop.view->isHighlighed());
+        QCOMPARE(drop.question()->text(), u"Confirm Create"_s);
+        QCOMPARE(drop.question()->informativeText(),
+            QString(u"Are you sure you want to add the following: \n    "_s + names + u"?"_s));
+        drop.answer(button);
+        QTRY_COMPARE(drop.created(), paths.isEmpty() ? QStringList() : QStringList{paths});
+    }
+
+    void leavingTakesTheFrameAway()
+    {
+        Drop drop;
+        drop.load();
+        drop.drag({u"file:///a.yaml"_s});
+        QVERIFY(drop.view->isHighlighed());
+        drop.leave();
+        QVERIFY(!drop.view->isHighlighed());
+        QVERIFY(!drop.view->findChild<DropOverlayView *>());
+    }
+
+    void theAnswerIsForThatContext()
+    {
+        Drop drop;
+        drop.load();
+        drop.drag({u"file:///a.yaml"_s});
+        drop.drop();
+        drop.page->state().chooseNamespace(u"shop"_s);
+        drop.answer(u"Create"_s);
+        QCOMPARE(drop.created(), QStringList());
+        drop.page->state().chooseNamespace(allNamespaces);
+        drop.drag({u"file:///a.yaml"_s});
+        drop.drop();
+        QVERIFY(!drop.question()); // no namespace to create anything in
+        drop.page->primaryContentController().createFromFileDialog();
+        QVERIFY(!drop.page->findChild<QFileDialog *>());
+        drop.page->primaryContentController().createFrom({u"/a.yaml"_s}, ChangePlace(drop.page->state()));
+        const auto *console = drop.page->windowConsoleController().consoleTextView();
+        QTRY_COMPARE(console->toPlainText().count(u"Nothing was created: choose a namespace first."_s), 3);
+    }
+
+    void hundredsOfFiles()
+    {
+        Drop drop;
+        drop.load();
+        QStringList urls;
+        QStringList names;
+        for (int number = 1; number <= 300; ++number) {
+            names.append(u"file-%1.yaml"_s.arg(number));
+            urls.append(u"file:///d/"_s + names.last());
+        }
+        drop.drag(urls);
+        drop.drop();
+        QMessageBox *box = drop.question();
+        QVERIFY(QTest::qWaitForWindowExposed(box));
+        const QSize room = box->screen()->availableSize();
+        QVERIFY(box->height() < room.height() && box->width() < room.width());
+        for (const QAbstractButton *button : box->buttons()) {
+            QVERIFY(box->rect().contains(QRect(button->mapTo(box, QPoint()), button->size())));
+        }
+        auto *list = box->findChild<QPlainTextEdit *>();
+        QVERIFY(list && list->isVisible() && list->isReadOnly());
+        QCOMPARE(list->toPlainText(), box->informativeText());
+        QVERIFY(list->toPlainText().endsWith(u"    "_s + names.join(u",\n    "_s) + u'?'));
+        QVERIFY(list->verticalScrollBar()->maximum() > 0);
+        const auto labels = box->findChildren<QLabel *>();
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+            return label->isVisible() && label->text().startsWith(u"Files: 300\n"_s);
+        }));
+        drop.answer(u"Create"_s);
+        QCOMPARE(drop.created().value(0).count(u"/d/file-"_s), 300);
+    }
 };
 
-void tst_drop::dragAndDrop_data()
-{
-    QTest::addColumn<QStringList>("urls");
-    QTest::addColumn<QString>("names"); // empty: refused
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("paths");
-    const auto file = [](const QString &name) -> QString { return u"file:///d/"_s + name; };
-    QTest::newRow("one") << QStringList{file(u"a.yaml"_s)} << u"a.yaml"_s << u"Create"_s << u"/d/a.yaml"_s;
-    QTest::newRow("three") << QStringList{file(u"a.yaml"_s), file(u"b%20c.yaml"_s), file(u"x/d.yaml"_s)}
-                           << u"a.yaml,\n    b c.yaml,\n    d.yaml"_s << u"Create"_s
-                           << u"/d/a.yaml,/d/b c.yaml,/d/x/d.yaml"_s;
-    QTest::newRow("cancelled") << QStringList{file(u"a.yaml"_s)} << u"a.yaml"_s << u"Cancel"_s << QString();
-    QTest::newRow("others are left out")
-        << QStringList{file(u"a.yaml"_s), file(u"b.txt"_s), file(u"c.yml"_s), file(u"d.YAML"_s),
-               file(u"e.yaml"_s)}
-        << u"a.yaml,\n    e.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/e.yaml"_s;
-    QTest::newRow("folders too") << QStringList{file(u"a.yaml/"_s), file(u"b.yaml"_s)}
-                                 << u"a.yaml,\n    b.yaml"_s << u"Create"_s << u"/d/a.yaml,/d/b.yaml"_s;
-    QTest::newRow("the first decides")
-        << QStringList{file(u"b.txt"_s), file(u"a.yaml"_s)} << QString() << QString() << QString();
-    QTest::newRow("other case") << QStringList{file(u"service.YAML"_s)} << QString() << QString()
-                                << QString();
-    QTest::newRow("short extension") << QStringList{file(u"service.yml"_s)} << QString() << QString()
-                                     << QString();
-    QTest::newRow("no file") << QStringList{u"https://pages.example/a.yaml"_s} << QString() << QString()
-                             << QString();
-    QTest::newRow("nothing") << QStringList() << QString() << QString() << QString();
-}
-
-void tst_drop::dragAndDrop()
-{
-    QFETCH(QStringList, urls);
-    QFETCH(QString, names);
-    QFETCH(QString, button);
-    QFETCH(QString, paths);
-    Drop drop;
-    drop.load();
-    drop.drag(urls);
-    QCOMPARE(drop.accepted, !names.isEmpty());
-    QVERIFY(!drop.moves);
-    QCOMPARE(drop.view->isHighlighed(), !names.isEmpty());
-    QCOMPARE(drop.view->findChildren<DropOverlayView *>().size(), names.isEmpty() ? 0 : 1);
-    if (names.isEmpty()) {
-        return;
-    }
-    drop.drop();
-    QVERIFY(!drop.view->isHighlighed());
-    QCOMPARE(drop.question()->text(), u"Confirm Create"_s);
-    QCOMPARE(drop.question()->informativeText(),
-        QString(u"Are you sure you want to add the following: \n    "_s + names + u"?"_s));
-    drop.answer(button);
-    QTRY_COMPARE(drop.created(), paths.isEmpty() ? QStringList() : QStringList{paths});
-}
-
-void tst_drop::leavingTakesTheFrameAway()
-{
-    Drop drop;
-    drop.load();
-    drop.drag({u"file:///a.yaml"_s});
-    QVERIFY(drop.view->isHighlighed());
-    drop.leave();
-    QVERIFY(!drop.view->isHighlighed());
-    QVERIFY(!drop.view->findChild<DropOverlayView *>());
-}
-
-void tst_drop::theAnswerIsForThatContext()
-{
-    Drop drop;
-    drop.load();
-    drop.drag({u"file:///a.yaml"_s});
-    drop.drop();
-    drop.page->state().chooseNamespace(u"shop"_s);
-    drop.answer(u"Create"_s);
-    QCOMPARE(drop.created(), QStringList());
-    drop.page->state().chooseNamespace(allNamespaces);
-    drop.drag({u"file:///a.yaml"_s});
-    drop.drop();
-    QVERIFY(!drop.question()); // no namespace to create anything in
-    drop.page->primaryContentController().createFromFileDialog();
-    QVERIFY(!drop.page->findChild<QFileDialog *>());
-    drop.page->primaryContentController().createFrom({u"/a.yaml"_s}, ChangePlace(drop.page->state()));
-    const auto *console = drop.page->windowConsoleController().consoleTextView();
-    QTRY_COMPARE(console->toPlainText().count(u"Nothing was created: choose a namespace first."_s), 3);
-}
-
-void tst_drop::hundredsOfFiles()
-{
-    Drop drop;
-    drop.load();
-    QStringList urls;
-    QStringList names;
-    for (int number = 1; number <= 300; ++number) {
-        names.append(u"file-%1.yaml"_s.arg(number));
-        urls.append(u"file:///d/"_s + names.last());
-    }
-    drop.drag(urls);
-    drop.drop();
-    QMessageBox *box = drop.question();
-    QVERIFY(QTest::qWaitForWindowExposed(box));
-    const QSize room = box->screen()->availableSize();
-    QVERIFY(box->height() < room.height() && box->width() < room.width());
-    for (const QAbstractButton *button : box->buttons()) {
-        QVERIFY(box->rect().contains(QRect(button->mapTo(box, QPoint()), button->size())));
-    }
-    auto *list = box->findChild<QPlainTextEdit *>();
-    QVERIFY(list && list->isVisible() && list->isReadOnly());
-    QCOMPARE(list->toPlainText(), box->informativeText());
-    QVERIFY(list->toPlainText().endsWith(u"    "_s + names.join(u",\n    "_s) + u'?'));
-    QVERIFY(list->verticalScrollBar()->maximum() > 0);
-    const auto labels = box->findChildren<QLabel *>();
-    QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
-        return label->isVisible() && label->text().startsWith(u"Files: 300\n"_s);
-    }));
-    drop.answer(u"Create"_s);
-    QCOMPARE(drop.created().value(0).count(u"/d/file-"_s), 300);
-}
-
-QTEST_MAIN(tst_drop)
+QTEST_MAIN(TestDrop)
 #include "tst_drop.moc"

@@ -65,94 +65,92 @@ struct Windows
 
 } // namespace
 
-class tst_many_contexts : public QObject
+class TestManyContexts : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void theKubeConfigFollowsTheWindowInFront();
-    void longListsDoNotStopTheWindow();
+    void theKubeConfigFollowsTheWindowInFront()
+    {
+        Windows windows;
+        QVERIFY(windows.demo.isReady());
+        Windows::load(windows.first, u"demo-harbor"_s, u"default"_s);
+        windows.delegate.newDocument();
+        ClusterWindowFrame *second = windows.delegate.mainWindow();
+        QVERIFY(second != windows.first);
+        Windows::load(second, u"demo-lighthouse"_s, u"night-shift"_s);
+        windows.first->activateWindow();
+        windows.first->addTab();
+        Windows::load(windows.first, u"demo-harbor"_s, u"kube-system"_s);
+        const QString third = u"demo-harbor kube-system"_s;
+        QTRY_COMPARE_WITH_TIMEOUT(windows.current(), third, 20'000);
+        for (int round = 0; round < 2; ++round) {
+            second->activateWindow();
+            QTRY_COMPARE_WITH_TIMEOUT(windows.current(), u"demo-lighthouse night-shift"_s, 20'000);
+            windows.first->activateWindow();
+            QTRY_COMPARE_WITH_TIMEOUT(windows.current(), third, 20'000);
+            windows.first->walkTabs(1);
+            QTRY_COMPARE_WITH_TIMEOUT(windows.current(), u"demo-harbor default"_s, 20'000);
+            windows.first->walkTabs(1);
+            QTRY_COMPARE_WITH_TIMEOUT(windows.current(), third, 20'000);
+        }
+    }
+
+    void longListsDoNotStopTheWindow()
+    {
+        constexpr int contexts = 500;
+        constexpr int namespaces = 2000;
+        FakeCluster cluster;
+        QByteArray contextNames = "context-7\n";
+        for (int number = 0; number < contexts; ++number) {
+            contextNames += "context-" + QByteArray::number(number) + '\t';
+        }
+        QByteArray names;
+        for (int number = 0; number < namespaces; ++number) {
+            names += "team-" + QByteArray::number(number) + ' ';
+        }
+        cluster.answer(u"contexts"_s, contextNames);
+        cluster.answer(u"namespaces"_s, names);
+        cluster.settings.set(u"defaultKubeConfigPath"_s, cluster.kubeConfig());
+
+        // The longest time in which the window answered nothing, once it is there.
+        QElapsedTimer clock;
+        qint64 longest = 0;
+        QTimer beat;
+        beat.setTimerType(Qt::PreciseTimer);
+        connect(&beat, &QTimer::timeout, this, [&] { longest = std::max(longest, clock.restart()); });
+
+        AppDelegate delegate;
+        delegate.newDocument();
+        ClusterWindowFrame *frame = delegate.mainWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(frame));
+        clock.start();
+        beat.start(1);
+        KubeSplitViewController &state = frame->currentPage()->state();
+        QTRY_COMPARE(state.currentNamespace(), u"team-0"_s);
+        for (const auto &[list, typed, chosen] : {
+                 std::tuple(frame->currentPage()->toolBar().contextPopupButton(), u"499"_s, u"context-499"_s),
+                 std::tuple(
+                     frame->currentPage()->toolBar().namespacesPopupButton(), u"1998"_s, u"team-1998"_s),
+             }) {
+            QTRY_VERIFY(list->isEnabled());
+            list->showPopup();
+            auto *search = list->findChild<QLineEdit *>();
+            QTRY_VERIFY(search && search->isVisible());
+            for (const QChar &key : typed) {
+                QTest::keyClick(search, key.toLatin1());
+            }
+            QTest::keyClick(search, Qt::Key_Return);
+            QTRY_COMPARE(list->currentText(), chosen);
+            QTRY_VERIFY(state.namespaceList().enabled);
+        }
+        QCOMPARE(state.currentContext() + state.currentNamespace(), u"context-499team-1998"_s);
+        beat.stop();
+        qInfo("longest stall: %lld ms", longest);
+        // A tenth of a second is felt. Sanitizers and busy machines get their share.
+        QVERIFY2(longest < 400, qPrintable(QString::number(longest)));
+        delegate.applicationWillTerminate();
+    }
 };
 
-void tst_many_contexts::theKubeConfigFollowsTheWindowInFront()
-{
-    Windows windows;
-    QVERIFY(windows.demo.isReady());
-    Windows::load(windows.first, u"demo-harbor"_s, u"default"_s);
-    windows.delegate.newDocument();
-    ClusterWindowFrame *second = windows.delegate.mainWindow();
-    QVERIFY(second != windows.first);
-    Windows::load(second, u"demo-lighthouse"_s, u"night-shift"_s);
-    windows.first->activateWindow();
-    windows.first->addTab();
-    Windows::load(windows.first, u"demo-harbor"_s, u"kube-system"_s);
-    const QString third = u"demo-harbor kube-system"_s;
-    QTRY_COMPARE_WITH_TIMEOUT(windows.current(), third, 20'000);
-    for (int round = 0; round < 2; ++round) {
-        second->activateWindow();
-        QTRY_COMPARE_WITH_TIMEOUT(windows.current(), u"demo-lighthouse night-shift"_s, 20'000);
-        windows.first->activateWindow();
-        QTRY_COMPARE_WITH_TIMEOUT(windows.current(), third, 20'000);
-        windows.first->walkTabs(1);
-        QTRY_COMPARE_WITH_TIMEOUT(windows.current(), u"demo-harbor default"_s, 20'000);
-        windows.first->walkTabs(1);
-        QTRY_COMPARE_WITH_TIMEOUT(windows.current(), third, 20'000);
-    }
-}
-
-void tst_many_contexts::longListsDoNotStopTheWindow()
-{
-    constexpr int contexts = 500;
-    constexpr int namespaces = 2000;
-    FakeCluster cluster;
-    QByteArray contextNames = "context-7\n";
-    for (int number = 0; number < contexts; ++number) {
-        contextNames += "context-" + QByteArray::number(number) + '\t';
-    }
-    QByteArray names;
-    for (int number = 0; number < namespaces; ++number) {
-        names += "team-" + QByteArray::number(number) + ' ';
-    }
-    cluster.answer(u"contexts"_s, contextNames);
-    cluster.answer(u"namespaces"_s, names);
-    cluster.settings.set(u"defaultKubeConfigPath"_s, cluster.kubeConfig());
-
-    // The longest time in which the window answered nothing, once it is there.
-    QElapsedTimer clock;
-    qint64 longest = 0;
-    QTimer beat;
-    beat.setTimerType(Qt::PreciseTimer);
-    connect(&beat, &QTimer::timeout, this, [&] { longest = std::max(longest, clock.restart()); });
-
-    AppDelegate delegate;
-    delegate.newDocument();
-    ClusterWindowFrame *frame = delegate.mainWindow();
-    QVERIFY(QTest::qWaitForWindowExposed(frame));
-    clock.start();
-    beat.start(1);
-    KubeSplitViewController &state = frame->currentPage()->state();
-    QTRY_COMPARE(state.currentNamespace(), u"team-0"_s);
-    for (const auto &[list, typed, chosen] : {
-             std::tuple(frame->currentPage()->toolBar().contextPopupButton(), u"499"_s, u"context-499"_s),
-             std::tuple(frame->currentPage()->toolBar().namespacesPopupButton(), u"1998"_s, u"team-1998"_s),
-         }) {
-        QTRY_VERIFY(list->isEnabled());
-        list->showPopup();
-        auto *search = list->findChild<QLineEdit *>();
-        QTRY_VERIFY(search && search->isVisible());
-        for (const QChar &key : typed) {
-            QTest::keyClick(search, key.toLatin1());
-        }
-        QTest::keyClick(search, Qt::Key_Return);
-        QTRY_COMPARE(list->currentText(), chosen);
-        QTRY_VERIFY(state.namespaceList().enabled);
-    }
-    QCOMPARE(state.currentContext() + state.currentNamespace(), u"context-499team-1998"_s);
-    beat.stop();
-    qInfo("longest stall: %lld ms", longest);
-    // A tenth of a second is felt. Sanitizers and busy machines get their share.
-    QVERIFY2(longest < 400, qPrintable(QString::number(longest)));
-    delegate.applicationWillTerminate();
-}
-
-QTEST_MAIN(tst_many_contexts)
+QTEST_MAIN(TestManyContexts)
 #include "tst_many_contexts.moc"

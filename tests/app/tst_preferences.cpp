@@ -98,7 +98,7 @@ void choose(const QString &path)
 
 } // namespace
 
-class tst_preferences : public QObject
+class TestPreferences : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -419,6 +419,6 @@ private:
     std::unique_ptr<FakeCluster> m_cluster;
 };
 
-QTEST_MAIN(tst_preferences)
+QTEST_MAIN(TestPreferences)
 
 #include "tst_preferences.moc"

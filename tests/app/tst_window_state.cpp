@@ -37,7 +37,7 @@ auto fetched(const auto *...names)
 
 } // namespace
 
-class tst_window_state : public QObject
+class TestWindowState : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -480,5 +480,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_window_state)
+QTEST_GUILESS_MAIN(TestWindowState)
 #include "tst_window_state.moc"

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const auto stopped = QStringLiteral("The command was stopped before it had finished.");
+const auto stopped = u"The command was stopped before it had finished."_s;
 
 } // namespace
 
@@ -63,8 +63,7 @@ private Q_SLOTS:
         row("arguments unchanged", "arguments a$HOME *  'b' kubectl",
             "\"a$HOME\"\n\"*\"\n\"\"\n\"'b'\"\n\"kubectl\"");
         QTest::newRow("packaged kubectl")
-            << QStringList{QStringLiteral("kubectl"), QStringLiteral("arguments"), QStringLiteral("get")}
-            << QByteArray("\"get\"") << QString();
+            << QStringList{u"kubectl"_s, u"arguments"_s, u"get"_s} << QByteArray("\"get\"") << QString();
     }
     void run()
     {
@@ -102,14 +101,14 @@ private Q_SLOTS:
     void whatIsNotThePackagedKubectlIsLookedUp_data()
     {
         QTest::addColumn<QString>("program");
-        QTest::newRow("space") << QStringLiteral("kubectl ");
-        QTest::newRow("capitals") << QStringLiteral("KUBECTL");
-        QTest::newRow("missing") << QStringLiteral("no-such-program");
+        QTest::newRow("space") << u"kubectl "_s;
+        QTest::newRow("capitals") << u"KUBECTL"_s;
+        QTest::newRow("missing") << u"no-such-program"_s;
     }
     void whatIsNotThePackagedKubectlIsLookedUp()
     {
         QFETCH(QString, program);
-        const ShellResult result = runToEnd(Shell::create(), {program, QStringLiteral("arguments")});
+        const ShellResult result = runToEnd(Shell::create(), {program, u"arguments"_s});
         QCOMPARE(result.output, QByteArray());
         QVERIFY2(
             result.error && result.error->contains(program), qPrintable(result.error.value_or(QString())));
@@ -127,14 +126,13 @@ private Q_SLOTS:
         const QStringList tooLong{fakeToolPath(), QString(200'000, u'x')};
         auto started = inBackground([=] { return Shell::create()->run(tooLong, true); });
         QVERIFY(arrives(started));
-        QCOMPARE(started.get().error, QStringLiteral("Unexpected error: Argument list too long."));
+        QCOMPARE(started.get().error, u"Unexpected error: Argument list too long."_s);
 
         {
             const auto before = Shell::create();
             const NoDescriptorsLeft none;
-            QCOMPARE(runToEnd(before, fakeTool("out x")).error, QStringLiteral("No process defined"));
-            QCOMPARE(
-                runToEnd(Shell::create(), fakeTool("out x")).error, QStringLiteral("No process defined"));
+            QCOMPARE(runToEnd(before, fakeTool("out x")).error, u"No process defined"_s);
+            QCOMPARE(runToEnd(Shell::create(), fakeTool("out x")).error, u"No process defined"_s);
         }
         QCOMPARE(runToEnd(Shell::create(), fakeTool("out x")).output, QByteArray("x"));
         QCOMPARE(m_console->entries, QStringList());
@@ -160,8 +158,8 @@ private Q_SLOTS:
         std::promise<QThread *> thread;
         auto completed = thread.get_future();
         QStringList arguments = fakeTool(script);
-        arguments.first() = QStringLiteral("kubectl");
-        const QStringList expected{QLatin1String("kubectl") + entry};
+        arguments.first() = u"kubectl"_s;
+        const QStringList expected{u"kubectl"_s + entry};
         Shell::create()->runAsync(arguments, true, nullptr,
             [&](const ShellResult &) { thread.set_value(QThread::currentThread()); });
         QTRY_COMPARE(m_console->entries, expected);
@@ -192,14 +190,14 @@ private Q_SLOTS:
         RecordingConsole *current = closing.get();
         setMainConsoleLookup([&current] { return current; });
         bool done = false;
-        const QByteArray script = "touch " + folder.filePath(QStringLiteral("started")).toUtf8() + " until "
-            + folder.filePath(QStringLiteral("go")).toUtf8();
+        const QByteArray script = "touch " + folder.filePath(u"started"_s).toUtf8() + " until "
+            + folder.filePath(u"go"_s).toUtf8();
         Shell::create()->runAsync(fakeTool(script), true, given ? closing.get() : nullptr,
             [&](const ShellResult &) { mainQueue().post([&done] { done = true; }); });
-        QTRY_VERIFY(QFile::exists(folder.filePath(QStringLiteral("started"))));
+        QTRY_VERIFY(QFile::exists(folder.filePath(u"started"_s)));
         current = m_console.get();
         closing.reset();
-        QVERIFY(QFile(folder.filePath(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+        QVERIFY(QFile(folder.filePath(u"go"_s)).open(QIODevice::WriteOnly));
         QTRY_VERIFY(done);
         QCOMPARE(m_console->entries, QStringList());
     }
@@ -225,10 +223,10 @@ private Q_SLOTS:
     {
         QTemporaryDir folder;
         const auto shell = Shell::create();
-        const QString trace = folder.filePath(QStringLiteral("trace"));
+        const QString trace = folder.filePath(u"trace"_s);
         shell->cancel();
         // The child would write at once and end by itself, whatever happens to its pipes.
-        QCOMPARE(runToEnd(shell, {fakeToolPath(), QStringLiteral("touch"), trace}).error, stopped);
+        QCOMPARE(runToEnd(shell, {fakeToolPath(), u"touch"_s, trace}).error, stopped);
         QCOMPARE(shell->process(), nullptr);
         QVERIFY(!QFile::exists(trace));
     }
@@ -269,8 +267,7 @@ private Q_SLOTS:
         const QByteArray script = "pidfile " + folder.path().toUtf8() + " fill 900000 errfill 99999999999";
         const ShellResult result = runToEnd(shell, fakeTool(script));
         const QString said = result.error.value_or(QString());
-        QVERIFY(said.startsWith(
-            QLatin1String("The command was ended: it printed more than 1 MiB.\n0123456789abcde\n")));
+        QVERIFY(said.startsWith(u"The command was ended: it printed more than 1 MiB.\n0123456789abcde\n"_s));
         QVERIFY(said.size() < 100'000);
         QCOMPARE(result.output, QByteArray());
         QTRY_VERIFY(!isAlive(pidsIn(folder.path()).first()));

@@ -91,7 +91,7 @@ struct Bench
 
 } // namespace
 
-class tst_console : public QObject
+class TestConsole : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -437,5 +437,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_console)
+QTEST_MAIN(TestConsole)
 #include "tst_console.moc"

@@ -41,7 +41,7 @@ std::vector<ContainerPair> pairs(int count)
 {
     std::vector<ContainerPair> result;
     for (int i = 0; i < count; ++i) {
-        result.emplace_back(QStringLiteral("pod-%1").arg(i), QStringLiteral("c%1").arg(i));
+        result.emplace_back(u"pod-%1"_s.arg(i), u"c%1"_s.arg(i));
     }
     return result;
 }
@@ -67,7 +67,7 @@ qint64 bytesWritten(const QString &pids)
 {
     qint64 sum = 0;
     for (const qint64 pid : pidsIn(pids)) {
-        for (const QByteArray &line : read(QStringLiteral("/proc/%1/io").arg(pid)).split('\n')) {
+        for (const QByteArray &line : read(u"/proc/%1/io"_s.arg(pid)).split('\n')) {
             sum += line.startsWith("wchar:") ? line.mid(6).trimmed().toLongLong() : 0;
         }
     }
@@ -93,7 +93,7 @@ bool standsStill(const std::function<qint64()> &number)
 
 } // namespace
 
-class tst_log_window : public QObject
+class TestLogWindow : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -164,7 +164,7 @@ private Q_SLOTS:
         const QStringList names{u"base2"_s, u"yellow"_s, u"blue"_s, u"orange"_s, u"cyan"_s, u"base2"_s};
         for (int row = 0; row < 6; ++row) {
             const QColor colour = namedColour(u"solarized-"_s + names[row]);
-            QCOMPARE(table->item(row, 0)->text(), QStringLiteral("pod-%1:c%1").arg(row));
+            QCOMPARE(table->item(row, 0)->text(), u"pod-%1:c%1"_s.arg(row));
             const auto *cell = qobject_cast<ColorBoxCellView *>(table->cellWidget(row, 1));
             QVERIFY(cell);
             const QImage box = cell->colorBox()->grab().toImage();
@@ -546,5 +546,5 @@ private:
     QPointer<CombinedLogsWindowController> m_window;
 };
 
-QTEST_MAIN(tst_log_window)
+QTEST_MAIN(TestLogWindow)
 #include "tst_log_window.moc"
