@@ -126,20 +126,13 @@ private Q_SLOTS:
         const char *const contexts = "loadContexts";
         const char *const namespaces = "loadNamespaces";
         row("contexts", contexts, "", "out\nb\\na\\tb\\t", CONTEXTS, "a,b/b@background", "");
-        row("contexts with spaces, none empty", contexts, "", "out\nmy b\\n\\ta x\\t\\tmy b\\t", CONTEXTS,
-            "a x,my b/my b@background", "");
         row("further lines", contexts, "", "out\nb\\n\\na\\tb\\nx\\ty", CONTEXTS, "a,b/b@background", "");
-        row("no current context", contexts, "", "out\n\\na\\tb\\t", CONTEXTS, "a,b/@background", "");
         row("no contexts", contexts, "", "out\n\\n", CONTEXTS, "", "||" NOTHING);
-        row("contexts with a warning", contexts, "", "out\nb\\na\\tb\\t\nerr\nhm", CONTEXTS,
-            "a,b/b@background", "||No contexts" GOT "hm");
         row("contexts failed", contexts, "", "err\nno such file\\n", CONTEXTS, "",
             "||No contexts" GOT "no such file\n\n||" NOTHING);
         row("contexts cancelled", contexts, "", "hang", CONTEXTS, "", "");
         row("namespaces", namespaces, "", "out\nkube-system default  dev", NAMESPACES,
             "kube-system,default,dev@background", LOGGED "kube-system default  dev|");
-        row("namespaces failed", namespaces, "", "err\nrefused", NAMESPACES, "@background",
-            LOGGED "|refused\n||No namespaces" GOT "refused");
         row("namespaces cancelled", namespaces, "", "hang", NAMESPACES, "@background",
             LOGGED "|The command was stopped before it had finished.");
         const char *const use = "useContext";
@@ -150,10 +143,7 @@ private Q_SLOTS:
             "no@background", "||Context my b" NOT_LOADED IN_VAIN);
         row("no kubeconfig", use, "my b", "out\nSwitched", READ FILES, "no@background",
             "||Context my b" NOT_LOADED UNREADABLE);
-        row("context failed", use, "b", "err\nno\nexit\n1", READ FILES, "no@background",
-            "||Context b" NOT_LOADED "no");
         row("context cancelled", use, "b", "hang", READ FILES, "no@background", "");
-        row("no context name", use, "", "out\nx", "", "", "");
         row("an option", use, "--help", "out\nx", "", "no@background",
             "||Context --help" NOT_LOADED "kubectl would take the name for an option.");
         row("namespace", set, "dev", "out\n" CONFIG("a", "dev"), SET("dev") READ VIEWED, "yes@main", "",
@@ -162,14 +152,9 @@ private Q_SLOTS:
             "||Namespace dev" NOT_LOADED IN_VAIN);
         row("namespace elsewhere", set, "dev", "out\n{\"kind\":\"Config\",\"current-context\":\"a\"}",
             SET("dev") READ VIEWED READ VIEWED, "no@main", "||Namespace dev" NOT_LOADED IN_VAIN);
-        row("namespace unread", set, "dev", "out\nModified", SET("dev") READ VIEWED, "no@main",
-            "||Namespace dev" NOT_LOADED UNREADABLE);
-        row("namespace failed", set, "dev", "err\nno", SET("dev"), "no@main",
-            "||Namespace dev" NOT_LOADED "no");
         row("namespace killed", set, "dev", "die\n9", SET("dev"), "no@main",
             "||Namespace dev" NOT_LOADED "The command was ended by signal 9.");
         row("namespace cancelled", set, "dev", "hang", SET("dev"), "no@main", "");
-        row("no namespace name", set, "", "out\nx", "", "no@main", "");
         row("all namespaces", "setNamespace", "All Namespaces", "err\nno", "", "yes@main", "",
             "old/All Namespaces");
     }

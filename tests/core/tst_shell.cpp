@@ -49,17 +49,13 @@ private Q_SLOTS:
               };
         row("trimmed, tab kept", "out one\\ttwo\\n\\n", "one\ttwo");
         row("wide white space", "out \\xc2\\xa0x\\xe2\\x80\\xa8", "x");
-        row("errors only", "err oops\\n", "", "oops\n");
-        row("both", "out data err warning", "data", "warning");
         row("exit status only", "out data exit 7", "data");
         row("dies by a signal", "out data die 9", "data");
-        row("output cut in a character", "out a\\xe2\\x82 err e", "", "e");
         row("errors not UTF-8", "out data err \\xff", "data");
         row("closes its output and lives on", "out data close-output hang", "data");
         row("waits for the grandchild's end of the pipe", "out soon grandchild 3 drained out late",
             "soonlate");
         row("search path", "environment PATH", "/bin:/usr/bin/:/usr/local/bin");
-        row("inherited environment", "environment FAKE_TOOL_GREETING", "hello");
         row("arguments unchanged", "arguments a$HOME *  'b' kubectl",
             "\"a$HOME\"\n\"*\"\n\"\"\n\"'b'\"\n\"kubectl\"");
         QTest::newRow("packaged kubectl")
@@ -96,29 +92,6 @@ private Q_SLOTS:
         QFETCH(QByteArray, added);
         QCOMPARE(runToEnd(Shell::create(), fakeTool("environment PATH")).output,
             "/bin:/usr/bin/:/usr/local/bin" + added);
-    }
-
-    void whatIsNotThePackagedKubectlIsLookedUp_data()
-    {
-        QTest::addColumn<QString>("program");
-        QTest::newRow("space") << u"kubectl "_s;
-        QTest::newRow("capitals") << u"KUBECTL"_s;
-        QTest::newRow("missing") << u"no-such-program"_s;
-    }
-    void whatIsNotThePackagedKubectlIsLookedUp()
-    {
-        QFETCH(QString, program);
-        const ShellResult result = runToEnd(Shell::create(), {program, u"arguments"_s});
-        QCOMPARE(result.output, QByteArray());
-        QVERIFY2(
-            result.error && result.error->contains(program), qPrintable(result.error.value_or(QString())));
-    }
-
-    void emptyListPrintsTheEnvironment()
-    {
-        const ShellResult result = runToEnd(Shell::create(), {});
-        QVERIFY(result.output.split('\n').contains("FAKE_TOOL_GREETING=hello"));
-        QCOMPARE(result.error, std::nullopt);
     }
 
     void cannotStart()
@@ -248,15 +221,6 @@ private Q_SLOTS:
             }
         }
         QTRY_COMPARE_WITH_TIMEOUT(completions.load(), runs, 20'000);
-    }
-
-    void everyByteOfAHugeOutput()
-    {
-        const qint64 size = sanitized ? 64 << 20 : 1 << 30;
-        const ShellResult result = runToEnd(Shell::create(), fakeTool("fill " + QByteArray::number(size)));
-        QCOMPARE(result.error, std::nullopt);
-        QCOMPARE(result.output.size(), size - 1); // without the last line end
-        QCOMPARE(result.output.count('\n'), size / 16 - 1);
     }
 
     void tooMuchOutputEndsTheRun()
