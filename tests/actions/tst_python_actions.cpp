@@ -391,7 +391,7 @@ class Action(tidewright_actions.Action):
         {
             const CapturedOutput output;
             const auto item = run(R"(
-import os, sys
+import os, subprocess, sys
 print("while importing", end="")
 class Log: log = []
 class Action:
@@ -409,6 +409,49 @@ class Action:
         QCOMPARE(m_bench->console.entries, QStringList({u"t||"_s, u"t||"_s, u"3||"_s}));
         QVERIFY(qgetenv("TOKEN").isEmpty());
         QVERIFY2(printed.endsWith(u"while importing\none\ntwo three!\n"_s), qPrintable(printed));
+    }
+
+    void searchPath()
+    {
+        const QByteArray script = R"(
+import os, sys
+class Log: pass
+class Action:
+    def __init__(self):
+        sys.path.append("/junk")
+        self.stop = os.environ["STOP"]
+        open(os.environ["TOP"] + "/read", "w").close()
+        while self.stop and not os.path.exists(self.stop): pass
+    def run(self):
+        self._logger = Log()
+        self._logger.log = [",".join(os.path.basename(p) for p in sys.path if p.startswith(os.environ["TOP"]))]
+        self._logger.log.append(str("/junk" in sys.path))
+)";
+        const QString top = m_bench->folder.path();
+        const QString stop = m_bench->path(u"stop"_s);
+        const auto endless = run(script, {{u"TOP"_s, top}, {u"STOP"_s, stop}}, u"endless"_s);
+        QTRY_VERIFY(QFile::exists(m_bench->path(u"read"_s))); // its STOP is still the interpreter's
+        // Beside an endless loop everything else works, and each action gets its own "main".
+        const auto other = run(bare
+                + "        self._logger.log = [__file__.split('/')[-2]]\n"
+                  "        import sys; self._logger.log += sys.path[-3:]\n",
+            {}, u"other"_s);
+        QTRY_COMPARE(m_bench->console.entries,
+            QStringList({u"other||"_s, top + u"/other||"_s, top + u"/endless||"_s, u"/junk||"_s}));
+        QTRY_COMPARE(m_bench->console.scriptsRunning, QStringList{u"endless"_s});
+        const auto shell = m_bench->action(u"shell"_s, R"({"scope":"pod"})", "main.sh", "#!/bin/sh\n");
+        shell->performAction({});
+        QTRY_COMPARE(m_bench->console.entries.size(), 5);
+        m_bench->write(u"stop"_s, "");
+        QTRY_COMPARE(m_bench->console.entries.value(6), u"True||"_s);
+        QTRY_COMPARE(endless.use_count() + other.use_count(), 2L); // their folders are off the search path
+        m_bench->console.entries.clear();
+        const auto alone = run(script, {{u"TOP"_s, top}, {u"STOP"_s, QString()}}, u"alone"_s);
+        QTRY_COMPARE(m_bench->console.entries, QStringList({u"alone||"_s, u"True||"_s}));
+        QTRY_COMPARE(alone.use_count(), 1L);
+        m_bench->console.entries.clear();
+        const auto again = run(bare + "        import sys; self._logger.log = [str('/junk' in sys.path)]\n");
+        QTRY_COMPARE(m_bench->console.entries, QStringList{u"False||"_s});
     }
 
     void modulesBesideTheScript()

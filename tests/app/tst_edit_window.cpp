@@ -71,6 +71,7 @@ private Q_SLOTS:
     void init()
     {
         qputenv("PATH", m_folder.path().toLocal8Bit() + ":/usr/bin:/bin");
+        qputenv("KUBE_EDITOR", "vi"); // which kubectl would prefer
         qputenv("TMPDIR", m_folder.path().toLocal8Bit()); // kubectl leaves files behind, as it should
         setUserDefaultsForTesting(&m_settings);
         applicationRecord() = {};

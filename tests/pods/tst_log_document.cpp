@@ -112,6 +112,51 @@ private Q_SLOTS:
         QVERIFY(m_folder.isValid());
     }
 
+    void ascendingListIsAList()
+    {
+        std::mt19937 random(1);
+        AscendingList list;
+        std::vector<qint64> model;
+        qint64 value = 0;
+        for (int i = 0; i < 5000; ++i) {
+            value += qint64(random() % (i % 7 == 0 ? 3'000'000'000U : i % 3 == 0 ? 2U : 200U));
+            list.append(value);
+            model.push_back(value);
+        }
+        QCOMPARE(list.size(), qint64(model.size()));
+        QCOMPARE(list.last(), model.back());
+        AscendingList::Cursor cursor(list, 0);
+        for (std::size_t i = 0; i < model.size(); ++i, cursor.next()) {
+            QCOMPARE(list.at(qint64(i)), model[i]);
+            QCOMPARE(cursor.value(), model[i]);
+            for (const qint64 probe : {model[i] - 1, model[i], model[i] + 1}) {
+                QCOMPARE(list.upperBound(probe),
+                    std::upper_bound(model.begin(), model.end(), probe) - model.begin());
+            }
+        }
+        QCOMPARE(AscendingList().upperBound(3), 0);
+    }
+
+    void linesBeginWhereverPiecesAreCut()
+    {
+        std::mt19937 random(2);
+        for (int round = 0; round < 60; ++round) {
+            QByteArray text;
+            for (const Piece &piece : randomPieces(random, 80)) {
+                text += piece.text;
+            }
+            LineSplitter splitter;
+            std::vector<qint64> starts;
+            for (qsizetype at = 0; at < text.size();) {
+                const qsizetype size = qMin<qsizetype>(text.size() - at, 1 + qsizetype(random() % 9));
+                splitter.feed(QByteArrayView(text).sliced(at, size), starts);
+                at += size;
+            }
+            QCOMPARE(starts, naiveStarts(text));
+            QCOMPARE(splitter.lines(), qint64(starts.size()));
+        }
+    }
+
     void longLinesAreCutBetweenCharacters_data()
     {
         QTest::addColumn<QByteArray>("unit");
