@@ -32,7 +32,7 @@ private:
     static void arrangeAll(const QWidget &window);
 
     const int m_lifetime;
-    QTimer m_end;
+    QTimer m_end{this};
 };
 
 } // namespace tidewright

@@ -59,19 +59,11 @@ private Q_SLOTS:
         row("unknown keys", R"({"scope":"x","more":[1,{}]})", "", "x - - - - - -");
         row("null is absent", R"({"scope":"x","show_warning_text":null})", "", "x - - - - - -");
         row("no scope", R"({"is_smart_action":true})", "the required \"scope\" is missing", "");
-        row("scope is null", R"({"scope":null})", "the required \"scope\" is missing", "");
-        row("scope is a number", R"({"scope":1})", "\"scope\" is not a text", "");
         row("boolean as text", R"({"scope":"x","open_in_terminal":"true"})",
             "\"open_in_terminal\" is not true or false", "");
-        row("boolean as number", R"({"scope":"x","is_smart_action":1})", "\"is_smart_action\" is not", "");
         row("array of numbers", R"({"scope":"x","environment_variables":["A",1]})",
             "\"environment_variables\" is not an array of texts", "");
-        row("array as text", R"({"scope":"x","active_in_contexts":"c"})", "\"active_in_contexts\" is not",
-            "");
-        row("text as object", R"({"scope":"x","show_warning_text":{}})", "\"show_warning_text\" is not", "");
-        row("an array", "[]", "it is not one JSON object", "");
         row("nothing", "", "illegal value at line 1, byte 1", "");
-        row("half", "{\n\"scope\":\"x", "unterminated string at line 2, byte 10", "");
         row("not UTF-8", "{\"scope\":\"\xff\"}", "invalid UTF8 string", "");
         row("deeply nested", R"({"scope":"x","y":)" + QByteArray(500'000, '['), "too deeply nested", "");
         row("10 MB", R"({"scope":")" + QByteArray(10 << 20, 'x') + R"("})", "it is larger than 1 MiB", "");
@@ -186,9 +178,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("side"); // 0: the standard image
         QTest::newRow("an image") << png(64) << 64;
         QTest::newRow("large") << png(512) << 512;
-        QTest::newRow("small") << png(8) << 8;
         QTest::newRow("none") << QByteArray() << 0;
-        QTest::newRow("text") << QByteArray("no image") << 0;
         QTest::newRow("cut off") << png(64).left(40) << 0;
         QTest::newRow("huge") << png(3000) << 0;
     }

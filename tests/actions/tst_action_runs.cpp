@@ -209,23 +209,6 @@ private Q_SLOTS:
             QByteArray('<' + value.toUtf8() + "><" + token.toUtf8() + '>'));
     }
 
-    void reloadDuringARun()
-    {
-        const QString stop = m_bench->path(u"stop"_s);
-        const QByteArray script = "#!/bin/sh\nuntil [ -e \"$STOP\" ]; do sleep 0.05; done\necho $0\n";
-        auto item = m_bench->action(u"act"_s, R"({"scope":"pod"})", "main.sh", script);
-        item->performAction({{u"STOP"_s, stop}});
-        QTRY_COMPARE(m_bench->console.states, QStringList{u"act"_s});
-        const std::weak_ptr<CustomActionItem> first = item;
-        item = m_bench->action(u"act"_s, R"({"scope":"pod"})", "main.sh", script);
-        item->performAction({{u"STOP"_s, stop}});
-        QTRY_COMPARE(m_bench->console.states.last(), u"act,act"_s);
-        m_bench->write(u"stop"_s, "");
-        QTRY_COMPARE(m_bench->console.states, QStringList({u"act"_s, u"act,act"_s, u"act"_s, u""_s}));
-        QCOMPARE(m_bench->console.entries.size(), 2);
-        QTRY_VERIFY(first.expired());
-    }
-
 private:
     std::unique_ptr<ActionBench> m_bench;
 };

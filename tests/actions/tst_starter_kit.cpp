@@ -106,14 +106,12 @@ private Q_SLOTS:
         row("Shell in Container", "POD=debug-shell CONTAINER=shell", {},
             "the demo cluster does not serve connections");
         row("Forward Port", "SERVICE=web", {}, "port 80 will be at http://localhost:8080");
-        row("Forward Port", "SERVICE=greeter", {}, "port 9000 will be at http://localhost:9000");
         row("Restart Deployment", "DEPLOYMENT=greeter", accepted, "deployment.apps/greeter restarted",
             "rollout history deployment/greeter -n default|2         <none>");
         row("Roll Back Deployment", "DEPLOYMENT=greeter", accepted, "deployment.apps/greeter rolled back",
             "rollout history deployment/greeter -n default|3         <none>");
         row("Decode Secret", "SECRET=web-tls", accepted,
             "tls.key: demo key\nPress Return to clear the screen.\n\033[H\033[2J\033[3J");
-        row("Summarise Events", "", {}, "BackOff (Pod)", "", "shop");
         row("Summarise Events", "", {}, "-             1  - (-)\n", "", everywhere);
         row("Summarise Events", "", {}, "SuccessfulCreate (ReplicaSet)", "", everywhere);
         row("Scale by Pattern", "", {u"pattern=w?b*"_s, u"replicas=5"_s, u"Continue"_s, u"Scale"_s},
@@ -126,17 +124,9 @@ private Q_SLOTS:
                 u"pattern=w*"_s, u"replicas=9999999999"_s, u"Continue"_s, u"Scale"_s,
                 u"?w*,9999999999,deployments,false: "_s, u"Cancel"_s},
             "kubectl get deployments -o name --context=demo-harbor -n default");
-        row("Scale by Pattern", "",
-            {u"kind=statefulsets"_s, u"replicas=many"_s, u"Continue"_s,
-                u"?*,many,statefulsets,false: The number of replicas must be"_s, u"show=yes"_s,
-                u"pattern=z*"_s, u"replicas="_s, u"Continue"_s,
-                u"?z*,,statefulsets,true: No name of the statefulsets here"_s, u"kind=deployments"_s,
-                u"pattern=w*"_s, u"Continue"_s, u"?: deployment.apps/web"_s, u"OK"_s},
-            "kubectl get deployments -o name --context=demo-harbor -n default");
         const auto nowhere = [&](const char *title, const char *resource, const QString &message) {
             row(title, resource, {u"?: "_s + message, u"OK"_s}, "", "", everywhere);
         };
-        nowhere("Scale by Pattern", "", u"Choose a namespace first."_s);
         nowhere("Delete Finished Pods", "", u"Choose a namespace first."_s);
         row("Delete Finished Pods", "", {u"show=no"_s, u"OK"_s, u"?: pod/toolbox"_s, u"Delete"_s},
             "pod \"toolbox\" deleted", "get po toolbox -n default|NotFound");

@@ -84,15 +84,15 @@ FakeCluster::FakeCluster()
 {
     settings.set(u"liveUpdates"_s, u"off"_s); // its kubectl knows listings only
     setUserDefaultsForTesting(&settings);
-    qputenv("XDG_DATA_HOME", QFile::encodeName(path(QStringLiteral("data")))); // where the user's actions are
+    qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data"_s))); // where the user's actions are
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder.path())); // where the views are
     applicationRecord() = {};
-    const QString kubectl = path(QStringLiteral("kubectl"));
+    const QString kubectl = path(u"kubectl"_s);
     writeFile(kubectl, script);
     QFile::setPermissions(kubectl, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     setKubectlPath(kubectl);
-    answer(QStringLiteral("contexts"), "b\na\tb\tc\t");
-    answer(QStringLiteral("namespaces"), "default kube-system shop");
+    answer(u"contexts"_s, "b\na\tb\tc\t");
+    answer(u"namespaces"_s, "default kube-system shop");
 }
 
 FakeCluster::~FakeCluster()
@@ -102,7 +102,7 @@ FakeCluster::~FakeCluster()
 
 QString FakeCluster::fileFor(QString run, const QByteArray &suffix) const
 {
-    return path(run.replace(QLatin1Char(' '), QLatin1Char('-')) + QString::fromLatin1(suffix));
+    return path(run.replace(u' ', u'-') + QString::fromLatin1(suffix));
 }
 
 void FakeCluster::answer(const QString &run, const QByteArray &output)
@@ -180,34 +180,34 @@ QStringList FakeCluster::lines(const QString &name) const
     if (!file.open(QIODevice::ReadOnly)) {
         return {};
     }
-    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
 }
 
 QStringList FakeCluster::calls() const
 {
-    QStringList result = lines(QStringLiteral("calls"));
-    result.removeIf([](const QString &run) { return run.startsWith(QLatin1String("get ")); });
+    QStringList result = lines(u"calls"_s);
+    result.removeIf([](const QString &run) { return run.startsWith(u"get "_s); });
     return result;
 }
 
 QStringList FakeCluster::ended() const
 {
-    return lines(QStringLiteral("ended"));
+    return lines(u"ended"_s);
 }
 
 QStringList FakeCluster::tableReads() const
 {
-    return lines(QStringLiteral("reads"));
+    return lines(u"reads"_s);
 }
 
 int FakeCluster::niceness(const QString &run) const
 {
-    const QStringList all = lines(QStringLiteral("niceness")).filter(QLatin1Char(' ') + run);
-    return all.isEmpty() ? -1 : all.last().section(QLatin1Char(' '), 0, 0).toInt();
+    const QStringList all = lines(u"niceness"_s).filter(u' ' + run);
+    return all.isEmpty() ? -1 : all.last().section(u' ', 0, 0).toInt();
 }
 
 void FakeCluster::forgetCalls()
 {
-    QFile::remove(path(QStringLiteral("calls")));
-    QFile::remove(path(QStringLiteral("reads")));
+    QFile::remove(path(u"calls"_s));
+    QFile::remove(path(u"reads"_s));
 }

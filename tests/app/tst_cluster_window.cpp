@@ -1,720 +1,564 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "FakeCluster.h"
-#include "app/AppDelegate.h"
-#include "app/toolbar/ClusterToolBar.h"
-#include "app/window/ClusterWindowFrame.h"
-#include "app/state/KubeSplitViewController.h"
-#include "app/window/MainWindowController.h"
-#include "app/content/PrimaryContentController.h"
-#include "app/toolbar/SearchableComboBox.h"
+#include "App.h"
 #include "app/content/SidebarController.h"
+#include "app/toolbar/ClusterToolBar.h"
+#include "app/toolbar/SearchableComboBox.h"
 #include "core/ApplicationRecord.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/view/CombinedLogsWindowController.h"
-#include "pods/console/ConsoleTextView.h"
-#include "pods/console/ConsoleViewController.h"
 #include "pods/table/ContainerButton.h"
-#include "pods/table/PodController.h"
-#include "resources/table/ResourceTableView.h"
 #include "resources/changes/RowDeletion.h"
-#include "resources/table/SharedContentViewController.h"
-#include "support/Patience.h"
+#include "support/TestSupport.h"
 
-#include <QAction>
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
-#include <QMenu>
-#include <QMenuBar>
-#include <QMessageBox>
 #include <QRegularExpression>
 #include <QTabBar>
-#include <QTest>
 #include <QTimer>
-
-#include <algorithm>
 
 using namespace tidewright;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto twoPods = "web-1\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n"
-                         "web-2\ttrue\tRunning\t0\t\t2020-01-01T00:00:00Z\tapp\n";
-
-/// The application with one window on a fake cluster, its pods loaded.
-struct Application
+QList<CombinedLogsWindowController *> logWindows()
 {
-    explicit Application(const QByteArray &users = "[]")
-    {
-        cluster.answer(u"get po"_s, twoPods);
-        cluster.edit("\"kind\"", "\"users\": " + users + ", \"kind\"");
-        cluster.settings.set(u"defaultKubeConfigPath"_s, cluster.kubeConfig());
-        delegate.newDocument();
-        frame = delegate.mainWindow();
-    }
-    ~Application() { delegate.applicationWillTerminate(); }
-
-    void load()
-    {
-        QVERIFY(QTest::qWaitForWindowActive(frame));
-        QTRY_COMPARE(table().tableItems().size(), 2U);
-        for (const SharedContentViewController *each : page().primaryContentController().tables()) {
-            QTRY_VERIFY(each->rowsAsOf().isValid() && !each->isLoading());
+    QList<CombinedLogsWindowController *> windows;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (auto *found = qobject_cast<CombinedLogsWindowController *>(window)) {
+            windows.append(found);
         }
     }
-    QMessageBox *question() const { return frame->findChild<QMessageBox *>(); }
-    void answer(const QString &title) const
-    {
-        QTRY_VERIFY(question());
-        for (QAbstractButton *button : question()->buttons()) {
-            if (button->text() == title) {
-                button->click();
-            }
-        }
-        QTRY_VERIFY(!question());
-    }
-    QStringList podReads() const { return cluster.tableReads().filter(u"get po "_s); }
-    MainWindowController &page() const { return *frame->currentPage(); }
-    SharedContentViewController &table() const { return *page().primaryContentController().shownTable(); }
-    QAction &command(const QString &title) const
-    {
-        for (QAction *action : frame->findChildren<QAction *>()) {
-            if (action->text().remove(u'&') == title) {
-                return *action;
-            }
-        }
-        qFatal("no command %s", qPrintable(title));
-    }
+    return windows;
+}
 
-    FakeCluster cluster;
-    AppDelegate delegate;
-    ClusterWindowFrame *frame;
-};
-
-QStringList tabTitles(const ClusterWindowFrame &frame)
+QString state(const QAction &action)
 {
-    QStringList titles;
-    for (int index = 0; index < frame.tabBar()->count(); ++index) {
-        titles.append(frame.tabBar()->tabText(index));
-    }
-    return titles;
+    return (action.isEnabled() ? u"on: "_s : u"off: "_s) + action.toolTip();
 }
 
 } // namespace
 
-class tst_cluster_window : public QObject
+class TestClusterWindow : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void sidebarTree();
-    void sidebarSelection();
-    void namespaceChangeEmptiesTables();
-    void commandsFollowTheSelection();
-    void logsAndJobsFollowTheTable();
-    void filterFollowsTheTable();
-    void titles_data();
-    void titles();
-    void tabsAreWindowsOfTheirOwn();
-    void entriesReachTheMainConsole();
-    void windowsComeBack();
-    void frameIsRemembered();
-    void listsAreSearchedByTyping();
-    void namespacesAreTypedWhereTheyAreSecret();
-    void programsToLogInAreAskedAbout();
-    void hugeDeletions_data();
-    void hugeDeletions();
-    void createFromFiles();
-    void logsOpenInWindowsOfTheirOwn();
-    void quittingWaitsForNobody();
+
+    void namespaceChangeEmptiesTables()
+    {
+        App app;
+        app.open();
+        app.cluster.forgetCalls();
+        app.page().sidebarController().select(u"Events"_s);
+        app.cluster.hold(u"get po"_s);
+        app.state().chooseNamespace(u"shop"_s);
+        const auto *pods = app.content().tableControllerForScope(u"pod"_s);
+        QCOMPARE(pods->tableItems().size(), 0U); // also while it is hidden
+        QTRY_COMPARE(app.cluster.tableReads().filter(u" --context=b -nshop "_s).size(), 14);
+        QVERIFY(app.cluster.tableReads().first().startsWith(u"get events "_s)); // the one that is seen
+        app.cluster.release(u"get po"_s);
+        QTRY_COMPARE(pods->tableItems().size(), 3U);
+        const int visible = app.cluster.niceness(u"get events"_s);
+        QCOMPARE(
+            app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
+    }
+
+    void commandsFollowTheSelection()
+    {
+        App app;
+        app.open();
+        const QStringList forRows{u"Copy Name"_s, u"Delete…"_s, u"Quick Look"_s};
+        const auto enabled = [&app](const QStringList &titles) {
+            return std::all_of(titles.begin(), titles.end(),
+                [&app](const QString &title) { return app.command(title).isEnabled(); });
+        };
+        const auto disabled = [&app](const QStringList &titles) {
+            return std::none_of(titles.begin(), titles.end(),
+                [&app](const QString &title) { return app.command(title).isEnabled(); });
+        };
+        QVERIFY(disabled(forRows + QStringList{u"Stop Loading"_s, u"Next Tab"_s}));
+        app.table().tableView().selectRow(1);
+        QVERIFY(enabled(forRows + QStringList{u"Reload"_s, u"Filter"_s}));
+        app.cluster.hold(u"get po"_s);
+        app.command(u"Reload"_s).trigger();
+        QTRY_VERIFY(app.command(u"Stop Loading"_s).isEnabled());
+        QTest::keyClick(app.frame, Qt::Key_Escape);
+        QTRY_VERIFY(!app.command(u"Stop Loading"_s).isEnabled());
+        QCOMPARE(app.table().tableItems().size(), 3U);
+        app.page().sidebarController().select(u"Secrets"_s);
+        QVERIFY(disabled(forRows) && enabled({u"Reload"_s, u"Filter"_s}));
+    }
+
+    void filterFollowsTheTable()
+    {
+        App app;
+        app.open();
+        QLineEdit *filter = app.page().toolBar().filterField();
+        QTest::keyClick(app.frame, Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(filter->hasFocus());
+        QTest::keyClicks(filter, u"WEB-2"_s);
+        QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
+        QTest::keyClick(filter, Qt::Key_Down); // on to the row that was found
+        QCOMPARE(app.table().chosenNames(), QStringList{u"web-2"_s});
+        QVERIFY(!filter->hasFocus());
+        app.page().sidebarController().select(u"Jobs"_s);
+        QCOMPARE(filter->text(), QString());
+        app.page().sidebarController().select(u"Pods"_s);
+        QCOMPARE(filter->text(), u"WEB-2"_s);
+        QTest::keyClick(filter, Qt::Key_Escape);
+        QCOMPARE(app.table().arrangedObjects().rowCount(), 3);
+    }
+
+    void titles()
+    {
+        App app;
+        app.open();
+        const QString other = app.cluster.path(u"other"_s);
+        QVERIFY(QFile::copy(app.cluster.kubeConfig(), other));
+        MainWindowController *opener = app.frame->currentPage();
+        for (const auto &[chosen, title, windowTitle, tabTitle] :
+            {std::tuple(QString(), QString(), app.cluster.kubeConfig(), u"default"_s),
+                {other, QString(), other, u"default"_s},
+                {other + u":/a/config:/b/config:/c"_s, QString(), u"other, a/config, b/config, …"_s,
+                    u"default"_s},
+                {other, u"a&b"_s, u"a&b"_s, u"a&&b : default"_s}}) {
+            MainWindowController *opened = app.frame->addTab(chosen, title);
+            QCOMPARE(app.frame->currentPage(), opened);
+            QTRY_COMPARE(app.frame->windowTitle(), windowTitle + u" : default"_s);
+            const int tab = app.frame->tabBar()->currentIndex();
+            QCOMPARE(app.frame->tabBar()->tabText(tab), tabTitle);
+            const QString path = chosen.isEmpty() ? app.cluster.kubeConfig() : chosen;
+            QVERIFY(app.frame->tabBar()->tabToolTip(tab).contains(u"Kubeconfig: "_s + path));
+            QCOMPARE(opened->state().kubeConfigPath(), path);
+        }
+        QCOMPARE(opener->subwindowControllers.size(), 1);
+    }
+
+    void whatCannotBeDoneSaysWhy()
+    {
+        App app;
+        app.cluster.answer(u"get cj"_s, "c\t@daily\tfalse\t\t\tT\nd\t@daily\tfalse\t\t\tT\n");
+        app.open();
+        const QAction &viewLogs = app.command(u"View Logs"_s);
+        const QAction &runNow = app.command(u"Run Cron Job Now"_s);
+        QVERIFY(app.page().toolBar().commands().contains(&viewLogs));
+        QCOMPARE(state(viewLogs), u"off: Select a pod or choose a container first."_s);
+        QTRY_COMPARE(app.pods().containerButtons().size(), 4U);
+        QTest::mouseClick(app.pods().containerButtons().front(), Qt::LeftButton);
+        QCOMPARE(state(viewLogs), u"on: Show the logs of what is selected (Ctrl+Shift+L)"_s);
+        QTest::mouseClick(app.pods().containerButtons().front(), Qt::LeftButton);
+        QVERIFY(!viewLogs.isEnabled());
+        app.table().tableView().selectRow(1);
+        QVERIFY(viewLogs.isEnabled());
+        QCOMPARE(state(runNow), u"off: Choose Cron Jobs in the sidebar first."_s);
+        app.page().sidebarController().select(u"Cron Jobs"_s);
+        QVERIFY(state(viewLogs).startsWith(u"off: Cron Jobs have no logs."_s));
+        QCOMPARE(state(runNow), u"off: Select a cron job first."_s);
+        QTRY_COMPARE(app.table().tableItems().size(), 2U);
+        app.table().tableView().selectRow(0);
+        QVERIFY(runNow.isEnabled());
+        app.table().tableView().selectAll();
+        QCOMPARE(state(runNow), u"off: Select a single cron job."_s);
+        app.page().sidebarController().select(u"Pods"_s);
+        QVERIFY(viewLogs.isEnabled() && !runNow.isEnabled());
+    }
+
+    void longListsAreSearchedByTyping()
+    {
+        App app;
+        QByteArray contexts = "context-7\n";
+        QByteArray names;
+        for (int number = 0; number < 2000; ++number) {
+            contexts += "context-" + QByteArray::number(number) + '\t';
+            names += "team-" + QByteArray::number(number) + ' ';
+        }
+        app.cluster.answer(u"contexts"_s, contexts);
+        app.cluster.answer(u"namespaces"_s, names);
+        app.open();
+        const ClusterToolBar &bar = app.page().toolBar();
+        QCOMPARE(bar.namespacesPopupButton()->accessibleName(), u"Namespaces"_s);
+        QCOMPARE(bar.namespacesPopupButton()->count(), 2002); // all namespaces, a separator, and the names
+        QCOMPARE(bar.namespacesPopupButton()->itemText(0), allNamespaces);
+        for (const auto &[list, chosen] : {std::pair(bar.contextPopupButton(), u"context-1998"_s),
+                 std::pair(bar.namespacesPopupButton(), u"team-1998"_s)}) {
+            QTRY_VERIFY(list->isEnabled());
+            const QString before = list->currentText();
+            const double start = test::threadTime();
+            list->setFocus();
+            QTest::keyClick(list, Qt::Key_1);
+            auto *search = list->findChild<QLineEdit *>();
+            QTRY_VERIFY(search && search->isVisible());
+            QTest::keyClicks(search, u"998"_s);
+            QVERIFY2(test::sanitized || test::threadTime() - start < 1500, "typing is felt");
+            QCOMPARE(search->parentWidget()->findChild<QListView *>()->model()->rowCount(), 1);
+            QCOMPARE(list->currentText(), before); // looking changes nothing
+            QTest::keyClick(search, Qt::Key_Return);
+            QTRY_COMPARE(list->currentText(), chosen);
+        }
+        QTRY_VERIFY(app.cluster.ended().contains(u"set team-1998"_s));
+        QCOMPARE(app.state().currentContext() + app.state().currentNamespace(), u"context-1998team-1998"_s);
+    }
+
+    void logsOpenInWindowsOfTheirOwn()
+    {
+        App app;
+        app.open();
+        const std::vector<ContainerPair> pairs{{u"web-1"_s, u"app"_s}, {u"deploy/web"_s, allContainers}};
+        app.state().openLogs(pairs);
+        app.state().openLogs(pairs);
+        QCOMPARE(logWindows().size(), 2);
+        const CombinedLogsViewController &content = logWindows().first()->contentController();
+        QVERIFY(content.isVisible());
+        QCOMPARE(content.containers, pairs);
+        QVERIFY(content.kubeConfigPath.endsWith(u':' + app.cluster.kubeConfig()));
+        QCOMPARE(content.context + content.nameSpace, u"bdefault"_s);
+        // They stay when the cluster's window goes, and the program ends with the last of them.
+        QStringList seen;
+        QTimer closeNext;
+        int rounds = 0;
+        closeNext.callOnTimeout([&] {
+            QWidget *next = app.delegate.mainWindow();
+            const QString now = u"%1+%2"_s.arg(logWindows().size()).arg(next ? 1 : 0);
+            if (now != u"0+0" && (seen.isEmpty() || seen.last() != now)) {
+                seen.append(now);
+                (next ? next : logWindows().first())->close();
+            } else if (++rounds > 10'000) {
+                QApplication::exit(1); // which nobody else did
+            }
+        });
+        closeNext.start(0);
+        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(seen, (QStringList{u"2+1"_s, u"2+0"_s, u"1+0"_s}));
+
+        closeNext.stop();
+        app.open();
+        app.state().openLogs(pairs);
+        app.cluster.hold(u"get po"_s);
+        app.command(u"Reload"_s).trigger();
+        QTRY_VERIFY(app.table().isLoading());
+        app.delegate.applicationWillTerminate(); // which waits for nobody
+        QCOMPARE(logWindows().size(), 0);
+        QCOMPARE(app.cluster.ended().count(u"get po"_s), 2);
+        app.cluster.release(u"get po"_s);
+    }
+
+    void tabsAreWindowsOfTheirOwn()
+    {
+        App app;
+        app.cluster.settings.set(u"kubeconfigFollows"_s, u"window"_s);
+        app.open();
+        QVERIFY(app.frame->tabBar()->isHidden());
+        QPointer<MainWindowController> first = app.frame->currentPage();
+        QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier);
+        QPointer<MainWindowController> second = app.frame->currentPage();
+        QVERIFY(first != second && app.frame->tabBar()->isVisible());
+        QTRY_COMPARE(second->state().currentNamespace(), u"default"_s);
+        second->state().chooseContext(u"a"_s);
+        QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
+        QTRY_VERIFY(second->state().namespaceList().enabled);
+        app.cluster.forgetCalls();
+
+        // Its neighbour is the main window again, and the user's kubeconfig follows.
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
+        QCOMPARE(app.frame->currentPage(), first.data());
+        QCOMPARE(first->state().currentContext(), u"b"_s);
+        QTRY_VERIFY(app.cluster.ended().contains(u"file use b"_s));
+        QVERIFY(!app.cluster.calls().contains(u"contexts"_s));
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier); // around the end
+        QCOMPARE(app.frame->currentPage(), second.data());
+        QTRY_COMPARE(app.cluster.ended().count(u"file use a"_s), 2);
+
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, first}));
+        QCOMPARE(app.frame->currentPage(), second.data());
+        QVERIFY(second->toolBar().isVisible() && !first->toolBar().isVisible());
+
+        // A tab that is closed from behind takes its own toolbar along, and no other.
+        QPointer<MainWindowController> third = app.frame->addTab();
+        QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, third, first}));
+        app.frame->selectTab(2);
+        app.frame->closeTab(0);
+        QVERIFY(!second && first->toolBar().isVisible() && !third->toolBar().isVisible());
+        QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
+        QVERIFY(third->toolBar().isVisible());
+        QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!third);
+        QCOMPARE(app.frame->currentPage(), first.data());
+        QCOMPARE(app.frame->tabBar()->count(), 1);
+        QPointer<ClusterWindowFrame> frame = app.frame;
+        QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
+        QTRY_VERIFY(!frame);
+        QCOMPARE(app.delegate.mainWindow(), nullptr);
+        QCOMPARE(mainConsole(), nullptr);
+    }
+
+    void entriesReachTheMainConsole()
+    {
+        App app;
+        app.cluster.settings.set(u"kubeconfigFollows"_s, u"window"_s);
+        app.open();
+        ClusterWindowFrame *first = app.frame;
+        QCOMPARE(mainConsole(), &first->currentPage()->windowConsoleController());
+        QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
+        ClusterWindowFrame *second = app.delegate.mainWindow();
+        QVERIFY(second != first);
+        QVERIFY(QTest::qWaitForWindowActive(second));
+        QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
+        QCOMPARE(app.delegate.windowControllers().size(), 2);
+        second->addTab();
+        QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
+
+        // A dialog is no cluster window; and with the second window gone the first is the main one.
+        app.delegate.showAbout();
+        postConsoleEntry(nullptr, u"kubectl x"_s, QString(3200, u'y'), makeConsoleError(u"broken"_s));
+        const ConsoleTextView *text = second->currentPage()->windowConsoleController().consoleTextView();
+        QTRY_VERIFY(text->toPlainText().contains(u"y…\nbroken\n"_s));
+        const QString shown = text->toPlainText();
+        QVERIFY(shown.contains(u"kubectl x"_s));
+        QCOMPARE(shown.count(u'y'), 3000);
+        QTRY_VERIFY(second->currentPage()->state().namespaceList().enabled);
+        second->currentPage()->state().chooseContext(u"a"_s);
+        QTRY_VERIFY(app.cluster.ended().contains(u"file use a"_s));
+        second->close();
+        QTRY_COMPARE(app.delegate.mainWindow(), first);
+        first->activateWindow(); // no window manager does it here
+        QTRY_VERIFY(app.cluster.ended().contains(u"file use b"_s));
+    }
+
+    void windowsComeBack()
+    {
+        App app;
+        app.open();
+        app.delegate.showAbout();
+        QWidget *about = nullptr;
+        for (QWidget *window : QApplication::topLevelWidgets()) {
+            about = qobject_cast<QDialog *>(window) && window->isVisible() ? window : about;
+        }
+        QVERIFY(about);
+        const auto labels = about->findChildren<QLabel *>();
+        QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+            static const QRegularExpression version(u"^Version [0-9.]+ \\(Build [0-9]+\\)$"_s);
+            return version.match(label->text()).hasMatch();
+        }));
+        about->close();
+        app.frame->hide();
+        app.delegate.applicationShouldHandleReopen(true); // something can be seen: nothing to do
+        QVERIFY(!app.frame->isVisible());
+        app.delegate.applicationShouldHandleReopen(false);
+        QVERIFY(app.frame->isVisible() && about->isVisible());
+
+        // Started once more, the program brings forward what can be seen; and everything when nothing can.
+        about->close();
+        QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
+        ClusterWindowFrame *second = app.delegate.mainWindow();
+        second->showMinimized();
+        app.delegate.comeForward();
+        QVERIFY(second->isMinimized() && app.frame->isVisible() && !about->isVisible());
+        app.frame->showMinimized();
+        app.delegate.comeForward();
+        QVERIFY(!second->isMinimized() && !app.frame->isMinimized() && about->isVisible());
+
+        // What else is open keeps no application alive that has no cluster window any more.
+        app.delegate.showPreferences();
+        for (const QWidget *window : QApplication::topLevelWidgets()) {
+            const bool isCluster = qobject_cast<const ClusterWindowFrame *>(window);
+            QVERIFY(!window->isVisible() || window->testAttribute(Qt::WA_QuitOnClose) == isCluster);
+        }
+
+        // With windows of logs alone there is nothing to bring forward, and About is not what was asked for.
+        about->close();
+        delete second;
+        delete app.frame;
+        app.delegate.comeForward();
+        app.frame = app.delegate.mainWindow();
+        QVERIFY(app.frame && app.frame->isVisible() && !about->isVisible());
+    }
+
+    void frameIsRemembered()
+    {
+        App app;
+        app.open();
+        QCOMPARE(app.frame->minimumSize(), QSize(600, 310));
+        const QRect frame(20, 60, 640, 400);
+        app.frame->setGeometry(frame);
+        app.frame->close();
+        QVERIFY(app.cluster.settings.flush(std::chrono::seconds(10)));
+        QVERIFY(UserDefaults(app.cluster.settingsFile()).data(u"TidewrightFrame"_s));
+        app.delegate.newDocument();
+        QCOMPARE(app.delegate.mainWindow()->geometry(), frame);
+        const QSize usual = app.delegate.mainWindow()->size();
+        for (const QByteArray &broken : {QByteArray("x"), QByteArray(16, '\xff'), QByteArray(16, '\x7f')}) {
+            app.cluster.settings.set(u"TidewrightFrame"_s, broken);
+            app.delegate.newDocument();
+            const QWidget *window = app.delegate.mainWindow();
+            QVERIFY(window->screen()->availableGeometry().intersects(window->geometry()));
+            QVERIFY(window->width() >= qMin(600, usual.width()) && window->width() < 10000);
+        }
+    }
+
+    void namespacesAreTypedWhereTheyAreSecret()
+    {
+        App app;
+        app.cluster.fail(u"namespaces"_s, "Error from server (Forbidden): namespaces is forbidden");
+        app.open();
+        QPointer<SearchableComboBox> list = app.page().toolBar().namespacesPopupButton();
+        const auto type = [&list](const QString &text) { // returns how many rows are offered
+            QTest::keyClicks(list, text.left(1));
+            auto *search = list->findChild<QLineEdit *>();
+            QTest::keyClicks(search, text.mid(1));
+            const int rows = search->parentWidget()->findChild<QListView *>()->model()->rowCount();
+            QTest::keyClick(search, rows > 0 ? Qt::Key_Return : Qt::Key_Escape);
+            return rows;
+        };
+        const QString before = app.state().currentNamespace();
+        for (const QString &nonsense : {u"Night"_s, u"night_"_s, u"-night"_s, QString(64, u'n')}) {
+            QCOMPARE(type(nonsense), 0);
+            QTRY_VERIFY(!list->findChild<QLineEdit *>());
+        }
+        QCOMPARE(app.state().currentNamespace(), before);
+        QCOMPARE(type(u"night-shift"_s), 1);
+        QCOMPARE(app.state().currentNamespace(), u"night-shift"_s);
+        QTRY_VERIFY(app.cluster.ended().contains(u"set night-shift"_s));
+        QTRY_VERIFY(!list->findChild<QLineEdit *>());
+        QCOMPARE(type(before), 1); // leave it, and find it again in another tab
+        QTRY_COMPARE(app.state().currentNamespace(), before);
+        list = app.frame->addTab()->toolBar().namespacesPopupButton();
+        QTRY_VERIFY(list->isEnabled());
+        QVERIFY(list->findText(u"night-shift"_s) >= 0);
+    }
+
+    /// kubectl would run what a stranger's kubeconfig names.
+    void programsToLogInAreAskedAbout()
+    {
+        App app;
+        const QByteArray users
+            = R"([{"name": "b", "user": {"exec": {"command": "./run", "args": ["it", "<b>x\ny"]}}},
+            {"name": "a", "user": {"auth-provider": {"config": {"cmd-path": "/old", "cmd-args": "a  b"}}}}])";
+        app.cluster.edit("\"kind\"", "\"users\": " + users + ", \"kind\"");
+        app.delegate.newDocument();
+        app.frame = app.delegate.mainWindow();
+        const auto question = [&] { return app.question(); };
+        const auto answer = [&](const QString &title) {
+            QTRY_VERIFY(question());
+            app.answer(title);
+        };
+        const auto isClosed = [&] { // to the user, and to what is started
+            const bool told = app.page().state().loadingHint().contains(u"which you have not allowed."_s);
+            return told && app.page().state().kubeCtl().makeShell()->gate
+                && !app.page().state().kubeCtl().makeCopy().problem.isEmpty()
+                && !app.cluster.calls().contains(u"namespaces"_s) && app.cluster.tableReads().isEmpty();
+        };
+        QTRY_VERIFY(question());
+        QCOMPARE(question()->informativeText().split(u"\n\n"_s).value(1), u"./run it '<b>x\\ny'\n/old a b"_s);
+        QVERIFY(question()->informativeText().contains(app.cluster.kubeConfig()));
+        QVERIFY(isClosed());
+        answer(u"Cancel"_s);
+        QVERIFY(isClosed());
+        QLineEdit *field = app.page().windowConsoleController().commandEntryTextField();
+        field->setText(u"kubectl --context=a get po"_s); // goes where it says, at any other time
+        QTest::keyClick(field, Qt::Key_Return);
+        QTRY_VERIFY(app.console().contains(u"you have not allowed"_s));
+        app.command(u"Reload"_s).trigger(); // asks again
+        QTRY_VERIFY(question());
+        QVERIFY(isClosed());
+        answer(u"Allow"_s);
+        QTRY_COMPARE(app.table().tableItems().size(), 3U);
+        MainWindowController *second = app.frame->addTab();
+        QTRY_VERIFY(second->state().namespaceList().enabled);
+        app.cluster.forgetCalls();
+
+        app.cluster.edit("\"it\"", "\"it\", \"all\"");
+        auto refused = std::make_shared<QString>();
+        second->state().whenSettled([refused](const QString &obstacle) { *refused = obstacle; });
+        QTRY_VERIFY(refused->contains(u"which you have not allowed"_s));
+        app.frame->selectTab(1);
+        second->state().retryLoading();
+        QTRY_VERIFY(question() && question()->informativeText().contains(u"\n\n./run it all "_s));
+        QVERIFY(!app.cluster.calls().contains(u"namespaces"_s));
+        app.frame->selectTab(0);
+
+        qputenv("KUBECONFIG", QFile::encodeName(app.cluster.kubeConfig())); // the user's own choice
+        app.cluster.edit("./run", "./other");
+        MainWindowController *third = app.frame->addTab();
+        QTRY_VERIFY(third->state().namespaceList().enabled);
+        qunsetenv("KUBECONFIG");
+    }
+
+    void hugeDeletions_data()
+    {
+        QTest::addColumn<QByteArray>("complaint"); // of every kubectl
+        QTest::addColumn<QString>("meanwhile");
+        QTest::addColumn<QString>("outcome");
+        const auto outcome = [](const QString &run, const QString &failed, const QString &reason = {}) {
+            return QString(u"%1 of 4 command lines were run, %2 failed."_s.arg(run, failed)
+                + (reason.isEmpty() ? QString() : u" The others were not run: "_s + reason));
+        };
+        const auto gone = "Error from server (NotFound): pods \"x\" not found\n"_ba;
+        const auto denied = "Error from server (Forbidden): pods \"x\" is forbidden\n"_ba;
+        QTest::newRow("well") << QByteArray() << QString() << outcome(u"4"_s, u"0"_s);
+        QTest::newRow("gone already") << gone + gone << QString() << outcome(u"4"_s, u"4"_s);
+        QTest::newRow("failed") << gone + denied << QString()
+                                << outcome(u"1"_s, u"1"_s, QString::fromLatin1(gone + denied).trimmed());
+        QTest::newRow("window elsewhere") << QByteArray() << u"shop"_s << outcome(u"4"_s, u"0"_s);
+        QTest::newRow("window closed") << QByteArray() << u"close"_s << outcome(u"4"_s, u"0"_s);
+        QTest::newRow("kubeconfig lost")
+            << QByteArray() << u"lost"_s << outcome(u"1"_s, u"0"_s, u"no such file"_s);
+    }
+
+    /// No command line is longer than a kernel takes, and what is deleted is what was asked about, once.
+    void hugeDeletions()
+    {
+        QFETCH(QByteArray, complaint);
+        QFETCH(QString, meanwhile);
+        QFETCH(QString, outcome);
+        App app;
+        app.open();
+        app.delegate.newDocument();
+        QTRY_VERIFY(app.delegate.mainWindow()->currentPage()->state().namespaceList().enabled);
+        const auto *other
+            = app.delegate.mainWindow()->currentPage()->windowConsoleController().consoleTextView();
+        const QPointer<ClusterWindowFrame> frame = app.frame;
+        app.cluster.forgetCalls();
+        QStringList names;
+        for (int number = 0; number < 4000; ++number) {
+            names.append(QString::number(number).rightJustified(50, u'x'));
+        }
+        int finished = 0;
+        confirmAndDelete(app.table(), app.page().state(), app.table().kind(), names, [&] { ++finished; });
+        app.cluster.hold(u"delete po"_s);
+        QTRY_VERIFY(app.question());
+        app.answer(u"Delete"_s);
+        const auto runs = [&] { return app.cluster.tableReads().filter(u"delete po "_s); };
+        QTRY_COMPARE(runs().size(), 1);
+        if (!complaint.isEmpty()) {
+            app.cluster.fail(u"delete po"_s, complaint);
+        }
+        if (meanwhile == u"shop"_s) {
+            app.page().state().chooseNamespace(meanwhile);
+        } else if (meanwhile == u"lost"_s) {
+            app.cluster.fail(u"read"_s, "no such file");
+        } else if (meanwhile == u"close"_s) {
+            frame->close();
+            QTRY_VERIFY(!frame);
+        }
+        app.cluster.release(u"delete po"_s);
+        const auto *console = frame ? app.page().windowConsoleController().consoleTextView() : other;
+        QTRY_VERIFY2(
+            console->toPlainText().contains(outcome), qPrintable(console->toPlainText().right(1000)));
+        QCOMPARE(console->toPlainText().count(u"command lines were run"_s), 1);
+        QCOMPARE(console->toPlainText().count(u"kubectl delete po "_s), runs().size());
+        QCOMPARE(runs().size(), outcome.first(1).toInt());
+        QStringList deleted;
+        for (const QString &run : runs()) {
+            QVERIFY(run.size() < 80'000);
+            deleted += run.split(u' ').mid(2);
+        }
+        QCOMPARE(deleted, names.first(deleted.size()));
+        QTRY_COMPARE(finished, frame ? 1 : 0);
+    }
 };
 
-void tst_cluster_window::sidebarTree()
-{
-    QStringList shown;
-    for (const SidebarItem &header : sidebarItems()) {
-        QVERIFY(header.isHeader());
-        shown.append(header.name.toUpper());
-        for (const SidebarItem &kind : header.children) {
-            QVERIFY(kind.isLeaf());
-            QVERIFY2(!kind.image.isNull(), qPrintable(sidebarImageName(kind.name)));
-            shown.append(kind.name);
-        }
-    }
-    QCOMPARE(shown.join(u'|'),
-        u"INFRASTRUCTURE|Pods|Deployments|Services|Persistent Volumes|Endpoints|Daemon Sets|Replica Sets|"
-        u"TASKS|Cron Jobs|Jobs|CONFIGURATION|Cluster Roles|Config Maps|Secrets|Service Accounts|STATUS|Events"_s);
-    QCOMPARE(sidebarImageName(u"Persistent Volumes"_s), u"persistentvolumes-sidebar"_s);
-}
-
-void tst_cluster_window::sidebarSelection()
-{
-    Application app;
-    app.load();
-    const PrimaryContentController &content = app.page().primaryContentController();
-    SidebarController &sidebar = app.page().sidebarController();
-    QCOMPARE(sidebar.currentItem()->text(0), u"Pods"_s);
-    QCOMPARE(content.selectedTabName(), u"pods"_s);
-    const QWidget *pods = content.currentWidget();
-    QCOMPARE(content.indexOf(pods), 0);
-    QCOMPARE(app.podReads().size(), 1);
-    sidebar.select(u"Tasks"_s);
-    QCOMPARE(content.selectedTabName(), u"tasks"_s);
-    QCOMPARE(content.currentWidget(), pods);
-    sidebar.select(u"Config Maps"_s);
-    QCOMPARE(content.currentWidget(), content.sidebarMap().value(u"config maps"_s));
-    sidebar.select(u"Pods"_s);
-    QCOMPARE(content.currentWidget(), pods);
-    QTRY_COMPARE(app.podReads().size(), 2);
-}
-
-void tst_cluster_window::namespaceChangeEmptiesTables()
-{
-    Application app;
-    app.load();
-    app.cluster.forgetCalls();
-    app.page().sidebarController().select(u"Events"_s);
-    app.cluster.hold(u"get po"_s);
-    app.page().state().chooseNamespace(u"shop"_s);
-    const auto *pods = app.page().primaryContentController().tableControllerForScope(u"pod"_s);
-    QCOMPARE(pods->tableItems().size(), 0U); // also while it is hidden
-    QTRY_COMPARE(app.cluster.tableReads().filter(u" --context=b -nshop "_s).size(), 14);
-    QCOMPARE(app.podReads().size(), 1);
-    QVERIFY(app.cluster.tableReads().indexOf(app.podReads().first()) > 0); // the one that is seen comes first
-    app.cluster.release(u"get po"_s);
-    QTRY_COMPARE(pods->tableItems().size(), 2U);
-    const int visible = app.cluster.niceness(u"get events"_s);
-    QCOMPARE(
-        app.cluster.niceness(u"get po"_s), qMin(19, visible + 10)); // it yields to the table that is seen
-}
-
-void tst_cluster_window::commandsFollowTheSelection()
-{
-    Application app;
-    app.load();
-    const QStringList forRows{u"Copy Name"_s, u"Delete…"_s, u"Quick Look"_s};
-    const auto enabled = [&app](const QStringList &titles) {
-        return std::all_of(titles.begin(), titles.end(),
-            [&app](const QString &title) { return app.command(title).isEnabled(); });
-    };
-    const auto disabled = [&app](const QStringList &titles) {
-        return std::none_of(titles.begin(), titles.end(),
-            [&app](const QString &title) { return app.command(title).isEnabled(); });
-    };
-    QVERIFY(disabled(forRows + QStringList{u"Stop Loading"_s, u"Next Tab"_s}));
-    app.table().tableView().selectRow(1);
-    QVERIFY(enabled(forRows + QStringList{u"Reload"_s, u"Filter"_s}));
-    app.cluster.hold(u"get po"_s);
-    app.command(u"Reload"_s).trigger();
-    QTRY_VERIFY(app.command(u"Stop Loading"_s).isEnabled());
-    QTest::keyClick(app.frame, Qt::Key_Escape);
-    QTRY_VERIFY(!app.command(u"Stop Loading"_s).isEnabled());
-    QCOMPARE(app.table().tableItems().size(), 2U);
-    app.page().sidebarController().select(u"Secrets"_s);
-    QVERIFY(disabled(forRows) && enabled({u"Reload"_s, u"Filter"_s}));
-}
-
-void tst_cluster_window::logsAndJobsFollowTheTable()
-{
-    Application app;
-    app.cluster.answer(u"get cj"_s, "c\t@daily\tfalse\t\t\tT\nd\t@daily\tfalse\t\t\tT\n");
-    app.load();
-    QAction &viewLogs = app.command(u"View Logs"_s);
-    QAction &runNow = app.command(u"Run Cron Job Now"_s);
-    QCOMPARE(viewLogs.objectName(), u"viewLogsToolbarItem"_s);
-    QVERIFY(app.page().toolBar().commands().contains(&viewLogs));
-    QVERIFY(!viewLogs.icon().isNull());
-    const auto state = [](const QAction &action) -> QString {
-        return (action.isEnabled() ? u"on: "_s : u"off: "_s) + action.toolTip();
-    };
-    const QString on = u"on: Show the logs of what is selected (Ctrl+Shift+L)"_s;
-    QCOMPARE(state(viewLogs), u"off: Select a pod or choose a container first."_s);
-    auto *pods = qobject_cast<PodController *>(&app.table());
-    QTRY_COMPARE(pods->containerButtons().size(), 2U);
-    QTest::mouseClick(pods->containerButtons().front(), Qt::LeftButton);
-    QCOMPARE(state(viewLogs), on); // a container is enough
-    viewLogs.trigger();
-    QVERIFY(pods->selectedContainerPairs().empty());
-    QVERIFY(!viewLogs.isEnabled());
-    app.table().tableView().selectRow(1);
-    QCOMPARE(state(viewLogs), on);
-    QCOMPARE(state(runNow), u"off: Choose Cron Jobs in the sidebar first."_s);
-    app.page().sidebarController().select(u"Cron Jobs"_s);
-    QVERIFY(state(viewLogs).startsWith(u"off: Cron Jobs have no logs."_s));
-    QCOMPARE(state(runNow), u"off: Select a cron job first."_s);
-    QTRY_COMPARE(app.table().tableItems().size(), 2U);
-    app.table().tableView().selectRow(0);
-    QVERIFY(runNow.isEnabled());
-    runNow.trigger();
-    QTRY_COMPARE(app.cluster.tableReads()
-                     .filter(QRegularExpression(
-                         u"^create job --context=b -ndefault --from=cronjob/c manually-run-c-[a-z0-9]{5}$"_s))
-                     .size(),
-        1);
-    app.table().tableView().selectAll();
-    QCOMPARE(state(runNow), u"off: Select a single cron job."_s);
-    app.page().sidebarController().select(u"Pods"_s);
-    QVERIFY(viewLogs.isEnabled() && !runNow.isEnabled());
-}
-
-void tst_cluster_window::filterFollowsTheTable()
-{
-    Application app;
-    app.load();
-    QLineEdit *filter = app.page().toolBar().filterField();
-    QTest::keyClick(app.frame, Qt::Key_F, Qt::ControlModifier);
-    QTRY_VERIFY(filter->hasFocus());
-    QTest::keyClicks(filter, u"WEB-2"_s);
-    QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
-    QTest::keyClick(filter, Qt::Key_Down); // on to the row that was found
-    QCOMPARE(app.table().chosenNames(), QStringList{u"web-2"_s});
-    QVERIFY(!filter->hasFocus());
-    app.page().sidebarController().select(u"Jobs"_s);
-    QCOMPARE(filter->text(), QString());
-    app.page().sidebarController().select(u"Pods"_s);
-    QCOMPARE(filter->text(), u"WEB-2"_s);
-    QTest::keyClick(filter, Qt::Key_Escape);
-    QCOMPARE(app.table().arrangedObjects().rowCount(), 2);
-}
-
-void tst_cluster_window::titles_data()
-{
-    QTest::addColumn<QString>("chosen"); // the kubeconfig that was chosen for the tab
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("windowTitle");
-    QTest::addColumn<QString>("tabTitle");
-    QTest::newRow("settings") << QString() << QString() << u"PATH : default"_s << u"default"_s;
-    QTest::newRow("chosen") << u"PATH"_s << QString() << u"PATH : default"_s << u"default"_s;
-    QTest::newRow("a list") << u"PATH:/a/config:/b/config:/c"_s << QString()
-                            << u"other, a/config, b/config, … : default"_s << u"default"_s;
-    QTest::newRow("chosen and named") << u"PATH"_s << u"prod"_s << u"prod : default"_s << u"prod : default"_s;
-    QTest::newRow("an ampersand") << u"PATH"_s << u"a&b"_s << u"a&b : default"_s << u"a&&b : default"_s;
-}
-
-void tst_cluster_window::titles()
-{
-    QFETCH(QString, chosen);
-    QFETCH(QString, title);
-    QFETCH(QString, windowTitle);
-    QFETCH(QString, tabTitle);
-    Application app;
-    app.load();
-    QVERIFY(QFile::copy(app.cluster.kubeConfig(), app.cluster.path(u"other"_s)));
-    chosen.replace(u"PATH"_s, app.cluster.path(u"other"_s));
-    const QString path = chosen.isEmpty() ? app.cluster.kubeConfig() : chosen;
-    MainWindowController *opener = app.frame->currentPage();
-    MainWindowController *opened = app.frame->addTab(chosen, title);
-    QCOMPARE(opener->subwindowControllers.value(0).data(), opened);
-    QCOMPARE(app.frame->currentPage(), opened);
-    QTRY_COMPARE(app.frame->windowTitle(), windowTitle.replace(u"PATH"_s, path));
-    QCOMPARE(app.frame->tabBar()->tabText(1), tabTitle);
-    QVERIFY(app.frame->tabBar()->tabToolTip(1).contains(u"Kubeconfig: "_s + path));
-    QCOMPARE(opened->state().kubeConfigPath(), path);
-}
-
-void tst_cluster_window::tabsAreWindowsOfTheirOwn()
-{
-    Application app;
-    app.cluster.settings.set(u"kubeconfigFollows"_s, u"window"_s);
-    app.load();
-    QVERIFY(app.frame->tabBar()->isHidden());
-    QPointer<MainWindowController> first = app.frame->currentPage();
-    QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier);
-    QPointer<MainWindowController> second = app.frame->currentPage();
-    QVERIFY(first != second && app.frame->tabBar()->isVisible());
-    QTRY_COMPARE(second->state().currentNamespace(), u"default"_s);
-    second->state().chooseContext(u"a"_s);
-    QTRY_COMPARE(applicationRecord().appContext, u"a"_s);
-    QTRY_VERIFY(second->state().namespaceList().enabled);
-    app.cluster.forgetCalls();
-
-    // Its neighbour is the main window again, and the user's kubeconfig follows.
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
-    QCOMPARE(app.frame->currentPage(), first.data());
-    QCOMPARE(first->state().currentContext(), u"b"_s);
-    QTRY_VERIFY(app.cluster.ended().contains(u"file use b"_s));
-    QVERIFY(!app.cluster.calls().contains(u"contexts"_s));
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier); // around the end
-    QCOMPARE(app.frame->currentPage(), second.data());
-    QTRY_COMPARE(app.cluster.ended().count(u"file use a"_s), 2);
-
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, first}));
-    QCOMPARE(app.frame->currentPage(), second.data());
-    QVERIFY(second->toolBar().isVisible() && !first->toolBar().isVisible());
-
-    // A tab that is closed from behind takes its own toolbar along, and no other.
-    QPointer<MainWindowController> third = app.frame->addTab();
-    QCOMPARE(app.frame->pages(), QList<MainWindowController *>({second, third, first}));
-    app.frame->selectTab(2);
-    app.frame->closeTab(0);
-    QVERIFY(!second && first->toolBar().isVisible() && !third->toolBar().isVisible());
-    QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
-    QVERIFY(third->toolBar().isVisible());
-    QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
-    QVERIFY(!third);
-    QCOMPARE(app.frame->currentPage(), first.data());
-    QCOMPARE(tabTitles(*app.frame), QStringList{u"default"_s});
-    QPointer<ClusterWindowFrame> frame = app.frame;
-    QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
-    QTRY_VERIFY(!frame);
-    QCOMPARE(app.delegate.mainWindow(), nullptr);
-    QCOMPARE(mainConsole(), nullptr);
-}
-
-void tst_cluster_window::entriesReachTheMainConsole()
-{
-    Application app;
-    app.load();
-    ClusterWindowFrame *first = app.frame;
-    QCOMPARE(mainConsole(), &first->currentPage()->windowConsoleController());
-    QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
-    ClusterWindowFrame *second = app.delegate.mainWindow();
-    QVERIFY(second != first);
-    QVERIFY(QTest::qWaitForWindowActive(second));
-    QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
-    QCOMPARE(app.delegate.windowControllers().size(), 2);
-    second->addTab();
-    QCOMPARE(mainConsole(), &second->currentPage()->windowConsoleController());
-
-    // A dialog is no cluster window; and with the second window gone the first is the main one.
-    app.delegate.showAbout();
-    postConsoleEntry(nullptr, u"kubectl x"_s, QString(3200, u'y'), makeConsoleError(u"broken"_s));
-    const ConsoleTextView *text = second->currentPage()->windowConsoleController().consoleTextView();
-    QTRY_VERIFY(text->toPlainText().contains(u"y…\nbroken\n"_s));
-    const QString shown = text->toPlainText();
-    QVERIFY(shown.contains(u"kubectl x"_s));
-    QCOMPARE(shown.count(u'y'), 3000);
-    second->close();
-    QTRY_COMPARE(app.delegate.mainWindow(), first);
-}
-
-void tst_cluster_window::windowsComeBack()
-{
-    Application app;
-    app.load();
-    app.delegate.showAbout();
-    QWidget *about = nullptr;
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        about = qobject_cast<QDialog *>(window) && window->isVisible() ? window : about;
-    }
-    QVERIFY(about);
-    const auto labels = about->findChildren<QLabel *>();
-    QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
-        static const QRegularExpression version(u"^Version [0-9.]+ \\(Build [0-9]+\\)$"_s);
-        return version.match(label->text()).hasMatch();
-    }));
-    about->close();
-    app.frame->hide();
-    app.delegate.applicationShouldHandleReopen(true); // something can be seen: nothing to do
-    QVERIFY(!app.frame->isVisible());
-    app.delegate.applicationShouldHandleReopen(false);
-    QVERIFY(app.frame->isVisible() && about->isVisible());
-
-    // Started once more, the program brings forward what can be seen; and everything when nothing can.
-    about->close();
-    QTest::keyClick(app.frame, Qt::Key_N, Qt::ControlModifier);
-    ClusterWindowFrame *second = app.delegate.mainWindow();
-    second->showMinimized();
-    app.delegate.comeForward();
-    QVERIFY(second->isMinimized() && app.frame->isVisible() && !about->isVisible());
-    app.frame->showMinimized();
-    app.delegate.comeForward();
-    QVERIFY(!second->isMinimized() && !app.frame->isMinimized() && about->isVisible());
-
-    // What else is open keeps no application alive that has no cluster window any more.
-    app.delegate.showPreferences();
-    for (const QWidget *window : QApplication::topLevelWidgets()) {
-        const bool isCluster = qobject_cast<const ClusterWindowFrame *>(window);
-        QVERIFY(!window->isVisible() || window->testAttribute(Qt::WA_QuitOnClose) == isCluster);
-    }
-
-    // With windows of logs alone there is nothing to bring forward, and About is not what was asked for.
-    about->close();
-    delete second;
-    delete app.frame;
-    app.delegate.comeForward();
-    app.frame = app.delegate.mainWindow();
-    QVERIFY(app.frame && app.frame->isVisible() && !about->isVisible());
-}
-
-void tst_cluster_window::frameIsRemembered()
-{
-    Application app;
-    app.load();
-    QCOMPARE(app.frame->minimumSize(), QSize(600, 310));
-    const QRect frame(20, 60, 640, 400);
-    app.frame->setGeometry(frame);
-    app.frame->close();
-    QVERIFY(app.cluster.settings.flush(std::chrono::seconds(10)));
-    QVERIFY(UserDefaults(app.cluster.settingsFile()).data(u"TidewrightFrame"_s));
-    app.delegate.newDocument();
-    QCOMPARE(app.delegate.mainWindow()->geometry(), frame);
-    const QSize usual = app.delegate.mainWindow()->size();
-    for (const QByteArray &broken : {QByteArray("x"), QByteArray(16, '\xff'), QByteArray(16, '\x7f')}) {
-        app.cluster.settings.set(u"TidewrightFrame"_s, broken);
-        app.delegate.newDocument();
-        const QWidget *window = app.delegate.mainWindow();
-        QVERIFY(window->screen()->availableGeometry().intersects(window->geometry()));
-        QVERIFY(window->width() >= qMin(600, usual.width()) && window->width() < 10000);
-    }
-}
-
-void tst_cluster_window::listsAreSearchedByTyping()
-{
-    Application app;
-    QByteArray names;
-    for (int number = 0; number < 2000; ++number) {
-        names += "team-" + QByteArray::number(number) + ' ';
-    }
-    app.cluster.answer(u"namespaces"_s, names);
-    app.load();
-    SearchableComboBox *list = app.page().toolBar().namespacesPopupButton();
-    QCOMPARE(list->accessibleName(), u"Namespaces"_s);
-    QCOMPARE(list->count(), 2002); // all namespaces, a separator, and the names
-    QCOMPARE(list->itemText(0), allNamespaces);
-    QCOMPARE(list->currentText(), u"team-0"_s);
-    app.cluster.forgetCalls();
-
-    list->setFocus();
-    QTest::keyClick(list, Qt::Key_1);
-    auto *search = list->findChild<QLineEdit *>();
-    QTRY_VERIFY(search && search->isVisible());
-    QTest::keyClicks(search, u"998"_s);
-    QCOMPARE(search->parentWidget()->findChild<QListView *>()->model()->rowCount(), 1);
-    QCOMPARE(app.page().state().currentNamespace(), u"team-0"_s); // looking changes nothing
-    QTest::keyClick(search, Qt::Key_Return);
-    QCOMPARE(app.page().state().currentNamespace(), u"team-1998"_s);
-    QCOMPARE(list->currentText(), u"team-1998"_s);
-    QTRY_VERIFY(app.cluster.ended().contains(u"set team-1998"_s));
-}
-
-void tst_cluster_window::namespacesAreTypedWhereTheyAreSecret()
-{
-    Application app;
-    app.cluster.fail(u"namespaces"_s, "Error from server (Forbidden): namespaces is forbidden");
-    app.load();
-    QPointer<SearchableComboBox> list = app.page().toolBar().namespacesPopupButton();
-    const auto type = [&list](const QString &text) { // returns how many rows are offered
-        QTest::keyClicks(list, text.left(1));
-        auto *search = list->findChild<QLineEdit *>();
-        QTest::keyClicks(search, text.mid(1));
-        const int rows = search->parentWidget()->findChild<QListView *>()->model()->rowCount();
-        QTest::keyClick(search, rows > 0 ? Qt::Key_Return : Qt::Key_Escape);
-        return rows;
-    };
-    const QString before = app.page().state().currentNamespace();
-    for (const QString &nonsense : {u"Night"_s, u"night_"_s, u"-night"_s, QString(64, u'n')}) {
-        QCOMPARE(type(nonsense), 0);
-        QTRY_VERIFY(!list->findChild<QLineEdit *>());
-    }
-    QCOMPARE(app.page().state().currentNamespace(), before);
-    QCOMPARE(type(u"night-shift"_s), 1);
-    QCOMPARE(app.page().state().currentNamespace(), u"night-shift"_s);
-    QTRY_VERIFY(app.cluster.ended().contains(u"set night-shift"_s));
-    QTRY_VERIFY(!list->findChild<QLineEdit *>());
-    QCOMPARE(type(before), 1); // leave it, and find it again in another tab
-    QTRY_COMPARE(app.page().state().currentNamespace(), before);
-    list = app.frame->addTab()->toolBar().namespacesPopupButton();
-    QTRY_VERIFY(list->isEnabled());
-    QVERIFY(list->findText(u"night-shift"_s) >= 0);
-}
-
-/// kubectl would run what a stranger's kubeconfig names.
-void tst_cluster_window::programsToLogInAreAskedAbout()
-{
-    Application app(R"([{"name": "b", "user": {"exec": {"command": "./run", "args": ["it", "<b>x\ny"]}}},
-        {"name": "a", "user": {"auth-provider": {"config": {"cmd-path": "/old", "cmd-args": "a  b"}}}}])");
-    const auto question = [&] { return app.question(); };
-    const auto answer = [&](const QString &title) { app.answer(title); };
-    const auto isClosed = [&] { // to the user, and to what is started
-        const bool told = app.page().state().loadingHint().contains(u"which you have not allowed."_s);
-        return told && app.page().state().kubeCtl().makeShell()->gate
-            && !app.page().state().kubeCtl().makeCopy().problem.isEmpty()
-            && !app.cluster.calls().contains(u"namespaces"_s) && app.cluster.tableReads().isEmpty();
-    };
-    QTRY_VERIFY(question());
-    QCOMPARE(question()->informativeText().split(u"\n\n"_s).value(1), u"./run it '<b>x\\ny'\n/old a b"_s);
-    QVERIFY(question()->informativeText().contains(app.cluster.kubeConfig()));
-    QVERIFY(isClosed());
-    answer(u"Cancel"_s);
-    QVERIFY(isClosed());
-    QLineEdit *field = app.page().windowConsoleController().commandEntryTextField();
-    field->setText(u"kubectl --context=a get po"_s); // goes where it says, at any other time
-    QTest::keyClick(field, Qt::Key_Return);
-    QTRY_VERIFY(app.page().windowConsoleController().consoleTextView()->toPlainText().contains(
-        u"you have not allowed"_s));
-    app.command(u"Reload"_s).trigger(); // asks again
-    QTRY_VERIFY(question());
-    QVERIFY(isClosed());
-    answer(u"Allow"_s);
-    QTRY_COMPARE(app.table().tableItems().size(), 2U);
-    MainWindowController *second = app.frame->addTab();
-    QTRY_VERIFY(second->state().namespaceList().enabled);
-    app.cluster.forgetCalls();
-
-    app.cluster.edit("\"it\"", "\"it\", \"all\"");
-    auto refused = std::make_shared<QString>();
-    second->state().whenSettled([refused](const QString &obstacle) { *refused = obstacle; });
-    QTRY_VERIFY(refused->contains(u"which you have not allowed"_s));
-    app.frame->selectTab(1);
-    second->state().retryLoading();
-    QTRY_VERIFY(question() && question()->informativeText().contains(u"\n\n./run it all "_s));
-    QVERIFY(!app.cluster.calls().contains(u"namespaces"_s));
-    app.frame->selectTab(0);
-
-    qputenv("KUBECONFIG", QFile::encodeName(app.cluster.kubeConfig())); // the user's own choice
-    app.cluster.edit("./run", "./other");
-    MainWindowController *third = app.frame->addTab();
-    QTRY_VERIFY(third->state().namespaceList().enabled);
-    qunsetenv("KUBECONFIG");
-}
-
-void tst_cluster_window::hugeDeletions_data()
-{
-    QTest::addColumn<QByteArray>("complaint"); // of every kubectl
-    QTest::addColumn<QString>("meanwhile");
-    QTest::addColumn<QString>("outcome");
-    const auto outcome = [](const QString &run, const QString &failed, const QString &reason = {}) {
-        return QString(u"%1 of 4 command lines were run, %2 failed."_s.arg(run, failed)
-            + (reason.isEmpty() ? QString() : u" The others were not run: "_s + reason));
-    };
-    const auto gone = "Error from server (NotFound): pods \"x\" not found\n"_ba;
-    const auto denied = "Error from server (Forbidden): pods \"x\" is forbidden\n"_ba;
-    QTest::newRow("well") << QByteArray() << QString() << outcome(u"4"_s, u"0"_s);
-    QTest::newRow("gone already") << gone + gone << QString() << outcome(u"4"_s, u"4"_s);
-    QTest::newRow("failed") << gone + denied << QString()
-                            << outcome(u"1"_s, u"1"_s, QString::fromLatin1(gone + denied).trimmed());
-    QTest::newRow("window elsewhere") << QByteArray() << u"shop"_s << outcome(u"4"_s, u"0"_s);
-    QTest::newRow("window closed") << QByteArray() << u"close"_s << outcome(u"4"_s, u"0"_s);
-    QTest::newRow("kubeconfig lost") << QByteArray() << u"lost"_s
-                                     << outcome(u"1"_s, u"0"_s, u"no such file"_s);
-}
-
-/// No command line is longer than a kernel takes, and what is deleted is what was asked about, once.
-void tst_cluster_window::hugeDeletions()
-{
-    QFETCH(QByteArray, complaint);
-    QFETCH(QString, meanwhile);
-    QFETCH(QString, outcome);
-    Application app;
-    app.load();
-    app.delegate.newDocument();
-    QTRY_VERIFY(app.delegate.mainWindow()->currentPage()->state().namespaceList().enabled);
-    const auto *other = app.delegate.mainWindow()->currentPage()->windowConsoleController().consoleTextView();
-    const QPointer<ClusterWindowFrame> frame = app.frame;
-    app.cluster.forgetCalls();
-    QStringList names;
-    for (int number = 0; number < 4000; ++number) {
-        names.append(QString::number(number).rightJustified(50, u'x'));
-    }
-    int finished = 0;
-    confirmAndDelete(app.table(), app.page().state(), app.table().kind(), names, [&] { ++finished; });
-    app.cluster.hold(u"delete po"_s);
-    app.answer(u"Delete"_s);
-    const auto runs = [&] { return app.cluster.tableReads().filter(u"delete po "_s); };
-    QTRY_COMPARE(runs().size(), 1);
-    if (!complaint.isEmpty()) {
-        app.cluster.fail(u"delete po"_s, complaint);
-    }
-    if (meanwhile == u"shop"_s) {
-        app.page().state().chooseNamespace(meanwhile);
-    } else if (meanwhile == u"lost"_s) {
-        app.cluster.fail(u"read"_s, "no such file");
-    } else if (meanwhile == u"close"_s) {
-        frame->close();
-        QTRY_VERIFY(!frame);
-    }
-    app.cluster.release(u"delete po"_s);
-    const auto *console = frame ? app.page().windowConsoleController().consoleTextView() : other;
-    QTRY_VERIFY2(console->toPlainText().contains(outcome), qPrintable(console->toPlainText().right(1000)));
-    QCOMPARE(console->toPlainText().count(u"command lines were run"_s), 1);
-    QCOMPARE(console->toPlainText().count(u"kubectl delete po "_s), runs().size());
-    QCOMPARE(runs().size(), outcome.first(1).toInt());
-    QStringList deleted;
-    for (const QString &run : runs()) {
-        QVERIFY(run.size() < 80'000);
-        deleted += run.split(u' ').mid(2);
-    }
-    QCOMPARE(deleted, names.first(deleted.size()));
-    QTRY_COMPARE(finished, frame ? 1 : 0);
-}
-
-void tst_cluster_window::createFromFiles()
-{
-    Application app;
-    app.load();
-    app.cluster.forgetCalls();
-    app.page().primaryContentController().createFrom(
-        {u"/a b.yaml"_s, u"/c,d"_s}, ChangePlace(app.page().state()));
-    QTRY_COMPARE(
-        app.cluster.tableReads().value(0), u"create --context b -n default -R -f /a b.yaml,\"/c,d\""_s);
-    QTRY_COMPARE(app.cluster.tableReads().size(), 2);
-    QVERIFY(app.cluster.tableReads().last().startsWith(u"get po "_s));
-}
-
-void tst_cluster_window::logsOpenInWindowsOfTheirOwn()
-{
-    Application app;
-    app.load();
-    const auto logs = [] {
-        QList<CombinedLogsWindowController *> windows;
-        for (QWidget *window : QApplication::topLevelWidgets()) {
-            if (auto *found = qobject_cast<CombinedLogsWindowController *>(window)) {
-                windows.append(found);
-            }
-        }
-        return windows;
-    };
-    const std::vector<ContainerPair> pairs{{u"web-1"_s, u"app"_s}, {u"deploy/web"_s, allContainers}};
-    app.page().state().openLogs(pairs);
-    app.page().state().openLogs(pairs);
-    QCOMPARE(logs().size(), 2);
-    const CombinedLogsViewController &content = logs().first()->contentController();
-    QVERIFY(content.isVisible());
-    QCOMPARE(content.containers, pairs);
-    QVERIFY(content.kubeConfigPath.endsWith(u':' + app.cluster.kubeConfig()));
-    QCOMPARE(content.context, u"b"_s);
-    QCOMPARE(content.nameSpace, u"default"_s);
-    // They stay when the cluster's window goes, and the program ends with the last of them.
-    QStringList seen;
-    const auto close = [&](QWidget *window) {
-        seen.append(QStringLiteral("%1+%2").arg(logs().size()).arg(app.delegate.mainWindow() ? 1 : 0));
-        window->close();
-    };
-    QTimer::singleShot(0, qApp, [&] { close(app.frame); });
-    QTimer::singleShot(100, qApp, [&] { close(logs().first()); });
-    QTimer::singleShot(200, qApp, [&] { close(logs().first()); });
-    QTimer late;
-    late.setSingleShot(true);
-    late.callOnTimeout([] { QApplication::exit(1); });
-    late.start(10'000);
-    QCOMPARE(QApplication::exec(), 0);
-    QCOMPARE(seen, (QStringList{u"2+1"_s, u"2+0"_s, u"1+0"_s}));
-
-    app.delegate.newDocument();
-    app.delegate.mainWindow()->currentPage()->state().openLogs(pairs);
-    app.delegate.applicationWillTerminate();
-    QCOMPARE(logs().size(), 0);
-}
-
-void tst_cluster_window::quittingWaitsForNobody()
-{
-    Application app;
-    app.load();
-    app.cluster.hold(u"get po"_s);
-    app.command(u"Reload"_s).trigger();
-    QTRY_COMPARE(app.podReads().size(), 2);
-    QElapsedTimer time;
-    time.start();
-    app.delegate.applicationWillTerminate();
-    QVERIFY(time.elapsed() < 2000);
-    app.cluster.release(u"get po"_s);
-    QCOMPARE(app.cluster.ended().count(u"get po"_s), 1);
-}
-
-QTEST_MAIN(tst_cluster_window)
+QTEST_MAIN(TestClusterWindow)
 #include "tst_cluster_window.moc"

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
-#include "app/window/ClusterWindowFrame.h"
-#include "app/state/KubeSplitViewController.h"
-#include "app/window/MainWindowController.h"
-#include "app/preferences/PreferencesWindowController.h"
 #include "app/content/PrimaryContentController.h"
+#include "app/preferences/PreferencesWindowController.h"
+#include "app/state/KubeSplitViewController.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/window/MainWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "resources/table/ResourceTableView.h"
@@ -71,6 +71,7 @@ private Q_SLOTS:
     void init()
     {
         qputenv("PATH", m_folder.path().toLocal8Bit() + ":/usr/bin:/bin");
+        qputenv("KUBE_EDITOR", "vi"); // which kubectl would prefer
         qputenv("TMPDIR", m_folder.path().toLocal8Bit()); // kubectl leaves files behind, as it should
         setUserDefaultsForTesting(&m_settings);
         applicationRecord() = {};

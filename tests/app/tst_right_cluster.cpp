@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppDelegate.h"
-#include "app/toolbar/ClusterToolBar.h"
-#include "app/window/ClusterWindowFrame.h"
 #include "app/content/DestinationView.h"
-#include "app/state/KubeSplitViewController.h"
-#include "app/window/MainWindowController.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/content/SidebarController.h"
+#include "app/state/KubeSplitViewController.h"
+#include "app/toolbar/ClusterToolBar.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/window/MainWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "platform/desktop/Notifications.h"
 #include "pods/console/ConsoleTextView.h"
@@ -15,11 +15,11 @@
 #include "pods/table/ContainerCopy.h"
 #include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
-#include "resources/widgets/ContextBand.h"
-#include "resources/table/CronJobController.h"
 #include "resources/preview/PreviewPanel.h"
+#include "resources/table/CronJobController.h"
 #include "resources/table/ReplicaCell.h"
 #include "resources/table/ResourceTableView.h"
+#include "resources/widgets/ContextBand.h"
 #include "support/Patience.h"
 
 #include <QAbstractButton>
@@ -683,7 +683,7 @@ void tst_right_cluster::everyPolicy()
     }
     QTRY_COMPARE(runs().size(), 1);
     QVERIFY2(runs().first().startsWith(attempt.run), qPrintable(runs().first()));
-    QTRY_VERIFY(w.page->windowConsoleController().scriptsRunning.isEmpty());
+    QTRY_VERIFY(w.page->windowConsoleController().scriptsRunning().isEmpty());
     QTRY_VERIFY(!w.question());
 }
 

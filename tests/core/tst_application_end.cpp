@@ -10,6 +10,7 @@
 
 using namespace tidewright;
 using namespace tidewright::test;
+using namespace Qt::StringLiterals;
 
 class TestApplicationEnd : public QObject
 {
@@ -30,7 +31,7 @@ private Q_SLOTS:
         QTemporaryDir folder;
         QProcess application;
         // Only its own quit reaches those whose parent, the application's child, is gone.
-        const QString kinds = signal < 0 ? QStringLiteral("bbbbb") : QStringLiteral("rrssd");
+        const QString kinds = signal < 0 ? u"bbbbb"_s : u"rrssd"_s;
         application.start(QStringLiteral(SHELL_HOLDER_PATH), {fakeToolPath(), folder.path(), kinds});
         QVERIFY(application.waitForStarted());
         QTRY_COMPARE_WITH_TIMEOUT(pidsIn(folder.path()).size(), 5, 20'000);

@@ -88,8 +88,8 @@ private Q_SLOTS:
         QFETCH(QStringList, arguments);
         QFETCH(QString, text);
         QTemporaryDir folder;
-        const QString go = folder.filePath(QStringLiteral("go"));
-        arguments.replaceInStrings(QStringLiteral("%1"), go);
+        const QString go = folder.filePath(u"go"_s);
+        arguments.replaceInStrings(u"%1"_s, go);
         const auto shell = Shell::create();
         Collector::run(m_collector, *shell, arguments);
         QTRY_COMPARE_WITH_TIMEOUT(
@@ -132,7 +132,7 @@ private Q_SLOTS:
         shell->runStreaming(lastingTool(folder, "out one fill 99999999999"), [](auto &&...) {});
         QTRY_COMPARE(aliveIn(folder), 1);
         Collector::run(m_collector, *shell, fakeTool("out two hang"));
-        QTRY_COMPARE(m_collector->text(), QStringLiteral("two"));
+        QTRY_COMPARE(m_collector->text(), u"two"_s);
         QTRY_COMPARE(aliveIn(folder), 0);
     }
 

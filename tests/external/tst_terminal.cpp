@@ -169,7 +169,6 @@ private Q_SLOTS:
         QTest::newRow("exit status and text") << "#!/bin/sh\necho 'cannot open display' >&2; exit 3\n"_ba
                                               << u"%1 failed with exit status 3.\ncannot open display"_s;
         QTest::newRow("killed") << "#!/bin/sh\nkill -9 $$\n"_ba << u"%1 failed with exit status 9.\n"_s;
-        QTest::newRow("not to be run") << "#!/nowhere/sh\n"_ba << u"%1 failed with exit status 127.\n"_s;
     }
     void failures()
     {

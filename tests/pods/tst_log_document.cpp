@@ -91,8 +91,8 @@ QString described(const LogLineText &line)
         const LogLook &look = line.runs[i].look;
         QString mark = (look.foreground ? QString::number(*look.foreground & 0xFFFFFF, 16) : QString())
             + (look.background ? u'/' + QString::number(*look.background & 0xFFFFFF, 16) : QString())
-            + QStringLiteral("%1%2%3").arg(look.bold ? u"b"_s : QString(),
-                look.underlined ? u"u"_s : QString(), look.inverse ? u"i"_s : QString());
+            + u"%1%2%3"_s.arg(look.bold ? u"b"_s : QString(), look.underlined ? u"u"_s : QString(),
+                look.inverse ? u"i"_s : QString());
         result += (mark.isEmpty() ? QString() : u'<' + mark + u'>')
             + line.text.mid(line.runs[i].start, end - line.runs[i].start);
     }
@@ -101,7 +101,7 @@ QString described(const LogLineText &line)
 
 } // namespace
 
-class tst_log_document : public QObject
+class TestLogDocument : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -564,5 +564,5 @@ private:
     QTemporaryDir m_folder;
 };
 
-QTEST_GUILESS_MAIN(tst_log_document)
+QTEST_GUILESS_MAIN(TestLogDocument)
 #include "tst_log_document.moc"

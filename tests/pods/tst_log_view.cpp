@@ -41,7 +41,7 @@ struct Bench
     {
         QString text;
         for (int i = first; i < first + count; ++i) {
-            text += QStringLiteral("line %1").arg(i) + (i % 5 == 0 ? QString(i % 300, u'x') : QString())
+            text += u"line %1"_s.arg(i) + (i % 5 == 0 ? QString(i % 300, u'x') : QString())
                 + (i % 7 == 0 ? u" 日本 e\u0301"_s : QString()) + u'\n';
         }
         all += text;
@@ -69,7 +69,7 @@ struct Bench
 
 } // namespace
 
-class tst_log_view : public QObject
+class TestLogView : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -327,5 +327,5 @@ private:
     QTemporaryDir m_folder;
 };
 
-QTEST_MAIN(tst_log_view)
+QTEST_MAIN(TestLogView)
 #include "tst_log_view.moc"

@@ -5,19 +5,16 @@
 #include "demo/DemoProcess.h"
 #include "platform/threads/MainQueue.h"
 #include "platform/process/ProcessSetup.h"
-#include "pods/logs/view/ColorIndexView.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/view/CombinedLogsWindowController.h"
 #include "pods/logs/view/LogPatternBar.h"
 #include "pods/logs/text/LogSearch.h"
 #include "resources/preview/PreviewFiles.h"
-#include "resources/widgets/NamedImages.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QAbstractButton>
 #include <QDeadlineTimer>
-#include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -41,7 +38,7 @@ std::vector<ContainerPair> pairs(int count)
 {
     std::vector<ContainerPair> result;
     for (int i = 0; i < count; ++i) {
-        result.emplace_back(QStringLiteral("pod-%1").arg(i), QStringLiteral("c%1").arg(i));
+        result.emplace_back(u"pod-%1"_s.arg(i), u"c%1"_s.arg(i));
     }
     return result;
 }
@@ -67,7 +64,7 @@ qint64 bytesWritten(const QString &pids)
 {
     qint64 sum = 0;
     for (const qint64 pid : pidsIn(pids)) {
-        for (const QByteArray &line : read(QStringLiteral("/proc/%1/io").arg(pid)).split('\n')) {
+        for (const QByteArray &line : read(u"/proc/%1/io"_s.arg(pid)).split('\n')) {
             sum += line.startsWith("wchar:") ? line.mid(6).trimmed().toLongLong() : 0;
         }
     }
@@ -93,7 +90,7 @@ bool standsStill(const std::function<qint64()> &number)
 
 } // namespace
 
-class tst_log_window : public QObject
+class TestLogWindow : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -142,56 +139,6 @@ private Q_SLOTS:
         const QByteArray record = read(path(u"record"_s));
         QVERIFY2(
             record == expected[0] + expected[1] || record == expected[1] + expected[0], record.constData());
-    }
-
-    void withoutContainersNothingRuns()
-    {
-        const CapturedOutput output;
-        auto &content = open({});
-        QCOMPARE(output.text(), u"No containers\n"_s);
-        QVERIFY(content.shells().empty());
-        QVERIFY(content.colorIndexView()->isHidden());
-        QVERIFY(!QFile::exists(path(u"record"_s)));
-    }
-
-    void sixPairsHaveFiveColours()
-    {
-        auto &content = open(pairs(6));
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 36, patience);
-        const QTableWidget *table = content.colorIndexTableView();
-        QCOMPARE(table->rowCount(), 6);
-        QCOMPARE(table->accessibleName(), u"Color Index"_s);
-        const QStringList names{u"base2"_s, u"yellow"_s, u"blue"_s, u"orange"_s, u"cyan"_s, u"base2"_s};
-        for (int row = 0; row < 6; ++row) {
-            const QColor colour = namedColour(u"solarized-"_s + names[row]);
-            QCOMPARE(table->item(row, 0)->text(), QStringLiteral("pod-%1:c%1").arg(row));
-            const auto *cell = qobject_cast<ColorBoxCellView *>(table->cellWidget(row, 1));
-            QVERIFY(cell);
-            const QImage box = cell->colorBox()->grab().toImage();
-            QCOMPARE(box.pixelColor(box.rect().center()), colour);
-            QCOMPARE(content.logTextView()->appearance().colourOf(LogLook{.source = row}), colour);
-        }
-        for (const SourceRuns::Run &run : content.document().runs({0, 36})) {
-            QCOMPARE(run.range.length, 6); // each pair's text is one source's
-        }
-        QCOMPARE(content.colorIndexView()->y(), 20);
-        const int height = content.colorIndexView()->height();
-        m_window->resize(900, 700);
-        QCOMPARE(content.colorIndexView()->y(), 20);
-        QCOMPARE(content.colorIndexView()->height(), height);
-        QVERIFY(content.colorIndexView()->geometry().right() < content.width());
-    }
-
-    void theIndexFades()
-    {
-        auto &content = open(pairs(1));
-        const auto *effect
-            = qobject_cast<QGraphicsOpacityEffect *>(content.colorIndexView()->graphicsEffect());
-        content.colorIndexView()->mouseExited();
-        QTRY_VERIFY(qFuzzyCompare(effect->opacity(), 0.2));
-        content.colorIndexView()->mouseEntered();
-        QVERIFY(effect->opacity() < 1);
-        QTRY_VERIFY(qFuzzyCompare(effect->opacity(), 1.0));
     }
 
     void theIndexTellsHowStreamsDo_data()
@@ -276,16 +223,6 @@ private Q_SLOTS:
             QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), count * 6, patience);
             QCOMPARE(content.colorIndexTableView()->rowCount(), count);
         }
-    }
-
-    void withoutDescriptorsTheIndexSaysWhy()
-    {
-        const NoDescriptorsLeft none;
-        auto &content = open(pairs(1));
-        QTRY_VERIFY_WITH_TIMEOUT(!content.hasRunningStreams(), patience);
-        QTRY_COMPARE(content.sources()[0].failure, u"No process defined"_s);
-        const QString tip = content.colorIndexTableView()->item(0, 0)->toolTip();
-        QVERIFY2(tip.contains(u"too many files or streams are open"_s), qPrintable(tip));
     }
 
     void closingEndsTheChildren_data()
@@ -483,7 +420,8 @@ private Q_SLOTS:
         QVERIFY2(state.startsWith(u"running\nusing pod/storefront-"_s), qPrintable(state));
         QVERIFY2(m_window->statusText().contains(u" pods of deploy/storefront is followed: pod/storefront"_s),
             qPrintable(m_window->statusText()));
-        QTest::qWait((seconds > 0 ? seconds : 3) * 1000);
+        const qint64 enough = qint64(seconds > 0 ? seconds : 1) * 20'000;
+        QTRY_VERIFY_WITH_TIMEOUT(content.document().lines() > enough, 3 * patience);
         QByteArray answer;
         QVERIFY(demo.control("{\"logPause\": true}", &answer));
         // Paused, the count of the server stands still once the streams have noticed.
@@ -494,8 +432,6 @@ private Q_SLOTS:
         };
         QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), sent(), 3 * patience);
         const qint64 lines = sent();
-        QVERIFY2(
-            lines > (seconds > 0 ? seconds : 3) * 15'000 || sanitized, qPrintable(QString::number(lines)));
         content.document().commit();
         QCOMPARE(content.document().bytes().read(0, content.document().size()).count('\n'), lines);
         m_window->saveTo(path(u"saved.log"_s));
@@ -546,5 +482,5 @@ private:
     QPointer<CombinedLogsWindowController> m_window;
 };
 
-QTEST_MAIN(tst_log_window)
+QTEST_MAIN(TestLogWindow)
 #include "tst_log_window.moc"

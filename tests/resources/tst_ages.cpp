@@ -6,6 +6,7 @@
 #include <cmath>
 
 using namespace tidewright;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -81,23 +82,23 @@ private Q_SLOTS:
 
     void agesOfRows()
     {
-        SampleItem row(QStringLiteral("web"));
+        SampleItem row(u"web"_s);
         setClockForTesting([] { return fakeNow; });
         fakeNow = 1554199200 + 90;
-        QCOMPARE(row.getAge(), QStringLiteral("<unknown>"));
+        QCOMPARE(row.getAge(), u"<unknown>"_s);
         QCOMPARE(row.startTimeInterval, 0.0);
-        row.startTimeString = QStringLiteral("2019-04-02T10:00:00Z");
-        QCOMPARE(row.getAge(), QStringLiteral("1m"));
+        row.startTimeString = u"2019-04-02T10:00:00Z"_s;
+        QCOMPARE(row.getAge(), u"1m"_s);
         QCOMPARE(row.startTimeInterval, 90.0);
         fakeNow += 4 * 86400;
-        QCOMPARE(row.getAge(), QStringLiteral("4 days"));
-        row.note = QStringLiteral("2019-04-05T10:00:00Z");
-        QCOMPARE(row.ageOfNote(), QStringLiteral("1 day")); // and nothing stored
-        row.startTimeString = QStringLiteral("2019-04-02T10:00:00.5Z");
-        QCOMPARE(row.getAge(), QStringLiteral("<unknown>"));
+        QCOMPARE(row.getAge(), u"4 days"_s);
+        row.note = u"2019-04-05T10:00:00Z"_s;
+        QCOMPARE(row.ageOfNote(), u"1 day"_s); // and nothing stored
+        row.startTimeString = u"2019-04-02T10:00:00.5Z"_s;
+        QCOMPARE(row.getAge(), u"<unknown>"_s);
         QCOMPARE(row.startTimeInterval, 90.0 + 4 * 86400);
-        row.startTimeString = QStringLiteral("2039-01-01T00:00:00Z"); // a clock that is ahead of ours
-        QCOMPARE(row.getAge(), QStringLiteral("<1m"));
+        row.startTimeString = u"2039-01-01T00:00:00Z"_s; // a clock that is ahead of ours
+        QCOMPARE(row.getAge(), u"<1m"_s);
         QVERIFY(row.startTimeInterval < 0);
         setClockForTesting(nullptr);
     }

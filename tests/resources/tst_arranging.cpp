@@ -13,6 +13,7 @@
 #include <random>
 
 using namespace tidewright;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -42,8 +43,7 @@ QStringList namesOf(const QModelIndexList &indexes)
     return names;
 }
 
-QStringList expectedNames(
-    const RowStore &model, const QList<SortDescriptor> &sorts, const QString &filter)
+QStringList expectedNames(const RowStore &model, const QList<SortDescriptor> &sorts, const QString &filter)
 {
     std::vector<const KubeTableItem *> rows;
     for (const Row &row : model.rows()) {
@@ -82,21 +82,19 @@ class TestArranging : public QObject
 
     void randomFields(SampleItem &row)
     {
-        static const QStringList notes{QString(), QStringLiteral("n2"), QStringLiteral("n10"),
-            QStringLiteral("N10"), QStringLiteral("a rather long note 1"),
-            QStringLiteral("a rather long note 02"), QStringLiteral("a rather long note 2")};
+        static const QStringList notes{QString(), u"n2"_s, u"n10"_s, u"N10"_s, u"a rather long note 1"_s,
+            u"a rather long note 02"_s, u"a rather long note 2"_s};
         row.count = below(7) - 3;
         row.note = notes[below(static_cast<int>(notes.size()))];
-        row.startTimeString
-            = below(3) ? QStringLiteral("20%1-01-01T00:00:00Z").arg(10 + below(5)) : QString();
+        row.startTimeString = below(3) ? u"20%1-01-01T00:00:00Z"_s.arg(10 + below(5)) : QString();
     }
 
     Rows newRows(int count)
     {
         Rows rows;
         for (; count > 0; --count) {
-            const auto row = std::make_shared<SampleItem>(
-                QStringLiteral("%1-%2").arg(below(2) ? u"Web" : u"db").arg(++m_made));
+            const auto row
+                = std::make_shared<SampleItem>(u"%1-%2"_s.arg(below(2) ? u"Web" : u"db").arg(++m_made));
             randomFields(*row);
             rows.push_back(row);
         }
@@ -119,7 +117,7 @@ class TestArranging : public QObject
         for (const std::size_t position : somePositions(model)) {
             // A kind matches rows by name, but the models do not rely on it.
             const QString name = model.rows()[position]->name;
-            auto row = std::make_shared<SampleItem>(below(8) ? name : QStringLiteral("7-") + name);
+            auto row = std::make_shared<SampleItem>(below(8) ? name : u"7-"_s + name);
             randomFields(*row);
             changed.emplace_back(position, row);
         }
@@ -141,8 +139,7 @@ class TestArranging : public QObject
             replaceSome(model);
             break;
         case 4:
-            filter = QStringList{
-                QString(), QStringLiteral("wEb"), QStringLiteral("7"), QStringLiteral("nothing")}[below(4)];
+            filter = QStringList{QString(), u"wEb"_s, u"7"_s, u"nothing"_s}[below(4)];
             arranged.setFilter(filter);
             break;
         case 5:
@@ -176,7 +173,7 @@ private Q_SLOTS:
             model.appendRows(newRows(1));
             model.removeRowsAt(somePositions(model));
             model.clear();
-            arranged.setFilter(QStringLiteral("nothing"));
+            arranged.setFilter(u"nothing"_s);
             arranged.setSorts({{below(4), Qt::DescendingOrder}});
         };
         connect(&arranged, &QAbstractItemModel::rowsAboutToBeRemoved, this, interfere);
@@ -229,13 +226,13 @@ private Q_SLOTS:
         model.appendRows(newRows(50));
         ArrangingModel arranged(model);
         arranged.setSorts({{0, Qt::AscendingOrder}});
-        arranged.setFilter(QStringLiteral("b"));
+        arranged.setFilter(u"b"_s);
         const quint64 generation = model.generation();
         int changes = 0;
         countSignals(arranged, changes);
         arranged.setSorts({{0, Qt::AscendingOrder}});
         arranged.setSorts({{0, Qt::AscendingOrder}, {1, Qt::DescendingOrder}}); // the same, as names differ
-        arranged.setFilter(QStringLiteral("B"));
+        arranged.setFilter(u"B"_s);
         model.appendRows({});
         model.replaceRows({});
         const std::vector<std::size_t> beyond{3, 50};
@@ -277,7 +274,7 @@ private Q_SLOTS:
     {
         auto model = std::make_unique<RowStore>(sampleKind());
         ArrangingModel arranged(*model);
-        QCOMPARE(arranged.headerData(3, Qt::Horizontal).toString(), QStringLiteral("AGE")); // without any row
+        QCOMPARE(arranged.headerData(3, Qt::Horizontal).toString(), u"AGE"_s); // without any row
         model->appendRows(newRows(5));
         QSignalSpy changed(&arranged, &QAbstractItemModel::dataChanged);
         model->timePasses();
@@ -287,7 +284,7 @@ private Q_SLOTS:
         model.reset();
         QCOMPARE(arranged.rowCount(), 0);
         QVERIFY(!arranged.headerData(3, Qt::Horizontal).isValid());
-        arranged.setFilter(QStringLiteral("x"));
+        arranged.setFilter(u"x"_s);
         arranged.setSorts({{1, Qt::AscendingOrder}});
     }
 };

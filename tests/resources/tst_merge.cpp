@@ -11,6 +11,7 @@
 #include <thread>
 
 using namespace tidewright;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -91,20 +92,17 @@ class TestMerge : public QObject
 
     QString randomListing(LineForm form)
     {
-        static const QStringList names{QStringLiteral("web"), QStringLiteral("Web"), QStringLiteral("web-1"),
-            QStringLiteral("db"), QString::fromUtf8("größe-日本"), QString(), QStringLiteral("a b"),
-            QStringLiteral("cache")};
-        static const QStringList broken{QString(), QStringLiteral("web"), QStringLiteral("web\t1\tx"),
-            QStringLiteral("web\t1\tx\t\t"), QStringLiteral("\t\t\t\t\t\t"), QStringLiteral("error: no")};
+        static const QStringList names{u"web"_s, u"Web"_s, u"web-1"_s, u"db"_s,
+            QString::fromUtf8("größe-日本"), QString(), u"a b"_s, u"cache"_s};
+        static const QStringList broken{
+            QString(), u"web"_s, u"web\t1\tx"_s, u"web\t1\tx\t\t"_s, u"\t\t\t\t\t\t"_s, u"error: no"_s};
         QStringList lines;
         for (int n = below(12); n > 0; --n) {
-            lines << (below(5) == 0
-                    ? broken[below(static_cast<int>(broken.size()))]
-                    : QStringLiteral("%1\t%2\t%3\t%4")
-                          .arg(names[below(static_cast<int>(names.size()))])
-                          .arg(below(2))
-                          .arg(below(3) ? QString() : QStringLiteral("n%1").arg(below(2)))
-                          .arg(below(4) ? QString() : QStringLiteral("2019-04-02T10:00:00Z")));
+            lines << (below(5) == 0 ? broken[below(static_cast<int>(broken.size()))]
+                                    : u"%1\t%2\t%3\t%4"_s.arg(names[below(static_cast<int>(names.size()))])
+                                          .arg(below(2))
+                                          .arg(below(3) ? QString() : u"n%1"_s.arg(below(2)))
+                                          .arg(below(4) ? QString() : u"2019-04-02T10:00:00Z"_s));
         }
         if (form == LineForm::WithNamespace) {
             for (QString &line : lines) {
@@ -198,7 +196,7 @@ private Q_SLOTS:
         for (int round = 0; round < 60; ++round) {
             Rows fresh;
             for (int i = 0; i < 100; ++i) {
-                fresh.push_back(std::make_shared<SampleItem>(QStringLiteral("pod-%1-%2").arg(round).arg(i)));
+                fresh.push_back(std::make_shared<SampleItem>(u"pod-%1-%2"_s.arg(round).arg(i)));
             }
             store.appendRows(fresh);
             std::atomic<bool> released = false;
@@ -219,7 +217,7 @@ private Q_SLOTS:
                 const auto position = static_cast<std::size_t>(below(int(store.rows().size())));
                 auto copy = std::make_shared<SampleItem>(sample(*store.rows()[position]));
                 copy->count += 1;
-                copy->startTimeString = QStringLiteral("2019-04-02T10:00:00Z");
+                copy->startTimeString = u"2019-04-02T10:00:00Z"_s;
                 const std::pair<std::size_t, Row> change{position, copy};
                 store.replaceRows({&change, 1});
                 store.rows()[static_cast<std::size_t>(below(int(store.rows().size())))]->getAge();

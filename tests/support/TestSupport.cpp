@@ -9,6 +9,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace tidewright::test {
 
 void RecordingConsole::addEntry(
@@ -16,11 +18,10 @@ void RecordingConsole::addEntry(
 {
     QString entry = command + u'|' + response + u'|';
     if (error) {
-        entry += error->domain == u"Console" && error->code == -1 ? error->description
-                                                                  : QStringLiteral("(odd error)");
+        entry += error->domain == u"Console" && error->code == -1 ? error->description : u"(odd error)"_s;
     }
     if (QThread::currentThread() != thread()) {
-        entry.prepend(QStringLiteral("(wrong thread) "));
+        entry.prepend(u"(wrong thread) "_s);
     }
     entries.append(entry);
 }
@@ -38,7 +39,7 @@ QStringList fakeTool(const QByteArray &script)
 ShellResult runToEnd(const std::shared_ptr<Shell> &shell, const QStringList &arguments)
 {
     auto result = inBackground([shell, arguments] { return shell->run(arguments, false); });
-    return arrives(result) ? result.get() : ShellResult{{}, QStringLiteral("(still running)")};
+    return arrives(result) ? result.get() : ShellResult{{}, u"(still running)"_s};
 }
 
 CapturedOutput::CapturedOutput()
@@ -83,7 +84,7 @@ NoDescriptorsLeft::NoDescriptorsLeft()
 
 bool isAlive(qint64 pid)
 {
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    QFile stat(u"/proc/%1/stat"_s.arg(pid));
     if (!stat.open(QIODevice::ReadOnly)) {
         return false;
     }

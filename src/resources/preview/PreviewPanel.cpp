@@ -26,6 +26,7 @@ PreviewPanel::PreviewPanel()
     : m_title(new QLabel)
     , m_state(new QLabel)
     , m_text(new QPlainTextEdit)
+    , m_colours(new YamlHighlighter(m_text->document()))
 {
     setAttribute(Qt::WA_QuitOnClose, false);
     setAccessibleName(tr("Preview"));
@@ -43,7 +44,6 @@ PreviewPanel::PreviewPanel()
     m_text->setAccessibleName(tr("Preview"));
     m_text->document()->setDocumentMargin(12);
     m_text->installEventFilter(this);
-    new YamlHighlighter(m_text->document());
     auto *header = new QHBoxLayout;
     header->setContentsMargins(12, 8, 12, 8);
     header->addWidget(m_title, 1);
@@ -84,6 +84,14 @@ bool PreviewPanel::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void PreviewPanel::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange) {
+        m_colours->rehighlight(); // the colours are those of a light or of a dark palette
+    }
+    QWidget::changeEvent(event);
 }
 
 bool PreviewPanel::handleKey(int key)

@@ -11,6 +11,8 @@ class QPlainTextEdit;
 
 namespace tidewright {
 
+class YamlHighlighter;
+
 /// The panel that shows the chosen objects as YAML, one for the whole application: whoever is asked for a
 /// preview makes itself its source. Arrows walk through the items, space or Escape closes. Main thread.
 class PreviewPanel : public QWidget
@@ -26,6 +28,7 @@ public:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     PreviewPanel();
@@ -41,6 +44,7 @@ private:
     QLabel *m_title;
     QLabel *m_state;
     QPlainTextEdit *m_text;
+    YamlHighlighter *m_colours;
 };
 
 } // namespace tidewright

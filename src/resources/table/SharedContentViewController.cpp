@@ -49,6 +49,7 @@ SharedContentViewController::SharedContentViewController(
         m_tableView->setColumnHidden(index, column.hidden);
     }
     buildLayout();
+    m_timer.setObjectName(QStringLiteral("refreshTimer"));
     m_timer.setInterval(refreshInterval);
     connect(&m_timer, &QTimer::timeout, this, &SharedContentViewController::refresh);
     connectParts();

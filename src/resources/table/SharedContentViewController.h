@@ -147,7 +147,7 @@ private:
     TableStatusBar *m_statusBar;
     QProgressBar *m_progress = nullptr;
     QPointer<QLineEdit> m_filterField;
-    QTimer m_timer;
+    QTimer m_timer{this};
     QTimer m_progressDelay;
     int m_otherWork = 0;
     std::unique_ptr<TablePreviews> m_previews;
