@@ -38,6 +38,7 @@ TableLoader::TableLoader(RowStore &store, WindowState &window, QObject *parent)
     , m_pipeline(store)
     , m_liveRows(store)
 {
+    m_unwatched.setObjectName(QStringLiteral("unwatched"));
     m_unwatched.setSingleShot(true);
     m_unwatched.setInterval(unwatchedStream);
     connect(&m_unwatched, &QTimer::timeout, this, [this] {

@@ -96,7 +96,7 @@ private:
     std::unique_ptr<LiveStream> m_stream;
     QDateTime m_streamSince; ///< its first state is on the way
     QString m_refusal; ///< why there is no stream in this place
-    QTimer m_unwatched; ///< since nobody sees the table
+    QTimer m_unwatched{this}; ///< since nobody sees the table
     bool m_isWatched = false;
     bool m_wasLoading = false;
     bool m_hasState = false; ///< the stream has brought all rows once

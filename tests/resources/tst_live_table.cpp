@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/ApplicationRecord.h"
+#include "demo/DemoProcess.h"
+#include "pods/table/Pod.h"
+#include "resources/loading/TableLoader.h"
+#include "support/Patience.h"
+#include "support/StubWindow.h"
+
+#include <QTest>
+
+#include <algorithm>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+using Following = TableLoader::Following;
+
+namespace {
+
+struct LiveWindow : StubWindow
+{
+    bool liveUpdates() const override { return live; }
+    void switchTo(bool on)
+    {
+        live = on;
+        Q_EMIT liveUpdatesChanged();
+    }
+
+    bool live = true;
+};
+
+/// The pods of a demo cluster in a table, without its view.
+struct LiveTable
+{
+    LiveTable(const QStringList &arguments, const QString &nameSpace)
+        : demo(arguments + QStringList{u"--still"_s}, kubectlPath())
+    {
+        window.facade.configPath = demo.kubeconfig();
+        window.context = u"demo-harbor"_s;
+        window.nameSpace = nameSpace;
+        const QByteArray contents = demo.kubectl({u"config"_s, u"view"_s, u"-ojson"_s}).output.toUtf8();
+        window.facade.adopt(KubeConfigContents::parse(contents).value(), window.context);
+        loader.setWatched(true);
+    }
+
+    QByteArrayList shown() const
+    {
+        QByteArrayList lines;
+        for (const Row &row : store.rows()) {
+            lines.append(row->listingLine + '\t' + row->nameSpace.toUtf8());
+        }
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    }
+    /// What a kubectl lists now that knows nothing of this.
+    QByteArrayList listed() const
+    {
+        const bool all = window.nameSpace == allNamespaces;
+        const QStringList output
+            = all ? withNamespaceField(store.kind().outputArguments) : store.kind().outputArguments;
+        const QStringList place = all ? QStringList{u"-A"_s} : QStringList{u"-n"_s, window.nameSpace};
+        QByteArrayList lines;
+        for (const QByteArray &line :
+            demo.kubectl(QStringList{u"get"_s, u"po"_s} + place + output).output.toUtf8().split('\n')) {
+            if (!line.isEmpty()) {
+                lines.append(all ? line : line + '\t');
+            }
+        }
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    }
+
+    LiveWindow window;
+    DemoProcess demo;
+    RowStore store{podKind()};
+    TableLoader loader{store, window};
+};
+
+} // namespace
+
+class TestLiveTable : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL")); }
+
+    void equalsAListingInTheEnd_data()
+    {
+        QTest::addColumn<QString>("nameSpace");
+        QTest::addColumn<QByteArray>("disturb");
+        QTest::addColumn<QString>("meanwhile");
+        QTest::newRow("all namespaces") << QString(allNamespaces) << QByteArray() << QString();
+        QTest::newRow("one namespace") << u"shop"_s << QByteArray() << u"reload"_s;
+        QTest::newRow("broken streams")
+            << QString(allNamespaces) << "cut:150,end:210,error:330"_ba << QString();
+        QTest::newRow("a server that forgets") << QString(allNamespaces) << "expire:400"_ba << u"forget"_s;
+        QTest::newRow("reloads") << QString(allNamespaces) << "duplicate:3,cut:900"_ba << u"reload"_s;
+        QTest::newRow("hidden for a while") << QString(allNamespaces) << QByteArray() << u"hide"_s;
+        QTest::newRow("switched off and on") << QString(allNamespaces) << QByteArray() << u"switch"_s;
+    }
+    /// Ten thousand changes, under all that can befall a stream.
+    void equalsAListingInTheEnd()
+    {
+        QFETCH(QString, nameSpace);
+        QFETCH(QByteArray, disturb);
+        QFETCH(QString, meanwhile);
+        LiveTable table({u"--pods"_s, u"400"_s}, nameSpace);
+        table.loader.load({});
+        QTRY_COMPARE(table.loader.following(), Following::Live);
+        QCOMPARE(table.shown(), table.listed());
+        QVERIFY(!table.loader.isLoading() && table.loader.problem().isEmpty());
+        QVERIFY(table.demo.control("{\"disturb\": \"" + disturb + "\"}"));
+        for (int round = 0; round < 10; ++round) {
+            QVERIFY(table.demo.control("{\"changePods\": 1000}"));
+            if (meanwhile == u"reload"_s && round % 3 == 0) {
+                table.loader.load({.logged = true});
+            } else if (meanwhile == u"forget"_s && round % 4 == 0) {
+                QVERIFY(table.demo.control("{\"forget\": true}"));
+            } else if (meanwhile == u"switch"_s) {
+                table.window.switchTo(round % 2);
+            } else if (meanwhile == u"hide"_s) {
+                table.loader.setWatched(round % 2);
+                QVERIFY(
+                    QMetaObject::invokeMethod(table.loader.findChild<QTimer *>(u"unwatched"_s), "timeout"));
+            }
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(table.demo.control("{\"disturb\": \"\"}"));
+        table.loader.setWatched(true);
+        QTRY_COMPARE_WITH_TIMEOUT(table.loader.following(), Following::Live, 60'000);
+        QTRY_COMPARE_WITH_TIMEOUT(table.shown(), table.listed(), 60'000);
+        QTRY_VERIFY(!table.loader.isLoading());
+    }
+
+    void listsWhatCannotBeFollowed()
+    {
+        LiveTable table({u"--pods"_s, u"5"_s, u"--disturb"_s, u"refuse:0"_s}, allNamespaces);
+        table.loader.load({});
+        QTRY_COMPARE(table.loader.following(), Following::Refused);
+        QTRY_COMPARE(table.shown(), table.listed());
+        QVERIFY(!table.loader.followingReason().isEmpty());
+        QTRY_VERIFY(!table.loader.isLoading());
+        QVERIFY(table.demo.control("{\"disturb\": \"\"}"));
+        table.loader.load({.logged = true}); // how is it now?
+        QTRY_COMPARE(table.loader.following(), Following::Live);
+    }
+
+    void aServerThatIsGone()
+    {
+        LiveTable table({u"--pods"_s, u"5"_s}, allNamespaces);
+        table.loader.load({});
+        QTRY_COMPARE(table.loader.following(), Following::Live);
+        const QByteArrayList rows = table.shown();
+        table.demo.server().kill();
+        QTRY_COMPARE(table.loader.following(), Following::Reconnecting);
+        QCOMPARE(table.shown(), rows);
+        QVERIFY(!table.loader.followingReason().isEmpty());
+        table.loader.clear(); // another namespace
+        table.loader.load({});
+        QTRY_VERIFY(table.loader.hasFailed()); // in the words of a listing
+        QVERIFY2(table.loader.problem().contains(u"refused"_s), qPrintable(table.loader.problem()));
+        QVERIFY(table.store.rows().empty() && !table.loader.isLoading());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLiveTable)
+#include "tst_live_table.moc"
