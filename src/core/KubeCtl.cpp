@@ -7,9 +7,14 @@
 #include <QDir>
 #include <QFile>
 
+#include <thread>
+
 namespace tidewright {
 
 namespace {
+
+constexpr int readBackAgain = 4;
+constexpr std::chrono::milliseconds readBackPause(100);
 
 /// "No contexts", "Namespace x": what could not be loaded.
 void reportFailure(const QString &what, const QString &errorText)
@@ -296,19 +301,30 @@ QString KubeCtl::Change::prepareView()
     return {};
 }
 
+/// What an empty text says is well. Another kubectl may be writing the user's file at this moment, and
+/// empties it for that: a context that is missing then is there a moment later.
 QString KubeCtl::Change::readBack() const
 {
     QString failure;
-    const auto now = tidewright::readKubeConfig(*shell, failure);
-    if (!now) {
-        return failure;
+    for (int again = 0; again <= readBackAgain && !shell->isCancelled(); ++again) {
+        if (again > 0) {
+            std::this_thread::sleep_for(readBackPause);
+        }
+        const auto now = tidewright::readKubeConfig(*shell, failure);
+        if (!now) {
+            return failure;
+        }
+        failure = QStringLiteral("kubectl ended well, but what it was to set is not there.");
+        const bool isSet
+            = nameSpace.isEmpty() ? now->current == context : now->nameSpace(now->current) == nameSpace;
+        if (!isSet) {
+            return failure;
+        }
+        if (now->hasContext(context) && now->destination(context) == contents.destination(context)) {
+            return {};
+        }
     }
-    const bool isSet
-        = nameSpace.isEmpty() ? now->current == context : now->nameSpace(now->current) == nameSpace;
-    const bool isThere
-        = now->hasContext(context) && now->destination(context) == contents.destination(context);
-    return isSet && isThere ? QString()
-                            : QStringLiteral("kubectl ended well, but what it was to set is not there.");
+    return failure;
 }
 
 QString KubeCtl::Change::perform()
