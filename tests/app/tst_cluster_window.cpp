@@ -552,11 +552,16 @@ void tst_cluster_window::programsToLogInAreAskedAbout()
     QVERIFY(isClosed());
     answer(u"Allow"_s);
     QTRY_COMPARE(app.table().tableItems().size(), 2U);
+    MainWindowController &first = app.page();
     MainWindowController *second = app.frame->addTab();
     QTRY_VERIFY(second->state().namespaceList().enabled);
     app.cluster.forgetCalls();
 
     app.cluster.edit("\"it\"", "\"it\", \"all\"");
+    first.state().reloadContexts();
+    QTRY_VERIFY(question());
+    QVERIFY(first.primaryContentController().shownTable()->tableItems().empty()); // nothing to follow logs of
+    answer(u"Cancel"_s);
     auto refused = std::make_shared<QString>();
     second->state().whenSettled([refused](const QString &obstacle) { *refused = obstacle; });
     QTRY_VERIFY(refused->contains(u"which you have not allowed"_s));
