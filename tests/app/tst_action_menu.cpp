@@ -164,6 +164,7 @@ private Q_SLOTS:
     void menuFollowsTheFolders();
     void targets_data();
     void targets();
+    void namesInTablesNotShown();
     void everyScope_data();
     void everyScope();
     void namesThatLookLikeOptions();
@@ -283,6 +284,25 @@ void tst_action_menu::targets()
     } else {
         QCOMPARE(app.told(), told);
     }
+}
+
+/// Live updates load a table when it is shown, and when an action looks for names in it.
+void tst_action_menu::namesInTablesNotShown()
+{
+    Actions actions;
+    actions.cluster.settings.set(u"liveUpdates"_s, u"on"_s);
+    actions.add(u"By Name"_s, R"({"scope":"deployment","use_name_matching_pattern":"*a"})");
+    actions.delegate.newDocument();
+    actions.frame = actions.delegate.mainWindow();
+    QTRY_VERIFY(actions.content().shownTable()->rowsAsOf().isValid());
+    QTRY_VERIFY(actions.item(u"By Name"_s));
+    QAction *item = actions.item(u"By Name"_s);
+    QVERIFY(!item->isEnabled());
+    actions.menu().popup({});
+    QTRY_VERIFY(item->isEnabled());
+    actions.menu().close();
+    item->trigger();
+    QVERIFY(actions.told().contains(u"alpha"_s));
 }
 
 void tst_action_menu::everyScope_data()
