@@ -7,6 +7,7 @@
 #include "resources/kinds/Deployment.h"
 #include "resources/table/DeploymentController.h"
 #include "resources/table/JobController.h"
+#include "resources/loading/TableLoader.h"
 #include "resources/table/ReplicaCell.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/ServiceController.h"
@@ -148,6 +149,8 @@ private Q_SLOTS:
     void manySingleRowsSelected();
     void cellsForWhatIsSeen();
     void scalesARealDeployment();
+    void listingsAfterTrouble_data();
+    void listingsAfterTrouble();
     void runNow_data();
     void runNow();
     void logs_data();
@@ -486,6 +489,46 @@ QStringList tst_workloads::menuOf(int row, const QString &triggered)
     QContextMenuEvent event(QContextMenuEvent::Mouse, where, view.viewport()->mapToGlobal(where));
     QCoreApplication::sendEvent(view.viewport(), &event);
     return titles;
+}
+
+void tst_workloads::listingsAfterTrouble_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<int>("times");
+    QTest::addColumn<QString>("problem");
+    QTest::addColumn<bool>("failed");
+    const auto row = [](const char *name, const QByteArray &script, int times, const QString &problem,
+                         bool failed) { QTest::newRow(name) << script << times << problem << failed; };
+    row("well", "out\n", 2, {}, false);
+    row("warned", "err\nWarning: old API", 2, u"Warning: old API"_s, false);
+    row("failed", "err\nno route\nexit\n1", 1, u"no route"_s, true);
+    row("failed twice", "err\nno route\nexit\n1", 2, u"no route"_s, true);
+}
+
+/// The timer of a table goes on as ever, unless the cluster fails again and again while nobody is there.
+void tst_workloads::listingsAfterTrouble()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(int, times);
+    QFETCH(bool, failed);
+    setKubectlPath(fakeToolPath());
+    qputenv("FAKE_TOOL_SCRIPT", script);
+    RowStore store(deploymentKind());
+    TableLoader loader(store, *m_window);
+    for (int time = 0; time < times; ++time) {
+        QSignalSpy finished(&loader, &TableLoader::finished);
+        loader.load({.unattended = true});
+        QVERIFY(finished.wait(patience));
+    }
+    QTEST(loader.problem(), "problem");
+    QCOMPARE(loader.hasFailed(), failed);
+    loader.userIsBack();
+    QCOMPARE(loader.isLoading(), failed && times > 1);
+    const auto lists = [&loader] {
+        loader.refresh();
+        return loader.isLoading();
+    };
+    QTRY_VERIFY(lists());
 }
 
 void tst_workloads::runNow_data()

@@ -148,6 +148,12 @@ void SharedContentViewController::reload()
     }
 }
 
+void SharedContentViewController::userIsBack()
+{
+    m_loader->userIsBack();
+    updateStatus();
+}
+
 void SharedContentViewController::clear()
 {
     m_previews->forget();
