@@ -13,6 +13,7 @@
 #include "pods/logs/view/CombinedLogsWindowController.h"
 #include "pods/console/ConsoleTextView.h"
 #include "pods/console/ConsoleViewController.h"
+#include "pods/table/ContainerCopy.h"
 #include "pods/table/ContainerButton.h"
 #include "pods/table/PodController.h"
 #include "resources/table/ResourceTableView.h"
@@ -127,6 +128,7 @@ private Q_SLOTS:
     void programsToLogInAreAskedAbout();
     void hugeDeletions_data();
     void hugeDeletions();
+    void copiesGoToOneCluster();
     void createFromFiles();
     void logsOpenInWindowsOfTheirOwn();
     void quittingWaitsForNobody();
@@ -646,6 +648,22 @@ void tst_cluster_window::hugeDeletions()
     }
     QCOMPARE(deleted, names.first(deleted.size()));
     QTRY_COMPARE(finished, frame ? 1 : 0);
+}
+
+/// The user's kubeconfig is read anew for every one of them.
+void tst_cluster_window::copiesGoToOneCluster()
+{
+    Application app;
+    app.load();
+    app.cluster.hold(u"cp --context=b"_s);
+    copyIntoContainer(app.table(), {u"web-1"_s, u"app"_s}, {u"/a/one"_s, u"/a/two"_s}, u"/tmp/"_s);
+    const auto copies = [&] { return app.cluster.tableReads().filter(u"cp --context=b "_s); };
+    QTRY_COMPARE(copies().size(), 1);
+    app.cluster.fail(u"read"_s, "no such file");
+    app.cluster.release(u"cp --context=b"_s);
+    const auto *console = app.page().windowConsoleController().consoleTextView();
+    QTRY_VERIFY(console->toPlainText().contains(u"were not copied, because no such file: /a/two."_s));
+    QCOMPARE(copies().size(), 1);
 }
 
 void tst_cluster_window::createFromFiles()
