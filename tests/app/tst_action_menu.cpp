@@ -208,7 +208,6 @@ void tst_action_menu::targets_data()
     QTest::addColumn<QString>("filter"); // of the scope's table
     QTest::addColumn<QString>("selected"); // a row of that table, or a container's button "POD:NAME"
     QTest::addColumn<QString>("told"); // null: disabled
-    const QByteArray context = "b default ";
     const auto row = [](const char *name, const QByteArray &config, const char *filter, const char *selected,
                          const char *told) {
         QTest::newRow(name) << config << QString::fromLatin1(filter) << QString::fromLatin1(selected)
@@ -227,16 +226,11 @@ void tst_action_menu::targets_data()
     row("invalid pattern", R"({"scope":"pod","use_name_matching_pattern":"("})", "", "web-2", nullptr);
     row("container, none", R"({"scope":"container"})", "", "web-1", nullptr);
     row("container", R"({"scope":"container"})", "", "web-1:side", "web-1 side");
-    row("deployment, none", R"({"scope":"deployment"})", "", "", nullptr);
-    row("deployment", R"({"scope":"deployment"})", "", "beta", "beta");
     row("first chosen", R"({"scope":"deployment"})", "", "beta,alpha", "beta");
-    row("deployment by pattern", R"({"scope":"deployment","use_name_matching_pattern":"*a"})", "", "",
-        "alpha");
     row("shown rows only for the run", R"({"scope":"deployment","use_name_matching_pattern":"*a"})", "bet",
         "", "beta");
     row("this context", R"({"scope":"namespace","active_in_contexts":["a","b"]})", "", "", "");
     row("another context", R"({"scope":"namespace","active_in_contexts":["a"]})", "", "", nullptr);
-    row("another kind", R"({"scope":"node"})", "", "", nullptr);
 }
 
 void tst_action_menu::targets()
