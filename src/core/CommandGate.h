@@ -40,8 +40,7 @@ struct CommandVerdict
 /// - one that names a server, a cluster or a kubeconfig may lead to any context, under whatever name, that
 ///   the user has chosen a policy for; so may one without a context;
 /// - another program may also have names of contexts among its words, in whatever form: those that the user
-/// has
-///   chosen a policy for count too.
+///   has chosen a policy for count too.
 CommandVerdict judgeCommand(const QStringList &arguments, const StartingPlace &place);
 
 /// Why nothing may be changed in a context: a sentence; empty when changes are allowed. Any thread.

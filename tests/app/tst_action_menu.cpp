@@ -561,6 +561,25 @@ private Q_SLOTS:
         QVERIFY(!app.menu().isVisible());
         QTRY_COMPARE(app.shown(app.menu()).mid(4), QStringList({u"new"_s, u"old"_s}));
     }
+
+    /// Live updates load a table when it is shown, and when an action looks for names in it.
+    void namesInTablesNotShown()
+    {
+        Actions actions;
+        actions.cluster.settings.set(u"liveUpdates"_s, u"on"_s);
+        actions.add(u"By Name"_s, R"({"scope":"deployment","use_name_matching_pattern":"*a"})");
+        actions.delegate.newDocument();
+        actions.frame = actions.delegate.mainWindow();
+        QTRY_VERIFY(actions.content().shownTable()->rowsAsOf().isValid());
+        QTRY_VERIFY(actions.item(u"By Name"_s));
+        QAction *item = actions.item(u"By Name"_s);
+        QVERIFY(!item->isEnabled());
+        actions.menu().popup({});
+        QTRY_VERIFY(item->isEnabled());
+        actions.menu().close();
+        item->trigger();
+        QVERIFY(actions.told().contains(u"alpha"_s));
+    }
 };
 
 QTEST_MAIN(TestActionMenu)

@@ -7,6 +7,7 @@
 #include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/view/CombinedLogsWindowController.h"
 #include "pods/table/ContainerButton.h"
+#include "pods/table/ContainerCopy.h"
 #include "resources/changes/RowDeletion.h"
 #include "support/TestSupport.h"
 
@@ -465,11 +466,16 @@ private Q_SLOTS:
         QVERIFY(isClosed());
         answer(u"Allow"_s);
         QTRY_COMPARE(app.table().tableItems().size(), 3U);
+        MainWindowController &first = app.page();
         MainWindowController *second = app.frame->addTab();
         QTRY_VERIFY(second->state().namespaceList().enabled);
         app.cluster.forgetCalls();
 
         app.cluster.edit("\"it\"", "\"it\", \"all\"");
+        first.state().reloadContexts();
+        QTRY_VERIFY(question());
+        QVERIFY(first.primaryContentController().shownTable()->tableItems().empty()); // no logs to follow
+        answer(u"Cancel"_s);
         auto refused = std::make_shared<QString>();
         second->state().whenSettled([refused](const QString &obstacle) { *refused = obstacle; });
         QTRY_VERIFY(refused->contains(u"which you have not allowed"_s));
@@ -557,6 +563,21 @@ private Q_SLOTS:
         }
         QCOMPARE(deleted, names.first(deleted.size()));
         QTRY_COMPARE(finished, frame ? 1 : 0);
+    }
+
+    /// The user's kubeconfig is read anew for every one of them.
+    void copiesGoToOneCluster()
+    {
+        App app;
+        app.open();
+        app.cluster.hold(u"cp --context=b"_s);
+        copyIntoContainer(app.table(), {u"web-1"_s, u"app"_s}, {u"/a/one"_s, u"/a/two"_s}, u"/tmp/"_s);
+        const auto copies = [&] { return app.cluster.tableReads().filter(u"cp --context=b "_s); };
+        QTRY_COMPARE(copies().size(), 1);
+        app.cluster.fail(u"read"_s, "no such file");
+        app.cluster.release(u"cp --context=b"_s);
+        QTRY_VERIFY(app.console().contains(u"were not copied, because no such file: /a/two."_s));
+        QCOMPARE(copies().size(), 1);
     }
 };
 

@@ -594,6 +594,46 @@ private Q_SLOTS:
         QCOMPARE(m_window->logsOpened, expected);
         QVERIFY(!m_table->viewLogsObstacle().isEmpty());
     }
+
+    void listingsAfterTrouble_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<int>("times");
+        QTest::addColumn<QString>("problem");
+        QTest::addColumn<bool>("failed");
+        const auto row = [](const char *name, const QByteArray &script, int times, const QString &problem,
+                             bool failed) { QTest::newRow(name) << script << times << problem << failed; };
+        row("well", "out\n", 2, {}, false);
+        row("warned", "err\nWarning: old API", 2, u"Warning: old API"_s, false);
+        row("failed", "err\nno route\nexit\n1", 1, u"no route"_s, true);
+        row("failed twice", "err\nno route\nexit\n1", 2, u"no route"_s, true);
+    }
+
+    /// The timer of a table goes on as ever, unless the cluster fails again and again while nobody is there.
+    void listingsAfterTrouble()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(int, times);
+        QFETCH(bool, failed);
+        setKubectlPath(fakeToolPath());
+        qputenv("FAKE_TOOL_SCRIPT", script);
+        RowStore store(deploymentKind());
+        TableLoader loader(store, *m_window);
+        for (int time = 0; time < times; ++time) {
+            QSignalSpy finished(&loader, &TableLoader::finished);
+            loader.load({.unattended = true});
+            QVERIFY(finished.wait(patience));
+        }
+        QTEST(loader.problem(), "problem");
+        QCOMPARE(loader.hasFailed(), failed);
+        loader.userIsBack();
+        QCOMPARE(loader.isLoading(), failed && times > 1);
+        const auto lists = [&loader] {
+            loader.refresh();
+            return loader.isLoading();
+        };
+        QTRY_VERIFY(lists());
+    }
 };
 
 QTEST_MAIN(TestWorkloads)

@@ -157,19 +157,24 @@ QString ActionDispatcher::obstacle(const CustomActionItem &item) const
 QString ActionDispatcher::targetObstacle(const CustomActionItem &item) const
 {
     const QString &scope = item.config().scope;
-    const SharedContentViewController *table = m_content.tableControllerForScope(scope);
+    SharedContentViewController *table = m_content.tableControllerForScope(scope);
     if (!table) {
         return QObject::tr("This action is for a \"%1\", and there are none here.").arg(scope);
     }
     const QString noun = table->kind().humanReadableResourceName;
     if (scope == containerScope) {
-        return qobject_cast<const PodController *>(table)->selectedContainerPairs().empty()
+        return qobject_cast<PodController *>(table)->selectedContainerPairs().empty()
             ? QObject::tr("Choose a container in the row of a pod first.")
             : QString();
     }
     if (const auto pattern = item.config().use_name_matching_pattern) {
-        return hasMatch(item, *table) ? QString()
-                                      : QObject::tr("No %1 is named like %2.").arg(noun, *pattern);
+        m_content.needRows(*table);
+        if (hasMatch(item, *table)) {
+            return {};
+        }
+        return table->isListing() && !table->rowsAsOf().isValid()
+            ? QObject::tr("Loading %1…").arg(table->kind().tableName.toLower())
+            : QObject::tr("No %1 is named like %2.").arg(noun, *pattern);
     }
     return table->tableView().selectionModel()->hasSelection() ? QString()
                                                                : QObject::tr("Select a %1 first.").arg(noun);

@@ -134,11 +134,19 @@ void ActionMenu::updateEnabled()
     for (CustomToolbarItem *button : std::as_const(m_toolbarItems)) {
         validate(*button, page);
     }
+    if (isVisible()) {
+        validateItems(); // the rows that one of them waits for may have come
+    }
 }
 
 void ActionMenu::validateMenu()
 {
     updateEnabled();
+    validateItems();
+}
+
+void ActionMenu::validateItems()
+{
     for (CustomMenuItem *item : findChildren<CustomMenuItem *>()) {
         validate(*item, m_target());
     }

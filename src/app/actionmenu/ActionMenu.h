@@ -25,7 +25,8 @@ public:
     QAction *runLastActionMenuItem() const { return m_runLast; }
     /// The toolbar button of the action of that title; null when there is no such action.
     QAction *toolbarItem(const QString &title);
-    /// Enables the run-last item and the toolbar's buttons as the tab that is shown has it.
+    /// Enables the run-last item, the toolbar's buttons and, while the menu is open, its actions, as the tab
+    /// that is shown has it.
     void updateEnabled();
 
 Q_SIGNALS:
@@ -38,6 +39,7 @@ private:
     void addFixedHead();
     void addNodes(QMenu &menu, const std::vector<ActionNode> &nodes);
     void validateMenu();
+    void validateItems();
 
     ActionLibrary &m_library;
     const std::function<ActionTarget *()> m_target;

@@ -146,6 +146,15 @@ void PrimaryContentController::loadHiddenTables()
     }
 }
 
+void PrimaryContentController::needRows(SharedContentViewController &table) const
+{
+    const SharedContentViewController *shown = shownTable();
+    const bool isTurn = !shown || shown->rowsAsOf().isValid(); // what the user looks at comes first
+    if (m_window.liveUpdates() && isTurn && !table.isListing() && !table.rowsAsOf().isValid()) {
+        table.load({.unattended = true, .niceness = nicenessOfHidden});
+    }
+}
+
 void PrimaryContentController::clear()
 {
     m_hiddenTablesWait.stop();

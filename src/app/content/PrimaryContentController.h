@@ -32,6 +32,8 @@ public:
     /// The table that is shown; null while the shown kind has none.
     SharedContentViewController *shownTable() const;
     QList<SharedContentViewController *> tables() const;
+    /// Live updates load a table when it is shown; this does for somebody who looks for names in another one.
+    void needRows(SharedContentViewController &table) const;
 
     /// Empties every table: the window turns to another context.
     void clear();

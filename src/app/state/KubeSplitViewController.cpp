@@ -200,6 +200,7 @@ bool KubeSplitViewController::mustAskForLogin()
     m_hint = tr("The kubeconfig has programs run to log in, which you have not allowed.");
     m_kubeCtl.closedBecause = m_hint;
     m_hint += QLatin1Char('\n') + tr("Reload asks again.");
+    Q_EMIT contextLeft(); // following the logs of its rows would log in, too
     Q_EMIT loadingHintChanged();
     if (m_loginQuestion.expired()) {
         const auto question = std::make_shared<bool>();

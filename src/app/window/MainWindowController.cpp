@@ -144,6 +144,9 @@ void MainWindowController::windowDidBecomeMain()
 {
     showContextPolicy(); // another instance of the program may have changed it
     m_state->windowDidBecomeMain();
+    if (SharedContentViewController *table = m_content->shownTable()) {
+        table->userIsBack();
+    }
 }
 
 void MainWindowController::showContextPolicy()

@@ -21,17 +21,40 @@ struct Copy
     QStringList arguments; // before the path
     QStringList behind; // the path
     QStringList paths;
+    std::shared_ptr<Shell> shell; // of all of them: what the window turns to meanwhile is not theirs
+    QString context;
+    QString destination; // where the context led at first; empty when that is not known
     qsizetype number = 0;
 };
 
-void copyNext(const std::shared_ptr<Copy> &copy)
+/// Each kubectl reads the user's files again. Why the next one must not be started; empty when it may, or
+/// there is none. Blocks.
+QString obstacleOf(const Copy &copy)
+{
+    if (copy.number == copy.paths.size() || copy.destination.isEmpty()) {
+        return {};
+    }
+    QString unread;
+    const auto now = readKubeConfig(*copy.shell, unread);
+    if (!now || now->destination(copy.context) == copy.destination) {
+        return unread;
+    }
+    return QStringLiteral("the context %1 leads elsewhere by now").arg(copy.context);
+}
+
+void copyNext(const std::shared_ptr<Copy> &copy, const QString &obstacle = {})
 {
     if (copy->number == copy->paths.size()) {
         return;
     }
-    if (!copy->table) {
-        postConsoleError(QStringLiteral("Files that were not copied, because their window was closed: %1.")
-                             .arg(copy->paths.mid(copy->number).join(QLatin1String(", "))));
+    const QString reason = copy->table ? obstacle : QStringLiteral("their window was closed");
+    if (!reason.isEmpty()) {
+        postConsoleEntry(copy->console, QString(), QString(),
+            makeConsoleError(QStringLiteral("Files that were not copied, because %1: %2.")
+                                 .arg(reason, copy->paths.mid(copy->number).join(QLatin1String(", ")))));
+        if (copy->table) {
+            copy->table->setLoading(false);
+        }
         return;
     }
     const QString path = copy->paths.at(copy->number++);
@@ -44,17 +67,17 @@ void copyNext(const std::shared_ptr<Copy> &copy)
     if (copy->console) {
         copy->console->begin(progress);
     }
-    WindowState &window = copy->table->kubeSplitViewController();
-    window.kubeCtl().makeShell()->runToldAsync(copy->arguments + QStringList{path} + copy->behind,
-        copy->console, [copy, progress](const ShellResult &) {
-            mainQueue().post([copy, progress] {
+    const bool isLast = copy->number == copy->paths.size();
+    copy->shell->runToldAsync(copy->arguments + QStringList{path} + copy->behind, copy->console,
+        [copy, progress](const ShellResult &) {
+            mainQueue().post([copy, progress, obstacle = obstacleOf(*copy)] {
                 if (copy->console) {
                     copy->console->end(progress);
                 }
-                copyNext(copy);
+                copyNext(copy, obstacle);
             });
         });
-    if (copy->number == copy->paths.size()) {
+    if (isLast) {
         copy->table->setLoading(false);
     }
 }
@@ -112,6 +135,10 @@ void copyIntoContainer(SharedContentViewController &table, const ContainerPair &
         } else if (copy->table && !obstacle.isEmpty()) {
             refuseChange(copy->table->kubeSplitViewController(), nothingCopied, obstacle);
         } else if (copy->table) {
+            const KubeCtl &kubeCtl = place.window->kubeCtl();
+            copy->shell = kubeCtl.makeShell();
+            copy->context = place.context;
+            copy->destination = kubeCtl.contents().destination(place.context);
             copy->table->setLoading(true);
             copyNext(copy);
         }

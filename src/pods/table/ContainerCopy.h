@@ -17,8 +17,9 @@ bool canCopyInto(const SharedContentViewController &table, const ContainerPair &
 /// in their order, each with a logged `kubectl cp` in the window's context and namespace. The table is shown
 /// as loading until the last one has been started; until that has ended, the window's console says which one
 /// it is at. A path with a colon is left out and the console says so: kubectl takes it for "POD:PATH",
-/// and 1.33 refuses it in every form. Nothing is copied when `canCopyInto` says so; the main window's console
-/// names what is left when the table's window is closed. Main thread; returns at once.
+/// and 1.33 refuses it in every form. Nothing is copied when `canCopyInto` says so; a console names
+/// what is left when the table's window is closed or the context leads elsewhere. Main thread; returns at
+/// once.
 void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,
     const QStringList &paths, const QString &destination);
 

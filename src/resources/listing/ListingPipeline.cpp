@@ -15,7 +15,6 @@ namespace {
 
 constexpr qint64 sliceMilliseconds = 3; // leaves most of a frame to input and painting
 constexpr std::size_t chunkRows = 500;
-constexpr std::chrono::milliseconds exitNotice(100); // between a child's end of file and the news of its end
 
 } // namespace
 
@@ -58,13 +57,12 @@ void ListingPipeline::run(const Load &load, const QStringList &outputArguments)
         = load.form == LineForm::WithNamespace ? withNamespaceField(outputArguments) : outputArguments;
     load.shell->runAsync(load.arguments + output, load.logToConsole, nullptr,
         [self = QPointer(this), id = load.id, shell = load.shell](const ShellResult &result) {
-            const auto child = shell->process();
-            const bool ended = child && child->waitUntilExit(exitNotice);
             LoadOutcome outcome;
             outcome.error = result.error;
             outcome.errorIsText = shell->errorWasText();
             outcome.isText = shell->outputWasText();
-            outcome.signal = ended ? child->terminationSignal() : std::nullopt;
+            outcome.signal = result.signal;
+            outcome.endedWell = result.exitStatus == 0;
             postToMain(self, [id, listing = result.output, outcome](ListingPipeline &pipeline) {
                 pipeline.listingArrived(id, listing, outcome);
             });

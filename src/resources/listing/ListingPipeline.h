@@ -20,6 +20,7 @@ struct LoadOutcome
     bool errorIsText = true; ///< false when kubectl wrote an error that was not UTF-8
     bool isText = true; ///< false when the listing was not UTF-8 and nothing of it could be read
     std::optional<int> signal; ///< that ended kubectl half-way: rows may be missing
+    bool endedWell = false; ///< with exit status 0: what is in `error` are warnings
     std::size_t lines = 0;
     std::size_t skippedLines = 0; ///< of these, lines that were not rows of this kind
     QString firstSkippedLine;

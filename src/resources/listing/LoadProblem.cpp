@@ -92,6 +92,11 @@ QString loadProblem(const LoadOutcome &outcome)
     return {};
 }
 
+bool hasOnlyWarned(const LoadOutcome &outcome)
+{
+    return outcome.endedWell && outcome.error && outcome.isText && outcome.skippedLines == 0;
+}
+
 QString firstLine(const QString &text)
 {
     return text.trimmed().section(QLatin1Char('\n'), 0, 0);

@@ -9,6 +9,9 @@ namespace tidewright {
 /// when nothing is.
 QString loadProblem(const LoadOutcome &outcome);
 
+/// Whether kubectl had something to say, and yet listed all objects.
+bool hasOnlyWarned(const LoadOutcome &outcome);
+
 /// kubectl writes log lines for its developers ("E1122 21:14:24.176194 12847 memcache.go:265] ...") before
 /// the sentence for its user; a long value goes on below its line, from `=<` to a line with ` >`. That
 /// sentence comes first here; the log lines follow once each, without their time. Before all of it stands

@@ -17,7 +17,10 @@ constexpr auto unwatchedStream = 1min;
 /// A listing that takes a while costs the cluster and this machine something: it rests three times as long.
 constexpr int restPerListing = 3;
 constexpr int patience = 3; // streams in a row that bring nothing, while listings do
-constexpr std::array failurePauses{30s, 60s, 120s, 300s};
+/// Of listings in a row that failed: the first one waits for the next tick of the table's timer, which is as
+/// good as half a minute, and the others end shortly before one.
+constexpr std::array failurePauses{0s, 55s, 115s, 295s};
+constexpr int seldomFrom = 2; // failures
 
 std::chrono::milliseconds pauseAfter(const LoadOutcome &outcome, const QDateTime &end, int failures)
 {
@@ -122,8 +125,9 @@ void TableLoader::load(const LoadRequest &request)
     if (request.logged) {
         m_refusal.clear(); // the user wants to know how it is now
         m_streamFailures = 0;
+        m_failures = 0;
     }
-    if (wantsStream() && (m_failures == 0 || request.logged)) {
+    if (wantsStream() && m_failures == 0) {
         follow();
     }
     if (request.logged || !m_stream) {
@@ -144,6 +148,18 @@ void TableLoader::refresh()
     }
 }
 
+void TableLoader::userIsBack()
+{
+    if (m_failures < seldomFrom) {
+        return;
+    }
+    m_failures = 0;
+    m_listingPause = {};
+    if (!isLoading()) {
+        load({.unattended = true});
+    }
+}
+
 void TableLoader::list(const LoadRequest &request)
 {
     const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
@@ -158,6 +174,9 @@ void TableLoader::list(const LoadRequest &request)
 /// Starts the stream, or goes on with it.
 void TableLoader::follow()
 {
+    if (!m_isWatched) {
+        m_unwatched.start();
+    }
     if (m_stream) {
         m_stream->resume();
         return;
@@ -230,8 +249,8 @@ void TableLoader::listed(const LoadOutcome &outcome)
     } else {
         m_rowsAsOf = outcome.startedAt;
         m_problem = loadProblem(outcome);
-        m_failed = !m_problem.isEmpty() && m_store.rows().empty();
-        m_failures = outcome.error ? m_failures + 1 : 0;
+        m_failed = !m_problem.isEmpty() && m_store.rows().empty() && !hasOnlyWarned(outcome);
+        m_failures = outcome.endedWell ? 0 : m_failures + 1;
     }
     m_listingPause = pauseAfter(outcome, m_listedAt, m_failures);
     if (m_stream) {

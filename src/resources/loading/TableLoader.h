@@ -36,6 +36,8 @@ public:
     /// Time has passed: lists once more, unless the stream does that work, or the last listing was a moment
     /// ago for what it cost, or has failed several times.
     void refresh();
+    /// The window has come to the front: what has failed several times is tried again now.
+    void userIsBack();
     /// Empties the table at once; loads under way are ended, their rows never appear.
     void clear();
     /// Ends the loads under way; the rows stay as they are.

@@ -149,6 +149,12 @@ void SharedContentViewController::reload()
     }
 }
 
+void SharedContentViewController::userIsBack()
+{
+    m_loader->userIsBack();
+    updateStatus();
+}
+
 void SharedContentViewController::clear()
 {
     m_previews->forget();

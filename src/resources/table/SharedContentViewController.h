@@ -66,6 +66,8 @@ public:
     /// Loads in front of the user, who sees the command in the console; tries again to get a place to load
     /// from when there is none.
     void reload();
+    /// The window has come to the front.
+    void userIsBack();
     /// Empties the table at once; loads under way are ended, their rows never appear.
     void clear();
 
