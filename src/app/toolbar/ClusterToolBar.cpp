@@ -71,6 +71,11 @@ ClusterToolBar::ClusterToolBar(
     m_namespaces->showList(m_state.namespaceList());
     connect(m_contexts, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseContext);
     connect(m_namespaces, &QComboBox::textActivated, this, &ClusterToolBar::chooseNamespace);
+    for (SearchableComboBox *list : {m_contexts, m_namespaces}) {
+        // A list that is disabled while it loads would pass the focus on to the filter.
+        connect(list, &QComboBox::textActivated, this,
+            [this] { m_content.currentWidget()->setFocus(Qt::OtherFocusReason); });
+    }
 }
 
 /// Where the cluster does not list them, the namespaces are those that are known otherwise.
