@@ -478,6 +478,9 @@ private Q_SLOTS:
         QCOMPARE(window.state.loadingHint(), u"No contexts could be loaded.\nLoading was stopped."_s);
         window.load(cluster.kubeConfig());
         QCOMPARE(window.answered(), ran);
+        cluster.answer(u"contexts"_s, "");
+        window.state.reloadContexts();
+        QTRY_VERIFY(window.state.loadingHint().contains(u"There are none in "_s + cluster.kubeConfig()));
     }
 };
 

@@ -173,7 +173,11 @@ void KubeSplitViewController::contextsMissing(quint64 request, const QString &re
     m_contextShell.reset();
     cancel(m_contentsShell);
     m_waitingSince = QDateTime();
-    m_hint = tr("No contexts could be loaded.") + QLatin1Char('\n') + sentenceFirst(reason);
+    const QString why = reason.isEmpty()
+        ? tr("There are none in %1.\nReload looks again; New Tab with Config (File menu) opens another one.")
+              .arg(kubeConfigFiles(m_kubeCtl.configPath))
+        : sentenceFirst(reason);
+    m_hint = tr("No contexts could be loaded.") + QLatin1Char('\n') + why;
     Q_EMIT contextListChanged();
 }
 
