@@ -256,7 +256,7 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
     m_namespaceShell.reset();
     m_waitingSince = QDateTime();
     m_hint = tr("The namespaces could not be loaded.") + QLatin1Char('\n') + sentenceFirst(m_namespaceError);
-    m_choosingContext = false;
+    const bool isOfAnotherContext = std::exchange(m_choosingContext, false);
     m_namespaceList = {.entries = namespaces};
     // Who may not list them may still work in one.
     m_namespaceList.acceptsOthers
@@ -270,6 +270,10 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
     if (!namespaces.isEmpty() || m_namespaceList.acceptsOthers) {
         takeNamespace(namespaceToShow(namespaces));
     } else {
+        if (isOfAnotherContext) {
+            m_currentNamespace.clear(); // Reload asks for those of this one
+            Q_EMIT namespaceChosen(QString());
+        }
         Q_EMIT clusterSettingsChanged();
     }
     enableNamespaces();
@@ -378,7 +382,8 @@ void KubeSplitViewController::contextUsed(quint64 request, bool success)
     }
     m_namespaceList.loading = false;
     m_hint = tr("The context %1 could not be switched to.").arg(m_currentContext) + QLatin1Char('\n')
-        + tr("The console says why. Reload tries again.");
+        + tr("The console says why. Reload tries again; Reload Contexts (Cluster menu) lists those that "
+             "there are.");
     enableNamespaces();
 }
 
