@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/CommandGate.h"
 
+#include "core/ApplicationRecord.h"
 #include "core/KubectlArguments.h"
 
 #include <QRegularExpression>
@@ -11,7 +12,11 @@ namespace tidewright {
 
 namespace {
 
-const QLatin1String kubectl("kubectl");
+/// A user types its name, the program itself may start the packaged one by its path.
+bool isKubectl(const QString &program)
+{
+    return program == QLatin1String("kubectl") || (program == kubectlPath() && !program.isEmpty());
+}
 
 /// A GET that reaches a program behind the API server may do anything there.
 bool leavesTheServer(const QString &rawPath)
@@ -64,9 +69,9 @@ bool isReading(const KubectlArguments &read, const QStringList &arguments)
 /// How a refusal names the command, without what may be long or secret.
 QString shortName(const QStringList &arguments)
 {
-    const QString program = arguments.value(0);
+    const QString program = isKubectl(arguments.value(0)) ? QStringLiteral("kubectl") : arguments.value(0);
     const QString verb
-        = program == kubectl ? KubectlArguments::read(arguments.mid(1)).words.value(0) : QString();
+        = isKubectl(program) ? KubectlArguments::read(arguments.mid(1)).words.value(0) : QString();
     return verb.isEmpty() ? program : program + QLatin1Char(' ') + verb;
 }
 
@@ -121,13 +126,13 @@ CommandVerdict judgeCommand(const QStringList &arguments, const StartingPlace &p
 {
     CommandVerdict verdict;
     KubectlArguments read;
-    if (arguments.value(0) == kubectl) {
+    if (isKubectl(arguments.value(0))) {
         const QStringList behind = arguments.mid(1);
         read = KubectlArguments::read(behind);
         verdict.reads = isReading(read, behind);
     }
     QList<ContextKey> all = reachOf(read, place);
-    if (arguments.value(0) != kubectl) {
+    if (!isKubectl(arguments.value(0))) {
         all += chosenContextsNamedIn(arguments);
     }
     verdict.context = all.first();
@@ -161,8 +166,8 @@ QString gateReason(const QStringList &arguments, const StartingPlace &place)
         return {};
     }
     const QString how = verdict.context == ContextKey(place.configPath, place.context)
-        ? QStringLiteral("%1 \"%2\" is not known to change nothing.")
-        : QStringLiteral("%1 \"%2\" is not known to change nothing, and could lead there.");
+        ? QStringLiteral("%1 \"%2\" may change it.")
+        : QStringLiteral("%1 \"%2\" may lead there and change it.");
     return how.arg(readOnlyReason(verdict.context), shortName(arguments));
 }
 

@@ -200,6 +200,17 @@ private Q_SLOTS:
         }
         QTRY_VERIFY(app.cluster.ended().contains(u"set team-1998"_s));
         QCOMPARE(app.state().currentContext() + app.state().currentNamespace(), u"context-1998team-1998"_s);
+
+        app.cluster.hold(u"namespaces"_s);
+        app.page().toolBar().namespacesPopupButton()->setFocus(); // disabled while it loads: what is typed
+        auto *contexts = app.page().toolBar().contextPopupButton(); // next must not go to the filter
+        contexts->showPopup();
+        auto *typed = contexts->findChild<QLineEdit *>();
+        QTest::keyClicks(typed, u"c"_s);
+        QTest::keyClick(typed, Qt::Key_Return);
+        QTRY_VERIFY(!app.page().toolBar().namespacesPopupButton()->isEnabled());
+        QVERIFY(app.frame->focusWidget() == &app.table().tableView());
+        app.cluster.release(u"namespaces"_s);
     }
 
     void logsOpenInWindowsOfTheirOwn()

@@ -135,6 +135,11 @@ private Q_SLOTS:
         cluster.succeed(u"namespaces"_s);
         window.state.reloadNamespaces();
         QTRY_COMPARE(window.shown(), u"b/default"_s);
+
+        cluster.fail(u"namespaces"_s, "no route to host");
+        window.state.chooseContext(u"a"_s);
+        QTRY_COMPARE(window.shown(), u"a/"_s); // not the namespace of another context
+        QCOMPARE(window.state.loadingHint(), u"The namespaces could not be loaded.\nno route to host"_s);
     }
 
     void choosing()
@@ -470,6 +475,10 @@ private Q_SLOTS:
         QCOMPARE(window.state.loadingHint(), u"No contexts could be loaded.\nLoading was stopped."_s);
         window.load(cluster.kubeConfig());
         QCOMPARE(window.answered(), ran);
+        cluster.answer(u"contexts"_s, "");
+        Window another;
+        another.state.viewWillAppear(cluster.kubeConfig());
+        QTRY_VERIFY(another.state.loadingHint().contains(u"There are none in "_s + cluster.kubeConfig()));
     }
 };
 

@@ -260,7 +260,7 @@ private Q_SLOTS:
                  "kubectl -v6 -n shop logs -f web", "kubectl --context=free describe po", "kubectl top pods",
                  "kubectl diff -f x", "kubectl config view --raw", "kubectl auth can-i delete po",
                  "kubectl rollout status deploy/x", "kubectl get --raw /api/v1/nodes",
-                 "kubectl get po delete"}) {
+                 "kubectl get po delete", "/the/kubectl get --context=shut --raw /api/v1/pods?limit=500"}) {
             QTest::newRow(line) << true;
         }
         for (const char *line :
@@ -269,7 +269,7 @@ private Q_SLOTS:
                 "kubectl rollout -w restart status", "kubectl rollout undo x", "kubectl exec p -- get",
                 "kubectl get --raw /api/v1/nodes/n/proxy/run", "kubectl get --raw=/a/%70roxy/",
                 "kubectl gets", "kubectl -- get", "helm list", "/bin/kubectl get", "sh -c kubectl get",
-                "kubectl edit po x", "kubectl -h delete po x"}) {
+                "kubectl edit po x", "kubectl -h delete po x", "/the/kubectl delete po x"}) {
             QTest::newRow(line) << false;
         }
     }
@@ -278,6 +278,8 @@ private Q_SLOTS:
         QFETCH(bool, reads);
         const QStringList words = QString::fromUtf8(QTest::currentDataTag()).split(u' ');
         const Policies policies(m_folder->path(), R"({"shut": "read-only", "asks": "protected;none"})");
+        const auto restored = qScopeGuard([path = kubectlPath()] { setKubectlPath(path); });
+        setKubectlPath(u"/the/kubectl"_s); // streams start it by its path
         QCOMPARE(gateReason(words, {{}, u"shut"_s, {}}).isEmpty(), reads);
         QCOMPARE(gateReason(words, {{}, u"asks"_s, {}}), QString());
         QCOMPARE(judgeCommand(words, {{}, u"asks"_s, {}}).needsConsent(), !reads);

@@ -156,7 +156,8 @@ void GeneralPreferencesViewController::buildLayout(QLabel *kubeConfigHint)
     layout->addRow(QString(), m_followsHint);
     layout->addRow(tr("Live updates:"), m_liveUpdates);
     layout->addRow(QString(),
-        makeHint(tr("Off, the shown table is listed again every 30 seconds, as in the console after Reload."), 1));
+        makeHint(
+            tr("Off, the shown table is listed again every 30 seconds, as in the console after Reload."), 2));
 }
 
 void GeneralPreferencesViewController::connectParts()

@@ -173,7 +173,11 @@ void KubeSplitViewController::contextsMissing(quint64 request, const QString &re
     m_contextShell.reset();
     cancel(m_contentsShell);
     m_waitingSince = QDateTime();
-    m_hint = tr("No contexts could be loaded.") + QLatin1Char('\n') + sentenceFirst(reason);
+    const QString why = reason.isEmpty()
+        ? tr("There are none in %1.\nReload looks again; New Tab with Config (File menu) opens another one.")
+              .arg(kubeConfigFiles(m_kubeCtl.configPath))
+        : sentenceFirst(reason);
+    m_hint = tr("No contexts could be loaded.") + QLatin1Char('\n') + why;
     Q_EMIT contextListChanged();
 }
 
@@ -253,7 +257,7 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
     m_namespaceShell.reset();
     m_waitingSince = QDateTime();
     m_hint = tr("The namespaces could not be loaded.") + QLatin1Char('\n') + sentenceFirst(m_namespaceError);
-    m_choosingContext = false;
+    const bool isOfAnotherContext = std::exchange(m_choosingContext, false);
     m_namespaceList = {.entries = namespaces};
     // Who may not list them may still work in one.
     m_namespaceList.acceptsOthers
@@ -267,6 +271,10 @@ void KubeSplitViewController::namespacesLoaded(quint64 request, const QStringLis
     if (!namespaces.isEmpty() || m_namespaceList.acceptsOthers) {
         takeNamespace(namespaceToShow(namespaces));
     } else {
+        if (isOfAnotherContext) {
+            m_currentNamespace.clear(); // Reload asks for those of this one
+            Q_EMIT namespaceChosen(QString());
+        }
         Q_EMIT clusterSettingsChanged();
     }
     enableNamespaces();
@@ -375,7 +383,8 @@ void KubeSplitViewController::contextUsed(quint64 request, bool success)
     }
     m_namespaceList.loading = false;
     m_hint = tr("The context %1 could not be switched to.").arg(m_currentContext) + QLatin1Char('\n')
-        + tr("The console says why. Reload tries again.");
+        + tr("The console says why. Reload tries again; Reload Contexts (Cluster menu) lists those that "
+             "there are.");
     enableNamespaces();
 }
 

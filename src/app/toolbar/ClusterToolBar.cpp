@@ -21,6 +21,12 @@
 
 namespace tidewright {
 
+namespace {
+
+constexpr int overflowMargin = 16; // what a toolbar adds to the button for commands that do not fit
+
+} // namespace
+
 ClusterToolBar::ClusterToolBar(
     KubeSplitViewController &state, PrimaryContentController &content, QWidget *parent)
     : QWidget(parent)
@@ -43,7 +49,9 @@ ClusterToolBar::ClusterToolBar(
     }
     m_bar->layout()->setContentsMargins(0, 0, 0, 0);
     m_bar->layout()->setSpacing(6);
-    m_bar->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // gives way to the rest
+    m_bar->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // gives way to the rest,
+    m_bar->setMinimumWidth(
+        style()->pixelMetric(QStyle::PM_ToolBarExtensionExtent) + overflowMargin); // not quite
     auto *separator = new QFrame;
     separator->setFrameShape(QFrame::VLine);
     separator->setForegroundRole(QPalette::Mid);
@@ -71,6 +79,11 @@ ClusterToolBar::ClusterToolBar(
     m_namespaces->showList(m_state.namespaceList());
     connect(m_contexts, &QComboBox::textActivated, &m_state, &KubeSplitViewController::chooseContext);
     connect(m_namespaces, &QComboBox::textActivated, this, &ClusterToolBar::chooseNamespace);
+    for (SearchableComboBox *list : {m_contexts, m_namespaces}) {
+        // A list that is disabled while it loads would pass the focus on to the filter.
+        connect(list, &QComboBox::textActivated, this,
+            [this] { m_content.currentWidget()->setFocus(Qt::OtherFocusReason); });
+    }
 }
 
 /// Where the cluster does not list them, the namespaces are those that are known otherwise.

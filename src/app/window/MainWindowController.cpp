@@ -159,8 +159,9 @@ void MainWindowController::showContextPolicy()
 
 void MainWindowController::updateTitles(const QString &nameSpace)
 {
-    const auto titled
-        = [&nameSpace](const QString &what) -> QString { return what + QLatin1String(" : ") + nameSpace; };
+    const auto titled = [&nameSpace](const QString &what) -> QString {
+        return nameSpace.isEmpty() ? what : QString(what + QLatin1String(" : ") + nameSpace);
+    };
     m_tabTitle = m_configTitle.isEmpty() ? nameSpace : titled(m_configTitle);
     m_title = m_configTitle.isEmpty() && !m_kubeConfigPath.isEmpty()
         ? titled(kubeconfig_list::shown(m_kubeConfigPath))

@@ -235,6 +235,14 @@ void ConsoleViewController::showScriptState()
     }
 }
 
+/// The place that a typed line acts in unless it says otherwise: one namespace, also while all are shown.
+QString ConsoleViewController::typedFor(const ChangePlace &place) const
+{
+    const auto view = m_window->kubeCtl().view();
+    return tr("Typed for:") + QLatin1Char('\n')
+        + placeText(place.context, view ? view->nameSpace() : place.nameSpace, place.kubeConfig);
+}
+
 void ConsoleViewController::runTypedCommand()
 {
     m_commandHistoryCursor = 0;
@@ -263,9 +271,11 @@ void ConsoleViewController::runTypedCommand()
         return;
     }
     confirmWhereProtected(m_view, verdict.context, tr("Confirm Command"),
-        tr("This command is not known to change nothing. Are you sure you want to run it?"), tr("Run"),
+        tr("This command may change the context %1. Are you sure you want to run it?")
+            .arg(verdict.context.name),
+        tr("Run"),
         confirmationDetails(
-            display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + place.text()),
+            display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + typedFor(place)),
         [self = QPointer(m_self), id, words, place](bool confirmed) {
             if (self && self->find(id)) {
                 confirmed ? self->proceed(id, words, place)
@@ -341,9 +351,8 @@ void ConsoleViewController::tellNamespace(const QStringList &words)
     if (view && m_window->currentNamespace() == allNamespaces && words.first() == QLatin1String("kubectl")
         && !read.isLocal() && !read.namesNamespace) {
         addEntry(QString(),
-            tr("All namespaces are shown. What follows names none, with -n or -A, and so acts in the "
-               "namespace %1.")
-                .arg(view->nameSpace()),
+            tr("All namespaces are shown; this line names none (-n, -A) and so runs in %1")
+                .arg(view->nameSpace()), // no full stop: it would make a link of the name
             std::nullopt);
     }
 }

@@ -92,6 +92,7 @@ private:
     TypedCommand *find(quint64 id);
     void proceed(quint64 id, const QStringList &words, const ChangePlace &place);
     void start(quint64 id, const QStringList &words, bool inUserFile);
+    QString typedFor(const ChangePlace &place) const;
     void tellNamespace(const QStringList &words);
     void tellUserFile();
     void refuse(quint64 id, const QString &reason);

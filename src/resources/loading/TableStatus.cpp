@@ -21,7 +21,7 @@ QString countsText(const ResourceKind &kind, const TableFacts &facts)
 {
     const QLocale locale;
     const QString noun = kind.tableName.toLower();
-    if (!facts.hasBeenLoaded && facts.isLoading && facts.all > 0) {
+    if (!facts.hasBeenLoaded && facts.all > 0) { // also when loading has stopped half-way
         return tr("%1 %2 so far").arg(locale.toString(facts.all), noun);
     }
     if (facts.hasFailed || !facts.hasBeenLoaded) {
@@ -40,7 +40,8 @@ QString emptyReason(const ResourceKind &kind, const TableFacts &facts)
 {
     const QString noun = kind.tableName.toLower();
     if (facts.all > 0) {
-        return tr("No %1 match “%2”.").arg(noun, facts.filter);
+        return (facts.hasBeenLoaded ? tr("No %1 match “%2”.") : tr("No %1 match “%2” so far."))
+            .arg(noun, facts.filter);
     }
     if (facts.isLoading) {
         return tr("Loading %1…").arg(noun);

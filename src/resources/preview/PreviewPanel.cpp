@@ -144,6 +144,7 @@ void PreviewPanel::showItem()
     m_source->loadPreviewItem(
         m_index, [panel = QPointer(this), request, position](const auto &item, const QString &reason) {
             if (panel && panel->m_request == request) {
+                panel->m_text->setLineWrapMode(item ? QPlainTextEdit::NoWrap : QPlainTextEdit::WidgetWidth);
                 panel->showText(item ? item->text : reason, item ? position : tr("No preview"));
             }
         });
