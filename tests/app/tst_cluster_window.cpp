@@ -203,10 +203,10 @@ private Q_SLOTS:
 
         app.cluster.hold(u"namespaces"_s);
         app.page().toolBar().namespacesPopupButton()->setFocus(); // disabled while it loads: what is typed
-        auto *contexts = app.page().toolBar().contextPopupButton(); // next must not go to the filter
-        contexts->showPopup();
-        auto *typed = contexts->findChild<QLineEdit *>();
-        QTest::keyClicks(typed, u"c"_s);
+        auto *contextList = app.page().toolBar().contextPopupButton(); // next must not go to the filter
+        contextList->showPopup();
+        auto *typed = contextList->findChild<QLineEdit *>();
+        QTest::keyClicks(typed, u"1997"_s);
         QTest::keyClick(typed, Qt::Key_Return);
         QTRY_VERIFY(!app.page().toolBar().namespacesPopupButton()->isEnabled());
         QVERIFY(app.frame->focusWidget() == &app.table().tableView());
