@@ -22,9 +22,8 @@ if(TIDEWRIGHT_SANITIZE)
     # Every target is instrumented, the tests and the demo cluster too: a half-instrumented program proves little.
     add_compile_options(-fsanitize=${TIDEWRIGHT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${TIDEWRIGHT_SANITIZE})
-    # These warnings of GCC misfire in instrumented code, simdjson's headers above all.
-    target_compile_options(tidewright_options INTERFACE
-        -Wno-maybe-uninitialized -Wno-uninitialized -Wno-dangling-pointer)
+    # GCC's maybe-uninitialized warning misfires in instrumented code.
+    target_compile_options(tidewright_options INTERFACE -Wno-maybe-uninitialized)
 endif()
 
 # Headers that nearly every file of a folder reads, parsed once per target. Off in the dev preset, where each file has

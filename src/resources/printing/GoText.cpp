@@ -81,7 +81,8 @@ bool isWhole(double number)
 std::vector<Member> sortedMembers(const element &value)
 {
     std::vector<Member> members;
-    for (const auto &field : value.get_object().value_unsafe()) {
+    const simdjson::dom::object object = value.get_object().value_unsafe();
+    for (const auto &field : object) {
         members.emplace_back(field.key, field.value);
     }
     std::stable_sort(
@@ -166,7 +167,8 @@ void appendText(const element &value, bool isReadAgain, QByteArray &out)
         break;
     case element_type::ARRAY: {
         char before = '[';
-        for (const element item : value.get_array().value_unsafe()) {
+        const simdjson::dom::array array = value.get_array().value_unsafe();
+        for (const element item : array) {
             out += std::exchange(before, ' ');
             appendText(item, isReadAgain, out);
         }
@@ -217,7 +219,8 @@ void appendGoJson(const element &value, QByteArray &out)
         break;
     case element_type::ARRAY: {
         char before = '[';
-        for (const element item : value.get_array().value_unsafe()) {
+        const simdjson::dom::array array = value.get_array().value_unsafe();
+        for (const element item : array) {
             out += std::exchange(before, ',');
             appendGoJson(item, out);
         }
