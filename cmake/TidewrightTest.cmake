@@ -35,13 +35,14 @@ function(tidewright_add_test)
     if(ARG_CHECK_LEAKS)
         set(detect_leaks 1)
     endif()
+    # die_after_fork=0: the demo cluster has threads, and is a child that a test with threads has forked.
     set(environment
         "QT_QPA_PLATFORM=offscreen"
         "TIDEWRIGHT_TEST_KUBECTL=${TIDEWRIGHT_LIBEXEC}/kubectl"
         "TIDEWRIGHT_TEST_KUBECTL_OLD=${TIDEWRIGHT_TEST_KUBECTL_OLD}"
         "ASAN_OPTIONS=detect_leaks=${detect_leaks}:abort_on_error=0"
         "UBSAN_OPTIONS=print_stacktrace=1"
-        "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:halt_on_error=1")
+        "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:halt_on_error=1:die_after_fork=0")
     set_tests_properties(${ARG_NAME} PROPERTIES
         ENVIRONMENT "${environment}" TIMEOUT ${TIDEWRIGHT_TEST_TIMEOUT} LABELS "${ARG_LABELS}")
 endfunction()
