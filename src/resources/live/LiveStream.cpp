@@ -178,6 +178,9 @@ void LiveStream::discover()
 
 void LiveStream::run(Task task, const QStringList &arguments, std::shared_ptr<LiveDecoder> decoder)
 {
+    if (m_status.state == State::Paused) {
+        return; // by whoever was just told of the step before
+    }
     stopChild();
     m_task = task;
     m_childSince = m_means.now();

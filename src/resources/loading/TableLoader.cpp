@@ -186,9 +186,7 @@ void TableLoader::follow()
     m_hasState = false;
     m_stream = std::make_unique<LiveStream>(m_store.kind(),
         LivePlace{context, m_window.kubeCtl().contents().server(context), m_window.currentNamespace()},
-        liveMeans([window = QPointer(&m_window)] {
-            return window ? window->kubeCtl().makeShell() : Shell::create();
-        }));
+        liveMeans([&window = m_window] { return window.kubeCtl().makeShell(); }));
     connect(m_stream.get(), &LiveStream::batchReady, &m_liveRows, &LiveRows::take);
     connect(m_stream.get(), &LiveStream::statusChanged, this, &TableLoader::streamChanged);
     if (!m_store.rows().empty()) {
@@ -201,8 +199,10 @@ void TableLoader::follow()
 void TableLoader::leaveStream()
 {
     if (m_stream) {
+        m_rowsAsOf = rowsAsOf();
         m_stream->disconnect(this);
         m_stream->disconnect(&m_liveRows);
+        m_stream->pause(); // starts nothing any more: the window may be gone before it is
         m_stream.release()->deleteLater(); // it may be the one that is telling this
     }
     m_liveRows.clear();
@@ -309,7 +309,6 @@ void TableLoader::setWatched(bool watched)
 void TableLoader::liveUpdatesSwitched()
 {
     if (!m_window.liveUpdates()) {
-        m_rowsAsOf = rowsAsOf();
         leaveStream();
     }
     m_refusal.clear();
