@@ -120,7 +120,7 @@ void LiveRows::put(std::span<const LiveUpsert> upserts)
     std::vector<std::pair<std::size_t, Row>> changed;
     Rows added;
     for (const LiveUpsert &upsert : upserts) {
-        const auto position = find(upsert.key);
+        const auto position = m_store.find(upsert.nameSpace, nameOf(upsert.key));
         if (!position) {
             added.push_back(upsert.row
                     ? upsert.row
@@ -156,7 +156,7 @@ void LiveRows::removeOthers(const LiveBatch &batch)
 {
     QSet<std::size_t> known;
     for (const LiveUpsert &upsert : batch.upserts) {
-        if (const auto position = find(upsert.key)) {
+        if (const auto position = m_store.find(upsert.nameSpace, nameOf(upsert.key))) {
             known.insert(*position);
         }
     }
