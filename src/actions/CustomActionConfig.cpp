@@ -122,6 +122,7 @@ CustomActionConfig::Decoded CustomActionConfig::decode(const QByteArray &json)
     reader.read("active_in_contexts", config.active_in_contexts);
     reader.read("is_smart_action", config.is_smart_action);
     reader.read("reads_only", config.reads_only);
+    reader.read("once_per_namespace", config.once_per_namespace);
     if (!scope) {
         reader.complain(QStringLiteral("the required \"scope\" is missing"));
     }

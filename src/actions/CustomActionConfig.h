@@ -32,6 +32,9 @@ struct CustomActionConfig
     /// in protected ones.
     std::optional<bool> reads_only = false;
 
+    /// With resources of several namespaces chosen it runs for the first of each; it is not run else.
+    std::optional<bool> once_per_namespace = false;
+
     bool operator==(const CustomActionConfig &) const = default;
 
     bool isActiveIn(const QString &context) const;

@@ -7,8 +7,8 @@
 #include "core/ApplicationRecord.h"
 #include "core/CommandGate.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/Confirmation.h"
 #include "resources/widgets/NamedImages.h"
@@ -17,19 +17,23 @@ namespace tidewright {
 
 namespace {
 
+const auto namespaceVariable = QStringLiteral("NAMESPACE");
+
 /// What runs for what, and where.
 QString described(const QString &title, const ActionEnvironment &environment, const ChangePlace &place)
 {
     QStringList lines{QStringLiteral("Action: ") + title};
     for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
         static const QStringList places{
-            QStringLiteral("KUBECONFIG"), QStringLiteral("CONTEXT"), QStringLiteral("NAMESPACE")};
+            QStringLiteral("KUBECONFIG"), QStringLiteral("CONTEXT"), namespaceVariable};
         if (!places.contains(entry.key())) {
             const QString noun = entry.key().left(1) + entry.key().mid(1).toLower();
             lines.append(noun + QLatin1String(": ") + entry.value());
         }
     }
-    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n') + place.text();
+    const QString nameSpace = environment.value(namespaceVariable, place.nameSpace);
+    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n')
+        + placeText(place.context, nameSpace, place.kubeConfig);
 }
 
 void tellMissing(const QStringList &names)
@@ -160,8 +164,10 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
                 return;
             }
             const bool inTerminal = self->config().open_in_terminal.value_or(false);
+            const QString nameSpace = environment.value(namespaceVariable);
             const KubeConfigCopy copy = place.window->kubeCtl().makeCopy(
-                inTerminal ? KubeConfigView::Lifetime::OnItsOwn : KubeConfigView::Lifetime::WithHolder);
+                inTerminal ? KubeConfigView::Lifetime::OnItsOwn : KubeConfigView::Lifetime::WithHolder,
+                nameSpace == allNamespaces ? QString() : nameSpace);
             if (!copy.problem.isEmpty()) {
                 refuseChange(*place.window, notRun, copy.problem);
                 return;

@@ -169,7 +169,7 @@ std::shared_ptr<Shell> KubeCtl::shellFor(const KubeConfigCopy &copy) const
     return shell;
 }
 
-KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime) const
+KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime, const QString &nameSpace) const
 {
     const QString files = kubeConfigFiles(configPath);
     const std::shared_ptr<const KubeConfigView> &view = m_place->view;
@@ -177,7 +177,8 @@ KubeConfigCopy KubeCtl::makeCopy(KubeConfigView::Lifetime lifetime) const
         return {files, nullptr, problem};
     }
     QString problem;
-    const auto copy = KubeConfigView::make(m_place->contents, view->context(), view->nameSpace(), problem,
+    const auto copy = KubeConfigView::make(m_place->contents, view->context(),
+        nameSpace.isEmpty() ? view->nameSpace() : nameSpace, problem,
         {.holds = KubeConfigView::Holds::AllContexts, .lifetime = lifetime});
     return copy ? KubeConfigCopy{copy->inFrontOf(files), copy} : KubeConfigCopy{{}, nullptr, noView(problem)};
 }

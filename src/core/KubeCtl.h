@@ -85,7 +85,9 @@ public:
     std::shared_ptr<Shell> makeForeignShell() const;
     /// A shell whose children use the user's own kubeconfig and nothing else.
     std::shared_ptr<Shell> makePlainShell() const;
-    KubeConfigCopy makeCopy(KubeConfigView::Lifetime lifetime = KubeConfigView::Lifetime::WithHolder) const;
+    /// Acts in `nameSpace`; where it is empty, in the window's.
+    KubeConfigCopy makeCopy(KubeConfigView::Lifetime lifetime = KubeConfigView::Lifetime::WithHolder,
+        const QString &nameSpace = {}) const;
 
     /// The contexts in the kubeconfig's order, and the current one (empty when the kubeconfig names none). It
     /// is the user's kubeconfig that is asked. Completes on a shell-queue thread; when there is no context at

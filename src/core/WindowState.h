@@ -6,14 +6,20 @@
 #include <QDateTime>
 #include <QObject>
 
-#include <utility>
 #include <vector>
 
 namespace tidewright {
 
 /// A pod's name and a container's; or what `kubectl logs` takes in their places: a target such as
 /// "deploy/web" and the option `allContainers`.
-using ContainerPair = std::pair<QString, QString>;
+struct ContainerPair
+{
+    QString pod;
+    QString container;
+    QString nameSpace = {}; ///< of the pod; empty: the one that the window shows
+
+    bool operator==(const ContainerPair &) const = default;
+};
 /// Stands for all containers of a pod.
 inline constexpr QLatin1String allContainers("--all-containers");
 

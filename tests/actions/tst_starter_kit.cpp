@@ -93,8 +93,6 @@ private Q_SLOTS:
         const char *const everywhere = "All Namespaces";
         const QStringList accepted{u"OK"_s};
         row("Describe Pod", "POD=debug-shell", {}, "Name:         debug-shell");
-        row("Describe Pod", "POD=debug-shell", {}, "Choose the namespace of debug-shell first.", "",
-            everywhere);
         row("Previous Logs", "POD=%fraud-check CONTAINER=scorer", {}, "seq=", "", "payments");
         for (const auto &[title, resource] :
             {std::pair("Describe Pod", "POD=--help"), {"Previous Logs", "POD=--help CONTAINER=x"},
@@ -124,19 +122,13 @@ private Q_SLOTS:
                 u"pattern=w*"_s, u"replicas=9999999999"_s, u"Continue"_s, u"Scale"_s,
                 u"?w*,9999999999,deployments,false: "_s, u"Cancel"_s},
             "kubectl get deployments -o name --context=demo-harbor -n default");
-        const auto nowhere = [&](const char *title, const char *resource, const QString &message) {
-            row(title, resource, {u"?: "_s + message, u"OK"_s}, "", "", everywhere);
-        };
-        nowhere("Delete Finished Pods", "", u"Choose a namespace first."_s);
+        row("Delete Finished Pods", "", {u"?: Choose a namespace first."_s, u"OK"_s}, "", "", everywhere);
         row("Delete Finished Pods", "", {u"show=no"_s, u"OK"_s, u"?: pod/toolbox"_s, u"Delete"_s},
             "pod \"toolbox\" deleted", "get po toolbox -n default|NotFound");
         row("Count Restarts", "DEPLOYMENT=fraud-check", {}, "|243 restarts", "", "payments");
-        row("Count Restarts", "DEPLOYMENT=web", {}, "Choose the namespace of web first.", "", everywhere);
         row("Restart and Watch", "DEPLOYMENT=nowhere",
             {u"Restart"_s, u"?: Error from server (NotFound)"_s, u"OK"_s},
             "kubectl rollout restart deployment/nowhere");
-        nowhere("Restart and Watch", "DEPLOYMENT=web", u"Choose the namespace of web first."_s);
-        nowhere("Notify When Rolled Out", "DEPLOYMENT=web", u"Choose the namespace of web first."_s);
         row("Restart and Watch", "DEPLOYMENT=web", {u"Restart"_s, u"Tell Me"_s},
             "web|demo-harbor\ndeployment \"web\" successfully",
             "rollout history deployment/web -n default|2         <none>");

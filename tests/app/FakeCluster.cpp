@@ -36,7 +36,7 @@ while [ -e "$dir/$file.hold" ]; do sleep 0.02; done
 [ -e "$dir/$file.cut" ] && : > "$first"
 [ -e "$dir/$file.kill" ] && kill -9 $$
 [ -e "$dir/$file.status" ] && exit 3
-case "$*" in *metadata.namespace*) behind='\tspace' ;; esac
+case "$*" in *metadata.namespace*) behind='\tspace'; [ -e "$dir/$file-everywhere.out" ] && file=$file-everywhere behind= ;; esac
 [ -e "$dir/$file.out" ] && sed "s/\$/$behind/" "$dir/$file.out"
 printf '%s\n' "$run" >> "$dir/ended"
 )sh";

@@ -24,7 +24,8 @@ public:
 ///
 /// Runs are known as "contexts", "namespaces", "use CONTEXT" and "set NAMESPACE" (in a window's view), "file
 /// use CONTEXT" and "file set NAMESPACE" (in the kubeconfig itself) and, for anything else, "get po" and the
-/// like.
+/// like. What "get po everywhere" answers is listed in all namespaces, instead of the same in the namespace
+/// "space".
 class FakeCluster
 {
     QTemporaryDir m_folder; // first: the settings lie in it

@@ -228,6 +228,44 @@ private Q_SLOTS:
         }
     }
 
+    /// Where all namespaces are shown, a row's own counts.
+    void severalNamespaces()
+    {
+        Actions app;
+        QByteArray pods;
+        for (const char *nameSpace : {"shop", "bank"}) {
+            for (const char *name : {"web", "db"}) {
+                pods += QByteArray(name) + "\ttrue\tRunning\t0\t\tT\tapp\t" + nameSpace + '\n';
+            }
+        }
+        app.add(u"pod"_s, R"({"scope":"pod"})");
+        app.add(u"each"_s, R"({"scope":"pod","once_per_namespace":true})");
+        app.add(u"container"_s, R"({"scope":"container"})");
+        app.open();
+        app.cluster.answer(u"get po everywhere"_s, pods);
+        app.state().chooseNamespace(allNamespaces);
+        QTRY_COMPARE(app.pods().tableItems().size(), 4U);
+        app.pods().tableView().selectRow(3);
+        app.item(u"pod"_s)->trigger();
+        QCOMPARE(app.told(), u"b bank db"_s);
+        app.pods().tableView().selectAll();
+        app.item(u"pod"_s)->trigger();
+        QTRY_VERIFY(app.console().contains(
+            u"\"pod\" was not run: what is chosen lies in several namespaces (shop, bank)."_s));
+        app.item(u"each"_s)->trigger();
+        const auto runs
+            = [&] { return app.entries().filter(QRegularExpression(u"^env .*NAMESPACE=(shop|bank) "_s)); };
+        QTRY_COMPARE(runs().size(), 3);
+        QVERIFY(runs().filter(u"POD=web"_s).size() == 2);
+        QTRY_COMPARE(app.pods().containerButtons().size(), 4U);
+        for (ContainerButton *button : app.pods().containerButtons()) {
+            button->setChecked(button->accessibleName() == u"bank/web:app"_s);
+        }
+        app.told();
+        app.item(u"container"_s)->trigger();
+        QCOMPARE(app.told(), u"b bank web app"_s);
+    }
+
     void everyScope()
     {
         Actions app;
@@ -296,7 +334,7 @@ private Q_SLOTS:
         ContainerButton *container = app.pods().containerButtons().front();
         QVERIFY(container->shortcut().isEmpty());
         container->setChecked(true);
-        QCOMPARE(app.pods().selectedContainerPairs().front().second, u"<s>&c\u202e"_s);
+        QCOMPARE(app.pods().selectedContainerPairs().front().container, u"<s>&c\u202e"_s);
         const ResourceTableView &view = app.pods().tableView();
         const auto *delegate = qobject_cast<const QStyledItemDelegate *>(view.itemDelegate());
         QCOMPARE(delegate->displayText(u"a\u202eb"_s, {}), u"a\ufffdb"_s);

@@ -102,7 +102,7 @@ private Q_SLOTS:
         QTest::keyClicks(filter, u"WEB-2"_s);
         QCOMPARE(app.table().arrangedObjects().rowCount(), 1);
         QTest::keyClick(filter, Qt::Key_Down); // on to the row that was found
-        QCOMPARE(app.table().chosenNames(), QStringList{u"web-2"_s});
+        QCOMPARE(app.table().chosenObjects().first().name, u"web-2"_s);
         QVERIFY(!filter->hasFocus());
         app.page().sidebarController().select(u"Jobs"_s);
         QCOMPARE(filter->text(), QString());
@@ -539,11 +539,13 @@ private Q_SLOTS:
         const QPointer<ClusterWindowFrame> frame = app.frame;
         app.cluster.forgetCalls();
         QStringList names;
+        ObjectNames objects;
         for (int number = 0; number < 4000; ++number) {
             names.append(QString::number(number).rightJustified(50, u'x'));
+            objects.append({app.page().state().currentNamespace(), names.last()});
         }
         int finished = 0;
-        confirmAndDelete(app.table(), app.page().state(), app.table().kind(), names, [&] { ++finished; });
+        confirmAndDelete(app.table(), app.page().state(), app.table().kind(), objects, [&] { ++finished; });
         app.cluster.hold(u"delete po"_s);
         QTRY_VERIFY(app.question());
         app.answer(u"Delete"_s);
@@ -582,7 +584,8 @@ private Q_SLOTS:
         App app;
         app.open();
         app.cluster.hold(u"cp --context=b"_s);
-        copyIntoContainer(app.table(), {u"web-1"_s, u"app"_s}, {u"/a/one"_s, u"/a/two"_s}, u"/tmp/"_s);
+        copyIntoContainer(app.table(), {u"web-1"_s, u"app"_s, app.page().state().currentNamespace()},
+            {u"/a/one"_s, u"/a/two"_s}, u"/tmp/"_s);
         const auto copies = [&] { return app.cluster.tableReads().filter(u"cp --context=b "_s); };
         QTRY_COMPARE(copies().size(), 1);
         app.cluster.fail(u"read"_s, "no such file");

@@ -182,17 +182,9 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(file));
     }
 
-    void refusals()
+    void withoutAnEditor()
     {
-        SharedContentViewController *table = page().primaryContentController().shownTable();
-        page().state().chooseNamespace(u"All Namespaces"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(!table->tableItems().empty() && !table->isLoading(), 20'000);
-        table->tableView().selectRow(0);
-        table->editConfiguration();
-        QVERIFY2(m_console.entries.last().startsWith(u"||Nothing was edited: choose a namespace first."_s),
-            qPrintable(m_console.entries.last()));
         m_settings.remove(preferredEditor);
-        page().state().chooseNamespace(u"default"_s);
         QVERIFY(edited());
         const auto box = [] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); };
         QTRY_VERIFY(box() && box()->parentWidget() == m_delegate->mainWindow());

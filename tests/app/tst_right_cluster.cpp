@@ -289,7 +289,8 @@ std::vector<Operation> operations()
             [=](Windows &w) { w.drop(file(w)); }, answer(u"Create"_s)},
         {"copy into a container", Operation::Change, u"cp "_s, u"Nothing was copied"_s, onRow(u"Pods"_s),
             [=](Windows &w) {
-                copyIntoContainer(w.table(), {u"web-1"_s, u"app"_s}, {file(w)}, u"/tmp/"_s);
+                copyIntoContainer(w.table(), {u"web-1"_s, u"app"_s, w.page->state().currentNamespace()},
+                    {file(w)}, u"/tmp/"_s);
             }},
         {"edit", Operation::Change, u"edit "_s, u"Nothing was edited"_s, onRow(u"Pods"_s),
             [](Windows &w) { w.table().editConfiguration(); }},
@@ -719,7 +720,7 @@ void tst_right_cluster::everyRun()
         place = windows.shown();
         step(disturbance.between, windows);
         const bool canAct = windows.question() || !operation.ask || windows.asked
-            || !windows.table().selectedNames().isEmpty();
+            || !windows.table().selectedObjects().isEmpty();
         if (canAct) {
             operation.act(windows);
         }
@@ -728,7 +729,7 @@ void tst_right_cluster::everyRun()
         const auto hasEnded = [&] {
             return !canAct || !runs().isEmpty() || windows.told().contains(refusal)
                 || (operation.means == Operation::Read
-                    && (!windows.page || windows.table().selectedNames().isEmpty()));
+                    && (!windows.page || windows.table().selectedObjects().isEmpty()));
         };
         QVERIFY2(within(hasEnded), qPrintable(u"neither run nor refused:\n"_s + windows.told()));
         QVERIFY(windows.isSettled());

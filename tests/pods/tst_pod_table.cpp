@@ -2,8 +2,8 @@
 // The pod table in a window, over the demo cluster through real kubectl, and over tools that misbehave.
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/text/Timestamp.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/table/ContainerButton.h"
 #include "pods/table/ContainerCopy.h"
 #include "pods/table/Pod.h"
@@ -244,7 +244,7 @@ private Q_SLOTS:
         m_table->resize(1100, 140);
         QVERIFY(load());
         m_table->tableView().horizontalHeader()->setSortIndicator(0, Qt::DescendingOrder);
-        m_table->tableView().setColumnWidth(1, 333);
+        m_table->tableView().setColumnWidth(2, 333);
         m_table->setFilter(u"E"_s); // without regard to case
         const int rows = m_table->arrangedObjects().rowCount();
         QVERIFY(rows > 3 && rows < int(m_table->tableItems().size()));
@@ -253,13 +253,13 @@ private Q_SLOTS:
         QTRY_VERIFY(bar->maximum() > 0); // laid out
         bar->setValue(bar->maximum());
         const int scrolled = bar->value();
-        const QStringList chosen = m_table->chosenNames();
-        QCOMPARE(chosen, (QStringList{name(1), name(3)}));
+        const ObjectNames chosen = m_table->chosenObjects();
+        QCOMPARE(chosen, ObjectNames({{u"shop"_s, name(1)}, {u"shop"_s, name(3)}}));
 
         QVERIFY(load());
-        QCOMPARE(m_table->chosenNames(), chosen);
+        QCOMPARE(m_table->chosenObjects(), chosen);
         QCOMPARE(bar->value(), scrolled);
-        QCOMPARE(m_table->tableView().columnWidth(1), 333);
+        QCOMPARE(m_table->tableView().columnWidth(2), 333);
         QCOMPARE(m_table->filter(), u"E"_s);
         QVERIFY(name(0).compare(name(1), Qt::CaseInsensitive) > 0);
     }
@@ -274,7 +274,8 @@ private Q_SLOTS:
         QVERIFY(alpha->x() < buttonNamed(u"web:zeta"_s)->x());
         QTest::mouseClick(alpha, Qt::LeftButton);
         QTest::mouseClick(buttonNamed(u"db:postgres"_s), Qt::LeftButton);
-        const std::vector<ContainerPair> both{{u"web"_s, u"alpha"_s}, {u"db"_s, u"postgres"_s}};
+        const std::vector<ContainerPair> both{
+            {u"web"_s, u"alpha"_s, u"shop"_s}, {u"db"_s, u"postgres"_s, u"shop"_s}};
         QCOMPARE(m_table->selectedContainerPairs(), both);
 
         // The same containers in another order: the buttons and their states stay.
@@ -302,8 +303,9 @@ private Q_SLOTS:
                 "side\\ndb\\ttrue\\tRunning\\t0\\t\\t\\tpg\\nmq\\ttrue\\tRunning\\t0\\t\\t\\tmq\\n");
         QVERIFY(load());
         QTRY_COMPARE(m_table->containerButtons().size(), std::size_t(4));
-        const auto all
-            = [](const char *pod) { return ContainerPair(QLatin1String(pod), u"--all-containers"_s); };
+        const auto all = [](const char *pod) {
+            return ContainerPair(QLatin1String(pod), u"--all-containers"_s, u"shop"_s);
+        };
         m_table->viewLogs();
         QVERIFY(m_window->logsOpened.empty());
         QVERIFY(!m_table->viewLogsObstacle().isEmpty());
@@ -315,7 +317,7 @@ private Q_SLOTS:
         QVERIFY(m_table->selectedContainerPairs().empty());
         m_table->viewLogs();
         const std::vector<std::vector<ContainerPair>> expected{
-            {{u"web"_s, u"side"_s}, {u"mq"_s, u"mq"_s}}, {all("web"), all("db")}};
+            {{u"web"_s, u"side"_s, u"shop"_s}, {u"mq"_s, u"mq"_s, u"shop"_s}}, {all("web"), all("db")}};
         QCOMPARE(m_window->logsOpened, expected);
     }
 
@@ -358,21 +360,6 @@ private Q_SLOTS:
         setMainConsoleLookup(nullptr);
     }
 
-    void deletingInAllNamespacesIsRefused()
-    {
-        m_window->nameSpace = allNamespaces;
-        QVERIFY(load());
-        QVERIFY(m_table->tableItems().size() > 20);
-        selectRows({0});
-        m_table->deleteRows();
-        m_table->showQuickLookPanel();
-        m_table->viewLogs();
-        copyIntoContainer(*m_table, {name(0), u"app"_s}, {u"/dev/null"_s}, u"/tmp/"_s);
-        QVERIFY(!question() && m_window->logsOpened.empty());
-        QCOMPARE(m_window->recorded.entries.filter(u"choose a namespace first"_s).size(), 4);
-        QCOMPARE(m_window->settledAsked, 0);
-    }
-
     void namesThatLookLikeOptions()
     {
         pretend(
@@ -384,10 +371,10 @@ private Q_SLOTS:
         selectRows({0});
         m_table->viewLogs();
         m_table->deleteRows();
-        copyIntoContainer(*m_table, {u"--all"_s, u"app"_s}, paths, there);
+        copyIntoContainer(*m_table, {u"--all"_s, u"app"_s, m_window->nameSpace}, paths, there);
         QTest::mouseClick(buttonNamed(u"web:--profile=x"_s), Qt::LeftButton);
         m_table->viewLogs();
-        copyIntoContainer(*m_table, {u"web"_s, u"--profile=x"_s}, paths, there);
+        copyIntoContainer(*m_table, {u"web"_s, u"--profile=x"_s, m_window->nameSpace}, paths, there);
         QVERIFY(m_window->logsOpened.empty() && !question());
         QStringList expected;
         for (const char *refusal : {"No logs were opened: kubectl would take the name \"--all\"",

@@ -11,17 +11,17 @@
 #include "resources/kinds/Deployment.h"
 #include "resources/kinds/Endpoint.h"
 #include "resources/kinds/Event.h"
-#include "resources/table/EventController.h"
 #include "resources/kinds/FieldText.h"
 #include "resources/kinds/Job.h"
-#include "resources/listing/LoadProblem.h"
-#include "resources/listing/Merge.h"
 #include "resources/kinds/PersistentVolume.h"
 #include "resources/kinds/ReplicaSet.h"
-#include "resources/table/ResourceTableView.h"
 #include "resources/kinds/Secret.h"
 #include "resources/kinds/Service.h"
 #include "resources/kinds/ServiceAccount.h"
+#include "resources/listing/LoadProblem.h"
+#include "resources/listing/Merge.h"
+#include "resources/table/EventController.h"
+#include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
@@ -58,6 +58,9 @@ QString cellsOf(const ResourceKind &kind, const KubeTableItem &item)
 {
     QStringList cells;
     for (const Column &column : kind.columns) {
+        if (column.identifier == u"namespace"_s) {
+            continue; // of the tables of all namespaces
+        }
         QString cell = column.text(item);
         if (column.image && !column.image(item).isEmpty()) {
             cell += u" <%1>"_s.arg(column.image(item));

@@ -131,7 +131,7 @@ class Action:
     environment  the variables the action was started with: CONTEXT, NAMESPACE, KUBECONFIG, KUBECTL, one for the
                  chosen resource (POD, DEPLOYMENT ...), and those that config.json lists
     context      the window's context
-    namespace    the window's namespace; "All Namespaces" when it shows all
+    namespace    that of the chosen resource; in the scope "namespace" the window's, "All Namespaces" when it shows all
     """
 
     def __new__(cls, *arguments, **options):

@@ -7,11 +7,16 @@
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/table/ResourceTableView.h"
 
+#include <QSet>
+
+#include <map>
+
 namespace tidewright {
 
 namespace {
 
 const auto podScope = QStringLiteral("pod");
+const auto namespaceVariable = QStringLiteral("NAMESPACE");
 const auto containerScope = QStringLiteral("container");
 /// A pattern may be slow on every one of many names, and there may be many patterns.
 constexpr auto patienceToEnable = std::chrono::milliseconds(15);
@@ -22,21 +27,20 @@ constexpr auto restWhileLoading = std::chrono::milliseconds(500);
 
 struct Match
 {
-    std::optional<QString> name;
+    std::optional<ObjectName> object;
     bool timeIsUp = false; ///< not all names were tried
 };
 
-/// The first of `count` names that the pattern matches.
+/// The first of `count` rows whose name the pattern matches.
 Match firstMatch(
-    const QString &pattern, int count, const std::function<QString(int)> &nameAt, const QDeadlineTimer &end)
+    const QString &pattern, int count, const std::function<Row(int)> &rowAt, const QDeadlineTimer &end)
 {
     Glob glob(pattern);
     glob.compile();
     auto searcher = glob.searcher();
     for (int number = 0; number < count; ++number) {
-        const QString name = nameAt(number);
-        if (searcher.matches(name)) {
-            return {name};
+        if (const Row row = rowAt(number); searcher.matches(row->name)) {
+            return {ObjectName{row->nameSpace, row->name}};
         }
         if (end.hasExpired()) {
             return {std::nullopt, true};
@@ -45,34 +49,73 @@ Match firstMatch(
     return {};
 }
 
+/// The first of the chosen resources; where all namespaces are shown, the first of each namespace.
+struct Chosen
+{
+    ObjectNames objects;
+    bool timeIsUp = false;
+};
+
 /// Selected rows count in the order of the user's clicks, which is the selection's own; those of pods that
 /// are to match a pattern count as they are shown.
-Match chosenName(const SharedContentViewController &table, const CustomActionConfig &config)
+Chosen chosenObjects(const SharedContentViewController &table, const CustomActionConfig &config)
 {
     const auto &pattern = config.use_name_matching_pattern;
     const bool asShown = pattern && config.scope == podScope;
     const ResourceTableView &view = table.tableView();
-    QStringList selected;
-    for (const int row : asShown ? view.selectedRowsInOrder() : view.selectedRowsAsChosen()) {
-        selected.append(table.arrangedObjects().arrangedRow(row)->name);
-    }
-    if (!pattern) {
-        return {selected.isEmpty() ? std::nullopt : std::optional(selected.first())};
-    }
     const ArrangingModel &shown = table.arrangedObjects();
-    const auto selectedCount = static_cast<int>(selected.size());
-    return firstMatch(
-        *pattern, selectedCount + shown.rowCount(),
-        [&](int number) {
-            return number < selectedCount ? selected.at(number)
-                                          : shown.arrangedRow(number - selectedCount)->name;
-        },
-        QDeadlineTimer(patienceToRun));
+    std::map<QString, Rows> selected; // by namespace
+    QStringList namespaces;
+    for (const int number : asShown ? view.selectedRowsInOrder() : view.selectedRowsAsChosen()) {
+        const Row &row = shown.arrangedRow(number);
+        if (!selected.contains(row->nameSpace)) {
+            namespaces.append(row->nameSpace);
+        }
+        selected[row->nameSpace].push_back(row);
+    }
+    Chosen chosen;
+    const QDeadlineTimer end(patienceToRun);
+    for (const QString &nameSpace : std::as_const(namespaces)) {
+        const Rows &rows = selected.at(nameSpace);
+        const Match match = pattern
+            ? firstMatch(
+                *pattern, static_cast<int>(rows.size()),
+                [&rows](int number) { return rows.at(static_cast<std::size_t>(number)); }, end)
+            : Match{ObjectName{nameSpace, rows.front()->name}};
+        if (match.object) {
+            chosen.objects.append(*match.object);
+        }
+        chosen.timeIsUp = chosen.timeIsUp || match.timeIsUp;
+    }
+    if (pattern && chosen.objects.isEmpty() && !chosen.timeIsUp) {
+        const Match match = firstMatch(
+            *pattern, shown.rowCount(), [&shown](int number) { return shown.arrangedRow(number); }, end);
+        chosen.timeIsUp = match.timeIsUp;
+        if (match.object) {
+            chosen.objects.append(*match.object);
+        }
+    }
+    return chosen;
 }
 
 QString notRun(const CustomActionItem &item)
 {
     return QObject::tr("\"%1\" was not run").arg(item.title());
+}
+
+/// The first container chosen in each namespace.
+std::vector<ActionEnvironment> containerTargets(const std::vector<ContainerPair> &pairs)
+{
+    std::vector<ActionEnvironment> runs;
+    QSet<QString> seen;
+    for (const auto &[pod, container, nameSpace] : pairs) {
+        if (!seen.contains(nameSpace)) {
+            seen.insert(nameSpace);
+            runs.push_back({{QStringLiteral("POD"), pod}, {QStringLiteral("CONTAINER"), container},
+                {namespaceVariable, nameSpace}});
+        }
+    }
+    return runs;
 }
 
 } // namespace
@@ -99,45 +142,58 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
         refuseChange(m_window, notRun(*item), reason);
         return;
     }
-    auto environment = target(*item);
-    if (!environment) {
+    std::vector<ActionEnvironment> runs = targets(*item);
+    for (ActionEnvironment &environment : runs) {
+        environment.insert(QStringLiteral("CONTEXT"), m_window.currentContext());
+        if (environment.value(namespaceVariable).isEmpty()) {
+            environment.insert(namespaceVariable, m_window.currentNamespace());
+        }
+        if (const QString reason = nameObstacle(environment.values()); !reason.isEmpty()) {
+            refuseChange(m_window, notRun(*item), reason);
+            return;
+        }
+    }
+    if (runs.size() > 1 && !item->config().once_per_namespace.value_or(false)) {
+        QStringList namespaces;
+        for (const ActionEnvironment &environment : runs) {
+            namespaces.append(environment.value(namespaceVariable));
+        }
+        refuseChange(m_window, notRun(*item),
+            QObject::tr(
+                "what is chosen lies in several namespaces (%1). Choose in one of them, or let the action's "
+                "config.json say \"once_per_namespace\": true.")
+                .arg(namespaces.join(QLatin1String(", "))));
         return;
     }
-    const QStringList places{m_window.currentContext(), m_window.currentNamespace()};
-    if (const QString reason = nameObstacle(environment->values() + places); !reason.isEmpty()) {
-        refuseChange(m_window, notRun(*item), reason);
-        return;
+    for (const ActionEnvironment &environment : runs) {
+        item->performAction(environment, ChangePlace(m_window));
     }
-    environment->insert(QStringLiteral("CONTEXT"), m_window.currentContext());
-    environment->insert(QStringLiteral("NAMESPACE"), m_window.currentNamespace());
-    item->performAction(*environment, ChangePlace(m_window));
 }
 
-std::optional<ActionEnvironment> ActionDispatcher::target(const CustomActionItem &item) const
+std::vector<ActionEnvironment> ActionDispatcher::targets(const CustomActionItem &item) const
 {
     const QString &scope = item.config().scope;
     if (scope == QLatin1String("namespace")) {
-        return ActionEnvironment();
+        return {ActionEnvironment()};
     }
     const SharedContentViewController *table = m_content.tableControllerForScope(scope);
     if (!table) {
-        return std::nullopt;
+        return {};
     }
     if (scope == containerScope) {
-        const auto pairs = qobject_cast<const PodController *>(table)->selectedContainerPairs();
-        if (pairs.empty()) {
-            return std::nullopt;
-        }
-        return ActionEnvironment{{QStringLiteral("POD"), pairs.front().first},
-            {QStringLiteral("CONTAINER"), pairs.front().second}};
+        return containerTargets(qobject_cast<const PodController *>(table)->selectedContainerPairs());
     }
-    const Match chosen = chosenName(*table, item.config());
+    const Chosen chosen = chosenObjects(*table, item.config());
     if (chosen.timeIsUp) {
         refuseChange(m_window, notRun(item),
             QObject::tr("looking for a name like %1 took too long.")
                 .arg(item.config().use_name_matching_pattern.value_or(QString())));
     }
-    return chosen.name ? std::optional(ActionEnvironment{{scope.toUpper(), *chosen.name}}) : std::nullopt;
+    std::vector<ActionEnvironment> runs;
+    for (const auto &[nameSpace, name] : chosen.objects) {
+        runs.push_back({{scope.toUpper(), name}, {namespaceVariable, nameSpace}});
+    }
+    return runs;
 }
 
 QString ActionDispatcher::obstacle(const CustomActionItem &item) const
@@ -195,16 +251,16 @@ bool ActionDispatcher::hasMatch(const CustomActionItem &item, const SharedConten
     const ArrangingModel &shown = table.arrangedObjects();
     const Rows &all = table.tableItems();
     const auto count = onlyShown ? shown.rowCount() : static_cast<int>(all.size());
-    const auto nameAt = [&](int number) {
-        return onlyShown ? shown.arrangedRow(number)->name : all[static_cast<std::size_t>(number)]->name;
+    const auto rowAt = [&](int number) {
+        return onlyShown ? shown.arrangedRow(number) : all[static_cast<std::size_t>(number)];
     };
     // What takes too long to find out is left to the run.
     if (m_checks.hasExpired()) {
         return true;
     }
     const Match match
-        = firstMatch(pattern, count, nameAt, std::min(QDeadlineTimer(patienceToEnable), m_checks));
-    const bool matches = match.name || match.timeIsUp;
+        = firstMatch(pattern, count, rowAt, std::min(QDeadlineTimer(patienceToEnable), m_checks));
+    const bool matches = match.object || match.timeIsUp;
     m_results.insert(
         key, new PatternResult{table.generation(), filter, matches, QDeadlineTimer(restWhileLoading)});
     return matches;

@@ -41,8 +41,8 @@ private:
 
     QString targetObstacle(const CustomActionItem &item) const;
     bool hasMatch(const CustomActionItem &item, const SharedContentViewController &table) const;
-    /// The variables that name the resource; nothing when there is none.
-    std::optional<ActionEnvironment> target(const CustomActionItem &item) const;
+    /// The variables that name the resource, once for each namespace that resources are chosen in.
+    std::vector<ActionEnvironment> targets(const CustomActionItem &item) const;
 
     const PrimaryContentController &m_content;
     WindowState &m_window;

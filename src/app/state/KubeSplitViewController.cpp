@@ -2,8 +2,8 @@
 #include "app/state/KubeSplitViewController.h"
 
 #include "app/state/LiveUpdates.h"
-#include "app/state/UserKubeConfig.h"
 #include "app/state/LoginCommands.h"
+#include "app/state/UserKubeConfig.h"
 #include "core/CommandGate.h"
 #include "external/EditFile.h"
 #include "platform/threads/MainQueue.h"
@@ -436,7 +436,11 @@ void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &contain
     content.kubeConfigView = view;
     content.context = m_currentContext;
     content.contextKey = {m_kubeCtl.configPath, m_currentContext};
-    content.nameSpace = m_currentNamespace;
+    const QString &first = containers.front().nameSpace;
+    const bool haveOne = !first.isEmpty()
+        && std::all_of(containers.begin(), containers.end(),
+            [&first](const ContainerPair &pair) { return pair.nameSpace == first; });
+    content.nameSpace = haveOne ? first : m_currentNamespace;
     bringToFront(*window);
 }
 

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/window/WindowCommands.h"
 
-#include "app/toolbar/ClusterToolBar.h"
-#include "app/window/ClusterWindowFrame.h"
 #include "app/content/CopyFileDialog.h"
+#include "app/content/PrimaryContentController.h"
 #include "app/state/KubeSplitViewController.h"
 #include "app/state/LiveUpdates.h"
-#include "app/window/MainWindowController.h"
-#include "app/content/PrimaryContentController.h"
+#include "app/toolbar/ClusterToolBar.h"
 #include "app/toolbar/SearchableComboBox.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/window/MainWindowController.h"
 #include "platform/text/DisplayText.h"
 #include "pods/console/ConsoleViewController.h"
 #include "pods/table/ContainerCopy.h"
 #include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/table/CronJobController.h"
-#include "resources/widgets/NamedImages.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
+#include "resources/widgets/NamedImages.h"
 #include "resources/widgets/Windows.h"
 
 #include <QAction>
@@ -80,9 +80,9 @@ void copyFileDialog(PodController &pods)
     }
     pods.takeSelectedContainerPairs();
     const ChangePlace place(pods.kubeSplitViewController());
-    const QString target
-        = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)
-        + QLatin1Char('\n') + place.text();
+    const auto &[pod, name, nameSpace] = pairs.front();
+    const QString target = QObject::tr("Container: %1\nPod: %2").arg(name, pod) + QLatin1Char('\n')
+        + place.text(pods.kind(), nameSpace);
     CopyFileDialog::open(pods.window(), &pods, target,
         [&pods, container = pairs.front(), target, place](
             const QStringList &paths, const QString &destination) {

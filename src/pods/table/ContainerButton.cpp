@@ -15,7 +15,7 @@ constexpr int sidePadding = 8;
 
 } // namespace
 
-ContainerButton::ContainerButton(const QString &container, const QString &pod, QWidget *parent)
+ContainerButton::ContainerButton(const QString &container, const ObjectName &pod, QWidget *parent)
     : QPushButton(display_text::withoutMnemonics(container), parent)
     , m_pod(pod)
     , m_container(container)
@@ -27,7 +27,8 @@ ContainerButton::ContainerButton(const QString &container, const QString &pod, Q
     QFont small = font();
     small.setPointSizeF(small.pointSizeF() * 0.92);
     setFont(small);
-    setAccessibleName(pod + QLatin1Char(':') + container);
+    const QString place = pod.nameSpace.isEmpty() ? QString() : pod.nameSpace + QLatin1Char('/');
+    setAccessibleName(place + pod.name + QLatin1Char(':') + container);
     setToolTip(display_text::toolTip(tr("Choose this container: %1").arg(accessibleName())));
     resize(sizeHint());
 }

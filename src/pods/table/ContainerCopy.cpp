@@ -104,8 +104,8 @@ QStringList withoutColons(const QStringList &paths, WindowState &window)
 bool canCopyInto(const SharedContentViewController &table, const ContainerPair &container)
 {
     WindowState &window = table.kubeSplitViewController();
-    const QString reason
-        = whyNotByName(table.kind(), {container.first, container.second}, window.currentNamespace());
+    const auto &[pod, name, nameSpace] = container;
+    const QString reason = whyNotByName(table.kind(), {{nameSpace, pod}, {nameSpace, name}});
     if (!reason.isEmpty()) {
         refuseChange(window, nothingCopied, reason);
     }
@@ -123,8 +123,9 @@ void copyIntoContainer(SharedContentViewController &table, const ContainerPair &
     copy->table = &table;
     copy->console = window.console();
     copy->arguments = {QStringLiteral("kubectl"), QStringLiteral("cp"),
-        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace())};
-    copy->behind = {container.first + QLatin1Char(':') + destination, QStringLiteral("-c"), container.second};
+        contextArgument(window.currentContext()), namespaceArgument(container.nameSpace)};
+    copy->behind
+        = {container.pod + QLatin1Char(':') + destination, QStringLiteral("-c"), container.container};
     copy->paths = withoutColons(paths, window);
     if (copy->paths.isEmpty()) {
         return;

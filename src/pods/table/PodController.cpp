@@ -61,7 +61,9 @@ std::vector<ContainerPair> PodController::selectedContainerPairs() const
     std::vector<ContainerPair> pairs;
     for (const ContainerButton *button : containerButtons()) {
         if (button->isChecked()) {
-            pairs.emplace_back(button->pod(), button->container());
+            const auto &[nameSpace, pod] = button->pod();
+            pairs.push_back({pod, button->container(),
+                nameSpace.isEmpty() ? kubeSplitViewController().currentNamespace() : nameSpace});
         }
     }
     return pairs;
@@ -95,17 +97,17 @@ std::vector<ContainerPair> PodController::takeSelectedContainerPairs()
 void PodController::viewLogs()
 {
     std::vector<ContainerPair> containers = selectedContainerPairs();
-    QStringList names;
-    for (const auto &[pod, container] : containers) {
-        names += {pod, container};
+    ObjectNames named;
+    for (const auto &[pod, container, nameSpace] : containers) {
+        named += {{nameSpace, pod}, {nameSpace, container}};
     }
     if (containers.empty()) {
-        names = tableView().clickedRowIsSelected() ? selectedNames() : chosenNames();
-        for (const QString &name : std::as_const(names)) {
-            containers.emplace_back(name, allContainers);
+        named = tableView().clickedRowIsSelected() ? selectedObjects() : chosenObjects();
+        for (const auto &[nameSpace, pod] : std::as_const(named)) {
+            containers.push_back({pod, allContainers, nameSpace});
         }
     }
-    if (!containers.empty() && canName(names, noLogs())) {
+    if (!containers.empty() && canName(named, noLogs())) {
         takeSelectedContainerPairs();
         kubeSplitViewController().openLogs(containers);
     }
@@ -132,12 +134,13 @@ TableButtonView *PodController::cellAt(const QModelIndex &index) const
 bool PodController::ensureCell(const QModelIndex &index)
 {
     const Pod &pod = podAt(arrangedObjects(), index.row());
+    const ObjectName object{pod.nameSpace, pod.name};
     const TableButtonView *present = cellAt(index);
-    if (present ? present->pod() == pod.name && present->containers() == pod.containers
+    if (present ? present->pod() == object && present->containers() == pod.containers
                 : pod.containers.isEmpty()) {
         return false;
     }
-    auto *built = new TableButtonView(pod.name, pod.containers, tableView().viewport());
+    auto *built = new TableButtonView(object, pod.containers, tableView().viewport());
     for (ContainerButton *button : built->buttons()) {
         connect(button, &QPushButton::clicked, this, [this, button] { selectContainer(button); });
         m_containerButtons.emplace_back(button);

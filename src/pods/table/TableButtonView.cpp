@@ -13,7 +13,7 @@ constexpr int buttonSpacing = 5;
 
 } // namespace
 
-TableButtonView::TableButtonView(const QString &pod, const QStringList &containers, QWidget *parent)
+TableButtonView::TableButtonView(const ObjectName &pod, const QStringList &containers, QWidget *parent)
     : QWidget(parent)
     , m_pod(pod)
     , m_containers(containers)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/kinds/ObjectName.h"
+
 #include <QList>
 #include <QStringList>
 #include <QWidget>
@@ -14,9 +16,9 @@ class TableButtonView : public QWidget
 {
     Q_OBJECT
 public:
-    TableButtonView(const QString &pod, const QStringList &containers, QWidget *parent);
+    TableButtonView(const ObjectName &pod, const QStringList &containers, QWidget *parent);
 
-    const QString &pod() const { return m_pod; }
+    const ObjectName &pod() const { return m_pod; }
     /// The container list for which this cell was built, in kubectl's order.
     const QStringList &containers() const { return m_containers; }
     const QList<ContainerButton *> &buttons() const { return m_buttons; }
@@ -26,7 +28,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    const QString m_pod;
+    const ObjectName m_pod;
     const QStringList m_containers;
     QList<ContainerButton *> m_buttons;
 };

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/ClusterChange.h"
 
+#include "platform/desktop/Notifications.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
-#include "platform/desktop/Notifications.h"
 
 #include <QLabel>
 #include <QUuid>
@@ -25,7 +25,12 @@ bool ChangePlace::isStillShown() const
 
 QString ChangePlace::text(const ResourceKind &kind) const
 {
-    return placeText(context, kind.namespaced ? nameSpace : QString(), kubeConfig);
+    return text(kind, nameSpace);
+}
+
+QString ChangePlace::text(const ResourceKind &kind, const QString &objectNamespace) const
+{
+    return placeText(context, kind.namespaced ? objectNamespace : QString(), kubeConfig);
 }
 
 QString ChangePlace::text() const
@@ -45,17 +50,6 @@ QString placeText(const QString &context, const QString &nameSpace, const QStrin
     return lines.join(QLatin1Char('\n'));
 }
 
-QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace)
-{
-    if (!kind.namespaced || nameSpace != allNamespaces) {
-        return {};
-    }
-    return QStringLiteral(
-        "choose a namespace first. While all namespaces are shown, kubectl cannot tell which of "
-        "them a %1 is in.")
-        .arg(kind.humanReadableResourceName);
-}
-
 QString nameObstacle(const QStringList &names)
 {
     for (const QString &name : names) {
@@ -66,10 +60,21 @@ QString nameObstacle(const QStringList &names)
     return {};
 }
 
-QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace)
+QString whyNotByName(const ResourceKind &kind, const ObjectNames &objects)
 {
-    const QString reason = namespaceObstacle(kind, nameSpace);
-    return reason.isEmpty() ? nameObstacle(names) : reason;
+    QStringList names;
+    for (const ObjectName &object : objects) {
+        names.append(object.name);
+        if (!kind.namespaced) {
+            continue;
+        }
+        if (object.nameSpace == allNamespaces) {
+            return QStringLiteral("it is not known which namespace the %1 \"%2\" is in.")
+                .arg(kind.humanReadableResourceName, object.name);
+        }
+        names.append(object.nameSpace);
+    }
+    return nameObstacle(names);
 }
 
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason)

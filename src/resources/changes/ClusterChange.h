@@ -2,8 +2,9 @@
 #pragma once
 
 #include "core/ContextPolicy.h"
-#include "resources/kinds/ResourceKind.h"
 #include "core/WindowState.h"
+#include "resources/kinds/ObjectName.h"
+#include "resources/kinds/ResourceKind.h"
 
 #include <QPointer>
 
@@ -21,6 +22,8 @@ struct ChangePlace
     /// "Context: ...", for namespaced kinds "Namespace: ...", and "Kubeconfig: ..." when that is not
     /// kubectl's default, each on a line of its own.
     QString text(const ResourceKind &kind) const;
+    /// The same for objects in that namespace.
+    QString text(const ResourceKind &kind, const QString &objectNamespace) const;
     /// All of them.
     QString text() const;
     /// What the context's policy goes by.
@@ -36,14 +39,12 @@ struct ChangePlace
 /// kubeconfig unless `configPath` means kubectl's default.
 QString placeText(const QString &context, const QString &nameSpace, const QString &configPath);
 
-/// Why objects of this kind cannot be changed there: all namespaces are shown, and a name does not tell which
-/// one is meant. Empty when they can.
-QString namespaceObstacle(const ResourceKind &kind, const QString &nameSpace);
 /// Why these names cannot stand in an argument list or in the environment of an action: kubectl would take
 /// one of them for something else. A sentence without its beginning, or empty.
 QString nameObstacle(const QStringList &names);
-/// Both, for a command that is given these names and no namespace.
-QString whyNotByName(const ResourceKind &kind, const QStringList &names, const QString &nameSpace);
+/// Why no command can tell these objects by name and namespace: one of the two cannot stand in an argument
+/// list, or the namespace is not known. Empty when one can.
+QString whyNotByName(const ResourceKind &kind, const ObjectNames &objects);
 
 /// Says in the window's console what was not done ("Nothing was deleted") and why.
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason);

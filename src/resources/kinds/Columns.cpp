@@ -27,6 +27,14 @@ Column nameColumn(int width)
         width};
 }
 
+Column namespaceColumn()
+{
+    Column column = textColumn<KubeTableItem>(
+        namespaceColumnId.data(), QStringLiteral("Namespace"), &KubeTableItem::nameSpace, 150);
+    column.hidden = true;
+    return column;
+}
+
 Column ageColumn(int width)
 {
     return timeColumn<KubeTableItem>(

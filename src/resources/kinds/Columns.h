@@ -8,6 +8,9 @@ namespace tidewright {
 
 /// Columns that every kind has.
 Column nameColumn(int width = 260);
+/// For tables of all namespaces, behind the name. Its identifier is `namespaceColumnId`.
+Column namespaceColumn();
+inline constexpr QLatin1String namespaceColumnId("namespace");
 /// Ordered by time, the youngest first; unknown ages stand at the end.
 Column ageColumn(int width = 100);
 

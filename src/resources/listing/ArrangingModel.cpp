@@ -108,8 +108,11 @@ void ArrangingModel::setFilter(const QString &text)
 
 bool ArrangingModel::accepts(int position) const
 {
-    return m_filter.isEmpty()
-        || m_matcher.indexIn(m_store->rows()[static_cast<std::size_t>(position)]->foldedName) >= 0;
+    if (m_filter.isEmpty()) {
+        return true;
+    }
+    const KubeTableItem &row = *m_store->rows()[static_cast<std::size_t>(position)];
+    return m_matcher.indexIn(row.foldedName) >= 0 || m_matcher.indexIn(row.nameSpace) >= 0;
 }
 
 const Row &ArrangingModel::arrangedRow(int row) const

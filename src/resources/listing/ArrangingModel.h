@@ -9,11 +9,12 @@
 
 namespace tidewright {
 
-/// The rows of a store as a Qt model with the kind's columns, arranged for display: the rows whose name contains the filter text (without regard to
-/// case), in the order of the sort descriptors, rows that compare equal in the order in which they were
-/// added. Typed keys, no string comparison of numbers. A change of the store, the filter or the order costs
-/// a constant number of model signals, however many rows it concerns; persistent indexes (selection, widgets
-/// in cells) stay on their rows. Whoever is told of a change can make no other one before it is done.
+/// The rows of a store as a Qt model with the kind's columns, arranged for display: the rows whose name or
+/// namespace contains the filter text (without regard to case), in the order of the sort descriptors, rows
+/// that compare equal in the order in which they were added. Typed keys, no string comparison of numbers. A
+/// change of the store, the filter or the order costs a constant number of model signals, however many rows
+/// it concerns; persistent indexes (selection, widgets in cells) stay on their rows. Whoever is told of a
+/// change can make no other one before it is done.
 class ArrangingModel : public QAbstractTableModel
 {
     Q_OBJECT

@@ -37,21 +37,20 @@ QString CronJobController::runObstacle() const
 
 void CronJobController::runCronJobNow()
 {
-    const QStringList names = chosenNames();
-    if (names.isEmpty()) {
+    const ObjectNames objects = chosenObjects();
+    if (objects.isEmpty() || !canChange(objects.first(1), nothingRun)) {
         return;
     }
-    if (!canChange(names.first(1), nothingRun)) {
-        return;
-    }
+    const auto &[nameSpace, name] = objects.first();
     WindowState &window = kubeSplitViewController();
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
-        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
-        QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
+        contextArgument(window.currentContext()), namespaceArgument(nameSpace),
+        QLatin1String("--from=cronjob/") + name, manualJobName(name)};
     const ChangePlace place(window);
     confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Run"),
-        QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(names.first()),
-        QStringLiteral("Run Now"), confirmationDetails(place.text(kind())), [place, command](bool confirmed) {
+        QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(name),
+        QStringLiteral("Run Now"), confirmationDetails(place.text(kind(), nameSpace)),
+        [place, command](bool confirmed) {
             if (confirmed) {
                 runChange(place, command, nothingRun);
             }

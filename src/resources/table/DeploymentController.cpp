@@ -59,9 +59,9 @@ bool DeploymentController::ensureCell(const QModelIndex &index)
 {
     const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
     ReplicaCell *cell = cellAt(index);
-    const bool missing = !cell || cell->deployment() != deployment.name;
+    const bool missing = !cell || cell->deployment() != objectAt(index.row());
     if (missing) {
-        cell = new ReplicaCell(deployment.name, tableView().viewport());
+        cell = new ReplicaCell(objectAt(index.row()), tableView().viewport());
         setFocusPolicies(*cell, Qt::ClickFocus);
         connect(cell, &ReplicaCell::chosen, this,
             [this, cell](qint64 desired) { sliderChanged(*cell, desired); });
@@ -102,9 +102,9 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
         return;
     }
     const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
-    const QString name = deployment.name;
+    const ObjectName object = objectAt(index.row());
     const qint64 previous = deployment.previousDesired;
-    if (previous == desired || !canChange({name}, nothingScaled)) {
+    if (previous == desired || !canChange({object}, nothingScaled)) {
         cell.answered();
         return;
     }
@@ -112,14 +112,14 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
     const ChangePlace place(kubeSplitViewController());
     confirmChange(this, place, QStringLiteral("Confirm Scale"),
         QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
-            .arg(name, QString::number(previous), QString::number(desired)),
-        QStringLiteral("Scale Deployment"), confirmationDetails(place.text(kind())),
-        [this, self = QPointer(this), cell = QPointer(&cell), index, place, name, desired](bool confirmed) {
+            .arg(object.name, QString::number(previous), QString::number(desired)),
+        QStringLiteral("Scale Deployment"), confirmationDetails(place.text(kind(), object.nameSpace)),
+        [this, self = QPointer(this), cell = QPointer(&cell), index, place, object, desired](bool confirmed) {
             if (!self) {
                 return;
             }
             if (confirmed && place.isStillShown()) {
-                scale(name, desired);
+                scale(object, desired);
                 setCounts(index, desired, desired);
             } else {
                 if (confirmed) {
@@ -133,12 +133,12 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
         });
 }
 
-void DeploymentController::scale(const QString &name, qint64 desired)
+void DeploymentController::scale(const ObjectName &deployment, qint64 desired)
 {
     WindowState &window = kubeSplitViewController();
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("scale"),
-        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
-        QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + name};
+        contextArgument(window.currentContext()), namespaceArgument(deployment.nameSpace),
+        QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + deployment.name};
     runChange(ChangePlace(window), command, nothingScaled, [self = QPointer(this)] {
         if (self) {
             self->reloadSoon();

@@ -27,7 +27,7 @@ private:
     ReplicaCell *cellAt(const QModelIndex &index) const;
     /// The user has let go of a row's slider: asks, and scales.
     void sliderChanged(ReplicaCell &cell, qint64 desired);
-    void scale(const QString &name, qint64 desired);
+    void scale(const ObjectName &deployment, qint64 desired);
     void setCounts(const QPersistentModelIndex &index, qint64 previousDesired, qint64 desired);
     /// Gives up a change: the row shows what the cluster said again.
     void restoreCounts(const QPersistentModelIndex &index);

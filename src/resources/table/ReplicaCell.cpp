@@ -161,7 +161,7 @@ void ReplicaField::wheelEvent(QWheelEvent *event)
     event->ignore(); // the table scrolls
 }
 
-ReplicaCell::ReplicaCell(const QString &deployment, QWidget *parent)
+ReplicaCell::ReplicaCell(const ObjectName &deployment, QWidget *parent)
     : QWidget(parent)
     , m_deployment(deployment)
     , m_slider(new ReplicaSlider(this))
@@ -172,8 +172,8 @@ ReplicaCell::ReplicaCell(const QString &deployment, QWidget *parent)
     layout->addWidget(m_slider, 1);
     layout->addWidget(m_field);
     for (QWidget *part : {static_cast<QWidget *>(m_slider), static_cast<QWidget *>(m_field)}) {
-        part->setAccessibleName(tr("%1 replicas").arg(deployment));
-        part->setToolTip(display_text::toolTip(tr("Scale %1").arg(deployment)));
+        part->setAccessibleName(tr("%1 replicas").arg(deployment.name));
+        part->setToolTip(display_text::toolTip(tr("Scale %1").arg(deployment.name)));
     }
     connect(m_slider, &QSlider::valueChanged, this, &ReplicaCell::change);
     connect(m_field, &QSpinBox::valueChanged, this, &ReplicaCell::change);

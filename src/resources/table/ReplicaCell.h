@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/kinds/ObjectName.h"
+
 #include <QSlider>
 #include <QSpinBox>
 #include <QWidget>
@@ -55,9 +57,9 @@ class ReplicaCell : public QWidget
 {
     Q_OBJECT
 public:
-    ReplicaCell(const QString &deployment, QWidget *parent);
+    ReplicaCell(const ObjectName &deployment, QWidget *parent);
 
-    const QString &deployment() const { return m_deployment; }
+    const ObjectName &deployment() const { return m_deployment; }
     /// What the cluster says.
     void setDesired(qint64 desired);
     bool isBeingChanged() const { return m_changing || m_asked || m_slider->isSliderDown(); }
@@ -85,7 +87,7 @@ private:
     void announce();
     void abandon();
 
-    const QString m_deployment;
+    const ObjectName m_deployment;
     ReplicaSlider *m_slider;
     ReplicaField *m_field;
     int m_desired = 0; // what the cluster said last

@@ -5,11 +5,12 @@
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
+#include "resources/changes/RowDeletion.h"
+#include "resources/kinds/Columns.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/loading/TableStatus.h"
 #include "resources/preview/PreviewPanel.h"
 #include "resources/table/ResourceTableView.h"
-#include "resources/changes/RowDeletion.h"
 #include "resources/table/TablePreviews.h"
 #include "resources/table/TableStatusBar.h"
 
@@ -29,13 +30,21 @@ constexpr std::chrono::seconds refreshInterval(30);
 constexpr std::chrono::seconds reloadDelay(1);
 constexpr std::chrono::milliseconds progressDelay(300); // a quick refresh does not flicker
 
+ResourceKind withNamespaceColumn(ResourceKind kind)
+{
+    if (kind.namespaced) {
+        kind.columns.insert(kind.columns.begin() + 1, namespaceColumn());
+    }
+    return kind;
+}
+
 } // namespace
 
 SharedContentViewController::SharedContentViewController(
     ResourceKind kind, WindowState &window, QWidget *parent)
     : QWidget(parent)
     , m_window(window)
-    , m_store(new RowStore(std::move(kind), this))
+    , m_store(new RowStore(withNamespaceColumn(std::move(kind)), this))
     , m_arranged(new ArrangingModel(*m_store, this))
     , m_loader(new TableLoader(*m_store, window, this))
     , m_tableView(new ResourceTableView(*m_arranged))
@@ -134,8 +143,18 @@ void SharedContentViewController::setFilterField(QLineEdit *field)
     m_filterField = field;
 }
 
+/// Only a table of all namespaces says which one a row is of, unless the user hides it.
+void SharedContentViewController::showNamespaces()
+{
+    const bool shown = kind().namespaced && m_window.currentNamespace() == allNamespaces;
+    if (std::exchange(m_showsNamespaces, shown) != shown) {
+        m_tableView->setColumnHidden(kind().indexOf(namespaceColumnId), !shown);
+    }
+}
+
 void SharedContentViewController::load(const LoadRequest &request)
 {
+    showNamespaces();
     m_loader->load(request);
     updateStatus();
 }
@@ -159,6 +178,7 @@ void SharedContentViewController::clear()
 {
     m_previews->forget();
     m_loader->clear();
+    showNamespaces();
 }
 
 void SharedContentViewController::clearAndReload(const LoadRequest &request)
@@ -206,24 +226,30 @@ int SharedContentViewController::chosenCount() const
                                            : m_tableView->selectedRowCount();
 }
 
-QStringList SharedContentViewController::chosenNames() const
+ObjectName SharedContentViewController::objectAt(int row) const
+{
+    const Row &item = m_arranged->arrangedRow(row);
+    return {item->nameSpace.isEmpty() ? m_window.currentNamespace() : item->nameSpace, item->name};
+}
+
+ObjectNames SharedContentViewController::chosenObjects() const
 {
     if (m_tableView->clickedRowIsGone()) {
         return {}; // a refresh removed it while its menu was open
     }
     if (const int clicked = m_tableView->clickedRow(); clicked >= 0) {
-        return {m_arranged->arrangedRow(clicked)->name};
+        return {objectAt(clicked)};
     }
-    return selectedNames();
+    return selectedObjects();
 }
 
-QStringList SharedContentViewController::selectedNames() const
+ObjectNames SharedContentViewController::selectedObjects() const
 {
-    QStringList names;
+    ObjectNames objects;
     for (const int row : m_tableView->selectedRowsInOrder()) {
-        names.append(m_arranged->arrangedRow(row)->name);
+        objects.append(objectAt(row));
     }
-    return names;
+    return objects;
 }
 
 void SharedContentViewController::selectFilter()
@@ -236,39 +262,40 @@ void SharedContentViewController::selectFilter()
 
 void SharedContentViewController::copyName()
 {
-    const QStringList names = chosenNames();
-    if (names.isEmpty()) {
+    const ObjectNames objects = chosenObjects();
+    if (objects.isEmpty()) {
         return;
     }
-    if (display_text::actsWhenPasted(names.first())) {
+    const QString &name = objects.first().name;
+    if (display_text::actsWhenPasted(name)) {
         refuseChange(m_window, QStringLiteral("The name was not copied"),
             tr("it holds control characters, which a terminal takes for keys."));
         return;
     }
-    QApplication::clipboard()->setText(names.first());
+    QApplication::clipboard()->setText(name);
 }
 
 void SharedContentViewController::editConfiguration()
 {
-    const QStringList names = chosenNames();
-    if (names.isEmpty()) {
+    const ObjectNames objects = chosenObjects();
+    if (objects.isEmpty()) {
         return;
     }
     if (!changeObstacle(m_window).isEmpty()) {
         showQuickLookPanel();
         return;
     }
-    if (!canName(names.first(1), QStringLiteral("Nothing was edited"))) {
+    if (!canName(objects.first(1), QStringLiteral("Nothing was edited"))) {
         return;
     }
+    const ObjectName &object = objects.first();
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
-        m_window.currentNamespace(), kind().resourceName, names.first(), QStringLiteral("-o"),
-        QStringLiteral("yaml")};
+        object.nameSpace, kind().resourceName, object.name, QStringLiteral("-o"), QStringLiteral("yaml")};
     const ChangePlace place(m_window);
     confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Edit"),
         QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
-            .arg(kind().humanReadableResourceName, names.first()),
-        QStringLiteral("Edit"), confirmationDetails(place.text(kind())),
+            .arg(kind().humanReadableResourceName, object.name),
+        QStringLiteral("Edit"), confirmationDetails(place.text(kind(), object.nameSpace)),
         [self = QPointer(this), place, arguments](bool confirmed) {
             if (self && confirmed) {
                 self->edit(place, arguments);
@@ -296,7 +323,7 @@ void SharedContentViewController::enableChange(QAction &action, bool enabled) co
 
 void SharedContentViewController::deleteRows()
 {
-    confirmAndDelete(*this, m_window, kind(), chosenNames(), [self = QPointer(this)] {
+    confirmAndDelete(*this, m_window, kind(), chosenObjects(), [self = QPointer(this)] {
         if (self) {
             self->reloadSoon();
         }
@@ -314,26 +341,25 @@ void SharedContentViewController::showQuickLookPanel()
     if (clicked >= 0 && !m_tableView->clickedRowIsSelected()) {
         m_tableView->selectRow(clicked);
     }
-    canName({}, nothingPreviewed()); // the panel tells about names, and this too
     PreviewPanel::shared().present(*m_previews, *this);
 }
 
-bool SharedContentViewController::canName(const QStringList &names, const QString &notDone) const
+bool SharedContentViewController::canName(const ObjectNames &objects, const QString &notDone) const
 {
-    const QString reason = whyNotByName(kind(), names, m_window.currentNamespace());
+    const QString reason = whyNotByName(kind(), objects);
     if (!reason.isEmpty()) {
         refuseChange(m_window, notDone, reason);
     }
     return reason.isEmpty();
 }
 
-bool SharedContentViewController::canChange(const QStringList &names, const QString &notDone) const
+bool SharedContentViewController::canChange(const ObjectNames &objects, const QString &notDone) const
 {
     if (const QString reason = changeObstacle(m_window); !reason.isEmpty()) {
         refuseChange(m_window, notDone, reason);
         return false;
     }
-    return canName(names, notDone);
+    return canName(objects, notDone);
 }
 
 QString SharedContentViewController::noLogs()
@@ -351,13 +377,13 @@ QString SharedContentViewController::viewLogsObstacle() const
 
 void SharedContentViewController::viewLogs()
 {
-    const QStringList names = chosenNames();
-    if (!kind().logTarget || names.isEmpty() || !canName(names, noLogs())) {
+    const ObjectNames objects = chosenObjects();
+    if (!kind().logTarget || objects.isEmpty() || !canName(objects, noLogs())) {
         return;
     }
     std::vector<ContainerPair> containers;
-    for (const QString &name : names) {
-        containers.emplace_back(*kind().logTarget + name, allContainers);
+    for (const ObjectName &object : objects) {
+        containers.push_back({*kind().logTarget + object.name, allContainers, object.nameSpace});
     }
     m_window.openLogs(containers);
 }

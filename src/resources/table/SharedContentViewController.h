@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/WindowState.h"
+#include "resources/kinds/ObjectName.h"
 #include "resources/listing/ArrangingModel.h"
 #include "resources/loading/TableLoader.h"
-#include "core/WindowState.h"
 
 #include <QDateTime>
 #include <QPointer>
@@ -78,11 +79,13 @@ public:
 
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
     /// display order.
-    QStringList chosenNames() const;
+    ObjectNames chosenObjects() const;
     /// How many rows these are.
     int chosenCount() const;
     /// The selected rows, in display order.
-    QStringList selectedNames() const;
+    ObjectNames selectedObjects() const;
+    /// The object at an arranged row: in its own namespace, or in the window's.
+    ObjectName objectAt(int row) const;
 
     /// Why no logs can be viewed now (this kind has none, nothing is selected): a sentence; empty when they
     /// can.
@@ -122,11 +125,11 @@ protected:
 
     /// Enables a command of a menu that changes the cluster where that is allowed, or says why it is not.
     void enableChange(QAction &action, bool enabled) const;
-    /// Whether a command can tell objects by these names in what the window shows; its console says `notDone`
+    /// Whether a command can tell these objects by name and namespace; the window's console says `notDone`
     /// and why when none can.
-    bool canName(const QStringList &names, const QString &notDone) const;
+    bool canName(const ObjectNames &objects, const QString &notDone) const;
     /// The same for a command that changes them: the window's context has to allow that too.
-    bool canChange(const QStringList &names, const QString &notDone) const;
+    bool canChange(const ObjectNames &objects, const QString &notDone) const;
     static QString noLogs();
 
     /// Loads again one second from now, for the time after a change to the cluster.
@@ -138,6 +141,7 @@ private:
     void connectParts();
     void refresh();
     void showLoading();
+    void showNamespaces();
     void updateStatus();
     void showContextMenu(const QPoint &position);
 
@@ -152,6 +156,7 @@ private:
     QTimer m_timer{this};
     QTimer m_progressDelay;
     int m_otherWork = 0;
+    bool m_showsNamespaces = false;
     std::unique_ptr<TablePreviews> m_previews;
 };
 

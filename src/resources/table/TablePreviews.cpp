@@ -7,11 +7,6 @@
 
 namespace tidewright {
 
-QString nothingPreviewed()
-{
-    return QStringLiteral("Nothing was previewed");
-}
-
 TablePreviews::TablePreviews(ResourceTableView &view, WindowState &window, const ResourceKind &kind)
     : m_view(view)
     , m_window(window)
@@ -29,25 +24,33 @@ int TablePreviews::numberOfPreviewItems() const
     return m_view.selectedRowCount();
 }
 
-QString TablePreviews::previewItemTitle(int index) const
+/// Without a name when there is none.
+ObjectName TablePreviews::objectAt(int index) const
 {
     const std::vector<int> rows = m_view.selectedRowsInOrder();
-    return index < std::ssize(rows)
-        ? m_view.arrangedObjects().arrangedRow(rows[static_cast<std::size_t>(index)])->name
-        : QString();
+    if (index >= std::ssize(rows)) {
+        return {};
+    }
+    const Row &row = m_view.arrangedObjects().arrangedRow(rows[static_cast<std::size_t>(index)]);
+    return {row->nameSpace.isEmpty() ? m_window.currentNamespace() : row->nameSpace, row->name};
+}
+
+QString TablePreviews::previewItemTitle(int index) const
+{
+    return objectAt(index).name;
 }
 
 void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
 {
     endFetch(); // nobody waits for an earlier one any more
-    const Request request{m_window.currentContext(), m_window.currentNamespace(), previewItemTitle(index)};
-    if (const auto recent
-        = m_files.recent(request.context, PreviewFiles::pathFor(request.nameSpace, request.name))) {
+    const Request request{m_window.currentContext(), m_window.currentNamespace(), objectAt(index)};
+    const auto &[nameSpace, name] = request.object;
+    if (const auto recent = m_files.recent(request.context, PreviewFiles::pathFor(nameSpace, name))) {
         ready(recent, QString());
         return;
     }
-    if (const QString reason = whyNotByName(m_kind, {request.name}, request.nameSpace); !reason.isEmpty()) {
-        ready(std::nullopt, nothingPreviewed() + QLatin1String(": ") + reason);
+    if (const QString reason = whyNotByName(m_kind, {request.object}); !reason.isEmpty()) {
+        ready(std::nullopt, QLatin1String("Nothing was previewed: ") + reason);
         return;
     }
     fetch(request, ready);
@@ -55,14 +58,15 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
 
 bool TablePreviews::isCurrent(const Request &request) const
 {
-    return request.context == m_window.currentContext() && request.nameSpace == m_window.currentNamespace();
+    return request.context == m_window.currentContext() && request.shown == m_window.currentNamespace();
 }
 
 void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
 {
+    const auto &[nameSpace, name] = request.object;
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
-        request.nameSpace, m_kind.resourceName, request.name, QStringLiteral("-o"), QStringLiteral("yaml")};
-    const QString path = PreviewFiles::pathFor(request.nameSpace, request.name);
+        nameSpace, m_kind.resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
+    const QString path = PreviewFiles::pathFor(nameSpace, name);
     endFetch();
     m_shell = m_window.kubeCtl().makeShell();
     m_shell->runAsync(
@@ -72,7 +76,8 @@ void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
                 if (result.error || !previews.isCurrent(request)) {
                     ready(std::nullopt, result.error.value_or(QString()));
                 } else {
-                    ready(previews.m_files.store(request.context, path, request.name, result.output, failure),
+                    ready(previews.m_files.store(
+                              request.context, path, request.object.name, result.output, failure),
                         QString());
                 }
             });

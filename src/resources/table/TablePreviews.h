@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/preview/PreviewFiles.h"
-#include "resources/kinds/ResourceKind.h"
 #include "core/WindowState.h"
+#include "resources/kinds/ObjectName.h"
+#include "resources/kinds/ResourceKind.h"
+#include "resources/preview/PreviewFiles.h"
 
 namespace tidewright {
 
 class ResourceTableView;
-
-/// What a refusal begins with.
-QString nothingPreviewed();
 
 /// The selected rows of one table as previews: each object's YAML, fetched by kubectl and kept for five
 /// seconds. Owned by the table; main thread.
@@ -34,10 +32,11 @@ private:
     struct Request
     {
         QString context;
-        QString nameSpace;
-        QString name;
+        QString shown; ///< the window's namespace
+        ObjectName object;
     };
 
+    ObjectName objectAt(int index) const;
     bool isCurrent(const Request &request) const;
     void fetch(const Request &request, const PreviewReady &ready);
     void endFetch();

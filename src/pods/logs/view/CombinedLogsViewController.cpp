@@ -5,10 +5,10 @@
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
-#include "pods/logs/view/ColorIndexView.h"
 #include "pods/console/ConsoleStyle.h"
-#include "resources/preview/PreviewFiles.h"
+#include "pods/logs/view/ColorIndexView.h"
 #include "resources/changes/Confirmation.h"
+#include "resources/preview/PreviewFiles.h"
 #include "resources/widgets/ContextBand.h"
 #include "resources/widgets/NamedImages.h"
 
@@ -83,11 +83,19 @@ QTableWidget *CombinedLogsViewController::colorIndexTableView() const
 QString CombinedLogsViewController::title() const
 {
     QStringList names;
-    for (const auto &[pod, container] : containers) {
-        names.append(container);
+    for (const ContainerPair &pair : containers) {
+        names.append(pair.container);
     }
     return nameSpace + QLatin1String(" Logs | ") + names.join(QLatin1Char(',')) + QStringLiteral(" — ")
         + place();
+}
+
+/// Of a pod elsewhere with its namespace.
+QString CombinedLogsViewController::nameOf(const ContainerPair &pair) const
+{
+    const bool isElsewhere = !pair.nameSpace.isEmpty() && pair.nameSpace != nameSpace;
+    return (isElsewhere ? pair.nameSpace + QLatin1Char('/') : QString()) + pair.pod + QLatin1Char(':')
+        + pair.container;
 }
 
 QString CombinedLogsViewController::place() const
@@ -149,8 +157,7 @@ void CombinedLogsViewController::startStreams()
     m_sources.resize(containers.size());
     for (std::size_t i = 0; i < containers.size(); ++i) {
         startStream(static_cast<int>(i));
-        m_colorIndexView->addRow(containers[i].first + QLatin1Char(':') + containers[i].second,
-            foregroundColors[i % foregroundColors.size()]);
+        m_colorIndexView->addRow(nameOf(containers[i]), foregroundColors[i % foregroundColors.size()]);
         updateSource(static_cast<int>(i));
     }
     placeColorIndex();
@@ -161,7 +168,7 @@ void CombinedLogsViewController::startStreams()
 
 void CombinedLogsViewController::startStream(int index, const QStringList &more)
 {
-    const auto &[pod, container] = containers[static_cast<std::size_t>(index)];
+    const auto &[pod, container, ownNamespace] = containers[static_cast<std::size_t>(index)];
     const std::shared_ptr<Shell> shell = Shell::create();
     if (!kubeConfigPath.isEmpty()) {
         shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
@@ -169,7 +176,8 @@ void CombinedLogsViewController::startStream(int index, const QStringList &more)
     m_shells.push_back(shell);
     follow(index, *shell,
         {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
-            QLatin1String("--context=") + context, QLatin1String("-n") + nameSpace, pod, container},
+            QLatin1String("--context=") + context,
+            QLatin1String("-n") + (ownNamespace.isEmpty() ? nameSpace : ownNamespace), pod, container},
         more);
 }
 
@@ -339,7 +347,7 @@ QString CombinedLogsViewController::emptyText() const
     QStringList lines{tr("No container has written anything, and none is followed any more.")};
     for (std::size_t i = 0; i < m_sources.size() && lines.size() <= failuresInHint; ++i) {
         if (m_sources[i].failure) {
-            lines.append(containers[i].first + QLatin1String(": ") + m_sources[i].details());
+            lines.append(containers[i].pod + QLatin1String(": ") + m_sources[i].details());
         }
     }
     return lines.join(QLatin1String("\n\n"));

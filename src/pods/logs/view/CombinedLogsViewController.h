@@ -2,10 +2,10 @@
 #pragma once
 
 #include "core/Shell.h"
+#include "core/WindowState.h"
 #include "pods/logs/text/LogIntake.h"
 #include "pods/logs/text/LogSource.h"
 #include "pods/logs/view/LogView.h"
-#include "core/WindowState.h"
 
 #include <QTextCharFormat>
 
@@ -35,6 +35,7 @@ public:
     /// Keeps what stands in it.
     std::shared_ptr<const void> kubeConfigView;
     QString context;
+    /// Of the containers that name none; for the title. Of several it may be `allNamespaces`.
     QString nameSpace;
     /// Whose colour the window has.
     ContextKey contextKey;
@@ -82,6 +83,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    QString nameOf(const ContainerPair &pair) const;
     void askForStreams();
     void startStreams();
     void startStream(int index, const QStringList &more = {});

@@ -2,10 +2,10 @@
 #include "pods/logs/view/CombinedLogsWindowController.h"
 
 #include "platform/text/DisplayText.h"
-#include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/text/LogExport.h"
-#include "pods/logs/view/LogPatternBar.h"
 #include "pods/logs/text/LogSearch.h"
+#include "pods/logs/view/CombinedLogsViewController.h"
+#include "pods/logs/view/LogPatternBar.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -51,7 +51,7 @@ QStringList streamParts(const CombinedLogsViewController &content)
         const ContainerPair &pair = content.containers[static_cast<std::size_t>(source - sources.cbegin())];
         // The number first: a narrow window cuts the end.
         parts.append(Window::tr("only 1 of the %1 pods of %2 is followed: %3")
-                         .arg(source->choice->pods, pair.first, source->choice->pod));
+                         .arg(source->choice->pods, pair.pod, source->choice->pod));
     } else if (chosen > 1) {
         parts.append(Window::tr("of %1 sources only one pod of several is followed").arg(chosen));
     }

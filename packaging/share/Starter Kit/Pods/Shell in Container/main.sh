@@ -1,9 +1,5 @@
 #!/bin/sh
 # A shell in the chosen container: bash where there is one.
-if [ "$NAMESPACE" = "All Namespaces" ]; then
-    echo "Choose the namespace of $POD first." >&2
-else
-    echo "$POD: $CONTAINER"
-    "$KUBECTL" exec --stdin --tty "pod/$POD" --container="$CONTAINER" --context="$CONTEXT" --namespace="$NAMESPACE" \
-        -- sh -c 'command -v bash >/dev/null && exec bash || exec sh'
-fi
+echo "$POD: $CONTAINER"
+"$KUBECTL" exec --stdin --tty "pod/$POD" --container="$CONTAINER" --context="$CONTEXT" --namespace="$NAMESPACE" \
+    -- sh -c 'command -v bash >/dev/null && exec bash || exec sh'

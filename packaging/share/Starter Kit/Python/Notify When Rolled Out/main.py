@@ -5,8 +5,6 @@ import tidewright_actions
 class Action(tidewright_actions.Action):
     def run(self):
         name = self.environment["DEPLOYMENT"]
-        if self.namespace == tidewright_actions.ALL_NAMESPACES:
-            self.ask(f"Choose the namespace of {name} first.", title="Notify When Rolled Out")
         try:
             state = self.kubectl("rollout", "status", "deployment/" + name, "--timeout=10m")
         except tidewright_actions.KubectlError as error:

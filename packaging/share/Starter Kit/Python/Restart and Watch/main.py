@@ -5,8 +5,6 @@ import tidewright_actions
 class Action(tidewright_actions.Action):
     def run(self):
         self.name = self.environment["DEPLOYMENT"]
-        if self.namespace == tidewright_actions.ALL_NAMESPACES:
-            self.ask(f"Choose the namespace of {self.name} first.", title="Restart and Watch")
         self.ask(f"All pods of {self.name} are replaced, a few at a time.", title=f"Restart {self.name}?",
                  ok="Restart", cancel="Cancel", then=self.restart)
 

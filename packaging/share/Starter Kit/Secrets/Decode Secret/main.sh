@@ -1,9 +1,5 @@
 #!/bin/sh
 # Shows the values of the chosen secret. In a terminal, so that they stay out of the console's history.
-if [ "$NAMESPACE" = "All Namespaces" ]; then
-    echo "Choose the namespace of $SECRET first." >&2
-    exit
-fi
 trap 'exit 1' INT TERM
 trap 'printf "\033[H\033[2J\033[3J"' EXIT # clears the screen, with what has scrolled away
 if "$KUBECTL" get "secret/$SECRET" --context="$CONTEXT" --namespace="$NAMESPACE" --output=go-template='{{

@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Two objects of one name in two namespaces: every command hits the one that was chosen.
+#include "core/ApplicationRecord.h"
+#include "demo/DemoProcess.h"
+#include "pods/table/Pod.h"
+#include "resources/kinds/ClusterRole.h"
+#include "resources/kinds/ConfigMap.h"
+#include "resources/kinds/CronJob.h"
+#include "resources/kinds/DaemonSet.h"
+#include "resources/kinds/Deployment.h"
+#include "resources/kinds/Endpoint.h"
+#include "resources/kinds/Event.h"
+#include "resources/kinds/Job.h"
+#include "resources/kinds/PersistentVolume.h"
+#include "resources/kinds/ReplicaSet.h"
+#include "resources/kinds/Secret.h"
+#include "resources/kinds/Service.h"
+#include "resources/kinds/ServiceAccount.h"
+#include "resources/preview/PreviewFiles.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/SharedContentViewController.h"
+#include "support/Patience.h"
+#include "support/StubWindow.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPushButton>
+#include <QTest>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using MakeKind = ResourceKind (*)();
+constexpr MakeKind kinds[] = {podKind, deploymentKind, replicaSetKind, daemonSetKind, jobKind, cronJobKind,
+    serviceKind, endpointKind, configMapKind, secretKind, persistentVolumeKind, serviceAccountKind,
+    clusterRoleKind, eventKind};
+
+const auto here = u"default"_s;
+const auto elsewhere = u"kube-system"_s;
+
+struct Window : StubWindow
+{
+    bool liveUpdates() const override { return live; }
+    void startExternalEdit(const QStringList &arguments, std::function<void()>) override { edit = arguments; }
+
+    bool live = false;
+    QStringList edit;
+};
+
+void click(const QString &title)
+{
+    QTRY_VERIFY(QApplication::activeModalWidget());
+    for (QPushButton *button : QApplication::activeModalWidget()->findChildren<QPushButton *>()) {
+        if (button->text() == title) {
+            QTest::mouseClick(button, Qt::LeftButton);
+            return;
+        }
+    }
+    QFAIL("no such button");
+}
+
+} // namespace
+
+class TestAllNamespaces : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_demo = std::make_unique<DemoProcess>(QStringList{u"--still"_s}, kubectl(false));
+        QVERIFY(m_demo->isReady());
+        QVERIFY(m_cache.isValid());
+        setCacheDirectory(m_cache.path());
+    }
+    void cleanupTestCase() { m_demo.reset(); }
+
+    void theRightObject_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<bool>("everywhere");
+        QTest::addColumn<bool>("live");
+        QTest::addColumn<bool>("old");
+        for (int number = 0; number < int(std::size(kinds)); ++number) {
+            const QString name = kinds[number]().tableName;
+            const auto row = [&](const char *what, bool everywhere, bool live, bool old) {
+                QTest::addRow("%s, %s", qPrintable(name), what) << number << everywhere << live << old;
+            };
+            row("one namespace, live", false, true, false);
+            row("one namespace, listed, 1.20", false, false, true);
+            row("all namespaces, live, 1.20", true, true, true);
+            row("all namespaces, listed", true, false, false);
+        }
+    }
+    void theRightObject()
+    {
+        QFETCH(int, number);
+        QFETCH(bool, everywhere);
+        QFETCH(bool, live);
+        QFETCH(bool, old);
+        const ResourceKind kind = kinds[number]();
+        const QString name = u"twin-%1%2%3"_s.arg(kind.resourceName.toLower()).arg(everywhere).arg(live);
+        plant(kind, name);
+        Window window;
+        open(window, everywhere, live, old);
+        SharedContentViewController table(kinds[number](), window);
+        table.show();
+        table.load({});
+        const QString place = kind.namespaced && everywhere ? elsewhere : QString();
+        int row = -1;
+        const auto find = [&] {
+            for (int i = 0; i < table.arrangedObjects().rowCount() && row < 0; ++i) {
+                const Row &item = table.arrangedObjects().arrangedRow(i);
+                row = item->name == name && item->nameSpace == place ? i : -1;
+            }
+            return row >= 0;
+        };
+        QTRY_VERIFY(find());
+        const int column = kind.namespaced ? table.kind().indexOf(QLatin1String("namespace")) : -1;
+        QCOMPARE(column >= 0 && !table.tableView().isColumnHidden(column), !place.isEmpty());
+        table.tableView().selectRow(row);
+
+        const ObjectName chosen = table.chosenObjects().first();
+        table.showQuickLookPanel();
+        const QString path = PreviewFiles::pathFor(chosen.nameSpace, name);
+        QTRY_VERIFY(QFile::exists(path));
+        QFile preview(path);
+        QVERIFY(preview.open(QIODevice::ReadOnly));
+        const QByteArray yaml = preview.readAll();
+        QVERIFY2(yaml.contains(QByteArray("mark: " + markOf(kind, elsewhere))), yaml.constData());
+        QTest::keyClick(QApplication::activeWindow(), Qt::Key_Escape);
+
+        table.editConfiguration();
+        QCOMPARE(edited(window.edit), markOf(kind, elsewhere));
+
+        table.deleteRows();
+        click(u"Delete"_s);
+        QTRY_VERIFY2(!exists(kind, elsewhere, name), qPrintable(window.recorded.entries.join(u'\n')));
+        QVERIFY(!kind.namespaced || exists(kind, here, name));
+        QTRY_VERIFY(!window.recorded.entries.isEmpty()); // that it has been told
+    }
+
+    void whatIsChosenInSeveralNamespaces()
+    {
+        const ResourceKind kind = configMapKind();
+        plant(kind, u"several"_s);
+        Window window;
+        open(window, true, false, false);
+        SharedContentViewController table(configMapKind(), window);
+        table.show();
+        table.load({});
+        QTRY_VERIFY(!table.tableItems().empty() && !table.isLoading());
+        table.setFilter(u"several"_s);
+        QCOMPARE(table.arrangedObjects().rowCount(), 2);
+        table.setFilter(elsewhere); // the namespace counts too
+        QVERIFY(table.arrangedObjects().rowCount() > 0);
+        table.setFilter(u"several"_s);
+        table.tableView().selectAll();
+        table.deleteRows();
+        QTRY_VERIFY(QApplication::activeModalWidget());
+        QString said;
+        for (const QLabel *label : QApplication::activeModalWidget()->findChildren<QLabel *>()) {
+            said += label->text() + u'\n';
+        }
+        for (const QString &nameSpace : {here, elsewhere}) {
+            QVERIFY2(said.contains(u"Namespace: %1\n    several"_s.arg(nameSpace)), qPrintable(said));
+        }
+        click(u"Delete"_s);
+        QTRY_COMPARE(window.recorded.entries.filter(u"2 of 2 command lines were run, 0 failed"_s).size(), 1);
+        QCOMPARE(window.recorded.entries.filter(u"kubectl delete %1 -n"_s.arg(kind.resourceName)).size(), 2);
+        QVERIFY(!exists(kind, here, u"several"_s) && !exists(kind, elsewhere, u"several"_s));
+        // A window that goes back to one namespace says so no longer, and knows where its rows are.
+        window.nameSpace = here;
+        table.setFilter({});
+        table.clearAndReload({});
+        QVERIFY(table.tableView().isColumnHidden(1));
+        QTRY_VERIFY(table.arrangedObjects().rowCount() > 0);
+        QCOMPARE(table.objectAt(0).nameSpace, here);
+    }
+
+private:
+    static QString kubectl(bool old)
+    {
+        return qEnvironmentVariable(old ? "TIDEWRIGHT_TEST_KUBECTL_OLD" : "TIDEWRIGHT_TEST_KUBECTL");
+    }
+
+    void open(Window &window, bool everywhere, bool live, bool old) const
+    {
+        setKubectlPath(kubectl(old));
+        window.facade.configPath = m_demo->kubeconfig();
+        window.context = u"demo-harbor"_s;
+        window.nameSpace = everywhere ? QString(allNamespaces) : elsewhere;
+        window.live = live;
+        const QString config = m_demo->kubectl({u"config"_s, u"view"_s, u"-ojson"_s}).output;
+        QJsonObject contents = QJsonDocument::fromJson(config.toUtf8()).object();
+        QJsonArray contexts;
+        for (QJsonValue entry : contents[u"contexts"_s].toArray()) {
+            QJsonObject named = entry.toObject();
+            QJsonObject context = named[u"context"_s].toObject();
+            context[u"namespace"_s] = everywhere ? here : elsewhere;
+            named[u"context"_s] = context;
+            contexts.append(named);
+        }
+        contents[u"contexts"_s] = contexts;
+        window.facade.adopt(
+            KubeConfigContents::parse(QJsonDocument(contents).toJson()).value(), window.context);
+    }
+
+    static QByteArray markOf(const ResourceKind &kind, const QString &nameSpace)
+    {
+        return (kind.namespaced ? nameSpace : here).toUtf8();
+    }
+
+    /// Two of a name, each with the label "mark" that tells its namespace.
+    void plant(const ResourceKind &kind, const QString &name)
+    {
+        const QByteArray list
+            = m_demo->kubectl({u"get"_s, kind.listWord, u"-A"_s, u"-ojson"_s}).output.toUtf8();
+        QJsonObject object = QJsonDocument::fromJson(list)[u"items"_s][0].toObject();
+        QVERIFY(!object.isEmpty());
+        object.remove(u"status"_s);
+        for (const QString &nameSpace : {here, elsewhere}) {
+            QJsonObject metadata{{u"name"_s, name}};
+            metadata[u"labels"_s] = QJsonObject{{u"mark"_s, nameSpace}};
+            if (kind.namespaced) {
+                metadata[u"namespace"_s] = nameSpace;
+            } else if (nameSpace != here) {
+                break;
+            }
+            object[u"metadata"_s] = metadata;
+            QJsonObject spec = object.value(u"spec"_s).toObject();
+            spec.remove(u"clusterIP"_s);
+            spec.remove(u"clusterIPs"_s);
+            if (!spec.isEmpty()) {
+                object[u"spec"_s] = spec;
+            }
+            if (object.contains(u"involvedObject"_s)) {
+                QJsonObject involved = object.value(u"involvedObject"_s).toObject();
+                involved[u"namespace"_s] = nameSpace;
+                object[u"involvedObject"_s] = involved;
+            }
+            const QString file = m_demo->writeFile(u"twin.json"_s, QJsonDocument(object).toJson());
+            const Outcome made = m_demo->kubectl({u"create"_s, u"-f"_s, file});
+            QVERIFY2(made.exitCode == 0, qPrintable(made.errors));
+        }
+    }
+
+    /// Runs an edit as the window would, and says which object it opened.
+    QByteArray edited(const QStringList &arguments) const
+    {
+        const QString seen = m_demo->writeFile(u"seen"_s, "");
+        const Outcome outcome
+            = m_demo->kubectl(arguments.sliced(1), 20000, u"sh -c 'grep mark: \"$0\" >%1'"_s.arg(seen));
+        QFile file(seen);
+        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().replace("mark: ", "")
+                                              : outcome.errors.toUtf8();
+    }
+
+    bool exists(const ResourceKind &kind, const QString &nameSpace, const QString &name) const
+    {
+        return m_demo->kubectl({u"get"_s, kind.resourceName, u"-n"_s, nameSpace, name}).exitCode == 0;
+    }
+
+    QTemporaryDir m_cache;
+    std::unique_ptr<DemoProcess> m_demo;
+};
+
+QTEST_MAIN(TestAllNamespaces)
+#include "tst_all_namespaces.moc"
