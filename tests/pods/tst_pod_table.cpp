@@ -214,6 +214,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("image");
         QTest::addColumn<qint64>("restarts");
         const QString available = u"NSStatusAvailable"_s;
+        const QString coming = u"NSStatusPartiallyAvailable"_s;
         const QString unavailable = u"NSStatusUnavailable"_s;
         const auto row
             = [](const char *tag, const char *line, const char *text, const QString &image, qint64 restarts) {
@@ -222,7 +223,9 @@ private Q_SLOTS:
         row("all ready", "p\ttrue true\tRunning\t0 3\t\t\ta b", "2/2 Running", available, 3);
         row("completed", "p\tfalse\tSucceeded\t0\tCompleted\t\ta", "Succeeded", u"statusCompleted"_s, 0);
         row("reasons collapse", "p\tfalse false\tPending\t0 0\tContainerCreating ContainerCreating\t\ta b",
-            "Pending: ContainerCreating", unavailable, 0);
+            "Pending: ContainerCreating", coming, 0);
+        row("waits for an image", "p\tfalse\tPending\t0\tContainerCreating ErrImagePull\t\ta",
+            "Pending: ContainerCreating, ErrImagePull", unavailable, 0);
         row("failed", "p\t\tFailed\t\t\t\ta", "Failed", unavailable, 0);
         row("counts that are none", "p\ttrue\tRunning\tx 9223372036854775807 4\t\t\ta", "1/1 Running",
             available, 9223372036854775807);

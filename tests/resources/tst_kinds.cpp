@@ -162,7 +162,7 @@ private Q_SLOTS:
         row("secrets", "no keys", "s\tOpaque\t\tT", "s|Opaque|0|1h 1m");
         row("persistentvolumes", "bound",
             "v\t100Gi\tReadWriteOnce,ReadOnlyMany,\tRetain\tBound\tdata/db-0\tfast\tT",
-            "v|Bound <NSStatusUnavailable>|100Gi|RWO, ReadOnlyMany|Retain|data/db-0|fast|1h 1m");
+            "v|Bound <NSStatusAvailable>|100Gi|RWO, ReadOnlyMany|Retain|data/db-0|fast|1h 1m");
         row("persistentvolumes", "available", "v\t1Gi\tReadWriteOncePod,\tDelete\tAvailable\t/\t\tT",
             "v|Available <NSStatusAvailable>|1Gi|RWOPod|Delete|||1h 1m");
         row("persistentvolumes", "placeholders",

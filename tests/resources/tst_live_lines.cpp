@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // From objects as the API server sends them to the lines that kubectl prints of them: the same bytes.
 #include "demo/DemoProcess.h"
+#include "platform/text/Timestamp.h"
 #include "pods/table/Pod.h"
 #include "resources/kinds/ClusterRole.h"
 #include "resources/kinds/ConfigMap.h"
@@ -15,10 +16,12 @@
 #include "resources/kinds/Secret.h"
 #include "resources/kinds/Service.h"
 #include "resources/kinds/ServiceAccount.h"
+#include "resources/listing/Merge.h"
 #include "resources/live/ListDecoder.h"
-#include "resources/printing/ListingTemplate.h"
 #include "resources/live/ResourcePaths.h"
+#include "resources/live/RowOfLine.h"
 #include "resources/live/TemplateDecoder.h"
+#include "resources/printing/ListingTemplate.h"
 
 #include <QTest>
 
@@ -61,7 +64,8 @@ QByteArrayList linesOf(
     }
     QByteArrayList printed;
     for (const LiveChange &change : changes) {
-        printed.append(change.kind == LiveChange::Kind::Put ? change.line : "! " + change.line);
+        printed.append(change.kind == LiveChange::Kind::Put ? listedPart(change.line).toByteArray()
+                                                            : "! " + change.line);
     }
     return printed;
 }
@@ -114,6 +118,8 @@ private Q_SLOTS:
     void listings();
     void oddObjects_data();
     void oddObjects();
+    void beyondTheListing_data();
+    void beyondTheListing();
     void failures_data();
     void failures();
     void unknownTemplates_data();
@@ -241,6 +247,82 @@ void tst_live_lines::oddObjects()
     const QByteArrayList made = linesOf(printing(output), listOf(objects), 4096);
     QCOMPARE(made.size(), objects.size());
     QCOMPARE(made.join('\n') + '\n', wanted.output.toUtf8());
+}
+
+void tst_live_lines::beyondTheListing_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QByteArray>("object");
+    QTest::addColumn<QString>("cells"); // column=text, the image behind it
+    const auto pod = [](const char *name, const QByteArray &status, const char *cells,
+                         const QByteArray &metadata = {}) {
+        QTest::newRow(name) << 0
+                            << R"({"metadata":{"name":"p","creationTimestamp":"2020-01-01T00:00:00Z")"
+                + metadata + R"(},"spec":{"nodeName":"n1","containers":[{"name":"c"}]},"status":{)" + status
+                + "}}" << QString::fromUtf8(cells);
+    };
+    pod("running", R"("phase":"Running","podIP":"10.0.0.1","containerStatuses":[{"ready":true}])",
+        "status=1/1 Running <NSStatusAvailable>|reason=|node=n1|ip=10.0.0.1");
+    pod("terminating", R"("phase":"Running","containerStatuses":[{"ready":false}])",
+        "status=0/1 Running <NSStatusPartiallyAvailable>|reason=Terminating",
+        R"(,"deletionTimestamp":"2020-01-01T00:00:00Z")");
+    pod("evicted", R"("phase":"Failed","reason":"Evicted")",
+        "status=Failed <NSStatusUnavailable>|reason=Evicted");
+    pod("an init container fails",
+        R"("phase":"Pending","initContainerStatuses":[{"state":{"terminated":{"reason":"Completed"}}},
+            {"state":{"waiting":{"reason":"CrashLoopBackOff"}}}],
+            "containerStatuses":[{"ready":false,"state":{"waiting":{"reason":"PodInitializing"}}}])",
+        "status=Pending: PodInitializing <NSStatusUnavailable>|reason=Init: CrashLoopBackOff");
+    pod("comes",
+        R"("phase":"Pending","containerStatuses":[{"state":{"waiting":{"reason":"ContainerCreating"}}}])",
+        "status=Pending: ContainerCreating <NSStatusPartiallyAvailable>|reason=ContainerCreating|age=1 day");
+    const auto deployment
+        = [](const char *name, const QByteArray &spec, const QByteArray &status, const char *cells) {
+              QTest::newRow(name) << 1
+                                  << R"({"metadata":{"name":"d","generation":2},"spec":{)" + spec
+                      + R"(},"status":{)" + status + "}}"
+                                  << QString::fromUtf8(cells);
+          };
+    deployment("an outage by quota", R"("replicas":3)",
+        R"("observedGeneration":2,"conditions":[{"reason":"x"},{"reason":"ProgressDeadlineExceeded"}])",
+        "desired=3|status=Unavailable <NSStatusUnavailable>");
+    deployment("a roll-out begins", R"("replicas":3)",
+        R"("observedGeneration":1,"replicas":3,"updatedReplicas":3)",
+        "desired=3|status=Unavailable <NSStatusPartiallyAvailable>");
+    deployment("scaled to nothing", R"("replicas":0)", R"("observedGeneration":2)",
+        "desired=0|status=None wanted <NSStatusAvailable>");
+}
+
+/// What only the object itself tells, in the cells of its row.
+void tst_live_lines::beyondTheListing()
+{
+    QFETCH(int, number);
+    QFETCH(QByteArray, object);
+    QFETCH(QString, cells);
+    setClockForTesting([] { return 1577836800.0 + 25 * 3600; });
+    const ResourceKind kind = kinds[number]();
+    QString problem;
+    const auto lines = std::make_shared<ObjectLines>(kind, problem);
+    ListDecoder decoder(lines);
+    std::vector<LiveChange> changes;
+    decoder.take(listOf({object}), changes);
+    QCOMPARE(changes.size(), 1U);
+    QVERIFY2(lineFits(kind, changes[0].line), changes[0].line.constData());
+    const Row row = newRow(kind, {}, changes[0].line, 0);
+    for (const QString &wanted : cells.split(u'|')) {
+        const QString identifier = wanted.section(u'=', 0, 0);
+        const Column &column
+            = kind.columns[static_cast<std::size_t>(kind.indexOf(QLatin1String(identifier.toLatin1())))];
+        QString cell = identifier + u'=' + column.text(*row);
+        if (column.image) {
+            cell += u" <%1>"_s.arg(column.image(*row));
+        }
+        QCOMPARE(cell, wanted);
+    }
+    // A listing of the same object changes nothing of it, and is known to be the same.
+    const Rows rows{row};
+    QVERIFY(mergeListing(kind, listedPart(row->line).toByteArray() + '\n', rows).changed.empty());
+    setClockForTesting(nullptr);
 }
 
 void tst_live_lines::failures_data()

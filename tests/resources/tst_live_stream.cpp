@@ -57,7 +57,7 @@ public:
             QVERIFY2(upsert.row || m_rows.contains(upsert.key), "an unknown row changes");
             Row &row = m_rows[upsert.key];
             row = upsert.row ? upsert.row : changedRow(m_kind, row, upsert.line);
-            QCOMPARE(row->listingLine, upsert.line);
+            QCOMPARE(row->line, upsert.line);
             order += upsert.line.left(upsert.line.indexOf('\t'));
         }
         m_isLoading = (m_isLoading || batch.stateBegun) && !batch.stateComplete;
@@ -68,7 +68,7 @@ public:
     {
         QByteArrayList all;
         for (const auto &[key, row] : m_rows) {
-            all.append(row->listingLine);
+            all.append(listedPart(row->line).toByteArray());
         }
         return all;
     }

@@ -48,7 +48,7 @@ struct LiveTable
     {
         QByteArrayList lines;
         for (const Row &row : store.rows()) {
-            lines.append(row->listingLine + '\t' + row->nameSpace.toUtf8());
+            lines.append(listedPart(row->line).toByteArray() + '\t' + row->nameSpace.toUtf8());
         }
         std::sort(lines.begin(), lines.end());
         return lines;

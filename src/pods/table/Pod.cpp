@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/table/Pod.h"
 
+#include "platform/text/Timestamp.h"
 #include "resources/kinds/Columns.h"
 
+#include <QDateTime>
 #include <QSet>
 
 #include <algorithm>
@@ -23,6 +25,17 @@ QString podListingTemplate()
         "{.status.containerStatuses[*].state.*.reason}\t{.status.startTime}\t"
         "{.spec.containers[*].name}\n{end}");
 }
+
+/// What only the object itself tells.
+QString podLiveTemplate()
+{
+    return QStringLiteral(
+        "-o=jsonpath={range .items[*]}{.spec.nodeName}\t{.status.podIP}\t{.metadata.creationTimestamp}\t"
+        "{.metadata.deletionTimestamp}\t{.status.reason}\t"
+        "{.status.initContainerStatuses[*].state.*.reason}\n{end}");
+}
+
+enum PodLiveField { Node, Ip, Created, Deleted, PodReason, InitReasons, LiveFieldCount };
 
 enum PodField { Ready = 1, Phase, Restarts, Reasons, StartTime, Containers, FieldCount };
 
@@ -97,6 +110,40 @@ void assignPod(const Fields &fields, KubeTableItem &item)
     }
 }
 
+void assignLivePod(const Fields &fields, KubeTableItem &item)
+{
+    auto &pod = static_cast<Pod &>(item);
+    pod.node = QString::fromUtf8(fields[Node]);
+    pod.ip = QString::fromUtf8(fields[Ip]);
+    pod.created = QString::fromUtf8(fields[Created]);
+    pod.isDeleting = !fields[Deleted].isEmpty();
+    pod.podReason = QString::fromUtf8(fields[PodReason]);
+    pod.initReason = distinctWords(fields[InitReasons]);
+}
+
+/// Without the words of containers that are on their way, or have done what they were to do.
+QString withoutProgress(const QString &reasons)
+{
+    static const QSet<QString> steps{
+        QStringLiteral("ContainerCreating"), QStringLiteral("PodInitializing"), QStringLiteral("Completed")};
+    QStringList all = reasons.split(QLatin1String(", "), Qt::SkipEmptyParts);
+    all.removeIf([](const QString &reason) { return steps.contains(reason); });
+    return all.join(QLatin1String(", "));
+}
+
+QString createdText(const Pod &pod)
+{
+    const auto time = parseTimestamp(pod.created);
+    return time ? QDateTime::fromSecsSinceEpoch(*time).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
+                : pod.created;
+}
+
+Column hidden(Column column)
+{
+    column.hidden = true;
+    return column;
+}
+
 std::vector<Column> podColumns()
 {
     const auto containers = [](const Pod &pod) { return pod.containers.join(QLatin1String(", ")); };
@@ -104,9 +151,13 @@ std::vector<Column> podColumns()
         nameColumn(330),
         withImage<Pod>(
             textColumn<Pod>("status", QStringLiteral("Status"), &Pod::isReadyText, 210), &Pod::isReadyImage),
+        textColumn<Pod>("reason", QStringLiteral("Reason"), &Pod::why, 150),
         numberColumn<Pod>("restarts", QStringLiteral("Restarts"), &Pod::restarts, 90),
-        ageColumn(),
+        timeColumn<Pod>("age", QStringLiteral("Age"), &Pod::getAge, &Pod::ageTime, 100),
         textColumn<Pod>("containers", QStringLiteral("Containers"), containers, 200),
+        hidden(textColumn<Pod>("node", QStringLiteral("Node"), &Pod::node, 160)),
+        hidden(textColumn<Pod>("ip", QStringLiteral("IP"), &Pod::ip, 120)),
+        hidden(timeColumn<Pod>("created", QStringLiteral("Created"), createdText, &Pod::created, 160)),
     };
 }
 
@@ -116,7 +167,9 @@ bool operator==(const Pod &a, const Pod &b)
 {
     return a.name == b.name && a.readyCount == b.readyCount && a.notReadyCount == b.notReadyCount
         && a.restarts == b.restarts && a.status == b.status && a.reason == b.reason
-        && a.startTimeString == b.startTimeString && a.containers == b.containers;
+        && a.startTimeString == b.startTimeString && a.containers == b.containers
+        && a.nameSpace == b.nameSpace && a.node == b.node && a.ip == b.ip && a.created == b.created
+        && a.isDeleting == b.isDeleting && a.podReason == b.podReason && a.initReason == b.initReason;
 }
 
 QString Pod::isReadyImage() const
@@ -124,8 +177,31 @@ QString Pod::isReadyImage() const
     if (readyCount > 0 && notReadyCount == 0) {
         return QStringLiteral("NSStatusAvailable");
     }
-    return status == QLatin1String("Succeeded") ? QStringLiteral("statusCompleted")
-                                                : QStringLiteral("NSStatusUnavailable");
+    if (status == QLatin1String("Succeeded")) {
+        return QStringLiteral("statusCompleted");
+    }
+    const bool isComing = status == QLatin1String("Pending")
+        && withoutProgress(reason + QLatin1String(", ") + initReason).isEmpty();
+    return isDeleting || isComing ? QStringLiteral("NSStatusPartiallyAvailable")
+                                  : QStringLiteral("NSStatusUnavailable");
+}
+
+QString Pod::why() const
+{
+    if (isDeleting) {
+        return QStringLiteral("Terminating");
+    }
+    if (!podReason.isEmpty()) {
+        return podReason;
+    }
+    const QString init = withoutProgress(initReason);
+    return init.isEmpty() ? reason : QLatin1String("Init: ") + init;
+}
+
+QString Pod::getAge() const
+{
+    return startTimeString.isEmpty() && !created.isEmpty() ? ageSince(created, true)
+                                                           : KubeTableItem::getAge();
 }
 
 QString Pod::isReadyText() const
@@ -151,6 +227,9 @@ ResourceKind podKind()
     kind.logTarget = QString(); // the pod's name by itself
     kind.columns = podColumns();
     kind.assign = assignPod;
+    kind.liveArguments = {podLiveTemplate()};
+    kind.liveFieldCount = LiveFieldCount;
+    kind.assignLive = assignLivePod;
     return kind;
 }
 

@@ -19,10 +19,26 @@ struct Pod : KubeTableItem
     qint64 restarts = 0; ///< of all containers together
     QStringList containers; ///< in kubectl's order
 
-    /// "NSStatusAvailable", "statusCompleted" or "NSStatusUnavailable".
+    // Told by live streams only.
+    QString node;
+    QString ip;
+    QString created; ///< a timestamp
+    bool isDeleting = false;
+    QString podReason; ///< of the pod as a whole, such as Evicted
+    QString initReason; ///< the distinct state reasons of the init containers, joined by ", "
+
+    /// "NSStatusAvailable", "statusCompleted", "NSStatusPartiallyAvailable" while it comes or goes, or
+    /// "NSStatusUnavailable".
     QString isReadyImage() const;
     /// "1/2 Running", "Succeeded", "Pending: ContainerCreating" ...
     QString isReadyText() const;
+
+    /// Why it is as it is, the most telling word first: "Terminating", "Evicted", "Init: CrashLoopBackOff",
+    /// "ImagePullBackOff" ...; empty when there is nothing to say.
+    QString why() const;
+    /// The age goes by the creation time while the pod has not been started.
+    QString getAge() const override;
+    const QString &ageTime() const { return startTimeString.isEmpty() ? created : startTimeString; }
 
     friend bool operator==(const Pod &a, const Pod &b);
 };

@@ -28,12 +28,38 @@ void assign(const Fields &fields, KubeTableItem &item)
     deployment.startTimeString = textOf(fields[Created]);
 }
 
+QString liveTemplate()
+{
+    return QStringLiteral("-o=jsonpath={range "
+                          ".items[*]}{.spec.replicas}\t{.metadata.generation}\t{.status.observedGeneration}\t"
+                          "{.status.conditions[*].reason}\n");
+}
+
+enum LiveField { Wanted, Generation, Observed, Reasons, LiveFieldCount };
+
+void assignLive(const Fields &fields, KubeTableItem &item)
+{
+    auto &deployment = static_cast<Deployment &>(item);
+    deployment.previousDesired = integerOf(fields[Wanted]);
+    deployment.desired = deployment.previousDesired;
+    const bool isStuck
+        = textOf(fields[Reasons]).split(QLatin1Char(' ')).contains(QLatin1String("ProgressDeadlineExceeded"));
+    deployment.isRollingOut = !isStuck
+        && (integerOf(fields[Observed]) < integerOf(fields[Generation])
+            || deployment.upToDate < deployment.desired);
+}
+
 std::vector<Column> columns()
 {
+    Column desired
+        = numberColumn<Deployment>("desired", QStringLiteral("Desired"), &Deployment::desired, 220);
+    desired.listedTitle = QStringLiteral("Pods");
     return {
         nameColumn(255),
-        availabilityColumn<Deployment>(&Deployment::available, &Deployment::previousDesired, 140),
-        numberColumn<Deployment>("desired", QStringLiteral("Desired"), &Deployment::desired, 220),
+        withImage<Deployment>(
+            availabilityColumn<Deployment>(&Deployment::available, &Deployment::previousDesired, 140),
+            &Deployment::statusImage),
+        desired,
         numberColumn<Deployment>("current", QStringLiteral("Ready"), &Deployment::current, 80),
         numberColumn<Deployment>("upToDate", QStringLiteral("Up to Date"), &Deployment::upToDate, 100),
         numberColumn<Deployment>("available", QStringLiteral("Available"), &Deployment::available, 95),
@@ -42,6 +68,12 @@ std::vector<Column> columns()
 }
 
 } // namespace
+
+QString Deployment::statusImage() const
+{
+    return isRollingOut && available < previousDesired ? QStringLiteral("NSStatusPartiallyAvailable")
+                                                       : availabilityImage(available, previousDesired);
+}
 
 ResourceKind deploymentKind()
 {
@@ -54,6 +86,9 @@ ResourceKind deploymentKind()
     kind.fieldCount = FieldCount;
     kind.logTarget = QStringLiteral("deploy/");
     kind.assign = assign;
+    kind.liveArguments = {liveTemplate()};
+    kind.liveFieldCount = LiveFieldCount;
+    kind.assignLive = assignLive;
     kind.columns = columns();
     return kind;
 }

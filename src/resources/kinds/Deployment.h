@@ -10,13 +10,20 @@ struct Deployment : KubeTableItem
 {
     using KubeTableItem::KubeTableItem;
 
-    qint64 previousDesired = 0; ///< the replica count last read from the cluster
+    /// The replica count last read from the cluster: as a listing has it, that of the pods there are; as a
+    /// live stream tells it, that of the pods wanted.
+    qint64 previousDesired = 0;
     /// What the table shows and the user changes; differs from `previousDesired` only while a scale is being
     /// confirmed.
     qint64 desired = 0;
     qint64 current = 0; ///< ready replicas
     qint64 upToDate = 0;
     qint64 available = 0;
+    /// Told by live streams only: new pods are still to come, and nothing has given up on that.
+    bool isRollingOut = false;
+
+    /// Amber while a roll-out is under way.
+    QString statusImage() const;
 
     friend bool operator==(const Deployment &, const Deployment &) = default;
 };

@@ -59,6 +59,27 @@ QString KubeTableItem::ageSince(const QString &timestamp, bool storeInterval) co
     return formatAge(seconds, false);
 }
 
+QByteArrayView listedPart(QByteArrayView line)
+{
+    const qsizetype end = line.lastIndexOf('\0');
+    return end < 0 ? line : line.first(end);
+}
+
+QByteArrayView livePart(QByteArrayView line)
+{
+    const qsizetype end = line.lastIndexOf('\0');
+    return end < 0 ? QByteArrayView() : line.sliced(end + 1);
+}
+
+QByteArray lineOf(const QByteArray &listed, QByteArrayView live)
+{
+    QByteArray line = listed + '\0' + live;
+    for (qsizetype at = listed.size() + 1; (at = line.indexOf('\0', at)) >= 0;) {
+        line[at] = ' ';
+    }
+    return line;
+}
+
 QString formatAge(double seconds, bool approximate)
 {
     if (!(seconds > minute)) { // not a number, too

@@ -25,9 +25,8 @@ struct KubeTableItem
     /// only, so a copy starts with 0 and the table hands the value on when it puts the copy in this row's
     /// place.
     mutable double startTimeInterval = 0;
-    /// The line of the listing that gave this row its fields; empty in copies, whose fields may be changed
-    /// otherwise.
-    QByteArray listingLine;
+    /// The line that gave this row its fields; empty in copies, whose fields may be changed otherwise.
+    QByteArray line;
 
     /// The age text of `startTimeString`, or "<unknown>". Main thread.
     virtual QString getAge() const;
@@ -45,6 +44,14 @@ protected:
     /// The age text of any timestamp; stores the seconds in `startTimeInterval` when it is asked to.
     QString ageSince(const QString &timestamp, bool storeInterval) const;
 };
+
+/// A line as the listing of its kind has it, and behind a NUL the fields that only a live stream tells of
+/// (ResourceKind::liveArguments), when it came from one.
+QByteArrayView listedPart(QByteArrayView line);
+/// Empty without any.
+QByteArrayView livePart(QByteArrayView line);
+/// Of both; a NUL in `live` becomes a blank.
+QByteArray lineOf(const QByteArray &listed, QByteArrayView live);
 
 using Row = std::shared_ptr<const KubeTableItem>;
 using Rows = std::vector<Row>;

@@ -5,6 +5,8 @@
 #include "resources/kinds/Columns.h"
 #include "resources/kinds/FieldText.h"
 
+#include <QHash>
+
 namespace tidewright {
 
 namespace {
@@ -97,8 +99,13 @@ std::vector<Column> columns()
 
 QString PersistentVolume::statusImage() const
 {
-    return status == QLatin1String("Available") ? QStringLiteral("NSStatusAvailable")
-                                                : QStringLiteral("NSStatusUnavailable");
+    static const QHash<QString, QString> images{
+        {QStringLiteral("Available"), QStringLiteral("NSStatusAvailable")},
+        {QStringLiteral("Bound"), QStringLiteral("NSStatusAvailable")},
+        {QStringLiteral("Pending"), QStringLiteral("NSStatusPartiallyAvailable")},
+        {QStringLiteral("Released"), QStringLiteral("NSStatusPartiallyAvailable")},
+    };
+    return images.value(status, QStringLiteral("NSStatusUnavailable"));
 }
 
 ResourceKind persistentVolumeKind()

@@ -31,6 +31,8 @@ struct Column
         = nullptr; ///< name of a text colour, empty for the usual one
     bool movesWithTime = false; ///< the text changes as time goes by
     bool hidden = false; ///< at first; the header's menu shows it
+    /// The title while rows come from listings alone, when their field holds something else.
+    QString listedTitle = {};
 };
 
 /// The tab-separated fields of one line of a listing, as kubectl printed them.
@@ -59,6 +61,11 @@ struct ResourceKind
     /// The place of a column among them; there must be one of that identifier.
     int indexOf(QLatin1String identifier) const;
 
+    /// What a live stream tells of an object beyond the fields of the listing: a template like that of
+    /// `outputArguments`, which no kubectl gets. Empty: nothing.
+    QStringList liveArguments;
+    std::size_t liveFieldCount = 0;
+
     // Any thread. The rows they get are of this kind.
     std::function<std::shared_ptr<KubeTableItem>(const QString &name)> create;
     std::function<std::shared_ptr<KubeTableItem>(const KubeTableItem &)> copy;
@@ -66,6 +73,8 @@ struct ResourceKind
     /// Assigns all fields but the first (the name). Assigning a line once more must change nothing: it is not
     /// called for the very line that a row has its fields from.
     std::function<void(const Fields &, KubeTableItem &)> assign;
+    /// Assigns the fields of `liveArguments`, after those of the listing.
+    std::function<void(const Fields &, KubeTableItem &)> assignLive = nullptr;
     /// Told of each new row and of the moment at which its listing was read (seconds since 1970), the same
     /// for all rows of a listing.
     std::function<void(KubeTableItem &, double moment)> firstListed = nullptr;

@@ -73,6 +73,13 @@ void ArrangingModel::setSorts(const QList<SortDescriptor> &sorts)
     reorder(std::move(order));
 }
 
+void ArrangingModel::setListed(bool listed)
+{
+    if (std::exchange(m_isListed, listed) != listed) {
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
+    }
+}
+
 void ArrangingModel::sort(int column, Qt::SortOrder order)
 {
     setSorts({{column, order}});
@@ -354,7 +361,7 @@ QVariant ArrangingModel::headerData(int section, Qt::Orientation orientation, in
     const Column &column = m_store->kind().columns[static_cast<std::size_t>(section)];
     switch (role) {
     case Qt::DisplayRole:
-        return column.title;
+        return m_isListed && !column.listedTitle.isEmpty() ? column.listedTitle : column.title;
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(column.alignment);
     default:

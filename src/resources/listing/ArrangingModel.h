@@ -40,6 +40,9 @@ public:
     /// Where that row, which must exist, stands in the store.
     std::size_t positionOf(int row) const;
 
+    /// Whether rows come from listings alone: a column may be called otherwise then.
+    void setListed(bool listed);
+
     void sort(int column, Qt::SortOrder order) override; ///< column -1 removes the sort order
 
     int rowCount(const QModelIndex &parent = {}) const override;
@@ -66,6 +69,7 @@ private:
     void reorder(Positions order);
     void updateRows();
 
+    bool m_isListed = false;
     RowStore *m_store; ///< null once it is destroyed
     QList<SortDescriptor> m_sorts;
     QString m_filter;

@@ -29,7 +29,8 @@ public:
     {
         m_positions.reserve(static_cast<qsizetype>(rows.size()));
         for (std::size_t i = rows.size(); i-- > 0;) {
-            m_positions.insert({nameSpaceOf(*rows[i]), nameOf(*rows[i])}, i); // an earlier row takes the place of a later one
+            m_positions.insert({nameSpaceOf(*rows[i]), nameOf(*rows[i])},
+                i); // an earlier row takes the place of a later one
         }
     }
 
@@ -42,8 +43,8 @@ public:
 private:
     QByteArrayView nameOf(const KubeTableItem &row)
     {
-        if (const qsizetype end = row.listingLine.indexOf('\t'); end >= 0) {
-            return QByteArrayView(row.listingLine).first(end);
+        if (const qsizetype end = row.line.indexOf('\t'); end >= 0) {
+            return QByteArrayView(row.line).first(end);
         }
         return m_encodedNames.emplace_back(row.name.toUtf8());
     }
@@ -177,7 +178,7 @@ private:
     /// The usual case: nothing to split, decode, copy or compare.
     bool isUnchanged(std::size_t position, QByteArrayView line) const
     {
-        return !m_candidates[position] && !line.isEmpty() && line == m_snapshot[position]->listingLine;
+        return !m_candidates[position] && !line.isEmpty() && line == listedPart(m_snapshot[position]->line);
     }
 
     void update(std::size_t position, QByteArrayView line)
@@ -202,7 +203,7 @@ private:
     void assign(KubeTableItem &row, QByteArrayView line)
     {
         m_kind.assign(m_fields, row);
-        row.listingLine = line.toByteArray();
+        row.line = line.toByteArray();
     }
 
     const ResourceKind &m_kind;

@@ -13,7 +13,7 @@ struct LiveUpsert
 {
     QByteArray key; ///< "namespace/name", or "/name" for what belongs to the whole cluster
     QString nameSpace; ///< what a row of it says (KubeTableItem::nameSpace)
-    QByteArray line; ///< as in a listing (KubeTableItem::listingLine)
+    QByteArray line; ///< as KubeTableItem::line
     /// The row, made of the line, of an object that is new, or has been made anew under its name: it is
     /// appended, or takes the place of the row with that key. Null for one that was reported before: the row
     /// that is there changes (`changedRow`).

@@ -131,7 +131,7 @@ void LiveObjects::skip(const QByteArray &key, QByteArrayView line)
             = QString::fromUtf8(line.first(std::min(line.size(), 4 * keptLineLength))).left(keptLineLength);
     }
     if (m_kind->lineSkipped) {
-        m_kind->lineSkipped(line, static_cast<std::size_t>(line.count('\t')) + 1);
+        m_kind->lineSkipped(line, static_cast<std::size_t>(listedPart(line).count('\t')) + 1);
     }
     m_hasChanges = true;
     if (const auto found = m_objects.find(key); found != m_objects.end()) {

@@ -23,6 +23,9 @@ ObjectLines::ObjectLines(const ResourceKind &kind, QString &problem)
     : m_printer(ObjectPrinter::compile(kind.outputArguments, problem))
     , m_otherOutput(kind.otherOutput)
 {
+    if (m_printer && !kind.liveArguments.isEmpty()) {
+        m_live = ObjectPrinter::compile(kind.liveArguments, problem);
+    }
 }
 
 LiveChange ObjectLines::change(const simdjson::dom::element &object) const
@@ -42,6 +45,8 @@ LiveChange ObjectLines::change(const simdjson::dom::element &object) const
     if (!problem.isEmpty()) {
         change.kind = LiveChange::Kind::Skip;
         change.line = change.key + ": " + problem.toUtf8();
+    } else if (QByteArray live; m_live && m_live->print(object, live).isEmpty()) {
+        change.line = lineOf(change.line, live);
     }
     return change;
 }

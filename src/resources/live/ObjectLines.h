@@ -7,8 +7,8 @@
 
 namespace tidewright {
 
-/// From an object to its line, with the kind's second template where the first one fails. Immutable; any
-/// thread.
+/// From an object to its line (KubeTableItem::line), with the kind's second template where the first one
+/// fails. Immutable; any thread.
 class ObjectLines
 {
 public:
@@ -21,6 +21,7 @@ public:
 
 private:
     std::shared_ptr<const ObjectPrinter> m_printer;
+    std::shared_ptr<const ObjectPrinter> m_live; ///< null: nothing more than the listing
     std::function<QStringList(const QString &error)> m_otherOutput;
 };
 

@@ -16,12 +16,24 @@ Fields fieldsOf(QByteArrayView line)
     return fields;
 }
 
+/// Of a kind that live streams tell no more of, all of it.
+QByteArrayView listedPartOf(const ResourceKind &kind, QByteArrayView line)
+{
+    return kind.assignLive ? listedPart(line) : line;
+}
+
 void assign(const ResourceKind &kind, const QByteArray &line, KubeTableItem &row)
 {
-    kind.assign(fieldsOf(line), row);
-    row.listingLine = line;
+    const QByteArrayView listed = listedPartOf(kind, line);
+    kind.assign(fieldsOf(listed), row);
+    if (listed.size() < line.size()) {
+        if (const Fields fields = fieldsOf(livePart(line)); fields.size() == kind.liveFieldCount) {
+            kind.assignLive(fields, row);
+        }
+    }
+    row.line = line;
     if (kind.lineTaken) {
-        kind.lineTaken(line);
+        kind.lineTaken(listed);
     }
 }
 
@@ -29,7 +41,8 @@ void assign(const ResourceKind &kind, const QByteArray &line, KubeTableItem &row
 
 bool lineFits(const ResourceKind &kind, QByteArrayView line)
 {
-    return static_cast<std::size_t>(line.count('\t')) + 1 == kind.fieldCount && !line.contains('\n');
+    const QByteArrayView listed = listedPartOf(kind, line);
+    return static_cast<std::size_t>(listed.count('\t')) + 1 == kind.fieldCount && !listed.contains('\n');
 }
 
 Row newRow(const ResourceKind &kind, const QString &nameSpace, const QByteArray &line, double moment)
@@ -45,7 +58,7 @@ Row newRow(const ResourceKind &kind, const QString &nameSpace, const QByteArray 
 
 Row changedRow(const ResourceKind &kind, const Row &previous, const QByteArray &line)
 {
-    if (previous->listingLine == line) {
+    if (previous->line == line) {
         return previous;
     }
     const auto row = kind.copy(*previous);

@@ -210,6 +210,8 @@ void SharedContentViewController::updateStatus()
         .hasFailed = m_loader->hasFailed(),
         .isLoading = isListing(),
         .hasBeenLoaded = rowsAsOf().isValid()};
+    m_arranged->setListed(
+        !m_window.liveUpdates() || m_loader->following() == TableLoader::Following::Refused);
     m_statusBar->setCounts(countsText(kind(), facts));
     m_statusBar->setAsOf(facts.hasFailed ? QDateTime() : rowsAsOf());
     m_statusBar->setFollowing(m_loader->following(), m_loader->followingReason());
