@@ -3,8 +3,8 @@
 
 #include "core/CommandLine.h"
 #include "core/KubeCtl.h"
-#include "platform/text/DisplayText.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/text/DisplayText.h"
 #include "resources/changes/Confirmation.h"
 
 #include <QCoreApplication>
@@ -61,9 +61,14 @@ QList<QStringList> unseen(const KubeConfigContents &contents, const QString &con
     return commands;
 }
 
-void ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
-    std::function<void(bool allowed)> answered)
+void Question::ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
+    std::function<void()> allowed)
 {
+    if (const auto isOpen = m_isOpen.lock(); isOpen && *isOpen) {
+        return;
+    }
+    const auto isOpen = std::make_shared<bool>(true);
+    m_isOpen = isOpen;
     const QString files = kubeConfigFiles(configPath);
     QStringList lines;
     for (const QStringList &command : commands) {
@@ -75,11 +80,12 @@ void ask(QWidget *view, const QString &configPath, const QList<QStringList> &com
                                 .arg(display_text::withoutLineEnds(files), lines.join(QLatin1Char('\n')));
     showConfirmation(view, QCoreApplication::translate("LoginCommands", "Run Programs to Log In?"), message,
         QCoreApplication::translate("LoginCommands", "Allow"), QStringLiteral("Cancel"), nullptr,
-        [files, commands, answered = std::move(answered)](bool isAllowed) {
+        [files, commands, isOpen, allowed = std::move(allowed)](bool isAllowed) {
+            *isOpen = false;
             if (isAllowed) {
                 allow(files, commands);
+                allowed();
             }
-            answered(isAllowed);
         });
 }
 
