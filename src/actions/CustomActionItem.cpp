@@ -7,10 +7,9 @@
 #include "core/ApplicationRecord.h"
 #include "core/CommandGate.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
-#include "resources/changes/Confirmation.h"
 #include "resources/widgets/NamedImages.h"
 
 namespace tidewright {
@@ -39,8 +38,12 @@ void tellMissing(const QStringList &names)
                          "set \"%1\" in Preferences: Advanced and try again.")
               .arg(names.join(QLatin1String(", ")));
     mainQueue().post([message] {
-        showConfirmation(nullptr, QStringLiteral("Required Environment Variables Missing"), message,
-            QStringLiteral("OK"), QString(), nullptr, [](bool) {});
+        showConfirmation(nullptr,
+            {.title = QStringLiteral("Required Environment Variables Missing"),
+                .message = message,
+                .yes = QStringLiteral("OK"),
+                .no = QString()},
+            [](bool) {});
     });
 }
 
@@ -121,16 +124,17 @@ void CustomActionItem::performAction(
         return;
     }
     const QString question = QStringLiteral("Are you sure you want to run the action \"%1\"?").arg(m_title);
-    showConfirmation(
-        nullptr, QStringLiteral("Confirm Action"), m_config.show_warning_text.value_or(question),
-        QStringLiteral("OK"), QStringLiteral("Cancel"),
-        place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
+    showConfirmation(nullptr,
+        {.title = QStringLiteral("Confirm Action"),
+            .message = m_config.show_warning_text.value_or(question),
+            .yes = QStringLiteral("OK"),
+            .accessory = place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
+            .toBeTyped = toBeTyped},
         [self = shared_from_this(), environment, place](bool confirmed) {
             if (confirmed) {
                 self->runIn(environment, place);
             }
-        },
-        toBeTyped);
+        });
 }
 
 /// The script acts where the window is, whatever other programs or it itself do to kubeconfigs meanwhile.

@@ -8,9 +8,9 @@
 #include "external/InstalledApplications.h"
 #include "platform/desktop/Bundle.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/text/Utf8.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/changes/Confirmation.h"
 
 #include <QDir>
@@ -125,9 +125,11 @@ void EditFile::askForEditor()
     if (!view) {
         return;
     }
-    showConfirmation(view, QStringLiteral("Editor not set"),
-        QStringLiteral("To edit files, you must first select an editor in Tidewright: Preferences"),
-        QStringLiteral("Open Preferences"), QStringLiteral("Cancel"), nullptr,
+    showConfirmation(view,
+        {.title = QStringLiteral("Editor not set"),
+            .message
+            = QStringLiteral("To edit files, you must first select an editor in Tidewright: Preferences"),
+            .yes = QStringLiteral("Open Preferences")},
         [self = shared_from_this()](bool first) {
             if (first) {
                 writeDiagnostic(QStringLiteral("open"));

@@ -92,7 +92,7 @@ private:
     PlaceSetting m_place{m_kubeCtl};
     Settling m_settling{m_kubeCtl, m_shown, m_place};
     ExternalEdits m_edits{*this};
-    login_commands::Question m_loginQuestion;
+    login_commands::LoginQuestion m_loginQuestion;
     QPointer<Console> m_console;
     bool m_userFollows = false; ///< the user's own kubeconfig, once the context is switched
     QString m_hint; ///< why the tables have nothing to load from

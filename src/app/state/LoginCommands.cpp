@@ -61,7 +61,7 @@ QList<QStringList> unseen(const KubeConfigContents &contents, const QString &con
     return commands;
 }
 
-void Question::ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
+void LoginQuestion::ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
     std::function<void()> allowed)
 {
     if (const auto isOpen = m_isOpen.lock(); isOpen && *isOpen) {
@@ -78,8 +78,10 @@ void Question::ask(QWidget *view, const QString &configPath, const QList<QString
         "To log in, the kubeconfig\n%1\nhas these programs run on this machine, as you:\n\n%2\n\n"
         "Allow them only when you know who wrote that file.")
                                 .arg(display_text::withoutLineEnds(files), lines.join(QLatin1Char('\n')));
-    showConfirmation(view, QCoreApplication::translate("LoginCommands", "Run Programs to Log In?"), message,
-        QCoreApplication::translate("LoginCommands", "Allow"), QStringLiteral("Cancel"), nullptr,
+    showConfirmation(view,
+        {.title = QCoreApplication::translate("LoginCommands", "Run Programs to Log In?"),
+            .message = message,
+            .yes = QCoreApplication::translate("LoginCommands", "Allow")},
         [files, commands, isOpen, allowed = std::move(allowed)](bool isAllowed) {
             *isOpen = false;
             if (isAllowed) {

@@ -20,7 +20,7 @@ namespace login_commands {
 QList<QStringList> unseen(const KubeConfigContents &contents, const QString &configPath);
 
 /// The question that one window asks about them.
-class Question
+class LoginQuestion
 {
 public:
     /// Asks over the window of `view`, unless the question is open already, and remembers what is allowed;

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/window/WindowCommands.h"
 
-#include "app/toolbar/ClusterToolBar.h"
-#include "app/window/ClusterWindowFrame.h"
 #include "app/content/CopyFileDialog.h"
+#include "app/content/PrimaryContentController.h"
 #include "app/state/KubeSplitViewController.h"
 #include "app/state/LiveUpdates.h"
-#include "app/window/MainWindowController.h"
-#include "app/content/PrimaryContentController.h"
+#include "app/toolbar/ClusterToolBar.h"
 #include "app/toolbar/SearchableComboBox.h"
+#include "app/window/ClusterWindowFrame.h"
+#include "app/window/MainWindowController.h"
 #include "platform/text/DisplayText.h"
 #include "pods/console/ConsoleViewController.h"
 #include "pods/table/ContainerCopy.h"
 #include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/table/CronJobController.h"
-#include "resources/widgets/NamedImages.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
+#include "resources/widgets/NamedImages.h"
 #include "resources/widgets/Windows.h"
 
 #include <QAction>
@@ -86,10 +86,12 @@ void copyFileDialog(PodController &pods)
     CopyFileDialog::open(pods.window(), &pods, target,
         [&pods, container = pairs.front(), target, place](
             const QStringList &paths, const QString &destination) {
-            confirmWhereProtected(&pods, place.key(), QObject::tr("Confirm Copy"),
-                QObject::tr("Are you sure you want to copy to %1:\n    ").arg(destination)
-                    + paths.join(QLatin1String(",\n    ")),
-                QObject::tr("Copy"), confirmationDetails(target),
+            confirmWhereProtected(&pods, place.key(),
+                {.title = QObject::tr("Confirm Copy"),
+                    .message = QObject::tr("Are you sure you want to copy to %1:\n    ").arg(destination)
+                        + paths.join(QLatin1String(",\n    ")),
+                    .yes = QObject::tr("Copy"),
+                    .accessory = confirmationDetails(target)},
                 [table = QPointer(&pods), container, paths, destination, place](bool confirmed) {
                     if (table && confirmed) {
                         copyFiles(*table, container, paths, destination, place);

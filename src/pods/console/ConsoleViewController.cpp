@@ -3,16 +3,16 @@
 
 #include "core/CommandGate.h"
 #include "core/KubectlArguments.h"
+#include "core/WindowState.h"
 #include "platform/text/DisplayText.h"
-#include "platform/text/TerminalText.h"
 #include "platform/text/LinkDetection.h"
+#include "platform/text/TerminalText.h"
 #include "platform/threads/MainQueue.h"
 #include "pods/console/CommandEntryBar.h"
 #include "pods/console/ConsoleStyle.h"
 #include "pods/console/ConsoleText.h"
 #include "pods/console/ConsoleTextView.h"
 #include "resources/changes/ChangeQuestion.h"
-#include "core/WindowState.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -270,12 +270,14 @@ void ConsoleViewController::runTypedCommand()
         proceed(id, words, place);
         return;
     }
-    confirmWhereProtected(m_view, verdict.context, tr("Confirm Command"),
-        tr("This command may change the context %1. Are you sure you want to run it?")
-            .arg(verdict.context.name),
-        tr("Run"),
-        confirmationDetails(
-            display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + typedFor(place)),
+    const QString details
+        = display_text::shortened(line, longestQuestion) + QLatin1String("\n\n") + typedFor(place);
+    confirmWhereProtected(m_view, verdict.context,
+        {.title = tr("Confirm Command"),
+            .message = tr("This command may change the context %1. Are you sure you want to run it?")
+                           .arg(verdict.context.name),
+            .yes = tr("Run"),
+            .accessory = confirmationDetails(details)},
         [self = QPointer(m_self), id, words, place](bool confirmed) {
             if (self && self->find(id)) {
                 confirmed ? self->proceed(id, words, place)

@@ -81,8 +81,11 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
         : QStringLiteral("Are you sure you want to delete %1 %2s?").arg(names.size()).arg(noun);
     const ChangePlace place(window);
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("delete"), kind.resourceName};
-    confirmChange(&view, place, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
-        detailsOf(names, place, kind),
+    confirmChange(&view, place,
+        {.title = QStringLiteral("Confirm Deletion"),
+            .message = message,
+            .yes = QStringLiteral("Delete"),
+            .accessory = detailsOf(names, place, kind)},
         [place, lines = commandsFor(command, names), finished = std::move(finished)](bool confirmed) {
             if (confirmed) {
                 runChange(place, ChangeCommands{lines, wereOnlyGone}, nothingDeleted, finished);

@@ -49,9 +49,13 @@ void CronJobController::runCronJobNow()
         contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
         QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
     const ChangePlace place(window);
-    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Run"),
-        QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(names.first()),
-        QStringLiteral("Run Now"), confirmationDetails(place.text(kind())), [place, command](bool confirmed) {
+    confirmWhereProtected(this, place.key(),
+        {.title = QStringLiteral("Confirm Run"),
+            .message
+            = QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(names.first()),
+            .yes = QStringLiteral("Run Now"),
+            .accessory = confirmationDetails(place.text(kind()))},
+        [place, command](bool confirmed) {
             if (confirmed) {
                 runChange(place, command, nothingRun);
             }

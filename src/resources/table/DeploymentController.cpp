@@ -110,10 +110,12 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
     }
     setCounts(index, previous, desired);
     const ChangePlace place(kubeSplitViewController());
-    confirmChange(this, place, QStringLiteral("Confirm Scale"),
-        QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
-            .arg(name, QString::number(previous), QString::number(desired)),
-        QStringLiteral("Scale Deployment"), confirmationDetails(place.text(kind())),
+    confirmChange(this, place,
+        {.title = QStringLiteral("Confirm Scale"),
+            .message = QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
+                           .arg(name, QString::number(previous), QString::number(desired)),
+            .yes = QStringLiteral("Scale Deployment"),
+            .accessory = confirmationDetails(place.text(kind()))},
         [this, self = QPointer(this), cell = QPointer(&cell), index, place, name, desired](bool confirmed) {
             if (!self) {
                 return;

@@ -5,11 +5,11 @@
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
+#include "resources/changes/RowDeletion.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/loading/TableStatus.h"
 #include "resources/preview/PreviewPanel.h"
 #include "resources/table/ResourceTableView.h"
-#include "resources/changes/RowDeletion.h"
 #include "resources/table/TablePreviews.h"
 #include "resources/table/TableStatusBar.h"
 
@@ -265,10 +265,12 @@ void SharedContentViewController::editConfiguration()
         m_window.currentNamespace(), kind().resourceName, names.first(), QStringLiteral("-o"),
         QStringLiteral("yaml")};
     const ChangePlace place(m_window);
-    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Edit"),
-        QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
-            .arg(kind().humanReadableResourceName, names.first()),
-        QStringLiteral("Edit"), confirmationDetails(place.text(kind())),
+    confirmWhereProtected(this, place.key(),
+        {.title = QStringLiteral("Confirm Edit"),
+            .message = QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
+                           .arg(kind().humanReadableResourceName, names.first()),
+            .yes = QStringLiteral("Edit"),
+            .accessory = confirmationDetails(place.text(kind()))},
         [self = QPointer(this), place, arguments](bool confirmed) {
             if (self && confirmed) {
                 self->edit(place, arguments);

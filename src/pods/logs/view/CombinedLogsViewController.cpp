@@ -5,10 +5,10 @@
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
-#include "pods/logs/view/ColorIndexView.h"
 #include "pods/console/ConsoleStyle.h"
-#include "resources/preview/PreviewFiles.h"
+#include "pods/logs/view/ColorIndexView.h"
 #include "resources/changes/Confirmation.h"
+#include "resources/preview/PreviewFiles.h"
 #include "resources/widgets/ContextBand.h"
 #include "resources/widgets/NamedImages.h"
 
@@ -130,12 +130,15 @@ void CombinedLogsViewController::askForStreams()
 {
     constexpr qint64 megabytesOfOne = 40; // of a kubectl that follows a log
     const QString count = QLocale().toString(containers.size());
-    showConfirmation(this, tr("Follow %1 Logs").arg(count),
-        tr("Each is followed by a kubectl of its own. Together they will take about %1 of memory.")
-            .arg(QLocale().formattedDataSize(
-                static_cast<qint64>(containers.size()) * megabytesOfOne * 1'000'000, 1,
-                QLocale::DataSizeSIFormat)),
-        tr("Follow %1 Logs").arg(count), tr("Cancel"), nullptr,
+    const QString memory = QLocale().formattedDataSize(
+        static_cast<qint64>(containers.size()) * megabytesOfOne * 1'000'000, 1, QLocale::DataSizeSIFormat);
+    const QString title = tr("Follow %1 Logs").arg(count);
+    showConfirmation(this,
+        {.title = title,
+            .message
+            = tr("Each is followed by a kubectl of its own. Together they will take about %1 of memory.")
+                  .arg(memory),
+            .yes = title},
         [self = QPointer<CombinedLogsViewController>(this)](bool agreed) {
             if (self) {
                 agreed ? self->startStreams() : (void)self->window()->close();
