@@ -151,23 +151,13 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
         [self = shared_from_this(), environment, place = *place](const QString &obstacle) {
             const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
             const QString reason = obstacle.isEmpty() ? self->readOnlyObstacle(place.key()) : obstacle;
-            if (!place.window) {
-                refuseUnseenChange(place, notRun, reason);
-                return;
-            }
-            if (!reason.isEmpty()) {
-                refuseChange(*place.window, notRun, reason);
-                return;
-            }
-            if (!place.isStillShown()) {
-                refuseMovedChange(*place.window, notRun);
+            if (!allowsStart(place, notRun, reason)) {
                 return;
             }
             const bool inTerminal = self->config().open_in_terminal.value_or(false);
             const KubeConfigCopy copy = place.window->kubeCtl().makeCopy(
                 inTerminal ? KubeConfigView::Lifetime::OnItsOwn : KubeConfigView::Lifetime::WithHolder);
-            if (!copy.problem.isEmpty()) {
-                refuseChange(*place.window, notRun, copy.problem);
+            if (!allows(*place.window, notRun, copy.problem)) {
                 return;
             }
             ActionRun run{environment, place.window->console(), copy.view,

@@ -90,13 +90,9 @@ void ActionDispatcher::beginChecks()
 
 void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &item) const
 {
-    if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
-        // What the tables show is not where the window is going.
-        refuseChange(m_window, notRun(*item), hint);
-        return;
-    }
-    if (const QString reason = item->readOnlyObstacle(shownContext(m_window)); !reason.isEmpty()) {
-        refuseChange(m_window, notRun(*item), reason);
+    // While there is a hint, what the tables show is not where the window is going.
+    if (!allows(m_window, notRun(*item), m_window.loadingHint())
+        || !allows(m_window, notRun(*item), item->readOnlyObstacle(shownContext(m_window)))) {
         return;
     }
     auto environment = target(*item);
@@ -104,8 +100,7 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
         return;
     }
     const QStringList places{m_window.currentContext(), m_window.currentNamespace()};
-    if (const QString reason = nameObstacle(environment->values() + places); !reason.isEmpty()) {
-        refuseChange(m_window, notRun(*item), reason);
+    if (!allows(m_window, notRun(*item), nameObstacle(environment->values() + places))) {
         return;
     }
     environment->insert(QStringLiteral("CONTEXT"), m_window.currentContext());

@@ -40,27 +40,18 @@ void ExternalEdits::start(const QStringList &arguments, std::function<void()> fi
 {
     m_window.whenSettled([this, arguments, finished = std::move(finished), place = ChangePlace(m_window)](
                              const QString &reason) {
-        if (!place.window) {
-            refuseUnseenChange(place, nothingEdited, reason);
-            return;
-        }
-        if (!reason.isEmpty()) {
-            refuseChange(m_window, nothingEdited, reason);
-        } else if (!place.isStillShown()) {
-            refuseMovedChange(m_window, nothingEdited);
-        } else {
+        if (allowsStart(place, nothingEdited, reason)) {
             startNow(arguments, finished);
-            return;
+        } else if (place.window) {
+            finished();
         }
-        finished();
     });
 }
 
 void ExternalEdits::startNow(const QStringList &arguments, std::function<void()> finished)
 {
     const KubeConfigCopy copy = m_window.kubeCtl().makeCopy();
-    if (!copy.problem.isEmpty()) {
-        refuseChange(m_window, nothingEdited, copy.problem);
+    if (!allows(m_window, nothingEdited, copy.problem)) {
         finished();
         return;
     }

@@ -70,8 +70,8 @@ void copyFiles(PodController &pods, const ContainerPair &container, const QStrin
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
-    if (const QString reason = changeObstacle(pods.kubeSplitViewController()); !reason.isEmpty()) {
-        refuseChange(pods.kubeSplitViewController(), nothingCopied, reason);
+    WindowState &window = pods.kubeSplitViewController();
+    if (!allows(window, nothingCopied, changeObstacle(window))) {
         return;
     }
     const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
@@ -79,7 +79,7 @@ void copyFileDialog(PodController &pods)
         return;
     }
     pods.takeSelectedContainerPairs();
-    const ChangePlace place(pods.kubeSplitViewController());
+    const ChangePlace place(window);
     const QString target
         = QObject::tr("Container: %1\nPod: %2").arg(pairs.front().second, pairs.front().first)
         + QLatin1Char('\n') + place.text();

@@ -103,13 +103,8 @@ QStringList withoutColons(const QStringList &paths, WindowState &window)
 
 bool canCopyInto(const SharedContentViewController &table, const ContainerPair &container)
 {
-    WindowState &window = table.kubeSplitViewController();
-    const QString reason
-        = whyNotByName(table.kind(), {container.first, container.second}, window.currentNamespace());
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingCopied, reason);
-    }
-    return reason.isEmpty();
+    return allowsNames(
+        table.kubeSplitViewController(), table.kind(), {container.first, container.second}, nothingCopied);
 }
 
 void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,

@@ -1,19 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/ChangeQuestion.h"
 
-#include "core/CommandGate.h"
-
 namespace tidewright {
-
-QString changeObstacle(const WindowState &window)
-{
-    return readOnlyReason(shownContext(window));
-}
-
-ContextKey shownContext(const WindowState &window)
-{
-    return {window.kubeConfigPath(), window.currentContext()};
-}
 
 QString toBeTypedIn(const ContextKey &context)
 {

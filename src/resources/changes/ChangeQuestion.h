@@ -9,11 +9,6 @@ namespace tidewright {
 // The questions before something that may change a cluster. In a protected context the first button can be
 // chosen only after the context's name was typed. Main thread.
 
-ContextKey shownContext(const WindowState &window);
-
-/// Why nothing may be changed in the window's context: a sentence; empty when changes are allowed.
-QString changeObstacle(const WindowState &window);
-
 /// What has to be typed before a change in a context: its name where it is protected, else nothing.
 QString toBeTypedIn(const ContextKey &context);
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/CreateFromFiles.h"
 
+#include "core/WindowState.h"
 #include "platform/text/DisplayText.h"
 #include "resources/changes/ChangeQuestion.h"
-#include "core/WindowState.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -42,10 +42,7 @@ bool canCreateIn(WindowState &window)
             "whose "
             "files name none.");
     }
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingCreated(), reason);
-    }
-    return reason.isEmpty();
+    return allows(window, nothingCreated(), reason);
 }
 
 void createFromFiles(WindowState &window, const QStringList &paths, std::function<void()> finished)

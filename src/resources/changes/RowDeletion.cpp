@@ -64,15 +64,7 @@ bool wereOnlyGone(const ShellResult &result)
 void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &kind, const QStringList &names,
     std::function<void()> finished)
 {
-    if (names.isEmpty()) {
-        return;
-    }
-    QString reason = changeObstacle(window);
-    if (reason.isEmpty()) {
-        reason = whyNotByName(kind, names, window.currentNamespace());
-    }
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingDeleted, reason);
+    if (names.isEmpty() || !allowsChange(window, kind, names, nothingDeleted)) {
         return;
     }
     const QString &noun = kind.humanReadableResourceName;

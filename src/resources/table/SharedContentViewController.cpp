@@ -322,20 +322,12 @@ void SharedContentViewController::showQuickLookPanel()
 
 bool SharedContentViewController::canName(const QStringList &names, const QString &notDone) const
 {
-    const QString reason = whyNotByName(kind(), names, m_window.currentNamespace());
-    if (!reason.isEmpty()) {
-        refuseChange(m_window, notDone, reason);
-    }
-    return reason.isEmpty();
+    return allowsNames(m_window, kind(), names, notDone);
 }
 
 bool SharedContentViewController::canChange(const QStringList &names, const QString &notDone) const
 {
-    if (const QString reason = changeObstacle(m_window); !reason.isEmpty()) {
-        refuseChange(m_window, notDone, reason);
-        return false;
-    }
-    return canName(names, notDone);
+    return allowsChange(m_window, kind(), names, notDone);
 }
 
 QString SharedContentViewController::noLogs()
