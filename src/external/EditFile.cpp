@@ -2,8 +2,8 @@
 #include "external/EditFile.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/ChildEnvironment.h"
 #include "core/CommandLine.h"
-#include "core/ProgramFolders.h"
 #include "external/CapturedOutput.h"
 #include "external/InstalledApplications.h"
 #include "platform/desktop/Bundle.h"
@@ -72,21 +72,17 @@ DispatchQueue &editFileQueue()
 EditFile::EditFile()
     : pipe(makeCapture())
     , errorPipe(makeCapture())
-    , environment(currentEnvironment())
+    , environment(child_environment::withFixedPath())
 {
-    program_folders::setPath(environment);
 }
 
 EditFile::EditFile(QWidget *shownIn, const QString &kubeConfigPath)
     : pipe(makeCapture())
     , errorPipe(makeCapture())
-    , environment(currentEnvironment())
+    , environment(child_environment::withOwnPath())
     , view(shownIn)
 {
-    program_folders::appendTo(environment);
-    if (!kubeConfigPath.isEmpty()) {
-        environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
-    }
+    child_environment::setKubeConfig(environment, kubeConfigPath);
 }
 
 std::optional<QString> EditFile::editorCommand()

@@ -117,8 +117,8 @@ void copyIntoContainer(SharedContentViewController &table, const ContainerPair &
     const auto copy = std::make_shared<Copy>();
     copy->table = &table;
     copy->console = window.console();
-    copy->arguments = {QStringLiteral("kubectl"), QStringLiteral("cp"),
-        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace())};
+    copy->arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("cp")}
+        + placeArguments(window.currentContext(), window.currentNamespace());
     copy->behind = {container.first + QLatin1Char(':') + destination, QStringLiteral("-c"), container.second};
     copy->paths = withoutColons(paths, window);
     if (copy->paths.isEmpty()) {

@@ -62,9 +62,9 @@ void createFromFiles(WindowState &window, const QStringList &paths, std::functio
         }
         elements.append(asListElement(path));
     }
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("create"),
-        QStringLiteral("--context"), window.currentContext(), QStringLiteral("-n"), window.currentNamespace(),
-        QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
+    const QStringList arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("create")}
+        + separatePlaceArguments(window.currentContext(), window.currentNamespace())
+        + QStringList{QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
     runChange(ChangePlace(window), arguments, nothingCreated(), std::move(finished));
 }
 

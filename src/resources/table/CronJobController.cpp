@@ -45,9 +45,10 @@ void CronJobController::runCronJobNow()
         return;
     }
     WindowState &window = kubeSplitViewController();
-    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
-        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
-        QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
+    const QStringList command
+        = QStringList{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job")}
+        + placeArguments(window.currentContext(), window.currentNamespace())
+        + QStringList{QLatin1String("--from=cronjob/") + names.first(), manualJobName(names.first())};
     const ChangePlace place(window);
     confirmWhereProtected(this, place.key(),
         {.title = QStringLiteral("Confirm Run"),

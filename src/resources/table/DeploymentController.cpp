@@ -138,9 +138,9 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
 void DeploymentController::scale(const QString &name, qint64 desired)
 {
     WindowState &window = kubeSplitViewController();
-    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("scale"),
-        contextArgument(window.currentContext()), namespaceArgument(window.currentNamespace()),
-        QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + name};
+    const QStringList command = QStringList{QStringLiteral("kubectl"), QStringLiteral("scale")}
+        + placeArguments(window.currentContext(), window.currentNamespace())
+        + QStringList{QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + name};
     runChange(ChangePlace(window), command, nothingScaled, [self = QPointer(this)] {
         if (self) {
             self->reloadSoon();

@@ -3,7 +3,6 @@
 
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
-#include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/RowDeletion.h"
 #include "resources/listing/LoadProblem.h"
@@ -285,7 +284,9 @@ void SharedContentViewController::edit(const ChangePlace &place, const QStringLi
         return;
     }
     m_window.startExternalEdit(arguments, [self = QPointer(this)] {
-        postToMain(self, [](SharedContentViewController &table) { table.reloadSoon(); });
+        if (self) {
+            self->reloadSoon();
+        }
     });
 }
 

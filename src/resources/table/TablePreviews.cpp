@@ -60,8 +60,9 @@ bool TablePreviews::isCurrent(const Request &request) const
 
 void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
 {
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
-        request.nameSpace, m_kind.resourceName, request.name, QStringLiteral("-o"), QStringLiteral("yaml")};
+    const QStringList arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("get")}
+        + separateNamespaceArguments(request.nameSpace)
+        + QStringList{m_kind.resourceName, request.name, QStringLiteral("-o"), QStringLiteral("yaml")};
     const QString path = PreviewFiles::pathFor(request.nameSpace, request.name);
     endFetch();
     m_shell = m_window.kubeCtl().makeShell();

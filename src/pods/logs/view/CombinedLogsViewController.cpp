@@ -2,6 +2,7 @@
 #include "pods/logs/view/CombinedLogsViewController.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/ChildEnvironment.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
@@ -13,7 +14,6 @@
 #include "resources/widgets/NamedImages.h"
 
 #include <QDir>
-#include <QFile>
 #include <QLocale>
 #include <QScrollBar>
 #include <QTableWidget>
@@ -166,13 +166,11 @@ void CombinedLogsViewController::startStream(int index, const QStringList &more)
 {
     const auto &[pod, container] = containers[static_cast<std::size_t>(index)];
     const std::shared_ptr<Shell> shell = Shell::create();
-    if (!kubeConfigPath.isEmpty()) {
-        shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
-    }
+    child_environment::setKubeConfig(shell->environment, kubeConfigPath);
     m_shells.push_back(shell);
     follow(index, *shell,
-        {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
-            QLatin1String("--context=") + context, QLatin1String("-n") + nameSpace, pod, container},
+        QStringList{kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50")}
+            + placeArguments(context, nameSpace) + QStringList{pod, container},
         more);
 }
 
