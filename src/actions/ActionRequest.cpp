@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "actions/ActionRequest.h"
 
-#include "platform/text/DisplayText.h"
 #include "platform/desktop/Notifications.h"
+#include "platform/text/DisplayText.h"
 #include "resources/changes/ClusterChange.h"
 #include "resources/changes/Confirmation.h"
 
@@ -53,10 +53,14 @@ void ask(const ActionRequest &request, QWidget *accessory, std::function<void(bo
     const QString whole = text(request, "title", QStringLiteral("Alert!"));
     const QString title = shortened(whole, longestTitle, mostTitleLines);
     const QString message = text(request, "dialog_text");
-    showConfirmation(nullptr, title,
-        fitMessage(title == whole ? message : QString(whole + QLatin1String("\n\n") + message)),
-        shortened(text(request, "ok_button_text", QStringLiteral("OK")), longestButton, 1),
-        shortened(text(request, "cancel_button_text"), longestButton, 1), accessory, std::move(answered));
+    showConfirmation(nullptr,
+        {.title = title,
+            .message
+            = fitMessage(title == whole ? message : QString(whole + QLatin1String("\n\n") + message)),
+            .yes = shortened(text(request, "ok_button_text", QStringLiteral("OK")), longestButton, 1),
+            .no = shortened(text(request, "cancel_button_text"), longestButton, 1),
+            .accessory = accessory},
+        std::move(answered));
 }
 
 /// A form of many rows scrolls, so that the buttons stay on the screen.

@@ -10,7 +10,6 @@
 #include "platform/settings/UserDefaults.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
-#include "resources/changes/Confirmation.h"
 #include "resources/widgets/NamedImages.h"
 
 namespace tidewright {
@@ -43,8 +42,12 @@ void tellMissing(const QStringList &names)
                          "set \"%1\" in Preferences: Advanced and try again.")
               .arg(names.join(QLatin1String(", ")));
     mainQueue().post([message] {
-        showConfirmation(nullptr, QStringLiteral("Required Environment Variables Missing"), message,
-            QStringLiteral("OK"), QString(), nullptr, [](bool) {});
+        showConfirmation(nullptr,
+            {.title = QStringLiteral("Required Environment Variables Missing"),
+                .message = message,
+                .yes = QStringLiteral("OK"),
+                .no = QString()},
+            [](bool) {});
     });
 }
 
@@ -125,16 +128,17 @@ void CustomActionItem::performAction(
         return;
     }
     const QString question = QStringLiteral("Are you sure you want to run the action \"%1\"?").arg(m_title);
-    showConfirmation(
-        nullptr, QStringLiteral("Confirm Action"), m_config.show_warning_text.value_or(question),
-        QStringLiteral("OK"), QStringLiteral("Cancel"),
-        place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
+    showConfirmation(nullptr,
+        {.title = QStringLiteral("Confirm Action"),
+            .message = m_config.show_warning_text.value_or(question),
+            .yes = QStringLiteral("OK"),
+            .accessory = place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
+            .toBeTyped = toBeTyped},
         [self = shared_from_this(), environment, place](bool confirmed) {
             if (confirmed) {
                 self->runIn(environment, place);
             }
-        },
-        toBeTyped);
+        });
 }
 
 /// The script acts where the window is, whatever other programs or it itself do to kubeconfigs meanwhile.
@@ -151,16 +155,7 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
         [self = shared_from_this(), environment, place = *place](const QString &obstacle) {
             const QString notRun = QStringLiteral("\"%1\" was not run").arg(self->title());
             const QString reason = obstacle.isEmpty() ? self->readOnlyObstacle(place.key()) : obstacle;
-            if (!place.window) {
-                refuseUnseenChange(place, notRun, reason);
-                return;
-            }
-            if (!reason.isEmpty()) {
-                refuseChange(*place.window, notRun, reason);
-                return;
-            }
-            if (!place.isStillShown()) {
-                refuseMovedChange(*place.window, notRun);
+            if (!allowsStart(place, notRun, reason)) {
                 return;
             }
             const bool inTerminal = self->config().open_in_terminal.value_or(false);
@@ -168,8 +163,7 @@ void CustomActionItem::runIn(const ActionEnvironment &environment, const std::op
             const KubeConfigCopy copy = place.window->kubeCtl().makeCopy(
                 inTerminal ? KubeConfigView::Lifetime::OnItsOwn : KubeConfigView::Lifetime::WithHolder,
                 nameSpace == allNamespaces ? QString() : nameSpace);
-            if (!copy.problem.isEmpty()) {
-                refuseChange(*place.window, notRun, copy.problem);
+            if (!allows(*place.window, notRun, copy.problem)) {
                 return;
             }
             ActionRun run{environment, place.window->console(), copy.view,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ContextPolicy.h"
 
-#include "core/KubeCtl.h"
+#include "core/KubeConfigFiles.h"
 #include "platform/settings/UserDefaults.h"
 
 #include <QJsonObject>

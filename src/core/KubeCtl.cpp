@@ -2,10 +2,8 @@
 #include "core/KubeCtl.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/ChildEnvironment.h"
 #include "platform/threads/MainQueue.h"
-
-#include <QDir>
-#include <QFile>
 
 #include <thread>
 
@@ -46,73 +44,6 @@ QString noView(const QString &problem)
 
 } // namespace
 
-QStringList useContextArguments(const QString &context)
-{
-    return {QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("use-context"), context};
-}
-
-QStringList setNamespaceArguments(const QString &nameSpace)
-{
-    return {QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("set-context"),
-        QStringLiteral("--current"), QLatin1String("--namespace=") + nameSpace};
-}
-
-QString namespaceArgument(const QString &currentNamespace)
-{
-    return currentNamespace == allNamespaces ? QStringLiteral("--all-namespaces")
-                                             : QLatin1String("-n") + currentNamespace;
-}
-
-QString contextArgument(const QString &context)
-{
-    return QLatin1String("--context=") + context;
-}
-
-QString kubeConfigFiles(const QString &configPath)
-{
-    const QString list = configPath.isEmpty() ? qEnvironmentVariable("KUBECONFIG") : configPath;
-    QStringList files = list.split(QLatin1Char(':'), Qt::SkipEmptyParts);
-    if (files.isEmpty()) {
-        files = {usualKubeConfig()};
-    }
-    for (QString &file : files) {
-        file = QDir::current().absoluteFilePath(file);
-        if (!file.contains(QLatin1String(".."))) { // what ".." leads to depends on links
-            file = QDir::cleanPath(file);
-        }
-    }
-    return files.join(QLatin1Char(':'));
-}
-
-QString usualKubeConfig()
-{
-    return QDir::homePath() + QLatin1String("/.kube/config");
-}
-
-QStringList readKubeConfigArguments()
-{
-    return {QStringLiteral("kubectl"), QStringLiteral("config"), QStringLiteral("view"),
-        QStringLiteral("-ojson")};
-}
-
-std::optional<KubeConfigContents> readKubeConfig(Shell &shell, QString &failure)
-{
-    const auto parsed = [](const ShellResult &result) {
-        return result.exitStatus == 0 ? KubeConfigContents::parse(result.output) : std::nullopt;
-    };
-    ShellResult result = shell.run(readKubeConfigArguments(), false);
-    auto contents = parsed(result);
-    if (contents && contents->contexts.isEmpty()) {
-        result = shell.run(readKubeConfigArguments(), false); // kubectl empties a file before it writes it
-        contents = parsed(result);
-    }
-    failure = contents ? QString() : result.failure();
-    if (!contents && failure.isEmpty()) {
-        failure = QStringLiteral("What kubectl printed is not a kubeconfig.");
-    }
-    return contents;
-}
-
 KubeCtl::KubeCtl()
     : m_place(std::make_shared<Place>())
 {
@@ -130,9 +61,7 @@ void KubeCtl::adopt(const KubeConfigContents &contents, const QString &context)
 std::shared_ptr<Shell> KubeCtl::makePlainShell() const
 {
     auto shell = Shell::create();
-    if (!configPath.isEmpty()) {
-        shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(configPath));
-    }
+    child_environment::setKubeConfig(shell->environment, configPath);
     return shell;
 }
 
@@ -161,7 +90,7 @@ std::shared_ptr<Shell> KubeCtl::shellFor(const KubeConfigCopy &copy) const
         shell->gate = [problem = copy.problem](const QStringList &) { return problem; };
         return shell;
     }
-    shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(copy.kubeConfig));
+    child_environment::setKubeConfig(shell->environment, copy.kubeConfig);
     shell->needed = copy.view;
     shell->gate
         = [place = startingPlace()](const QStringList &arguments) { return gateReason(arguments, place); };
@@ -350,7 +279,7 @@ QString KubeCtl::Change::perform()
 
 void KubeCtl::Change::runOn(const QString &kubeConfig) const
 {
-    shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfig));
+    child_environment::setKubeConfig(shell->environment, kubeConfig);
 }
 
 bool KubeCtl::Change::take() const

@@ -2,33 +2,13 @@
 #pragma once
 
 #include "core/CommandGate.h"
+#include "core/KubeConfigFiles.h"
+#include "core/KubeConfigReading.h"
 #include "core/KubeConfigView.h"
+#include "core/PlaceArguments.h"
 #include "core/Shell.h"
 
 namespace tidewright {
-
-/// The pseudo-namespace of a window that shows every namespace. It never reaches a kubeconfig.
-inline const QString allNamespaces = QStringLiteral("All Namespaces");
-
-/// "--all-namespaces" for the pseudo-namespace, else "-n" immediately followed by the name, as one argument.
-QString namespaceArgument(const QString &currentNamespace);
-/// "--context=" immediately followed by the name, as one argument.
-QString contextArgument(const QString &context);
-
-/// The files that `configPath` stands for, absolute, those of KUBECONFIG or kubectl's own when it is empty: a
-/// value for KUBECONFIG. Equal for the same files, but for links.
-QString kubeConfigFiles(const QString &configPath);
-/// kubectl's own: ~/.kube/config.
-QString usualKubeConfig();
-
-/// The argument lists that read the kubeconfig, as KubeConfigContents, and change what is current in it.
-QStringList readKubeConfigArguments();
-/// Reads what the kubeconfigs in the shell's environment hold, twice when there is no context in them: they
-/// may be being written. Nothing when that failed, and `failure` says why then. Blocks: never on the main
-/// thread.
-std::optional<KubeConfigContents> readKubeConfig(Shell &shell, QString &failure);
-QStringList useContextArguments(const QString &context);
-QStringList setNamespaceArguments(const QString &nameSpace);
 
 /// What a program gets that is not kubectl: a view of its own in front of the kubeconfig, to be held until it
 /// has read it for the last time.

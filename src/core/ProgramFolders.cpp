@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ProgramFolders.h"
 
+#include "platform/process/Environment.h"
 #include "platform/settings/UserDefaults.h"
 
 #include <QDir>
-#include <QFile>
 
 namespace tidewright::program_folders {
 
 namespace {
 
 const auto settingKey = QStringLiteral("helperProgramFolders"); // a list as in PATH
-const auto pathName = QByteArrayLiteral("PATH");
 
 } // namespace
 
@@ -39,22 +38,6 @@ QString inPath(const QString &folder)
 {
     const QString path = withTildeExpanded(folder);
     return QDir::isAbsolutePath(path) ? QDir::cleanPath(path) : QString();
-}
-
-void setPath(Environment &environment)
-{
-    environment.insert(pathName, QByteArrayLiteral("/bin:/usr/bin/:/usr/local/bin"));
-    appendTo(environment);
-}
-
-void appendTo(Environment &environment)
-{
-    for (const QString &folder : added()) {
-        if (const QString path = inPath(folder); !path.isEmpty()) {
-            QByteArray &list = environment[pathName];
-            list += (list.isEmpty() ? QByteArray() : QByteArrayLiteral(":")) + QFile::encodeName(path);
-        }
-    }
 }
 
 } // namespace tidewright::program_folders

@@ -2,15 +2,14 @@
 #include "core/Shell.h"
 
 #include "core/ApplicationRecord.h"
-#include "core/ProgramFolders.h"
+#include "core/ChildEnvironment.h"
 #include "core/StreamingRun.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/text/DisplayText.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/process/PipeReader.h"
+#include "platform/text/DisplayText.h"
 #include "platform/text/Utf8.h"
+#include "platform/threads/MainQueue.h"
 
-#include <QFile>
 #include <QThread>
 
 #include <cstring>
@@ -108,9 +107,8 @@ std::shared_ptr<Shell> Shell::create()
 }
 
 Shell::Shell()
-    : environment(currentEnvironment())
+    : environment(child_environment::withFixedPath())
 {
-    program_folders::setPath(environment);
 }
 
 Shell::~Shell()
@@ -146,8 +144,8 @@ ShellResult Shell::run(const QStringList &arguments, bool logToConsole, QPointer
 
 CommandLine Shell::commandLine(const QStringList &arguments) const
 {
-    const QString kubeConfig = QFile::decodeName(environment.value(QByteArrayLiteral("KUBECONFIG")));
-    return {loggedArguments.value_or(arguments), place.value_or(CommandPlace{kubeConfig})};
+    const QString files = child_environment::kubeConfig(environment);
+    return {loggedArguments.value_or(arguments), place.value_or(CommandPlace{files})};
 }
 
 ShellResult Shell::notStarted(

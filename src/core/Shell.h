@@ -57,7 +57,7 @@ public:
     Shell &operator=(const Shell &) = delete;
 
     /// The complete environment of every child: the application's own at creation with another PATH
-    /// (program_folders).
+    /// (child_environment).
     Environment environment;
     /// Asked before a child is started, on the thread that starts it, with its arguments: why it must not be;
     /// empty when it may. Not there: every child may.

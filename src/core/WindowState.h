@@ -24,7 +24,7 @@ struct ContainerPair
 inline constexpr QLatin1String allContainers("--all-containers");
 
 /// What a table needs to know of the window that shows it, and may ask it to do. Implemented by the cluster
-/// window's content; lives as long as the window. Main thread only.
+/// window's content; lives as long as the window. Main thread only, on which also everything is answered.
 class WindowState : public QObject
 {
     Q_OBJECT
@@ -58,9 +58,8 @@ public:
     /// Ends that waiting.
     virtual void stopWaiting() { }
 
-    /// Opens an object in the user's editor. The arguments are
-    /// those of kubectl; it is run once the window is settled. `finished` is called once,
-    /// whatever the outcome, on any thread, unless the window goes first.
+    /// Opens an object in the user's editor. The arguments are those of kubectl; it is run once the window is
+    /// settled. `finished` is called once, whatever the outcome, unless the window goes first.
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
 
     /// Follows the logs of these containers in a window of its own, one more for each call.

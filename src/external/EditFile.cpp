@@ -2,15 +2,15 @@
 #include "external/EditFile.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/ChildEnvironment.h"
 #include "core/CommandLine.h"
-#include "core/ProgramFolders.h"
 #include "external/CapturedOutput.h"
 #include "external/InstalledApplications.h"
 #include "platform/desktop/Bundle.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/text/Utf8.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/changes/Confirmation.h"
 
 #include <QDir>
@@ -72,21 +72,17 @@ DispatchQueue &editFileQueue()
 EditFile::EditFile()
     : pipe(makeCapture())
     , errorPipe(makeCapture())
-    , environment(currentEnvironment())
+    , environment(child_environment::withFixedPath())
 {
-    program_folders::setPath(environment);
 }
 
 EditFile::EditFile(QWidget *shownIn, const QString &kubeConfigPath)
     : pipe(makeCapture())
     , errorPipe(makeCapture())
-    , environment(currentEnvironment())
+    , environment(child_environment::withOwnPath())
     , view(shownIn)
 {
-    program_folders::appendTo(environment);
-    if (!kubeConfigPath.isEmpty()) {
-        environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
-    }
+    child_environment::setKubeConfig(environment, kubeConfigPath);
 }
 
 std::optional<QString> EditFile::editorCommand()
@@ -125,9 +121,11 @@ void EditFile::askForEditor()
     if (!view) {
         return;
     }
-    showConfirmation(view, QStringLiteral("Editor not set"),
-        QStringLiteral("To edit files, you must first select an editor in Tidewright: Preferences"),
-        QStringLiteral("Open Preferences"), QStringLiteral("Cancel"), nullptr,
+    showConfirmation(view,
+        {.title = QStringLiteral("Editor not set"),
+            .message
+            = QStringLiteral("To edit files, you must first select an editor in Tidewright: Preferences"),
+            .yes = QStringLiteral("Open Preferences")},
         [self = shared_from_this()](bool first) {
             if (first) {
                 writeDiagnostic(QStringLiteral("open"));

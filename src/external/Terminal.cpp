@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "external/Terminal.h"
 
+#include "core/ChildEnvironment.h"
 #include "core/Console.h"
-#include "core/ProgramFolders.h"
 #include "external/CapturedOutput.h"
 #include "external/DesktopApplications.h"
 #include "external/TerminalQuoting.h"
-#include "platform/process/ChildProcess.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/threads/MainQueue.h"
+#include "platform/process/ChildProcess.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -143,9 +143,7 @@ QString openWindow(const QString &shellLine, const QString &shown, const QString
     process.setArguments(QStringList{QStringLiteral("--default-signal=TTIN,TTOU"), QStringLiteral("setsid"),
                              QStringLiteral("--fork"), QStringLiteral("--wait")}
         + opener.words);
-    Environment environment = currentEnvironment();
-    program_folders::appendTo(environment);
-    process.setEnvironment(environment);
+    process.setEnvironment(child_environment::withOwnPath());
     Pipe output = makeCapture();
     Pipe error = makeCapture();
     if (const auto failure = process.start(output, error)) {

@@ -3,14 +3,14 @@
 
 #include "actions/ActionFolders.h"
 #include "core/ApplicationRecord.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/changes/Confirmation.h"
+#include "support/OpenQuestion.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -83,46 +83,21 @@ public:
         return tree.nodes.empty() ? nullptr : tree.nodes.front().item;
     }
 
-    /// The open question, or null.
-    QMessageBox *dialog() const
-    {
-        for (auto *box : window.findChildren<QMessageBox *>()) {
-            if (box->isVisible()) {
-                return box;
-            }
-        }
-        return nullptr;
-    }
+    OpenQuestion dialog() const { return OpenQuestion::over(window); }
     /// "title|message|first button,second button" of the open question; empty when there is none.
     QString question() const
     {
-        const QMessageBox *box = dialog();
-        if (!box) {
+        const OpenQuestion open = dialog();
+        if (!open) {
             return {};
         }
-        QString buttons;
-        for (const auto role : {QMessageBox::AcceptRole, QMessageBox::RejectRole}) {
-            for (QAbstractButton *button : box->buttons()) {
-                const bool isOne = button->isVisible() && box->buttonRole(button) == role;
-                buttons += isOne ? u',' + button->text() : QString();
-            }
+        QStringList buttons;
+        for (const QPushButton *button : open.buttons()) {
+            buttons.append(button->text());
         }
-        const auto *longText = box->findChild<QPlainTextEdit *>();
-        const QString message = longText ? longText->toPlainText() : box->informativeText();
-        return box->text() + u'|' + message + u'|' + buttons.mid(1);
+        return open.title() + u'|' + open.message() + u'|' + buttons.join(u',');
     }
-    void press(const QString &button) const
-    {
-        const QMessageBox *box = dialog();
-        QVERIFY(box);
-        for (QAbstractButton *candidate : box->buttons()) {
-            if (candidate->text() == button) {
-                candidate->click();
-                return;
-            }
-        }
-        QFAIL(qPrintable(button + QStringLiteral(" is no button of ") + question()));
-    }
+    void press(const QString &button) const { dialog().press(button); }
 
     /// Whether all runs that were begun have ended.
     bool isIdle() const { return console.states.size() >= 2 && console.scriptsRunning().isEmpty(); }

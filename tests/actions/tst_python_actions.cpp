@@ -209,7 +209,7 @@ class Action(tw.Action):
         QTRY_VERIFY(m_bench->isIdle());
         m_bench->press(u"Go"_s);
         QTRY_COMPARE(m_bench->question(), u"Alert!|Fill|OK,Cancel"_s);
-        const QMessageBox *box = m_bench->dialog();
+        const OpenQuestion box = m_bench->dialog();
         const auto *form = box->findChild<ActionForm *>();
         auto *name = form->findChild<QLineEdit *>();
         const auto *list = form->findChild<QComboBox *>();
@@ -336,13 +336,10 @@ class Action(tidewright_actions.Action):
                 QTRY_COMPARE(item.use_count(), 1L);
                 continue;
             }
-            for (QMessageBox *box : m_bench->window.findChildren<QMessageBox *>()) {
-                if (box->text() == context) {
-                    const auto labels = box->findChildren<QLabel *>();
-                    QVERIFY(std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
-                        return QString(label->text() + u'\n').startsWith(u"Context: %1\n"_s.arg(context));
-                    }));
-                    box->defaultButton()->click();
+            for (const OpenQuestion &box : OpenQuestion::all(m_bench->window)) {
+                if (box.title() == context) {
+                    QVERIFY(box.says(u"Context: %1"_s.arg(context)));
+                    box.press(u"OK"_s);
                 }
             }
             QTRY_COMPARE(m_bench->console.entries, QStringList{step + u"||"_s});
@@ -483,7 +480,7 @@ class Action(tidewright_actions.Action):
                 "import helper\nfrom . import end\nwho = helper.who + end.mark\n");
             m_bench->write(title + u"/__parts__/end.py"_s, "mark = '!'\n");
             items.push_back(run(script, {{u"CONTEXT"_s, title}}, title));
-            QTRY_COMPARE(std::size_t(m_bench->window.findChildren<QMessageBox *>().size()), items.size());
+            QTRY_COMPARE(std::size_t(OpenQuestion::all(m_bench->window).size()), items.size());
             QTRY_COMPARE(items.back().use_count(), 1L); // its folder is no longer on the search path
         }
         for (const auto &title : {u"first"_s, u"second"_s}) {

@@ -11,11 +11,11 @@
 #include "pods/console/ConsoleViewController.h"
 #include "pods/table/PodController.h"
 #include "resources/table/ResourceTableView.h"
+#include "support/OpenQuestion.h"
 #include "support/Patience.h"
 
 #include <QAction>
 #include <QLabel>
-#include <QMessageBox>
 #include <QTest>
 
 /// The application on a fake cluster with three pods and two deployments; `open` gives it a window.
@@ -64,23 +64,14 @@ struct App
         qFatal("no command %s", qPrintable(title));
     }
 
-    QMessageBox *question() const { return frame->findChild<QMessageBox *>(); }
+    tidewright::test::OpenQuestion question() const { return tidewright::test::OpenQuestion::over(*frame); }
     void answer(const QString &title) const
     {
-        for (QAbstractButton *button : question()->buttons()) {
-            if (button->text() == title) {
-                button->click();
-            }
-        }
+        question().press(title);
         QTRY_VERIFY(!question());
     }
     /// Whether the question has a label that begins so, which says what and where.
-    bool asks(const QString &text) const
-    {
-        const auto labels = question()->findChildren<QLabel *>();
-        return std::any_of(labels.begin(), labels.end(),
-            [&](const QLabel *label) { return label->text().startsWith(text); });
-    }
+    bool asks(const QString &text) const { return question().says(text); }
 
     FakeCluster cluster;
     tidewright::AppDelegate delegate;

@@ -343,7 +343,7 @@ private Q_SLOTS:
         app.pods().deleteRows();
         app.item(u"<s>act"_s)->trigger();
         app.content().selectSidebarItem(u"Deployments"_s);
-        QTRY_VERIFY(app.frame->findChild<QMessageBox *>());
+        QTRY_VERIFY(app.question());
         QTRY_VERIFY(app.frame->findChild<ReplicaCell *>());
         int found = 0;
         const auto check = [&found](const QString &tip) {

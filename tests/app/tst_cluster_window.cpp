@@ -463,8 +463,8 @@ private Q_SLOTS:
                 && !app.cluster.calls().contains(u"namespaces"_s) && app.cluster.tableReads().isEmpty();
         };
         QTRY_VERIFY(question());
-        QCOMPARE(question()->informativeText().split(u"\n\n"_s).value(1), u"./run it '<b>x\\ny'\n/old a b"_s);
-        QVERIFY(question()->informativeText().contains(app.cluster.kubeConfig()));
+        QCOMPARE(question().message().split(u"\n\n"_s).value(1), u"./run it '<b>x\\ny'\n/old a b"_s);
+        QVERIFY(question().message().contains(app.cluster.kubeConfig()));
         QVERIFY(isClosed());
         answer(u"Cancel"_s);
         QVERIFY(isClosed());
@@ -492,7 +492,7 @@ private Q_SLOTS:
         QTRY_VERIFY(refused->contains(u"which you have not allowed"_s));
         app.frame->selectTab(1);
         second->state().retryLoading();
-        QTRY_VERIFY(question() && question()->informativeText().contains(u"\n\n./run it all "_s));
+        QTRY_VERIFY(question() && question().message().contains(u"\n\n./run it all "_s));
         QVERIFY(!app.cluster.calls().contains(u"namespaces"_s));
         app.frame->selectTab(0);
 

@@ -100,8 +100,8 @@ private Q_SLOTS:
         drop.drag(urls);
         drop.drop();
         QVERIFY(!drop.view->isHighlighed());
-        QCOMPARE(drop.question()->text(), u"Confirm Create"_s);
-        QCOMPARE(drop.question()->informativeText(),
+        QCOMPARE(drop.question().title(), u"Confirm Create"_s);
+        QCOMPARE(drop.question().message(),
             u"Are you sure you want to add the following: \n    "_s + names.join(u",\n    "_s) + u'?');
         drop.answer(u"Cancel"_s);
         QCOMPARE(drop.created(), QStringList());
@@ -113,7 +113,7 @@ private Q_SLOTS:
         Drop drop;
         drop.drag({u"file:///d/a%0Ab.yaml"_s, u"file:///d/c%0Dd.yaml"_s});
         drop.drop();
-        QVERIFY(drop.question()->informativeText().endsWith(u"a\\nb.yaml,\n    c\\rd.yaml?"_s));
+        QVERIFY(drop.question().message().endsWith(u"a\\nb.yaml,\n    c\\rd.yaml?"_s));
         drop.answer(u"Create"_s);
         QTRY_COMPARE(drop.created(), QStringList{u"\"/d/a b.yaml\",\"/d/c\rd.yaml\""_s});
         drop.drag({u"file:///d/a%0D%0Ab.yaml"_s});
@@ -151,15 +151,14 @@ private Q_SLOTS:
         }
         drop.drag(urls);
         drop.drop();
-        QMessageBox *box = drop.question();
+        const auto box = drop.question();
         QVERIFY(QTest::qWaitForWindowExposed(box));
         const QSize room = box->screen()->availableSize();
         QVERIFY(box->height() < room.height() && box->width() < room.width());
-        for (const QAbstractButton *button : box->buttons()) {
+        for (const QAbstractButton *button : box.buttons()) {
             QVERIFY(box->rect().contains(QRect(button->mapTo(box, QPoint()), button->size())));
         }
-        QCOMPARE(box->findChild<QPlainTextEdit *>()->toPlainText(), box->informativeText());
-        QVERIFY(box->informativeText().endsWith(u",\n    file-300.yaml?"_s) && drop.asks(u"Files: 300\n"_s));
+        QVERIFY(box.message().endsWith(u",\n    file-300.yaml?"_s) && drop.asks(u"Files: 300\n"_s));
         drop.answer(u"Create"_s);
         QCOMPARE(drop.created().value(0), urls.replaceInStrings(u"file://"_s, QString()).join(u','));
     }

@@ -9,12 +9,12 @@
 #include "demo/DemoProcess.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
+#include "support/OpenQuestion.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QMessageBox>
 #include <QTest>
 
 using namespace tidewright;
@@ -186,13 +186,13 @@ private Q_SLOTS:
     {
         m_settings.remove(preferredEditor);
         QVERIFY(edited());
-        const auto box = [] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); };
-        QTRY_VERIFY(box() && box()->parentWidget() == m_delegate->mainWindow());
-        QCOMPARE(box()->text() + u'|' + box()->informativeText() + u'|' + box()->buttons().first()->text(),
+        const auto box = [this] { return OpenQuestion::over(*m_delegate->mainWindow()); };
+        QTRY_VERIFY(box() && box() == QApplication::activeModalWidget());
+        QCOMPARE(box().title() + u'|' + box().message() + u'|' + box().buttons().first()->text(),
             u"Editor not set|To edit files, you must first select an editor in Tidewright: Preferences|"
             "Open Preferences"_s);
         QVERIFY(!m_delegate->preferencesController());
-        QTest::mouseClick(box()->buttons().first(), Qt::LeftButton);
+        box().press(u"Open Preferences"_s);
         QTRY_VERIFY(m_delegate->preferencesController() && m_delegate->preferencesController()->isVisible());
         QCOMPARE(m_console.entries.filter(u"kubectl edit"_s), QStringList());
     }

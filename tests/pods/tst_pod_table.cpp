@@ -12,6 +12,7 @@
 #include "resources/preview/PreviewPanel.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/TableStatusBar.h"
+#include "support/OpenQuestion.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
 
@@ -22,7 +23,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
@@ -141,7 +141,7 @@ private:
         return nullptr;
     }
 
-    QMessageBox *question() const { return m_table->findChild<QMessageBox *>(); }
+    OpenQuestion question() const { return OpenQuestion::over(*m_table); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -330,8 +330,11 @@ private Q_SLOTS:
         const auto count = m_table->tableItems().size();
         selectRows({0, 2});
         m_table->deleteRows();
-        QCOMPARE(question()->informativeText(), u"Are you sure you want to delete 2 pods?"_s);
+        QCOMPARE(question().message(), u"Are you sure you want to delete 2 pods?"_s);
         QTest::keyClick(question(), Qt::Key_Return); // the harmless button is the default one
+        QTRY_VERIFY(!question());
+        m_table->deleteRows();
+        QTest::keyClick(question(), Qt::Key_Escape);
         QTRY_VERIFY(!question());
         QCOMPARE(m_window->settledAsked, 0);
 
@@ -339,20 +342,14 @@ private Q_SLOTS:
         const QString victim = name(0);
         setMainConsoleLookup([this] { return &m_window->recorded; });
         m_table->deleteRows();
-        QCOMPARE(question()->text(), u"Confirm Deletion"_s);
-        QCOMPARE(
-            question()->informativeText(), u"Are you sure you want to delete the pod \"%1\"?"_s.arg(victim));
+        QCOMPARE(question().title(), u"Confirm Deletion"_s);
+        QCOMPARE(question().message(), u"Are you sure you want to delete the pod \"%1\"?"_s.arg(victim));
         // delete acts on the window's own context and namespace
         QCOMPARE(
             m_demo->kubectl({u"config"_s, u"set-context"_s, u"--current"_s, u"--namespace=shop"_s}).exitCode,
             0);
         QSignalSpy reloaded(m_table.get(), &SharedContentViewController::loadFinished);
-        for (QPushButton *button : question()->findChildren<QPushButton *>()) {
-            if (button->text() == u"Delete"_s) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                break;
-            }
-        }
+        question().press(u"Delete"_s);
         QVERIFY(reloaded.wait(patience));
         QCOMPARE(m_window->recorded.entries.size(), 1);
         QVERIFY(m_window->recorded.entries.last().startsWith(u"kubectl delete po "_s + victim));

@@ -11,15 +11,14 @@
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/ServiceController.h"
 #include "resources/widgets/NamedImages.h"
+#include "support/OpenQuestion.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
 
 #include <QContextMenuEvent>
 #include <QFile>
 #include <QHeaderView>
-#include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -111,17 +110,11 @@ class TestWorkloads : public QObject
         }
         return nullptr;
     }
-    QMessageBox *question() const { return m_table->findChild<QMessageBox *>(); }
+    OpenQuestion question() const { return OpenQuestion::over(*m_table); }
     void answer(const QString &title)
     {
-        for (QPushButton *button : question()->findChildren<QPushButton *>()) {
-            if (button->text() == title) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                QTRY_VERIFY(!question());
-                return;
-            }
-        }
-        QFAIL("no such button");
+        question().press(title);
+        QTRY_VERIFY(!question());
     }
     static QPoint knob(const QSlider &slider, int value)
     {
@@ -268,10 +261,10 @@ private Q_SLOTS:
         QCOMPARE(web.slider()->accessibleName(), u"web replicas"_s);
         QCOMPARE(web.field()->accessibleName(), u"web replicas"_s);
         act(how, web);
-        QCOMPARE(m_table->findChildren<QMessageBox *>().size(), to < 0 ? 0 : 1);
+        QCOMPARE(OpenQuestion::all(*m_table).size(), to < 0 ? 0 : 1);
         if (to >= 0) {
-            QCOMPARE(question()->text(), u"Confirm Scale"_s);
-            QCOMPARE(question()->informativeText(),
+            QCOMPARE(question().title(), u"Confirm Scale"_s);
+            QCOMPARE(question().message(),
                 u"Are you sure you want to scale the deployment \"web\" from 3 to %1?"_s.arg(to));
             QCOMPARE(deployment(*m_table, 0).desired, to);
             QCOMPARE(web.slider()->value(), to);
@@ -288,9 +281,7 @@ private Q_SLOTS:
         open<DeploymentController>("web\\t3\\t3\\t3\\t3\\tT\\ndb\\t2\\t2\\t2\\t2\\tT\\n");
         QTRY_VERIFY(cell(u"db"_s));
         act(u"click:8"_s, *cell(u"db"_s));
-        const QList<QLabel *> labels = question()->findChildren<QLabel *>();
-        QVERIFY(std::any_of(labels.cbegin(), labels.cend(),
-            [](const QLabel *label) { return label->text() == u"Context: ctx\nNamespace: team"_s; }));
+        QVERIFY(question().says(u"Context: ctx\nNamespace: team"_s));
         QCOMPARE(deployment(*m_table, 1).previousDesired, 2);
         answer(u"Scale Deployment"_s);
         QCOMPARE(cell(u"db"_s)->field()->value(), 8);
@@ -428,7 +419,7 @@ private Q_SLOTS:
         QCOMPARE(web->slider()->value(), 7);
         QCOMPARE(web->field()->value(), 7);
         act(u"release"_s, *web);
-        QVERIFY(question()->informativeText().endsWith(u"from 5 to 7?"_s));
+        QVERIFY(question().message().endsWith(u"from 5 to 7?"_s));
         load(); // while it is asked
         QCOMPARE(web->field()->value(), 7);
         answer(u"Cancel"_s);

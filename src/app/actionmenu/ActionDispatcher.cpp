@@ -133,13 +133,9 @@ void ActionDispatcher::beginChecks()
 
 void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &item) const
 {
-    if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
-        // What the tables show is not where the window is going.
-        refuseChange(m_window, notRun(*item), hint);
-        return;
-    }
-    if (const QString reason = item->readOnlyObstacle(shownContext(m_window)); !reason.isEmpty()) {
-        refuseChange(m_window, notRun(*item), reason);
+    // While there is a hint, what the tables show is not where the window is going.
+    if (!allows(m_window, notRun(*item), m_window.loadingHint())
+        || !allows(m_window, notRun(*item), item->readOnlyObstacle(shownContext(m_window)))) {
         return;
     }
     std::vector<ActionEnvironment> runs = targets(*item);
@@ -148,8 +144,7 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
         if (environment.value(namespaceVariable).isEmpty()) {
             environment.insert(namespaceVariable, m_window.currentNamespace());
         }
-        if (const QString reason = nameObstacle(environment.values()); !reason.isEmpty()) {
-            refuseChange(m_window, notRun(*item), reason);
+        if (!allows(m_window, notRun(*item), nameObstacle(environment.values()))) {
             return;
         }
     }

@@ -111,8 +111,12 @@ void DestinationView::confirmAndCreate(const QStringList &paths)
     const ChangePlace place(m_window);
     const QString details
         = tr("Files: %1").arg(QLocale().toString(paths.size())) + QLatin1Char('\n') + place.text();
-    confirmChange(this, place, QStringLiteral("Confirm Create"), question, QStringLiteral("Create"),
-        confirmationDetails(details), [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
+    confirmChange(this, place,
+        {.title = QStringLiteral("Confirm Create"),
+            .message = question,
+            .yes = QStringLiteral("Create"),
+            .accessory = confirmationDetails(details)},
+        [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
             if (self && confirmed) {
                 self->m_content.createFrom(paths, place);
             }

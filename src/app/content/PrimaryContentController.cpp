@@ -4,19 +4,19 @@
 #include "app/content/CreateFromFileDialog.h"
 #include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
+#include "resources/changes/CreateFromFiles.h"
 #include "resources/kinds/ClusterRole.h"
 #include "resources/kinds/ConfigMap.h"
-#include "resources/changes/CreateFromFiles.h"
-#include "resources/table/CronJobController.h"
 #include "resources/kinds/DaemonSet.h"
-#include "resources/table/DeploymentController.h"
 #include "resources/kinds/Endpoint.h"
-#include "resources/table/EventController.h"
-#include "resources/table/JobController.h"
 #include "resources/kinds/PersistentVolume.h"
 #include "resources/kinds/ReplicaSet.h"
 #include "resources/kinds/Secret.h"
 #include "resources/kinds/ServiceAccount.h"
+#include "resources/table/CronJobController.h"
+#include "resources/table/DeploymentController.h"
+#include "resources/table/EventController.h"
+#include "resources/table/JobController.h"
 #include "resources/table/ServiceController.h"
 
 #include <QTimer>
@@ -191,10 +191,12 @@ void PrimaryContentController::createFromFileDialog()
     }
     const ChangePlace place(m_window);
     CreateFromFileDialog::open(window(), this, place.text(), [this, place](const QStringList &paths) {
-        confirmWhereProtected(this, place.key(), tr("Confirm Create"),
-            tr("Are you sure you want to create what these declare?\n    ")
-                + paths.join(QLatin1String(",\n    ")),
-            tr("Create"), confirmationDetails(place.text()),
+        confirmWhereProtected(this, place.key(),
+            {.title = tr("Confirm Create"),
+                .message = tr("Are you sure you want to create what these declare?\n    ")
+                    + paths.join(QLatin1String(",\n    ")),
+                .yes = tr("Create"),
+                .accessory = confirmationDetails(place.text())},
             [self = QPointer(this), paths, place](bool confirmed) {
                 if (self && confirmed) {
                     self->createFrom(paths, place);

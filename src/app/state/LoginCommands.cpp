@@ -3,8 +3,8 @@
 
 #include "core/CommandLine.h"
 #include "core/KubeCtl.h"
-#include "platform/text/DisplayText.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/text/DisplayText.h"
 #include "resources/changes/Confirmation.h"
 
 #include <QCoreApplication>
@@ -61,9 +61,14 @@ QList<QStringList> unseen(const KubeConfigContents &contents, const QString &con
     return commands;
 }
 
-void ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
-    std::function<void(bool allowed)> answered)
+void LoginQuestion::ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
+    std::function<void()> allowed)
 {
+    if (const auto isOpen = m_isOpen.lock(); isOpen && *isOpen) {
+        return;
+    }
+    const auto isOpen = std::make_shared<bool>(true);
+    m_isOpen = isOpen;
     const QString files = kubeConfigFiles(configPath);
     QStringList lines;
     for (const QStringList &command : commands) {
@@ -73,13 +78,16 @@ void ask(QWidget *view, const QString &configPath, const QList<QStringList> &com
         "To log in, the kubeconfig\n%1\nhas these programs run on this machine, as you:\n\n%2\n\n"
         "Allow them only when you know who wrote that file.")
                                 .arg(display_text::withoutLineEnds(files), lines.join(QLatin1Char('\n')));
-    showConfirmation(view, QCoreApplication::translate("LoginCommands", "Run Programs to Log In?"), message,
-        QCoreApplication::translate("LoginCommands", "Allow"), QStringLiteral("Cancel"), nullptr,
-        [files, commands, answered = std::move(answered)](bool isAllowed) {
+    showConfirmation(view,
+        {.title = QCoreApplication::translate("LoginCommands", "Run Programs to Log In?"),
+            .message = message,
+            .yes = QCoreApplication::translate("LoginCommands", "Allow")},
+        [files, commands, isOpen, allowed = std::move(allowed)](bool isAllowed) {
+            *isOpen = false;
             if (isAllowed) {
                 allow(files, commands);
+                allowed();
             }
-            answered(isAllowed);
         });
 }
 

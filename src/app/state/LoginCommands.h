@@ -4,6 +4,7 @@
 #include "core/KubeConfigContents.h"
 
 #include <functional>
+#include <memory>
 
 class QWidget;
 
@@ -18,10 +19,18 @@ namespace login_commands {
 /// Those that the user has not allowed; `configPath` is a window's, empty for the default.
 QList<QStringList> unseen(const KubeConfigContents &contents, const QString &configPath);
 
-/// Asks over the window of `view` and remembers what is allowed. `answered` is called later, with whether it
-/// was, unless there is no window to ask in.
-void ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
-    std::function<void(bool allowed)> answered);
+/// The question that one window asks about them.
+class LoginQuestion
+{
+public:
+    /// Asks over the window of `view`, unless the question is open already, and remembers what is allowed;
+    /// `allowed` is called then.
+    void ask(QWidget *view, const QString &configPath, const QList<QStringList> &commands,
+        std::function<void()> allowed);
+
+private:
+    std::weak_ptr<bool> m_isOpen; ///< gone with the dialog
+};
 
 } // namespace login_commands
 

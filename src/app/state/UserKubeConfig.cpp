@@ -3,11 +3,11 @@
 
 #include "app/state/KubeConfigBackup.h"
 #include "core/ApplicationRecord.h"
+#include "core/ChildEnvironment.h"
 #include "core/Shell.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 
-#include <QFile>
 #include <QTimer>
 
 namespace tidewright {
@@ -114,7 +114,7 @@ void UserKubeConfig::runNext()
     const Change change = std::move(m_waiting.front());
     m_waiting.pop_front();
     const std::shared_ptr<Shell> shell = Shell::create();
-    shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(change.files));
+    child_environment::setKubeConfig(shell->environment, change.files);
     const auto through = std::make_shared<std::promise<void>>();
     m_running = through->get_future();
     QTimer::singleShot(longestChange, this, [weak = std::weak_ptr(shell)] {

@@ -70,8 +70,8 @@ void copyFiles(PodController &pods, const ContainerPair &container, const QStrin
 /// Only the first of the chosen containers counts; none is chosen any more then.
 void copyFileDialog(PodController &pods)
 {
-    if (const QString reason = changeObstacle(pods.kubeSplitViewController()); !reason.isEmpty()) {
-        refuseChange(pods.kubeSplitViewController(), nothingCopied, reason);
+    WindowState &window = pods.kubeSplitViewController();
+    if (!allows(window, nothingCopied, changeObstacle(window))) {
         return;
     }
     const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
@@ -79,17 +79,19 @@ void copyFileDialog(PodController &pods)
         return;
     }
     pods.takeSelectedContainerPairs();
-    const ChangePlace place(pods.kubeSplitViewController());
+    const ChangePlace place(window);
     const auto &[pod, name, nameSpace] = pairs.front();
     const QString target = QObject::tr("Container: %1\nPod: %2").arg(name, pod) + QLatin1Char('\n')
         + place.text(pods.kind(), nameSpace);
     CopyFileDialog::open(pods.window(), &pods, target,
         [&pods, container = pairs.front(), target, place](
             const QStringList &paths, const QString &destination) {
-            confirmWhereProtected(&pods, place.key(), QObject::tr("Confirm Copy"),
-                QObject::tr("Are you sure you want to copy to %1:\n    ").arg(destination)
-                    + paths.join(QLatin1String(",\n    ")),
-                QObject::tr("Copy"), confirmationDetails(target),
+            confirmWhereProtected(&pods, place.key(),
+                {.title = QObject::tr("Confirm Copy"),
+                    .message = QObject::tr("Are you sure you want to copy to %1:\n    ").arg(destination)
+                        + paths.join(QLatin1String(",\n    ")),
+                    .yes = QObject::tr("Copy"),
+                    .accessory = confirmationDetails(target)},
                 [table = QPointer(&pods), container, paths, destination, place](bool confirmed) {
                     if (table && confirmed) {
                         copyFiles(*table, container, paths, destination, place);

@@ -47,4 +47,13 @@ template <typename Receiver, typename Task> void postToMain(QPointer<Receiver> r
     });
 }
 
+/// A callback for any thread: has `task` run with the receiver and the arguments that the callback is given,
+/// copies of them, on the main thread, unless the receiver is gone by then.
+template <typename Receiver, typename Task> auto onMain(QPointer<Receiver> receiver, Task task)
+{
+    return [receiver = std::move(receiver), task = std::move(task)](const auto &...arguments) {
+        postToMain(receiver, [task, arguments...](Receiver &found) { task(found, arguments...); });
+    };
+}
+
 } // namespace tidewright

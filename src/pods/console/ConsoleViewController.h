@@ -2,9 +2,9 @@
 #pragma once
 
 #include "core/Console.h"
-#include "core/Shell.h"
 #include "pods/console/ConsoleEntry.h"
 
+#include <memory>
 #include <vector>
 
 class QLineEdit;
@@ -15,8 +15,8 @@ namespace tidewright {
 
 class CommandEntryBar;
 class ConsoleTextView;
+class TypedCommands;
 class WindowState;
-struct ChangePlace;
 
 /// The console of one cluster window: the commands that ran on the user's behalf with what they printed, and
 /// a field to type more. Lives as long as its window; letting it go ends the typed commands. Main thread,
@@ -78,25 +78,11 @@ private:
         CommandLine line;
         QString error;
     };
-    struct TypedCommand
-    {
-        quint64 id;
-        QString line;
-        std::shared_ptr<Shell> shell; ///< null until the window is settled
-    };
-
     void connectViews();
     void showEntries();
     void applyHistoryCursor();
     void showScriptState();
-    TypedCommand *find(quint64 id);
-    void proceed(quint64 id, const QStringList &words, const ChangePlace &place);
-    void start(quint64 id, const QStringList &words, bool inUserFile);
-    QString typedFor(const ChangePlace &place) const;
-    void tellNamespace(const QStringList &words);
-    void tellUserFile();
-    void refuse(quint64 id, const QString &reason);
-    void typedCommandEnded(quint64 id);
+    void tellRefusal(const QString &line, const QString &reason);
     void showTypedCommands();
     void extendMenu(QMenu *menu, int number);
     void copyEntry(size_t number) const;
@@ -106,12 +92,11 @@ private:
     QPointer<QWidget> m_view;
     QPointer<ConsoleTextView> m_text;
     QPointer<CommandEntryBar> m_bar;
+    std::unique_ptr<TypedCommands> m_typed;
     QPointer<WindowState> m_window;
     std::vector<ConsoleEntry> m_entries;
     std::vector<Details> m_details; // as many as there are entries
     size_t m_shownEntries = 0;
-    std::vector<TypedCommand> m_typedCommands;
-    quint64 m_lastTyped = 0;
     int m_commandHistoryCursor = 0;
     QString m_lastCommand;
     bool m_isScriptRunning = false;

@@ -103,13 +103,9 @@ QStringList withoutColons(const QStringList &paths, WindowState &window)
 
 bool canCopyInto(const SharedContentViewController &table, const ContainerPair &container)
 {
-    WindowState &window = table.kubeSplitViewController();
     const auto &[pod, name, nameSpace] = container;
-    const QString reason = whyNotByName(table.kind(), {{nameSpace, pod}, {nameSpace, name}});
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingCopied, reason);
-    }
-    return reason.isEmpty();
+    return allowsNames(
+        table.kubeSplitViewController(), table.kind(), {{nameSpace, pod}, {nameSpace, name}}, nothingCopied);
 }
 
 void copyIntoContainer(SharedContentViewController &table, const ContainerPair &container,
@@ -122,8 +118,8 @@ void copyIntoContainer(SharedContentViewController &table, const ContainerPair &
     const auto copy = std::make_shared<Copy>();
     copy->table = &table;
     copy->console = window.console();
-    copy->arguments = {QStringLiteral("kubectl"), QStringLiteral("cp"),
-        contextArgument(window.currentContext()), namespaceArgument(container.nameSpace)};
+    copy->arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("cp")}
+        + placeArguments(window.currentContext(), container.nameSpace);
     copy->behind
         = {container.pod + QLatin1Char(':') + destination, QStringLiteral("-c"), container.container};
     copy->paths = withoutColons(paths, window);

@@ -1,20 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/ChangeQuestion.h"
 
-#include "core/CommandGate.h"
-#include "resources/changes/Confirmation.h"
-
 namespace tidewright {
-
-QString changeObstacle(const WindowState &window)
-{
-    return readOnlyReason(shownContext(window));
-}
-
-ContextKey shownContext(const WindowState &window)
-{
-    return {window.kubeConfigPath(), window.currentContext()};
-}
 
 QString toBeTypedIn(const ContextKey &context)
 {
@@ -27,24 +14,23 @@ QString editTitle(const WindowState &window)
                                             : QStringLiteral("View Configuration");
 }
 
-void confirmChange(QWidget *view, const ChangePlace &place, const QString &title, const QString &message,
-    const QString &firstButton, QWidget *details, Answered answered)
+void confirmChange(QWidget *view, const ChangePlace &place, Question question, Answered answered)
 {
-    showConfirmation(view, title, message, firstButton, QStringLiteral("Cancel"), details,
-        std::move(answered), toBeTypedIn(place.key()));
+    question.toBeTyped = toBeTypedIn(place.key());
+    showConfirmation(view, question, std::move(answered));
 }
 
-void confirmWhereProtected(QWidget *view, const ContextKey &context, const QString &title,
-    const QString &message, const QString &firstButton, QWidget *details, Answered answered)
+void confirmWhereProtected(
+    QWidget *view, const ContextKey &context, const Question &question, const Answered &answered)
 {
-    const QString name = toBeTypedIn(context);
-    if (name.isEmpty()) {
-        delete details;
+    if (toBeTypedIn(context).isEmpty()) {
+        delete question.accessory;
         answered(true);
         return;
     }
-    showConfirmation(
-        view, title, message, firstButton, QStringLiteral("Cancel"), details, std::move(answered), name);
+    Question asked = question;
+    asked.toBeTyped = toBeTypedIn(context);
+    showConfirmation(view, asked, answered);
 }
 
 } // namespace tidewright

@@ -2,22 +2,12 @@
 #pragma once
 
 #include "resources/changes/ClusterChange.h"
-
-#include <functional>
-
-class QWidget;
+#include "resources/changes/Confirmation.h"
 
 namespace tidewright {
 
 // The questions before something that may change a cluster. In a protected context the first button can be
 // chosen only after the context's name was typed. Main thread.
-
-using Answered = std::function<void(bool confirmed)>;
-
-ContextKey shownContext(const WindowState &window);
-
-/// Why nothing may be changed in the window's context: a sentence; empty when changes are allowed.
-QString changeObstacle(const WindowState &window);
 
 /// What has to be typed before a change in a context: its name where it is protected, else nothing.
 QString toBeTypedIn(const ContextKey &context);
@@ -26,13 +16,11 @@ QString toBeTypedIn(const ContextKey &context);
 QString editTitle(const WindowState &window);
 
 /// Asks, in every context, over `view`'s window (the main window when it is null); see showConfirmation.
-/// `details` (optional) is owned from here on.
-void confirmChange(QWidget *view, const ChangePlace &place, const QString &title, const QString &message,
-    const QString &firstButton, QWidget *details, Answered answered);
+void confirmChange(QWidget *view, const ChangePlace &place, Question question, Answered answered);
 
 /// For what asks nothing elsewhere: asks when `context` is protected, and answers true at once when it is
 /// not.
-void confirmWhereProtected(QWidget *view, const ContextKey &context, const QString &title,
-    const QString &message, const QString &firstButton, QWidget *details, Answered answered);
+void confirmWhereProtected(
+    QWidget *view, const ContextKey &context, const Question &question, const Answered &answered);
 
 } // namespace tidewright

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/ClusterChange.h"
 
+#include "core/CommandGate.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
@@ -75,6 +76,52 @@ QString whyNotByName(const ResourceKind &kind, const ObjectNames &objects)
         names.append(object.nameSpace);
     }
     return nameObstacle(names);
+}
+
+ContextKey shownContext(const WindowState &window)
+{
+    return {window.kubeConfigPath(), window.currentContext()};
+}
+
+QString changeObstacle(const WindowState &window)
+{
+    return readOnlyReason(shownContext(window));
+}
+
+bool allows(WindowState &window, const QString &notDone, const QString &obstacle)
+{
+    if (!obstacle.isEmpty()) {
+        refuseChange(window, notDone, obstacle);
+    }
+    return obstacle.isEmpty();
+}
+
+bool allowsNames(
+    WindowState &window, const ResourceKind &kind, const ObjectNames &objects, const QString &notDone)
+{
+    return allows(window, notDone, whyNotByName(kind, objects));
+}
+
+bool allowsChange(
+    WindowState &window, const ResourceKind &kind, const ObjectNames &objects, const QString &notDone)
+{
+    return allows(window, notDone, changeObstacle(window)) && allowsNames(window, kind, objects, notDone);
+}
+
+bool allowsStart(const ChangePlace &place, const QString &notDone, const QString &obstacle)
+{
+    if (!place.window) {
+        refuseUnseenChange(place, notDone, obstacle);
+        return false;
+    }
+    if (!allows(*place.window, notDone, obstacle)) {
+        return false;
+    }
+    if (!place.isStillShown()) {
+        refuseMovedChange(*place.window, notDone);
+        return false;
+    }
+    return true;
 }
 
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason)
@@ -199,22 +246,11 @@ void runChange(const ChangePlace &place, const ChangeCommands &commands, const Q
     }
     place.window->whenSettled(
         [place, commands, notDone, finished = std::move(finished)](const QString &obstacle) {
-            if (!place.window) {
-                refuseUnseenChange(place, notDone, obstacle);
-                return;
-            }
-            if (obstacle.isEmpty() && place.isStillShown()) {
+            if (allowsStart(place, notDone, obstacle)) {
                 const KubeCtl &kubeCtl = place.window->kubeCtl();
                 runNext(std::make_shared<Series>(Series{place, commands, finished, place.window->console(),
                     kubeCtl.makeShell(), kubeCtl.contents().destination(place.context)}));
-                return;
-            }
-            if (obstacle.isEmpty()) {
-                refuseMovedChange(*place.window, notDone);
-            } else {
-                refuseChange(*place.window, notDone, obstacle);
-            }
-            if (finished) {
+            } else if (place.window && finished) {
                 finished();
             }
         });

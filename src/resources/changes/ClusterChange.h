@@ -46,7 +46,24 @@ QString nameObstacle(const QStringList &names);
 /// list, or the namespace is not known. Empty when one can.
 QString whyNotByName(const ResourceKind &kind, const ObjectNames &objects);
 
-/// Says in the window's console what was not done ("Nothing was deleted") and why.
+ContextKey shownContext(const WindowState &window);
+/// Why nothing may be changed in the window's context: a sentence; empty when changes are allowed.
+QString changeObstacle(const WindowState &window);
+
+/// Whether nothing stands in the way of a command, which is when `obstacle` is empty. Otherwise the window's
+/// console says what was not done ("Nothing was deleted") and why. So do the next three.
+bool allows(WindowState &window, const QString &notDone, const QString &obstacle);
+/// Whether a command can tell these objects by name and namespace.
+bool allowsNames(
+    WindowState &window, const ResourceKind &kind, const ObjectNames &objects, const QString &notDone);
+/// The same for a command that changes them: the window's context has to allow that too.
+bool allowsChange(
+    WindowState &window, const ResourceKind &kind, const ObjectNames &objects, const QString &notDone);
+/// Whether a command may be started that was given in `place`, now that the window has settled with that
+/// obstacle. When the window is gone, the user learns of it elsewhere.
+bool allowsStart(const ChangePlace &place, const QString &notDone, const QString &obstacle);
+
+/// Says in the window's console what was not done and why.
 void refuseChange(WindowState &window, const QString &notDone, const QString &reason);
 /// The same when the window shows another place by now.
 void refuseMovedChange(WindowState &window, const QString &notDone);

@@ -3,16 +3,17 @@
 
 #include "platform/text/DisplayText.h"
 
+#include <QAccessible>
 #include <QApplication>
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -21,44 +22,14 @@ namespace tidewright {
 
 namespace {
 
-constexpr int comfortableWidth = 440;
+constexpr int comfortableWidth = 440; // for names to stand in one piece
+constexpr int spacing = 6;
 constexpr int longMessage = 8000; // more UTF-16 units than a label lays out within a few frames
-constexpr int textColumn = 2; // of a message box's layout, beside its icon
 
 std::function<QWidget *()> &mainWindowLookup()
 {
     static std::function<QWidget *()> lookup;
     return lookup;
-}
-
-/// Puts a message that would push the buttons off the screen into a view that scrolls.
-void fitOnScreen(const QMessageBox &box, QGridLayout &grid, const QString &message)
-{
-    constexpr int tallestMessage = 340;
-    constexpr double partOfScreen = 0.4;
-    const QSize room = box.screen()->availableSize() * partOfScreen;
-    const int tallest = std::min(tallestMessage, room.height());
-    auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"));
-    const auto fits = [&] { // a long word does not wrap
-        return label->heightForWidth(comfortableWidth) <= tallest
-            && label->minimumSizeHint().width() <= room.width();
-    };
-    if (!label || (message.size() <= longMessage && fits())) {
-        return;
-    }
-    int row = 0;
-    int column = 0;
-    int rows = 1;
-    int columns = 1;
-    grid.getItemPosition(grid.indexOf(label), &row, &column, &rows, &columns);
-    grid.removeWidget(label);
-    label->hide();
-    auto *text = new QPlainTextEdit(message);
-    text->setReadOnly(true);
-    text->setTabChangesFocus(true);
-    text->setAccessibleName(box.text());
-    text->setFixedHeight(tallest);
-    grid.addWidget(text, row, column, rows, columns);
 }
 
 /// The active window may be another application's, or a dialog that is closing, while a question comes up.
@@ -68,51 +39,154 @@ QWidget *mainWindow()
     return window ? window : QApplication::activeWindow();
 }
 
-/// Below the text of a question, from top to bottom: what it comes with, and a field to type `text` into,
-/// which `first` waits for.
-QWidget *withTypedText(QWidget *accessory, const QString &text, QPushButton *first)
+class Confirmation : public QDialog
 {
+public:
+    Confirmation(const Question &question, QWidget *window);
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    QLabel *iconLabel();
+    QLabel *textLabel(const QString &text);
+    QWidget *messageView(const QString &message);
+    QWidget *nameField(const QString &toBeTyped, QPushButton &yes);
+    void chooseDefault(QPushButton &yes, QPushButton *no, QWidget *form);
+};
+
+Confirmation::Confirmation(const Question &question, QWidget *window)
+    : QDialog(window,
+        Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+            | Qt::WindowCloseButtonHint)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowModality(Qt::WindowModal);
+    setAccessibleName(display_text::clean(question.title));
+    setAccessibleDescription(display_text::shortened(display_text::clean(question.message), longMessage));
+
+    auto *buttons = new QDialogButtonBox;
+    buttons->setCenterButtons(style()->styleHint(QStyle::SH_MessageBox_CenterButtons, nullptr, this) != 0);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    QPushButton *yes
+        = buttons->addButton(display_text::withoutMnemonics(question.yes), QDialogButtonBox::AcceptRole);
+    QPushButton *no = question.no.isEmpty()
+        ? nullptr
+        : buttons->addButton(display_text::withoutMnemonics(question.no), QDialogButtonBox::RejectRole);
+
+    auto *column = new QVBoxLayout;
+    column->setSpacing(spacing);
+    QLabel *title = textLabel(accessibleName());
+    QFont bold = title->font();
+    bold.setBold(true);
+    title->setFont(bold);
+    column->addWidget(title);
+    if (!question.message.isEmpty()) {
+        column->addWidget(messageView(display_text::clean(question.message)));
+    }
+    QWidget *form = nullptr;
+    if (question.accessory) {
+        column->addWidget(question.accessory);
+        form = question.accessory->focusProxy();
+    }
+    if (!question.toBeTyped.isEmpty()) {
+        QWidget *field = nameField(question.toBeTyped, *yes);
+        column->addWidget(field);
+        form = form ? form : field->focusProxy();
+    }
+    auto *grid = new QGridLayout(this);
+    grid->setSizeConstraint(QLayout::SetFixedSize);
+    grid->setSpacing(2 * spacing);
+    grid->addWidget(iconLabel(), 0, 0, Qt::AlignTop);
+    grid->addLayout(column, 0, 1);
+    grid->addWidget(buttons, 1, 0, 1, 2);
+    chooseDefault(*yes, no, form);
+}
+
+/// The toolkit's own questions announce themselves, too.
+void Confirmation::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+QLabel *Confirmation::iconLabel()
+{
+    auto *label = new QLabel;
+    const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
+    label->setPixmap(style()
+                         ->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this)
+                         .pixmap(QSize(size, size), devicePixelRatio()));
+    return label;
+}
+
+QLabel *Confirmation::textLabel(const QString &text)
+{
+    auto *label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText); // names come from the cluster
+    label->setWordWrap(true);
+    label->setMinimumWidth(comfortableWidth);
+    label->setTextInteractionFlags(Qt::TextInteractionFlags(
+        style()->styleHint(QStyle::SH_MessageBox_TextInteractionFlags, nullptr, this)));
+    label->setContentsMargins(2, 0, 0, 0); // as the details below it
+    return label;
+}
+
+/// A message that would push the buttons off the screen stands in a view that scrolls.
+QWidget *Confirmation::messageView(const QString &message)
+{
+    constexpr int tallestMessage = 340;
+    constexpr double partOfScreen = 0.4;
+    const QSize room = screen()->availableSize() * partOfScreen;
+    const int tallest = std::min(tallestMessage, room.height());
+    if (message.size() <= longMessage) {
+        auto *label = textLabel(message);
+        label->setMinimumWidth(0);
+        const bool fits = label->heightForWidth(comfortableWidth) <= tallest
+            && label->minimumSizeHint().width() <= room.width(); // a long word does not wrap
+        label->setMinimumWidth(comfortableWidth);
+        if (fits) {
+            return label;
+        }
+        delete label;
+    }
+    auto *view = new QPlainTextEdit(message);
+    view->setReadOnly(true);
+    view->setTabChangesFocus(true);
+    view->setAccessibleName(accessibleName());
+    view->setMinimumWidth(comfortableWidth);
+    view->setFixedHeight(tallest);
+    return view;
+}
+
+/// A field to type the text into, which `yes` waits for.
+QWidget *Confirmation::nameField(const QString &toBeTyped, QPushButton &yes)
+{
+    const QString shown = display_text::clean(toBeTyped);
     auto *both = new QWidget;
     auto *column = new QVBoxLayout(both);
     column->setContentsMargins(0, 0, 0, 0);
-    if (accessory) {
-        column->addWidget(accessory);
-    }
-    const QString shown = display_text::clean(text);
-    auto *label = new QLabel(QObject::tr("The context %1 is protected. Type its name to go on:").arg(shown));
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    label->setContentsMargins(2, 0, 0, 0); // as the details above it
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *label = textLabel(tr("The context %1 is protected. Type its name to go on:").arg(shown));
     auto *field = new QLineEdit;
-    field->setAccessibleName(QObject::tr("Name of the context"));
+    field->setAccessibleName(tr("Name of the context"));
     label->setBuddy(field);
     column->addWidget(label);
     column->addWidget(field);
-    column->addSpacing(6);
-    first->setEnabled(false);
-    QObject::connect(field, &QLineEdit::textChanged, first,
-        [first, shown](const QString &typed) { first->setEnabled(typed == shown); });
-    both->setFocusProxy(accessory && accessory->focusProxy() ? accessory->focusProxy() : field);
+    yes.setEnabled(false);
+    connect(field, &QLineEdit::textChanged, &yes,
+        [button = &yes, shown](const QString &typed) { button->setEnabled(typed == shown); });
+    both->setFocusProxy(field);
     return both;
 }
 
-/// The toolkit takes Escape for a press of the button when there is only one.
-class Question : public QMessageBox
+void Confirmation::chooseDefault(QPushButton &yes, QPushButton *no, QWidget *form)
 {
-public:
-    using QMessageBox::QMessageBox;
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override
-    {
-        if (event->matches(QKeySequence::Cancel)) {
-            reject();
-        } else {
-            QMessageBox::keyPressEvent(event);
-        }
-    }
-};
+    QPushButton &chosen = no && !form ? *no : yes;
+    chosen.setDefault(true);
+    form ? form->setFocus() : chosen.setFocus();
+}
 
 } // namespace
 
@@ -121,54 +195,17 @@ void setMainWindowLookup(std::function<QWidget *()> lookup)
     mainWindowLookup() = std::move(lookup);
 }
 
-void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
-    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion,
-    const QString &toBeTyped)
+void showConfirmation(QWidget *view, const Question &question, Answered answered)
 {
-    const QString shown = display_text::clean(message);
     QWidget *window = view ? view->window() : mainWindow();
     if (!window) {
-        delete accessory;
+        delete question.accessory;
         return;
     }
-    auto *box = new Question(
-        QMessageBox::Warning, QString(), display_text::clean(title), QMessageBox::NoButton, window);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowModality(Qt::WindowModal);
-    box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(shown.size() <= longMessage ? shown : QString(QChar(0x2026)));
-    if (auto *label = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"))) {
-        label->setTextFormat(Qt::PlainText); // names come from the cluster
-    }
-    QPushButton *first = box->addButton(display_text::withoutMnemonics(firstButton), QMessageBox::AcceptRole);
-    if (!toBeTyped.isEmpty()) {
-        accessory = withTypedText(accessory, toBeTyped, first);
-    }
-    const bool isForm = accessory && accessory->focusProxy();
-    box->setDefaultButton(first);
-    if (!secondButton.isEmpty()) {
-        QPushButton *second
-            = box->addButton(display_text::withoutMnemonics(secondButton), QMessageBox::RejectRole);
-        box->setDefaultButton(isForm ? first : second);
-        box->setEscapeButton(second);
-    }
-    if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
-        fitOnScreen(*box, *grid, shown);
-        if (accessory) {
-            auto *buttons = box->findChild<QDialogButtonBox *>();
-            grid->removeWidget(buttons);
-            grid->addWidget(accessory, grid->rowCount(), textColumn, 1, grid->columnCount() - textColumn);
-            grid->addWidget(buttons, grid->rowCount(), 0, 1, grid->columnCount());
-        }
-        if (isForm) {
-            accessory->setFocus();
-        }
-        // Wide enough for names to stand in one piece.
-        grid->addItem(new QSpacerItem(comfortableWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
-    }
-    QObject::connect(box, &QMessageBox::finished, box,
-        [box, first, completion = std::move(completion)] { completion(box->clickedButton() == first); });
-    box->open();
+    auto *dialog = new Confirmation(question, window);
+    QObject::connect(dialog, &QDialog::finished, dialog,
+        [answered = std::move(answered)](int result) { answered(result == QDialog::Accepted); });
+    dialog->open();
 }
 
 } // namespace tidewright

@@ -9,17 +9,28 @@ class QWidget;
 
 namespace tidewright {
 
-/// Asks before something that cannot be undone: a warning over the window of `view` (or over the
-/// application's main window when there is no view), with the buttons in the given order. Returns at once;
-/// `completion` is told later whether the first button was chosen, and never when there is no window to ask
-/// in. Without a `secondButton` (empty) there is only the first; with one, the safe second button is the
-/// default. A message too long for the screen scrolls. `accessory` (optional) is shown below the text and
-/// owned from here on. One with a focus proxy is a form to fill in: it has the keyboard focus, and the first
-/// button is the default. With a text `toBeTyped`, the first button can be chosen only once the user has
-/// typed exactly that. Main thread.
-void showConfirmation(QWidget *view, const QString &title, const QString &message, const QString &firstButton,
-    const QString &secondButton, QWidget *accessory, std::function<void(bool first)> completion,
-    const QString &toBeTyped = {});
+/// What is asked before something that cannot be undone. All texts are plain.
+struct Question
+{
+    QString title;
+    QString message = {}; ///< one too long for the screen scrolls
+    QString yes; ///< the button that has it done
+    /// The button that does no harm, which the return key and Escape press; empty: there is none.
+    QString no = QStringLiteral("Cancel");
+    /// Shown below the message, owned by the question from here on; may be null. One with a focus proxy is a
+    /// form to fill in: it has the keyboard focus, and the return key presses `yes`.
+    QWidget *accessory = nullptr;
+    /// Unless empty, `yes` can be chosen only once the user has typed exactly that.
+    QString toBeTyped = {};
+};
+
+/// Whether `yes` was chosen.
+using Answered = std::function<void(bool confirmed)>;
+
+/// Asks over the window of `view`, or over the application's main window when there is no view. Returns at
+/// once; `answered` is called later, and never when there is no window to ask in. Screen readers know the
+/// dialog by the question's title, and have its message for the description. Main thread.
+void showConfirmation(QWidget *view, const Question &question, Answered answered);
 
 /// Installed at start-up by whoever knows the windows; yields null when there is none. Without it, or with
 /// null, the active window is taken for the main one.

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/CreateFromFiles.h"
 
+#include "core/WindowState.h"
 #include "platform/text/DisplayText.h"
 #include "resources/changes/ChangeQuestion.h"
-#include "core/WindowState.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -42,10 +42,7 @@ bool canCreateIn(WindowState &window)
             "whose "
             "files name none.");
     }
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingCreated(), reason);
-    }
-    return reason.isEmpty();
+    return allows(window, nothingCreated(), reason);
 }
 
 void createFromFiles(WindowState &window, const QStringList &paths, std::function<void()> finished)
@@ -65,9 +62,9 @@ void createFromFiles(WindowState &window, const QStringList &paths, std::functio
         }
         elements.append(asListElement(path));
     }
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("create"),
-        QStringLiteral("--context"), window.currentContext(), QStringLiteral("-n"), window.currentNamespace(),
-        QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
+    const QStringList arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("create")}
+        + separatePlaceArguments(window.currentContext(), window.currentNamespace())
+        + QStringList{QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
     runChange(ChangePlace(window), arguments, nothingCreated(), std::move(finished));
 }
 

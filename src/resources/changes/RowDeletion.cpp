@@ -110,15 +110,7 @@ bool wereOnlyGone(const ShellResult &result)
 void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &kind,
     const ObjectNames &objects, std::function<void()> finished)
 {
-    if (objects.isEmpty()) {
-        return;
-    }
-    QString reason = changeObstacle(window);
-    if (reason.isEmpty()) {
-        reason = whyNotByName(kind, objects);
-    }
-    if (!reason.isEmpty()) {
-        refuseChange(window, nothingDeleted, reason);
+    if (objects.isEmpty() || !allowsChange(window, kind, objects, nothingDeleted)) {
         return;
     }
     const QString &noun = kind.humanReadableResourceName;
@@ -127,8 +119,11 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
         : QStringLiteral("Are you sure you want to delete %1 %2s?").arg(objects.size()).arg(noun);
     const ChangePlace place(window);
     const NamesByNamespace groups = byNamespace(kind, objects);
-    confirmChange(&view, place, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
-        detailsOf(groups, place, kind),
+    confirmChange(&view, place,
+        {.title = QStringLiteral("Confirm Deletion"),
+            .message = message,
+            .yes = QStringLiteral("Delete"),
+            .accessory = detailsOf(groups, place, kind)},
         [place, lines = commandsFor(kind, groups, place), finished = std::move(finished)](bool confirmed) {
             if (confirmed) {
                 runChange(place, ChangeCommands{lines, wereOnlyGone}, nothingDeleted, finished);

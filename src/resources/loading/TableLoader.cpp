@@ -164,8 +164,9 @@ void TableLoader::list(const LoadRequest &request)
 {
     const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
     shell->niceness = request.niceness;
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), m_store.kind().listWord,
-        contextArgument(m_window.currentContext()), namespaceArgument(m_window.currentNamespace())};
+    const QStringList arguments
+        = QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), m_store.kind().listWord}
+        + placeArguments(m_window.currentContext(), m_window.currentNamespace());
     const bool everywhere = m_store.kind().namespaced && m_window.currentNamespace() == allNamespaces;
     m_pipeline.load(shell, arguments, everywhere ? LineForm::WithNamespace : LineForm::Plain, request.logged,
         request.unattended);

@@ -43,13 +43,16 @@ void CronJobController::runCronJobNow()
     }
     const auto &[nameSpace, name] = objects.first();
     WindowState &window = kubeSplitViewController();
-    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job"),
-        contextArgument(window.currentContext()), namespaceArgument(nameSpace),
-        QLatin1String("--from=cronjob/") + name, manualJobName(name)};
+    const QStringList command
+        = QStringList{QStringLiteral("kubectl"), QStringLiteral("create"), QStringLiteral("job")}
+        + placeArguments(window.currentContext(), nameSpace)
+        + QStringList{QLatin1String("--from=cronjob/") + name, manualJobName(name)};
     const ChangePlace place(window);
-    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Run"),
-        QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(name),
-        QStringLiteral("Run Now"), confirmationDetails(place.text(kind(), nameSpace)),
+    confirmWhereProtected(this, place.key(),
+        {.title = QStringLiteral("Confirm Run"),
+            .message = QStringLiteral("Are you sure you want to run the cron job \"%1\" now?").arg(name),
+            .yes = QStringLiteral("Run Now"),
+            .accessory = confirmationDetails(place.text(kind(), nameSpace))},
         [place, command](bool confirmed) {
             if (confirmed) {
                 runChange(place, command, nothingRun);

@@ -110,10 +110,12 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
     }
     setCounts(index, previous, desired);
     const ChangePlace place(kubeSplitViewController());
-    confirmChange(this, place, QStringLiteral("Confirm Scale"),
-        QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
-            .arg(object.name, QString::number(previous), QString::number(desired)),
-        QStringLiteral("Scale Deployment"), confirmationDetails(place.text(kind(), object.nameSpace)),
+    confirmChange(this, place,
+        {.title = QStringLiteral("Confirm Scale"),
+            .message = QStringLiteral("Are you sure you want to scale the deployment \"%1\" from %2 to %3?")
+                           .arg(object.name, QString::number(previous), QString::number(desired)),
+            .yes = QStringLiteral("Scale Deployment"),
+            .accessory = confirmationDetails(place.text(kind(), object.nameSpace))},
         [this, self = QPointer(this), cell = QPointer(&cell), index, place, object, desired](bool confirmed) {
             if (!self) {
                 return;
@@ -136,9 +138,9 @@ void DeploymentController::sliderChanged(ReplicaCell &cell, qint64 desired)
 void DeploymentController::scale(const ObjectName &deployment, qint64 desired)
 {
     WindowState &window = kubeSplitViewController();
-    const QStringList command{QStringLiteral("kubectl"), QStringLiteral("scale"),
-        contextArgument(window.currentContext()), namespaceArgument(deployment.nameSpace),
-        QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + deployment.name};
+    const QStringList command = QStringList{QStringLiteral("kubectl"), QStringLiteral("scale")}
+        + placeArguments(window.currentContext(), deployment.nameSpace)
+        + QStringList{QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + deployment.name};
     runChange(ChangePlace(window), command, nothingScaled, [self = QPointer(this)] {
         if (self) {
             self->reloadSoon();

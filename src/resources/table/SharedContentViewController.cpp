@@ -3,7 +3,6 @@
 
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
-#include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/RowDeletion.h"
 #include "resources/kinds/Columns.h"
@@ -294,10 +293,12 @@ void SharedContentViewController::editConfiguration()
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
         object.nameSpace, kind().resourceName, object.name, QStringLiteral("-o"), QStringLiteral("yaml")};
     const ChangePlace place(m_window);
-    confirmWhereProtected(this, place.key(), QStringLiteral("Confirm Edit"),
-        QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
-            .arg(kind().humanReadableResourceName, object.name),
-        QStringLiteral("Edit"), confirmationDetails(place.text(kind(), object.nameSpace)),
+    confirmWhereProtected(this, place.key(),
+        {.title = QStringLiteral("Confirm Edit"),
+            .message = QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
+                           .arg(kind().humanReadableResourceName, object.name),
+            .yes = QStringLiteral("Edit"),
+            .accessory = confirmationDetails(place.text(kind(), object.nameSpace))},
         [self = QPointer(this), place, arguments](bool confirmed) {
             if (self && confirmed) {
                 self->edit(place, arguments);
@@ -312,7 +313,9 @@ void SharedContentViewController::edit(const ChangePlace &place, const QStringLi
         return;
     }
     m_window.startExternalEdit(arguments, [self = QPointer(this)] {
-        postToMain(self, [](SharedContentViewController &table) { table.reloadSoon(); });
+        if (self) {
+            self->reloadSoon();
+        }
     });
 }
 
@@ -348,20 +351,12 @@ void SharedContentViewController::showQuickLookPanel()
 
 bool SharedContentViewController::canName(const ObjectNames &objects, const QString &notDone) const
 {
-    const QString reason = whyNotByName(kind(), objects);
-    if (!reason.isEmpty()) {
-        refuseChange(m_window, notDone, reason);
-    }
-    return reason.isEmpty();
+    return allowsNames(m_window, kind(), objects, notDone);
 }
 
 bool SharedContentViewController::canChange(const ObjectNames &objects, const QString &notDone) const
 {
-    if (const QString reason = changeObstacle(m_window); !reason.isEmpty()) {
-        refuseChange(m_window, notDone, reason);
-        return false;
-    }
-    return canName(objects, notDone);
+    return allowsChange(m_window, kind(), objects, notDone);
 }
 
 QString SharedContentViewController::noLogs()

@@ -64,8 +64,9 @@ bool TablePreviews::isCurrent(const Request &request) const
 void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
 {
     const auto &[nameSpace, name] = request.object;
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("-n"),
-        nameSpace, m_kind.resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
+    const QStringList arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("get")}
+        + separateNamespaceArguments(nameSpace)
+        + QStringList{m_kind.resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
     const QString path = PreviewFiles::pathFor(nameSpace, name);
     endFetch();
     m_shell = m_window.kubeCtl().makeShell();

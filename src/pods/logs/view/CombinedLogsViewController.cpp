@@ -2,6 +2,7 @@
 #include "pods/logs/view/CombinedLogsViewController.h"
 
 #include "core/ApplicationRecord.h"
+#include "core/ChildEnvironment.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
@@ -13,7 +14,6 @@
 #include "resources/widgets/NamedImages.h"
 
 #include <QDir>
-#include <QFile>
 #include <QLocale>
 #include <QScrollBar>
 #include <QTableWidget>
@@ -138,12 +138,15 @@ void CombinedLogsViewController::askForStreams()
 {
     constexpr qint64 megabytesOfOne = 40; // of a kubectl that follows a log
     const QString count = QLocale().toString(containers.size());
-    showConfirmation(this, tr("Follow %1 Logs").arg(count),
-        tr("Each is followed by a kubectl of its own. Together they will take about %1 of memory.")
-            .arg(QLocale().formattedDataSize(
-                static_cast<qint64>(containers.size()) * megabytesOfOne * 1'000'000, 1,
-                QLocale::DataSizeSIFormat)),
-        tr("Follow %1 Logs").arg(count), tr("Cancel"), nullptr,
+    const QString memory = QLocale().formattedDataSize(
+        static_cast<qint64>(containers.size()) * megabytesOfOne * 1'000'000, 1, QLocale::DataSizeSIFormat);
+    const QString title = tr("Follow %1 Logs").arg(count);
+    showConfirmation(this,
+        {.title = title,
+            .message
+            = tr("Each is followed by a kubectl of its own. Together they will take about %1 of memory.")
+                  .arg(memory),
+            .yes = title},
         [self = QPointer<CombinedLogsViewController>(this)](bool agreed) {
             if (self) {
                 agreed ? self->startStreams() : (void)self->window()->close();
@@ -170,14 +173,12 @@ void CombinedLogsViewController::startStream(int index, const QStringList &more)
 {
     const auto &[pod, container, ownNamespace] = containers[static_cast<std::size_t>(index)];
     const std::shared_ptr<Shell> shell = Shell::create();
-    if (!kubeConfigPath.isEmpty()) {
-        shell->environment.insert(QByteArrayLiteral("KUBECONFIG"), QFile::encodeName(kubeConfigPath));
-    }
+    child_environment::setKubeConfig(shell->environment, kubeConfigPath);
     m_shells.push_back(shell);
     follow(index, *shell,
-        {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
-            QLatin1String("--context=") + context,
-            QLatin1String("-n") + (ownNamespace.isEmpty() ? nameSpace : ownNamespace), pod, container},
+        QStringList{kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50")}
+            + placeArguments(context, ownNamespace.isEmpty() ? nameSpace : ownNamespace)
+            + QStringList{pod, container},
         more);
 }
 
