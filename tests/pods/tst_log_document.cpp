@@ -1,20 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The text of a log window against plain models of it: what is kept, where lines begin, what is shown.
-#include "platform/threads/MainQueue.h"
 #include "platform/process/ProcessSetup.h"
+#include "platform/threads/MainQueue.h"
 #include "pods/logs/text/LogDocument.h"
+#include "pods/logs/text/LogIntake.h"
 #include "pods/logs/text/LogLineText.h"
 #include "pods/logs/text/LogSearch.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBoundaryFinder>
 
 #include <random>
+#include <semaphore>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace tidewright;
@@ -267,6 +271,31 @@ private Q_SLOTS:
                 }
             }
         }
+    }
+
+    /// A flood waits where it comes from while nobody takes what is there, and goes on in order then.
+    void aFullIntakeHoldsItsSourcesBack()
+    {
+        constexpr int pieces = 1000;
+        const QByteArray piece(100'000, 'x');
+        std::binary_semaphore wake(0);
+        LogIntake intake([&wake] { wake.release(); });
+        std::jthread source([&] {
+            for (int i = 0; i < pieces; ++i) {
+                intake.put({.source = i, .bytes = piece});
+            }
+        });
+        const auto letGo = qScopeGuard([&intake] { intake.close(); });
+        int next = 0;
+        while (next < pieces && wake.try_acquire_for(deadline)) {
+            qsizetype waiting = 0;
+            for (const LogIntake::Piece &taken : intake.take()) {
+                waiting += taken.bytes.size();
+                QCOMPARE(taken.source, next++);
+            }
+            QVERIFY(waiting < LogIntake::mostWaiting + piece.size());
+        }
+        QCOMPARE(next, pieces);
     }
 
     void theLastLineNeedsNoEnd_data()
