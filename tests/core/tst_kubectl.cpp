@@ -204,11 +204,11 @@ private Q_SLOTS:
         row("kubectl -v6 delete po x", "", "kubectl '--context=my b' --namespace=shop -v6 delete po x");
         row("kubectl --odd config x", "", "kubectl '--context=my b' --namespace=shop --odd config x");
         row("kubectl --user=u config use-context x", "local writes", "kubectl --user=u config use-context x");
+        row("kubectl version --namespace=x", "local", "kubectl version --namespace=x");
+        row("kubectl -n config delete po x", "", "kubectl '--context=my b' -n config delete po x");
         row("kubectl -h", "local", "kubectl -h");
         row("kubectl", "local", "kubectl");
         row("helm list", "", "helm list");
-        row("for it's", "", "env for 'it'\\''s'");
-        row("A=1 x", "", "env A=1 x '' 'a\nb' '$(c)'", {QString(), u"a\nb"_s, u"$(c)"_s});
         row("touch", "", "touch $'a\\015b\\047\\302\\233'", {u"a\rb'\u009b"_s}); // as pasted
     }
     void argumentsAndLines()

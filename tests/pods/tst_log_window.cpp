@@ -78,7 +78,7 @@ private Q_SLOTS:
         auto &content = open(
             {{u"web"_s, u"app"_s}, {u"deploy/db"_s, allContainers}}, u"/etc/kc"_s, u"demo"_s, nameSpace);
         QCOMPARE(m_window->windowTitle(), u"%1 Logs | app,--all-containers — demo / %1"_s.arg(nameSpace));
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
+        QTRY_COMPARE(content.document().size(), 12);
         m_window->hide();
         m_window->show();
         QCOMPARE(qsizetype(content.shells().size()), 2);
@@ -121,7 +121,7 @@ private Q_SLOTS:
         auto &content = open(pairs(2));
         const QTableWidget *index = content.colorIndexTableView();
         for (int row = 0; row < 2; ++row) {
-            QTRY_COMPARE_WITH_TIMEOUT(index->item(row, 2)->text(), state, patience);
+            QTRY_COMPARE(index->item(row, 2)->text(), state);
             QVERIFY(index->rowHeight(row) >= (state.count(u'\n') + 1) * index->fontMetrics().height());
         }
         QTRY_COMPARE(m_window->statusText(), status);
@@ -135,15 +135,14 @@ private Q_SLOTS:
             "\\x20maximum\\x20allowed\\x20concurrency\\x20is\\x205,\\x20use\\x20--max-log-requests exit 1");
         auto &content = open({{u"pod-0"_s, allContainers}});
         const auto state = [&] { return content.colorIndexTableView()->item(0, 2)->text(); };
-        QTRY_COMPARE_WITH_TIMEOUT(
-            state(), u"ended, error\n6 containers are more than kubectl follows unasked"_s, patience);
+        QTRY_COMPARE(state(), u"ended, error\n6 containers are more than kubectl follows unasked"_s);
         QTRY_VERIFY(!content.hasRunningStreams());
         auto *button = buttonWith(u"Follow All Containers"_s);
         QTRY_VERIFY(button && button->isVisible());
         QFile::remove(path(u"record"_s));
         setScript("out first\\nsec hang");
         button->click();
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 9, patience);
+        QTRY_COMPARE(content.document().size(), 9);
         QCOMPARE(state(), u"running"_s);
         QVERIFY(!button->isVisible());
         QVERIFY(read(path(u"record"_s)).contains("\"--all-containers\"\n\"--max-log-requests=6\"\n"));
@@ -172,7 +171,7 @@ private Q_SLOTS:
             QTRY_VERIFY(!m_window);
             QVERIFY(!QFile::exists(path(u"record"_s)));
         } else {
-            QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), count * 6, patience);
+            QTRY_COMPARE(content.document().size(), count * 6);
             QCOMPARE(content.colorIndexTableView()->rowCount(), count);
         }
     }
@@ -194,8 +193,7 @@ private Q_SLOTS:
         setScript("pidfile " + QFile::encodeName(path(u"pids"_s)) + ' ' + script);
         const CapturedOutput output;
         auto &content = open(pairs(2));
-        QTRY_VERIFY_WITH_TIMEOUT(
-            content.document().size() >= 2 && pidsIn(path(u"pids"_s)).size() == 2, patience);
+        QTRY_VERIFY(content.document().size() >= 2 && pidsIn(path(u"pids"_s)).size() == 2);
         if (said.isEmpty()) {
             QTRY_VERIFY(!content.hasRunningStreams());
         }
@@ -203,14 +201,14 @@ private Q_SLOTS:
         QTRY_VERIFY(!m_window);
         QCOMPARE(output.text(), said);
         for (const qint64 pid : pidsIn(path(u"pids"_s))) {
-            QTRY_VERIFY_WITH_TIMEOUT(!isAlive(pid), patience);
+            QTRY_VERIFY(!isAlive(pid));
         }
     }
 
     void sourcesHideOnAClick()
     {
         auto &content = open(pairs(2));
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
+        QTRY_COMPARE(content.document().size(), 12);
         QTableWidget *table = content.colorIndexTableView();
         const QRect cell = table->visualItemRect(table->item(1, 0));
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell.center());
@@ -230,7 +228,7 @@ private Q_SLOTS:
     {
         setScript("out one\\ntwo\\nONE\\x20\\x1b[31mred\\x1b[0m\\xff\\n hang");
         auto &content = open(pairs(1));
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), 3, patience);
+        QTRY_COMPARE(content.document().lines(), 3);
         QTest::keyClick(m_window, Qt::Key_F, Qt::ControlModifier);
         QVERIFY(m_window->findBar().isVisible());
         QTest::keyClicks(m_window->findBar().field(), u"one"_s);
@@ -265,7 +263,7 @@ private Q_SLOTS:
         const auto hint = [&] { return content.logTextView()->hint(); };
         QCOMPARE(hint(), u"Waiting for output of 2 containers…"_s);
         QVERIFY(QFile(path(u"go"_s)).open(QIODevice::WriteOnly));
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 12, patience);
+        QTRY_COMPARE(content.document().size(), 12);
         m_window->filterBar().open(u"nowhere"_s);
         QTRY_COMPARE(hint(), u"No line matches the filter."_s);
         content.toggleSource(0);
@@ -280,8 +278,8 @@ private Q_SLOTS:
         delete m_window;
         setScript("err no\\x20such\\x20pod exit 1");
         auto &failed = open(pairs(1));
-        QTRY_VERIFY2_WITH_TIMEOUT(failed.logTextView()->hint().contains(u"pod-0: no such pod"_s),
-            qPrintable(failed.logTextView()->hint()), patience);
+        QTRY_VERIFY2(failed.logTextView()->hint().contains(u"pod-0: no such pod"_s),
+            qPrintable(failed.logTextView()->hint()));
     }
 
     void aSaveOutlivesItsWindow_data()
@@ -301,7 +299,7 @@ private Q_SLOTS:
         setMainConsoleLookup([&] { return &console; });
         auto &content = open(pairs(1));
         content.document().append(0, QByteArray(50'000'000 - 6, 'x'));
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().size(), 50'000'000, patience);
+        QTRY_COMPARE(content.document().size(), 50'000'000);
         m_window->saveTo(path(name));
         delete m_window;
         QTRY_COMPARE(QFileInfo(path(name)).size(), saved);
@@ -348,8 +346,8 @@ private Q_SLOTS:
         containers.resize(6);
         containers.emplace_back(u"deploy/storefront"_s, allContainers);
         auto &content = open(containers, demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(content.document().size() > 0, patience);
-        QTRY_VERIFY_WITH_TIMEOUT(content.sources()[6].choice, patience);
+        QTRY_VERIFY(content.document().size() > 0);
+        QTRY_VERIFY(content.sources()[6].choice);
         const QString state = content.colorIndexTableView()->item(6, 2)->text();
         QVERIFY2(state.startsWith(u"running\nusing pod/storefront-"_s), qPrintable(state));
         QVERIFY2(m_window->statusText().contains(u" pods of deploy/storefront is followed: pod/storefront"_s),
@@ -369,7 +367,7 @@ private Q_SLOTS:
         content.document().commit();
         QCOMPARE(content.document().bytes().read(0, content.document().size()).count('\n'), lines);
         m_window->saveTo(path(u"saved.log"_s));
-        QTRY_VERIFY_WITH_TIMEOUT(!labelWith(u"Saved"_s).isEmpty(), patience);
+        QTRY_VERIFY(!labelWith(u"Saved"_s).isEmpty());
         QCOMPARE(read(path(u"saved.log"_s)).count('\n'), lines);
         qInfo("%lld lines sent, received, kept and saved; %lld bytes", lines, content.document().size());
     }

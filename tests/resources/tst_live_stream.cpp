@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A live stream against children whose every byte, end and moment a test decides; and with real clients
-// against the demo cluster.
+// A live stream against children whose every byte, end and moment a test decides.
 #include "SampleKind.h"
-#include "core/ApplicationRecord.h"
-#include "demo/DemoProcess.h"
 #include "platform/threads/MainQueue.h"
-#include "pods/table/Pod.h"
-#include "resources/kinds/Secret.h"
 #include "resources/live/LiveStream.h"
 #include "resources/live/RowOfLine.h"
 #include "support/Patience.h"
@@ -64,14 +59,6 @@ public:
         ++batches;
     }
 
-    QByteArrayList lines() const
-    {
-        QByteArrayList all;
-        for (const auto &[key, row] : m_rows) {
-            all.append(row->listingLine);
-        }
-        return all;
-    }
     /// "namespace/name=value …", sorted by key.
     QString text() const
     {
@@ -198,8 +185,6 @@ private Q_SLOTS:
     void framesAreGathered();
     void lateOutputIsNoNews();
     void letGoAtAnyTime();
-    void realCluster_data();
-    void realCluster();
 };
 
 /// A script is lines of these:
@@ -542,68 +527,6 @@ void tst_live_stream::letGoAtAnyTime()
         world.wait(1h);
         QVERIFY(world.children.back() == last);
     }
-}
-
-void tst_live_stream::realCluster_data()
-{
-    QTest::addColumn<QString>("client");
-    QTest::addColumn<bool>("secrets");
-    for (const char *variable : {"TIDEWRIGHT_TEST_KUBECTL", "TIDEWRIGHT_TEST_KUBECTL_OLD"}) {
-        for (const bool secrets : {false, true}) {
-            if (const QString client = qEnvironmentVariable(variable); !client.isEmpty()) {
-                QTest::addRow("%s, %s", secrets ? "secrets" : "pods", qPrintable(client))
-                    << client << secrets;
-            }
-        }
-    }
-}
-
-/// Real children: what is made and deleted on the server arrives, and equals a listing.
-void tst_live_stream::realCluster()
-{
-    QFETCH(QString, client);
-    QFETCH(bool, secrets);
-    const ResourceKind kind = secrets ? secretKind() : podKind();
-    const DemoProcess demo({u"--still"_s}, client);
-    setKubectlPath(client);
-    Table table(kind);
-    LiveStream stream(
-        kind, {u"demo-harbor"_s, u"http://host/demo-harbor"_s, u"All Namespaces"_s}, liveMeans([&demo] {
-            auto shell = Shell::create();
-            shell->environment.insert("KUBECONFIG", demo.kubeconfig().toUtf8());
-            return shell;
-        }));
-    connect(&stream, &LiveStream::batchReady, this, [&](const LiveBatch &batch) { table.apply(batch); });
-    const auto listed = [&] {
-        QByteArrayList lines
-            = demo.kubectl(QStringList{u"get"_s, kind.listWord, u"-A"_s} + kind.outputArguments)
-                  .output.toUtf8()
-                  .trimmed()
-                  .split('\n');
-        std::sort(lines.begin(), lines.end());
-        return lines;
-    };
-    const auto shown = [&table] {
-        QByteArrayList lines = table.lines();
-        std::sort(lines.begin(), lines.end());
-        return lines;
-    };
-    stream.start();
-    QTRY_COMPARE(stream.status().state, State::Live);
-    QCOMPARE(shown(), listed());
-    QVERIFY(!shown().isEmpty());
-    QCOMPARE(
-        demo.kubectl({u"create"_s, u"secret"_s, u"generic"_s, u"new"_s, u"--from-literal=a=b"_s}).exitCode,
-        0);
-    QCOMPARE(demo.kubectl({u"delete"_s, u"secret"_s, u"payment-gateway"_s, u"-nshop"_s}).exitCode, 0);
-    QCOMPARE(demo.kubectl({u"scale"_s, u"deploy"_s, u"--all"_s, u"-nshop"_s, u"--replicas=4"_s}).exitCode, 0);
-    QTRY_COMPARE(shown(), listed());
-    stream.pause();
-    QCOMPARE(demo.kubectl({u"delete"_s, u"secret"_s, u"new"_s}).exitCode, 0);
-    QCOMPARE(demo.kubectl({u"scale"_s, u"deploy"_s, u"--all"_s, u"-nshop"_s, u"--replicas=1"_s}).exitCode, 0);
-    stream.resume();
-    QTRY_COMPARE(shown(), listed());
-    QTRY_COMPARE(stream.status().state, State::Live);
 }
 
 QTEST_MAIN(tst_live_stream)
