@@ -4,8 +4,6 @@
 
 #include <QTest>
 
-#include <thread>
-
 using namespace tidewright;
 using namespace Qt::StringLiterals;
 
@@ -46,26 +44,6 @@ private Q_SLOTS:
                     qPrintable(test.pattern + u' ' + name));
             }
         }
-    }
-
-    void searchesOnManyThreadsDoNotDisturbEachOther()
-    {
-        Glob glob(u"*-(x+x+)+y-7"_s); // some of the searches are cut off
-        glob.compile();
-        std::atomic<int> matched = 0;
-        std::vector<std::thread> threads;
-        for (int i = 0; i < 4; ++i) {
-            threads.emplace_back([&glob, &matched] {
-                for (int n = 0; n < 30; ++n) {
-                    matched += glob.matches(u"pod-xxxxy-%1"_s.arg(n % 10));
-                    matched += glob.matches(u"pod-%1"_s.arg(QString(60, u'x')));
-                }
-            });
-        }
-        for (std::thread &thread : threads) {
-            thread.join();
-        }
-        QCOMPARE(matched, 4 * 3);
     }
 
     void linksAreFound()

@@ -334,21 +334,11 @@ private Q_SLOTS:
             {u"--still"_s, u"--log-rate"_s, u"20000"_s}, qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
         QVERIFY(demo.isReady());
         setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
-        const QStringList pods
-            = demo.kubectl({u"get"_s, u"po"_s, u"-nshop"_s, u"-lapp in (storefront,cart)"_s,
-                               u"-ojsonpath={.items[*].metadata.name}"_s})
-                  .output.split(u' ', Qt::SkipEmptyParts);
-        std::vector<ContainerPair> containers;
-        for (const QString &pod : pods) {
-            containers.emplace_back(pod, pod.section(u'-', 0, 0) == u"cart"_s ? u"cart"_s : u"app"_s);
-        }
-        QVERIFY(containers.size() >= 6);
-        containers.resize(6);
-        containers.emplace_back(u"deploy/storefront"_s, allContainers);
-        auto &content = open(containers, demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s);
+        auto &content
+            = open({{u"deploy/storefront"_s, allContainers}}, demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s);
         QTRY_VERIFY(content.document().size() > 0);
-        QTRY_VERIFY(content.sources()[6].choice);
-        const QString state = content.colorIndexTableView()->item(6, 2)->text();
+        QTRY_VERIFY(content.sources()[0].choice);
+        const QString state = content.colorIndexTableView()->item(0, 2)->text();
         QVERIFY2(state.startsWith(u"running\nusing pod/storefront-"_s), qPrintable(state));
         QVERIFY2(m_window->statusText().contains(u" pods of deploy/storefront is followed: pod/storefront"_s),
             qPrintable(m_window->statusText()));
