@@ -45,6 +45,19 @@ private Q_SLOTS:
         QVERIFY(onMain);
     }
 
+    void aReceiverThatIsGoneGetsNothing()
+    {
+        auto receiver = std::make_unique<QObject>();
+        QObject other;
+        int calls = 0;
+        bool done = false;
+        postToMain(QPointer(receiver.get()), [&](QObject &) { ++calls; });
+        postToMain(QPointer(&other), [&](QObject &) { done = true; });
+        receiver.reset();
+        QTRY_VERIFY(done);
+        QCOMPARE(calls, 0);
+    }
+
     void shortTasksShareThreads()
     {
         DispatchQueue queue("short");

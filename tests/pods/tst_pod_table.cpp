@@ -321,44 +321,38 @@ private Q_SLOTS:
 
     void aFailedLoadSaysWhyAndTheNextGoodOneFillsTheTable_data()
     {
-        QTest::addColumn<QByteArray>("control"); // of the demo cluster
-        QTest::addColumn<QByteArray>("script"); // of a tool in kubectl's place
-        QTest::addColumn<QString>("kubeconfig");
+        // The trouble is the demo cluster's, a kubeconfig that is missing, or a tool's in kubectl's place.
+        QTest::addColumn<QByteArray>("trouble");
         QTest::addColumn<QString>("reason");
         QTest::addColumn<int>("rows");
-        const QString none;
-        QTest::newRow("forbidden") << QByteArray("{\"fail\":403}") << QByteArray() << none << "orbidden" << 0;
-        QTest::newRow("server error") << QByteArray("{\"fail\":503}") << QByteArray() << none << "rror" << 0;
-        QTest::newRow("missing kubeconfig") << QByteArray() << QByteArray() << "/nowhere/kubeconfig"
-                                            << "does not exist" << 0;
-        QTest::newRow("garbage") << QByteArray()
-                                 << QByteArray("out\n<html>no cluster here</html>\\n\\x01\\x02\\n") << none
-                                 << "<html>no cluster here</html>" << 0;
-        QTest::newRow("not text") << QByteArray() << QByteArray("out\n\\xff\\xfe\\xff") << none
-                                  << "it is not text" << 0;
-        QTest::newRow("killed half-way")
-            << QByteArray() << QByteArray("out\na\\ttrue\\tRunning\\t0\\t\\t\\tapp\\nb\\ttr\ndie\n9") << none
-            << "ended by signal 9" << 1;
-        QTest::newRow("a warning beside rows")
-            << QByteArray() << QByteArray("err\nWarning: old API\nout\na\\ttrue\\tRunning\\t0\\t\\t\\tapp\\n")
-            << none << "Warning: old API" << 1;
+        const auto row = [](const char *name, const char *trouble, const char *reason, int rows) {
+            QTest::newRow(name) << QByteArray(trouble) << QString::fromLatin1(reason) << rows;
+        };
+        row("forbidden", "{\"fail\":403}", "orbidden", 0);
+        row("server error", "{\"fail\":503}", "rror", 0);
+        row("missing kubeconfig", "/nowhere/kubeconfig", "does not exist", 0);
+        row("garbage", "out\n<html>no cluster here</html>\\n\\x01\\x02\\n", "<html>no cluster here</html>",
+            0);
+        row("not text", "out\n\\xff\\xfe\\xff", "it is not text", 0);
+        row("killed half-way", "out\na\\ttrue\\tRunning\\t0\\t\\t\\tapp\\nb\\ttr\ndie\n9",
+            "ended by signal 9", 1);
+        row("a warning beside rows", "err\nWarning: old API\nout\na\\ttrue\\tRunning\\t0\\t\\t\\tapp\\n",
+            "Warning: old API", 1);
     }
 
     void aFailedLoadSaysWhyAndTheNextGoodOneFillsTheTable()
     {
-        QFETCH(QByteArray, control);
-        QFETCH(QByteArray, script);
-        QFETCH(QString, kubeconfig);
+        QFETCH(QByteArray, trouble);
         QFETCH(QString, reason);
         QFETCH(int, rows);
         QVERIFY(load());
         const auto good = m_table->tableItems().size();
-        if (!control.isEmpty()) {
-            QVERIFY(m_demo->control(control));
-        } else if (!script.isEmpty()) {
-            pretend(script);
+        if (trouble.startsWith('{')) {
+            QVERIFY(m_demo->control(trouble));
+        } else if (trouble.startsWith('/')) {
+            m_window->facade.configPath = QString::fromLatin1(trouble);
         } else {
-            m_window->facade.configPath = kubeconfig;
+            pretend(trouble);
         }
         QVERIFY(load());
         QCOMPARE(int(m_table->tableItems().size()), rows);
