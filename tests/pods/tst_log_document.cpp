@@ -548,30 +548,14 @@ private Q_SLOTS:
         row("direct", "\x1b[38;2;1;2;3mx\x1b[38:2::4:5:6my", "<10203>x<40506>y");
         row("inverse", "\x1b[7mx\x1b[27my", "<i>xy");
         row("kinds of underline", "\x1b[4:3mx", "<u>x");
-        row("other sequences",
-            "\x1b[2Ka\x1b]0;title\x07"
-            "b\x1b(B\x1b[?25lc\x1b[>4;1md",
-            "abcd");
+        row("other sequences", "\x1b[2Ka\x1b]0;title\ab\x1b(B\x1b[?25lc\x1b[>4;1md", "abcd");
         row("sequence that is cut", "a\x1b[3", "a");
-        row("one-character introducer",
-            "a\xc2\x9b"
-            "31mb",
-            "a<dc322f>b");
-        row("controls",
-            "a\x07\x01\x7f\xc2\x85"
-            "b",
-            "ab");
+        row("one-character introducer", "a\u009b31mb", "a<dc322f>b");
+        row("controls", "a\a\x01\x7f\u0085b", "ab");
         row("NUL", QByteArray("a\0b", 3), "a\u2400b", false);
         row("overstruck", "N\bNA\bA", "NA");
-        row("direction marks",
-            "a\u202e"
-            "b\u2066"
-            "c",
-            "abc");
-        row("reserved",
-            "a\ufdd0\ufffc\u2028"
-            "b",
-            "a\ufffd\ufffd b", false);
+        row("direction marks", "a\u202eb\u2066c", "abc");
+        row("reserved", "a\ufdd0\ufffc\u2028b", "a\ufffd\ufffd b", false);
         row("wide", "日本", "日本", false);
         row("bytes that are no text", "a\xff\xc3(\x1b[31m\xe2\x82\n", "a\ufffd\ufffd(<dc322f>\ufffd\ufffd",
             false);
