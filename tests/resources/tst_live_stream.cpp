@@ -4,10 +4,8 @@
 #include "platform/threads/MainQueue.h"
 #include "resources/live/LiveStream.h"
 #include "resources/live/RowOfLine.h"
-#include "support/Patience.h"
 
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <map>
