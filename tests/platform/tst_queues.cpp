@@ -4,10 +4,8 @@
 #include "support/TestSupport.h"
 
 #include <QTest>
-#include <QTimer>
 
 #include <algorithm>
-#include <latch>
 #include <set>
 #include <thread>
 
@@ -47,23 +45,6 @@ private Q_SLOTS:
         QVERIFY(onMain);
     }
 
-    void aTaskThatPostsAgainLetsTheEventLoopGoOn()
-    {
-        int rounds = 0;
-        bool timerFired = false;
-        std::function<void()> again = [&] {
-            ++rounds;
-            if (!timerFired && rounds < 1'000'000) {
-                mainQueue().post(again);
-            }
-        };
-        QTimer::singleShot(0, this, [&] { timerFired = true; });
-        mainQueue().post(again);
-        QTRY_VERIFY(timerFired);
-        QVERIFY(rounds < 1'000'000);
-        QCoreApplication::processEvents();
-    }
-
     void aReceiverThatIsGoneGetsNothing()
     {
         auto receiver = std::make_unique<QObject>();
@@ -77,31 +58,6 @@ private Q_SLOTS:
         QCOMPARE(calls, 0);
     }
 
-    void blockedTasksStarveNobody()
-    {
-        constexpr int blocked = 200;
-        std::latch allRun(blocked);
-        std::promise<void> release;
-        const auto released = release.get_future().share();
-        std::vector<std::future<bool>> ends;
-        for (int i = 0; i < blocked; ++i) {
-            ends.push_back(inBackground([&allRun, released] {
-                allRun.count_down();
-                released.wait();
-                return true;
-            }));
-        }
-        auto oneMore = inBackground([] { return true; });
-        const bool ran = arrives(oneMore);
-        const bool together = QTest::qWaitFor([&allRun] { return allRun.try_wait(); }, 20'000);
-        release.set_value();
-        for (const auto &end : ends) {
-            end.wait();
-        }
-        QVERIFY(ran);
-        QVERIFY(together);
-    }
-
     void shortTasksShareThreads()
     {
         DispatchQueue queue("short");
@@ -111,14 +67,6 @@ private Q_SLOTS:
         }
         // A thread that has just ended its task may not be idle yet when the next one comes.
         QVERIFY2(threads.size() <= 250, qPrintable(QString::number(threads.size())));
-    }
-
-    void aFinishedTaskIsReleased()
-    {
-        DispatchQueue queue("release");
-        auto held = std::make_shared<int>(1);
-        queue.post([held] { Q_UNUSED(held) });
-        QTRY_COMPARE(held.use_count(), 1L);
     }
 };
 

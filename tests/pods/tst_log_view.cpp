@@ -131,14 +131,12 @@ private Q_SLOTS:
         QTest::newRow("narrower") << 0;
         QTest::newRow("larger text") << 1;
         QTest::newRow("filtered and back") << 2;
-        QTest::newRow("a source hidden and back") << 3;
     }
     void theTopStaysWhenRowsChange()
     {
         QFETCH(int, step);
         Bench bench(m_folder.path());
         bench.addLines(2000);
-        bench.add(u"other\n"_s, 1);
         bench.view.verticalScrollBar()->setValue(700);
         const qint64 top = bench.view.scroll().topPosition();
         QVERIFY(top > 0);
@@ -149,16 +147,11 @@ private Q_SLOTS:
         case 1:
             bench.key(Qt::Key_Plus, Qt::ControlModifier);
             break;
-        case 2:
+        default:
             bench.document.setFilter(LogPattern(u"7"_s, true, false));
             QTRY_VERIFY(bench.document.examined() == bench.document.size());
             QTRY_VERIFY(bench.view.visibleText().startsWith(u"line 7"_s));
             bench.document.setFilter({});
-            break;
-        default:
-            bench.document.setSourceHidden(1, true);
-            QTRY_VERIFY(bench.document.examined() == bench.document.size());
-            bench.document.setSourceHidden(1, false);
         }
         QTRY_COMPARE(bench.view.scroll().topPosition(), top);
         QVERIFY(!bench.view.scroll().isFollowing());

@@ -24,8 +24,6 @@ struct SampleItem : KubeTableItem
         startTimeString = startField;
     }
 
-    QString ageOfNote() const { return ageSince(note, false); }
-
     friend bool operator==(const SampleItem &, const SampleItem &) = default;
 };
 

@@ -4,6 +4,7 @@
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/text/Timestamp.h"
+#include "pods/table/Pod.h"
 #include "resources/kinds/ClusterRole.h"
 #include "resources/kinds/ConfigMap.h"
 #include "resources/kinds/CronJob.h"
@@ -49,7 +50,7 @@ const std::map<QString, ResourceKind (*)()> &kinds()
         {u"services"_s, serviceKind}, {u"ep"_s, endpointKind}, {u"configmaps"_s, configMapKind},
         {u"secrets"_s, secretKind}, {u"persistentvolumes"_s, persistentVolumeKind},
         {u"serviceaccounts"_s, serviceAccountKind}, {u"clusterroles"_s, clusterRoleKind},
-        {u"events"_s, eventKind}};
+        {u"events"_s, eventKind}, {u"po"_s, podKind}};
     return all;
 }
 
@@ -124,53 +125,35 @@ private Q_SLOTS:
             "web|Unavailable <NSStatusUnavailable>|3|0|0|0|<unknown>");
         row("deploy", "scaled to none", "web\t\t\t\t\tT",
             "web|None wanted <NSStatusAvailable>|0|0|0|0|1h 1m");
+        row("po", "none ready", "p\tfalse false\tPending\t0 0\tCreating Creating\tT\ta b",
+            "p|Pending: Creating <NSStatusUnavailable>|Creating|0|1h 1m|a, b|||");
+        row("po", "coming", "p\tfalse\tPending\t0\tContainerCreating\tT\ta",
+            "p|Pending: ContainerCreating <NSStatusPartiallyAvailable>|ContainerCreating|0|1h 1m|a|||");
+        row("po", "failed", "p\t\tFailed\t\t\tT\ta", "p|Failed <NSStatusUnavailable>||0|1h 1m|a|||");
+        row("po", "counts that are none", "p\ttrue\tRunning\tx 9223372036854775807 4\t\tT\ta",
+            "p|1/1 Running <NSStatusAvailable>||9223372036854775807|1h 1m|a|||");
         row("rs", "order of the fields", "web-1\t4\t2\t3\tT",
             "web-1|Partly available <NSStatusPartiallyAvailable>|4|2|3|1h 1m");
         row("rs", "placeholders", "web-1\t0\t<no value>\t<no value>\tT",
             "web-1|None wanted <NSStatusAvailable>|0|0|0|1h 1m");
-        row("ds", "labels", "probe\t5\t5\t4\t5\t4\tmap[accelerator:gpu disk:ssd]\tT",
-            "probe|Partly available <NSStatusPartiallyAvailable>|5|5|4|5|4|accelerator:gpu disk:ssd|1h 1m");
         row("ds", "no labels", "probe\t1\t1\t1\t1\t1\tmap[]\tT",
             "probe|Available <NSStatusAvailable>|1|1|1|1|1||1h 1m");
-        row("ds", "no selector", "probe\t1\t1\t1\t1\t1\t<no value>\tT",
-            "probe|Available <NSStatusAvailable>|1|1|1|1|1|<no value>|1h 1m");
-        row("job", "running", "j\t3\t<no value>\tT\t<no value>\t\tT",
-            "j|0/3 <NSStatusUnavailable>|Running||1h 1m||1h 1m");
-        row("job", "half done", "j\t3\t1\tT\t<no value>\t\tT",
-            "j|1/3 <NSStatusPartiallyAvailable>|Running||1h 1m||1h 1m");
         row("job", "nothing to complete", "j\t<no value>\t<no value>\t<no value>\t<no value>\t\tT",
             "j|0/0 <NSStatusAvailable>|Waiting||<unknown>||1h 1m");
         row("job", "conditions",
             "j\t1\t1\tT\t2027-01-15T08:00:00Z\tComplete:,Failed:BackoffLimitExceeded,Odd,\tT",
             "j|1/1 <NSStatusAvailable>|Complete, Failed, Odd|, BackoffLimitExceeded, |1h 1m|1h 1m|1h 1m");
-        row("cj", "suspended", "c\t0 4 * * 0\ttrue\t\t\tT",
-            "c|0 4 * * 0|True <NSStatusPartiallyAvailable>|No|Never|1h 1m");
         row("cj", "running", "c\t@daily\tfALSE oR not\tc-1 c-2\tT\tT",
             "c|@daily|False Or Not|Running <NSStatusAvailable>|1h 1m|1h 1m");
         row("cj", "as bare as can be", "c\t\t\t\t\tT", "c|||No|Never|1h 1m");
-        row("services", "node ports", "s\tLoadBalancer\t10.9.8.7\tlb.example\t80 443:31080 31443\tT",
-            "s|LoadBalancer|10.9.8.7|lb.example|80 443:31080 31443|1h 1m");
-        row("services", "ports only", "s\tClusterIP\tNone\t\t5432:\tT", "s|ClusterIP|None||5432|1h 1m");
         row("services", "no ports", "s\tExternalName\t\t\t:\tT", "s|ExternalName||||1h 1m");
         row("ep", "two addresses", "e\t10.1.1.1,10.1.1.2,\tPod/a,Pod/b,\thttp:80/TCP,dns:53/UDP,\tT",
             "e|10.1.1.1, 10.1.1.2|Pod/a, Pod/b|http:80/TCP, dns:53/UDP|1h 1m");
         row("ep", "neither targets nor port names",
             "e\t10.1.1.1,\t<no value>/<no value>,\t<no value>:6443/TCP,\tT", "e|10.1.1.1||6443/TCP|1h 1m");
         row("ep", "no addresses", "e\t\t\t\tT", "e||||1h 1m");
-        row("configmaps", "usual", "c\tT", "c|1h 1m");
-        row("secrets", "two keys", "s\tkubernetes.io/tls\t2\tT", "s|kubernetes.io/tls|2|1h 1m");
-        row("secrets", "no keys", "s\tOpaque\t\tT", "s|Opaque|0|1h 1m");
-        row("persistentvolumes", "bound",
-            "v\t100Gi\tReadWriteOnce,ReadOnlyMany,\tRetain\tBound\tdata/db-0\tfast\tT",
-            "v|Bound <NSStatusAvailable>|100Gi|RWO, ReadOnlyMany|Retain|data/db-0|fast|1h 1m");
         row("persistentvolumes", "available", "v\t1Gi\tReadWriteOncePod,\tDelete\tAvailable\t/\t\tT",
             "v|Available <NSStatusAvailable>|1Gi|RWOPod|Delete|||1h 1m");
-        row("persistentvolumes", "placeholders",
-            "v\t1Gi\t\tRecycle\tFailed\t<no value>/<no value>\t<no value>\tT",
-            "v|Failed <NSStatusUnavailable>|1Gi||Recycle|||1h 1m");
-        row("serviceaccounts", "usual", "a\t2\tT", "a|2|1h 1m");
-        row("clusterroles", "twelve rules", "view\t12 \tT", "view|12|1h 1m");
-        row("clusterroles", "no rules", "none\t \tT", "none|0|1h 1m");
         row("events", "warning", "e\tWarning\tBackOff\tPod\tweb\tagain, <no value> and again\tT",
             "Warning <warning> in orange|1h 1m|BackOff|Pod/web|again, <no value> and again|*|e");
         row("events", "error", "e\tError\t<no value>\tNode\tn\t<no value>\tT",
@@ -276,6 +259,10 @@ private Q_SLOTS:
             QStringList rows;
         };
         const std::vector<Listing> listings{
+            {"po", "shop",
+                {u"cart-*|2/3 Running <NSStatusUnavailable>|CrashLoopBackOff|17|* days|cart, mesh-proxy, config-reloader|||"_s,
+                    u"checkout-*|Pending: ImagePullBackOff <NSStatusUnavailable>|ImagePullBackOff|0|*m|checkout|||"_s,
+                    u"nightly-price-sync-*|Succeeded <statusCompleted>|Completed|0|*|sync|||"_s}},
             {"deploy", "shop",
                 {u"storefront|*|4|4|4|4|*"_s, u"checkout|*|2|0|2|0|*"_s, u"wishlist|*|0|0|0|0|*"_s}},
             {"rs", "shop", {u"storefront-*|*|4|4|4|*"_s, u"checkout-*|*|2|0|0|*"_s}},
@@ -283,26 +270,26 @@ private Q_SLOTS:
                 {u"node-probe|*|5|5|4|5|4|<no value>|*"_s,
                     u"gpu-probe|*|0|0|0|0|0|accelerator:gpu disk:ssd|*"_s}},
             {"job", "shop",
-                {u"export-catalog|1/3*|Running||*||*"_s,
+                {u"export-catalog|1/3 <NSStatusPartiallyAvailable>|Running||*||*"_s,
                     u"migrate-orders-v7|0/1*|Failed|BackoffLimitExceeded|*||*"_s,
-                    u"nightly-price-sync-28512345|1/1*|Complete||*|*|*"_s}},
+                    u"nightly-price-sync-28512345|1/1 <NSStatusAvailable>|Complete||*|*|*"_s}},
             {"cj", "shop",
                 {u"nightly-price-sync|15 2 * * *|False*|No|*|*"_s,
-                    u"rebuild-recommendation-features-weekly|0 4 * * 0|True*|No|Never|*"_s}},
+                    u"rebuild-recommendation-features-weekly|0 4 * * 0|True <NSStatusPartiallyAvailable>|No|Never|*"_s}},
             {"services", "default",
                 {u"web|LoadBalancer|10.*|web-1a2b3c.lb.example|80 443:31080 31443|*"_s,
                     u"greeter|ClusterIP|10.*||9000|*"_s}},
             {"services", "payments",
-                {u"legacy-bank|ExternalName|*||*|*"_s, u"queue|ClusterIP|None||5672|*"_s}},
+                {u"legacy-bank|ExternalName|||443|*"_s, u"queue|ClusterIP|None||5672|*"_s}},
             {"ep", "default",
                 {u"greeter|10.*|Pod/greeter-*|main:9000/TCP|*"_s,
                     u"kubernetes|10.10.0.2||https:6443/TCP|*"_s}},
             {"configmaps", "default", {u"web-config|*"_s, u"empty-settings|*"_s}},
             {"secrets", "default", {u"web-tls|kubernetes.io/tls|2|*"_s, u"placeholder|Opaque|0|*"_s}},
             {"persistentvolumes", "default",
-                {u"pv-orders-0|Bound*|100Gi|RWO|Retain|data/orders-db-0|fast-ssd|*"_s,
-                    u"pv-spare|Available*|20Gi|RWO, ReadOnlyMany|Delete||standard|*"_s,
-                    u"pv-broken|Failed*|1Gi|RWO|Recycle|||*"_s}},
+                {u"pv-orders-0|Bound <NSStatusAvailable>|100Gi|RWO|Retain|data/orders-db-0|fast-ssd|*"_s,
+                    u"pv-spare|Available <NSStatusAvailable>|20Gi|RWO, ReadOnlyMany|Delete||standard|*"_s,
+                    u"pv-broken|Failed <NSStatusUnavailable>|1Gi|RWO|Recycle|||*"_s}},
             {"serviceaccounts", "default", {u"default|1|*"_s, u"deployer|2|*"_s, u"reader|0|*"_s}},
             {"clusterroles", "default", {u"view|12|*"_s, u"aggregate-nothing|0|*"_s}},
             {"events", "payments",

@@ -122,8 +122,6 @@ private Q_SLOTS:
     void beyondTheListing();
     void failures_data();
     void failures();
-    void unknownTemplates_data();
-    void unknownTemplates();
     void cutAnywhere();
     void paths_data();
     void paths();
@@ -352,31 +350,6 @@ void tst_live_lines::failures()
     const QByteArrayList made = linesOf(printing(output), listOf({object}), 10);
     QCOMPARE(made.size(), 1);
     QVERIFY2(made[0].startsWith("! /odd: "), made[0].constData());
-}
-
-void tst_live_lines::unknownTemplates_data()
-{
-    QTest::addColumn<QString>("output");
-    for (const char *output :
-        {"-oname", "-o=jsonpath={.items[*].metadata.name}", "-o=jsonpath={range .items[*]}{.a[?(@.b==1)]}\n",
-            "-o=jsonpath={range .items[*]}{..name}\n", "-o=jsonpath={range .items[*]}{\"x\"}\n",
-            "-o=jsonpath={range .items[*]}{range .a[*]}{.b}{end}\n{end}",
-            "-o=jsonpath={range .items[*]}{.a\n", "-o=jsonpath={range .items[*]}{.name}",
-            "--template={{range .items}}{{.a}}\n", "--template={{range .items}}{{$x}}\n{{end}}",
-            "--template={{range .items}}{{if .a}}b{{else}}c{{end}}\n{{end}}",
-            "--template={{range .items}}{{if .a}}b\n{{end}}",
-            "--template={{range .items}}{{.a|printf}}\n{{end}}",
-            "--template={{range .items}}{{.a..b}}\n{{end}}"}) {
-        QTest::newRow(QByteArray(output).simplified().constData()) << QString::fromLatin1(output);
-    }
-}
-
-void tst_live_lines::unknownTemplates()
-{
-    QFETCH(QString, output);
-    QString problem;
-    QVERIFY(!ObjectPrinter::compile({output}, problem));
-    QVERIFY(problem.endsWith(u'.'));
 }
 
 /// A list in pieces of any length, with what must not pass for its structure.

@@ -2,6 +2,7 @@
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "pods/table/Pod.h"
+#include "resources/kinds/Secret.h"
 #include "resources/loading/TableLoader.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
@@ -30,11 +31,12 @@ struct LiveWindow : StubWindow
     bool live = true;
 };
 
-/// The pods of a demo cluster in a table, without its view.
+/// A kind of objects of a demo cluster in a table, without its view.
 struct LiveTable
 {
-    LiveTable(const QStringList &arguments, const QString &nameSpace)
+    LiveTable(const QStringList &arguments, const QString &nameSpace, const ResourceKind &kind = podKind())
         : demo(arguments + QStringList{u"--still"_s}, kubectlPath())
+        , store(kind)
     {
         window.facade.configPath = demo.kubeconfig();
         window.context = u"demo-harbor"_s;
@@ -62,7 +64,9 @@ struct LiveTable
         const QStringList place = all ? QStringList{u"-A"_s} : QStringList{u"-n"_s, window.nameSpace};
         QByteArrayList lines;
         for (const QByteArray &line :
-            demo.kubectl(QStringList{u"get"_s, u"po"_s} + place + output).output.toUtf8().split('\n')) {
+            demo.kubectl(QStringList{u"get"_s, store.kind().listWord} + place + output)
+                .output.toUtf8()
+                .split('\n')) {
             if (!line.isEmpty()) {
                 lines.append(all ? line : line + '\t');
             }
@@ -71,9 +75,16 @@ struct LiveTable
         return lines;
     }
 
+    /// Nobody looks at it any more, for so long that it stops following.
+    void hide()
+    {
+        loader.setWatched(false);
+        QVERIFY(QMetaObject::invokeMethod(loader.findChild<QTimer *>(u"unwatched"_s), "timeout"));
+    }
+
     LiveWindow window;
     DemoProcess demo;
-    RowStore store{podKind()};
+    RowStore store;
     TableLoader loader{store, window};
 };
 
@@ -83,7 +94,7 @@ class TestLiveTable : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL")); }
+    void init() { setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL")); }
 
     void equalsAListingInTheEnd_data()
     {
@@ -121,9 +132,7 @@ private Q_SLOTS:
             } else if (meanwhile == u"switch"_s) {
                 table.window.switchTo(round % 2);
             } else if (meanwhile == u"hide"_s) {
-                table.loader.setWatched(round % 2);
-                QVERIFY(
-                    QMetaObject::invokeMethod(table.loader.findChild<QTimer *>(u"unwatched"_s), "timeout"));
+                round % 2 ? table.loader.setWatched(true) : table.hide();
             }
             QCoreApplication::processEvents();
         }
@@ -132,6 +141,41 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(table.loader.following(), Following::Live, 60'000);
         QTRY_COMPARE_WITH_TIMEOUT(table.shown(), table.listed(), 60'000);
         QTRY_VERIFY(!table.loader.isLoading());
+    }
+
+    void everyClientFollowsWhatComesRawAndWhatDoesNot_data()
+    {
+        QTest::addColumn<QString>("client");
+        QTest::addColumn<bool>("isConfidential");
+        for (const char *variable : {"TIDEWRIGHT_TEST_KUBECTL", "TIDEWRIGHT_TEST_KUBECTL_OLD"}) {
+            if (const QString client = qEnvironmentVariable(variable); !client.isEmpty()) {
+                QTest::addRow("pods, %s", qPrintable(client)) << client << false;
+                QTest::addRow("secrets, %s", qPrintable(client)) << client << true;
+            }
+        }
+    }
+    void everyClientFollowsWhatComesRawAndWhatDoesNot()
+    {
+        QFETCH(QString, client);
+        QFETCH(bool, isConfidential);
+        setKubectlPath(client);
+        LiveTable table({}, allNamespaces, isConfidential ? secretKind() : podKind());
+        const auto run
+            = [&table](const QString &line) { QCOMPARE(table.demo.kubectl(line.split(u' ')).exitCode, 0); };
+        table.loader.load({});
+        QTRY_COMPARE(table.loader.following(), Following::Live);
+        QCOMPARE(table.shown(), table.listed());
+        QVERIFY(!table.shown().isEmpty());
+        run(u"create secret generic new --from-literal=a=b"_s);
+        run(u"delete secret payment-gateway -nshop"_s);
+        run(u"scale deploy --all -nshop --replicas=4"_s);
+        QTRY_COMPARE(table.shown(), table.listed());
+        table.hide();
+        run(u"delete secret new"_s);
+        run(u"scale deploy --all -nshop --replicas=1"_s);
+        table.loader.setWatched(true);
+        QTRY_COMPARE(table.shown(), table.listed());
+        QTRY_COMPARE(table.loader.following(), Following::Live);
     }
 
     void listsWhatCannotBeFollowed()

@@ -59,9 +59,10 @@ bool DeploymentController::ensureCell(const QModelIndex &index)
 {
     const Deployment &deployment = deploymentAt(arrangedObjects(), index.row());
     ReplicaCell *cell = cellAt(index);
-    const bool missing = !cell || cell->deployment() != objectAt(index.row());
+    const ObjectName object{deployment.nameSpace, deployment.name};
+    const bool missing = !cell || cell->deployment() != object;
     if (missing) {
-        cell = new ReplicaCell(objectAt(index.row()), tableView().viewport());
+        cell = new ReplicaCell(object, tableView().viewport());
         setFocusPolicies(*cell, Qt::ClickFocus);
         connect(cell, &ReplicaCell::chosen, this,
             [this, cell](qint64 desired) { sliderChanged(*cell, desired); });
