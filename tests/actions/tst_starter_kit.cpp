@@ -179,7 +179,7 @@ private Q_SLOTS:
                 if (kind && show) {
                     texts += {kind->currentText(), QVariant(show->isChecked()).toString()};
                 }
-                const QString asked = texts.join(u',') + u": "_s + m_bench->dialog()->informativeText();
+                const QString asked = texts.join(u',') + u": "_s + m_bench->dialog().message();
                 QVERIFY2(asked.startsWith(answer.mid(1)), qPrintable(asked));
             } else if (answer.contains(u'=')) {
                 QVERIFY(kind && show);
