@@ -295,6 +295,9 @@ void TableLoader::clear()
 
 void TableLoader::setWatched(bool watched)
 {
+    if (watched == m_isWatched) {
+        return;
+    }
     m_isWatched = watched;
     if (!watched) {
         m_unwatched.start();

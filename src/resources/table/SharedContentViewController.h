@@ -138,6 +138,7 @@ private:
     void connectParts();
     void refresh();
     void showLoading();
+    void updateWatched();
     void updateStatus();
     void showContextMenu(const QPoint &position);
 
