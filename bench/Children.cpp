@@ -88,7 +88,7 @@ PeakMemory::PeakMemory()
             for (const std::string &id : children()) {
                 m_kilobytes = std::max(m_kilobytes.load(), peakKilobytesOfKubectl(id));
             }
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
         }
     })
 {

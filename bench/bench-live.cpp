@@ -61,7 +61,7 @@ double decodeSeconds(const QByteArray &state, std::size_t &rows)
         changes.clear();
         decoder.take(QByteArrayView(state).sliced(begin, std::min(pieceSize, state.size() - begin)), changes);
         for (const LiveChange &change : changes) {
-            objects.put(change.key, change.uid, change.line, 0);
+            objects.put(change, 0);
         }
     }
     objects.completeState();

@@ -7,6 +7,10 @@
 
 namespace tidewright {
 
+/// Where the field stands that the listing of a kind is sorted by: a JSON pointer (RFC 6901). Empty where it
+/// comes as the server has it.
+QByteArray sortedBy(const ResourceKind &kind);
+
 /// From an object to its line, with the kind's second template where the first one fails. Immutable; any
 /// thread.
 class ObjectLines
@@ -22,6 +26,7 @@ public:
 private:
     std::shared_ptr<const ObjectPrinter> m_printer;
     std::function<QStringList(const QString &error)> m_otherOutput;
+    QByteArray m_sortedBy;
 };
 
 } // namespace tidewright
