@@ -2,6 +2,7 @@
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "pods/table/Pod.h"
+#include "resources/kinds/Event.h"
 #include "resources/loading/TableLoader.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
@@ -33,8 +34,9 @@ struct LiveWindow : StubWindow
 /// The pods of a demo cluster in a table, without its view.
 struct LiveTable
 {
-    LiveTable(const QStringList &arguments, const QString &nameSpace)
+    LiveTable(const QStringList &arguments, const QString &nameSpace, const ResourceKind &kind = podKind())
         : demo(arguments + QStringList{u"--still"_s}, kubectlPath())
+        , store(kind)
     {
         window.facade.configPath = demo.kubeconfig();
         window.context = u"demo-harbor"_s;
@@ -73,7 +75,7 @@ struct LiveTable
 
     LiveWindow window;
     DemoProcess demo;
-    RowStore store{podKind()};
+    RowStore store;
     TableLoader loader{store, window};
 };
 
@@ -132,6 +134,33 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(table.loader.following(), Following::Live, 60'000);
         QTRY_COMPARE_WITH_TIMEOUT(table.shown(), table.listed(), 60'000);
         QTRY_VERIFY(!table.loader.isLoading());
+    }
+
+    /// The latest first, and all of them "first listed" at one time.
+    void eventsStandAsListed()
+    {
+        LiveTable table({}, u"shop"_s, eventKind());
+        const auto objects = [&] {
+            QStringList all; // without what tells those of one second apart
+            for (const Row &row : table.store.rows()) {
+                all.append(row->name.section(u'-', 0, 0));
+            }
+            return all;
+        };
+        table.loader.load({});
+        QTRY_COMPARE(table.loader.following(), Following::Live);
+        const QStringList live = objects();
+        const Rows &rows = table.store.rows();
+        QVERIFY(std::all_of(rows.begin(), rows.end(), [&](const Row &row) {
+            return static_cast<const Event &>(*row).startDate
+                == static_cast<const Event &>(*rows.front()).startDate;
+        }));
+        table.window.switchTo(false);
+        table.loader.clear();
+        table.loader.load({});
+        QTRY_VERIFY(!table.loader.isLoading());
+        QCOMPARE(live, objects());
+        QVERIFY(live.size() > 5 && !std::is_sorted(live.begin(), live.end()));
     }
 
     void listsWhatCannotBeFollowed()
