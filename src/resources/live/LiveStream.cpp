@@ -312,17 +312,13 @@ void LiveStream::discoveryEnded(const LiveRunEnd &end)
 void LiveStream::lostState(const QString &reason)
 {
     m_isStateComplete = false;
-    switch (m_patience.lostState()) {
-    case LivePatience::Step::Now:
+    if (const auto step = m_patience.lostState(); step == LivePatience::Step::GiveUp) {
+        refuse(reason);
+    } else if (step == LivePatience::Step::Later) {
+        tryAgain(reason, &LiveStream::begin);
+    } else {
         setStatus(m_hasRows ? State::Reconnecting : State::Loading, reason);
         begin();
-        break;
-    case LivePatience::Step::Later:
-        tryAgain(reason, &LiveStream::begin);
-        break;
-    case LivePatience::Step::GiveUp:
-        refuse(reason);
-        break;
     }
 }
 
