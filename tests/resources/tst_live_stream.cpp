@@ -15,9 +15,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <deque>
 #include <map>
-#include <random>
 
 using namespace tidewright;
 using namespace Qt::StringLiterals;
@@ -193,8 +191,6 @@ class tst_live_stream : public QObject
 private Q_SLOTS:
     void script_data();
     void script();
-    void randomChanges_data();
-    void randomChanges();
     void framesAreGathered();
     void lateOutputIsNoNews();
     void letGoAtAnyTime();
@@ -363,106 +359,6 @@ void tst_live_stream::script()
             }
         }
     }
-}
-
-void tst_live_stream::randomChanges_data()
-{
-    QTest::addColumn<unsigned>("seed");
-    for (unsigned seed = 1; seed <= 3; ++seed) {
-        QTest::addRow("%u", seed) << seed;
-    }
-}
-
-/// A server that changes 10,000 times, ends and breaks streams anywhere and forgets what was; at the end the
-/// table has what the server has.
-void tst_live_stream::randomChanges()
-{
-    QFETCH(unsigned, seed);
-    std::mt19937 random(seed);
-    const auto chance = [&random](unsigned of) { return random() % of == 0; };
-    World world;
-    Table table(kindOfNumbers());
-    LiveStream stream(kindOfNumbers(), {{}, u"https://random"_s, u"n"_s}, world.means());
-    connect(&stream, &LiveStream::batchReady, this, [&](const LiveBatch &batch) { table.apply(batch); });
-
-    std::map<QString, QString> objects; // name to its text
-    std::deque<std::pair<int, QByteArray>> history;
-    int version = 1;
-    const auto change = [&] {
-        const QString name = u"o%1"_s.arg(random() % 60);
-        const auto found = objects.find(name);
-        ++version;
-        if (found == objects.end()) {
-            objects[name] = u"%1=%2#%3"_s.arg(name).arg(random() % 5).arg(version);
-            history.emplace_back(version, eventOf("ADDED", object(objects[name], version)));
-        } else if (chance(3)) {
-            history.emplace_back(version, eventOf("DELETED", object(found->second, version)));
-            objects.erase(found);
-        } else {
-            found->second.replace(QRegularExpression(u"=.*#"_s), u"=%1#"_s.arg(random() % 5));
-            history.emplace_back(version, eventOf("MODIFIED", object(found->second, version)));
-        }
-    };
-    const World::Child *served = nullptr;
-    QByteArray output; // what the child has not printed yet
-    int watchedUntil = 0;
-    const auto serve = [&] {
-        if (world.child() != served) {
-            served = world.child();
-            output.clear();
-            static const QRegularExpression watched(u"resourceVersion=(\\d+)"_s);
-            const auto watch = watched.match(served ? served->arguments : QString());
-            watchedUntil = watch.captured(1).toInt();
-            if (served && !watch.hasMatch()) {
-                QByteArrayList items;
-                for (const auto &[name, text] : objects) {
-                    items.append(object(text, version));
-                }
-                output = list(version, {}, items);
-            } else if (!history.empty() && watchedUntil < history.front().first - 1) {
-                output = eventOf("ERROR", R"({"code":410})");
-            }
-        }
-        for (const auto &[at, line] : history) {
-            if (watchedUntil > 0 && at > watchedUntil && !output.contains("410")) {
-                output += line;
-                watchedUntil = at;
-            }
-        }
-        const qsizetype piece = std::min<qsizetype>(output.size(), random() % 400);
-        world.print(output.first(piece));
-        output.remove(0, piece);
-        if (output.isEmpty() && (watchedUntil == 0 || chance(30))) {
-            world.end(true);
-        }
-    };
-    stream.start();
-    for (int i = 0; i < 10'000 && !QTest::currentTestFailed(); ++i) {
-        change();
-        serve();
-        if (chance(100)) {
-            world.end(false);
-        }
-        if (chance(300)) {
-            history.erase(history.begin(), history.begin() + qsizetype(random() % history.size()));
-        }
-        if (chance(500)) {
-            stream.pause();
-        }
-        stream.resume();
-        world.wait(std::chrono::milliseconds(random() % 300));
-    }
-    QVERIFY(stream.status().state != State::Refused);
-    for (int i = 0; i < 3000; ++i) {
-        serve();
-        world.wait(100ms);
-    }
-    QStringList wanted;
-    for (const auto &[name, text] : objects) {
-        wanted.append(u'/' + text.section(u'#', 0, 0));
-    }
-    QCOMPARE(table.text(), wanted.join(u' '));
-    QVERIFY(wanted.size() > 10);
 }
 
 /// Rows come in the listing's order, a frame's changes at once.
