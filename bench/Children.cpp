@@ -50,18 +50,27 @@ double ticksOf(const std::string &id)
     return user + system;
 }
 
-/// 0 for other programs, and for a child that still shares the memory of this process.
-long peakKilobytesOfKubectl(const std::string &id)
+struct Kilobytes
+{
+    long resident = 0; ///< at most so far
+    long ofFiles = 0; ///< of these, the program's own file and others
+};
+
+/// Zeros for other programs, and for a child that still shares the memory of this process.
+Kilobytes memoryOfKubectl(const std::string &id)
 {
     std::ifstream file("/proc/" + id + "/status");
     std::string name;
     file >> name >> name; // "Name:" comes first
+    Kilobytes memory;
     for (std::string word; name == "kubectl" && file >> word;) {
-        if (long kilobytes = 0; word == "VmHWM:" && file >> kilobytes) {
-            return kilobytes;
+        if (word == "VmHWM:") {
+            file >> memory.resident;
+        } else if (word == "RssFile:") {
+            file >> memory.ofFiles;
         }
     }
-    return 0;
+    return memory;
 }
 
 } // namespace
@@ -86,7 +95,9 @@ PeakMemory::PeakMemory()
     : m_thread([this] {
         while (!m_isOver) {
             for (const std::string &id : children()) {
-                m_kilobytes = std::max(m_kilobytes.load(), peakKilobytesOfKubectl(id));
+                const Kilobytes memory = memoryOfKubectl(id);
+                m_resident = std::max(m_resident.load(), memory.resident);
+                m_own = std::max(m_own.load(), memory.resident - memory.ofFiles);
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
         }
