@@ -102,7 +102,8 @@ void LiveObjects::put(const LiveChange &change, double moment)
     found->line = line;
     found->uid = uidHash;
     if (!m_isComplete) {
-        moment = *(m_stateMoment ? m_stateMoment : m_stateMoment = moment);
+        moment = m_stateMoment.value_or(moment);
+        m_stateMoment = moment;
     }
     announce(key, *found, isNew, moment).order = order;
 }
