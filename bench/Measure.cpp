@@ -59,4 +59,13 @@ void Report::ratio(
     std::fflush(stdout);
 }
 
+void Report::absolute(const std::string &what, double measured, double limit, const std::string &unit)
+{
+    const bool kept = measured <= limit;
+    m_allKept = m_allKept && kept;
+    std::printf("%-58s %8.2f %-26s  (at most %5.2f) %s\n", what.c_str(), measured, unit.c_str(), limit,
+        kept ? "kept" : "MISSED");
+    std::fflush(stdout);
+}
+
 } // namespace tidewright::bench

@@ -22,6 +22,8 @@ class Report
 public:
     void ratio(
         const std::string &what, double measured, double reference, double limit, const std::string &unit);
+    /// The same for a figure that has a limit of its own.
+    void absolute(const std::string &what, double measured, double limit, const std::string &unit);
     bool allKept() const { return m_allKept; }
 
 private:

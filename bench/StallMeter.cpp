@@ -24,6 +24,8 @@ void StallMeter::start()
 {
     m_longest = 0;
     m_last = wallSeconds();
+    m_longestCpu = 0;
+    m_lastCpu = threadCpuSeconds();
     m_timer.start();
 }
 
@@ -39,6 +41,9 @@ void StallMeter::beat()
     const double now = wallSeconds();
     m_longest = std::max(m_longest, now - m_last - interval);
     m_last = now;
+    const double cpu = threadCpuSeconds();
+    m_longestCpu = std::max(m_longestCpu, cpu - m_lastCpu);
+    m_lastCpu = cpu;
 }
 
 } // namespace tidewright::bench

@@ -14,6 +14,9 @@ public:
     void start();
     /// Seconds; stops measuring.
     double longest();
+    /// The most CPU that the thread spent between two turns of the timer: the same for a machine that others
+    /// use too.
+    double longestCpu() const { return m_longestCpu; }
 
 private:
     void beat();
@@ -21,6 +24,8 @@ private:
     QTimer m_timer;
     double m_last = 0;
     double m_longest = 0;
+    double m_lastCpu = 0;
+    double m_longestCpu = 0;
 };
 
 } // namespace tidewright::bench

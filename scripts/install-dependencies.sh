@@ -7,6 +7,7 @@ packages=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 libgl-dev
     libicu-dev
+    libxcb1-dev                                                 # which desktop a window is on
     libsimdjson-dev                                             # objects as the API server sends them
     libglib2.0-dev                                              # desktop entries, handlers of URL schemes
     pybind11-dev libpython3-dev                                 # Python actions

@@ -197,24 +197,24 @@ void tst_live_stream::script_data()
     const QString twice = u"end\nwait 1000\n"_s;
     QTest::newRow("pages")
         << u"asks get --context=c --raw /p/api/v1/namespaces/n/pods?limit=500\nLoading\n"
-           "list 5+ a=1 b=2\nLoading a=1 b=2\nasks limit=2000&continue=T%2Bx\nlist 5+ c=3\n"
-           "asks limit=8000\nlist 5 d=4\nLoading a=1 b=2 c=3 d=4\n"
+           "list 5+ a=1 b=2\nLoading a=1 b=2\nasks limit=32000&continue=T%2Bx\nlist 5+ c=3\n"
+           "asks limit=32000\nlist 5 d=4\nLoading a=1 b=2 c=3 d=4\n"
            "asks -v=6 --raw /p/api/v1/namespaces/n/pods?watch=1&allowWatchBookmarks=true&resourceVersion=5\n"
            "answered\nLive a=1 b=2 c=3 d=4"_s;
     QTest::newRow("changes") << live
-            + u"events ~a=7@6 -b@7 +c=3@8\nwait 16\nLive a=7 c=3\nend\nasks\nwait 1000\n"
+            + u"events ~a=7@6 -b@7 +c=3@8\nwait 33\nLive a=7 c=3\nend\nasks\nwait 1000\n"
               "asks resourceVersion=8\nReconnecting a=7 c=3\nevents B@9\nLive a=7 c=3"_s;
     QTest::newRow("out of the blue") << live
-            + u"events ~x=1@6 -y@7 +a=1@8 -b#2@9\nwait 16\nLive a=1 b=2 x=1"_s;
-    QTest::newRow("made anew") << live + u"events -a@6 +a=1#2@7 -a#1@8\nwait 16\nLive a=1 b=2"_s;
+            + u"events ~x=1@6 -y@7 +a=1@8 -b#2@9\nwait 33\nLive a=1 b=2 x=1"_s;
+    QTest::newRow("made anew") << live + u"events -a@6 +a=1#2@7 -a#1@8\nwait 33\nLive a=1 b=2"_s;
     QTest::newRow("there and gone in a frame")
-        << live + u"events +x=1@6 -x@7 -b@8 +b=3#2@9 -b#2@10\nwait 16\nLive a=1"_s;
+        << live + u"events +x=1@6 -x@7 -b@8 +b=3#2@9 -b#2@10\nwait 33\nLive a=1"_s;
     QTest::newRow("equal names")
-        << u"list 5 n/a=1 m/a=2\nanswered\nLive m/a=2 n/a=1\nevents -n/a@6\nwait 16\nLive m/a=2"_s;
+        << u"list 5 n/a=1 m/a=2\nanswered\nLive m/a=2 n/a=1\nevents -n/a@6\nwait 33\nLive m/a=2"_s;
     QTest::newRow("a server's usual end") << live + u"events B@9\nwait 60000\nend\nasks resourceVersion=9"_s;
     QTest::newRow("forgotten version") << live
             + u"events E410\nend\nasks limit=500\nReconnecting a=1 b=2\nlist 9+ c=3\n"
-              "wait 16\nReconnecting a=1 b=2 c=3\nlist 9 a=1\nReconnecting a=1 c=3\n"
+              "wait 33\nReconnecting a=1 b=2 c=3\nlist 9 a=1\nReconnecting a=1 c=3\n"
               "asks resourceVersion=9\nanswered\nLive a=1 c=3"_s;
     QTest::newRow("forgotten before the answer")
         << live + u"end\nwait 1000\ncomplain Error from server (Expired): too old\nfail\nasks limit=500"_s;
@@ -263,7 +263,7 @@ void tst_live_stream::script_data()
     QTest::newRow("paused while loading")
         << u"list 5+ a=1\npause\nresume\nasks limit=500\nlist 6 b=1\nanswered\nLive b=1"_s;
     QTest::newRow("does not fit") << live
-            + u"events ~a=x\\ty@6 +c=1\\n2@7\nwait 16\nLive b=2\nevents ~a=4@8\nwait 16\nLive a=4 b=2"_s;
+            + u"events ~a=x\\ty@6 +c=1\\n2@7\nwait 33\nLive b=2\nevents ~a=4@8\nwait 33\nLive a=4 b=2"_s;
     QTest::newRow("elsewhere")
         << u"complain Error from server (NotFound): no such thing\nfail\nasks --context=c api-resources\n"
            "bytes pods po v2 true Pod list,watch\\n\nfail\nasks /p/api/v2/namespaces/n/pods?limit=500\n"
@@ -321,7 +321,7 @@ void tst_live_stream::script()
                 world.wait(std::chrono::milliseconds(rest.toInt()));
             } else if (verb == u"pause") {
                 stream.pause();
-                world.wait(16ms);
+                world.wait(33ms);
             } else if (verb == u"resume") {
                 stream.resume();
             } else if (verb == u"asks") {
@@ -361,12 +361,12 @@ void tst_live_stream::framesAreGathered()
         world.print(eventOf("MODIFIED", object(u"z=%1"_s.arg(i + 2), i + 6)));
         world.wait(std::chrono::milliseconds(i % 10 == 0));
     }
-    world.wait(16ms);
-    QVERIFY2(table.batches - before <= 12, qPrintable(QString::number(table.batches - before)));
+    world.wait(33ms);
+    QVERIFY2(table.batches - before <= 6, qPrintable(QString::number(table.batches - before)));
     QCOMPARE(table.text(), u"/b=1 /m=1 /z=1601"_s);
     world.print(eventOf("MODIFIED", object(u"z=1601"_s, 9999))); // nothing of it is shown
     world.wait(100ms);
-    QVERIFY2(table.batches - before <= 12, "a batch about nothing");
+    QVERIFY2(table.batches - before <= 6, "a batch about nothing");
 }
 
 /// What a child had printed before it was left must not undo what its successor told.

@@ -2,6 +2,7 @@
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "pods/table/Pod.h"
+#include "resources/kinds/Event.h"
 #include "resources/kinds/Secret.h"
 #include "resources/loading/TableLoader.h"
 #include "support/Patience.h"
@@ -176,6 +177,33 @@ private Q_SLOTS:
         table.loader.setWatched(true);
         QTRY_COMPARE(table.shown(), table.listed());
         QTRY_COMPARE(table.loader.following(), Following::Live);
+    }
+
+    /// The latest first, and all of them "first listed" at one time.
+    void eventsStandAsListed()
+    {
+        LiveTable table({}, u"shop"_s, eventKind());
+        const auto objects = [&] {
+            QStringList all; // without what tells those of one second apart
+            for (const Row &row : table.store.rows()) {
+                all.append(row->name.section(u'-', 0, 0));
+            }
+            return all;
+        };
+        table.loader.load({});
+        QTRY_COMPARE(table.loader.following(), Following::Live);
+        const QStringList live = objects();
+        const Rows &rows = table.store.rows();
+        QVERIFY(std::all_of(rows.begin(), rows.end(), [&](const Row &row) {
+            return static_cast<const Event &>(*row).startDate
+                == static_cast<const Event &>(*rows.front()).startDate;
+        }));
+        table.window.switchTo(false);
+        table.loader.clear();
+        table.loader.load({});
+        QTRY_VERIFY(!table.loader.isLoading());
+        QCOMPARE(live, objects());
+        QVERIFY(live.size() > 5 && !std::is_sorted(live.begin(), live.end()));
     }
 
     void listsWhatCannotBeFollowed()

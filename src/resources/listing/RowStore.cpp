@@ -68,15 +68,32 @@ Rows &RowStore::writableRows()
 std::optional<std::size_t> RowStore::find(const QString &nameSpace, const QString &name) const
 {
     if (m_indexed != m_generation) {
-        m_index.clear();
-        m_index.reserve(rows().size());
-        for (std::size_t i = 0; i < rows().size(); ++i) {
-            m_index.try_emplace(keyOf(*rows()[i]), i);
-        }
-        m_indexed = m_generation;
+        buildIndex();
     }
     const auto found = m_index.find(keyOf(nameSpace, name));
-    return found == m_index.end() ? std::nullopt : std::optional(found->second);
+    if (found == m_index.end()) {
+        return std::nullopt;
+    }
+    const auto number = std::lower_bound(m_numbers.begin(), m_numbers.end(), found->second);
+    return static_cast<std::size_t>(number - m_numbers.begin());
+}
+
+void RowStore::buildIndex() const
+{
+    m_index.clear();
+    m_index.reserve(rows().size());
+    m_numbers.clear();
+    m_numbers.reserve(rows().size());
+    addToIndex(0);
+}
+
+void RowStore::addToIndex(std::size_t firstPosition) const
+{
+    for (std::size_t i = firstPosition; i < rows().size(); ++i) {
+        m_numbers.push_back(m_numbers.empty() ? 0 : m_numbers.back() + 1);
+        m_index.try_emplace(keyOf(*rows()[i]), m_numbers.back());
+    }
+    m_indexed = m_generation;
 }
 
 void RowStore::replaceRows(std::span<const std::pair<std::size_t, Row>> changed)
@@ -120,23 +137,14 @@ void RowStore::removeRowsAt(std::span<const std::size_t> ascendingPositions)
     }
     eraseAt(kept, ascendingPositions);
     if (indexed) {
-        takeFromIndex(removed, ascendingPositions);
+        for (const Row &row : removed) {
+            m_index.erase(keyOf(*row));
+        }
+        eraseAt(m_numbers, ascendingPositions);
+        m_indexed = m_generation;
     }
     discard(std::move(removed), ascendingPositions.size());
     Q_EMIT rowsRemovedAt(ascendingPositions);
-}
-
-/// Keeps the index true, in less time than it takes to build it.
-void RowStore::takeFromIndex(const Rows &removed, std::span<const std::size_t> ascendingPositions)
-{
-    for (const Row &row : removed) {
-        m_index.erase(keyOf(*row));
-    }
-    for (auto &[key, position] : m_index) {
-        const auto behind = std::lower_bound(ascendingPositions.begin(), ascendingPositions.end(), position);
-        position -= static_cast<std::size_t>(behind - ascendingPositions.begin());
-    }
-    m_indexed = m_generation;
 }
 
 void RowStore::appendRows(std::span<const Row> rows)
@@ -150,10 +158,7 @@ void RowStore::appendRows(std::span<const Row> rows)
     const std::size_t first = target.size();
     target.insert(target.end(), rows.begin(), rows.end());
     if (indexed) {
-        for (std::size_t i = first; i < target.size(); ++i) {
-            m_index.try_emplace(keyOf(*target[i]), i);
-        }
-        m_indexed = m_generation;
+        addToIndex(first);
     }
     Q_EMIT rowsAppended(first);
 }

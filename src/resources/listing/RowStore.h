@@ -49,8 +49,9 @@ public:
     /// Changes whenever rows are added, removed or replaced, and with every `clear`, also of an empty table:
     /// positions found against a snapshot hold only while it is what it was then.
     quint64 generation() const { return m_generation; }
-    /// Where the first row of that name stands, in that namespace (empty in a table that shows one). Constant
-    /// time, but for the first call after a removal.
+    /// Where the first row of that name stands, in that namespace (empty in a table that shows one). Next to
+    /// no time, but for the first call, and the first one after a removal from rows of which two have one
+    /// name.
     std::optional<std::size_t> find(const QString &nameSpace, const QString &name) const;
 
     // Each of these does nothing in the middle of another change.
@@ -83,14 +84,18 @@ private:
     };
 
     Rows &writableRows();
-    void takeFromIndex(const Rows &removed, std::span<const std::size_t> ascendingPositions);
+    void buildIndex() const;
+    void addToIndex(std::size_t firstPosition) const;
 
     ResourceKind m_kind;
     std::shared_ptr<Shared> m_shared = std::make_shared<Shared>();
     quint64 m_generation = 0;
     bool m_changing = false;
-    mutable std::unordered_map<QString, std::size_t> m_index; ///< by namespace/name, as of m_indexed
-    mutable std::optional<quint64> m_indexed; ///< the generation that the index is of
+    // Rows are numbered in the order in which they come. So the numbers ascend whatever goes, and the index
+    // need not be told of the rows that move up behind a removal.
+    mutable std::unordered_map<QString, quint64> m_index; ///< by namespace/name, as of m_indexed: the number
+    mutable std::vector<quint64> m_numbers; ///< by position, as of m_indexed
+    mutable std::optional<quint64> m_indexed; ///< the generation that both are of
 };
 
 } // namespace tidewright

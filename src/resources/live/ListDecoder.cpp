@@ -34,6 +34,8 @@ void ListDecoder::take(QByteArrayView bytes, std::vector<LiveChange> &changes)
 
 void ListDecoder::takeItem(QByteArrayView item)
 {
+    ++m_run.objects;
+    m_run.bytes += item.size();
     simdjson::dom::element object;
     const auto error
         = m_parser->json.parse(item.data(), static_cast<std::size_t>(item.size()), false).get(object);

@@ -116,7 +116,7 @@ void LiveFeed::takeOutput(Child &child, const QByteArray &output)
         for (const LiveChange &change : child.changes) {
             switch (change.kind) {
             case LiveChange::Kind::Put:
-                m_objects.put(change.key, change.uid, change.line, moment);
+                m_objects.put(change, moment);
                 break;
             case LiveChange::Kind::Remove:
                 m_objects.remove(change.key, change.uid);

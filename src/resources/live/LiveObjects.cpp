@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/live/LiveObjects.h"
 
+#include "resources/live/ObjectLines.h"
 #include "resources/live/RowOfLine.h"
 
 #include <algorithm>
@@ -27,6 +28,7 @@ bool areDifferent(std::size_t uid, std::size_t other)
 LiveObjects::LiveObjects(std::shared_ptr<const ResourceKind> kind, bool tellsNamespaces)
     : m_kind(std::move(kind))
     , m_tellsNamespaces(tellsNamespaces)
+    , m_isSorted(!sortedBy(*m_kind).isEmpty())
 {
 }
 
@@ -34,6 +36,7 @@ void LiveObjects::beginState()
 {
     ++m_state;
     m_isComplete = false;
+    m_stateMoment.reset();
     m_hasChanges = true;
     m_changes.stateBegun = true;
     m_changes.stateComplete = false;
@@ -74,8 +77,9 @@ void LiveObjects::repeatIfAsked()
     m_hasChanges = true;
 }
 
-void LiveObjects::put(const QByteArray &key, QByteArrayView uid, const QByteArray &line, double moment)
+void LiveObjects::put(const LiveChange &change, double moment)
 {
+    const auto &[kind, key, uid, line, order] = change;
     const std::size_t uidHash = hashOf(uid);
     auto found = m_objects.find(key);
     bool isNew = found == m_objects.end();
@@ -97,16 +101,20 @@ void LiveObjects::put(const QByteArray &key, QByteArrayView uid, const QByteArra
     }
     found->line = line;
     found->uid = uidHash;
-    announce(key, *found, isNew, moment);
+    if (!m_isComplete) {
+        moment = m_stateMoment.value_or(moment);
+        m_stateMoment = moment;
+    }
+    announce(key, *found, isNew, moment).order = order;
 }
 
-void LiveObjects::announce(const QByteArray &key, Object &object, bool isNew, double moment)
+LiveUpsert &LiveObjects::announce(const QByteArray &key, Object &object, bool isNew, double moment)
 {
     if (object.waitingIn < 0) {
         object.waitingIn = static_cast<qsizetype>(m_changes.upserts.size());
         const auto nameSpace
             = m_tellsNamespaces ? key.first(std::max<qsizetype>(key.indexOf('/'), 0)) : QByteArray();
-        m_changes.upserts.push_back({key, QString::fromUtf8(nameSpace), {}, nullptr});
+        m_changes.upserts.push_back({key, QString::fromUtf8(nameSpace), {}, {}, nullptr});
     }
     LiveUpsert &upsert = m_changes.upserts[static_cast<std::size_t>(object.waitingIn)];
     upsert.line = object.line;
@@ -114,6 +122,7 @@ void LiveObjects::announce(const QByteArray &key, Object &object, bool isNew, do
         upsert.row = newRow(*m_kind, upsert.nameSpace, object.line, moment);
     }
     m_hasChanges = true;
+    return upsert;
 }
 
 void LiveObjects::remove(const QByteArray &key, QByteArrayView uid)
@@ -151,10 +160,26 @@ void LiveObjects::forget(QHash<QByteArray, Object>::iterator object)
     m_hasChanges = true;
 }
 
+/// As a listing of the kind has them.
+void LiveObjects::sort(std::vector<LiveUpsert> &upserts) const
+{
+    std::stable_sort(upserts.begin(), upserts.end(),
+        [](const LiveUpsert &a, const LiveUpsert &b) { return a.order < b.order; });
+    if (m_kind->lastLineFirst) {
+        std::reverse(upserts.begin(), upserts.end());
+    }
+}
+
 LiveBatch LiveObjects::takeChanges()
 {
     LiveBatch batch = std::exchange(m_changes, {});
+    if (m_isSorted && !m_isComplete) {
+        m_changes.upserts.swap(batch.upserts); // which are known by their places
+    }
     std::erase_if(batch.upserts, [](const LiveUpsert &upsert) { return upsert.key.isEmpty(); });
+    if (m_isSorted && batch.stateComplete) {
+        sort(batch.upserts);
+    }
     for (const LiveUpsert &upsert : batch.upserts) {
         Object &object = m_objects[upsert.key];
         object.waitingIn = -1;

@@ -3,9 +3,12 @@
 
 #include "resources/kinds/ResourceKind.h"
 #include "resources/live/LiveBatch.h"
+#include "resources/live/LiveRun.h"
 
 #include <QHash>
 #include <QSet>
+
+#include <optional>
 
 namespace tidewright {
 
@@ -23,8 +26,9 @@ public:
     void completeState();
     bool isComplete() const { return m_isComplete; }
 
-    /// `uid` tells an object from an earlier one of its name; empty when nobody knows. `moment`: RowOfLine.h.
-    void put(const QByteArray &key, QByteArrayView uid, const QByteArray &line, double moment);
+    /// The change's `uid` tells an object from an earlier one of its name; empty when nobody knows. `moment`:
+    /// RowOfLine.h; the rows of one state are all given that of its first one.
+    void put(const LiveChange &change, double moment);
     /// An object that is not known, or is another one by now, is left alone.
     void remove(const QByteArray &key, QByteArrayView uid);
     /// An object that cannot be shown; one of that name goes.
@@ -35,6 +39,7 @@ public:
     void repeat();
 
     bool hasChanges() const { return m_hasChanges; }
+    /// Of a kind whose listing is sorted the objects of a state come together, once it is complete.
     LiveBatch takeChanges();
 
 private:
@@ -47,15 +52,18 @@ private:
         qsizetype waitingIn = -1; ///< its place in m_upserts; -1: nothing waits
     };
 
-    void announce(const QByteArray &key, Object &object, bool isNew, double moment);
+    LiveUpsert &announce(const QByteArray &key, Object &object, bool isNew, double moment);
+    void sort(std::vector<LiveUpsert> &upserts) const;
     void repeatIfAsked();
     void forget(QHash<QByteArray, Object>::iterator object);
 
     const std::shared_ptr<const ResourceKind> m_kind;
     const bool m_tellsNamespaces;
+    const bool m_isSorted; // a listing of the kind is
     QHash<QByteArray, Object> m_objects;
     quint32 m_state = 0;
     bool m_isComplete = false;
+    std::optional<double> m_stateMoment;
     bool m_isRepeating = false;
     bool m_hasChanges = false;
     LiveBatch m_changes; // upserts without a key have been taken back

@@ -19,9 +19,10 @@ struct LiveChange
     };
 
     Kind kind = Kind::Put;
-    QByteArray key; ///< LiveUpsert::key
-    QByteArray uid;
-    QByteArray line;
+    QByteArray key{}; ///< LiveUpsert::key
+    QByteArray uid{};
+    QByteArray line{};
+    QByteArray order{}; ///< what a listing sorts by (kubectl's --sort-by), where the kind's listing is sorted
 };
 
 /// What is known of one child of a live stream beside the objects, at its end at the latest.
@@ -30,6 +31,8 @@ struct LiveRun
     QByteArray resourceVersion; ///< of the latest event, or of the list; empty when nothing came
     QByteArray continueToken; ///< of a list of which there is more
     bool isWholeList = false; ///< the list came to its end
+    qint64 objects = 0; ///< of the list
+    qint64 bytes = 0; ///< of these
     bool isExpired = false; ///< a watch whose version the server does not know any more
     QString garbled; ///< what was wrong with its bytes: a sentence. Changes may have been lost then
     QByteArray text; ///< what a child printed that tells of no objects

@@ -3,16 +3,8 @@
 
 #include "core/KubeCtl.h"
 #include "platform/threads/MainQueue.h"
-#include "resources/live/KubectlComplaint.h"
-#include "resources/live/ListDecoder.h"
 #include "resources/live/ResourcePaths.h"
-#include "resources/live/TemplateDecoder.h"
-#include "resources/live/WatchDecoder.h"
 
-#include <QUrl>
-
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace tidewright {
@@ -22,36 +14,17 @@ namespace {
 using namespace std::chrono_literals;
 using State = LiveStatus::State;
 
-constexpr auto frame = 16ms;
-constexpr auto firstPause = 1000ms;
-constexpr int longestPauseDoublings = 6;
-/// Most servers note the passing of time each minute (bookmarks), some only once something has changed. So
-/// after this much silence the state tells whether there was nothing to say or somebody holds bytes back.
-constexpr auto silenceLimit = 150s;
-constexpr int longestSilenceDoublings = 4;
-constexpr auto shortWatch = 5s;
-constexpr int patienceWithSilence = 2;
-constexpr int patience = 3; // how often something must go wrong in a row before listing is the better way
-
-/// Objects per page. A screen's worth comes first; the rest in few runs, none of which is a burden to a
-/// server.
-constexpr std::array<int, 3> pageSizes{500, 2000, 8000};
-
-/// Collects what is not about objects.
-class TextDecoder : public LiveDecoder
-{
-public:
-    void take(QByteArrayView bytes, std::vector<LiveChange> &) override { m_run.text += bytes; }
-};
+/// Of changes that keep coming. One after a quiet moment is shown at once. Painting costs most of it all.
+constexpr auto pace = 33ms;
 
 } // namespace
 
-LiveStream::LiveStream(const ResourceKind &kind, LivePlace place, LiveMeans means, QObject *parent)
+LiveStream::LiveStream(const ResourceKind &kind, const LivePlace &place, LiveMeans means, QObject *parent)
     : QObject(parent)
     , m_kind(std::make_shared<ResourceKind>(kind))
-    , m_place(std::move(place))
+    , m_requests(m_kind, place)
     , m_means(std::move(means))
-    , m_feed(std::make_shared<LiveFeed>(m_kind, m_kind->namespaced && m_place.nameSpace == allNamespaces,
+    , m_feed(std::make_shared<LiveFeed>(m_kind, m_kind->namespaced && place.nameSpace == allNamespaces,
           [self = QPointer(this)] { postToMain(self, [](LiveStream &stream) { stream.newsArrived(); }); }))
 {
 }
@@ -59,17 +32,13 @@ LiveStream::LiveStream(const ResourceKind &kind, LivePlace place, LiveMeans mean
 LiveStream::~LiveStream()
 {
     m_feed->leave();
+    shellQueue().post([feed = std::move(m_feed)] {}); // freeing many objects takes longer than a frame
 }
 
 void LiveStream::start()
 {
-    QString problem;
-    if (!m_kind->isConfidential) {
-        auto lines = std::make_shared<ObjectLines>(*m_kind, problem);
-        m_lines = problem.isEmpty() ? std::move(lines) : nullptr;
-    }
-    if (!isRaw() && !watchOutputArguments(*m_kind)) {
-        refuse(problem);
+    if (const QString obstacle = m_requests.obstacle(); !obstacle.isEmpty()) {
+        refuse(obstacle);
         return;
     }
     begin();
@@ -77,7 +46,7 @@ void LiveStream::start()
 
 void LiveStream::begin()
 {
-    if (isRaw()) {
+    if (m_requests.isRaw()) {
         beginState();
     } else {
         watch();
@@ -123,60 +92,36 @@ void LiveStream::repeat()
 void LiveStream::beginState()
 {
     m_isStateComplete = false;
-    m_continueToken.clear();
-    m_page = 0;
+    m_page.reset();
     m_feed->beginState();
     requestPage();
 }
 
-QString LiveStream::rawPath(const QString &query) const
-{
-    const auto path = ResourcePaths::of(m_place.server).find(m_kind->listWord);
-    return path ? path->listPath(m_place.server, m_place.nameSpace) + query : QString();
-}
-
 void LiveStream::requestPage()
 {
-    const auto size = pageSizes[static_cast<std::size_t>(std::min<int>(m_page, pageSizes.size() - 1))];
-    QString query = QStringLiteral("?limit=%1").arg(size);
-    if (!m_continueToken.isEmpty()) {
-        query += QLatin1String("&continue=")
-            + QString::fromLatin1(QUrl::toPercentEncoding(QString::fromUtf8(m_continueToken)));
-    }
-    const QString path = rawPath(query);
-    if (path.isEmpty()) {
+    const LiveRequest request = m_requests.page(m_page ? &*m_page : nullptr);
+    if (request.arguments.isEmpty()) {
         refuse(QStringLiteral("The cluster does not know “%1”.").arg(m_kind->listWord));
         return;
     }
-    run(Task::Page, {QStringLiteral("--raw"), path}, std::make_shared<ListDecoder>(m_lines));
+    run(Task::Page, request);
 }
 
 void LiveStream::watch()
 {
-    QStringList arguments{QStringLiteral("-v=6")}; // tells when the server has answered
-    if (!isRaw()) {
+    if (!m_requests.isRaw()) {
         m_isStateComplete = false;
         m_feed->beginState();
-        arguments += m_kind->listWord;
-        if (m_kind->namespaced) {
-            arguments += namespaceArgument(m_place.nameSpace);
-        }
-        arguments += watchOutputArguments(*m_kind).value_or(QStringList());
-        run(Task::Watch, arguments, std::make_shared<TemplateDecoder>());
-        return;
     }
-    arguments += {QStringLiteral("--raw"),
-        rawPath(QStringLiteral("?watch=1&allowWatchBookmarks=true&resourceVersion=%1")
-                    .arg(QString::fromLatin1(QUrl::toPercentEncoding(QString::fromUtf8(m_version)))))};
-    run(Task::Watch, arguments, std::make_shared<WatchDecoder>(m_lines));
+    run(Task::Watch, m_requests.watch(m_version));
 }
 
 void LiveStream::discover()
 {
-    run(Task::Discovery, ResourcePaths::discoveryArguments(), std::make_shared<TextDecoder>());
+    run(Task::Discovery, m_requests.discovery());
 }
 
-void LiveStream::run(Task task, const QStringList &arguments, std::shared_ptr<LiveDecoder> decoder)
+void LiveStream::run(Task task, const LiveRequest &request)
 {
     if (m_status.state == State::Paused) {
         return; // by whoever was just told of the step before
@@ -185,13 +130,9 @@ void LiveStream::run(Task task, const QStringList &arguments, std::shared_ptr<Li
     m_task = task;
     m_childSince = m_means.now();
     m_isAnswered = false;
-    const bool isState = task == Task::Watch && !isRaw();
-    LiveFeed::Handlers handlers = m_feed->follow(std::move(decoder), isState);
-    QStringList all = task == Task::Discovery ? QStringList() : QStringList(QStringLiteral("get"));
-    if (!m_place.context.isEmpty()) {
-        all += contextArgument(m_place.context);
-    }
-    m_child = m_means.run(all + arguments, std::move(handlers.piece), std::move(handlers.ended));
+    const bool isState = task == Task::Watch && !m_requests.isRaw();
+    LiveFeed::Handlers handlers = m_feed->follow(request.decoder, isState);
+    m_child = m_means.run(request.arguments, std::move(handlers.piece), std::move(handlers.ended));
     if (!isState) {
         guardAgainstSilence(0);
     }
@@ -217,13 +158,11 @@ void LiveStream::newsArrived()
     }
     m_status.asOf = QDateTime::currentDateTime();
     if (news.pieces > m_pieces && m_task == Task::Watch) {
-        m_silences = 0;
-        m_quietTimes = 0;
-        m_emptyWatches = 0;
+        m_patience.heard();
     }
     m_pieces = news.pieces;
     if (news.hasEvents && m_task == Task::Watch) {
-        m_lostStates = 0;
+        m_patience.understood();
     }
     if (!news.end) {
         scheduleBatch();
@@ -247,12 +186,12 @@ void LiveStream::scheduleBatch()
         return;
     }
     const auto since = m_means.now() - m_deliveredAt;
-    if (since >= frame) {
+    if (since >= pace) {
         deliver();
         return;
     }
     m_isBatchDue = true;
-    m_means.later(frame - since, [self = QPointer(this)] {
+    m_means.later(pace - since, [self = QPointer(this)] {
         if (self && self->m_isBatchDue) {
             self->deliver();
         }
@@ -275,10 +214,8 @@ void LiveStream::runEnded(const LiveRunEnd &end)
     const Task task = m_task;
     const auto lived = m_means.now() - m_childSince;
     stopChild();
-    if (task == Task::Watch && lived < shortWatch && end.run.resourceVersion.isEmpty() && isRaw()) {
-        ++m_emptyWatches;
-    } else if (task == Task::Watch && lived >= shortWatch && m_isAnswered) {
-        m_failures = 0;
+    if (task == Task::Watch) {
+        m_patience.watchEnded(lived, m_isAnswered, !end.run.resourceVersion.isEmpty() || !m_requests.isRaw());
     }
     switch (task) {
     case Task::Discovery:
@@ -298,7 +235,7 @@ void LiveStream::runEnded(const LiveRunEnd &end)
 void LiveStream::pageEnded(const LiveRunEnd &end)
 {
     const LiveRun &page = end.run;
-    if (end.hasFailed && end.complaint.isUnknownPlace() && !ResourcePaths::of(m_place.server).hasLearned()) {
+    if (end.hasFailed && end.complaint.isUnknownPlace() && !m_requests.paths().hasLearned()) {
         discover();
     } else if (end.hasFailed && end.complaint.isExpired()) {
         lostState(end.complaint.firstLine());
@@ -309,12 +246,11 @@ void LiveStream::pageEnded(const LiveRunEnd &end)
     } else if (!page.garbled.isEmpty() || !page.isWholeList) {
         lostState(page.garbled.isEmpty() ? QStringLiteral("The server's answer was cut off.") : page.garbled);
     } else if (!page.continueToken.isEmpty()) {
-        m_failures = 0;
-        m_continueToken = page.continueToken;
-        ++m_page;
+        m_patience.succeeded();
+        m_page = page;
         requestPage();
     } else {
-        m_failures = 0;
+        m_patience.succeeded();
         m_version = page.resourceVersion;
         m_isStateComplete = true;
         m_hasRows = true;
@@ -350,9 +286,9 @@ void LiveStream::watchEnded(const LiveRunEnd &end)
         refuse(complaint);
     } else if (end.hasFailed) {
         tryAgain(complaint, &LiveStream::watch);
-    } else if (m_emptyWatches >= patience) {
+    } else if (m_patience.endsEveryWatch()) {
         refuse(QStringLiteral("The server ends every watch at once."));
-    } else if (m_means.now() - m_childSince < shortWatch) {
+    } else if (LivePatience::isShort(m_means.now() - m_childSince)) {
         tryAgain(QStringLiteral("The server ended the watch."), &LiveStream::watch);
     } else {
         watch(); // servers end watches after a while, by design
@@ -361,7 +297,7 @@ void LiveStream::watchEnded(const LiveRunEnd &end)
 
 void LiveStream::discoveryEnded(const LiveRunEnd &end)
 {
-    ResourcePaths &paths = ResourcePaths::of(m_place.server);
+    ResourcePaths &paths = m_requests.paths();
     paths.learn(end.run.text); // of which there is some even when one of the cluster's parts does not answer
     if (paths.hasLearned()) {
         beginState();
@@ -376,20 +312,19 @@ void LiveStream::discoveryEnded(const LiveRunEnd &end)
 void LiveStream::lostState(const QString &reason)
 {
     m_isStateComplete = false;
-    if (++m_lostStates > patience) {
+    if (const auto step = m_patience.lostState(); step == LivePatience::Step::GiveUp) {
         refuse(reason);
-    } else if (m_lostStates == 1) {
+    } else if (step == LivePatience::Step::Later) {
+        tryAgain(reason, &LiveStream::begin);
+    } else {
         setStatus(m_hasRows ? State::Reconnecting : State::Loading, reason);
         begin();
-    } else {
-        tryAgain(reason, &LiveStream::begin);
     }
 }
 
 void LiveStream::tryAgain(const QString &reason, void (LiveStream::*step)())
 {
-    const auto pause = firstPause * (1 << std::min(m_failures, longestPauseDoublings));
-    ++m_failures;
+    const auto pause = m_patience.failed();
     setStatus(State::Reconnecting, reason);
     if (m_status.state == State::Reconnecting) {
         after(pause, [this, step] { (this->*step)(); });
@@ -404,7 +339,7 @@ void LiveStream::refuse(const QString &reason)
 
 void LiveStream::guardAgainstSilence(qint64 piecesBefore)
 {
-    after(silenceLimit * (1 << m_quietTimes), [this, piecesBefore] {
+    after(m_patience.silenceLimit(), [this, piecesBefore] {
         if (m_pieces == piecesBefore) {
             wasSilent();
         } else {
@@ -438,13 +373,7 @@ void LiveStream::wasSilent()
 bool LiveStream::wasAnythingHeldBack()
 {
     const auto before = std::exchange(m_changesBefore, std::nullopt);
-    if (before && m_changes != *before) {
-        return ++m_silences >= patienceWithSilence;
-    }
-    if (before) {
-        m_quietTimes = std::min(m_quietTimes + 1, longestSilenceDoublings);
-    }
-    return false;
+    return before && m_patience.compared(m_changes != *before);
 }
 
 void LiveStream::after(std::chrono::milliseconds delay, std::function<void()> action)

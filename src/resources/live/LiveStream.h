@@ -4,7 +4,8 @@
 #include "resources/live/LiveBatch.h"
 #include "resources/live/LiveFeed.h"
 #include "resources/live/LiveMeans.h"
-#include "resources/live/ObjectLines.h"
+#include "resources/live/LivePatience.h"
+#include "resources/live/LiveRequests.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -12,14 +13,6 @@
 #include <optional>
 
 namespace tidewright {
-
-/// Where a live stream looks.
-struct LivePlace
-{
-    QString context; ///< named to kubectl; empty: its current one
-    QString server; ///< the address of the context's cluster (KubeConfigContents::server)
-    QString nameSpace; ///< a name, or `allNamespaces`
-};
 
 /// How a table may describe its rows.
 struct LiveStatus
@@ -46,7 +39,7 @@ class LiveStream : public QObject
 {
     Q_OBJECT
 public:
-    LiveStream(const ResourceKind &kind, LivePlace place, LiveMeans means, QObject *parent = nullptr);
+    LiveStream(const ResourceKind &kind, const LivePlace &place, LiveMeans means, QObject *parent = nullptr);
     ~LiveStream() override;
 
     /// Once. What is found out at once is told by `status` only.
@@ -60,7 +53,7 @@ public:
     const LiveStatus &status() const { return m_status; }
 
 Q_SIGNALS:
-    /// At most once per frame but for the ends of states. Changes of rows only come through this.
+    /// At most thirty times a second but for the ends of states. Changes of rows only come through this.
     void batchReady(const tidewright::LiveBatch &batch);
     void statusChanged();
 
@@ -72,7 +65,7 @@ private:
     void requestPage();
     void watch();
     void discover();
-    void run(Task task, const QStringList &arguments, std::shared_ptr<LiveDecoder> decoder);
+    void run(Task task, const LiveRequest &request);
     LiveRun stopChild();
 
     void newsArrived();
@@ -91,13 +84,10 @@ private:
     void refuse(const QString &reason);
     void setStatus(LiveStatus::State state, const QString &reason = {});
     void after(std::chrono::milliseconds delay, std::function<void()> action);
-    QString rawPath(const QString &query) const;
-    bool isRaw() const { return m_lines != nullptr; }
 
     const std::shared_ptr<const ResourceKind> m_kind;
-    const LivePlace m_place;
+    const LiveRequests m_requests;
     const LiveMeans m_means;
-    std::shared_ptr<const ObjectLines> m_lines; // null for kinds that never come raw
     std::shared_ptr<LiveFeed> m_feed;
     LiveStatus m_status;
 
@@ -110,16 +100,9 @@ private:
 
     bool m_isStateComplete = false;
     bool m_hasRows = false; // a state was complete once
-    int m_page = 0;
-    QByteArray m_continueToken;
+    std::optional<LiveRun> m_page; // of this state, the latest
     QByteArray m_version; // the watch goes on from here
-
-    // In a row:
-    int m_failures = 0;
-    int m_emptyWatches = 0; // ended at once, without a word
-    int m_silences = 0; // in which something was held back
-    int m_quietTimes = 0; // in which there was nothing to say
-    int m_lostStates = 0;
+    LivePatience m_patience;
 
     std::chrono::milliseconds m_deliveredAt{0};
     bool m_isBatchDue = false;

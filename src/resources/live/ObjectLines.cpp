@@ -17,11 +17,29 @@ QByteArrayView textAt(const simdjson::dom::element &object, std::string_view nam
         : QByteArrayView();
 }
 
+/// Times sort by their text. kubectl takes an object without one for the first of all, as it is done here
+/// with the empty text.
+QByteArray orderOf(const simdjson::dom::element &object, const QByteArray &pointer)
+{
+    std::string_view text;
+    return !pointer.isEmpty() && object.at_pointer(pointer.constData()).get(text) == simdjson::SUCCESS
+        ? QByteArray(text.data(), static_cast<qsizetype>(text.size()))
+        : QByteArray();
+}
+
 } // namespace
+
+QByteArray sortedBy(const ResourceKind &kind)
+{
+    const qsizetype option = kind.outputArguments.indexOf(QLatin1String("--sort-by"));
+    return option < 0 ? QByteArray()
+                      : kind.outputArguments.value(option + 1).toUtf8().replace('.', '/'); // ".a.b"
+}
 
 ObjectLines::ObjectLines(const ResourceKind &kind, QString &problem)
     : m_printer(ObjectPrinter::compile(kind.outputArguments, problem))
     , m_otherOutput(kind.otherOutput)
+    , m_sortedBy(sortedBy(kind))
 {
     if (m_printer && !kind.liveArguments.isEmpty()) {
         m_live = ObjectPrinter::compile(kind.liveArguments, problem);
@@ -32,6 +50,7 @@ LiveChange ObjectLines::change(const simdjson::dom::element &object) const
 {
     LiveChange change = removal(object);
     change.kind = LiveChange::Kind::Put;
+    change.order = orderOf(object, m_sortedBy);
     QString problem = m_printer->print(object, change.line);
     const QStringList otherOutput
         = problem.isEmpty() || !m_otherOutput ? QStringList() : m_otherOutput(problem);
@@ -53,7 +72,7 @@ LiveChange ObjectLines::change(const simdjson::dom::element &object) const
 
 LiveChange ObjectLines::removal(const simdjson::dom::element &object)
 {
-    LiveChange change{LiveChange::Kind::Remove, {}, {}, {}};
+    LiveChange change{LiveChange::Kind::Remove};
     simdjson::dom::element metadata;
     if (object.at_key("metadata").get(metadata) == simdjson::SUCCESS) {
         change.key = textAt(metadata, "namespace") + QByteArray("/") + textAt(metadata, "name");

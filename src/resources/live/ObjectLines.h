@@ -7,6 +7,10 @@
 
 namespace tidewright {
 
+/// Where the field stands that the listing of a kind is sorted by: a JSON pointer (RFC 6901). Empty where it
+/// comes as the server has it.
+QByteArray sortedBy(const ResourceKind &kind);
+
 /// From an object to its line (KubeTableItem::line), with the kind's second template where the first one
 /// fails. Immutable; any thread.
 class ObjectLines
@@ -23,6 +27,7 @@ private:
     std::shared_ptr<const ObjectPrinter> m_printer;
     std::shared_ptr<const ObjectPrinter> m_live; ///< null: nothing more than the listing
     std::function<QStringList(const QString &error)> m_otherOutput;
+    QByteArray m_sortedBy;
 };
 
 } // namespace tidewright

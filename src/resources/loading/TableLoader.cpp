@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace tidewright {
 
@@ -296,9 +297,11 @@ void TableLoader::clear()
 
 void TableLoader::setWatched(bool watched)
 {
-    m_isWatched = watched;
+    const bool wasWatched = std::exchange(m_isWatched, watched);
     if (!watched) {
-        m_unwatched.start();
+        if (wasWatched) { // else the minute has begun
+            m_unwatched.start();
+        }
         return;
     }
     m_unwatched.stop();

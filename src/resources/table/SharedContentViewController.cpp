@@ -2,6 +2,7 @@
 #include "resources/table/SharedContentViewController.h"
 
 #include "platform/desktop/Diagnostics.h"
+#include "platform/desktop/WindowSight.h"
 #include "platform/text/DisplayText.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/RowDeletion.h"
@@ -20,6 +21,7 @@
 #include <QMenu>
 #include <QProgressBar>
 #include <QVBoxLayout>
+#include <QWindow>
 
 namespace tidewright {
 
@@ -101,6 +103,7 @@ void SharedContentViewController::connectParts()
         Q_EMIT loadFinished();
     });
     connect(m_loader, &TableLoader::followingChanged, this, &SharedContentViewController::updateStatus);
+    connect(&WindowSight::shared(), &WindowSight::changed, this, &SharedContentViewController::updateWatched);
     connect(m_statusBar, &TableStatusBar::stopRequested, this, &SharedContentViewController::stopLoading);
     connect(m_tableView, &ResourceTableView::contextMenuRequested, this,
         &SharedContentViewController::showContextMenu);
@@ -432,7 +435,12 @@ void SharedContentViewController::showEvent(QShowEvent *event)
     if (!m_timer.isActive()) {
         m_timer.start();
     }
-    m_loader->setWatched(true);
+    updateWatched();
+}
+
+void SharedContentViewController::updateWatched()
+{
+    m_loader->setWatched(isVisible() && WindowSight::shared().sees(window()->windowHandle()));
 }
 
 void SharedContentViewController::hideEvent(QHideEvent *event)

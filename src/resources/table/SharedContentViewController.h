@@ -142,6 +142,7 @@ private:
     void refresh();
     void showLoading();
     void showNamespaces();
+    void updateWatched();
     void updateStatus();
     void showContextMenu(const QPoint &position);
 

@@ -11,6 +11,8 @@
 #include <QPalette>
 #include <QSvgRenderer>
 
+#include <memory>
+
 namespace tidewright {
 
 namespace {
@@ -30,9 +32,7 @@ public:
         const QPalette palette = QApplication::palette();
         const auto role = mode == QIcon::Selected ? QPalette::HighlightedText : QPalette::WindowText;
         const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        QByteArray coloured = m_svg;
-        coloured.replace("currentColor", palette.color(group, role).name().toUtf8());
-        QSvgRenderer(coloured).render(painter, rect);
+        rendererFor(palette.color(group, role)).render(painter, rect);
     }
 
     QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
@@ -47,7 +47,20 @@ public:
     QIconEngine *clone() const override { return new PaletteIconEngine(*this); }
 
 private:
+    /// Reading an image takes longer than painting it, and every row of a table has one.
+    QSvgRenderer &rendererFor(const QColor &colour)
+    {
+        std::shared_ptr<QSvgRenderer> &renderer = m_renderers[colour.rgb()];
+        if (!renderer) {
+            QByteArray coloured = m_svg;
+            coloured.replace("currentColor", colour.name().toUtf8());
+            renderer = std::make_shared<QSvgRenderer>(coloured);
+        }
+        return *renderer;
+    }
+
     QByteArray m_svg;
+    QHash<QRgb, std::shared_ptr<QSvgRenderer>> m_renderers; // of a palette's few colours
 };
 
 const QHash<QString, QRgb> &solarized()
