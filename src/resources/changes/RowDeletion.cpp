@@ -25,6 +25,9 @@ QWidget *detailsOf(const QStringList &names, const ChangePlace &place, const Res
         }
         text += QLatin1String("\n\n");
     }
+    if (!kind.deletionWarning.isEmpty()) {
+        text += kind.deletionWarning + QLatin1String("\n\n");
+    }
     return confirmationDetails(text + place.text(kind));
 }
 
@@ -78,7 +81,9 @@ void confirmAndDelete(QWidget &view, WindowState &window, const ResourceKind &ki
     const QString &noun = kind.humanReadableResourceName;
     const QString message = names.size() == 1
         ? QStringLiteral("Are you sure you want to delete the %1 \"%2\"?").arg(noun, names.first())
-        : QStringLiteral("Are you sure you want to delete %1 %2s?").arg(names.size()).arg(noun);
+        : QStringLiteral("Are you sure you want to delete %1 %2?")
+              .arg(names.size())
+              .arg(kind.pluralNoun.isEmpty() ? noun + QLatin1Char('s') : kind.pluralNoun);
     const ChangePlace place(window);
     const QStringList command{QStringLiteral("kubectl"), QStringLiteral("delete"), kind.resourceName};
     confirmChange(&view, place, QStringLiteral("Confirm Deletion"), message, QStringLiteral("Delete"),
