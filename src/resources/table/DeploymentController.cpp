@@ -34,7 +34,7 @@ void setFocusPolicies(ReplicaCell &cell, Qt::FocusPolicy policy)
 } // namespace
 
 DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
-    : SharedContentViewController(deploymentKind(), window, parent)
+    : WorkloadController(deploymentKind(), QStringLiteral("deployment/"), window, parent)
     , m_cells(new VisibleCells(
           tableView(), kind().indexOf(desiredColumn),
           [this](const QModelIndex &index) { return ensureCell(index); },
@@ -180,6 +180,31 @@ void DeploymentController::extendContextMenu(QMenu &menu)
         }
     });
     enableChange(*action, row.isValid());
+    WorkloadController::extendContextMenu(menu);
+    const bool hasRow = chosenCount() > 0;
+    enableChange(
+        *menu.addAction(QStringLiteral("Pause Roll-Out"), this, &DeploymentController::pauseRollOut), hasRow);
+    enableChange(
+        *menu.addAction(QStringLiteral("Resume Roll-Out"), this, &DeploymentController::resumeRollOut),
+        hasRow);
+}
+
+void DeploymentController::pauseRollOut()
+{
+    const QStringList names = chosenNames();
+    runOnRows({QStringLiteral("Confirm Pause"),
+        QStringLiteral("Are you sure you want to pause the roll-out of %1?").arg(nounFor(names)),
+        QStringLiteral("Pause"), QStringLiteral("Nothing was paused"), names,
+        {rolloutLine(QStringLiteral("pause"), names)}, false});
+}
+
+void DeploymentController::resumeRollOut()
+{
+    const QStringList names = chosenNames();
+    runOnRows({QStringLiteral("Confirm Resume"),
+        QStringLiteral("Are you sure you want to resume the roll-out of %1?").arg(nounFor(names)),
+        QStringLiteral("Resume"), QStringLiteral("Nothing was resumed"), names,
+        {rolloutLine(QStringLiteral("resume"), names)}, false});
 }
 
 } // namespace tidewright
