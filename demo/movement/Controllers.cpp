@@ -304,17 +304,19 @@ void Controllers::reconcilePods(const std::string &kind, const Key &key)
 void Controllers::rollOutOne(
     const StoredObject &owner, const json &parsed, const std::vector<ObjectPtr> &pods)
 {
-    const bool allReady = std::all_of(
-        pods.begin(), pods.end(), [](const ObjectPtr &pod) { return isPodReady(pod->parsed()); });
-    const auto outdated = std::find_if(pods.rbegin(), pods.rend(),
-        [&](const ObjectPtr &pod) { return !isOfRevision(*pod, revisionName(owner, parsed)); });
-    const bool waits = textAt(parsed, "/spec/updateStrategy/type") == "OnDelete";
-    if (outdated == pods.rend() || waits) {
-        return;
+    const std::string revision = revisionName(owner, parsed);
+    ObjectPtr next, unready; // one that is not ready is in nobody's way
+    bool allReady = true;
+    for (const ObjectPtr &pod : pods) {
+        const bool isReady = isPodReady(pod->parsed());
+        allReady = allReady && isReady;
+        if (!isOfRevision(*pod, revision)) {
+            (isReady ? next : unready) = pod;
+        }
     }
-    // One that is not ready is in nobody's way.
-    if (allReady || !isPodReady((*outdated)->parsed())) {
-        m_removePod(*outdated);
+    const bool waits = textAt(parsed, "/spec/updateStrategy/type") == "OnDelete";
+    if (!waits && (unready || (next && allReady))) {
+        m_removePod(unready ? unready : next);
     }
 }
 
