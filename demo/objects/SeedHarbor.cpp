@@ -119,7 +119,8 @@ void plantData(ObjectStore &store)
         {{"postgres", "postgres:15.4", 5432},
             {"exporter", "registry.example/tools/pg-exporter:0.15", 9187}}});
     planter.deployment({"stream-processor", 5, 7 * days, {{"worker", "registry.example/data/stream:2.2.0"}},
-        {Running, Running, Running, Running, Terminating}});
+        {Running, Running, Running, Running, Terminating},
+        {{"volumes", json::array({{{"name", "scratch"}, {"emptyDir", json::object()}}})}}});
     planter.service("orders-db", 5432, 320 * days, {{"clusterIP", "None"}});
     planter.cronJob({"vacuum", 1, 300 * days, {{"vacuum", "postgres:15.4"}}}, "@daily", false, 16 * hours);
     planter.object("PersistentVolumeClaim", "orders-db-0", 320 * days,

@@ -117,7 +117,7 @@ void SidebarController::selectFirst()
 
 QSize SidebarController::sizeHint() const
 {
-    return {190, 480};
+    return {225, 480};
 }
 
 } // namespace tidewright

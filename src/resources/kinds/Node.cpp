@@ -122,9 +122,29 @@ ObjectState stateOf(const Node &node)
     return {words.join(QLatin1String(", ")), !isReady ? Trouble : words.size() > 1 ? Progress : Good};
 }
 
-Column quantityColumn(const char *identifier, const QString &title, QString Node::*quantity, int width)
+/// Kubelets count the same amount in many units: "15800m", "65843252Ki".
+QString amount(const QString &quantity, double unit, const QString &pattern)
 {
-    Column column = textColumn<Node>(identifier, title, quantity, width);
+    constexpr int digits = 4;
+    const double number = quantityOf(quantity);
+    return number < 0 ? quantity : pattern.arg(QString::number(number / unit, 'g', digits));
+}
+
+QString cores(const Node &node)
+{
+    return amount(node.cpu, 1, QStringLiteral("%1"));
+}
+
+QString gibibytes(const Node &node)
+{
+    return amount(node.memory, 0x1p30, QStringLiteral("%1 Gi"));
+}
+
+template <typename Text>
+Column quantityColumn(
+    const char *identifier, const QString &title, Text text, QString Node::*quantity, int width)
+{
+    Column column = textColumn<Node>(identifier, title, text, width);
     column.alignment = Qt::AlignRight | Qt::AlignVCenter;
     return sortedBy<Node>(column, [quantity](const Node &node) { return quantityOf(node.*quantity); });
 }
@@ -133,11 +153,11 @@ std::vector<Column> columns()
 {
     return {
         nameColumn(180),
-        stateColumn<Node>("status", QStringLiteral("Status"), stateOf, 190),
+        stateColumn<Node>("status", QStringLiteral("Status"), stateOf, 290),
         textColumn<Node>("roles", QStringLiteral("Roles"), &Node::roles, 120),
         textColumn<Node>("version", QStringLiteral("Version"), &Node::version, 120),
-        quantityColumn("cpu", QStringLiteral("CPU"), &Node::cpu, 70),
-        quantityColumn("memory", QStringLiteral("Memory"), &Node::memory, 110),
+        quantityColumn("cpu", QStringLiteral("CPU"), cores, &Node::cpu, 70),
+        quantityColumn("memory", QStringLiteral("Memory"), gibibytes, &Node::memory, 95),
         numberColumn<Node>("pods", QStringLiteral("Pods at Most"), &Node::pods, 110),
         numberColumn<Node>("taints", QStringLiteral("Taints"), &Node::taints, 75),
         textColumn<Node>("internalIP", QStringLiteral("Internal IP"), &Node::internalIp, 120),

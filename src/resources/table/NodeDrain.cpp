@@ -14,10 +14,9 @@ QStringList DrainPlan::podsArguments(const QString &node)
 {
     return {QStringLiteral("get"), QStringLiteral("pods"), QStringLiteral("--all-namespaces"),
         QLatin1String("--field-selector=spec.nodeName=") + node, QStringLiteral("-ogo-template"),
-        QStringLiteral(
-            "--template={{range .items}}{{.metadata.namespace}}\t{{.status.phase}}\t"
-            "{{range .metadata.ownerReferences}}{{if .controller}}{{.kind}}{{end}}{{end}}\t"
-            "{{range .spec.volumes}}{{.emptyDir}}{{end}}\t{{.metadata.name}}\n{{end}}")};
+        QStringLiteral("--template={{range .items}}{{.metadata.namespace}}\t{{.status.phase}}\t"
+                       "{{range .metadata.ownerReferences}}{{if .controller}}{{.kind}}{{end}}{{end}}\t"
+                       "{{range .spec.volumes}}{{.emptyDir}}{{end}}\t{{.metadata.name}}\n{{end}}")};
 }
 
 DrainPlan DrainPlan::read(const QByteArray &pods)
@@ -56,7 +55,7 @@ QString DrainPlan::text(const QString &node) const
         const qsizetype count = leaving.size();
         lines.append(count == 1 ? QStringLiteral("One pod has to leave it:")
                                 : QStringLiteral("%1 pods have to leave it:").arg(count));
-        lines.append(QLatin1String("    ") + leaving.join(QLatin1String("\n    ")));
+        lines.back() += QLatin1String("\n    ") + leaving.join(QLatin1String("\n    "));
     }
     if (!staying.isEmpty()) {
         lines.append(
@@ -65,7 +64,7 @@ QString DrainPlan::text(const QString &node) const
     lines.append(QStringLiteral(
         "kubectl gives up after five minutes: pods may take long to end, and disruption budgets "
         "may keep them from leaving. The node stays closed then."));
-    return lines.join(QLatin1Char('\n'));
+    return lines.join(QLatin1String("\n\n"));
 }
 
 } // namespace tidewright
