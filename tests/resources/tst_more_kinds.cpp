@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the rows of the further kinds show, and what their commands do to a demo cluster through real clients.
 #include "core/ApplicationRecord.h"
+#include "core/ContextPolicy.h"
 #include "demo/DemoProcess.h"
 #include "platform/text/Timestamp.h"
 #include "platform/threads/MainQueue.h"
@@ -109,7 +110,7 @@ const std::vector<Command> &commands()
             R"(get po -nmonitoring -lapp=node-probe -ojsonpath={.items[*].metadata.annotations.kubectl\.kubernetes\.io/restartedAt})",
             "(20\\S+ ?){5}"},
         {"history", make<StatefulSetController>, "payments", "", {u"queue"_s}, "Roll-Out History", "", "",
-            {u"rollout history @ statefulset/queue"_s},
+            {u"rollout history @ statefulset/queue|*REVISION*"_s},
             "get sts queue -npayments -ojsonpath={.status.replicas}", "3"},
         {"cordon", make<NodeController>, "default", "", {u"node-amber-1"_s, u"node-amber-2"_s}, "Cordon", "",
             "", {u"cordon @ node-amber-1 node-amber-2"_s},
@@ -186,7 +187,9 @@ class TestMoreKinds : public QObject
                 auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
                 QAction *chosen = nullptr;
                 for (QAction *action : menu->actions()) {
-                    titles += action->isEnabled() ? QStringList(action->text()) : QStringList();
+                    if (action->isEnabled() && !action->isSeparator()) {
+                        titles.append(action->text());
+                    }
                     chosen = action->isEnabled() && action->text() == title ? action : chosen;
                 }
                 if (chosen) {
@@ -399,13 +402,31 @@ private Q_SLOTS:
                 m_table->kind().namespaced ? u"--context=demo-harbor -n%1"_s.arg(m_window->nameSpace)
                                            : u"--context=demo-harbor"_s);
             wanted.replace(u"\\*"_s, u"[^|]*"_s);
-            QVERIFY2(
-                entries[i].contains(QRegularExpression(u'^' + wanted + u"\\|"_s)), qPrintable(entries[i]));
+            QVERIFY2(entries[i].contains(QRegularExpression(u'^' + wanted + u"(\\||$)"_s)),
+                qPrintable(entries[i]));
         }
         const QString outcome = kubectl(command.query);
         QVERIFY2(outcome.contains(QRegularExpression(
                      QRegularExpression::anchoredPattern(QString::fromUtf8(command.result) + u"\\s*"_s))),
             qPrintable(outcome + entries.join(u'\n')));
+    }
+
+    void readOnlyContextsAreLeftAlone()
+    {
+        open(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"), make<StatefulSetController>, u"payments"_s);
+        const ContextKey context(m_demo->kubeconfig(), u"demo-harbor"_s);
+        ContextPolicies::shared().set(context, {ContextAccess::ReadOnly, ContextColour::None});
+        load();
+        select({u"queue"_s});
+        QCOMPARE(choose(QString()),
+            (QStringList{u"Copy Name"_s, u"Quick Look"_s, u"View Logs"_s, u"View Configuration"_s,
+                u"Roll-Out History"_s, u"Reload"_s}));
+        auto &table = static_cast<StatefulSetController &>(*m_table);
+        table.scale(); // as by a key, whatever the menu says
+        table.restart();
+        QVERIFY(!question());
+        QCOMPARE(m_window->recorded.entries.filter(u"is read-only"_s).size(), 2);
+        ContextPolicies::shared().set(context, {});
     }
 
     void whatANodeLosesIsToldApart()
@@ -424,7 +445,8 @@ private Q_SLOTS:
     void aSecretIsShownForAMinute_data()
     {
         QTest::addColumn<QString>("client");
-        eachClient([](const QString &client, const QByteArray &name) { QTest::newRow(name) << client; });
+        eachClient(
+            [](const QString &client, const QByteArray &name) { QTest::newRow(name.data()) << client; });
     }
     void aSecretIsShownForAMinute()
     {

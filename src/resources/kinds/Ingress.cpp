@@ -24,6 +24,7 @@ enum Field { Class = 1, Hosts, Addresses, Tls, Routes, DefaultService, Created, 
 
 constexpr QLatin1String listGlue(", ");
 constexpr QLatin1String any("*");
+constexpr QLatin1String unknown("?");
 
 QString hostsOf(QByteArrayView field)
 {
@@ -39,13 +40,14 @@ QString routesOf(QByteArrayView field, QByteArrayView defaultService)
     const auto route = [](const QString &path, const QString &service) {
         return QStringLiteral("%1 → %2").arg(path, service);
     };
+    QString pieces = textOf(field);
+    pieces.replace(missingValue, unknown); // which has a blank in it
     QStringList routes;
-    for (const QString &piece : textOf(field).split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+    for (const QString &piece : pieces.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
         const qsizetype blank = piece.lastIndexOf(QLatin1Char(' '));
-        const QString path = piece.first(qMax(0, blank)).replace(missingValue, any);
-        const QString service = piece.mid(blank + 1);
-        // A backend that is no service is an object of another kind.
-        routes.append(route(path, piece.endsWith(missingValue) ? QStringLiteral("?") : service));
+        const QString path = piece.first(qMax(0, blank));
+        const QString service = piece.mid(blank + 1); // unknown where the backend is no service
+        routes.append(route(path == unknown ? any : path, service));
     }
     if (const QString service = presentTextOf(defaultService); !service.isEmpty()) {
         routes.append(route(any, service));

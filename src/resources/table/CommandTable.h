@@ -30,7 +30,7 @@ protected:
     QStringList commandLine(const QStringList &words) const;
     /// Asks, runs it through the door of all changes, and loads the table again.
     void runOnRows(const RowCommand &command);
-    /// The rows that a command on one row applies to; empty when there is not exactly one.
+    /// The name of the row that a command applies to; empty when it is not exactly one.
     QString onlyChosen() const;
     /// "the deployment "web"", or "3 deployments".
     QString nounFor(const QStringList &names) const;
