@@ -6,6 +6,7 @@
 #include "objects/Names.h"
 #include "objects/Pods.h"
 #include "objects/Refresh.h"
+#include "objects/Revisions.h"
 
 #include <algorithm>
 
@@ -57,6 +58,38 @@ json withoutHash(json podTemplate)
 long long revisionNumber(const json &object)
 {
     return std::strtoll(revisionOf(object).c_str(), nullptr, 10);
+}
+
+long long ordinal(const StoredObject &pod)
+{
+    return std::strtoll(pod.name.c_str() + pod.name.rfind('-') + 1, nullptr, 10);
+}
+
+constexpr const char *allClosed = "0 nodes are available: all were unschedulable.";
+
+bool takesPods(const json &node)
+{
+    const json &conditions = at(node, "/status/conditions");
+    return !flagAt(node, "/spec/unschedulable") && at(node, "/spec/taints").empty()
+        && std::none_of(conditions.begin(), conditions.end(), [](const json &condition) {
+               return textAt(condition, "/type") == "Ready" && textAt(condition, "/status") != "True";
+           });
+}
+
+/// A node that takes new pods, the same for the same text; empty when there is none.
+std::string openNode(const ObjectStore &store, const std::string &pod)
+{
+    std::vector<std::string> open;
+    const std::vector<ObjectPtr> nodes = store.all(typeOfKind("Node"));
+    for (const ObjectPtr &node : nodes) {
+        if (takesPods(node->parsed())) {
+            open.push_back(node->name);
+        }
+    }
+    if (nodes.empty()) {
+        open = nodeNames();
+    }
+    return open.empty() ? std::string() : open[stableHash(pod) % open.size()];
 }
 
 size_t wantedPods(const std::string &kind, const json &owner)
@@ -126,6 +159,8 @@ void Controllers::changed(const ObjectPtr &object)
         podsChanged(*object);
     } else if (kind == "Service") {
         refreshEndpoints(m_store, key.ns);
+    } else if (kind == "Node") {
+        scheduleWaiting();
     } else if (kind == "Deployment" || kind == "ReplicaSet" || kind == "StatefulSet" || kind == "DaemonSet"
         || kind == "Job") {
         m_schedule.after(150ms, [this, kind, key] { reconcile(kind, key); });
@@ -187,14 +222,20 @@ ObjectPtr Controllers::replicaSetFor(const StoredObject &deployment, const json 
 {
     const ResourceType &type = typeOfKind("ReplicaSet");
     const json wanted = withoutHash(at(parsed, "/spec/template"));
-    ObjectPtr found;
+    ObjectPtr found, current;
     long long newest = 0;
     for (const ObjectPtr &set : m_store.ownedBy(type, deployment.ns, deployment.uid)) {
         const json candidate = set->parsed();
+        if (revisionOf(candidate) == revisionOf(parsed)) {
+            current = set;
+        }
         newest = std::max(newest, revisionNumber(candidate));
         if (withoutHash(at(candidate, "/spec/template")) == wanted) {
             found = set;
         }
+    }
+    if (current && flagAt(parsed, "/spec/paused")) {
+        return current;
     }
     if (found && revisionOf(found->parsed()) == revisionOf(parsed)) {
         return found;
@@ -234,6 +275,9 @@ void Controllers::setReplicas(const StoredObject &replicaSet, long long replicas
 
 void Controllers::reconcilePods(const std::string &kind, const Key &key)
 {
+    if (hasRevisions(kind)) {
+        keepRevision(m_store, kind, key.ns, key.name);
+    }
     const ObjectPtr owner = m_store.get(typeOfKind(kind), key.ns, key.name);
     if (!owner) {
         return;
@@ -242,33 +286,87 @@ void Controllers::reconcilePods(const std::string &kind, const Key &key)
     const size_t wanted = wantedPods(kind, parsed);
     std::vector<ObjectPtr> pods = m_store.ownedBy(typeOfKind("Pod"), key.ns, owner->uid);
     std::erase_if(pods, [](const ObjectPtr &pod) { return !isLive(pod->parsed()); });
-    // The youngest go first.
-    std::sort(pods.begin(), pods.end(),
-        [](const ObjectPtr &a, const ObjectPtr &b) { return a->version < b->version; });
+    // The youngest go first; of numbered ones those with the highest numbers.
+    std::sort(pods.begin(), pods.end(), [kind](const ObjectPtr &a, const ObjectPtr &b) {
+        return kind == "StatefulSet" ? ordinal(*a) < ordinal(*b) : a->version < b->version;
+    });
     for (; pods.size() > wanted; pods.pop_back()) {
         m_removePod(pods.back());
     }
-    for (size_t missing = pods.size(); missing < wanted; ++missing) {
-        createPod(*owner, parsed, wanted);
+    if (pods.size() < wanted) {
+        createPods(*owner, parsed, pods, wanted);
+    } else if (hasRevisions(kind)) {
+        rollOutOne(*owner, parsed, pods);
     }
     refreshOwner(m_store, key.ns, kind, key.name);
 }
 
-void Controllers::createPod(const StoredObject &owner, const json &parsed, size_t count)
+void Controllers::rollOutOne(
+    const StoredObject &owner, const json &parsed, const std::vector<ObjectPtr> &pods)
 {
-    const bool numbered = owner.type->kind == "StatefulSet";
-    for (size_t attempt = 0; attempt < count + 10; ++attempt) {
-        const std::string suffix
-            = numbered ? std::to_string(attempt) : nameSuffix(stableHash(m_store.newUid()));
-        json pod = podFromTemplate(at(parsed, "/spec/template"), owner.ns, owner.name + '-' + suffix, parsed);
-        pod["status"] = {{"phase", "Pending"}};
-        if (const ObjectPtr created = m_store.create(typeOfKind("Pod"), std::move(pod))) {
-            recordEvent(m_store, owner,
-                {"Normal", "SuccessfulCreate", "Created pod: " + created->name, "controller-manager"});
-            startPod(*created);
-            return;
+    const std::string revision = revisionName(owner, parsed);
+    ObjectPtr next, unready; // one that is not ready is in nobody's way
+    bool allReady = true;
+    for (const ObjectPtr &pod : pods) {
+        const bool isReady = isPodReady(pod->parsed());
+        allReady = allReady && isReady;
+        if (!isOfRevision(*pod, revision)) {
+            (isReady ? next : unready) = pod;
         }
     }
+    const bool waits = textAt(parsed, "/spec/updateStrategy/type") == "OnDelete";
+    if (!waits && (unready || (next && allReady))) {
+        m_removePod(unready ? unready : next);
+    }
+}
+
+void Controllers::createPods(
+    const StoredObject &owner, const json &parsed, const std::vector<ObjectPtr> &pods, size_t wanted)
+{
+    const std::string &kind = owner.type->kind;
+    if (kind == "StatefulSet") {
+        // A name that is still taken becomes free when the pod that has it is gone.
+        for (size_t number = 0; number < wanted; ++number) {
+            createPod(owner, parsed, owner.name + '-' + std::to_string(number));
+        }
+        return;
+    }
+    std::vector<std::string> nodes = kind == "DaemonSet" ? nodeNames() : std::vector<std::string>();
+    for (const ObjectPtr &pod : pods) {
+        std::erase(nodes, textAt(pod->parsed(), "/spec/nodeName"));
+    }
+    for (size_t missing = pods.size(); missing < wanted; ++missing) {
+        const std::string node = nodes.empty() ? std::string() : nodes.back();
+        if (!nodes.empty()) {
+            nodes.pop_back();
+        }
+        for (int attempt = 0; attempt < 10; ++attempt) {
+            const std::string suffix = nameSuffix(stableHash(m_store.newUid()));
+            if (createPod(owner, parsed, owner.name + '-' + suffix, node)) {
+                break;
+            }
+        }
+    }
+}
+
+bool Controllers::createPod(
+    const StoredObject &owner, const json &parsed, const std::string &name, const std::string &node)
+{
+    json pod = podFromTemplate(at(parsed, "/spec/template"), owner.ns, name, parsed);
+    pod["status"] = {{"phase", "Pending"}};
+    if (hasRevisions(owner.type->kind)) {
+        pod["metadata"]["labels"][revisionLabel] = revisionName(owner, parsed);
+    }
+    if (!node.empty()) {
+        pod["spec"]["nodeName"] = node;
+    }
+    const ObjectPtr created = m_store.create(typeOfKind("Pod"), std::move(pod));
+    if (created) {
+        recordEvent(m_store, owner,
+            {"Normal", "SuccessfulCreate", "Created pod: " + created->name, "controller-manager"});
+        startPod(*created);
+    }
+    return created != nullptr;
 }
 
 void Controllers::startPod(const StoredObject &pod)
@@ -283,6 +381,15 @@ void Controllers::startPod(const StoredObject &pod)
     }
 }
 
+void Controllers::scheduleWaiting()
+{
+    for (const ObjectPtr &pod : m_store.all(typeOfKind("Pod"))) {
+        if (textAt(pod->parsed(), "/status/conditions/0/message") == allClosed) {
+            startPod(*pod);
+        }
+    }
+}
+
 void Controllers::advancePod(const StoredObject &pod, int step)
 {
     static constexpr PodState states[]{
@@ -292,10 +399,18 @@ void Controllers::advancePod(const StoredObject &pod, int step)
         return;
     }
     const Seconds since = parseTimestamp(textAt(present->parsed(), "/metadata/creationTimestamp"));
+    const std::string node = openNode(m_store, pod.ns + pod.name);
     const ObjectPtr advanced = m_store.update(*pod.type, pod.ns, pod.name, [&](json &object) {
-        if (at(object, "/metadata/deletionTimestamp").is_null()) {
-            setPodState(object, states[step], since);
+        if (at(object, "/metadata/deletionTimestamp").is_string()) {
+            return;
         }
+        if (textAt(object, "/spec/nodeName").empty() && node.empty()) {
+            setPodState(object, PodState::Unschedulable, since);
+            object["status"]["conditions"][0]["message"] = allClosed;
+            return;
+        }
+        setDefault(object["spec"], "nodeName", node);
+        setPodState(object, states[step], since);
     });
     if (!advanced || advanced == present) {
         return;
@@ -305,6 +420,13 @@ void Controllers::advancePod(const StoredObject &pod, int step)
         recordEvent(m_store, *advanced, eventOfStep(step, parsed));
     }
     podsChanged(*advanced);
+    const std::string owner = textAt(parsed, "/metadata/ownerReferences/0/kind");
+    if (step == 2 && hasRevisions(owner)) {
+        m_schedule.after(
+            200ms, [this, owner, key = Key{pod.ns, textAt(parsed, "/metadata/ownerReferences/0/name")}] {
+                reconcile(owner, key);
+            });
+    }
 }
 
 void Controllers::startJob(const Key &key)
@@ -322,9 +444,7 @@ void Controllers::startJob(const Key &key)
     });
     const json parsed = m_store.get(*job->type, key.ns, key.name)->parsed();
     const long long completions = std::clamp(numberAt(parsed, "/spec/completions", 1), 1LL, 50LL);
-    for (long long i = 0; i < completions; ++i) {
-        createPod(*job, parsed, size_t(completions));
-    }
+    createPods(*job, parsed, {}, size_t(completions));
     refreshJob(m_store, key.ns, key.name);
 }
 

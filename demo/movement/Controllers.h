@@ -37,10 +37,17 @@ private:
     void startJob(const Key &key);
     void podsChanged(const StoredObject &pod);
 
+    /// Replaces one pod of an older revision, when all others are ready.
+    void rollOutOne(const StoredObject &owner, const json &parsed, const std::vector<ObjectPtr> &pods);
     ObjectPtr replicaSetFor(const StoredObject &deployment, const json &parsed);
     void setReplicas(const StoredObject &replicaSet, long long replicas);
-    void createPod(const StoredObject &owner, const json &parsed, size_t count);
+    void createPods(
+        const StoredObject &owner, const json &parsed, const std::vector<ObjectPtr> &pods, size_t wanted);
+    bool createPod(
+        const StoredObject &owner, const json &parsed, const std::string &name, const std::string &node = {});
     void startPod(const StoredObject &pod);
+    /// Those that found all nodes closed.
+    void scheduleWaiting();
     void advancePod(const StoredObject &pod, int step);
 
     ObjectStore &m_store;

@@ -4,6 +4,7 @@
 #include "base/Base64.h"
 #include "base/Time.h"
 #include "movement/CrashLoops.h"
+#include "objects/Definitions.h"
 #include "objects/Names.h"
 
 namespace tidewright::demo {
@@ -53,6 +54,13 @@ void prepareSecret(json &object)
     object.erase("stringData");
 }
 
+void setUnlessThere(json &object, const char *field, const char *value)
+{
+    if (!object.contains(field)) {
+        object[field] = value;
+    }
+}
+
 } // namespace
 
 Movement::Movement(ObjectStore &store, bool still)
@@ -87,6 +95,13 @@ void Movement::prepare(const ResourceType &type, json &object)
         object["status"] = {{"phase", "Active"}};
     } else if (type.kind == "PersistentVolume") {
         object["status"] = {{"phase", "Available"}};
+    } else if (type.kind == "PersistentVolumeClaim") {
+        object["status"] = {{"phase", "Pending"}};
+    } else if (type.kind == "Ingress") {
+        object["status"] = {{"loadBalancer", json::object()}};
+    } else if (type.kind == "StorageClass") {
+        setUnlessThere(object, "reclaimPolicy", "Delete");
+        setUnlessThere(object, "volumeBindingMode", "Immediate");
     } else if (type.group == "apps" || type.group == "batch" || type.kind == "Pod") {
         m_controllers.prepare(type, object);
     }
@@ -95,6 +110,9 @@ void Movement::prepare(const ResourceType &type, json &object)
 void Movement::created(const ObjectPtr &object)
 {
     const std::string &kind = object->type->kind;
+    if (kind == "CustomResourceDefinition") {
+        serveDefined(m_store, *object);
+    }
     if (kind == "Namespace") {
         m_store.create(typeOfKind("ServiceAccount"),
             {{"metadata", {{"name", "default"}, {"namespace", object->name}}}, {"secrets", json::array()}});
@@ -161,6 +179,9 @@ void Movement::removeNow(const ObjectPtr &object, const Removal &removal)
     if (kind == "Namespace") {
         removeContents(object->name);
     }
+    if (kind == "CustomResourceDefinition") {
+        stopServingDefined(m_store, *removed);
+    }
     if (kind == "Service") {
         m_store.remove(typeOfKind("Endpoints"), object->ns, object->name);
     }
@@ -169,7 +190,7 @@ void Movement::removeNow(const ObjectPtr &object, const Removal &removal)
 
 void Movement::removeOwned(const StoredObject &owner)
 {
-    for (const char *kind : {"ReplicaSet", "Job", "Pod"}) {
+    for (const char *kind : {"ReplicaSet", "Job", "Pod", "ControllerRevision"}) {
         for (const ObjectPtr &owned : m_store.ownedBy(typeOfKind(kind), owner.ns, owner.uid)) {
             beginRemoval(owned, {});
         }
@@ -178,12 +199,12 @@ void Movement::removeOwned(const StoredObject &owner)
 
 void Movement::removeContents(const std::string &ns)
 {
-    for (const ResourceType &type : resourceTypes()) {
-        if (!type.namespaced) {
+    for (const ResourceType *type : m_store.types()) {
+        if (!type->namespaced) {
             continue;
         }
-        for (const ObjectPtr &object : m_store.all(type, ns)) {
-            m_store.remove(type, ns, object->name);
+        for (const ObjectPtr &object : m_store.all(*type, ns)) {
+            m_store.remove(*type, ns, object->name);
         }
     }
 }

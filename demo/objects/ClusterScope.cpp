@@ -4,6 +4,8 @@
 #include "objects/Events.h"
 #include "objects/Planter.h"
 
+#include <algorithm>
+
 namespace tidewright::demo {
 
 namespace {
@@ -25,6 +27,57 @@ json volume(
         {"status", {{"phase", phase}}}};
 }
 
+struct NodeSpec
+{
+    std::string name;
+    std::string roles; ///< separated by commas
+    int number = 0; ///< among the cluster's nodes
+};
+
+json nodeConditions()
+{
+    json list = json::array();
+    for (const auto &[type, reason] : {std::pair("MemoryPressure", "KubeletHasSufficientMemory"),
+             {"DiskPressure", "KubeletHasNoDiskPressure"}, {"PIDPressure", "KubeletHasSufficientPID"},
+             {"Ready", "KubeletReady"}}) {
+        const bool isReady = std::string(type) == "Ready";
+        list.push_back({{"type", type}, {"status", isReady ? "True" : "False"}, {"reason", reason},
+            {"lastHeartbeatTime", timestamp(now())}, {"lastTransitionTime", timestamp(now() - 9 * days)}});
+    }
+    return list;
+}
+
+json nodeBody(const NodeSpec &node)
+{
+    json labels{{"kubernetes.io/hostname", node.name}, {"kubernetes.io/os", "linux"},
+        {"kubernetes.io/arch", "amd64"}};
+    for (size_t begin = 0; begin < node.roles.size();) {
+        const size_t end = std::min(node.roles.find(',', begin), node.roles.size());
+        labels["node-role.kubernetes.io/" + node.roles.substr(begin, end - begin)] = "";
+        begin = end + 1;
+    }
+    const std::string number = std::to_string(node.number);
+    const bool isBig = node.number % 2 == 0;
+    json addresses
+        = json::array({{{"type", "InternalIP"}, {"address", "10.10.0." + std::to_string(9 + node.number)}},
+            {{"type", "Hostname"}, {"address", node.name}}});
+    if (isBig) {
+        addresses.push_back({{"type", "ExternalIP"}, {"address", "198.51.100." + number}});
+    }
+    return {{"metadata", {{"labels", labels}}}, {"spec", {{"podCIDR", "10.42." + number + ".0/24"}}},
+        {"status",
+            {{"capacity",
+                 {{"cpu", isBig ? "16" : "8"}, {"memory", isBig ? "65843252Ki" : "32Gi"}, {"pods", "110"}}},
+                {"allocatable",
+                    {{"cpu", isBig ? "15800m" : "7900m"}, {"memory", isBig ? "64000Mi" : "31Gi"},
+                        {"pods", "110"}}},
+                {"addresses", addresses}, {"conditions", nodeConditions()},
+                {"nodeInfo",
+                    {{"kubeletVersion", "v1.30.0-demo"}, {"osImage", "Demo Linux 12"},
+                        {"kernelVersion", "6.1.0-18-amd64"}, {"architecture", "amd64"},
+                        {"operatingSystem", "linux"}, {"containerRuntimeVersion", "containerd://1.7.13"}}}}}};
+}
+
 json rules(int count)
 {
     static const char *const resources[]{"pods", "services", "configmaps", "secrets", "deployments", "jobs"};
@@ -40,14 +93,24 @@ json rules(int count)
 
 void plantNodes(ObjectStore &store, Seconds age)
 {
+    int number = 0;
     for (const std::string &name : nodeNames()) {
-        plant(store, "Node", name, age,
-            {{"metadata", {{"labels", {{"kubernetes.io/hostname", name}}}}}, {"spec", json::object()},
-                {"status",
-                    {{"capacity", {{"cpu", "8"}, {"memory", "32Gi"}, {"pods", "110"}}},
-                        {"conditions", json::array({{{"type", "Ready"}, {"status", "True"}}})},
-                        {"nodeInfo", {{"kubeletVersion", "v1.30.0-demo"}}}}}});
+        plant(store, "Node", name, age, nodeBody({name, "worker", ++number}));
     }
+    json control = nodeBody({"control-1", "control-plane", ++number});
+    control["spec"]["taints"]
+        = json::array({{{"key", "node-role.kubernetes.io/control-plane"}, {"effect", "NoSchedule"}}});
+    plant(store, "Node", "control-1", age, control);
+    json closed = nodeBody({"node-cedar-2", "worker", ++number});
+    closed["spec"]["unschedulable"] = true;
+    closed["status"]["conditions"][0]["status"] = "True"; // MemoryPressure
+    plant(store, "Node", "node-cedar-2", age / 4, closed);
+    json lost = nodeBody({"node-drift-1", "worker,spot", ++number});
+    for (json &condition : lost["status"]["conditions"]) {
+        condition["status"] = "Unknown";
+        condition["reason"] = "NodeStatusUnknown";
+    }
+    plant(store, "Node", "node-drift-1", age / 40, lost);
 }
 
 void plantVolumes(ObjectStore &store)

@@ -3,6 +3,7 @@
 
 #include "objects/Names.h"
 #include "objects/Refresh.h"
+#include "objects/Revisions.h"
 
 #include <algorithm>
 
@@ -92,6 +93,12 @@ void Planter::pods(const Workload &workload, const StoredObject &owner, bool num
         // Not all of the same age: some were replaced since.
         const Seconds age = workload.age / (1 + i % 3);
         pod["metadata"]["creationTimestamp"] = timestamp(now() - age);
+        if (hasRevisions(owner.type->kind)) {
+            pod["metadata"]["labels"][revisionLabel] = revisionName(owner, parsed);
+        }
+        if (owner.type->kind == "DaemonSet") {
+            pod["spec"]["nodeName"] = nodeNames()[size_t(i) % nodeNames().size()];
+        }
         const PodState state
             = size_t(i) < workload.states.size() ? workload.states[size_t(i)] : PodState::Running;
         setPodState(pod, state, now() - age, state == PodState::Running ? 0 : workload.restarts);
@@ -99,11 +106,28 @@ void Planter::pods(const Workload &workload, const StoredObject &owner, bool num
     }
 }
 
+ObjectPtr Planter::revisedSet(const Workload &workload, const std::string &kind, json body)
+{
+    const ResourceType &type = typeOfKind(kind);
+    ObjectPtr set = m_store.create(type, std::move(body));
+    for (int revision = 1; revision <= workload.revisions; ++revision) {
+        const std::string suffix = revision == workload.revisions ? "" : "-rc" + std::to_string(revision);
+        set = m_store.update(type, m_ns, workload.name, [&](json &object) {
+            object["spec"]["template"]["spec"]["containers"][0]["image"]
+                = workload.containers.front().image + suffix;
+        });
+        keepRevision(m_store, kind, m_ns, workload.name);
+    }
+    return set;
+}
+
 void Planter::statefulSet(const Workload &workload)
 {
     json body = workloadBody(workload, labelsOf(workload.name));
     body["spec"]["serviceName"] = workload.name;
-    pods(workload, *m_store.create(typeOfKind("StatefulSet"), std::move(body)), true);
+    body["spec"]["podManagementPolicy"] = "OrderedReady";
+    body["spec"]["updateStrategy"] = {{"type", "RollingUpdate"}, {"rollingUpdate", {{"partition", 0}}}};
+    pods(workload, *revisedSet(workload, "StatefulSet", std::move(body)), true);
     refreshStatefulSet(m_store, m_ns, workload.name);
 }
 
@@ -112,7 +136,8 @@ void Planter::daemonSet(const Workload &workload, int desired)
     json body = workloadBody(workload, labelsOf(workload.name));
     body["spec"].erase("replicas");
     body["status"]["desiredNumberScheduled"] = desired;
-    pods(workload, *m_store.create(typeOfKind("DaemonSet"), std::move(body)), false);
+    body["spec"]["updateStrategy"] = {{"type", "RollingUpdate"}, {"rollingUpdate", {{"maxUnavailable", 1}}}};
+    pods(workload, *revisedSet(workload, "DaemonSet", std::move(body)), false);
     refreshDaemonSet(m_store, m_ns, workload.name);
 }
 

@@ -24,7 +24,7 @@ struct Workload
     std::vector<PodState> states = {};
     json extraSpec = json::object(); ///< of the pods
     int restarts = 0; ///< of the pods in trouble
-    int revisions = 1; ///< of a deployment
+    int revisions = 1; ///< of a deployment, stateful or daemon set
 };
 
 /// Plants related objects of one namespace into a store: a deployment with its replica sets and pods, a
@@ -55,6 +55,8 @@ private:
     json metadata(const std::string &name, Seconds age) const;
     json workloadBody(const Workload &workload, const json &podLabels) const;
     void pods(const Workload &workload, const StoredObject &owner, bool numbered);
+    /// A stateful or daemon set, with its revisions; returns the newest state.
+    ObjectPtr revisedSet(const Workload &workload, const std::string &kind, json body);
 
     ObjectStore &m_store;
     std::string m_ns;

@@ -3,6 +3,7 @@
 
 #include "base/Time.h"
 #include "objects/Pods.h"
+#include "objects/Revisions.h"
 #include "store/Selector.h"
 
 #include <algorithm>
@@ -18,9 +19,11 @@ struct PodCount
     long long active = 0;
     long long succeeded = 0;
     long long failed = 0;
+    long long upToDate = 0; ///< of the owner's newest revision
 };
 
-PodCount countPods(const ObjectStore &store, const std::string &ns, const std::string &ownerUid)
+PodCount countPods(const ObjectStore &store, const std::string &ns, const std::string &ownerUid,
+    const std::string &revision = {})
 {
     PodCount count;
     for (const ObjectPtr &object : store.ownedBy(typeOfKind("Pod"), ns, ownerUid)) {
@@ -34,6 +37,7 @@ PodCount countPods(const ObjectStore &store, const std::string &ns, const std::s
         count.active += phase == "Running" || phase == "Pending";
         count.total += phase != "Failed" && phase != "Succeeded";
         count.ready += isPodReady(pod);
+        count.upToDate += isOfRevision(*object, revision);
     }
     return count;
 }
@@ -198,10 +202,19 @@ void refreshStatefulSet(ObjectStore &store, const std::string &ns, const std::st
     if (!object) {
         return;
     }
-    const PodCount count = countPods(store, ns, object->uid);
+    const std::string revision = revisionName(*object, object->parsed());
+    const PodCount count = countPods(store, ns, object->uid, revision);
     store.update(*object->type, ns, name, [&](json &set) {
-        setReplicaCounts(set["status"], count.total, count.ready, count.total);
-        set["status"].erase("unavailableReplicas");
+        json &status = set["status"];
+        setReplicaCounts(status, count.total, count.ready, count.upToDate);
+        status.erase("unavailableReplicas");
+        status["observedGeneration"] = numberAt(set, "/metadata/generation", 1);
+        status["updateRevision"] = revision;
+        if (count.upToDate == count.total || !status.contains("currentRevision")) {
+            status["currentRevision"] = revision;
+        }
+        setOrErase(status, "currentReplicas",
+            status["currentRevision"] == revision ? count.upToDate : count.total - count.upToDate);
     });
 }
 
@@ -211,7 +224,7 @@ void refreshDaemonSet(ObjectStore &store, const std::string &ns, const std::stri
     if (!object) {
         return;
     }
-    const PodCount count = countPods(store, ns, object->uid);
+    const PodCount count = countPods(store, ns, object->uid, revisionName(*object, object->parsed()));
     store.update(*object->type, ns, name, [&](json &set) {
         json &status = set["status"];
         if (status.is_null()) {
@@ -219,7 +232,8 @@ void refreshDaemonSet(ObjectStore &store, const std::string &ns, const std::stri
         }
         status["desiredNumberScheduled"] = std::max(count.total, numberAt(status, "/desiredNumberScheduled"));
         status["currentNumberScheduled"] = count.total;
-        status["updatedNumberScheduled"] = count.total;
+        status["updatedNumberScheduled"] = count.upToDate;
+        status["observedGeneration"] = numberAt(set, "/metadata/generation", 1);
         status["numberMisscheduled"] = 0;
         status["numberReady"] = count.ready;
         setOrErase(status, "numberAvailable", count.ready);

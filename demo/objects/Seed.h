@@ -10,6 +10,9 @@ namespace tidewright::demo {
 void seedHarbor(ObjectStore &store, int fleetPods);
 void seedLighthouse(ObjectStore &store);
 
+/// Part of seedHarbor: traffic, rights, storage and custom kinds.
+void seedNetwork(ObjectStore &store);
+
 /// Part of seedHarbor: the pods of namespace "fleet" under deployments of up to a hundred pods.
 void seedFleet(ObjectStore &store, int pods);
 

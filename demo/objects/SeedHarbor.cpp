@@ -101,7 +101,8 @@ void plantPayments(ObjectStore &store)
         {CrashLoop}, json::object(), 243});
     planter.deployment({"webhooks", 2, 54 * days, {{"webhooks", "registry.example/pay/webhooks:1.30", 8080}},
         {Running, Running, Evicted}});
-    planter.statefulSet({"queue", 3, 101 * days, {{"broker", "registry.example/pay/broker:3.12", 5672}}});
+    planter.statefulSet({"queue", 3, 101 * days, {{"broker", "registry.example/pay/broker:3.12", 5672}},
+        {Running, Running, NotReady}, json::object(), 0, 3});
     planter.service("ledger", 8443, 77 * days);
     planter.service("queue", 5672, 101 * days, {{"clusterIP", "None"}});
     planter.service("legacy-bank", 443, 150 * days,
@@ -118,7 +119,8 @@ void plantData(ObjectStore &store)
         {{"postgres", "postgres:15.4", 5432},
             {"exporter", "registry.example/tools/pg-exporter:0.15", 9187}}});
     planter.deployment({"stream-processor", 5, 7 * days, {{"worker", "registry.example/data/stream:2.2.0"}},
-        {Running, Running, Running, Running, Terminating}});
+        {Running, Running, Running, Running, Terminating},
+        {{"volumes", json::array({{{"name", "scratch"}, {"emptyDir", json::object()}}})}}});
     planter.service("orders-db", 5432, 320 * days, {{"clusterIP", "None"}});
     planter.cronJob({"vacuum", 1, 300 * days, {{"vacuum", "postgres:15.4"}}}, "@daily", false, 16 * hours);
     planter.object("PersistentVolumeClaim", "orders-db-0", 320 * days,
@@ -136,7 +138,7 @@ void plantMonitoring(ObjectStore &store)
     planter.statefulSet(
         {"metrics", 2, 277 * days, {{"metrics", "registry.example/mon/metrics:2.48", 9090}, reloader}});
     planter.daemonSet({"node-probe", 5, 277 * days, {{"probe", "registry.example/mon/probe:1.7", 9100}},
-                          {Running, Running, NotReady}},
+                          {Running, Running, NotReady}, json::object(), 0, 2},
         5);
     planter.daemonSet({"gpu-probe", 0, 30 * days, {{"probe", "registry.example/mon/gpu-probe:0.2"}}, {},
                           {{"nodeSelector", {{"accelerator", "gpu"}, {"disk", "ssd"}}}}},
@@ -190,6 +192,7 @@ void seedHarbor(ObjectStore &store, int fleetPods)
     plantStaging(store);
     plantVolumes(store);
     plantClusterRoles(store);
+    seedNetwork(store);
     for (const char *ns : {"default", "shop", "payments", "data", "monitoring", "staging", "kube-system"}) {
         refreshEndpoints(store, ns);
     }

@@ -28,6 +28,15 @@ DaemonSet= apiVersion:s kind:s metadata:ObjectMeta spec:DaemonSetSpec! status:an
 StatefulSet= apiVersion:s kind:s metadata:ObjectMeta spec:StatefulSetSpec! status:any
 Job= apiVersion:s kind:s metadata:ObjectMeta spec:JobSpec! status:any
 CronJob= apiVersion:s kind:s metadata:ObjectMeta spec:CronJobSpec! status:any
+HorizontalPodAutoscaler= apiVersion:s kind:s metadata:ObjectMeta spec:ScalerSpec! status:any
+ControllerRevision= apiVersion:s kind:s metadata:ObjectMeta data:any revision:i!
+Ingress= apiVersion:s kind:s metadata:ObjectMeta spec:IngressSpec! status:any
+NetworkPolicy= apiVersion:s kind:s metadata:ObjectMeta spec:PolicySpec! status:any
+StorageClass= apiVersion:s kind:s metadata:ObjectMeta provisioner:s! parameters:{s} reclaimPolicy:s mountOptions:[s]
+    allowVolumeExpansion:b volumeBindingMode:s allowedTopologies:any
+CustomResourceDefinition= apiVersion:s kind:s metadata:ObjectMeta spec:DefinitionSpec! status:any
+Role= apiVersion:s kind:s metadata:ObjectMeta rules:[PolicyRule]
+RoleBinding= apiVersion:s kind:s metadata:ObjectMeta subjects:[Subject] roleRef:RoleRef!
 ClusterRole= apiVersion:s kind:s metadata:ObjectMeta rules:[PolicyRule] aggregationRule:any
 ClusterRoleBinding= apiVersion:s kind:s metadata:ObjectMeta subjects:[Subject] roleRef:RoleRef!
 
@@ -96,6 +105,13 @@ VolumeSpec= capacity:{q} accessModes:[s] persistentVolumeReclaimPolicy:s storage
     iscsi:any fc:any cephfs:any rbd:any glusterfs:any cinder:any flexVolume:any flocker:any azureFile:any
     azureDisk:any awsElasticBlockStore:any gcePersistentDisk:any vsphereVolume:any quobyte:any photonPersistentDisk:any
     portworxVolume:any scaleIO:any storageos:any
+
+ScalerSpec= scaleTargetRef:any! minReplicas:i maxReplicas:i! metrics:[any] behavior:any
+    targetCPUUtilizationPercentage:i
+IngressSpec= ingressClassName:s defaultBackend:any tls:[any] rules:[any]
+PolicySpec= podSelector:LabelSelector policyTypes:[s] ingress:[any] egress:[any]
+DefinitionSpec= group:s! names:DefinitionNames! scope:s! versions:[any]! conversion:any preserveUnknownFields:b
+DefinitionNames= plural:s! singular:s shortNames:[s] kind:s! listKind:s categories:[s]
 
 PolicyRule= verbs:[s]! apiGroups:[s] resources:[s] resourceNames:[s] nonResourceURLs:[s]
 Subject= kind:s! name:s! apiGroup:s namespace:s

@@ -113,7 +113,7 @@ void ApiServer::serve(const httplib::Request &request, httplib::Response &respon
 void ApiServer::serveCluster(Cluster &cluster, std::vector<std::string> path, const httplib::Request &request,
     httplib::Response &response)
 {
-    if (const auto resource = parseResourcePath(path)) {
+    if (const auto resource = parseResourcePath(path, cluster.store)) {
         serveResource({cluster, request, response, *resource});
         return;
     }
@@ -123,7 +123,7 @@ void ApiServer::serveCluster(Cluster &cluster, std::vector<std::string> path, co
     }
     if (path.size() == 1 && (path[0] == "healthz" || path[0] == "livez" || path[0] == "readyz")) {
         response.set_content("ok", "text/plain");
-    } else if (const auto text = discoveryText(path, request.get_header_value("User-Agent"))) {
+    } else if (const auto text = discoveryText(path, request.get_header_value("User-Agent"), cluster.store)) {
         answer(response, *text);
     } else {
         serveSchema(cluster, path, response);

@@ -2,7 +2,6 @@
 #include "server/Discovery.h"
 
 #include "base/Json.h"
-#include "store/ResourceType.h"
 
 #include <cstdio>
 #include <set>
@@ -10,6 +9,8 @@
 namespace tidewright::demo {
 
 namespace {
+
+using Types = std::vector<const ResourceType *>;
 
 bool isOldClient(const std::string &userAgent)
 {
@@ -24,21 +25,33 @@ json versionEntry(const std::string &group, const std::string &version)
     return {{"groupVersion", group + '/' + version}, {"version", version}};
 }
 
-json groupEntry(const std::string &group, bool oldClient)
+const std::string &listedVersion(const ResourceType &type, bool oldClient)
 {
-    json versions = json::array({versionEntry(group, "v1")});
-    if (group == "batch" && oldClient) {
-        versions.push_back(versionEntry(group, "v1beta1"));
-    }
-    return {{"name", group}, {"versions", versions}, {"preferredVersion", versionEntry(group, "v1")}};
+    return oldClient && !type.olderVersion.empty() ? type.olderVersion : type.version;
 }
 
-std::set<std::string> groups()
+json groupEntry(const std::string &group, const Types &types, bool oldClient)
+{
+    std::set<std::string> versions; // which puts v1 before v1beta1
+    for (const ResourceType *type : types) {
+        if (type->group == group) {
+            versions.insert(listedVersion(*type, oldClient));
+        }
+    }
+    json entry{{"name", group}, {"versions", json::array()}};
+    for (const std::string &version : versions) {
+        entry["versions"].push_back(versionEntry(group, version));
+    }
+    entry["preferredVersion"] = entry["versions"].front();
+    return entry;
+}
+
+std::set<std::string> groupsOf(const Types &types)
 {
     std::set<std::string> names;
-    for (const ResourceType &type : resourceTypes()) {
-        if (!type.group.empty()) {
-            names.insert(type.group);
+    for (const ResourceType *type : types) {
+        if (!type->group.empty()) {
+            names.insert(type->group);
         }
     }
     return names;
@@ -72,18 +85,17 @@ json subresourceEntry(const ResourceType &type, const std::string &name)
     return entry;
 }
 
-std::optional<std::string> resourceList(const std::string &group, const std::string &version, bool oldClient)
+std::optional<std::string> resourceList(
+    const std::string &group, const std::string &version, const Types &types, bool oldClient)
 {
     json resources = json::array();
-    for (const ResourceType &type : resourceTypes()) {
-        const std::string &listedIn
-            = oldClient && !type.olderVersion.empty() ? type.olderVersion : type.version;
-        if (type.group != group || version != listedIn) {
+    for (const ResourceType *type : types) {
+        if (type->group != group || version != listedVersion(*type, oldClient)) {
             continue;
         }
-        resources.push_back(resourceEntry(type));
-        for (const std::string &name : type.subresources) {
-            resources.push_back(subresourceEntry(type, name));
+        resources.push_back(resourceEntry(*type));
+        for (const std::string &name : type->subresources) {
+            resources.push_back(subresourceEntry(*type, name));
         }
     }
     if (resources.empty()) {
@@ -100,19 +112,21 @@ std::string versionText()
         {"platform", "linux/demo"}});
 }
 
-std::string groupList(bool oldClient)
+std::string groupList(const Types &types, bool oldClient)
 {
     json list = json::array();
-    for (const std::string &group : groups()) {
-        list.push_back(groupEntry(group, oldClient));
+    for (const std::string &group : groupsOf(types)) {
+        list.push_back(groupEntry(group, types, oldClient));
     }
     return toText({{"kind", "APIGroupList"}, {"apiVersion", "v1"}, {"groups", list}});
 }
 
 } // namespace
 
-std::optional<std::string> discoveryText(const std::vector<std::string> &path, const std::string &userAgent)
+std::optional<std::string> discoveryText(
+    const std::vector<std::string> &path, const std::string &userAgent, const ObjectStore &store)
 {
+    const Types types = store.types();
     const bool oldClient = isOldClient(userAgent);
     if (path.size() == 1 && path[0] == "version") {
         return versionText();
@@ -121,16 +135,16 @@ std::optional<std::string> discoveryText(const std::vector<std::string> &path, c
         return toText({{"kind", "APIVersions"}, {"versions", {"v1"}}});
     }
     if (path.size() == 1 && path[0] == "apis") {
-        return groupList(oldClient);
+        return groupList(types, oldClient);
     }
     if (path.size() == 2 && path[0] == "api") {
-        return resourceList("", path[1], oldClient);
+        return resourceList("", path[1], types, oldClient);
     }
-    if (path.size() == 2 && path[0] == "apis" && groups().contains(path[1])) {
-        return toText(groupEntry(path[1], oldClient));
+    if (path.size() == 2 && path[0] == "apis" && groupsOf(types).contains(path[1])) {
+        return toText(groupEntry(path[1], types, oldClient));
     }
     if (path.size() == 3 && path[0] == "apis") {
-        return resourceList(path[1], path[2], oldClient);
+        return resourceList(path[1], path[2], types, oldClient);
     }
     return std::nullopt;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "store/ObjectStore.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,9 +11,11 @@ namespace tidewright::demo {
 
 /// The documents from which a client learns what is served: /version, /api, /apis and the lists of resources.
 /// Nothing when the path is none of them.
-//
+///
 /// Clients older than 1.21 know cron jobs in batch/v1beta1 only and newer ones start jobs from batch/v1 only,
-/// so the user agent decides in which version of the group cron jobs are listed. Objects are served in both.
-std::optional<std::string> discoveryText(const std::vector<std::string> &path, const std::string &userAgent);
+/// so the user agent decides in which version of the group a kind with an older one is listed. Objects are
+/// served in both.
+std::optional<std::string> discoveryText(
+    const std::vector<std::string> &path, const std::string &userAgent, const ObjectStore &store);
 
 } // namespace tidewright::demo

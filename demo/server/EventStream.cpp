@@ -63,7 +63,7 @@ std::string EventStream::eventLine(const char *word, const ObjectPtr &object)
     }
     const bool withColumns = !std::exchange(m_hasToldColumns, true);
     return lineOf(word,
-        tableText(*object->type, {object}, {{"resourceVersion", std::to_string(object->version)}},
+        tableText(m_store, *object->type, {object}, {{"resourceVersion", std::to_string(object->version)}},
             {m_form.includeObject, withColumns}));
 }
 

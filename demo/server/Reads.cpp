@@ -157,7 +157,8 @@ void readObject(const ApiCall &call)
         answer(call.response, toText(scaleOf(*object)));
     } else if (wantsTable(call)) {
         answer(call.response,
-            tableText(call.type(), {object}, json::object(), {call.parameter("includeObject")}));
+            tableText(call.cluster.store, call.type(), {object}, json::object(),
+                {call.parameter("includeObject")}));
     } else {
         answer(call.response, textFor(call.path, *object));
     }
@@ -170,8 +171,9 @@ void readList(const ApiCall &call)
         = call.parameter("continue").empty() ? firstList(call, query) : continuedList(call, query);
     const json metadata = listMetadata(page, query.filter != nullptr);
     if (wantsTable(call)) {
-        answer(
-            call.response, tableText(call.type(), page.objects, metadata, {call.parameter("includeObject")}));
+        answer(call.response,
+            tableText(
+                call.cluster.store, call.type(), page.objects, metadata, {call.parameter("includeObject")}));
     } else {
         answer(call.response, joinedList(call, page, metadata));
     }

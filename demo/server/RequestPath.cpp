@@ -17,7 +17,7 @@ std::vector<std::string> splitPath(const std::string &path)
     return parts;
 }
 
-std::optional<ResourcePath> parseResourcePath(const std::vector<std::string> &parts)
+std::optional<ResourcePath> parseResourcePath(const std::vector<std::string> &parts, const ObjectStore &store)
 {
     if (parts.empty()) {
         return std::nullopt;
@@ -34,11 +34,11 @@ std::optional<ResourcePath> parseResourcePath(const std::vector<std::string> &pa
     // ".../namespaces/NS/PLURAL" is a namespaced kind, ".../namespaces/NS" and ".../namespaces/NS/status" the
     // namespace itself.
     if (parts[next] == "namespaces" && parts.size() > next + 2
-        && (path.type = findType(group, path.version, parts[next + 2])) && path.type->namespaced) {
+        && (path.type = store.findType(group, path.version, parts[next + 2])) && path.type->namespaced) {
         path.ns = parts[next + 1];
         next += 3;
     } else {
-        path.type = findType(group, path.version, parts[next]);
+        path.type = store.findType(group, path.version, parts[next]);
         ++next;
     }
     if (!path.type || parts.size() > next + 2) {

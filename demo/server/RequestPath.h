@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "store/ResourceType.h"
+#include "store/ObjectStore.h"
 
 #include <optional>
 #include <string>
@@ -23,7 +23,8 @@ struct ResourcePath
 /// "/api/v1/namespaces/shop/pods/x/log" in its parts; empty parts are dropped.
 std::vector<std::string> splitPath(const std::string &path);
 
-/// Nothing when the parts do not name a served kind.
-std::optional<ResourcePath> parseResourcePath(const std::vector<std::string> &parts);
+/// Nothing when the parts do not name a kind that the store serves.
+std::optional<ResourcePath> parseResourcePath(
+    const std::vector<std::string> &parts, const ObjectStore &store);
 
 } // namespace tidewright::demo

@@ -2,6 +2,7 @@
 #include "server/TablePrinter.h"
 
 #include "base/Time.h"
+#include "server/TableColumns.h"
 
 #include <map>
 
@@ -9,39 +10,9 @@ namespace tidewright::demo {
 
 namespace {
 
-struct Column
-{
-    std::string title;
-    json (*cell)(const json &object);
-};
-
-json text(const json &object, const std::string &pointer, const std::string &missing = "<none>")
-{
-    return textAt(object, pointer, missing);
-}
-
-json age(const json &object)
-{
-    return shortAge(now() - parseTimestamp(textAt(object, "/metadata/creationTimestamp")));
-}
-
 json keyCount(const json &object)
 {
     return at(object, "/data").size();
-}
-
-std::string joined(const json &list, const std::string &pointer, const char *separator = ",")
-{
-    std::string result;
-    for (const json &item : list) {
-        const json &value = pointer.empty() ? item : at(item, pointer);
-        if (value.is_null()) {
-            continue;
-        }
-        result += (result.empty() ? "" : separator)
-            + (value.is_string() ? value.get<std::string>() : toText(value));
-    }
-    return result.empty() ? "<none>" : result;
 }
 
 json podReady(const json &object)
@@ -127,37 +98,25 @@ json jobDuration(const json &object)
     return start == 0 ? "" : shortAge((end == 0 ? now() : end) - start);
 }
 
-json nodeStatus(const json &object)
-{
-    for (const json &condition : at(object, "/status/conditions")) {
-        if (textAt(condition, "/type") == "Ready") {
-            return textAt(condition, "/status") == "True" ? "Ready" : "NotReady";
-        }
-    }
-    return "Unknown";
-}
-
-#define CELL(expression) [](const json &o) -> json { return expression; }
-
-std::vector<Column> podColumns()
+std::vector<TableColumn> podColumns()
 {
     return {{"Ready", podReady}, {"Status", podStatus}, {"Restarts", podRestarts}, {"Age", age}};
 }
 
-std::vector<Column> replicatedColumns()
+std::vector<TableColumn> replicatedColumns()
 {
     return {{"Ready", replicas}, {"Up-to-date", CELL(numberAt(o, "/status/updatedReplicas"))},
         {"Available", CELL(numberAt(o, "/status/availableReplicas"))}, {"Age", age}};
 }
 
-std::vector<Column> replicaSetColumns()
+std::vector<TableColumn> replicaSetColumns()
 {
     return {{"Desired", CELL(numberAt(o, "/spec/replicas"))},
         {"Current", CELL(numberAt(o, "/status/replicas"))},
         {"Ready", CELL(numberAt(o, "/status/readyReplicas"))}, {"Age", age}};
 }
 
-std::vector<Column> daemonSetColumns()
+std::vector<TableColumn> daemonSetColumns()
 {
     return {{"Desired", CELL(numberAt(o, "/status/desiredNumberScheduled"))},
         {"Current", CELL(numberAt(o, "/status/currentNumberScheduled"))},
@@ -165,7 +124,7 @@ std::vector<Column> daemonSetColumns()
         {"Available", CELL(numberAt(o, "/status/numberAvailable"))}, {"Age", age}};
 }
 
-std::vector<Column> jobColumns()
+std::vector<TableColumn> jobColumns()
 {
     return {{"Completions",
                 CELL(std::to_string(numberAt(o, "/status/succeeded")) + '/'
@@ -173,7 +132,7 @@ std::vector<Column> jobColumns()
         {"Duration", jobDuration}, {"Age", age}};
 }
 
-std::vector<Column> cronJobColumns()
+std::vector<TableColumn> cronJobColumns()
 {
     return {{"Schedule", CELL(text(o, "/spec/schedule"))},
         {"Suspend", CELL(flagAt(o, "/spec/suspend") ? "True" : "False")},
@@ -181,13 +140,13 @@ std::vector<Column> cronJobColumns()
         {"Last Schedule", CELL(text(o, "/status/lastScheduleTime"))}, {"Age", age}};
 }
 
-std::vector<Column> serviceColumns()
+std::vector<TableColumn> serviceColumns()
 {
     return {{"Type", CELL(text(o, "/spec/type"))}, {"Cluster-IP", CELL(text(o, "/spec/clusterIP"))},
         {"External-IP", externalAddress}, {"Port(s)", servicePorts}, {"Age", age}};
 }
 
-std::vector<Column> volumeColumns()
+std::vector<TableColumn> volumeColumns()
 {
     return {{"Capacity", CELL(text(o, "/spec/capacity/storage", ""))},
         {"Access Modes", CELL(joined(at(o, "/spec/accessModes"), ""))},
@@ -196,7 +155,7 @@ std::vector<Column> volumeColumns()
         {"StorageClass", CELL(text(o, "/spec/storageClassName", ""))}, {"Age", age}};
 }
 
-std::vector<Column> eventColumns()
+std::vector<TableColumn> eventColumns()
 {
     return {{"Last Seen", CELL(shortAge(now() - parseTimestamp(textAt(o, "/lastTimestamp"))))},
         {"Type", CELL(text(o, "/type"))}, {"Reason", CELL(text(o, "/reason"))},
@@ -204,9 +163,9 @@ std::vector<Column> eventColumns()
         {"Message", CELL(text(o, "/message"))}};
 }
 
-const std::vector<Column> &columnsOf(const std::string &kind)
+const std::vector<TableColumn> &columnsOf(const std::string &kind)
 {
-    static const std::map<std::string, std::vector<Column>> table{
+    static const std::map<std::string, std::vector<TableColumn>> table{
         {"Pod", podColumns()},
         {"Deployment", replicatedColumns()},
         {"StatefulSet", {{"Ready", replicas}, {"Age", age}}},
@@ -220,36 +179,22 @@ const std::vector<Column> &columnsOf(const std::string &kind)
         {"Secret", {{"Type", CELL(text(o, "/type"))}, {"Data", keyCount}, {"Age", age}}},
         {"ServiceAccount", {{"Secrets", CELL(at(o, "/secrets").size())}, {"Age", age}}},
         {"PersistentVolume", volumeColumns()},
-        {"PersistentVolumeClaim",
-            {{"Status", CELL(text(o, "/status/phase", ""))},
-                {"Volume", CELL(text(o, "/spec/volumeName", ""))},
-                {"Capacity", CELL(text(o, "/status/capacity/storage", ""))},
-                {"StorageClass", CELL(text(o, "/spec/storageClassName", ""))}, {"Age", age}}},
-        {"Namespace", {{"Status", CELL(text(o, "/status/phase"))}, {"Age", age}}},
-        {"Node",
-            {{"Status", nodeStatus}, {"Version", CELL(text(o, "/status/nodeInfo/kubeletVersion"))},
-                {"Age", age}}},
         {"Event", eventColumns()},
     };
-    static const std::vector<Column> others{
-        {"Created At", CELL(text(o, "/metadata/creationTimestamp"))},
-    };
     const auto found = table.find(kind);
-    return found == table.end() ? others : found->second;
+    return found == table.end() ? clusterColumns(kind) : found->second;
 }
 
-#undef CELL
-
-json definition(const std::string &title)
+json definition(const std::string &title, int priority = 0)
 {
     return {{"name", title}, {"type", "string"}, {"format", title == "Name" ? "name" : ""},
-        {"description", title}, {"priority", 0}};
+        {"description", title}, {"priority", priority}};
 }
 
-json rowOf(const std::vector<Column> &columns, const json &object, const std::string &includeObject)
+json rowOf(const std::vector<TableColumn> &columns, const json &object, const std::string &includeObject)
 {
     json cells = json::array({textAt(object, "/metadata/name")});
-    for (const Column &column : columns) {
+    for (const TableColumn &column : columns) {
         cells.push_back(column.cell(object));
     }
     json row{{"cells", std::move(cells)}};
@@ -264,15 +209,16 @@ json rowOf(const std::vector<Column> &columns, const json &object, const std::st
 
 } // namespace
 
-std::string tableText(const ResourceType &type, const std::vector<ObjectPtr> &objects,
-    const json &listMetadata, const TableForm &form)
+std::string tableText(const ObjectStore &store, const ResourceType &type,
+    const std::vector<ObjectPtr> &objects, const json &listMetadata, const TableForm &form)
 {
-    const std::vector<Column> &columns = columnsOf(type.kind);
+    const std::vector<TableColumn> columns
+        = type.isCustom ? definedColumns(store, type) : columnsOf(type.kind);
     json definitions;
     if (form.hasColumns) {
         definitions = json::array({definition("Name")});
-        for (const Column &column : columns) {
-            definitions.push_back(definition(column.title));
+        for (const TableColumn &column : columns) {
+            definitions.push_back(definition(column.title, column.priority));
         }
     }
     json rows = json::array();

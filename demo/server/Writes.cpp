@@ -228,6 +228,11 @@ void patchObject(const ApiCall &call)
         answer(call.response, toText(scaleOf(*setReplicas(call, patched))));
         return;
     }
+    if (call.type().isCustom && form.starts_with("application/strategic-merge-patch+json")) {
+        throw ApiError(415, "UnsupportedMediaType",
+            "the body of the request was in an unknown format - accepted media types include: "
+            "application/json-patch+json, application/merge-patch+json, application/apply-patch+yaml");
+    }
     const auto stored
         = applyChange(call, [&](const json &before) { return applyPatch(form, before, patch); });
     answer(call.response, textFor(call.path, *stored));

@@ -70,19 +70,55 @@ std::shared_ptr<const StoredObject> StoredObject::edited(const std::function<voi
 
 ObjectStore::ObjectStore(std::uint64_t seed, size_t history)
     : m_history(history)
-    , m_shelves(resourceTypes().size())
     , m_uidState(seed)
 {
+    for (const ResourceType &type : resourceTypes()) {
+        m_shelves.try_emplace(&type);
+        m_types.push_back(&type);
+    }
+}
+
+std::vector<const ResourceType *> ObjectStore::types() const
+{
+    const std::shared_lock lock(m_mutex);
+    return m_types;
+}
+
+const ResourceType *ObjectStore::findType(
+    const std::string &group, const std::string &version, const std::string &plural) const
+{
+    const std::shared_lock lock(m_mutex);
+    const auto found = std::find_if(m_types.begin(), m_types.end(),
+        [&](const ResourceType *type) { return isAddressed(*type, group, version, plural); });
+    return found == m_types.end() ? nullptr : *found;
+}
+
+const ResourceType &ObjectStore::serve(ResourceType type)
+{
+    stopServing(type.group, type.plural);
+    const std::unique_lock lock(m_mutex);
+    const ResourceType &kept = m_custom.emplace_back(std::move(type));
+    m_shelves.try_emplace(&kept).first->second.forgotten = m_version;
+    m_types.push_back(&kept);
+    return kept;
+}
+
+void ObjectStore::stopServing(const std::string &group, const std::string &plural)
+{
+    const std::unique_lock lock(m_mutex);
+    std::erase_if(m_types, [&](const ResourceType *type) {
+        return type->isCustom && type->group == group && type->plural == plural;
+    });
 }
 
 ObjectStore::Shelf &ObjectStore::shelfOf(const ResourceType &type)
 {
-    return m_shelves[size_t(&type - resourceTypes().data())];
+    return m_shelves.at(&type);
 }
 
 const ObjectStore::Shelf &ObjectStore::shelfOf(const ResourceType &type) const
 {
-    return m_shelves[size_t(&type - resourceTypes().data())];
+    return m_shelves.at(&type);
 }
 
 std::string ObjectStore::newUid()
@@ -319,7 +355,7 @@ std::uint64_t ObjectStore::oldestVersion(const ResourceType &type) const
 void ObjectStore::forgetChanges()
 {
     const std::unique_lock lock(m_mutex);
-    for (Shelf &shelf : m_shelves) {
+    for (auto &[type, shelf] : m_shelves) {
         shelf.forgotten = m_version;
         shelf.changes.clear();
         shelf.changed.notify_all();

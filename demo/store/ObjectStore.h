@@ -110,6 +110,17 @@ public:
     /// Returns what was removed, under the version of the removal; null when there was nothing.
     ObjectPtr remove(const ResourceType &type, const std::string &ns, const std::string &name);
 
+    /// All kinds that are served now, custom ones last. They live as long as the store.
+    std::vector<const ResourceType *> types() const;
+    /// Null when no such resource is served. Knows older versions too.
+    const ResourceType *findType(
+        const std::string &group, const std::string &version, const std::string &plural) const;
+    /// Serves one more kind. One of the same group and plural takes the place of the former, whose objects
+    /// must be gone.
+    const ResourceType &serve(ResourceType type);
+    /// The kind is not found any more.
+    void stopServing(const std::string &group, const std::string &plural);
+
     std::uint64_t version() const;
 
     /// Changes of a kind after a version, waiting for one up to the timeout. Nothing when that version is too
@@ -147,7 +158,9 @@ private:
 
     const size_t m_history;
     mutable std::shared_mutex m_mutex;
-    std::deque<Shelf> m_shelves; ///< by position in resourceTypes()
+    std::map<const ResourceType *, Shelf> m_shelves;
+    std::deque<ResourceType> m_custom; ///< those too that are not served any more
+    std::vector<const ResourceType *> m_types; ///< served now
     std::uint64_t m_version = firstVersion;
     std::atomic<std::uint64_t> m_uidState;
 };

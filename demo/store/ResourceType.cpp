@@ -19,6 +19,7 @@ bool ResourceType::hasSubresource(const std::string &name) const
 const std::vector<ResourceType> &resourceTypes()
 {
     const std::string rbac = "rbac.authorization.k8s.io";
+    const std::string network = "networking.k8s.io";
     static const std::vector<ResourceType> table{
         {"", "v1", "pods", "pod", "Pod", {"po"}, true, true, {"log", "status"}, ""},
         {"", "v1", "services", "service", "Service", {"svc"}, true, true, {"status"}, ""},
@@ -40,8 +41,20 @@ const std::vector<ResourceType> &resourceTypes()
         {"apps", "v1", "daemonsets", "daemonset", "DaemonSet", {"ds"}, true, true, {"status"}, ""},
         {"apps", "v1", "statefulsets", "statefulset", "StatefulSet", {"sts"}, true, true, {"scale", "status"},
             ""},
+        {"apps", "v1", "controllerrevisions", "controllerrevision", "ControllerRevision", {}, true, false, {},
+            ""},
+        {"autoscaling", "v2", "horizontalpodautoscalers", "horizontalpodautoscaler",
+            "HorizontalPodAutoscaler", {"hpa"}, true, true, {"status"}, "v2beta2"},
         {"batch", "v1", "jobs", "job", "Job", {}, true, true, {"status"}, ""},
         {"batch", "v1", "cronjobs", "cronjob", "CronJob", {"cj"}, true, true, {"status"}, "v1beta1"},
+        {network, "v1", "ingresses", "ingress", "Ingress", {"ing"}, true, false, {"status"}, ""},
+        {network, "v1", "networkpolicies", "networkpolicy", "NetworkPolicy", {"netpol"}, true, false, {}, ""},
+        {"storage.k8s.io", "v1", "storageclasses", "storageclass", "StorageClass", {"sc"}, false, false, {},
+            ""},
+        {"apiextensions.k8s.io", "v1", "customresourcedefinitions", "customresourcedefinition",
+            "CustomResourceDefinition", {"crd", "crds"}, false, false, {"status"}, ""},
+        {rbac, "v1", "roles", "role", "Role", {}, true, false, {}, ""},
+        {rbac, "v1", "rolebindings", "rolebinding", "RoleBinding", {}, true, false, {}, ""},
         {rbac, "v1", "clusterroles", "clusterrole", "ClusterRole", {}, false, false, {}, ""},
         {rbac, "v1", "clusterrolebindings", "clusterrolebinding", "ClusterRoleBinding", {}, false, false, {},
             ""},
@@ -59,15 +72,11 @@ const ResourceType &typeOfKind(const std::string &kind)
     throw std::logic_error("no such kind: " + kind);
 }
 
-const ResourceType *findType(const std::string &group, const std::string &version, const std::string &plural)
+bool isAddressed(
+    const ResourceType &type, const std::string &group, const std::string &version, const std::string &plural)
 {
-    for (const ResourceType &type : resourceTypes()) {
-        if (type.plural == plural && type.group == group
-            && (type.version == version || (!version.empty() && type.olderVersion == version))) {
-            return &type;
-        }
-    }
-    return nullptr;
+    return type.plural == plural && type.group == group
+        && (type.version == version || (!version.empty() && type.olderVersion == version));
 }
 
 } // namespace tidewright::demo

@@ -6,8 +6,7 @@
 
 namespace tidewright::demo {
 
-/// One served kind of object: its words in URLs, discovery and on the command line. The table is fixed at
-/// build time.
+/// One served kind of object: its words in URLs, discovery and on the command line.
 struct ResourceType
 {
     std::string group; ///< empty for the core group
@@ -20,6 +19,7 @@ struct ResourceType
     bool inCategoryAll = false;
     std::vector<std::string> subresources; ///< status, scale, log
     std::string olderVersion; ///< a second version of the group that carries the same objects
+    bool isCustom = false; ///< defined by a custom resource definition
 
     std::string apiVersion() const { return apiVersionAs(version); }
     /// "GROUP/VERSION", or the version alone for the core group.
@@ -27,12 +27,14 @@ struct ResourceType
     bool hasSubresource(const std::string &name) const;
 };
 
+/// Those that every cluster has; a store knows the custom ones too.
 const std::vector<ResourceType> &resourceTypes();
 
 /// Kinds are unique here, so the kind alone names the type. The kind must be one of the table.
 const ResourceType &typeOfKind(const std::string &kind);
 
-/// Null when no such resource is served. Knows older versions too.
-const ResourceType *findType(const std::string &group, const std::string &version, const std::string &plural);
+/// Whether a path of these words means the type, by its older version too.
+bool isAddressed(const ResourceType &type, const std::string &group, const std::string &version,
+    const std::string &plural);
 
 } // namespace tidewright::demo

@@ -6,18 +6,30 @@
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/CreateFromFiles.h"
 #include "resources/kinds/ClusterRole.h"
+#include "resources/kinds/ClusterRoleBinding.h"
 #include "resources/kinds/ConfigMap.h"
-#include "resources/kinds/DaemonSet.h"
+#include "resources/kinds/CustomResourceDefinition.h"
 #include "resources/kinds/Endpoint.h"
+#include "resources/kinds/HorizontalPodAutoscaler.h"
+#include "resources/kinds/Ingress.h"
+#include "resources/kinds/Namespace.h"
+#include "resources/kinds/NetworkPolicy.h"
 #include "resources/kinds/PersistentVolume.h"
+#include "resources/kinds/PersistentVolumeClaim.h"
 #include "resources/kinds/ReplicaSet.h"
-#include "resources/kinds/Secret.h"
+#include "resources/kinds/Role.h"
+#include "resources/kinds/RoleBinding.h"
 #include "resources/kinds/ServiceAccount.h"
 #include "resources/table/CronJobController.h"
+#include "resources/table/DaemonSetController.h"
 #include "resources/table/DeploymentController.h"
 #include "resources/table/EventController.h"
 #include "resources/table/JobController.h"
+#include "resources/table/NodeController.h"
+#include "resources/table/SecretController.h"
 #include "resources/table/ServiceController.h"
+#include "resources/table/StatefulSetController.h"
+#include "resources/table/StorageClassController.h"
 
 #include <QTimer>
 
@@ -35,6 +47,7 @@ struct Tab
     const char *name;
     std::initializer_list<const char *> scopes;
     SharedContentViewController *(*make)(WindowState &);
+    bool isLoadedUnseen = true; ///< with the one that is shown, when it has another context or namespace
 };
 
 /// A table with commands of its own.
@@ -55,15 +68,34 @@ constexpr Tab tabs[] = {
     {"Persistent Volumes", {"persistentvolume"}, tableOf<persistentVolumeKind>},
     {"Cron Jobs", {"cronjob"}, table<CronJobController>},
     {"Config Maps", {"configmap"}, tableOf<configMapKind>},
-    {"Secrets", {"secret"}, tableOf<secretKind>},
+    {"Secrets", {"secret"}, table<SecretController>},
     {"Events", {"event"}, table<EventController>},
     {"Endpoints", {"endpoint"}, tableOf<endpointKind>},
     {"Jobs", {"job"}, table<JobController>},
     {"Service Accounts", {"serviceaccount"}, tableOf<serviceAccountKind>},
     {"Cluster Roles", {"clusterrole"}, tableOf<clusterRoleKind>},
     {"Replica Sets", {"replicaset"}, tableOf<replicaSetKind>},
-    {"Daemon Sets", {"daemonset"}, tableOf<daemonSetKind>},
+    {"Daemon Sets", {"daemonset"}, table<DaemonSetController>},
+    {"Stateful Sets", {"statefulset"}, table<StatefulSetController>, false},
+    {"Persistent Volume Claims", {"persistentvolumeclaim"}, tableOf<persistentVolumeClaimKind>, false},
+    {"Storage Classes", {"storageclass"}, table<StorageClassController>, false},
+    {"Ingresses", {"ingress"}, tableOf<ingressKind>, false},
+    {"Network Policies", {"networkpolicy"}, tableOf<networkPolicyKind>, false},
+    {"Horizontal Pod Autoscalers", {"horizontalpodautoscaler"}, tableOf<horizontalPodAutoscalerKind>, false},
+    {"Nodes", {"node"}, table<NodeController>, false},
+    {"Namespaces", {}, tableOf<namespaceKind>, false},
+    {"Roles", {"role"}, tableOf<roleKind>, false},
+    {"Role Bindings", {"rolebinding"}, tableOf<roleBindingKind>, false},
+    {"Cluster Role Bindings", {"clusterrolebinding"}, tableOf<clusterRoleBindingKind>, false},
+    {"Custom Resource Definitions", {"customresourcedefinition"}, tableOf<customResourceDefinitionKind>,
+        false},
 };
+
+/// The tables stand in the order of their tabs.
+bool isLoadedUnseen(int index)
+{
+    return tabs[index].isLoadedUnseen;
+}
 
 } // namespace
 
@@ -140,7 +172,8 @@ void PrimaryContentController::loadHiddenTables()
         return; // each is loaded when it is shown, which is a matter of a moment
     }
     for (SharedContentViewController *controller : tables()) {
-        if (!controller->isListing() && !controller->rowsAsOf().isValid()) {
+        const bool isWanted = controller == shownTable() || isLoadedUnseen(indexOf(controller));
+        if (isWanted && !controller->isListing() && !controller->rowsAsOf().isValid()) {
             controller->clearAndReload({.niceness = nicenessOfHidden});
         }
     }
@@ -150,7 +183,8 @@ void PrimaryContentController::needRows(SharedContentViewController &table) cons
 {
     const SharedContentViewController *shown = shownTable();
     const bool isTurn = !shown || shown->rowsAsOf().isValid(); // what the user looks at comes first
-    if (m_window.liveUpdates() && isTurn && !table.isListing() && !table.rowsAsOf().isValid()) {
+    const bool comesUnasked = !m_window.liveUpdates() && isLoadedUnseen(indexOf(&table));
+    if (!comesUnasked && isTurn && !table.isListing() && !table.rowsAsOf().isValid()) {
         table.load({.unattended = true, .niceness = nicenessOfHidden});
     }
 }

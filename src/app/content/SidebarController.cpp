@@ -58,11 +58,15 @@ QString sidebarImageName(const QString &itemName)
 
 const QList<SidebarItem> &sidebarItems()
 {
-    static const QList<SidebarItem> items{item("Infrastructure",
-                                              {"Pods", "Deployments", "Services", "Persistent Volumes",
-                                                  "Endpoints", "Daemon Sets", "Replica Sets"}),
+    static const QList<SidebarItem> items{
+        item("Infrastructure",
+            {"Pods", "Deployments", "Services", "Persistent Volumes", "Endpoints", "Daemon Sets",
+                "Replica Sets", "Stateful Sets", "Persistent Volume Claims", "Storage Classes", "Ingresses",
+                "Network Policies", "Horizontal Pod Autoscalers", "Nodes", "Namespaces"}),
         item("Tasks", {"Cron Jobs", "Jobs"}),
-        item("Configuration", {"Cluster Roles", "Config Maps", "Secrets", "Service Accounts"}),
+        item("Configuration",
+            {"Cluster Roles", "Config Maps", "Secrets", "Service Accounts", "Roles", "Role Bindings",
+                "Cluster Role Bindings", "Custom Resource Definitions"}),
         item("Status", {"Events"})};
     return items;
 }
@@ -113,7 +117,7 @@ void SidebarController::selectFirst()
 
 QSize SidebarController::sizeHint() const
 {
-    return {190, 480};
+    return {225, 480};
 }
 
 } // namespace tidewright

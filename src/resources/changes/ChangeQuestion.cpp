@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/ChangeQuestion.h"
 
+#include <QLocale>
+
 namespace tidewright {
 
 QString toBeTypedIn(const ContextKey &context)
@@ -12,6 +14,39 @@ QString editTitle(const WindowState &window)
 {
     return changeObstacle(window).isEmpty() ? QStringLiteral("Edit Configuration")
                                             : QStringLiteral("View Configuration");
+}
+
+QString objectsText(
+    const ChangePlace &place, const ResourceKind &kind, const ObjectNames &objects, const QString &note)
+{
+    constexpr qsizetype namesShown = 10;
+    const auto groups = byNamespace(objects);
+    const bool hasOneGroup = groups.size() == 1;
+    QStringList lines;
+    for (const auto &[nameSpace, names] : groups) {
+        if (objects.size() == 1) {
+            break;
+        }
+        if (!hasOneGroup) {
+            lines.append(QStringLiteral("Namespace: ") + nameSpace);
+        }
+        const QString indent = hasOneGroup ? QString() : QStringLiteral("    ");
+        for (const QString &name : names.first(qMin(namesShown, names.size()))) {
+            lines.append(indent + name);
+        }
+        if (names.size() > namesShown) {
+            const QString rest = QLocale().toString(names.size() - namesShown);
+            lines.append(indent + QStringLiteral("and %1 more").arg(rest));
+        }
+    }
+    if (!lines.isEmpty()) {
+        lines.append(QString());
+    }
+    if (!note.isEmpty()) {
+        lines += {note, QString()};
+    }
+    lines.append(place.text(kind, hasOneGroup ? groups.front().first : QString()));
+    return lines.join(QLatin1Char('\n'));
 }
 
 void confirmChange(QWidget *view, const ChangePlace &place, Question question, Answered answered)

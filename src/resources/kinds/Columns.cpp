@@ -19,6 +19,27 @@ SortKey timeSortKey(const QString &timestamp)
     return SortKey(time ? -static_cast<double>(*time) : std::numeric_limits<double>::infinity());
 }
 
+QString gradeImage(ObjectState::Grade grade)
+{
+    switch (grade) {
+    case ObjectState::Grade::Trouble:
+        return QStringLiteral("NSStatusUnavailable");
+    case ObjectState::Grade::Progress:
+        return QStringLiteral("NSStatusPartiallyAvailable");
+    case ObjectState::Grade::Good:
+        return QStringLiteral("NSStatusAvailable");
+    case ObjectState::Grade::Plain:
+        break;
+    }
+    return {};
+}
+
+Column hiddenAtFirst(Column column)
+{
+    column.hidden = true;
+    return column;
+}
+
 Column nameColumn(int width)
 {
     return {QStringLiteral("name"), QStringLiteral("Name"),

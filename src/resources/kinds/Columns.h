@@ -81,6 +81,41 @@ Column timeColumn(const char *identifier, const QString &title, Text text, Times
     return column;
 }
 
+/// The state of an object, in words and as what a user has to make of it.
+struct ObjectState
+{
+    enum class Grade {
+        Trouble, ///< somebody has to look
+        Progress, ///< on its way, or so on purpose
+        Good,
+        Plain, ///< no picture
+    };
+    QString text;
+    Grade grade = Grade::Plain;
+};
+
+/// The name of the state image of a grade; empty for none.
+QString gradeImage(ObjectState::Grade grade);
+
+/// A state with its picture, trouble first.
+template <typename Item, typename State>
+Column stateColumn(const char *identifier, const QString &title, State state, int width)
+{
+    const auto get = ofRow<Item>(state);
+    const auto text = [get](const Item &item) { return get(item).text; };
+    Column column = textColumn<Item>(identifier, title, text, width);
+    column.sortKey = [get](const KubeTableItem &row) {
+        const ObjectState found = get(row);
+        const auto rank = static_cast<char>('0' + static_cast<int>(found.grade));
+        return SortKey(rank + std::get<QByteArray>(textSortKey(found.text)));
+    };
+    column.image = [get](const KubeTableItem &row) { return gradeImage(get(row).grade); };
+    return column;
+}
+
+/// The column, hidden until the header's menu shows it.
+Column hiddenAtFirst(Column column);
+
 /// Whether there are as many as wanted: an image with words, the worst first.
 template <typename Item, typename Available, typename Wanted>
 Column availabilityColumn(Available available, Wanted wanted, int width)

@@ -41,6 +41,28 @@ QString textOf(QByteArrayView field)
     return QString::fromUtf8(field);
 }
 
+QString presentTextOf(QByteArrayView field)
+{
+    const QString text = textOf(field);
+    return text == missingValue ? QString() : text;
+}
+
+QString labelsTextOf(QByteArrayView field)
+{
+    constexpr QByteArrayView begin("map[");
+    if (!field.startsWith(begin) || !field.endsWith(']')) {
+        return {};
+    }
+    QStringList labels
+        = textOf(field.sliced(begin.size()).chopped(1)).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (QString &label : labels) {
+        if (const qsizetype colon = label.indexOf(QLatin1Char(':')); colon >= 0) {
+            label[colon] = QLatin1Char('=');
+        }
+    }
+    return labels.join(listGlue);
+}
+
 QString joinedPieces(const QString &text, QChar separator, QLatin1String glue)
 {
     return text.split(separator, Qt::SkipEmptyParts).join(glue);

@@ -16,6 +16,13 @@ qint64 integerOf(QByteArrayView field);
 /// The field as text. Any thread.
 QString textOf(QByteArrayView field);
 
+/// The field as text; empty for the placeholder. Any thread.
+QString presentTextOf(QByteArrayView field);
+
+/// A map as Go prints it, "map[app:web tier:db]", in the form of a label selector: "app=web, tier=db". Its
+/// keys and values must be without blanks, as those of labels are. Any thread.
+QString labelsTextOf(QByteArrayView field);
+
 /// The pieces of `text` between separators, empty ones dropped, with `glue` between them. Any thread.
 QString joinedPieces(const QString &text, QChar separator, QLatin1String glue);
 

@@ -4,6 +4,9 @@
 #include <QList>
 #include <QStringList>
 
+#include <utility>
+#include <vector>
+
 namespace tidewright {
 
 /// Which object of a kind is meant.
@@ -16,5 +19,8 @@ struct ObjectName
 };
 
 using ObjectNames = QList<ObjectName>;
+
+/// The names of each namespace, both in the order in which they come first.
+std::vector<std::pair<QString, QStringList>> byNamespace(const ObjectNames &objects);
 
 } // namespace tidewright

@@ -43,6 +43,8 @@ struct ResourceKind
 {
     QString resourceName; ///< kubectl's word in delete, edit and preview
     QString humanReadableResourceName; ///< singular noun for messages
+    QString pluralNoun; ///< for messages; empty for the singular with an "s"
+    QString deletionWarning; ///< a sentence on what goes with an object; may be empty
     QString tableName; ///< the sidebar's name, such as "Config Maps"
     QString listWord; ///< kubectl's word after "get" in the listing
     QStringList outputArguments; ///< of the listing, after context and namespace

@@ -19,8 +19,9 @@ struct UsualPlace
     bool isNamespaced = true;
 };
 
-/// Unchanged since 1.16, but for cron jobs, which are in batch/v1 since 1.21.
-constexpr std::array<UsualPlace, 14> usualPlaces{{
+/// Unchanged since 1.19, but for cron jobs, which are in batch/v1 since 1.21, and autoscalers, in
+/// autoscaling/v2 since 1.23.
+constexpr std::array<UsualPlace, 26> usualPlaces{{
     {"po", "v1", "pods"},
     {"deploy", "apps/v1", "deployments"},
     {"rs", "apps/v1", "replicasets"},
@@ -35,6 +36,18 @@ constexpr std::array<UsualPlace, 14> usualPlaces{{
     {"serviceaccounts", "v1", "serviceaccounts"},
     {"clusterroles", "rbac.authorization.k8s.io/v1", "clusterroles", false},
     {"events", "v1", "events"},
+    {"statefulsets", "apps/v1", "statefulsets"},
+    {"nodes", "v1", "nodes", false},
+    {"namespaces", "v1", "namespaces", false},
+    {"ingresses.networking.k8s.io", "networking.k8s.io/v1", "ingresses"},
+    {"persistentvolumeclaims", "v1", "persistentvolumeclaims"},
+    {"storageclasses", "storage.k8s.io/v1", "storageclasses", false},
+    {"hpa", "autoscaling/v2", "horizontalpodautoscalers"},
+    {"networkpolicies.networking.k8s.io", "networking.k8s.io/v1", "networkpolicies"},
+    {"roles", "rbac.authorization.k8s.io/v1", "roles"},
+    {"rolebindings", "rbac.authorization.k8s.io/v1", "rolebindings"},
+    {"clusterrolebindings", "rbac.authorization.k8s.io/v1", "clusterrolebindings", false},
+    {"customresourcedefinitions", "apiextensions.k8s.io/v1", "customresourcedefinitions", false},
 }};
 
 /// The position of the column that says whether a resource is namespaced; the kind is behind it. -1: no such
@@ -104,6 +117,9 @@ void ResourcePaths::learn(const QByteArray &apiResources)
             add(shortName, path);
         }
         add(columns[namespaced + 1].toLower(), path); // the kind in lower case is the singular
+        if (const qsizetype slash = columns[namespaced - 1].indexOf('/'); slash > 0) {
+            add(columns[0] + '.' + columns[namespaced - 1].first(slash), path);
+        }
     }
     if (!learned.isEmpty()) {
         m_learned = learned;

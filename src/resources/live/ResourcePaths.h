@@ -40,7 +40,8 @@ public:
     void learn(const QByteArray &apiResources);
     bool hasLearned() const { return m_hasLearned; }
 
-    /// `word` is what follows "kubectl get" (ResourceKind::listWord): a plural, a singular or a short name.
+    /// `word` is what follows "kubectl get" (ResourceKind::listWord): a plural, a singular, a short name, or
+    /// plural and group such as "ingresses.networking.k8s.io".
     /// Nothing when nobody knows of it.
     std::optional<ResourcePath> find(const QString &word) const;
 

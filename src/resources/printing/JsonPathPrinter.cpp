@@ -16,7 +16,8 @@ using Step = JsonPathPrinter::Step;
 
 bool isNameCharacter(char c)
 {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-'
+        || c == '/';
 }
 
 /// A number, or nothing written; false for anything else.
@@ -64,13 +65,17 @@ bool readStep(QByteArrayView &text, std::vector<Step> &path)
         step.kind = Step::Kind::Wildcard;
         length = 2;
     } else if (text.startsWith('.')) {
-        while (length < text.size() && isNameCharacter(text[length])) {
-            ++length;
+        while (length < text.size()) {
+            const bool isEscape = text[length] == '\\' && length + 1 < text.size();
+            length += isEscape ? 1 : 0;
+            if (!isEscape && !isNameCharacter(text[length])) {
+                break;
+            }
+            step.name += text[length++];
         }
-        if (length == 1) {
+        if (step.name.empty()) {
             return false;
         }
-        step.name = std::string(text.data() + 1, static_cast<std::size_t>(length - 1));
     } else {
         return false;
     }

@@ -34,7 +34,7 @@ void setFocusPolicies(ReplicaCell &cell, Qt::FocusPolicy policy)
 } // namespace
 
 DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
-    : SharedContentViewController(deploymentKind(), window, parent)
+    : WorkloadController(deploymentKind(), QStringLiteral("deployment/"), window, parent)
     , m_cells(new VisibleCells(
           tableView(), kind().indexOf(desiredColumn),
           [this](const QModelIndex &index) { return ensureCell(index); },
@@ -183,6 +183,31 @@ void DeploymentController::extendContextMenu(QMenu &menu)
         }
     });
     enableChange(*action, row.isValid());
+    WorkloadController::extendContextMenu(menu);
+    const bool hasRow = chosenCount() > 0;
+    enableChange(
+        *menu.addAction(QStringLiteral("Pause Roll-Out"), this, &DeploymentController::pauseRollOut), hasRow);
+    enableChange(
+        *menu.addAction(QStringLiteral("Resume Roll-Out"), this, &DeploymentController::resumeRollOut),
+        hasRow);
+}
+
+void DeploymentController::pauseRollOut()
+{
+    const ObjectNames objects = chosenObjects();
+    runOnRows({QStringLiteral("Confirm Pause"),
+        QStringLiteral("Are you sure you want to pause the roll-out of %1?").arg(nounFor(objects)),
+        QStringLiteral("Pause"), QStringLiteral("Nothing was paused"), objects,
+        rolloutLines(QStringLiteral("pause"), objects), false});
+}
+
+void DeploymentController::resumeRollOut()
+{
+    const ObjectNames objects = chosenObjects();
+    runOnRows({QStringLiteral("Confirm Resume"),
+        QStringLiteral("Are you sure you want to resume the roll-out of %1?").arg(nounFor(objects)),
+        QStringLiteral("Resume"), QStringLiteral("Nothing was resumed"), objects,
+        rolloutLines(QStringLiteral("resume"), objects), false});
 }
 
 } // namespace tidewright

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/table/SharedContentViewController.h"
+#include "resources/table/WorkloadController.h"
 
 #include <QPersistentModelIndex>
 
@@ -11,12 +11,17 @@ class ReplicaCell;
 class VisibleCells;
 struct Deployment;
 
-/// The table of deployments, with a slider in each row that scales it.
-class DeploymentController : public SharedContentViewController
+/// The table of deployments, with a slider in each row that scales it. Their roll-outs can be paused.
+class DeploymentController : public WorkloadController
 {
     Q_OBJECT
 public:
     explicit DeploymentController(WindowState &window, QWidget *parent = nullptr);
+
+public Q_SLOTS:
+    /// Whatever changes in the chosen deployments is not rolled out until they are resumed.
+    void pauseRollOut();
+    void resumeRollOut();
 
 protected:
     void rowsChanged() override;

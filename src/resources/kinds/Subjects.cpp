@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "resources/kinds/Subjects.h"
+
+#include "resources/kinds/FieldText.h"
+
+namespace tidewright {
+
+RoleGrant grantOf(QByteArrayView role, QByteArrayView subjects)
+{
+    QStringList users;
+    QStringList groups;
+    QStringList accounts;
+    for (QString subject : textOf(subjects).split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        subject.replace(missingValue, QLatin1String("-"));
+        const QString kind = subject.section(QLatin1Char(' '), 0, 0);
+        const QString nameSpace = subject.section(QLatin1Char(' '), 1, 1);
+        const QString name = subject.section(QLatin1Char(' '), 2);
+        if (kind == QLatin1String("ServiceAccount")) {
+            accounts.append(nameSpace + QLatin1Char('/') + name);
+        } else {
+            (kind == QLatin1String("Group") ? groups : users).append(name);
+        }
+    }
+    constexpr QLatin1String glue(", ");
+    return {textOf(role), users.join(glue), groups.join(glue), accounts.join(glue)};
+}
+
+} // namespace tidewright

@@ -1,0 +1,482 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the rows of the further kinds show, and what their commands do to a demo cluster through real clients.
+#include "core/ApplicationRecord.h"
+#include "core/ContextPolicy.h"
+#include "demo/DemoProcess.h"
+#include "platform/text/Timestamp.h"
+#include "platform/threads/MainQueue.h"
+#include "resources/kinds/CustomResourceDefinition.h"
+#include "resources/kinds/HorizontalPodAutoscaler.h"
+#include "resources/kinds/Ingress.h"
+#include "resources/kinds/NetworkPolicy.h"
+#include "resources/kinds/Node.h"
+#include "resources/kinds/PersistentVolumeClaim.h"
+#include "resources/kinds/RoleBinding.h"
+#include "resources/kinds/StatefulSet.h"
+#include "resources/kinds/StorageClass.h"
+#include "resources/listing/Merge.h"
+#include "resources/table/DaemonSetController.h"
+#include "resources/table/DeploymentController.h"
+#include "resources/table/NodeController.h"
+#include "resources/table/NodeDrain.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/SecretController.h"
+#include "resources/table/SecretWindow.h"
+#include "resources/table/StatefulSetController.h"
+#include "resources/table/StorageClassController.h"
+#include "support/OpenQuestion.h"
+#include "support/Patience.h"
+#include "support/StubWindow.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
+
+using namespace tidewright;
+using namespace tidewright::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int patience = 30'000; // milliseconds
+
+using MakeKind = ResourceKind (*)();
+using MakeTable = SharedContentViewController *(*)(WindowState &);
+
+template <typename Controller> SharedContentViewController *make(WindowState &window)
+{
+    return new Controller(window);
+}
+
+QString cellsOf(const ResourceKind &kind, const KubeTableItem &item)
+{
+    QStringList cells;
+    for (const Column &column : kind.columns) {
+        const QString image = column.image ? column.image(item) : QString();
+        cells.append(column.text(item) + (image.isEmpty() ? u""_s : u" <%1>"_s.arg(image.sliced(8))));
+    }
+    return cells.join(u'|');
+}
+
+struct Command
+{
+    const char *name;
+    MakeTable make;
+    const char *nameSpace;
+    const char *prepare; ///< kubectl's words before; may be empty
+    QStringList rows;
+    const char *title; ///< in the context menu
+    const char *button; ///< of the question; empty where none is asked
+    const char *asks; ///< a part of the question, as a pattern
+    QStringList lines; ///< "@" stands for the context and the namespace, "*" for anything
+    const char *query; ///< kubectl's words afterwards
+    const char *result; ///< a pattern for what they print
+};
+
+const std::vector<Command> &commands()
+{
+    static const std::vector<Command> all{
+        {"restart", make<DeploymentController>, "default", "", {u"greeter"_s, u"web"_s}, "Restart…",
+            "Restart", "restart 2 deployments\\? All their pods",
+            {u"rollout restart @ deployment/greeter deployment/web"_s},
+            R"(get deploy greeter web -ojsonpath={.items[*].spec.template.metadata.annotations.kubectl\.kubernetes\.io/restartedAt})",
+            "20\\S+ 20\\S+"},
+        {"roll back", make<DeploymentController>, "default", "", {u"web"_s}, "Roll Back…", "Roll Back",
+            "the deployment \"web\" back", {u"rollout undo @ deployment/web"_s},
+            "get deploy web -ojsonpath={.spec.template.spec.containers[0].image}", "nginx:1.25.3-rc2"},
+        {"pause", make<DeploymentController>, "default", "", {u"web"_s}, "Pause Roll-Out", "", "",
+            {u"rollout pause @ deployment/web"_s}, "get deploy web -ojsonpath={.spec.paused}", "true"},
+        {"resume", make<DeploymentController>, "default", "rollout pause deploy/web", {u"web"_s},
+            "Resume Roll-Out", "", "", {u"rollout resume @ deployment/web"_s},
+            "get deploy web -ojsonpath=<{.spec.paused}>", "<(false)?>"},
+        {"scale a set", make<StatefulSetController>, "payments", "", {u"queue"_s}, "Scale…",
+            "Scale Stateful Set", "\"queue\" to have\\? It has 3",
+            {u"scale @ --replicas=5 statefulset/queue"_s}, "get pods -npayments -lapp=queue -oname",
+            "(pod/queue-[0-4]\\s*){5}"},
+        {"roll back a set", make<StatefulSetController>, "payments", "", {u"queue"_s}, "Roll Back…",
+            "Roll Back", "the stateful set \"queue\" back", {u"rollout undo @ statefulset/queue"_s},
+            "get pods -npayments -lapp=queue -ojsonpath={.items[*].spec.containers[0].image}",
+            "(\\S+:3.12-rc2 ?){3}"},
+        {"restart daemons", make<DaemonSetController>, "monitoring", "", {u"node-probe"_s}, "Restart…",
+            "Restart", "the daemonset \"node-probe\"\\? All its pods",
+            {u"rollout restart @ daemonset/node-probe"_s},
+            R"(get po -nmonitoring -lapp=node-probe -ojsonpath={.items[*].metadata.annotations.kubectl\.kubernetes\.io/restartedAt})",
+            "(20\\S+ ?){5}"},
+        {"history", make<StatefulSetController>, "payments", "", {u"queue"_s}, "Roll-Out History", "", "",
+            {u"rollout history @ statefulset/queue|*REVISION*"_s},
+            "get sts queue -npayments -ojsonpath={.status.replicas}", "3"},
+        {"cordon", make<NodeController>, "default", "", {u"node-amber-1"_s, u"node-amber-2"_s}, "Cordon", "",
+            "", {u"cordon @ node-amber-1 node-amber-2"_s},
+            "get no node-amber-1 node-amber-2 -ojsonpath={.items[*].spec.unschedulable}", "true true"},
+        {"uncordon", make<NodeController>, "default", "", {u"node-cedar-2"_s}, "Uncordon", "", "",
+            {u"uncordon @ node-cedar-2"_s}, "get no node-cedar-2 -ojsonpath=<{.spec.unschedulable}>",
+            "<(false)?>"},
+        {"drain", make<NodeController>, "default", "", {u"node-amber-2"_s}, "Drain…", "Drain",
+            "drain the node \"node-amber-2\".*\\d+ pods have to leave it:\n    \\S+/\\S+\n.*stay: 2\\.",
+            {u"drain @ --ignore-daemonsets --timeout=5m * node-amber-2"_s},
+            "get po -A --field-selector=spec.nodeName=node-amber-2 "
+            "-ojsonpath={.items[*].metadata.ownerReferences[0].kind}",
+            "DaemonSet DaemonSet"},
+        {"default class", make<StorageClassController>, "default", "", {u"fast-ssd"_s}, "Set as Default…",
+            "Set as Default", "make \"fast-ssd\" the default.*\"standard\" is not the default any more",
+            {u"annotate @ --overwrite storageclass standard storageclass.kubernetes.io/is-default-class=false"_s,
+                u"annotate @ --overwrite storageclass fast-ssd storageclass.kubernetes.io/is-default-class=true"_s},
+            R"(get sc fast-ssd standard -ojsonpath={.items[*].metadata.annotations.storageclass\.kubernetes\.io/is-default-class})",
+            "true false"},
+    };
+    return all;
+}
+
+} // namespace
+
+class TestMoreKinds : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<StubWindow> m_window;
+    std::unique_ptr<DemoProcess> m_demo;
+    std::unique_ptr<SharedContentViewController> m_table;
+
+    void open(const QString &client, MakeTable makeTable, const QString &nameSpace)
+    {
+        setKubectlPath(client);
+        m_demo = std::make_unique<DemoProcess>(QStringList{u"--still"_s}, client);
+        QVERIFY(m_demo->isReady());
+        m_window = std::make_unique<StubWindow>();
+        m_window->facade.configPath = m_demo->kubeconfig();
+        m_window->context = u"demo-harbor"_s;
+        m_window->nameSpace = nameSpace;
+        const QByteArray contents = m_demo->kubectl({u"config"_s, u"view"_s, u"-ojson"_s}).output.toUtf8();
+        m_window->facade.adopt(KubeConfigContents::parse(contents).value(), m_window->context);
+        m_table.reset(makeTable(*m_window));
+        m_table->resize(1100, 400);
+        m_table->show();
+    }
+    void load()
+    {
+        QSignalSpy finished(m_table.get(), &SharedContentViewController::loadFinished);
+        m_table->reloadLogging(false);
+        QVERIFY(finished.wait(patience));
+    }
+    void select(const QStringList &names)
+    {
+        QItemSelectionModel &selection = *m_table->tableView().selectionModel();
+        selection.clear();
+        for (int row = 0; row < m_table->arrangedObjects().rowCount(); ++row) {
+            if (names.contains(m_table->arrangedObjects().arrangedRow(row)->name)) {
+                selection.select(m_table->arrangedObjects().index(row, 0),
+                    QItemSelectionModel::Select | QItemSelectionModel::Rows);
+            }
+        }
+        QCOMPARE(m_table->chosenCount(), int(names.size()));
+    }
+    /// Opens the menu that the keyboard asks for and triggers a command; returns the titles that are enabled.
+    QStringList choose(const QString &title)
+    {
+        QStringList titles;
+        QMetaObject::invokeMethod(
+            this,
+            [&titles, title] {
+                auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+                QAction *chosen = nullptr;
+                for (QAction *action : menu->actions()) {
+                    if (action->isEnabled() && !action->isSeparator()) {
+                        titles.append(action->text());
+                    }
+                    chosen = action->isEnabled() && action->text() == title ? action : chosen;
+                }
+                if (chosen) {
+                    chosen->trigger();
+                }
+                menu->close();
+            },
+            Qt::QueuedConnection);
+        QWidget &viewport = *m_table->tableView().viewport();
+        QContextMenuEvent event(
+            QContextMenuEvent::Keyboard, QPoint(5, 5), viewport.mapToGlobal(QPoint(5, 5)));
+        QCoreApplication::sendEvent(&viewport, &event);
+        return titles;
+    }
+    OpenQuestion question() const { return OpenQuestion::over(*m_table); }
+    void answer(const QString &button)
+    {
+        for (QCheckBox *box : question()->findChildren<QCheckBox *>()) {
+            box->setChecked(true);
+        }
+        for (QSpinBox *field : question()->findChildren<QSpinBox *>()) {
+            field->setValue(5);
+        }
+        for (QComboBox *keys : question()->findChildren<QComboBox *>()) {
+            keys->setCurrentText(u"tls.key"_s);
+        }
+        for (QPushButton *candidate : question()->findChildren<QPushButton *>()) {
+            if (candidate->text() == button) {
+                candidate->click();
+                return;
+            }
+        }
+        QFAIL(qPrintable(button));
+    }
+
+    static void eachClient(const std::function<void(const QString &client, const QByteArray &name)> &add)
+    {
+        for (const char *variable : {"TIDEWRIGHT_TEST_KUBECTL", "TIDEWRIGHT_TEST_KUBECTL_OLD"}) {
+            if (const QString client = qEnvironmentVariable(variable); !client.isEmpty()) {
+                add(client, QByteArray(variable).endsWith("OLD") ? "1.20" : "today's");
+            }
+        }
+    }
+
+private Q_SLOTS:
+    void initTestCase() { mainQueue(); }
+    void cleanup()
+    {
+        m_table.reset();
+        m_window.reset();
+        m_demo.reset();
+        setClockForTesting(nullptr);
+    }
+
+    void linesBecomeRows_data()
+    {
+        QTest::addColumn<MakeKind>("makeKind");
+        QTest::addColumn<QByteArray>("line"); // ends before the age
+        QTest::addColumn<QString>("cells");
+        const auto row
+            = [](MakeKind makeKind, const char *name, const QByteArray &line, const QByteArray &cells) {
+                  QTest::addRow("%s %s", qPrintable(makeKind().tableName), name)
+                      << makeKind << line << QString::fromUtf8(cells);
+              };
+        row(statefulSetKind, "there", "q\t3\t3\t3\t3\tRollingUpdate\tq\ta:1,b:2,",
+            "q|Available <Available>|3|3|3|3|q|a:1, b:2");
+        row(statefulSetKind, "rolling", "q\t3\t3\t2\t1\tRollingUpdate\tq\ta,",
+            "q|Rolling out <PartiallyAvailable>|3|3|2|1|q|a");
+        row(statefulSetKind, "broken", "q\t2\t2\t<no value>\t2\tRollingUpdate\t<no value>\ta,",
+            "q|Unavailable <Unavailable>|2|2|0|2||a");
+        row(statefulSetKind, "waits for a deletion", "q\t2\t2\t2\t<no value>\tOnDelete\tq\ta,",
+            "q|Available <Available>|2|2|2|0|q|a");
+        row(statefulSetKind, "scaled to none", "q\t0\t1\t1\t1\tRollingUpdate\tq\ta,",
+            "q|Scaling down <PartiallyAvailable>|0|1|1|1|q|a");
+        const char *const ready = "DiskPressure:False,Ready:True,";
+        const char *const rest
+            = "\tv1.30.0\tInternalIP:fd00::7,Hostname:n,\t7900m\t31Gi\t110\t2\tLinux\t6.1\tcontainerd://1.7";
+        const auto node = [&](const char *name, const QByteArray &conditions, const char *labels,
+                              const char *cells) {
+            row(nodeKind, name, QByteArray("n\t").append(conditions).append('\t').append(labels).append(rest),
+                QByteArray("n|").append(cells).append(
+                    "|v1.30.0|7.9|31 Gi|110|2|fd00::7||Linux|6.1|containerd://1.7"));
+        };
+        node("ready", (QByteArray(ready) + "\t<no value>"), "map[node-role.kubernetes.io/worker: x:y]",
+            "Ready <Available>|worker");
+        node("closed", (QByteArray(ready) + "\ttrue"),
+            "map[kubernetes.io/role:old node-role.kubernetes.io/a: node-role.kubernetes.io/b:]",
+            "Ready, SchedulingDisabled <PartiallyAvailable>|a, b, old");
+        node("under pressure", "DiskPressure:True,Ready:True,\t<no value>",
+            "map[x:node-role.kubernetes.io/no]", "Ready, DiskPressure <PartiallyAvailable>|");
+        node("lost", "Ready:Unknown,\t<no value>", "<no value>", "NotReady <Unavailable>|");
+        node("new", "\t<no value>", "map[]", "Unknown <Unavailable>|");
+        row(ingressKind, "paths",
+            "i\tedge\ta.x,<no value>,a.x,\t10.0.0.1,lb.x,\ttls\t/c cart,<no value> <no value>,\t<no value>",
+            "i|edge|a.x, *|/c → cart, * → ?|10.0.0.1, lb.x|80, 443");
+        row(ingressKind, "default backend", "i\t<no value>\t\t\t\t\tweb", "i||*|* → web||80");
+        row(persistentVolumeClaimKind, "bound",
+            "c\tBound\t\tpv\t10Gi\t5Gi\tReadWriteOnce,ReadWriteOncePod,\tfast\tBlock",
+            "c|Bound <Available>|pv|10Gi|5Gi|RWO, RWOP|fast|Block");
+        row(persistentVolumeClaimKind, "waiting",
+            "c\tPending\t\t<no value>\t<no value>\t5Gi\tReadOnlyMany,ReadWriteMany,\t<no value>\t<no value>",
+            "c|Pending <PartiallyAvailable>|||5Gi|ROX, RWX||");
+        row(persistentVolumeClaimKind, "going", "c\tLost\tgoing\tpv\t\t1\t\t\t",
+            "c|Terminating <PartiallyAvailable>|pv||1|||");
+        row(persistentVolumeClaimKind, "lost", "c\tLost\t\tpv\t\t1\t\t\t", "c|Lost <Unavailable>|pv||1|||");
+        row(storageClassKind, "default", "s\ttrue\t\tdisk\tDelete\tImmediate\ttrue",
+            "s|Default <Available>|disk|Delete|Immediate|Yes");
+        row(storageClassKind, "default of old", "s\tfalse\ttrue\tdisk\tDelete\tImmediate\t",
+            "s|Default <Available>|disk|Delete|Immediate|No");
+        row(storageClassKind, "usual", "s\tfalse\t\tdisk\tRetain\tImmediate\tfalse",
+            "s||disk|Retain|Immediate|No");
+        const char *const none = "<no value>\t<no value>";
+        row(horizontalPodAutoscalerKind, "version 1", "h\tDeployment\tweb\t<no value>\t5\t2\t2\t80\t45\t\t\t",
+            "h|Steady <Available>|Deployment/web|cpu: 45%/80%|1|5|2|2");
+        row(horizontalPodAutoscalerKind, "version 2",
+            QByteArray("h\tStatefulSet\tq\t2\t5\t5\t5\t")
+                .append(none)
+                .append(
+                    "\tcpu 80 <no value>,requests <no value> 10,memory <no value> 1Gi,queue 30 <no value>,\t"
+                    "cpu 91 910m,requests <no value> 12,queue 4 <no value>,\t"
+                    "ScalingLimited:True:TooManyReplicas,ScalingActive:True:ValidMetricFound,"),
+            "h|At its limit <PartiallyAvailable>|StatefulSet/q|cpu: 91%/80%, requests: 12/10, memory: ?/1Gi, "
+            "queue: 4/30|2|5|5|5");
+        row(horizontalPodAutoscalerKind, "nothing measured",
+            QByteArray("h\tDeployment\tw\t1\t5\t1\t1\t")
+                .append(none)
+                .append("\tcpu 80 <no "
+                        "value>,\t\tAbleToScale:True:ok,ScalingActive:False:FailedGetResourceMetric,"),
+            "h|Cannot measure <Unavailable>|Deployment/w|cpu: ?/80%|1|5|1|1");
+        row(horizontalPodAutoscalerKind, "on its way",
+            QByteArray("h\tDeployment\tw\t1\t5\t1\t4\t").append(none).append("\t\t\tScalingActive:True:ok,"),
+            "h|Scaling <PartiallyAvailable>|Deployment/w||1|5|1|4");
+        row(networkPolicyKind, "all closed", "p\tmap[]\t\tIngress,Egress,\t\t",
+            "p|All pods|Ingress, Egress|Closed|Closed");
+        row(networkPolicyKind, "expressions",
+            "p\tmap[app:web]\ttier In [a b],x Exists <no value>,y DoesNotExist [],\tIngress,\t2\t",
+            "p|app=web, tier in (a, b), x, !y|Ingress|2|Open");
+        row(roleBindingKind, "all sorts",
+            "b\tClusterRole/view\tServiceAccount ci bot,Group <no value> system:masters,User <no value> a b,",
+            "b|ClusterRole/view|a b|system:masters|ci/bot");
+        row(customResourceDefinitionKind, "established",
+            "c\tVessel\tx.y\tv1,v2,\tNamespaced\tvsl,\tNamesAccepted:True,Established:True,",
+            "c|Established <Available>|Vessel|x.y|v1, v2|Namespaced|vsl");
+        row(customResourceDefinitionKind, "taken", "c\tVessel\tx.y\tv1,\tCluster\t\tNamesAccepted:False,",
+            "c|Names taken <Unavailable>|Vessel|x.y|v1|Cluster|");
+    }
+    void linesBecomeRows()
+    {
+        setClockForTesting([] { return 1'800'000'000.; });
+        QFETCH(MakeKind, makeKind);
+        QFETCH(QByteArray, line);
+        QFETCH(QString, cells);
+        const ResourceKind kind = makeKind();
+        const MergeResult merged = mergeListing(kind, line + "\t2027-01-15T06:59:00Z", {});
+        QCOMPARE(merged.skippedLines, 0U);
+        QCOMPARE(cellsOf(kind, *merged.added.front()), cells + u"|1h 1m"_s);
+    }
+
+    void troubleComesFirst()
+    {
+        const ResourceKind kind = nodeKind();
+        const Column &status = kind.columns[static_cast<std::size_t>(kind.indexOf("status"_L1))];
+        std::vector<SortKey> keys;
+        for (const char *state : {"Ready:False,\t", "Ready:True,\ttrue", "Ready:True,\t"}) {
+            const QByteArray line = QByteArray("n\t") + state + "\t\t\t\t\t\t\t\t\t\t\t";
+            keys.push_back(status.sortKey(*mergeListing(kind, line, {}).added.at(0)));
+        }
+        QVERIFY(keys[0] < keys[1] && keys[1] < keys[2]);
+    }
+
+    void commandsReachTheCluster_data()
+    {
+        QTest::addColumn<QString>("client");
+        QTest::addColumn<int>("number");
+        eachClient([](const QString &client, const QByteArray &name) {
+            for (std::size_t i = 0; i < commands().size(); ++i) {
+                QTest::addRow("%s, %s", commands()[i].name, name.data()) << client << static_cast<int>(i);
+            }
+        });
+    }
+    void commandsReachTheCluster()
+    {
+        QFETCH(QString, client);
+        QFETCH(int, number);
+        const Command &command = commands()[static_cast<std::size_t>(number)];
+        open(client, command.make, QString::fromLatin1(command.nameSpace));
+        const auto kubectl = [this](const char *words) {
+            return m_demo->kubectl(QString::fromUtf8(words).split(u' ')).output;
+        };
+        if (*command.prepare) {
+            kubectl(command.prepare);
+        }
+        load();
+        select(command.rows);
+        choose(QString::fromUtf8(command.title));
+        if (*command.button) {
+            QTRY_VERIFY_WITH_TIMEOUT(question(), patience);
+            const QRegularExpression asked(
+                QString::fromUtf8(command.asks), QRegularExpression::DotMatchesEverythingOption);
+            QVERIFY2(
+                question().message().contains(asked), qPrintable(question().message()));
+            QVERIFY(m_window->recorded.entries.isEmpty()); // nothing is done before
+            answer(QString::fromUtf8(command.button));
+        }
+        const QStringList &entries = m_window->recorded.entries;
+        QTRY_VERIFY_WITH_TIMEOUT(entries.size() >= command.lines.size(), patience);
+        for (qsizetype i = 0; i < command.lines.size(); ++i) {
+            QString wanted = QRegularExpression::escape(u"kubectl "_s + command.lines[i]);
+            wanted.replace(u"\\@"_s,
+                m_table->kind().namespaced ? u"--context=demo-harbor -n%1"_s.arg(m_window->nameSpace)
+                                           : u"--context=demo-harbor"_s);
+            wanted.replace(u"\\*"_s, u"[^|]*"_s);
+            QVERIFY2(entries[i].contains(QRegularExpression(u'^' + wanted + u"(\\||$)"_s)),
+                qPrintable(entries[i]));
+        }
+        const QString outcome = kubectl(command.query);
+        QVERIFY2(outcome.contains(QRegularExpression(
+                     QRegularExpression::anchoredPattern(QString::fromUtf8(command.result) + u"\\s*"_s))),
+            qPrintable(outcome + entries.join(u'\n')));
+    }
+
+    void readOnlyContextsAreLeftAlone()
+    {
+        open(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"), make<StatefulSetController>, u"payments"_s);
+        const ContextKey context(m_demo->kubeconfig(), u"demo-harbor"_s);
+        ContextPolicies::shared().set(context, {ContextAccess::ReadOnly, ContextColour::None});
+        load();
+        select({u"queue"_s});
+        QCOMPARE(choose(QString()),
+            (QStringList{u"Copy Name"_s, u"Quick Look"_s, u"View Logs"_s, u"View Configuration"_s,
+                u"Roll-Out History"_s, u"Reload"_s}));
+        auto &table = static_cast<StatefulSetController &>(*m_table);
+        table.scale(); // as by a key, whatever the menu says
+        table.restart();
+        QVERIFY(!question());
+        QCOMPARE(m_window->recorded.entries.filter(u"is read-only"_s).size(), 2);
+        ContextPolicies::shared().set(context, {});
+    }
+
+    void whatANodeLosesIsToldApart()
+    {
+        const QByteArray pods = "shop\tRunning\tReplicaSet\t<no value><no value>\tcart\n"
+                                "shop\tRunning\tReplicaSet\t<no value>map[sizeLimit:1Gi]\tscratch\n"
+                                "dev\tRunning\t\t\tbare\ndev\tSucceeded\t\tmap[]\tdone\n"
+                                "kube\tRunning\tDaemonSet\tmap[]\tagent\nkube\tRunning\tNode\t\tstatic";
+        const DrainPlan plan = DrainPlan::read(pods);
+        QCOMPARE(plan.leaving.join(u' '), u"shop/cart shop/scratch dev/bare dev/done"_s);
+        QCOMPARE(plan.staying.join(u' '), u"kube/agent kube/static"_s);
+        QCOMPARE(plan.unmanaged.join(u' '), u"dev/bare"_s);
+        QCOMPARE(plan.withLocalData.join(u' '), u"shop/scratch"_s);
+    }
+
+    void aSecretIsShownForAMinute_data()
+    {
+        QTest::addColumn<QString>("client");
+        eachClient(
+            [](const QString &client, const QByteArray &name) { QTest::newRow(name.data()) << client; });
+    }
+    void aSecretIsShownForAMinute()
+    {
+        QFETCH(QString, client);
+        open(client, make<SecretController>, u"default"_s);
+        const QString patch = u"{\"data\":{\"tls.key\":\"%1\"}}"_s.arg(
+            QString::fromLatin1(QByteArray(" two\n lines \n").toBase64()));
+        QCOMPARE(m_demo->kubectl({u"patch"_s, u"secret"_s, u"web-tls"_s, u"-p"_s, patch}).exitCode, 0);
+        load();
+        select({u"web-tls"_s});
+        choose(u"Decode Key…"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(question(), patience);
+        answer(u"Show Value"_s);
+        QPointer<SecretWindow> shown;
+        QTRY_VERIFY_WITH_TIMEOUT(shown = m_table->findChild<SecretWindow *>(), patience);
+        const auto *value = shown->findChild<QPlainTextEdit *>();
+        QCOMPARE(value->toPlainText(), u" two\n lines \n"_s); // to the byte
+        for (int second = 1; second < 60; ++second) {
+            shown->passSecond();
+        }
+        QVERIFY(!value->toPlainText().isEmpty());
+        shown->passSecond();
+        QCOMPARE(value->toPlainText(), QString());
+        shown->close();
+        QTRY_VERIFY(!shown);
+        QCOMPARE(m_window->recorded.entries, QStringList());
+        SecretWindow bytes(u"s"_s, u"k"_s, "\xff\x01", nullptr);
+        QCOMPARE(bytes.findChild<QPlainTextEdit *>()->toPlainText(), u"/wE="_s);
+    }
+};
+
+QTEST_MAIN(TestMoreKinds)
+#include "tst_more_kinds.moc"
