@@ -35,6 +35,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
@@ -155,6 +156,8 @@ class TestMoreKinds : public QObject
         m_window->nameSpace = nameSpace;
         const QByteArray contents = m_demo->kubectl({u"config"_s, u"view"_s, u"-ojson"_s}).output.toUtf8();
         m_window->facade.adopt(KubeConfigContents::parse(contents).value(), m_window->context);
+        // What was chosen for the name in another kubeconfig would count here.
+        ContextPolicies::shared().set({m_demo->kubeconfig(), u"demo-harbor"_s}, {});
         m_table.reset(makeTable(*m_window));
         m_table->resize(1100, 400);
         m_table->show();
@@ -416,6 +419,7 @@ private Q_SLOTS:
         open(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"), make<StatefulSetController>, u"payments"_s);
         const ContextKey context(m_demo->kubeconfig(), u"demo-harbor"_s);
         ContextPolicies::shared().set(context, {ContextAccess::ReadOnly, ContextColour::None});
+        const auto freed = qScopeGuard([&context] { ContextPolicies::shared().set(context, {}); });
         load();
         select({u"queue"_s});
         QCOMPARE(choose(QString()),
@@ -426,7 +430,6 @@ private Q_SLOTS:
         table.restart();
         QVERIFY(!question());
         QCOMPARE(m_window->recorded.entries.filter(u"is read-only"_s).size(), 2);
-        ContextPolicies::shared().set(context, {});
     }
 
     void whatANodeLosesIsToldApart()

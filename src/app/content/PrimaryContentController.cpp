@@ -91,12 +91,6 @@ constexpr Tab tabs[] = {
         false},
 };
 
-/// The tables stand in the order of their tabs.
-bool isLoadedUnseen(int index)
-{
-    return tabs[index].isLoadedUnseen;
-}
-
 } // namespace
 
 PrimaryContentController::PrimaryContentController(WindowState &window, QWidget *parent)
@@ -164,6 +158,11 @@ void PrimaryContentController::clusterSettingsChanged()
     m_hiddenTablesWait.start();
 }
 
+bool PrimaryContentController::isLoadedUnseen(const SharedContentViewController &table) const
+{
+    return tabs[indexOf(&table)].isLoadedUnseen; // the tables stand in the order of their tabs
+}
+
 /// Thirteen runs at once would take the time of the one that the user waits for.
 void PrimaryContentController::loadHiddenTables()
 {
@@ -172,7 +171,7 @@ void PrimaryContentController::loadHiddenTables()
         return; // each is loaded when it is shown, which is a matter of a moment
     }
     for (SharedContentViewController *controller : tables()) {
-        const bool isWanted = controller == shownTable() || isLoadedUnseen(indexOf(controller));
+        const bool isWanted = controller == shownTable() || isLoadedUnseen(*controller);
         if (isWanted && !controller->isListing() && !controller->rowsAsOf().isValid()) {
             controller->clearAndReload({.niceness = nicenessOfHidden});
         }
@@ -183,7 +182,7 @@ void PrimaryContentController::needRows(SharedContentViewController &table) cons
 {
     const SharedContentViewController *shown = shownTable();
     const bool isTurn = !shown || shown->rowsAsOf().isValid(); // what the user looks at comes first
-    const bool comesUnasked = !m_window.liveUpdates() && isLoadedUnseen(indexOf(&table));
+    const bool comesUnasked = !m_window.liveUpdates() && isLoadedUnseen(table);
     if (!comesUnasked && isTurn && !table.isListing() && !table.rowsAsOf().isValid()) {
         table.load({.unattended = true, .niceness = nicenessOfHidden});
     }

@@ -32,6 +32,9 @@ public:
     /// The table that is shown; null while the shown kind has none.
     SharedContentViewController *shownTable() const;
     QList<SharedContentViewController *> tables() const;
+    /// Whether a table is loaded with the one that is shown when the window turns to another context or
+    /// namespace; live updates aside, the others wait until they are shown too.
+    bool isLoadedUnseen(const SharedContentViewController &table) const;
     /// Live updates load a table when it is shown; this does for somebody who looks for names in another one.
     void needRows(SharedContentViewController &table) const;
 

@@ -114,10 +114,10 @@ ObjectState stateOf(const Node &node)
     QStringList words{node.ready.isEmpty()        ? QStringLiteral("Unknown")
             : node.ready == QLatin1String("True") ? QStringLiteral("Ready")
                                                   : QStringLiteral("NotReady")};
-    words += node.pressures;
     if (node.isCordoned) {
         words.append(QStringLiteral("SchedulingDisabled"));
     }
+    words += node.pressures;
     const bool isReady = node.ready == QLatin1String("True");
     return {words.join(QLatin1String(", ")), !isReady ? Trouble : words.size() > 1 ? Progress : Good};
 }
@@ -152,15 +152,15 @@ Column quantityColumn(
 std::vector<Column> columns()
 {
     return {
-        nameColumn(180),
-        stateColumn<Node>("status", QStringLiteral("Status"), stateOf, 290),
-        textColumn<Node>("roles", QStringLiteral("Roles"), &Node::roles, 120),
+        nameColumn(160),
+        stateColumn<Node>("status", QStringLiteral("Status"), stateOf, 230),
+        textColumn<Node>("roles", QStringLiteral("Roles"), &Node::roles, 110),
         textColumn<Node>("version", QStringLiteral("Version"), &Node::version, 120),
-        quantityColumn("cpu", QStringLiteral("CPU"), cores, &Node::cpu, 70),
-        quantityColumn("memory", QStringLiteral("Memory"), gibibytes, &Node::memory, 95),
-        numberColumn<Node>("pods", QStringLiteral("Pods at Most"), &Node::pods, 110),
-        numberColumn<Node>("taints", QStringLiteral("Taints"), &Node::taints, 75),
-        textColumn<Node>("internalIP", QStringLiteral("Internal IP"), &Node::internalIp, 120),
+        quantityColumn("cpu", QStringLiteral("CPU"), cores, &Node::cpu, 60),
+        quantityColumn("memory", QStringLiteral("Memory"), gibibytes, &Node::memory, 85),
+        numberColumn<Node>("pods", QStringLiteral("Max. Pods"), &Node::pods, 90),
+        numberColumn<Node>("taints", QStringLiteral("Taints"), &Node::taints, 65),
+        textColumn<Node>("internalIP", QStringLiteral("Internal IP"), &Node::internalIp, 110),
         hiddenAtFirst(textColumn<Node>("externalIP", QStringLiteral("External IP"), &Node::externalIp, 120)),
         hiddenAtFirst(textColumn<Node>("system", QStringLiteral("System"), &Node::system, 180)),
         hiddenAtFirst(textColumn<Node>("kernel", QStringLiteral("Kernel"), &Node::kernel, 150)),
