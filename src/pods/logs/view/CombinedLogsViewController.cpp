@@ -176,9 +176,9 @@ void CombinedLogsViewController::startStream(int index, const QStringList &more)
     child_environment::setKubeConfig(shell->environment, kubeConfigPath);
     m_shells.push_back(shell);
     follow(index, *shell,
-        QStringList{kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50")}
-            + placeArguments(context, ownNamespace.isEmpty() ? nameSpace : ownNamespace)
-            + QStringList{pod, container},
+        {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
+            contextArgument(context),
+            QLatin1String("-n") + (ownNamespace.isEmpty() ? nameSpace : ownNamespace), pod, container},
         more);
 }
 
