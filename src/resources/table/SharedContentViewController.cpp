@@ -2,7 +2,6 @@
 #include "resources/table/SharedContentViewController.h"
 
 #include "platform/desktop/Diagnostics.h"
-#include "platform/desktop/WindowSight.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"
@@ -13,6 +12,7 @@
 #include "resources/changes/RowDeletion.h"
 #include "resources/table/TablePreviews.h"
 #include "resources/table/TableStatusBar.h"
+#include "resources/widgets/WindowSight.h"
 
 #include <QApplication>
 #include <QClipboard>
