@@ -2,6 +2,7 @@
 #include "resources/changes/ChangeQuestion.h"
 
 #include <QLocale>
+#include <QWidget>
 
 namespace tidewright {
 

@@ -2,7 +2,6 @@
 #include "resources/table/SharedContentViewController.h"
 
 #include "platform/desktop/Diagnostics.h"
-#include "platform/desktop/WindowSight.h"
 #include "platform/text/DisplayText.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/RowDeletion.h"
@@ -13,6 +12,7 @@
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/TablePreviews.h"
 #include "resources/table/TableStatusBar.h"
+#include "resources/widgets/WindowSight.h"
 
 #include <QApplication>
 #include <QClipboard>

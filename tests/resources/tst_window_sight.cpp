@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // On a display of its own (Xvfb): what a window manager notes about desktops is noted by this test.
-#include "platform/desktop/WindowSight.h"
+#include "resources/widgets/WindowSight.h"
 
 #include <QGuiApplication>
 #include <QProcess>

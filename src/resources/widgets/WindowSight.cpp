@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/desktop/WindowSight.h"
+#include "resources/widgets/WindowSight.h"
 
 #include <QCoreApplication>
 #include <QEvent>
