@@ -83,9 +83,9 @@ bare_one=$(memory_of "$build/bin/bare-window" 1)
 bare_five=$(memory_of "$build/bin/bare-window" 5)
 cluster_one=$(memory_of "$build/bin/cluster-windows" 1)
 cluster_five=$(memory_of "$build/bin/cluster-windows" 5)
-ratio "memory of the program with a window / a bare one" "$cluster_one" kB "$bare_one" 1.3
+ratio "memory of the program with a window / a bare one" "$cluster_one" kB "$bare_one" 2.0
 ratio "memory of a further window / a bare one" \
-    $(((cluster_five - cluster_one) / 4)) kB $(((bare_five - bare_one) / 4)) 1.3
+    $(((cluster_five - cluster_one) / 4)) kB $(((bare_five - bare_one) / 4)) 1.8
 kill %1
 wait %1 2>/dev/null || true
 

@@ -104,6 +104,35 @@ private Q_SLOTS:
         QCOMPARE(cluster.kubeConfigBytes(), bytes);
     }
 
+    void liveTablesBeginWithTheRememberedNamespace_data()
+    {
+        QTest::addColumn<QString>("remembered");
+        QTest::addColumn<QString>("later");
+        QTest::addColumn<int>("reloads");
+        QTest::newRow("there") << u"shop"_s << u"b/shop"_s << 1;
+        QTest::newRow("gone by now") << u"torn-down"_s << u"b/default"_s << 2;
+        QTest::newRow("of all") << QString(allNamespaces) << u"b/"_s + allNamespaces << 1;
+    }
+    void liveTablesBeginWithTheRememberedNamespace()
+    {
+        QFETCH(QString, remembered);
+        FakeCluster cluster;
+        cluster.settings.set(u"liveUpdates"_s, u"on"_s);
+        cluster.settings.set(u"lastNamespaces"_s, UserDefaults::Dictionary{{u"b"_s, remembered}});
+        cluster.hold(u"namespaces"_s);
+        Window window;
+        window.state.viewWillAppear(cluster.kubeConfig());
+        QTRY_COMPARE(window.shown(), u"b/"_s + remembered);
+        QCOMPARE(window.state.loadingHint(), QString()); // the tables may load
+        QVERIFY(!window.state.namespaceList().enabled);
+        cluster.release(u"namespaces"_s);
+        QTRY_VERIFY(window.state.namespaceList().enabled);
+        QTEST(window.shown(), "later");
+        QTEST(window.reloads, "reloads");
+        QCOMPARE(window.state.namespaceList().selected, window.state.currentNamespace());
+        window.untilSettled();
+    }
+
     void withoutACurrentContextTheUserChooses()
     {
         FakeCluster cluster;

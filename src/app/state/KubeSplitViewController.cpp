@@ -61,6 +61,7 @@ void KubeSplitViewController::contextsLoaded(const QString &current, const KubeC
     Q_EMIT contextListChanged();
     if (!current.isEmpty()) {
         loadNamespaces();
+        beginWithRemembered();
     } else if (!mustAskForLogin()) { // kubectl would ask whatever listens on this machine
         forgetNamespaces();
     }
@@ -137,14 +138,33 @@ void KubeSplitViewController::loadNamespaces()
     Q_EMIT namespaceListChanged();
 }
 
+/// Live tables need not wait for the list of namespaces: whoever opens a window wants to see pods. A
+/// namespace that is gone by now is left when the list says so.
+void KubeSplitViewController::beginWithRemembered()
+{
+    const QString name = m_namespaces.remembered(m_shown.context);
+    if (liveUpdates() && m_namespaces.isLoading() && !m_shown.isBeingChosen && m_shown.nameSpace.isEmpty()
+        && !name.isEmpty()) {
+        m_waitingSince = QDateTime();
+        m_hasBegun = true;
+        takeNamespace(name);
+    }
+}
+
 void KubeSplitViewController::namespacesLoaded(const QString &error)
 {
     m_waitingSince = QDateTime();
     m_hint = tr("The namespaces could not be loaded.") + QLatin1Char('\n') + sentenceFirst(error);
     const bool isOfAnotherContext = std::exchange(m_shown.isBeingChosen, false);
+    const bool hasBegun = std::exchange(m_hasBegun, false);
     if (!namespaceList().entries.isEmpty() || namespaceList().acceptsOthers) {
-        takeNamespace(
-            m_namespaces.firstToShow(m_shown.context, m_kubeCtl.contents().nameSpace(m_shown.context)));
+        const QString first
+            = m_namespaces.firstToShow(m_shown.context, m_kubeCtl.contents().nameSpace(m_shown.context));
+        if (hasBegun && !isOfAnotherContext && first == m_shown.nameSpace) {
+            m_namespaces.select(first); // and its tables go on
+        } else {
+            takeNamespace(first);
+        }
     } else {
         postConsoleEntry(m_console, QString(), QString(),
             makeConsoleError(QStringLiteral(

@@ -77,6 +77,7 @@ private:
     void forgetNamespaces();
     bool mustAskForLogin();
     void loadNamespaces();
+    void beginWithRemembered();
     void namespacesLoaded(const QString &error);
     void takeNamespace(const QString &name);
     void enableNamespaces();
@@ -94,6 +95,7 @@ private:
     ExternalEdits m_edits{*this};
     login_commands::LoginQuestion m_loginQuestion;
     QPointer<Console> m_console;
+    bool m_hasBegun = false; ///< with the remembered namespace, before the list was there
     bool m_userFollows = false; ///< the user's own kubeconfig, once the context is switched
     QString m_hint; ///< why the tables have nothing to load from
     QDateTime m_waitingSince;

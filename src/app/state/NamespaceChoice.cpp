@@ -83,14 +83,19 @@ void NamespaceChoice::remember(const QString &context, const QString &name)
     userDefaults().set(settingKey, m_lastChosen);
 }
 
+QString NamespaceChoice::remembered(const QString &context) const
+{
+    return stored().value(context);
+}
+
 QString NamespaceChoice::firstToShow(const QString &context, const QString &own) const
 {
     const QStringList &names = m_list.entries;
     const auto isThere
         = [&](const QString &name) { return !name.isEmpty() && (names.isEmpty() || names.contains(name)); };
-    const QString remembered = stored().value(context);
-    if (isThere(remembered) || (remembered == allNamespaces && !names.isEmpty())) {
-        return remembered;
+    const QString last = remembered(context);
+    if (isThere(last) || (last == allNamespaces && !names.isEmpty())) {
+        return last;
     }
     return isThere(own) ? own : names.value(0, own);
 }

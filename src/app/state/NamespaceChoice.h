@@ -39,6 +39,8 @@ public:
     /// As the settings had it, for each context.
     const UserDefaults::Dictionary &lastChosen() const { return m_lastChosen; }
     void remember(const QString &context, const QString &name);
+    /// As the settings have it now; empty: none.
+    QString remembered(const QString &context) const;
     /// Which one to begin with in a context: the one remembered, else the context's `own`, else the first.
     QString firstToShow(const QString &context, const QString &own) const;
 
