@@ -120,7 +120,7 @@ void ListingPipeline::listingArrived(quint64 id, const QByteArray &listing, cons
         finish(id);
         return;
     }
-    if (tryAgain(*load, outcome)) {
+    if (tryOtherOutput(*load, outcome)) {
         return;
     }
     const QDateTime startedAt = load->outcome.startedAt;
@@ -132,7 +132,7 @@ void ListingPipeline::listingArrived(quint64 id, const QByteArray &listing, cons
     mergeNext();
 }
 
-bool ListingPipeline::tryAgain(Load &load, const LoadOutcome &outcome)
+bool ListingPipeline::tryOtherOutput(Load &load, const LoadOutcome &outcome)
 {
     if (!m_kind->otherOutput || !outcome.error || std::exchange(load.triedAgain, true)) {
         return false;

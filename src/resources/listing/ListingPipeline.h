@@ -84,7 +84,7 @@ private:
 
     Load *find(quint64 id);
     void run(const Load &load, const QStringList &outputArguments);
-    bool tryAgain(Load &load, const LoadOutcome &outcome);
+    bool tryOtherOutput(Load &load, const LoadOutcome &outcome);
     void listingArrived(quint64 id, const QByteArray &listing, const LoadOutcome &outcome);
     void mergeNext();
     void merged(quint64 id, std::shared_ptr<MergeResult> result);

@@ -19,8 +19,9 @@ struct UsualPlace
     bool isNamespaced = true;
 };
 
-/// Unchanged since 1.19, but for cron jobs, which are in batch/v1 since 1.21, and autoscalers, in
-/// autoscaling/v2 since 1.23.
+/// One for each kind, by its ResourceKind::listWord: a kind that is missing here is not followed. Unchanged
+/// since 1.19, but for cron jobs, which are in batch/v1 since 1.21, and autoscalers, in autoscaling/v2
+/// since 1.23.
 constexpr std::array<UsualPlace, 26> usualPlaces{{
     {"po", "v1", "pods"},
     {"deploy", "apps/v1", "deployments"},

@@ -6,7 +6,7 @@
 
 namespace tidewright {
 
-/// The table of jobs, whose logs can be viewed.
+/// The table of jobs. It adds nothing: View Logs comes with the kind's `logTarget`.
 class JobController : public SharedContentViewController
 {
 public:

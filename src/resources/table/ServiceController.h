@@ -6,7 +6,7 @@
 
 namespace tidewright {
 
-/// The table of services, whose logs can be viewed.
+/// The table of services. It adds nothing: View Logs comes with the kind's `logTarget`.
 class ServiceController : public SharedContentViewController
 {
 public:

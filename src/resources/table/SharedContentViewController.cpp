@@ -27,6 +27,7 @@ namespace tidewright {
 
 namespace {
 
+/// Also told by the General preferences and the manual; the pauses in TableLoader.cpp go by it.
 constexpr std::chrono::seconds refreshInterval(30);
 constexpr std::chrono::seconds reloadDelay(1);
 constexpr std::chrono::milliseconds progressDelay(300); // a quick refresh does not flicker
