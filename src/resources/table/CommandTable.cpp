@@ -10,7 +10,8 @@ QStringList CommandTable::commandLine(const QStringList &words, const QString &n
     QStringList line{QStringLiteral("kubectl")};
     line += words;
     const QString context = kubeSplitViewController().currentContext();
-    return line + (kind().namespaced ? placeArguments(context, nameSpace) : QStringList{contextArgument(context)});
+    return line
+        + (kind().namespaced ? placeArguments(context, nameSpace) : QStringList{contextArgument(context)});
 }
 
 std::vector<QStringList> CommandTable::commandLines(

@@ -141,7 +141,8 @@ void DeploymentController::scale(const ObjectName &deployment, qint64 desired)
     WindowState &window = kubeSplitViewController();
     const QStringList command = QStringList{QStringLiteral("kubectl"), QStringLiteral("scale")}
         + placeArguments(window.currentContext(), deployment.nameSpace)
-        + QStringList{QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + deployment.name};
+        + QStringList{
+            QStringLiteral("--replicas=%1").arg(desired), QLatin1String("deployment/") + deployment.name};
     runChange(ChangePlace(window), command, nothingScaled, [self = QPointer(this)] {
         if (self) {
             self->reloadSoon();

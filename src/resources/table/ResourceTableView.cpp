@@ -101,6 +101,35 @@ void ResourceTableView::setEmptyText(const QString &sentence, const QString &det
     viewport()->update();
 }
 
+int ResourceTableView::chosenRowCount() const
+{
+    return clickedRowIsGone() ? 0 : clickedRow() >= 0 ? 1 : selectedRowCount();
+}
+
+ObjectName ResourceTableView::objectAt(int row, const QString &windowNamespace) const
+{
+    const Row &item = m_model.arrangedRow(row);
+    return {item->nameSpace.isEmpty() ? windowNamespace : item->nameSpace, item->name};
+}
+
+ObjectNames ResourceTableView::chosenObjects(const QString &windowNamespace) const
+{
+    if (clickedRowIsGone()) {
+        return {}; // a refresh removed it while its menu was open
+    }
+    return clickedRow() >= 0 ? ObjectNames{objectAt(clickedRow(), windowNamespace)}
+                             : selectedObjects(windowNamespace);
+}
+
+ObjectNames ResourceTableView::selectedObjects(const QString &windowNamespace) const
+{
+    ObjectNames objects;
+    for (const int row : selectedRowsInOrder()) {
+        objects.append(objectAt(row, windowNamespace));
+    }
+    return objects;
+}
+
 std::pair<int, int> ResourceTableView::visibleRows() const
 {
     const int rows = m_model.rowCount();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/kinds/ObjectName.h"
 #include "resources/listing/ArrangingModel.h"
 
 #include <QTableView>
@@ -27,6 +28,14 @@ public:
 
     /// True when the row that the open context menu belongs to is one of the selected ones.
     bool clickedRowIsSelected() const;
+
+    /// How many rows a command applies to: the one that the open context menu belongs to, else the selected
+    /// ones.
+    int chosenRowCount() const;
+    // Objects, in display order; those of rows that name no namespace are in the window's.
+    ObjectName objectAt(int row, const QString &windowNamespace) const;
+    ObjectNames chosenObjects(const QString &windowNamespace) const;
+    ObjectNames selectedObjects(const QString &windowNamespace) const;
 
     // Of large selections of single rows too, in about as much time as there are rows.
 

@@ -2,8 +2,8 @@
 #include "resources/table/RowDelegate.h"
 
 #include "platform/text/DisplayText.h"
-#include "resources/widgets/NamedImages.h"
 #include "resources/listing/ArrangingModel.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

@@ -35,7 +35,8 @@ SecretController::SecretController(WindowState &window, QWidget *parent)
 {
 }
 
-void SecretController::read(const ChangePlace &place, const ObjectName &secret, const QString &goTemplate, Read read)
+void SecretController::read(
+    const ChangePlace &place, const ObjectName &secret, const QString &goTemplate, Read read)
 {
     WindowState &window = kubeSplitViewController();
     QStringList line
@@ -79,8 +80,7 @@ void SecretController::decodeKey()
         });
 }
 
-void SecretController::chooseKey(
-    const ChangePlace &place, const ObjectName &secret, const QStringList &keys)
+void SecretController::chooseKey(const ChangePlace &place, const ObjectName &secret, const QStringList &keys)
 {
     auto *form = new QWidget;
     auto *box = new QComboBox;
@@ -92,9 +92,10 @@ void SecretController::chooseKey(
     form->setFocusProxy(box);
     confirmChange(this, place,
         {.title = QStringLiteral("Show a Secret Value"),
-            .message = QStringLiteral("Which key of the secret \"%1\" is to be shown? Its value can be read on the "
-                                      "screen for a minute, or until its window is closed.")
-                           .arg(secret.name),
+            .message
+            = QStringLiteral("Which key of the secret \"%1\" is to be shown? Its value can be read on the "
+                             "screen for a minute, or until its window is closed.")
+                  .arg(secret.name),
             .yes = QStringLiteral("Show Value"),
             .accessory = form},
         [self = QPointer(this), choice = QPointer(box), place, secret](bool confirmed) {

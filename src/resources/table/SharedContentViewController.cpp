@@ -5,6 +5,7 @@
 #include "platform/text/DisplayText.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/RowDeletion.h"
+#include "resources/changes/RowEdit.h"
 #include "resources/kinds/Columns.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/loading/TableStatus.h"
@@ -226,35 +227,22 @@ void SharedContentViewController::updateStatus()
 
 int SharedContentViewController::chosenCount() const
 {
-    return m_tableView->clickedRowIsGone() ? 0
-        : m_tableView->clickedRow() >= 0   ? 1
-                                           : m_tableView->selectedRowCount();
+    return m_tableView->chosenRowCount();
 }
 
 ObjectName SharedContentViewController::objectAt(int row) const
 {
-    const Row &item = m_arranged->arrangedRow(row);
-    return {item->nameSpace.isEmpty() ? m_window.currentNamespace() : item->nameSpace, item->name};
+    return m_tableView->objectAt(row, m_window.currentNamespace());
 }
 
 ObjectNames SharedContentViewController::chosenObjects() const
 {
-    if (m_tableView->clickedRowIsGone()) {
-        return {}; // a refresh removed it while its menu was open
-    }
-    if (const int clicked = m_tableView->clickedRow(); clicked >= 0) {
-        return {objectAt(clicked)};
-    }
-    return selectedObjects();
+    return m_tableView->chosenObjects(m_window.currentNamespace());
 }
 
 ObjectNames SharedContentViewController::selectedObjects() const
 {
-    ObjectNames objects;
-    for (const int row : m_tableView->selectedRowsInOrder()) {
-        objects.append(objectAt(row));
-    }
-    return objects;
+    return m_tableView->selectedObjects(m_window.currentNamespace());
 }
 
 void SharedContentViewController::selectFilter()
@@ -290,33 +278,7 @@ void SharedContentViewController::editConfiguration()
         showQuickLookPanel();
         return;
     }
-    if (!canName(objects.first(1), QStringLiteral("Nothing was edited"))) {
-        return;
-    }
-    const ObjectName &object = objects.first();
-    const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("edit"), QStringLiteral("-n"),
-        object.nameSpace, kind().resourceName, object.name, QStringLiteral("-o"), QStringLiteral("yaml")};
-    const ChangePlace place(m_window);
-    confirmWhereProtected(this, place.key(),
-        {.title = QStringLiteral("Confirm Edit"),
-            .message = QStringLiteral("Are you sure you want to edit the %1 \"%2\"?")
-                           .arg(kind().humanReadableResourceName, object.name),
-            .yes = QStringLiteral("Edit"),
-            .accessory = confirmationDetails(place.text(kind(), object.nameSpace))},
-        [self = QPointer(this), place, arguments](bool confirmed) {
-            if (self && confirmed) {
-                self->edit(place, arguments);
-            }
-        });
-}
-
-void SharedContentViewController::edit(const ChangePlace &place, const QStringList &arguments)
-{
-    if (!place.isStillShown()) {
-        refuseMovedChange(m_window, QStringLiteral("Nothing was edited"));
-        return;
-    }
-    m_window.startExternalEdit(arguments, [self = QPointer(this)] {
+    confirmAndEdit(*this, m_window, kind(), objects.first(), [self = QPointer(this)] {
         if (self) {
             self->reloadSoon();
         }

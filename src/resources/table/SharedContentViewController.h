@@ -23,7 +23,6 @@ namespace tidewright {
 class ResourceTableView;
 class TablePreviews;
 class TableStatusBar;
-struct ChangePlace;
 
 /// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load
 /// cycle that runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs
@@ -136,7 +135,6 @@ protected:
     void reloadSoon();
 
 private:
-    void edit(const ChangePlace &place, const QStringList &arguments);
     void buildLayout();
     void connectParts();
     void refresh();

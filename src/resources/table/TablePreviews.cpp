@@ -28,11 +28,9 @@ int TablePreviews::numberOfPreviewItems() const
 ObjectName TablePreviews::objectAt(int index) const
 {
     const std::vector<int> rows = m_view.selectedRowsInOrder();
-    if (index >= std::ssize(rows)) {
-        return {};
-    }
-    const Row &row = m_view.arrangedObjects().arrangedRow(rows[static_cast<std::size_t>(index)]);
-    return {row->nameSpace.isEmpty() ? m_window.currentNamespace() : row->nameSpace, row->name};
+    return index < std::ssize(rows)
+        ? m_view.objectAt(rows[static_cast<std::size_t>(index)], m_window.currentNamespace())
+        : ObjectName();
 }
 
 QString TablePreviews::previewItemTitle(int index) const
