@@ -262,7 +262,7 @@ private Q_SLOTS:
             {"po", "shop",
                 {u"cart-*|2/3 Running <NSStatusUnavailable>|CrashLoopBackOff|17|* days|cart, mesh-proxy, config-reloader|||"_s,
                     u"checkout-*|Pending: ImagePullBackOff <NSStatusUnavailable>|ImagePullBackOff|0|*m|checkout|||"_s,
-                    u"nightly-price-sync-*|Succeeded <statusCompleted>|Completed|0|*|sync|||"_s}},
+                    u"nightly-price-sync-*|Succeeded <statusCompleted>||0|*|sync|||"_s}},
             {"deploy", "shop",
                 {u"storefront|*|4|4|4|4|*"_s, u"checkout|*|2|0|2|0|*"_s, u"wishlist|*|0|0|0|0|*"_s}},
             {"rs", "shop", {u"storefront-*|*|4|4|4|*"_s, u"checkout-*|*|2|0|0|*"_s}},

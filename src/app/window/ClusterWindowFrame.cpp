@@ -3,16 +3,16 @@
 
 #include "app/actionmenu/ActionLibrary.h"
 #include "app/actionmenu/ActionMenu.h"
-#include "app/toolbar/ClusterToolBar.h"
 #include "app/state/KubeConfigChooser.h"
 #include "app/state/KubeSplitViewController.h"
-#include "app/window/MainWindowController.h"
+#include "app/toolbar/ClusterToolBar.h"
 #include "app/toolbar/ToolBarDialog.h"
 #include "app/toolbar/ToolBarLayout.h"
+#include "app/window/MainWindowController.h"
 #include "app/window/WindowCommands.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/text/DisplayText.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/text/DisplayText.h"
 
 #include <QCloseEvent>
 #include <QDataStream>
@@ -29,7 +29,7 @@ namespace {
 constexpr int titleBarRoom = 36;
 const auto FRAMEKEY = QStringLiteral("TidewrightFrame");
 constexpr QSize minimumWindow(600, 310);
-constexpr QSize usualWindow(1180, 760);
+constexpr QSize usualWindow(1400, 860);
 
 } // namespace
 

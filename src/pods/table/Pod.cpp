@@ -148,12 +148,12 @@ std::vector<Column> podColumns()
 {
     const auto containers = [](const Pod &pod) { return pod.containers.join(QLatin1String(", ")); };
     return {
-        nameColumn(330),
+        nameColumn(290),
         withImage<Pod>(
-            textColumn<Pod>("status", QStringLiteral("Status"), &Pod::isReadyText, 210), &Pod::isReadyImage),
-        textColumn<Pod>("reason", QStringLiteral("Reason"), &Pod::why, 150),
-        numberColumn<Pod>("restarts", QStringLiteral("Restarts"), &Pod::restarts, 90),
-        timeColumn<Pod>("age", QStringLiteral("Age"), &Pod::getAge, &Pod::ageTime, 100),
+            textColumn<Pod>("status", QStringLiteral("Status"), &Pod::isReadyText, 170), &Pod::isReadyImage),
+        textColumn<Pod>("reason", QStringLiteral("Reason"), &Pod::why, 140),
+        numberColumn<Pod>("restarts", QStringLiteral("Restarts"), &Pod::restarts, 80),
+        timeColumn<Pod>("age", QStringLiteral("Age"), &Pod::getAge, &Pod::ageTime, 90),
         textColumn<Pod>("containers", QStringLiteral("Containers"), containers, 200),
         hidden(textColumn<Pod>("node", QStringLiteral("Node"), &Pod::node, 160)),
         hidden(textColumn<Pod>("ip", QStringLiteral("IP"), &Pod::ip, 120)),
@@ -174,6 +174,9 @@ bool operator==(const Pod &a, const Pod &b)
 
 QString Pod::isReadyImage() const
 {
+    if (isDeleting) {
+        return QStringLiteral("NSStatusPartiallyAvailable");
+    }
     if (readyCount > 0 && notReadyCount == 0) {
         return QStringLiteral("NSStatusAvailable");
     }
@@ -182,8 +185,7 @@ QString Pod::isReadyImage() const
     }
     const bool isComing = status == QLatin1String("Pending")
         && withoutProgress(reason + QLatin1String(", ") + initReason).isEmpty();
-    return isDeleting || isComing ? QStringLiteral("NSStatusPartiallyAvailable")
-                                  : QStringLiteral("NSStatusUnavailable");
+    return isComing ? QStringLiteral("NSStatusPartiallyAvailable") : QStringLiteral("NSStatusUnavailable");
 }
 
 QString Pod::why() const
@@ -193,6 +195,9 @@ QString Pod::why() const
     }
     if (!podReason.isEmpty()) {
         return podReason;
+    }
+    if (status == QLatin1String("Succeeded")) {
+        return {};
     }
     const QString init = withoutProgress(initReason);
     return init.isEmpty() ? reason : QLatin1String("Init: ") + init;

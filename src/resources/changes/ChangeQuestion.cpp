@@ -20,24 +20,22 @@ QString editTitle(const WindowState &window)
 QString objectsText(
     const ChangePlace &place, const ResourceKind &kind, const ObjectNames &objects, const QString &note)
 {
-    constexpr qsizetype namesShown = 10;
     const auto groups = byNamespace(objects);
     const bool hasOneGroup = groups.size() == 1;
+    const qsizetype namesShown = hasOneGroup ? 10 : 3;
     QStringList lines;
     for (const auto &[nameSpace, names] : groups) {
         if (objects.size() == 1) {
             break;
         }
-        if (!hasOneGroup) {
-            lines.append(QStringLiteral("Namespace: ") + nameSpace);
-        }
-        const QString indent = hasOneGroup ? QString() : QStringLiteral("    ");
-        for (const QString &name : names.first(qMin(namesShown, names.size()))) {
-            lines.append(indent + name);
-        }
+        QStringList some = names.first(qMin(namesShown, names.size()));
         if (names.size() > namesShown) {
-            const QString rest = QLocale().toString(names.size() - namesShown);
-            lines.append(indent + QStringLiteral("and %1 more").arg(rest));
+            some.append(QStringLiteral("and %1 more").arg(QLocale().toString(names.size() - namesShown)));
+        }
+        if (hasOneGroup) {
+            lines += some;
+        } else {
+            lines.append(QStringLiteral("Namespace %1: ").arg(nameSpace) + some.join(QLatin1String(", ")));
         }
     }
     if (!lines.isEmpty()) {

@@ -7,7 +7,11 @@
 #include "platform/threads/MainQueue.h"
 
 #include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QUuid>
+
+#include <algorithm>
 
 namespace tidewright {
 
@@ -258,10 +262,21 @@ void runChange(const ChangePlace &place, const ChangeCommands &commands, const Q
 
 QWidget *confirmationDetails(const QString &text)
 {
+    constexpr int mostLines = 18;
     auto *label = new QLabel(display_text::clean(text));
     label->setTextFormat(Qt::PlainText);
     label->setContentsMargins(2, 10, 12, 8);
-    return label;
+    if (text.count(QLatin1Char('\n')) < mostLines) {
+        return label;
+    }
+    auto *scroller = new QScrollArea;
+    scroller->setWidget(label);
+    scroller->setFrameShape(QFrame::NoFrame);
+    scroller->setFixedHeight(label->fontMetrics().lineSpacing() * mostLines);
+    constexpr int widest = 640;
+    scroller->setMinimumWidth(
+        std::min(widest, label->sizeHint().width() + scroller->verticalScrollBar()->sizeHint().width()));
+    return scroller;
 }
 
 } // namespace tidewright

@@ -51,7 +51,7 @@ Column nameColumn(int width)
 Column namespaceColumn()
 {
     Column column = textColumn<KubeTableItem>(
-        namespaceColumnId.data(), QStringLiteral("Namespace"), &KubeTableItem::nameSpace, 150);
+        namespaceColumnId.data(), QStringLiteral("Namespace"), &KubeTableItem::nameSpace, 130);
     column.hidden = true;
     return column;
 }
