@@ -3,18 +3,16 @@
 
 #include "actions/ActionFolders.h"
 #include "core/ApplicationRecord.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/threads/MainQueue.h"
 #include "resources/changes/Confirmation.h"
+#include "support/Buttons.h"
+#include "support/TestFolder.h"
 #include "support/TestSupport.h"
 
-#include <QDir>
 #include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
 
 namespace tidewright::test {
 
@@ -34,7 +32,7 @@ public:
 };
 
 /// A main window with a console, folders and settings of its own, and no notification service.
-class ActionBench
+class ActionBench : public TestFolder
 {
 public:
     ActionBench()
@@ -42,7 +40,7 @@ public:
     {
         mainQueue();
         qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
-        qputenv("XDG_DATA_HOME", folder.path().toUtf8());
+        qputenv("XDG_DATA_HOME", path().toUtf8());
         setUserDefaultsForTesting(&settings);
         setMainConsoleLookup([this] { return &console; });
         setMainWindowLookup([this] { return &window; });
@@ -56,19 +54,6 @@ public:
         setMainWindowLookup({});
         setMainConsoleLookup({});
         setUserDefaultsForTesting(nullptr);
-    }
-
-    QString path(const QString &name) const { return folder.filePath(name); }
-
-    /// A file of an action, with the folders around it; scripts are made executable.
-    void write(const QString &name, const QByteArray &bytes) const
-    {
-        QDir().mkpath(QFileInfo(path(name)).path());
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        if (name.endsWith(u".sh")) {
-            file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        }
     }
 
     /// The action in a folder of that name, with the file names and contents given.
@@ -111,23 +96,11 @@ public:
         const QString message = longText ? longText->toPlainText() : box->informativeText();
         return box->text() + u'|' + message + u'|' + buttons.mid(1);
     }
-    void press(const QString &button) const
-    {
-        const QMessageBox *box = dialog();
-        QVERIFY(box);
-        for (QAbstractButton *candidate : box->buttons()) {
-            if (candidate->text() == button) {
-                candidate->click();
-                return;
-            }
-        }
-        QFAIL(qPrintable(button + QStringLiteral(" is no button of ") + question()));
-    }
+    void press(const QString &button) const { clickButton(dialog(), button); }
 
     /// Whether all runs that were begun have ended.
     bool isIdle() const { return console.states.size() >= 2 && console.scriptsRunning().isEmpty(); }
 
-    QTemporaryDir folder;
     UserDefaults settings;
     RunsConsole console;
     QWidget window;

@@ -5,8 +5,8 @@
 #include "support/Patience.h"
 
 #include <QBuffer>
-#include <QElapsedTimer>
 
+#include <ctime>
 #include <sys/stat.h>
 
 using namespace tidewright;
@@ -63,8 +63,6 @@ private Q_SLOTS:
             "\"open_in_terminal\" is not true or false", "");
         row("array of numbers", R"({"scope":"x","environment_variables":["A",1]})",
             "\"environment_variables\" is not an array of texts", "");
-        row("nothing", "", "illegal value at line 1, byte 1", "");
-        row("not UTF-8", "{\"scope\":\"\xff\"}", "invalid UTF8 string", "");
         row("deeply nested", R"({"scope":"x","y":)" + QByteArray(500'000, '['), "too deeply nested", "");
         row("10 MB", R"({"scope":")" + QByteArray(10 << 20, 'x') + R"("})", "it is larger than 1 MiB", "");
     }
@@ -77,7 +75,7 @@ private Q_SLOTS:
         QString printed;
         const auto item = [&] {
             const CapturedOutput output;
-            auto made = bench.action(u"act"_s, json.isEmpty() ? QByteArray(" ") : json, "main.sh", "");
+            auto made = bench.action(u"act"_s, json, "main.sh", "");
             printed = output.text();
             return made;
         }();
@@ -238,33 +236,23 @@ private Q_SLOTS:
         QTRY_VERIFY(loaded);
     }
 
-    void fiveHundred()
+    void foldersAreReadBesideTheMainThread()
     {
         const ActionBench bench;
         const QByteArray image = png(64);
-        for (int i = 0; i < 500; ++i) {
-            const QString name = u"Tidewright/Actions/group %1/act %2/"_s.arg(i / 50).arg(i);
-            bench.write(name + u"main.sh"_s, "");
-            bench.write(name + u"config.json"_s, R"({"scope":"pod"})");
-            bench.write(name + u"icon.png"_s, image);
+        for (int i = 0; i < 300; ++i) {
+            bench.write(u"Tidewright/Actions/%1/main.sh"_s.arg(i), "");
+            bench.write(u"Tidewright/Actions/%1/icon.png"_s.arg(i), image);
         }
-        QElapsedTimer clock;
-        double longestPause = 0;
+        const double before = threadTime();
+        const std::clock_t all = std::clock();
         SharedActionTree loaded;
         QObject receiver;
-        clock.start();
         loadActionsInBackground(&receiver, [&loaded](const auto &tree) { loaded = tree; });
-        while (!loaded && clock.elapsed() < 20'000) {
-            const double before = threadTime();
-            QTest::qWait(1);
-            longestPause = std::max(longestPause, threadTime() - before);
-        }
-        QVERIFY(loaded);
-        qInfo(
-            "500 actions in %lld ms, longest work of the main thread %.1f ms", clock.elapsed(), longestPause);
-        QCOMPARE(loaded->nodes.size(), 10U);
-        QCOMPARE(loaded->nodes.back().children.size(), 50U);
-        QVERIFY2(longestPause < (sanitized ? 200 : 50), "the main thread reads folders");
+        QTRY_VERIFY(loaded);
+        QCOMPARE(loaded->nodes.size(), 300U);
+        const double spent = double(std::clock() - all) * 1e3 / CLOCKS_PER_SEC;
+        QVERIFY2(threadTime() - before < spent / 2, qPrintable(QString::number(spent)));
     }
 
     void readAgainOnlyWhenChanged()
@@ -283,16 +271,14 @@ private Q_SLOTS:
         bench.write(folder + u"main.sh"_s, "");
         QVERIFY(!isSame());
         QVERIFY(isSame());
-        for (const char *file : {"config.json", "icon.png", "menu.png"}) {
-            for (const QByteArray &bytes : {"{"_ba, "{}"_ba}) { // there now, and another
-                bench.write(folder + QLatin1String(file), bytes);
-                QVERIFY(!isSame());
-                QVERIFY(isSame());
-            }
+        for (const char *file : {"config.json", "config.json", "icon.png", "menu.png"}) {
+            bench.write(folder + QLatin1String(file), bench.read(folder + QLatin1String(file)) + ' ');
+            QVERIFY(!isSame());
+            QVERIFY(isSame());
         }
         bench.write(u"Tidewright/Actions/g/b/main.sh"_s, "");
         QVERIFY(!isSame());
-        QVERIFY(QFile::remove(bench.path(folder + u"main.sh"_s)));
+        QVERIFY(bench.remove(folder + u"main.sh"_s));
         QVERIFY(!isSame());
         QCOMPARE(drawn(known->nodes), u"g(b)"_s);
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/threads/MainQueue.h"
 #include "platform/desktop/Notifications.h"
+#include "platform/threads/MainQueue.h"
 #include "support/Patience.h"
 
 #include <QDBusConnection>
