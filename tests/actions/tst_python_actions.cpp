@@ -2,6 +2,7 @@
 #include "ActionBench.h"
 #include "actions/ActionForm.h"
 #include "support/Patience.h"
+#include "support/Table.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -49,19 +50,14 @@ private Q_SLOTS:
 
     void outcomes_data()
     {
-        QTest::addColumn<QByteArray>("body"); // of run, or the whole script when it begins with a line feed
-        QTest::addColumn<QString>("entries"); // the beginning, "command||error" joined with line feeds
-        QTest::addColumn<QString>("question");
-        const auto row = [](const QByteArray &name, const QByteArray &body, const QByteArray &entries,
-                             const QByteArray &question = "") {
-            QTest::newRow(name.constData())
-                << body << QString::fromUtf8(entries) << QString::fromUtf8(question);
-        };
+        // body of run (the whole script when it begins with a line feed), beginning of the entries
+        // ("command||error" joined with line feeds), question
+        const Table<QByteArray, QString, QString> table;
         const char *const raised = "||Recieved python exception ";
         const auto fails = [&](const char *name, const char *body, const char *what) {
-            row(name, body, QByteArray(raised + QByteArray(what)));
+            table.row(name, body, QByteArray(raised + QByteArray(what)));
         };
-        row("logs and raises", "self._logger.log = ['one']; raise ValueError('bad')",
+        table.row("logs and raises", "self._logger.log = ['one']; raise ValueError('bad')",
             "one||\n||Recieved python exception ValueError: bad.");
         const auto numbers = [](int from, int to, const QString &separator) {
             QStringList lines;
@@ -70,7 +66,7 @@ private Q_SLOTS:
             }
             return QByteArray((lines.join(separator)).toUtf8());
         };
-        row("log is endless", "self._logger.log = [str(n) for n in range(30000)]",
+        table.row("log is endless", "self._logger.log = [str(n) for n in range(30000)]",
             "... 10000 earlier lines are left out||\n" + numbers(10'000, 30'000, u"||\n"_s));
         fails("exits", "import sys; sys.exit(3)", "SystemExit: 3.");
         fails("text of an exception fails",
@@ -82,12 +78,12 @@ private Q_SLOTS:
             "RecursionError: maximum recursion depth exceeded");
         fails("reads the terminal", "input()", "EOFError: EOF when reading a line.");
         fails("half a character", "raise ValueError('\\udc80')", "ValueError: ?.");
-        row("does not import", "\nimport nowhere_to_be_found",
+        table.row("does not import", "\nimport nowhere_to_be_found",
             "||Recieved exception ModuleNotFoundError: No module named 'nowhere_to_be_found'.");
-        row("exits while it is imported", "\nraise SystemExit", "||Recieved exception SystemExit.");
+        table.row("exits while it is imported", "\nraise SystemExit", "||Recieved exception SystemExit.");
         fails("has no class", "\nAction = None", "TypeError: 'NoneType' object is not callable.");
         const QByteArray asks = "raise type('OKDialog', (Exception,), {})";
-        row("dialog with too many lines",
+        table.row("dialog with too many lines",
             "self._state = {'dialog_text': '\\n'.join(str(n) for n in range(2500)) + '\\U0001f600'}\n        "
                 + asks,
             "",
@@ -95,9 +91,9 @@ private Q_SLOTS:
                 + "\u2026\n\n2,501 more characters are left out (lines: 500).|OK");
         for (const QByteArray &state : {"self._state = {'title': 'T', 'n': 1}"_ba, "self._state = 7"_ba,
                  "del self._state"_ba, "del self._logger"_ba}) {
-            row("asks, " + state, state + "\n        " + asks, "", "Alert!||OK");
+            table.row("asks, " + state, state + "\n        " + asks, "", "Alert!||OK");
         }
-        row("asks where failures are caught", R"(
+        table.row("asks where failures are caught", R"(
 import tidewright_actions
 class Action(tidewright_actions.Action):
     def run(self):
@@ -105,7 +101,7 @@ class Action(tidewright_actions.Action):
         except Exception as error: self.log(repr(error))
 )",
             "", "Alert!|Sure?|OK");
-        row("form with odd fields",
+        table.row("form with odd fields",
             "self.form = Log(); self.form.fields = {1: 2, 'a': None, 'b': Log()}\n"
             "        raise type('FormDialog', (Exception,), {})",
             "", "Alert!||OK");
@@ -115,9 +111,7 @@ class Action(tidewright_actions.Action):
     }
     void outcomes()
     {
-        QFETCH(QByteArray, body);
-        QFETCH(QString, entries);
-        QFETCH(QString, question);
+        const auto [body, entries, question] = Table<QByteArray, QString, QString>::current();
         const auto item = run(body.startsWith('\n') ? body : bare + "        " + body + '\n');
         QTRY_VERIFY(m_bench->isIdle());
         QTRY_COMPARE(m_bench->question(), question);
@@ -129,24 +123,19 @@ class Action(tidewright_actions.Action):
 
     void answers_data()
     {
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<bool>("waits");
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("entries");
-        QTest::newRow("first button") << QByteArray("OKCancelDialog") << true << u"OK"_s << u"(True,)||"_s;
-        QTest::newRow("second button") << QByteArray("OKDialog") << true << u"No"_s << u"(False,)||"_s;
-        QTest::newRow("nobody waits") << QByteArray("OKDialog") << false << u"OK"_s << QString();
-        QTest::newRow("notification") << QByteArray("Notification") << true << QString() << u"()||"_s;
-        QTest::newRow("form") << QByteArray("FormDialog") << true << u"OK"_s << u"({},)||"_s;
-        QTest::newRow("form, declined") << QByteArray("FormDialog") << true << u"No"_s << QString();
+        const Table<QByteArray, bool, QString, QString> table;
+        table.row("first button", QByteArray("OKCancelDialog"), true, u"OK"_s, u"(True,)||"_s);
+        table.row("second button", QByteArray("OKDialog"), true, u"No"_s, u"(False,)||"_s);
+        table.row("nobody waits", QByteArray("OKDialog"), false, u"OK"_s, QString());
+        table.row("notification", QByteArray("Notification"), true, QString(), u"()||"_s);
+        table.row("form", QByteArray("FormDialog"), true, u"OK"_s, u"({},)||"_s);
+        table.row("form, declined", QByteArray("FormDialog"), true, u"No"_s, QString());
         const QByteArray dialog = "OKDialog";
-        QTest::newRow("one button, Escape") << dialog << true << u"Escape"_s << u"(False,)||"_s;
+        table.row("one button, Escape", dialog, true, u"Escape"_s, u"(False,)||"_s);
     }
     void answers()
     {
-        QFETCH(QByteArray, request);
-        QFETCH(bool, waits);
-        QFETCH(QString, button);
+        const auto [request, waits, button, entries] = Table<QByteArray, bool, QString, QString>::current();
         const auto item = run(bare + R"(
         self._state = {"cancel_button_text": ")"
             + (button == u"Escape" ? "" : "No")
@@ -167,7 +156,6 @@ class Action(tidewright_actions.Action):
         QTRY_VERIFY(isDialog ? !m_bench->dialog() : !m_bench->notifications.isEmpty());
         const auto later = run(bare + "        self._logger.log = ['later']\n", {}, u"later"_s);
         QTRY_COMPARE(m_bench->console.entries.filter(u"later"_s).size(), 1);
-        QFETCH(QString, entries);
         QTRY_COMPARE(m_bench->console.entries.size(), entries.isEmpty() ? 1 : 2);
         QVERIFY(entries.isEmpty() || m_bench->console.entries.contains(entries));
         QCOMPARE(
@@ -178,24 +166,16 @@ class Action(tidewright_actions.Action):
     {
         const auto item = run(R"(
 import tidewright_actions as tw
-def careful(method):
-    def call(self, *arguments):
-        try: method(self, *arguments)
-        except Exception as error: self.log(f"failed: {error!r}")
-    return call
 class Action(tw.Action):
-    @careful
     def run(self):
         self.log("asking")
         self.ask("Sure?", title="First", ok="Go", cancel="Stop", then=self.fill)
-    @careful
     def fill(self, accepted):
         self.log(f"accepted: {accepted}")
         self.ask_form("Fill", {
             "name": tw.TextField(placeholder="any", initial="web"),
             "kind": tw.DropDown(["a & b", "c", "d"], "Kind", initial="c"),
             "dry": tw.CheckBox("Dry & safe", checked=True)}, then=self.filled)
-    @careful
     def filled(self, values):
         self.log(str(sorted(values.items())))
         self.notify("Done", "all of it", then=self.end)
@@ -226,13 +206,11 @@ class Action(tw.Action):
 
     void placeOfKubectl_data()
     {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QString>("nameSpace");
-        QTest::addColumn<QString>("added"); // or the beginning of why not
-        const auto rows = [](const QString &nameSpace, const QString &added, const QStringList &lines) {
+        // arguments, namespace, what is added (or the beginning of why not)
+        const Table<QString, QString, QString> table;
+        const auto rows = [&table](const QString &nameSpace, const QString &added, const QStringList &lines) {
             for (const QString &arguments : lines) {
-                QTest::addRow("%s: %s", qPrintable(nameSpace), qPrintable(arguments))
-                    << arguments << nameSpace << added;
+                table.row((nameSpace + u": " + arguments).toUtf8(), arguments, nameSpace, added);
             }
         };
         rows(u"dev"_s, u" --context=c -n dev"_s,
@@ -256,9 +234,7 @@ class Action(tw.Action):
     }
     void placeOfKubectl()
     {
-        QFETCH(QString, arguments);
-        QFETCH(QString, nameSpace);
-        QFETCH(QString, added);
+        auto [arguments, nameSpace, added] = Table<QString, QString, QString>::current();
         m_bench->write(u"kubectl.sh"_s, "#!/bin/sh\necho \"$*\" >&2\n");
         setKubectlPath(m_bench->path(u"kubectl.sh"_s));
         const auto item = run(R"(
@@ -282,8 +258,6 @@ class Action(tw.Action):
     void twoRunsOfOneAction_data()
     {
         QTest::addColumn<QStringList>("order"); // of the starts, the answers and the end of prod's loop
-        QTest::newRow("as they came")
-            << QStringList{u"+prod"_s, u"+dev"_s, u"stop"_s, u"dev none dev dev"_s, u"prod p prod prod"_s};
         QTest::newRow("the other way round")
             << QStringList{u"+prod"_s, u"+dev"_s, u"stop"_s, u"prod p prod prod"_s, u"dev none dev dev"_s};
         QTest::newRow("one answered while the other runs")
@@ -340,16 +314,15 @@ class Action(tidewright_actions.Action):
 
     void endsOfTheProgram_data()
     {
-        QTest::addColumn<QByteArray>("end");
-        QTest::addColumn<QString>("ended"); // by exit or by a signal, and the number
-        QTest::newRow("quit in order, the script goes on") << QByteArray() << u"exit 0"_s;
-        QTest::newRow("the script exits for all") << QByteArray("os._exit(3)") << u"exit 3"_s;
-        QTest::newRow("the script crashes") << QByteArray("os.kill(os.getpid(), 6)") << u"signal 6"_s;
+        const Table<QByteArray, QString> table;
+        table.row("quit in order, the script goes on", QByteArray(), u"exit 0"_s);
+        table.row("the script exits for all", QByteArray("os._exit(3)"), u"exit 3"_s);
+        table.row("the script crashes", QByteArray("os.kill(os.getpid(), 6)"), u"signal 6"_s);
     }
     /// Whatever a script does, what it has printed is there.
     void endsOfTheProgram()
     {
-        QFETCH(QByteArray, end);
+        const auto [end, howItEnded] = Table<QByteArray, QString>::current();
         m_bench->write(u"act/main.py"_s,
             "import os\n" + bare + "        print('more\\n' * 2000)\n        while not os.path.exists('"
                 + m_bench->path(u"go"_s).toUtf8() + "'): pass\n        " + end
@@ -370,7 +343,7 @@ class Action(tidewright_actions.Action):
         QVERIFY(program.waitForFinished(10'000));
         const bool crashed = program.exitStatus() == QProcess::CrashExit;
         const QString ended = (crashed ? u"signal %1"_s : u"exit %1"_s).arg(program.exitCode());
-        QTEST(ended, "ended");
+        QCOMPARE(ended, howItEnded);
     }
 
     void environmentStaysTheInterpretersOwn()
