@@ -109,6 +109,7 @@ private Q_SLOTS:
     void variablesAreLoaded()
     {
         const auto [stored, rows] = Table<QByteArray, QStringList>::current();
+        QVERIFY(settings().flush()); // or it would be written over what follows
         m_cluster->write(u"settings.json"_s, R"({"customEnvVars": )" + stored + '}');
         const Preferences open(2);
         QCOMPARE(open.rows(), rows);
