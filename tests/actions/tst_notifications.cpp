@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/threads/MainQueue.h"
 #include "platform/desktop/Notifications.h"
+#include "platform/threads/MainQueue.h"
 #include "support/Patience.h"
+#include "support/SessionBus.h"
+#include "support/Table.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
-#include <QProcess>
-#include <QTest>
 
 using namespace tidewright;
 using namespace Qt::StringLiterals;
@@ -38,42 +38,22 @@ class TestNotifications : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        QVERIFY(m_bus.waitForStarted());
-        while (!m_bus.canReadLine()) {
-            QVERIFY(m_bus.waitForReadyRead());
-        }
-        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.readLine().trimmed());
-    }
-    void cleanupTestCase()
-    {
-        m_bus.kill();
-        m_bus.waitForFinished();
-    }
+    void initTestCase() { qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address.toUtf8()); }
 
     void delivery_data()
     {
-        QTest::addColumn<bool>("there");
-        QTest::addColumn<bool>("refuses");
-        QTest::addColumn<QString>("service");
-        QTest::addColumn<QString>("elsewhere");
-        QTest::newRow("shown") << true << false << u"Tidewright|<T>|sub &amp;\n&lt;b&gt;"_s << QString();
-        QTest::newRow("refused") << true << true << u"Tidewright|<T>|sub &amp;\n&lt;b&gt;"_s
-                                 << u"<T>|sub &\n<b>"_s;
-        QTest::newRow("no service") << false << false << QString() << u"<T>|sub &\n<b>"_s;
+        // whether a service is there and refuses, what it shows, what is shown elsewhere
+        const Table<bool, bool, QString, QString> table;
+        table.row("shown", true, false, u"Tidewright|<T>|sub &amp;\n&lt;b&gt;"_s, QString());
+        table.row("refused", true, true, u"Tidewright|<T>|sub &amp;\n&lt;b&gt;"_s, u"<T>|sub &\n<b>"_s);
+        table.row("no service", false, false, QString(), u"<T>|sub &\n<b>"_s);
     }
     void delivery()
     {
-        QFETCH(bool, there);
-        QFETCH(bool, refuses);
-        QFETCH(QString, service);
-        QFETCH(QString, elsewhere);
+        const auto [there, refuses, service, elsewhere] = Table<bool, bool, QString, QString>::current();
         FakeService fake;
         fake.refuses = refuses;
-        QDBusConnection desktop = QDBusConnection::connectToBus(
-            QString::fromUtf8(qgetenv("DBUS_SESSION_BUS_ADDRESS")), u"desktop"_s);
+        QDBusConnection desktop = QDBusConnection::connectToBus(m_bus.address, u"desktop"_s);
         desktop.registerObject(u"/org/freedesktop/Notifications"_s, &fake, QDBusConnection::ExportAllSlots);
         if (there) {
             QVERIFY(desktop.registerService(u"org.freedesktop.Notifications"_s));
@@ -92,7 +72,7 @@ private Q_SLOTS:
     }
 
 private:
-    QProcess m_bus;
+    SessionBus m_bus;
 };
 
 QTEST_GUILESS_MAIN(TestNotifications)

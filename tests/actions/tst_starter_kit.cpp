@@ -5,6 +5,7 @@
 #include "demo/DemoProcess.h"
 #include "external/TerminalQuoting.h"
 #include "support/Patience.h"
+#include "support/Table.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -77,19 +78,16 @@ private Q_SLOTS:
 
     void run_data()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("resource"); // NAME=value; "%web" stands for a restarted pod of web
-        QTest::addColumn<QString>("nameSpace");
-        QTest::addColumn<QStringList>(
-            "answers"); // "field=value", a button, or "?" and what is asked, in order
-        QTest::addColumn<QString>("shown"); // in the console, the terminal or a notification
-        QTest::addColumn<QString>("effect"); // arguments of kubectl after it, and what it then prints
-        const auto row = [](const char *title, const char *resource, const QStringList &answers,
-                             const char *shown, const char *effect = "", const char *nameSpace = "default") {
-            QTest::addRow("%s, %s %s", title, nameSpace, resource)
-                << QString::fromUtf8(title) << QString::fromUtf8(resource) << QString::fromUtf8(nameSpace)
-                << answers << QString::fromUtf8(shown) << QString::fromUtf8(effect);
-        };
+        // Title, resource (NAME=value; "%web" stands for a restarted pod of web), namespace, answers
+        // ("field=value", a button, or "?" and what is asked), what is shown (in the console, the terminal or
+        // a notification), effect (arguments of kubectl after it, and what it then prints).
+        const Table<QString, QString, QString, QStringList, QString, QString> table;
+        const auto row
+            = [&table](const QByteArray &title, const QByteArray &resource, const QStringList &answers,
+                  const char *shown, const char *effect = "", const QByteArray &nameSpace = "default") {
+                  table.row(title + ", " + nameSpace + ' ' + resource, title.constData(),
+                      resource.constData(), nameSpace.constData(), answers, shown, effect);
+              };
         const char *const everywhere = "All Namespaces";
         const QStringList accepted{u"OK"_s};
         row("Describe Pod", "POD=debug-shell", {}, "Name:         debug-shell");
@@ -139,12 +137,8 @@ private Q_SLOTS:
     }
     void run()
     {
-        QFETCH(QString, title);
-        QFETCH(QString, resource);
-        QFETCH(QString, nameSpace);
-        QFETCH(QStringList, answers);
-        QFETCH(QString, shown);
-        QFETCH(QString, effect);
+        const auto [title, resource, nameSpace, answers, shown, effect]
+            = Table<QString, QString, QString, QStringList, QString, QString>::current();
         ActionEnvironment environment{{u"KUBECONFIG"_s, m_demo->kubeconfig()},
             {u"CONTEXT"_s, u"demo-harbor"_s}, {u"NAMESPACE"_s, nameSpace}};
         for (const QString &entry : resource.split(u' ', Qt::SkipEmptyParts)) {
@@ -158,7 +152,7 @@ private Q_SLOTS:
         const auto action = m_actions.find(title);
         QVERIFY(action != m_actions.end());
         action->second->performAction(environment);
-        for (const QString &answer : std::as_const(answers)) {
+        for (const QString &answer : answers) {
             QTRY_VERIFY_WITH_TIMEOUT(m_bench->dialog(), 15'000);
             const auto fields = m_bench->dialog()->findChildren<QLineEdit *>();
             auto *kind = m_bench->dialog()->findChild<QComboBox *>();

@@ -59,14 +59,6 @@ QByteArray kubeConfigOf(const QByteArray &contextsAnswer)
         .toJson();
 }
 
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
-        qFatal("cannot write %s", qPrintable(path));
-    }
-}
-
 } // namespace
 
 void FakeConsole::addEntry(
@@ -85,12 +77,10 @@ FakeCluster::FakeCluster()
     settings.set(u"liveUpdates"_s, u"off"_s); // its kubectl knows listings only
     setUserDefaultsForTesting(&settings);
     qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data"_s))); // where the user's actions are
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder.path())); // where the views are
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(path())); // where the views are
     applicationRecord() = {};
-    const QString kubectl = path(u"kubectl"_s);
-    writeFile(kubectl, script);
-    QFile::setPermissions(kubectl, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    setKubectlPath(kubectl);
+    write(u"kubectl"_s, script);
+    setKubectlPath(path(u"kubectl"_s));
     answer(u"contexts"_s, "b\na\tb\tc\t");
     answer(u"namespaces"_s, "default kube-system shop");
 }
@@ -100,28 +90,28 @@ FakeCluster::~FakeCluster()
     setUserDefaultsForTesting(nullptr);
 }
 
-QString FakeCluster::fileFor(QString run, const QByteArray &suffix) const
+QString FakeCluster::fileFor(QString run, const QByteArray &suffix)
 {
-    return path(run.replace(u' ', u'-') + QString::fromLatin1(suffix));
+    return run.replace(u' ', u'-') + QString::fromLatin1(suffix);
 }
 
 void FakeCluster::answer(const QString &run, const QByteArray &output)
 {
-    writeFile(fileFor(run, ".out"), output);
+    write(fileFor(run, ".out"), output);
     if (run == u"contexts") {
-        writeFile(kubeConfig(), kubeConfigOf(output));
+        write(u"kubeconfig"_s, kubeConfigOf(output));
     }
 }
 
 void FakeCluster::fail(const QString &run, const QByteArray &error)
 {
-    writeFile(fileFor(run, ".err"), error);
+    write(fileFor(run, ".err"), error);
 }
 
 void FakeCluster::disturb(const QString &run, const QString &ways)
 {
     for (const QByteArray &way : ways.toLatin1().split(' ')) {
-        writeFile(fileFor(run, '.' + way), way == "err" ? "open config.lock: file exists" : "");
+        write(fileFor(run, '.' + way), way == "err" ? "open config.lock: file exists" : "");
     }
 }
 
@@ -148,39 +138,29 @@ void FakeCluster::edit(const QByteArray &before, const QByteArray &after) const
     if (!bytes.contains(before)) {
         qFatal("the kubeconfig has no %s", before.constData());
     }
-    writeFile(kubeConfig(), QByteArray(bytes).replace(before, after));
-}
-
-QByteArray FakeCluster::kubeConfigBytes() const
-{
-    QFile file(kubeConfig());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    write(u"kubeconfig"_s, QByteArray(bytes).replace(before, after));
 }
 
 void FakeCluster::succeed(const QString &run)
 {
     for (const char *suffix : {".err", ".kill", ".idle", ".cut", ".status"}) {
-        QFile::remove(fileFor(run, suffix));
+        remove(fileFor(run, suffix));
     }
 }
 
 void FakeCluster::hold(const QString &run)
 {
-    writeFile(fileFor(run, ".hold"), {});
+    write(fileFor(run, ".hold"), {});
 }
 
 void FakeCluster::release(const QString &run)
 {
-    QFile::remove(fileFor(run, ".hold"));
+    remove(fileFor(run, ".hold"));
 }
 
 QStringList FakeCluster::lines(const QString &name) const
 {
-    QFile file(path(name));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
-    }
-    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+    return QString::fromUtf8(read(name)).split(u'\n', Qt::SkipEmptyParts);
 }
 
 QStringList FakeCluster::calls() const
@@ -188,16 +168,6 @@ QStringList FakeCluster::calls() const
     QStringList result = lines(u"calls"_s);
     result.removeIf([](const QString &run) { return run.startsWith(u"get "_s); });
     return result;
-}
-
-QStringList FakeCluster::ended() const
-{
-    return lines(u"ended"_s);
-}
-
-QStringList FakeCluster::tableReads() const
-{
-    return lines(u"reads"_s);
 }
 
 int FakeCluster::niceness(const QString &run) const
@@ -208,6 +178,6 @@ int FakeCluster::niceness(const QString &run) const
 
 void FakeCluster::forgetCalls()
 {
-    QFile::remove(path(u"calls"_s));
-    QFile::remove(path(u"reads"_s));
+    remove(u"calls"_s);
+    remove(u"reads"_s);
 }

@@ -3,9 +3,9 @@
 
 #include "core/KubeCtl.h"
 #include "platform/settings/UserDefaults.h"
+#include "support/TestFolder.h"
 
 #include <QStringList>
-#include <QTemporaryDir>
 
 /// Collects what a console would show.
 class FakeConsole : public tidewright::Console
@@ -26,17 +26,14 @@ public:
 /// use CONTEXT" and "file set NAMESPACE" (in the kubeconfig itself) and, for anything else, "get po" and the
 /// like. What "get po everywhere" answers is listed in all namespaces, instead of the same in the namespace
 /// "space".
-class FakeCluster
+class FakeCluster : public TestFolder
 {
-    QTemporaryDir m_folder; // first: the settings lie in it
-
 public:
     FakeCluster();
     ~FakeCluster();
 
-    QString path(const QString &name) const { return m_folder.filePath(name); }
     QString kubeConfig() const { return path(QStringLiteral("kubeconfig")); }
-    QByteArray kubeConfigBytes() const;
+    QByteArray kubeConfigBytes() const { return read(QStringLiteral("kubeconfig")); }
     /// Replaces every occurrence of a text in the kubeconfig.
     void edit(const QByteArray &before, const QByteArray &after) const;
     QString settingsFile() const { return path(QStringLiteral("settings.json")); }
@@ -55,9 +52,9 @@ public:
     /// The runs that have begun, in order, without the reading of tables and of what a kubeconfig holds.
     QStringList calls() const;
     /// Of these, the runs that came to their own end.
-    QStringList ended() const;
+    QStringList ended() const { return lines(QStringLiteral("ended")); }
     /// The complete argument lists of those that read tables.
-    QStringList tableReads() const;
+    QStringList tableReads() const { return lines(QStringLiteral("reads")); }
     /// The CPU priority value of the latest run of that name, -1 when there was none.
     int niceness(const QString &run) const;
     void forgetCalls();
@@ -69,6 +66,6 @@ public:
     tidewright::UserDefaults settings;
 
 private:
-    QString fileFor(QString run, const QByteArray &suffix) const;
+    static QString fileFor(QString run, const QByteArray &suffix);
     QStringList lines(const QString &name) const;
 };

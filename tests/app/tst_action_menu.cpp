@@ -6,6 +6,7 @@
 #include "app/toolbar/ToolBarLayout.h"
 #include "pods/table/ContainerButton.h"
 #include "resources/table/ReplicaCell.h"
+#include "support/Table.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -28,17 +29,14 @@ struct Actions : App
 {
     void add(const QString &folder, const QByteArray &config)
     {
-        for (const auto &[name, bytes] :
-            {std::pair(u"/config.json"_s, config),
-                {u"/main.sh"_s,
-                    "#!/bin/sh\necho \"$KUBECONFIG $CONTEXT $NAMESPACE \"\n"
-                    "echo \"$POD$DEPLOYMENT$SERVICE$PERSISTENTVOLUME$CRONJOB$CONFIGMAP$SECRET$EVENT\"\n"
-                    "echo \"$ENDPOINT$JOB$SERVICEACCOUNT$CLUSTERROLE$REPLICASET$DAEMONSET $CONTAINER\"\n"}}) {
-            QFile file(cluster.path(u"data/Tidewright/Actions/"_s + folder + name));
-            QVERIFY(QDir().mkpath(QFileInfo(file).path()));
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-            file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        }
+        const QString path = u"data/Tidewright/Actions/"_s + folder;
+        cluster.write(path + u"/config.json"_s, config);
+        cluster.write(path + u"/main.sh"_s,
+            "#!/bin/"
+            "sh\nname=$POD$DEPLOYMENT$SERVICE$PERSISTENTVOLUME$CRONJOB$CONFIGMAP$SECRET$EVENT$ENDPOINT\n"
+            "name=$name$JOB$SERVICEACCOUNT$CLUSTERROLE$REPLICASET$DAEMONSET\n"
+            "cd ${0%%/data/*}; echo \"$KUBECONFIG $CONTEXT $NAMESPACE $name $CONTAINER\" > new; mv new "
+            "told\n");
     }
     void open()
     {
@@ -98,29 +96,28 @@ struct Actions : App
         return nullptr;
     }
 
-    /// What the latest action said it was told, without the kubeconfig and the view in front of it.
+    /// What the latest action was told, without the kubeconfig and the view in front of it.
     QString told()
     {
-        QString response;
-        const auto isThere = [&] {
-            const auto &all = page().windowConsoleController().entries();
-            for (auto entry = all.rbegin(); entry != all.rend(); ++entry) {
-                if (entry->command.startsWith(u"env "_s)) {
-                    response = entry->response;
-                    return static_cast<int>(all.rend() - entry) > m_read;
-                }
-            }
-            return false;
-        };
-        [&] { QTRY_VERIFY(isThere()); }();
-        m_read = static_cast<int>(page().windowConsoleController().entries().size());
+        [&] { QTRY_VERIFY(cluster.has(u"told"_s)); }();
+        QString text = QString::fromUtf8(cluster.read(u"told"_s));
+        cluster.remove(u"told"_s);
         static const QRegularExpression view(u"^/[^ :]*/view-[^ :]+:"_s);
-        return response.remove(view).remove(cluster.kubeConfig()).simplified();
+        return text.remove(view).remove(cluster.kubeConfig()).simplified();
     }
-
-private:
-    int m_read = 0;
 };
+
+/// Clicks the button with that text, mnemonics aside.
+void clickButton(const QDialog *in, const QString &text)
+{
+    for (QAbstractButton *button : in->findChildren<QAbstractButton *>()) {
+        if (button->text().remove(u'&') == text) {
+            button->click();
+            return;
+        }
+    }
+    QFAIL(qPrintable(u"there is no button "_s + text));
+}
 
 } // namespace
 
@@ -150,44 +147,32 @@ private Q_SLOTS:
 
     void targets_data()
     {
-        QTest::addColumn<QByteArray>("config");
-        QTest::addColumn<QString>("filter"); // of the scope's table
-        QTest::addColumn<QString>("selected"); // a row of that table, or a container's button "POD:NAME"
-        QTest::addColumn<QString>("told"); // null: disabled
-        const QByteArray context = "b default ";
-        const auto row = [](const char *name, const QByteArray &config, const char *filter,
-                             const char *selected, const char *told) {
-            QTest::newRow(name) << config << QString::fromLatin1(filter) << QString::fromLatin1(selected)
-                                << (told ? QString(u"b default "_s + QString::fromLatin1(told)).trimmed()
-                                         : QString());
-        };
-        row("namespace", R"({"scope":"namespace"})", "", "", "");
-        row("pod, none", R"({"scope":"pod"})", "", "", nullptr);
-        row("pod", R"({"scope":"pod"})", "", "db-1", "db-1");
-        row("pod by pattern", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "db-1", "web-1");
-        row("selected pod first", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "web-2",
+        // config, filter of the scope's table, selected (a row, or a container's button "POD:NAME"),
+        // told behind context and namespace (null: disabled)
+        const Table<QByteArray, QString, QString, QString> table;
+        table.row("pod, none", R"({"scope":"pod"})", "", "", nullptr);
+        table.row("pod", R"({"scope":"pod"})", "", "db-1", "db-1");
+        table.row(
+            "pod by pattern", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "db-1", "web-1");
+        table.row("selected pod first", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "", "web-2",
             "web-2");
-        row("selected pods as shown", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "",
+        table.row("selected pods as shown", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "",
             "web-2,web-1", "web-1");
-        row("no pod of that name", R"({"scope":"pod","use_name_matching_pattern":"x*"})", "", "web-2",
+        table.row(
+            "pod filtered out", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "db", "", nullptr);
+        table.row("invalid pattern", "{\"scope\":\"pod\",\"use_name_matching_pattern\":\"(\"}", "", "web-2",
             nullptr);
-        row("pod filtered out", R"({"scope":"pod","use_name_matching_pattern":"web-*"})", "db", "", nullptr);
-        row("invalid pattern", "{\"scope\":\"pod\",\"use_name_matching_pattern\":\"(\"}", "", "web-2",
-            nullptr);
-        row("container", R"({"scope":"container"})", "", "web-1:side", "web-1 side");
-        row("first chosen", R"({"scope":"deployment"})", "", "beta,alpha", "beta");
-        row("shown rows only for the run", R"({"scope":"deployment","use_name_matching_pattern":"*a"})",
+        table.row("container", R"({"scope":"container"})", "", "web-1:side", "web-1 side");
+        table.row("first chosen", R"({"scope":"deployment"})", "", "beta,alpha", "beta");
+        table.row("shown rows only for the run", R"({"scope":"deployment","use_name_matching_pattern":"*a"})",
             "bet", "", "beta");
-        row("this context", R"({"scope":"namespace","active_in_contexts":["a","b"]})", "", "", "");
-        row("another context", R"({"scope":"namespace","active_in_contexts":["a"]})", "", "", nullptr);
-        row("another kind", R"({"scope":"node"})", "", "", nullptr);
+        table.row("this context", R"({"scope":"namespace","active_in_contexts":["a","b"]})", "", "", "");
+        table.row("another context", R"({"scope":"namespace","active_in_contexts":["a"]})", "", "", nullptr);
+        table.row("another kind", R"({"scope":"node"})", "", "", nullptr);
     }
     void targets()
     {
-        QFETCH(QByteArray, config);
-        QFETCH(QString, filter);
-        QFETCH(QString, selected);
-        QFETCH(QString, told);
+        const auto [config, filter, selected, told] = Table<QByteArray, QString, QString, QString>::current();
         Actions app;
         app.add(u"act"_s, config);
         app.cluster.settings.set(u"toolbarItems"_s, u"act"_s);
@@ -222,9 +207,9 @@ private Q_SLOTS:
             app.reload();
             app.item(u"act"_s)->trigger();
             QCOMPARE(app.told(), u"b default"_s);
-            QCOMPARE(app.entries().filter(u"env "_s).size(), 1);
+            QTRY_COMPARE(app.entries().filter(u"env "_s).size(), 1);
         } else {
-            QCOMPARE(app.told(), told);
+            QCOMPARE(app.told(), QString(u"b default "_s + told).trimmed());
         }
     }
 
@@ -376,52 +361,33 @@ private Q_SLOTS:
         Actions app;
         app.add(u"act"_s, R"({"scope":"pod","show_warning_text":"Sure?"})");
         app.open();
-        for (const bool moves : {true, false}) {
-            QTRY_COMPARE(app.pods().arrangedObjects().rowCount(), 3);
-            app.pods().tableView().selectRow(1);
-            app.item(u"act"_s)->trigger();
-            QTRY_VERIFY(app.question());
-            QVERIFY(app.asks(u"Action: act\nPod: db-1\nContext: b\nNamespace: default\nKubeconfig: "_s
-                + app.cluster.kubeConfig()));
-            if (moves) {
-                app.state().chooseNamespace(u"shop"_s);
-            }
-            app.answer(u"OK"_s);
-            if (moves) {
-                QTRY_VERIFY(app.console().contains(u"was not run"_s));
-                app.state().chooseNamespace(u"default"_s);
-            }
-        }
-        QCOMPARE(app.told(), u"b default db-1"_s);
-        QCOMPARE(app.entries().filter(u"env "_s).size(), 1);
-    }
-
-    void withoutAKubeConfigOfItsOwn()
-    {
-        Actions app;
-        app.cluster.settings.remove(u"defaultKubeConfigPath"_s);
-        const QString named = app.cluster.path(u"named"_s);
-        QVERIFY(QFile::copy(app.cluster.kubeConfig(), named));
-        qputenv("KUBECONFIG", QFile::encodeName(named));
-        app.add(u"act"_s, R"({"scope":"namespace"})");
-        app.open();
+        app.pods().tableView().selectRow(1);
         app.item(u"act"_s)->trigger();
-        QCOMPARE(app.told(), QString(named + u" b default"_s));
-        qunsetenv("KUBECONFIG");
+        QTRY_VERIFY(app.question());
+        QVERIFY(app.asks(u"Action: act\nPod: db-1\nContext: b\nNamespace: default\nKubeconfig: "_s
+            + app.cluster.kubeConfig()));
+        app.state().chooseNamespace(u"shop"_s);
+        app.answer(u"OK"_s);
+        QTRY_VERIFY(app.console().contains(u"was not run"_s));
+        QCOMPARE(app.entries().filter(u"env "_s).size(), 0);
     }
 
     void lastAction()
     {
         Actions app;
+        app.cluster.settings.remove(u"defaultKubeConfigPath"_s);
+        app.cluster.write(u"named"_s, app.cluster.kubeConfigBytes());
+        const QString named = app.cluster.path(u"named"_s);
+        qputenv("KUBECONFIG", QFile::encodeName(named));
         app.add(u"Scale & Up"_s, R"({"scope":"pod"})");
         app.open();
         app.pods().tableView().selectRow(0);
         app.item(u"Scale && Up"_s)->trigger();
-        QCOMPARE(app.told(), u"b default web-1"_s);
+        QCOMPARE(app.told(), QString(named + u" b default web-1"_s));
         QCOMPARE(app.menu().runLastActionMenuItem()->text(), u"Run \"Scale && Up\""_s);
         app.pods().tableView().selectRow(1);
         QTest::keyClick(app.frame, Qt::Key_Apostrophe, Qt::ControlModifier);
-        QCOMPARE(app.told(), u"b default db-1"_s);
+        QCOMPARE(app.told(), QString(named + u" b default db-1"_s));
         // Its own rules do not count for the repetition, and it survives a reload. A tab has one of its own.
         app.pods().tableView().clearSelection();
         app.reload();
@@ -430,6 +396,7 @@ private Q_SLOTS:
         app.frame->addTab();
         QVERIFY(!app.menu().runLastActionMenuItem()->isEnabled());
         QCOMPARE(app.menu().runLastActionMenuItem()->text(), u"Run Last Action"_s);
+        qunsetenv("KUBECONFIG");
     }
 
     void toolbarIsTheUsers()
@@ -458,12 +425,8 @@ private Q_SLOTS:
         list->item(4)->setCheckState(Qt::Unchecked);
         QCOMPARE(buttons(), usual.first(4) + QStringList{odd});
         list->setCurrentRow(5);
-        for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>()) {
-            if (button->text().remove(u'&') == u"Move Up"_s) {
-                button->click();
-                button->click();
-            }
-        }
+        clickButton(dialog, u"Move Up"_s);
+        clickButton(dialog, u"Move Up"_s);
         const QStringList chosen = usual.first(3) + QStringList{odd, usual.at(3)};
         QCOMPARE(buttons(), chosen);
         QTest::keyClick(app.frame, Qt::Key_T, Qt::ControlModifier); // every tab, and the next start
@@ -483,101 +446,61 @@ private Q_SLOTS:
         QCOMPARE(ToolBarLayout().identifiers(), QStringList({u"x\\y"_s, u"z\\"_s}));
     }
 
-    void copyFiles_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QStringList>("runs");
-        QTest::newRow("in order") << u"/opt/"_s << QStringList{u"y"_s, u"x.txt"_s}
-                                  << QStringList{u"y web-1:/opt/"_s, u"x.txt web-1:/opt/"_s};
-        QTest::newRow("usual place, colons")
-            << QString() << QStringList{u"a:b"_s, u"x.txt"_s} << QStringList{u"x.txt web-1:/tmp/"_s};
-    }
+    /// In the order in which they were chosen, by the mouse or by name.
     void copyFiles()
     {
-        QFETCH(QString, typed);
-        QFETCH(QStringList, files);
-        QFETCH(QStringList, runs);
         Actions app;
         app.open();
         QAction *copy = app.button(u"copyFileToolbarItem"_s);
         QTRY_COMPARE(app.pods().containerButtons().size(), 4U);
-        const auto buttons = app.pods().containerButtons();
+        const auto choose = [&app](std::size_t button) {
+            QTest::mouseClick(app.pods().containerButtons()[button], Qt::LeftButton);
+        };
         QVERIFY(copy && !copy->isEnabled());
-        QTest::mouseClick(buttons[0], Qt::LeftButton);
-        QVERIFY(copy->isEnabled());
-        QTest::mouseClick(buttons[1], Qt::LeftButton);
+        choose(1);
+        choose(0);
         QVERIFY(!copy->isEnabled());
-        QTest::mouseClick(buttons[0], Qt::LeftButton);
-        copy->trigger();
-        auto *dialog = app.frame->findChild<QFileDialog *>();
-        QVERIFY(dialog && app.pods().selectedContainerPairs().empty());
-        const QString there = QFileInfo(app.cluster.path(u"."_s)).canonicalFilePath() + u'/';
-        QStringList names;
-        for (const QString &name : files) {
-            QVERIFY(QFile(there + name).open(QIODevice::WriteOnly));
-            names.append(u'"' + name + u'"');
+        choose(0);
+        choose(1);
+        for (const QString &name : {u"folder/x"_s, u"p"_s, u"a:b"_s}) {
+            app.cluster.write(u"files/"_s + name, {});
         }
-        const auto copies = [&] { return app.cluster.tableReads().filter(u"cp --context"_s); };
-        const QStringList &running = app.page().windowConsoleController().scriptsRunning();
-        app.cluster.hold(u"cp --context=b"_s);
-        dialog->setDirectory(there);
-        dialog->findChild<QLineEdit *>(u"destinationField"_s)->setText(typed);
-        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(names.join(u' '));
-        QMetaObject::invokeMethod(dialog, "accept");
-        QTRY_COMPARE(copies().size(), 1);
-        QCOMPARE(app.pods().isLoading(), runs.size() > 1); // until the last one has been started
-        QCOMPARE(running.size(), 1);
-        app.cluster.release(u"cp --context=b"_s);
-        QTRY_COMPARE(copies().size(), runs.size());
-        QCOMPARE(app.console().contains(u"a:b was not copied: kubectl takes"_s), files.contains(u"a:b"_s));
-        QCOMPARE(copies().replaceInStrings(there, QString()),
-            runs.replaceInStrings(
-                QRegularExpression(u"^(.*)$"_s), u"cp --context=b -ndefault \\1 -c side"_s));
-        QTRY_VERIFY(running.isEmpty() && !app.pods().isLoading());
-    }
-
-    void copyInTheOrderOfChoice()
-    {
-        Actions app;
-        app.open();
-        QTRY_COMPARE(app.pods().containerButtons().size(), 4U);
-        for (const QStringList &chosen :
-            {QStringList{u"q"_s, u"folder"_s, u"p"_s}, QStringList{u"folder"_s}}) {
-            QTest::mouseClick(app.pods().containerButtons()[0], Qt::LeftButton);
-            app.button(u"copyFileToolbarItem"_s)->trigger();
+        const QString there = app.cluster.path(u"files/"_s);
+        for (const bool byName : {false, true}) {
+            app.cluster.forgetCalls();
+            choose(1);
+            QVERIFY(copy->isEnabled());
+            copy->trigger();
             auto *dialog = app.frame->findChild<QFileDialog *>();
-            QVERIFY(QDir(app.cluster.path(u"files"_s)).mkpath(u"folder"_s));
-            for (const QString &name : {u"p"_s, u"q"_s}) {
-                QVERIFY(QFile(app.cluster.path(u"files/"_s + name)).open(QIODevice::WriteOnly));
-            }
-            dialog->setDirectory(app.cluster.path(u"files"_s));
+            QVERIFY(dialog && app.pods().selectedContainerPairs().empty());
+            dialog->setDirectory(there);
             auto *list = dialog->findChild<QListView *>(u"listView"_s);
             QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 3);
-            for (const QString &name : chosen) {
-                for (int row = 0; row < 3; ++row) {
-                    const QModelIndex index = list->model()->index(row, 0, list->rootIndex());
-                    if (index.data().toString() == name) {
-                        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier,
-                            list->visualRect(index).center());
-                    }
-                }
+            for (const QString &name : {u"p"_s, u"folder"_s}) {
+                const QModelIndex first = list->model()->index(0, 0, list->rootIndex());
+                const QModelIndex found = list->model()->match(first, Qt::DisplayRole, name).value(0);
+                QTest::mouseClick(
+                    list->viewport(), Qt::LeftButton, Qt::ControlModifier, list->visualRect(found).center());
             }
-            app.cluster.forgetCalls();
-            QAbstractButton *copy = dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open);
-            QVERIFY(copy->isEnabled());
-            QCOMPARE(copy->text(), u"Copy"_s);
-            copy->click();
-            const auto copied = [&app] {
-                QStringList names;
-                for (const QString &run : app.cluster.tableReads().filter(u"cp --context"_s)) {
-                    names.append(run.section(u' ', 3, 3).section(u'/', -1));
-                }
-                return names;
+            if (byName) {
+                dialog->findChild<QLineEdit *>(u"destinationField"_s)->setText(u"/opt/"_s);
+                dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(u"\"a:b\" \"p\""_s);
+            }
+            app.cluster.hold(u"cp --context=b"_s);
+            clickButton(dialog, u"Copy"_s);
+            const auto copies = [&] { return app.cluster.tableReads().filter(u"cp --context"_s); };
+            QTRY_COMPARE(copies().size(), 1);
+            QCOMPARE(app.pods().isLoading(), !byName); // until the last one has been started
+            app.cluster.release(u"cp --context=b"_s);
+            const auto run = [&](const QString &file, const QString &place) {
+                return u"cp --context=b -ndefault %1 web-1:%2 -c side"_s.arg(there + file, place);
             };
-            QTRY_COMPARE(copied(), chosen);
+            QTRY_COMPARE(copies(),
+                byName ? QStringList{run(u"p"_s, u"/opt/"_s)}
+                       : QStringList({run(u"p"_s, u"/tmp/"_s), run(u"folder"_s, u"/tmp/"_s)}));
+            QCOMPARE(app.console().contains(u"a:b was not copied: kubectl takes"_s), byName);
             QTRY_VERIFY(app.page().windowConsoleController().scriptsRunning().isEmpty());
-            QTRY_VERIFY(!app.frame->findChild<QFileDialog *>());
+            QTRY_VERIFY(!app.frame->findChild<QFileDialog *>() && !app.pods().isLoading());
         }
     }
 
@@ -606,8 +529,7 @@ private Q_SLOTS:
         Actions actions;
         actions.cluster.settings.set(u"liveUpdates"_s, u"on"_s);
         actions.add(u"By Name"_s, R"({"scope":"deployment","use_name_matching_pattern":"*a"})");
-        actions.delegate.newDocument();
-        actions.frame = actions.delegate.mainWindow();
+        actions.openWindow();
         QTRY_VERIFY(actions.content().shownTable()->rowsAsOf().isValid());
         QTRY_VERIFY(actions.item(u"By Name"_s));
         QAction *item = actions.item(u"By Name"_s);

@@ -1,21 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/AppDelegate.h"
-#include "app/content/PrimaryContentController.h"
+#include "Desktop.h"
 #include "app/preferences/PreferencesWindowController.h"
-#include "app/state/KubeSplitViewController.h"
-#include "app/window/ClusterWindowFrame.h"
-#include "app/window/MainWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
-#include "resources/table/ResourceTableView.h"
-#include "resources/table/SharedContentViewController.h"
-#include "support/OpenQuestion.h"
-#include "support/Patience.h"
+#include "support/TestFolder.h"
 #include "support/TestSupport.h"
 
-#include <QAbstractButton>
 #include <QApplication>
-#include <QTest>
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -33,46 +24,27 @@ class TestEditWindow : public QObject
 {
     Q_OBJECT
 private:
-    QTemporaryDir m_folder;
-    UserDefaults m_settings{m_folder.filePath(u"settings.json"_s)};
+    TestFolder m_folder;
+    UserDefaults m_settings{m_folder.path(u"settings.json"_s)};
     RecordingConsole m_console;
     std::unique_ptr<DemoProcess> m_demo;
-    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<Desktop> m_desktop;
 
-    MainWindowController &page() const { return *m_delegate->mainWindow()->currentPage(); }
-    QString path(const QString &name) const { return m_folder.filePath(name); }
-    void write(const QString &name, const QByteArray &text) const
-    {
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-    QString read(const QString &name) const
-    {
-        QFile file(QDir(m_folder.path()).absoluteFilePath(name));
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-    QString replicas() const
-    {
-        return m_demo
-            ->kubectl(QStringList{u"--context=demo-harbor"_s, u"-ndefault"_s, u"get"_s, u"deploy"_s, u"web"_s,
-                u"-ojsonpath={.spec.replicas}"_s})
-            .output;
-    }
+    QString read(const QString &name) const { return QString::fromUtf8(m_folder.read(name)); }
     /// Edits the deployment; true once the edit has finished.
     bool edited()
     {
         auto finished = std::make_shared<bool>(false);
-        page().state().startExternalEdit(editWeb.split(u' '), [finished] { *finished = true; });
-        return QTest::qWaitFor([finished] { return *finished; }, 20'000);
+        m_desktop->state().startExternalEdit(editWeb.split(u' '), [finished] { *finished = true; });
+        return QTest::qWaitFor([finished] { return *finished; }, 30'000);
     }
 
 private Q_SLOTS:
     void init()
     {
-        qputenv("PATH", m_folder.path().toLocal8Bit() + ":/usr/bin:/bin");
+        qputenv("PATH", QFile::encodeName(m_folder.path()) + ":/usr/bin:/bin");
         qputenv("KUBE_EDITOR", "vi"); // which kubectl would prefer
-        qputenv("TMPDIR", m_folder.path().toLocal8Bit()); // kubectl leaves files behind, as it should
+        qputenv("TMPDIR", QFile::encodeName(m_folder.path())); // kubectl leaves files behind, as it should
         setUserDefaultsForTesting(&m_settings);
         applicationRecord() = {};
         setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
@@ -81,18 +53,17 @@ private Q_SLOTS:
         QVERIFY(m_demo->isReady());
         m_settings.set(u"defaultKubeConfigPath"_s, m_demo->kubeconfig());
         m_settings.set(preferredEditor, u"Kate"_s);
-        m_delegate = std::make_unique<AppDelegate>();
+        m_desktop = std::make_unique<Desktop>();
         setMainConsoleLookup([this] { return &m_console; });
-        m_delegate->newDocument();
-        page().state().setConsole(&m_console);
-        QTRY_VERIFY_WITH_TIMEOUT(page().state().namespaceList().enabled, 20'000);
-        page().state().chooseNamespace(u"default"_s);
+        m_desktop->openWindow();
+        m_desktop->state().setConsole(&m_console);
+        QTRY_VERIFY(m_desktop->state().namespaceList().enabled);
+        m_desktop->state().chooseNamespace(u"default"_s);
         m_console.entries.clear();
     }
     void cleanup()
     {
-        m_delegate->applicationWillTerminate();
-        m_delegate.reset();
+        m_desktop.reset();
         m_demo.reset();
         setUserDefaultsForTesting(nullptr);
     }
@@ -103,27 +74,26 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("script");
         QTest::addColumn<QString>("outcome");
         QTest::addColumn<QString>("replicas");
-        const auto row
-            = [](const char *name, const QString &editor, const QByteArray &script, const QString &outcome,
-                  const QString &left) { QTest::newRow(name) << editor << script << outcome << left; };
+        const auto row = [](const char *name, const QByteArray &script, const QString &outcome,
+                             const QString &left = u"3"_s, const QString &editor = u"Kate"_s) {
+            QTest::newRow(name) << editor << script << outcome << left;
+        };
         // What the editor itself prints is nobody's word on the edit.
         const QByteArray talk = "echo edited; echo 'a warning' >&2; ";
-        row("changed", u"Kate"_s, talk + "sed -i 's/^  replicas: .*/  replicas: 7/' \"$3\"",
+        row("changed", talk + "sed -i 's/^  replicas: .*/  replicas: 7/' \"$3\"",
             u"|Configuration saved.|(end)"_s, u"7"_s);
-        row("unchanged", u"Kate"_s, talk, u"||Edit cancelled, no changes made.\n(end)"_s, u"3"_s);
-        row("broken", u"Kate"_s, talk + "[ -e $0.once ] || echo ' : [' >> \"$3\"; touch $0.once",
-            u"-o yaml||error: deployments.apps \"web\" is invalid\nA copy of your changes has been stored to"_s,
-            u"3"_s);
-        row("not installed", u"GVim"_s, "", u"||The editor gvim is not installed.\n"_s, u"3"_s);
-        row("fails", u"Kate"_s, talk + "exit 4", u"||a warning\nerror: there was a problem with the editor"_s,
-            u"3"_s);
+        row("unchanged", talk, u"||Edit cancelled, no changes made.\n(end)"_s);
+        row("broken", talk + "[ -e $0.once ] || echo ' : [' >> \"$3\"; touch $0.once",
+            u"-o yaml||error: deployments.apps \"web\" is invalid\nA copy of your changes has been stored to"_s);
+        row("not installed", "", u"||The editor gvim is not installed.\n"_s, u"3"_s, u"GVim"_s);
+        row("fails", talk + "exit 4", u"||a warning\nerror: there was a problem with the editor"_s);
     }
     void outcomes()
     {
         QFETCH(QString, editor);
         QFETCH(QByteArray, script);
         m_settings.set(preferredEditor, editor);
-        write(u"kate"_s, "#!/bin/sh\n" + script + '\n');
+        m_folder.write(u"kate"_s, "#!/bin/sh\n" + script + '\n');
         // Another program has switched the kubeconfig: the edit is the window's all the same. (The file is
         // locked while the window itself writes into it.)
         QTRY_COMPARE(m_demo->kubectl({u"config"_s, u"use-context"_s, u"demo-lighthouse"_s}).exitCode, 0);
@@ -133,7 +103,9 @@ private Q_SLOTS:
         QVERIFY(entries.last().startsWith(u"Returning: "_s + editWeb + u'|'));
         QFETCH(QString, outcome);
         QVERIFY2(QString(entries.last() + u"(end)"_s).contains(outcome), qPrintable(entries.last()));
-        QTEST(replicas(), "replicas");
+        const QStringList read{u"--context=demo-harbor"_s, u"-ndefault"_s, u"get"_s, u"deploy"_s, u"web"_s,
+            u"-ojsonpath={.spec.replicas}"_s};
+        QTEST(m_demo->kubectl(read).output, "replicas");
     }
 
     void endsWithItsWindow_data()
@@ -145,28 +117,28 @@ private Q_SLOTS:
     void endsWithItsWindow()
     {
         QFETCH(bool, quit);
-        write(u"kate"_s,
+        m_folder.write(u"kate"_s,
             "#!/bin/sh\ncut -d' ' -f4 /proc/$PPID/stat > $0.kubectl; echo $$ > $0.pid; printf %s \"$3\" > "
             "$0.file\n"
             "while [ ! -e $0.go ]; do echo waiting; sleep 0.05; done; echo '# mine' >> \"$3\"\n");
         for (const auto &left : {u"kate.go"_s, u"kate.file"_s}) {
-            QFile::remove(path(left));
+            m_folder.remove(left);
         }
-        SharedContentViewController *table = page().primaryContentController().shownTable();
-        QTRY_VERIFY_WITH_TIMEOUT(!table->tableItems().empty() && !table->isLoading(), 20'000);
-        table->tableView().selectRow(0);
-        table->tableView().setFocus();
-        QVERIFY(QTest::qWaitForWindowActive(m_delegate->mainWindow()));
-        QTest::keyClick(&table->tableView(), Qt::Key_E, Qt::ControlModifier);
-        QTRY_VERIFY_WITH_TIMEOUT(!read(u"kate.file"_s).isEmpty(), 20'000);
+        const SharedContentViewController &table = m_desktop->table();
+        QTRY_VERIFY(!table.tableItems().empty() && !table.isLoading());
+        table.tableView().selectRow(0);
+        table.tableView().setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(m_desktop->frame));
+        QTest::keyClick(&table.tableView(), Qt::Key_E, Qt::ControlModifier);
+        QTRY_VERIFY(!read(u"kate.file"_s).isEmpty());
         const qint64 kubectl = read(u"kate.kubectl"_s).trimmed().toLongLong();
         const qint64 editor = read(u"kate.pid"_s).trimmed().toLongLong();
         const QString file = read(u"kate.file"_s);
         QVERIFY(isAlive(kubectl) && isAlive(editor));
         if (quit) {
-            m_delegate->applicationWillTerminate();
+            m_desktop->delegate.applicationWillTerminate();
         } else {
-            m_delegate->mainWindow()->close();
+            m_desktop->frame->close();
         }
         QTRY_VERIFY(!isAlive(kubectl));
         if (!quit) {
@@ -176,24 +148,27 @@ private Q_SLOTS:
         }
         // What the user still has in the editor is not lost.
         QVERIFY(isAlive(editor));
-        write(u"kate.go"_s, "");
+        m_folder.write(u"kate.go"_s, "");
         QTRY_VERIFY(!isAlive(editor));
-        QVERIFY(read(file).contains(u"kind: Pod"_s) && read(file).endsWith(u"# mine\n"_s));
-        QVERIFY(QFile::remove(file));
+        QFile edited(file);
+        QVERIFY(edited.open(QIODevice::ReadOnly));
+        const QByteArray text = edited.readAll();
+        QVERIFY(text.contains("kind: Pod") && text.endsWith("# mine\n"));
     }
 
     void withoutAnEditor()
     {
         m_settings.remove(preferredEditor);
         QVERIFY(edited());
-        const auto box = [this] { return OpenQuestion::over(*m_delegate->mainWindow()); };
+        const auto box = [this] { return m_desktop->question(); };
         QTRY_VERIFY(box() && box() == QApplication::activeModalWidget());
         QCOMPARE(box().title() + u'|' + box().message() + u'|' + box().buttons().first()->text(),
             u"Editor not set|To edit files, you must first select an editor in Tidewright: Preferences|"
             "Open Preferences"_s);
-        QVERIFY(!m_delegate->preferencesController());
+        QVERIFY(!m_desktop->delegate.preferencesController());
         box().press(u"Open Preferences"_s);
-        QTRY_VERIFY(m_delegate->preferencesController() && m_delegate->preferencesController()->isVisible());
+        QTRY_VERIFY(m_desktop->delegate.preferencesController()
+            && m_desktop->delegate.preferencesController()->isVisible());
         QCOMPARE(m_console.entries.filter(u"kubectl edit"_s), QStringList());
     }
 };

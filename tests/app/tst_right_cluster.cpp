@@ -1,41 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/AppDelegate.h"
+#include "Desktop.h"
 #include "app/content/DestinationView.h"
-#include "app/content/PrimaryContentController.h"
 #include "app/content/SidebarController.h"
-#include "app/state/KubeSplitViewController.h"
 #include "app/toolbar/ClusterToolBar.h"
-#include "app/window/ClusterWindowFrame.h"
-#include "app/window/MainWindowController.h"
 #include "core/ApplicationRecord.h"
 #include "platform/desktop/Notifications.h"
-#include "pods/console/ConsoleTextView.h"
-#include "pods/console/ConsoleViewController.h"
 #include "pods/table/ContainerButton.h"
 #include "pods/table/ContainerCopy.h"
-#include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/preview/PreviewPanel.h"
 #include "resources/table/CronJobController.h"
 #include "resources/table/ReplicaCell.h"
-#include "resources/table/ResourceTableView.h"
 #include "resources/widgets/ContextBand.h"
-#include "support/OpenQuestion.h"
-#include "support/Patience.h"
+#include "support/TestFolder.h"
 
-#include <QAbstractButton>
-#include <QAction>
-#include <QApplication>
-#include <QDir>
 #include <QDragEnterEvent>
-#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QProcess>
 #include <QSocketNotifier>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QToolButton>
 #include <QToolTip>
 #include <QWindow>
@@ -71,14 +55,14 @@ bool within(const std::function<bool()> &condition)
 
 /// What windows run on, on disk: the recorder in the place of kubectl, a kubeconfig, actions, an editor and a
 /// terminal. One for all rows.
-struct Machine
+struct Machine : TestFolder
 {
     Machine()
     {
         for (const char *variable : {"XDG_DATA_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "TMPDIR"}) {
-            qputenv(variable, QFile::encodeName(folder.path()));
+            qputenv(variable, QFile::encodeName(path()));
         }
-        qputenv("PATH", QFile::encodeName(folder.path()) + ":/usr/bin:/bin");
+        qputenv("PATH", QFile::encodeName(path()) + ":/usr/bin:/bin");
         qputenv("SHELL", "/bin/true"); // what a terminal leaves open
         qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
         QFile::link(QStringLiteral(RECORDING_KUBECTL), path(u"kubectl"_s));
@@ -100,31 +84,21 @@ struct Machine
             "    def run(self): self.kubectl('delete', 'po', 'by-python')\n");
     }
 
-    QString path(const QString &name) const { return folder.filePath(name); }
     QString kubeConfig() const { return path(u"kubeconfig"_s); }
-    void write(const QString &name, const QByteArray &bytes) const
-    {
-        QDir().mkpath(QFileInfo(path(name)).path());
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-    void remove(const QString &name) const { QFile::remove(path(name)); }
-    QString read(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+};
 
-    QTemporaryDir folder;
+/// The machine and the user's settings for the windows there.
+struct OnMachine
+{
+    const Machine &machine;
+    UserDefaults settings{machine.path(u"settings.json"_s)};
 };
 
 /// One window that shows the context alpha and its namespace "three", and perhaps another.
-struct Windows
+struct Windows : OnMachine, Desktop
 {
     explicit Windows(const Machine &on)
-        : machine(on)
-        , settings(on.path(u"settings.json"_s))
+        : OnMachine{on}
     {
         setUserDefaultsForTesting(&settings);
         applicationRecord() = {};
@@ -135,7 +109,8 @@ struct Windows
             u"lastNamespaces"_s, UserDefaults::Dictionary{{u"alpha"_s, u"three"_s}, {u"beta"_s, u"three"_s}});
         setNotificationFallback(
             [this](const QString &title, const QString &text) { notified += title + u'\n' + text + u'\n'; });
-        page = open();
+        first = &open();
+        frame = delegate.mainWindow();
     }
     ~Windows()
     {
@@ -143,11 +118,11 @@ struct Windows
         setUserDefaultsForTesting(nullptr);
     }
 
-    MainWindowController *open()
+    MainWindowController &open()
     {
         delegate.newDocument();
-        MainWindowController *opened = delegate.mainWindow()->currentPage();
-        [&] { QTRY_VERIFY(isLoaded(*opened)); }();
+        MainWindowController &opened = *delegate.mainWindow()->currentPage();
+        [&] { QTRY_VERIFY(isLoaded(opened)); }();
         return opened;
     }
     static bool isLoaded(const MainWindowController &window)
@@ -156,48 +131,35 @@ struct Windows
         return window.state().namespaceList().enabled && table->rowsAsOf().isValid() && !table->isListing()
             && !table->tableItems().empty();
     }
-    SharedContentViewController &table() const { return *page->primaryContentController().shownTable(); }
     /// Shows a kind of objects with its only row selected.
     void select(const QString &kind) const
     {
-        page->sidebarController().select(kind);
-        QTRY_VERIFY(isLoaded(*page));
+        page().sidebarController().select(kind);
+        QTRY_VERIFY(isLoaded(page()));
         table().tableView().selectRow(0);
-    }
-    OpenQuestion question() const { return OpenQuestion::over(*page->window()); }
-    void answer(const QString &title) const
-    {
-        QTRY_VERIFY(question());
-        question().press(title);
-    }
-    void type(const QString &line) const
-    {
-        QLineEdit *field = page->windowConsoleController().commandEntryTextField();
-        field->setText(line);
-        QTest::keyClick(field, Qt::Key_Return);
     }
     void runAction(const QString &title)
     {
         const auto &items = delegate.actions().customToolbarItems();
         QTRY_VERIFY(items.contains(title));
-        page->runAction(items.value(title));
+        page().runAction(items.value(title));
     }
     void drop(const QString &file) const
     {
         QMimeData dropped;
         dropped.setUrls({QUrl::fromLocalFile(file)});
-        const auto *view = page->findChild<DestinationView *>();
-        const QPoint place = view->mapTo(page->window(), view->rect().center());
+        const auto *view = page().findChild<DestinationView *>();
+        const QPoint place = view->mapTo(frame, view->rect().center());
         QDragEnterEvent enter(place, Qt::CopyAction, &dropped, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(page->window()->windowHandle(), &enter);
+        QCoreApplication::sendEvent(frame->windowHandle(), &enter);
         QDropEvent drop(place, Qt::CopyAction, &dropped, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(page->window()->windowHandle(), &drop);
+        QCoreApplication::sendEvent(frame->windowHandle(), &drop);
     }
     /// Where the window says that it is, as the recorder writes it.
     QString shown() const
     {
-        const QString context = page->state().currentContext();
-        return u"%1 %2 https://%1.invalid"_s.arg(context, page->state().currentNamespace());
+        const QString context = state().currentContext();
+        return u"%1 %2 https://%1.invalid"_s.arg(context, state().currentNamespace());
     }
     /// All that the user is told, in whatever window.
     QString told() const
@@ -212,46 +174,95 @@ struct Windows
     }
     bool isSettled() const
     {
-        auto settled = std::make_shared<bool>(!page);
-        if (page) {
-            page->state().whenSettled([settled](const QString &) { *settled = true; });
+        auto settled = std::make_shared<bool>(!first);
+        if (first) {
+            state().whenSettled([settled](const QString &) { *settled = true; });
         }
         return within([&] { return *settled; });
     }
 
-    const Machine &machine;
-    UserDefaults settings;
-    AppDelegate delegate;
-    QPointer<MainWindowController> page;
+    QPointer<MainWindowController> first; ///< the page that all is done in, until it is closed
     std::optional<ChangePlace> asked;
     QString notified;
 };
 
 using Step = std::function<void(Windows &)>;
 
+Step then(Step first, Step second)
+{
+    return [=](Windows &w) {
+        first(w);
+        second(w);
+    };
+}
+
 /// What a user does: `ask` up to the last question, `act` behind it.
 struct Operation
 {
-    enum Means { Change, Read };
+    enum Means { Asks, Starts, Reads, Shows }; // the last in a window of its own
 
     const char *name;
-    Means means;
+    Means means; ///< whether it asks anything where changes are free
     QString run; ///< how the arguments of its run begin
     QString notDone; ///< how a refusal begins
     Step ask;
     Step act;
+    QString command = {}; ///< the one of the menu bar; empty without one
+    Step begin = {}; ///< up to the question, or to the start, by that command
+    Step whereReadOnly = {}; ///< does it all the same, past a command that is disabled, and sees the reason
+
+    bool onlyReads() const { return means == Reads || means == Shows; }
 };
 
-Operation typed(const char *name, const QString &line, const QString &run)
+Step choose(const QString &command, const QString &kind)
 {
-    return {name, Operation::Change, run, u"was not run"_s, {}, [line](Windows &windows) {
+    return [=](Windows &w) {
+        w.select(kind);
+        QVERIFY(w.command(command).isEnabled());
+        w.command(command).trigger();
+    };
+}
+
+void chooseFile(Windows &w)
+{
+    auto *dialog = w.frame->findChild<QFileDialog *>();
+    QVERIFY(dialog);
+    w.machine.write(u"object.yaml"_s, "{}");
+    dialog->setDirectory(w.machine.path());
+    dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(u"object.yaml"_s);
+    QMetaObject::invokeMethod(dialog, "accept");
+}
+
+void chooseContainer(Windows &w)
+{
+    w.select(u"Pods"_s);
+    QTRY_VERIFY(!w.pods().containerButtons().empty());
+    if (w.pods().selectedContainerPairs().empty()) {
+        QTest::mouseClick(w.pods().containerButtons().front(), Qt::LeftButton);
+    }
+}
+
+void viewOnly(Windows &w)
+{
+    choose(u"View Configuration"_s, u"Pods"_s)(w);
+    QTRY_VERIFY(PreviewPanel::shared().isVisible());
+    PreviewPanel::shared().close();
+    QTRY_VERIFY(w.machine.read(u"runs"_s).startsWith("get -n"));
+    w.machine.remove(u"runs"_s);
+    w.state().startExternalEdit({u"kubectl"_s, u"edit"_s, u"po"_s, u"x"_s}, [] {});
+    QTRY_VERIFY(w.told().contains(u"alpha is read-only"_s));
+}
+
+Operation typed(const char *name, Operation::Means means, const QString &line, const QString &run)
+{
+    return {name, means, run, u"was not run"_s, {}, [line](Windows &windows) {
                 windows.type(QString(line).replace(u"KUBECTL"_s, windows.machine.path(u"kubectl"_s)));
             }};
 }
 
-Operation action(const QString &title)
+Operation action(const QString &title, Operation::Means means = Operation::Starts)
 {
-    return {qstrdup(qPrintable(title + u" action"_s)), Operation::Change, u"delete po by-"_s + title,
+    return {qstrdup(qPrintable(title + u" action"_s)), means, u"delete po by-"_s + title,
         u"\"%1\" was not run"_s.arg(title), {}, [title](Windows &windows) { windows.runAction(title); }};
 }
 
@@ -260,14 +271,20 @@ std::vector<Operation> operations()
     const auto onRow = [](const QString &kind) { return [kind](Windows &w) { w.select(kind); }; };
     const auto answer = [](const QString &title) { return [title](Windows &w) { w.answer(title); }; };
     const auto file = [](const Windows &w) { return w.machine.path(u"object.yaml"_s); };
+    const auto createFile = [](Windows &w) {
+        w.command(u"Create from File…"_s).trigger();
+        chooseFile(w);
+    };
+    const auto seesFixedScale = [](Windows &w) {
+        w.select(u"Deployments"_s);
+        const auto *field = w.table().findChild<ReplicaCell *>()->field();
+        QVERIFY(!field->isEnabled() && field->toolTip().contains(u"alpha is read-only"));
+    };
     return {
-        {"delete", Operation::Change, u"delete po web-1"_s, u"Nothing was deleted"_s,
-            [](Windows &w) {
-                w.select(u"Pods"_s);
-                w.table().deleteRows();
-            },
-            answer(u"Delete"_s)},
-        {"scale", Operation::Change, u"scale "_s, u"Nothing was scaled"_s,
+        {"delete", Operation::Asks, u"delete po web-1"_s, u"Nothing was deleted"_s,
+            then(onRow(u"Pods"_s), [](Windows &w) { w.table().deleteRows(); }), answer(u"Delete"_s),
+            u"Delete…"_s, choose(u"Delete…"_s, u"Pods"_s)},
+        {"scale", Operation::Asks, u"scale "_s, u"Nothing was scaled"_s,
             [](Windows &w) {
                 w.select(u"Deployments"_s);
                 QTRY_VERIFY(w.table().findChild<ReplicaCell *>());
@@ -276,29 +293,39 @@ std::vector<Operation> operations()
                 QTest::keyClicks(cell->field(), u"7"_s);
                 QTest::keyClick(cell->field(), Qt::Key_Return);
             },
-            answer(u"Scale Deployment"_s)},
-        {"run a cron job", Operation::Change, u"create job "_s, u"Nothing was run"_s, onRow(u"Cron Jobs"_s),
-            [](Windows &w) { qobject_cast<CronJobController *>(&w.table())->runCronJobNow(); }},
-        {"create from files", Operation::Change, u"create --context"_s, u"Nothing was created"_s,
-            [](Windows &w) { w.asked.emplace(w.page->state()); },
-            [=](Windows &w) { w.page->primaryContentController().createFrom({file(w)}, *w.asked); }},
-        {"drop", Operation::Change, u"create --context"_s, u"Nothing was created"_s,
-            [=](Windows &w) { w.drop(file(w)); }, answer(u"Create"_s)},
-        {"copy into a container", Operation::Change, u"cp "_s, u"Nothing was copied"_s, onRow(u"Pods"_s),
+            answer(u"Scale Deployment"_s), {}, {}, seesFixedScale},
+        {"run a cron job", Operation::Starts, u"create job "_s, u"Nothing was run"_s, onRow(u"Cron Jobs"_s),
+            [](Windows &w) { qobject_cast<CronJobController *>(&w.table())->runCronJobNow(); },
+            u"Run Cron Job Now"_s, choose(u"Run Cron Job Now"_s, u"Cron Jobs"_s)},
+        {"create from files", Operation::Starts, u"create --context"_s, u"Nothing was created"_s,
+            [](Windows &w) { w.asked.emplace(w.state()); },
+            [=](Windows &w) { w.content().createFrom({file(w)}, *w.asked); }, u"Create from File…"_s,
+            createFile},
+        {"drop", Operation::Asks, u"create --context"_s, u"Nothing was created"_s,
+            [=](Windows &w) { w.drop(file(w)); }, answer(u"Create"_s), {}, {},
             [=](Windows &w) {
-                copyIntoContainer(w.table(), {u"web-1"_s, u"app"_s, w.page->state().currentNamespace()},
-                    {file(w)}, u"/tmp/"_s);
+                w.drop(file(w));
+                QTRY_VERIFY(QToolTip::text().contains(u"alpha is read-only"));
             }},
-        {"edit", Operation::Change, u"edit "_s, u"Nothing was edited"_s, onRow(u"Pods"_s),
-            [](Windows &w) { w.table().editConfiguration(); }},
-        typed("typed kubectl", u"kubectl delete po typed"_s, u"delete po typed"_s),
-        typed("typed program", u"env KUBECTL delete po by-env"_s, u"delete po by-env"_s),
+        {"copy into a container", Operation::Starts, u"cp "_s, u"Nothing was copied"_s, onRow(u"Pods"_s),
+            [=](Windows &w) {
+                copyIntoContainer(
+                    w.table(), {u"web-1"_s, u"app"_s, w.state().currentNamespace()}, {file(w)}, u"/tmp/"_s);
+            },
+            u"Copy File…"_s, then(chooseContainer, then(choose(u"Copy File…"_s, u"Pods"_s), chooseFile))},
+        {"edit", Operation::Starts, u"edit "_s, u"Nothing was edited"_s, onRow(u"Pods"_s),
+            [](Windows &w) { w.table().editConfiguration(); }, u"Edit Configuration"_s,
+            choose(u"Edit Configuration"_s, u"Pods"_s), viewOnly},
+        typed("typed kubectl", Operation::Starts, u"kubectl delete po typed"_s, u"delete po typed"_s),
+        typed("typed program", Operation::Starts, u"env KUBECTL delete po by-env"_s, u"delete po by-env"_s),
         action(u"background"_s),
         action(u"terminal"_s),
         action(u"python"_s),
-        {"logs", Operation::Read, u"logs "_s, u"No logs"_s, onRow(u"Pods"_s),
+        typed("typed reading", Operation::Reads, u"kubectl describe po x"_s, u"describe po x"_s),
+        action(u"reading"_s, Operation::Reads),
+        {"logs", Operation::Shows, u"logs "_s, u"No logs"_s, onRow(u"Pods"_s),
             [](Windows &w) { w.table().viewLogs(); }},
-        {"preview", Operation::Read, u"get -n "_s, u"No preview"_s, onRow(u"Pods"_s),
+        {"preview", Operation::Shows, u"get -n "_s, u"No preview"_s, onRow(u"Pods"_s),
             [](Windows &w) { w.table().showQuickLookPanel(); }},
     };
 }
@@ -317,12 +344,12 @@ struct Disturbance
 
 void chooseNamespaceTwo(Windows &w)
 {
-    w.page->state().chooseNamespace(u"two"_s);
+    w.state().chooseNamespace(u"two"_s);
 }
 
 void chooseBeta(Windows &w)
 {
-    w.page->state().chooseContext(u"beta"_s);
+    w.state().chooseContext(u"beta"_s);
 }
 
 Step hold(const QString &kind)
@@ -348,7 +375,7 @@ Step killed(const QString &kind, Step choose, const QString &complaint)
 Step outside(const QString &before, const QString &after)
 {
     return [=](Windows &w) {
-        QString text = w.machine.read(u"kubeconfig"_s);
+        QString text = QString::fromUtf8(w.machine.read(u"kubeconfig"_s));
         QVERIFY(text.contains(before));
         w.machine.write(u"kubeconfig"_s, text.replace(before, after).toUtf8());
     };
@@ -358,17 +385,9 @@ Step outside(const QString &before, const QString &after)
 Step whileSlow(Step meanwhile)
 {
     return [=](Windows &w) {
-        QTRY_VERIFY(QFile::exists(w.machine.path(u"held-run"_s)));
+        QTRY_VERIFY(w.machine.has(u"held-run"_s));
         meanwhile(w);
         release(u"run"_s)(w);
-    };
-}
-
-Step then(Step first, Step second)
-{
-    return [=](Windows &w) {
-        first(w);
-        second(w);
     };
 }
 
@@ -404,10 +423,10 @@ void chooseBetaInSecondProcess(Windows &w)
 {
     static QProcess second;
     if (second.state() == QProcess::NotRunning) {
-        second.start(QCoreApplication::applicationFilePath(), {secondProcess, w.machine.folder.path()});
+        second.start(QCoreApplication::applicationFilePath(), {secondProcess, w.machine.path()});
     }
     second.write("\n");
-    QTRY_VERIFY(w.machine.read(u"kubeconfig"_s).contains(u"current-context: beta"_s));
+    QTRY_VERIFY(w.machine.read(u"kubeconfig"_s).contains("current-context: beta"));
 }
 
 std::vector<Disturbance> disturbances()
@@ -415,9 +434,9 @@ std::vector<Disturbance> disturbances()
     const Step elsewhere = then(outside(u"current-context: alpha"_s, u"current-context: beta"_s),
         outside(u"namespace: one"_s, u"namespace: two"_s));
     const Step otherWindow = [](Windows &w) {
-        KubeSplitViewController &other = w.open()->state();
+        KubeSplitViewController &other = w.open().state();
         other.chooseContext(u"beta"_s);
-        QTRY_VERIFY(w.machine.read(u"kubeconfig"_s).contains(u"current-context: beta"_s));
+        QTRY_VERIFY(w.machine.read(u"kubeconfig"_s).contains("current-context: beta"));
     };
     return {
         {"undisturbed", Outcome::Runs, {}, {}, {}},
@@ -447,125 +466,34 @@ std::vector<Disturbance> disturbances()
         {"context leads elsewhere", Outcome::Refused, {},
             outside(u"https://alpha."_s, u"https://elsewhere."_s), {}},
         {"window closed", Outcome::Either, [](Windows &w) { w.open(); }, {},
-            [](Windows &w) { w.page->window()->close(); }},
+            [](Windows &w) { w.frame->close(); }},
         {"second process", Outcome::Runs, {}, chooseBetaInSecondProcess, {}},
     };
 }
 
-/// What a user does by the window's own commands, up to the question or, where none is asked, to the start.
-struct Attempt
+void step(const Step &what, Windows &windows)
 {
-    enum Kind { Asks, Starts, Reads };
-
-    const char *name;
-    Kind kind;
-    QString run; ///< how the arguments of its run begin
-    QString command; ///< the one of the menu bar; empty without one
-    Step begin;
-    Step whereReadOnly; ///< does it all the same, past a command that is disabled, and sees the reason
-};
-
-QAction *commandNamed(const Windows &w, const QString &text)
-{
-    const auto all = w.page->window()->findChildren<QAction *>();
-    const auto found = std::find_if(
-        all.begin(), all.end(), [&](const QAction *action) { return action->text().remove(u'&') == text; });
-    return found == all.end() ? nullptr : *found;
-}
-
-Step choose(const QString &command, const QString &kind)
-{
-    return [=](Windows &w) {
-        w.select(kind);
-        QVERIFY(commandNamed(w, command)->isEnabled());
-        commandNamed(w, command)->trigger();
-    };
-}
-
-void chooseFile(Windows &w)
-{
-    auto *dialog = w.page->window()->findChild<QFileDialog *>();
-    QVERIFY(dialog);
-    w.machine.write(u"object.yaml"_s, "{}");
-    dialog->setDirectory(w.machine.folder.path());
-    dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(u"object.yaml"_s);
-    QMetaObject::invokeMethod(dialog, "accept");
-}
-
-void chooseContainer(Windows &w)
-{
-    w.select(u"Pods"_s);
-    auto *pods = qobject_cast<PodController *>(&w.table());
-    QTRY_VERIFY(!pods->containerButtons().empty());
-    if (pods->selectedContainerPairs().empty()) {
-        QTest::mouseClick(pods->containerButtons().front(), Qt::LeftButton);
+    if (what) {
+        what(windows);
     }
 }
 
-Step refused(Step step)
+/// The command is disabled and says why; what is done past it is refused for the same reason.
+void isRefused(Windows &w, const Operation &operation)
 {
-    return then(std::move(step), [](Windows &w) { QTRY_VERIFY(w.told().contains(u"alpha is read-only"_s)); });
-}
-
-Operation operationNamed(const char *name)
-{
-    const auto all = operations();
-    return *std::find_if(
-        all.begin(), all.end(), [name](const Operation &each) { return qstrcmp(each.name, name) == 0; });
-}
-
-std::vector<Attempt> attempts()
-{
-    const auto begun = [](const char *name, Attempt::Kind kind) {
-        const Operation operation = operationNamed(name);
-        const Step step = operation.ask ? operation.ask : operation.act;
-        return Attempt{name, kind, operation.run, {}, step, refused(step)};
-    };
-    const auto commanded = [](const char *name, Attempt::Kind kind, const QString &command, Step begin) {
-        const Operation operation = operationNamed(name);
-        return Attempt{name, kind, operation.run, command, std::move(begin),
-            refused(kind == Attempt::Asks ? operation.ask : then(operation.ask, operation.act))};
-    };
-    const auto createFile = [](Windows &w) {
-        commandNamed(w, u"Create from File…"_s)->trigger();
-        chooseFile(w);
-    };
-    const Step copyFile = then(chooseContainer, then(choose(u"Copy File…"_s, u"Pods"_s), chooseFile));
-    Attempt scale = begun("scale", Attempt::Asks);
-    scale.whereReadOnly = [](Windows &w) {
-        w.select(u"Deployments"_s);
-        const auto *field = w.table().findChild<ReplicaCell *>()->field();
-        QVERIFY(!field->isEnabled() && field->toolTip().contains(u"alpha is read-only"));
-    };
-    Attempt drop = begun("drop", Attempt::Asks);
-    drop.whereReadOnly = [](Windows &w) {
-        w.drop(w.machine.path(u"object.yaml"_s));
-        QTRY_VERIFY(QToolTip::text().contains(u"alpha is read-only"));
-    };
-    Attempt edit = commanded(
-        "edit", Attempt::Starts, u"Edit Configuration"_s, choose(u"Edit Configuration"_s, u"Pods"_s));
-    edit.whereReadOnly = [](Windows &w) {
-        choose(u"View Configuration"_s, u"Pods"_s)(w);
-        QTRY_VERIFY(PreviewPanel::shared().isVisible());
-        PreviewPanel::shared().close();
-        QTRY_VERIFY(w.machine.read(u"runs"_s).startsWith(u"get -n"));
-        w.machine.remove(u"runs"_s);
-        w.page->state().startExternalEdit({u"kubectl"_s, u"edit"_s, u"po"_s, u"x"_s}, [] {});
-        QTRY_VERIFY(w.told().contains(u"alpha is read-only"_s));
-    };
-    const auto reading = [](const char *name, const QString &run, Step step) {
-        return Attempt{name, Attempt::Reads, run, {}, std::move(step), {}};
-    };
-    const auto line = [](const QString &text) { return [text](Windows &w) { w.type(text); }; };
-    return {commanded("delete", Attempt::Asks, u"Delete…"_s, choose(u"Delete…"_s, u"Pods"_s)), scale,
-        commanded("run a cron job", Attempt::Starts, u"Run Cron Job Now"_s,
-            choose(u"Run Cron Job Now"_s, u"Cron Jobs"_s)),
-        commanded("create from files", Attempt::Starts, u"Create from File…"_s, createFile),
-        commanded("copy into a container", Attempt::Starts, u"Copy File…"_s, copyFile), drop, edit,
-        begun("typed kubectl", Attempt::Starts), begun("typed program", Attempt::Starts),
-        begun("background action", Attempt::Starts), begun("python action", Attempt::Starts),
-        reading("typed reading", u"describe po x"_s, line(u"kubectl describe po x"_s)),
-        reading("reading action", u"delete po by-reading"_s, action(u"reading"_s).act)};
+    const bool isEdit = operation.command.startsWith(u"Edit");
+    if (!operation.command.isEmpty()) {
+        const QAction &command = w.command(QString(operation.command).replace(u"Edit"_s, u"View"_s));
+        QVERIFY(command.toolTip().contains(u"alpha is read-only"));
+        QVERIFY(isEdit || !command.isEnabled());
+    }
+    if (operation.whereReadOnly) {
+        operation.whereReadOnly(w);
+        return;
+    }
+    step(operation.ask, w);
+    step(operation.means == Operation::Asks ? Step() : operation.act, w);
+    QTRY_VERIFY(w.told().contains(u"alpha is read-only"_s));
 }
 
 /// Answers a question that asks for the context's name.
@@ -597,8 +525,12 @@ class tst_right_cluster : public QObject
 private:
     std::unique_ptr<Machine> m_machine;
     std::unique_ptr<Windows> m_windows; ///< of everyPolicy
+    const QDateTime m_written{{2020, 1, 1}, {}}; ///< the kubeconfig
 
-    QStringList runs() const { return m_machine->read(u"runs"_s).split(u'\n', Qt::SkipEmptyParts); }
+    QStringList runs() const
+    {
+        return QString::fromUtf8(m_machine->read(u"runs"_s)).split(u'\n', Qt::SkipEmptyParts);
+    }
 
 private Q_SLOTS:
     void initTestCase() { m_machine = std::make_unique<Machine>(); }
@@ -607,138 +539,139 @@ private Q_SLOTS:
         m_windows.reset();
         m_machine.reset();
     }
-    void init();
-    void everyPolicy_data();
-    void everyPolicy();
-    void lastPolicy() { m_windows.reset(); }
-    void everyRun_data();
-    void everyRun();
-};
-
-void tst_right_cluster::init()
-{
-    QDir folder(m_machine->folder.path());
-    folder.rmdir(u"kubeconfig.lock"_s);
-    for (const QString &left : folder.entryList(
-             {u"hold-*"_s, u"held-*"_s, u"kill-*"_s, u"runs"_s, u"settings.json"_s}, QDir::Files)) {
-        folder.remove(left);
-    }
-    m_machine->write(u"kubeconfig"_s, kubeConfigText);
-}
-
-void tst_right_cluster::everyPolicy_data()
-{
-    QTest::addColumn<Attempt>("attempt");
-    QTest::addColumn<ContextAccess>("access");
-    for (const ContextAccess access :
-        {ContextAccess::Free, ContextAccess::Protected, ContextAccess::ReadOnly}) {
-        for (const Attempt &attempt : attempts()) {
-            QTest::addRow("%s: %s", qPrintable(nameOf(access)), attempt.name) << attempt << access;
-        }
-    }
-}
-
-/// Free: what asks nothing is done at once. Protected: each question wants the context's name. Read-only: the
-/// reason instead.
-void tst_right_cluster::everyPolicy()
-{
-    QFETCH(Attempt, attempt);
-    QFETCH(ContextAccess, access);
-    if (!m_windows) {
-        m_windows = std::make_unique<Windows>(*m_machine);
-    }
-    Windows &w = *m_windows;
-    w.settings.set(u"preferredEditor"_s, u"Kate"_s);
-    w.page->windowConsoleController().clearLogs();
-    ContextPolicies::shared().set(shownContext(w.page->state()), {access, ContextColour::None});
-    const QToolButton *badge = w.page->toolBar().accessBadge();
-    QCOMPARE(badge->isVisible(), access != ContextAccess::Free);
-    QCOMPARE(badge->text(), nameOf(access));
-    if (access == ContextAccess::ReadOnly && attempt.kind != Attempt::Reads) {
-        const bool isEdit = attempt.command.startsWith(u"Edit");
-        if (!attempt.command.isEmpty()) {
-            const QAction *command = commandNamed(w, QString(attempt.command).replace(u"Edit"_s, u"View"_s));
-            QVERIFY(command && command->toolTip().contains(u"alpha is read-only"));
-            QVERIFY(isEdit || !command->isEnabled());
-        }
-        attempt.whereReadOnly(w);
-        QVERIFY(!w.question());
-        QCOMPARE(runs(), QStringList());
-        return;
-    }
-    attempt.begin(w);
-    if (access == ContextAccess::Protected && attempt.kind != Attempt::Reads) {
-        typeName(w);
-    } else if (attempt.kind == Attempt::Asks) {
-        QTRY_VERIFY(w.question());
-        QVERIFY(!w.question()->findChild<QLineEdit *>());
-        w.answer(w.question().buttons().first()->text());
-    }
-    QTRY_COMPARE(runs().size(), 1);
-    QVERIFY2(runs().first().startsWith(attempt.run), qPrintable(runs().first()));
-    QTRY_VERIFY(w.page->windowConsoleController().scriptsRunning().isEmpty());
-    QTRY_VERIFY(!w.question());
-}
-
-void tst_right_cluster::everyRun_data()
-{
-    QTest::addColumn<Operation>("operation");
-    QTest::addColumn<Disturbance>("disturbance");
-    for (const Disturbance &disturbance : disturbances()) {
-        for (const Operation &operation : operations()) {
-            if (operation.means == Operation::Read && disturbance.outcome != Outcome::Runs) {
-                continue; // what only reads may be given up, or read what is there now
-            }
-            QTest::addRow("%s: %s", disturbance.name, operation.name) << operation << disturbance;
-        }
-    }
-}
-
-void tst_right_cluster::everyRun()
-{
-    QFETCH(Operation, operation);
-    QFETCH(Disturbance, disturbance);
-    const auto step = [](const Step &what, Windows &windows) {
-        if (what) {
-            what(windows);
-        }
-    };
-    QString place;
+    void init()
     {
-        Windows windows(*m_machine);
-        QCOMPARE(windows.shown(), u"alpha three https://alpha.invalid"_s);
-        step(disturbance.before, windows);
-        step(operation.ask, windows);
-        place = windows.shown();
-        step(disturbance.between, windows);
-        const bool canAct = windows.question() || !operation.ask || windows.asked
-            || !windows.table().selectedObjects().isEmpty();
-        if (canAct) {
-            operation.act(windows);
+        QDir folder(m_machine->path());
+        folder.rmdir(u"kubeconfig.lock"_s);
+        for (const QString &left : folder.entryList(
+                 {u"hold-*"_s, u"held-*"_s, u"kill-*"_s, u"runs"_s, u"settings.json"_s}, QDir::Files)) {
+            folder.remove(left);
         }
-        step(disturbance.after, windows);
-        const QRegularExpression refusal(operation.notDone);
-        const auto hasEnded = [&] {
-            return !canAct || !runs().isEmpty() || windows.told().contains(refusal)
-                || (operation.means == Operation::Read
-                    && (!windows.page || windows.table().selectedObjects().isEmpty()));
-        };
-        QVERIFY2(within(hasEnded), qPrintable(u"neither run nor refused:\n"_s + windows.told()));
-        QVERIFY(windows.isSettled());
-        const bool ran = !runs().isEmpty();
-        const bool mayBeGivenUp = operation.means == Operation::Read && disturbance.after;
-        if (disturbance.outcome == Outcome::Runs && !mayBeGivenUp) {
-            QVERIFY2(ran, qPrintable(u"not run:\n"_s + windows.told()));
-        } else if (disturbance.outcome == Outcome::Refused) {
-            QVERIFY2(!ran, qPrintable(runs().join(u'\n')));
+        m_machine->write(u"kubeconfig"_s, kubeConfigText);
+        QFile file(m_machine->kubeConfig());
+        QVERIFY(file.open(QIODevice::ReadWrite) && file.setFileTime(m_written, QFile::FileModificationTime));
+    }
+
+    void everyPolicy_data()
+    {
+        QTest::addColumn<Operation>("operation");
+        QTest::addColumn<ContextAccess>("access");
+        for (const ContextAccess access :
+            {ContextAccess::Free, ContextAccess::Protected, ContextAccess::ReadOnly}) {
+            for (const Operation &operation : operations()) {
+                if (operation.means != Operation::Shows) {
+                    QTest::addRow("%s: %s", qPrintable(nameOf(access)), operation.name)
+                        << operation << access;
+                }
+            }
         }
     }
-    for (const QString &run : runs()) {
-        QVERIFY2(run.startsWith(operation.run), qPrintable(run));
-        QCOMPARE(run.section(u'\t', 1), place);
+
+    /// Free: what asks nothing is done at once. Protected: each question wants the context's name. Read-only:
+    /// the reason instead.
+    void everyPolicy()
+    {
+        QFETCH(Operation, operation);
+        QFETCH(ContextAccess, access);
+        if (!m_windows) {
+            m_windows = std::make_unique<Windows>(*m_machine);
+        }
+        Windows &w = *m_windows;
+        w.settings.set(u"preferredEditor"_s, u"Kate"_s);
+        w.page().windowConsoleController().clearLogs();
+        ContextPolicies::shared().set(shownContext(w.state()), {access, ContextColour::None});
+        const QToolButton *badge = w.page().toolBar().accessBadge();
+        QCOMPARE(badge->isVisible(), access != ContextAccess::Free);
+        QCOMPARE(badge->text(), nameOf(access));
+        if (access == ContextAccess::ReadOnly && !operation.onlyReads()) {
+            isRefused(w, operation);
+            QVERIFY(!w.question());
+            QCOMPARE(runs(), QStringList());
+            return;
+        }
+        if (operation.begin) {
+            operation.begin(w);
+        } else {
+            step(operation.ask, w);
+            step(operation.means == Operation::Asks ? Step() : operation.act, w);
+        }
+        if (access == ContextAccess::Protected && !operation.onlyReads()) {
+            typeName(w);
+        } else if (operation.means == Operation::Asks) {
+            QTRY_VERIFY(w.question());
+            QVERIFY(!w.question()->findChild<QLineEdit *>());
+            operation.act(w);
+        }
+        QTRY_COMPARE(runs().size(), 1);
+        QVERIFY2(runs().first().startsWith(operation.run), qPrintable(runs().first()));
+        QTRY_VERIFY(w.page().windowConsoleController().scriptsRunning().isEmpty());
+        QTRY_VERIFY(!w.question());
     }
-    QVERIFY2(runs().size() <= 1, qPrintable(runs().join(u'\n')));
-}
+    void lastPolicy() { m_windows.reset(); }
+
+    void everyRun_data()
+    {
+        QTest::addColumn<Operation>("operation");
+        QTest::addColumn<Disturbance>("disturbance");
+        for (const Disturbance &disturbance : disturbances()) {
+            for (const Operation &operation : operations()) {
+                // What only reads may be given up, or read what is there now.
+                if (!operation.onlyReads()
+                    || (operation.means == Operation::Shows && disturbance.outcome == Outcome::Runs)) {
+                    QTest::addRow("%s: %s", disturbance.name, operation.name) << operation << disturbance;
+                }
+            }
+        }
+    }
+
+    void everyRun()
+    {
+        QFETCH(Operation, operation);
+        QFETCH(Disturbance, disturbance);
+        QString place;
+        {
+            Windows windows(*m_machine);
+            QCOMPARE(windows.shown(), u"alpha three https://alpha.invalid"_s);
+            step(disturbance.before, windows);
+            step(operation.ask, windows);
+            place = windows.shown();
+            step(disturbance.between, windows);
+            const bool canAct = windows.question() || !operation.ask || windows.asked
+                || !windows.table().selectedObjects().isEmpty();
+            if (canAct) {
+                operation.act(windows);
+            }
+            step(disturbance.after, windows);
+            const QRegularExpression refusal(operation.notDone);
+            const auto hasEnded = [&] {
+                return !canAct || !runs().isEmpty() || windows.told().contains(refusal)
+                    || (operation.onlyReads()
+                        && (!windows.first || windows.table().selectedObjects().isEmpty()));
+            };
+            QVERIFY2(within(hasEnded), qPrintable(u"neither run nor refused:\n"_s + windows.told()));
+            QVERIFY(windows.isSettled());
+            const bool ran = !runs().isEmpty();
+            const bool mayBeGivenUp = operation.onlyReads() && disturbance.after;
+            if (disturbance.outcome == Outcome::Runs && !mayBeGivenUp) {
+                QVERIFY2(ran, qPrintable(u"not run:\n"_s + windows.told()));
+            } else if (disturbance.outcome == Outcome::Refused) {
+                QVERIFY2(!ran, qPrintable(runs().join(u'\n')));
+            }
+        }
+        for (const QString &run : runs()) {
+            QVERIFY2(run.startsWith(operation.run), qPrintable(run));
+            QCOMPARE(run.section(u'\t', 1), place);
+        }
+        QVERIFY2(runs().size() <= 1, qPrintable(runs().join(u'\n')));
+        if (operation.onlyReads()
+            && qstrcmp(disturbance.name, "undisturbed") == 0) { // nor has looking changed it
+            QCOMPARE(m_machine->read(u"kubeconfig"_s), kubeConfigText);
+            QCOMPARE(QFileInfo(m_machine->kubeConfig()).lastModified(), m_written);
+            QCOMPARE(QDir(m_machine->path()).entryList({u"kubeconfig*"_s}, QDir::Files),
+                QStringList{u"kubeconfig"_s});
+        }
+    }
+};
 
 int main(int argc, char **argv)
 {

@@ -3,11 +3,11 @@
 #include "core/ApplicationRecord.h"
 #include "platform/desktop/Notifications.h"
 #include "resources/changes/ClusterChange.h"
+#include "support/Table.h"
 
 #include <QDir>
 #include <QFile>
 
-#include <array>
 #include <sys/stat.h>
 
 using namespace tidewright;
@@ -17,23 +17,6 @@ namespace {
 
 using Window = FakeWindow;
 const QString ran = Window::ran;
-
-void columns(const auto *...names)
-{
-    (QTest::addColumn<QString>(names), ...);
-}
-
-void row(const char *name, const auto &...values)
-{
-    QTestData &data = QTest::newRow(name);
-    (data << ... << QString(values));
-}
-
-/// What the present row has in these columns.
-auto fetched(const auto *...names)
-{
-    return std::array{*static_cast<QString *>(QTest::qData(names, QMetaType::QString))...};
-}
 
 } // namespace
 
@@ -46,27 +29,30 @@ private Q_SLOTS:
     void firstLoad_data()
     {
         // `namespaces` may be a complaint; `stored` is remembered for b; `own` is what the kubeconfig names.
-        columns("contexts", "namespaces", "stored", "own", "shown", "place");
+        const Table<QString, QString, QString, QString, QString, QString> table;
         const QString all = u"b\na\tb\t"_s;
         const QString three = u"abc default shop"_s;
         const QString secret = u"!Error: namespaces is forbidden"_s;
-        row("adopts", all, three, u""_s, u"default"_s, u"b/default"_s, u"b/default"_s);
-        row("remembered", all, three, u"shop"_s, u"default"_s, u"b/shop"_s, u"b/shop"_s);
-        row("vanished", all, three, u"gone"_s, u"default"_s, u"b/default"_s, u"b/default"_s);
-        row("own", all, three, u""_s, u"shop"_s, u"b/shop"_s, u"b/shop"_s);
-        row("first", all, three, u""_s, u"gone"_s, u"b/abc"_s, u"b/abc"_s);
-        row("all namespaces", all, three, allNamespaces, u"shop"_s, u"b/"_s + allNamespaces, u"b/shop"_s);
-        row("another's", u"a\na\tb\t"_s, three, u"shop"_s, u"default"_s, u"a/default"_s, u"a/default"_s);
-        row("unlisted context", u"x\na\tb\t"_s, three, u""_s, u"default"_s, u"x/default"_s, u"nowhere"_s);
-        row("secret, remembered", all, secret, u"shop"_s, u"own"_s, u"b/shop"_s, u"b/shop"_s);
-        row("secret, own", all, secret, u""_s, u"own"_s, u"b/own"_s, u"b/own"_s);
-        row("secret, none", all, secret, u""_s, u""_s, u"b/default"_s, u"b/default"_s);
+        table.row("adopts", all, three, u""_s, u"default"_s, u"b/default"_s, u"b/default"_s);
+        table.row("remembered", all, three, u"shop"_s, u"default"_s, u"b/shop"_s, u"b/shop"_s);
+        table.row("vanished", all, three, u"gone"_s, u"default"_s, u"b/default"_s, u"b/default"_s);
+        table.row("own", all, three, u""_s, u"shop"_s, u"b/shop"_s, u"b/shop"_s);
+        table.row("first", all, three, u""_s, u"gone"_s, u"b/abc"_s, u"b/abc"_s);
+        table.row(
+            "all namespaces", all, three, allNamespaces, u"shop"_s, u"b/"_s + allNamespaces, u"b/shop"_s);
+        table.row(
+            "another's", u"a\na\tb\t"_s, three, u"shop"_s, u"default"_s, u"a/default"_s, u"a/default"_s);
+        table.row(
+            "unlisted context", u"x\na\tb\t"_s, three, u""_s, u"default"_s, u"x/default"_s, u"nowhere"_s);
+        table.row("secret, remembered", all, secret, u"shop"_s, u"own"_s, u"b/shop"_s, u"b/shop"_s);
+        table.row("secret, own", all, secret, u""_s, u"own"_s, u"b/own"_s, u"b/own"_s);
+        table.row("secret, none", all, secret, u""_s, u""_s, u"b/default"_s, u"b/default"_s);
     }
 
     void firstLoad()
     {
-        const auto [contexts, namespaces, stored, own, shown]
-            = fetched("contexts", "namespaces", "stored", "own", "shown");
+        const auto [contexts, namespaces, stored, own, shown, place]
+            = Table<QString, QString, QString, QString, QString, QString>::current();
         FakeCluster cluster;
         cluster.answer(u"contexts"_s, contexts.toLatin1());
         cluster.edit("\"default\"", '"' + own.toLatin1() + '"');
@@ -89,7 +75,7 @@ private Q_SLOTS:
             expected.append(u"set "_s + shown.section(u'/', 1));
         }
         QTRY_COMPARE(cluster.calls(), expected);
-        QTEST(window.answered() == ran ? window.place() : u"nowhere"_s, "place");
+        QCOMPARE(window.answered() == ran ? window.place() : u"nowhere"_s, place);
         QCOMPARE(window.shown(), shown);
         const QString context = shown.section(u'/', 0, 0);
         QCOMPARE(window.state.contextList().entries, QStringList({u"a"_s, u"b"_s}));
@@ -199,17 +185,15 @@ private Q_SLOTS:
 
     void failedSwitch_data()
     {
-        columns("context", "run", "way", "reason");
-        const QString inVain = u"what it was to set is not there"_s;
-        row("words", u"a"_s, u"use a"_s, u"err"_s, u"file exists"_s);
-        row("nothing changed", u"a"_s, u"use a"_s, u"idle"_s, inVain);
-        row("kubeconfig not read", u"a"_s, u"read"_s, u"err"_s, u"file exists"_s);
-        row("-h", u"-h"_s, u"use -h"_s, u""_s, u"take the name for an option"_s);
+        const Table<QString, QString, QString, QString> table;
+        table.row("words", u"a"_s, u"use a"_s, u"err"_s, u"file exists"_s);
+        table.row("kubeconfig not read", u"a"_s, u"read"_s, u"err"_s, u"file exists"_s);
+        table.row("-h", u"-h"_s, u"use -h"_s, u""_s, u"take the name for an option"_s);
     }
 
     void failedSwitch()
     {
-        const auto [context, run, way, reason] = fetched("context", "run", "way", "reason");
+        const auto [context, run, way, reason] = Table<QString, QString, QString, QString>::current();
         FakeCluster cluster;
         cluster.answer(u"contexts"_s, "b\na\tb\t-h\t--help\t");
         Window window(cluster);
@@ -261,19 +245,19 @@ private Q_SLOTS:
 
     void settling_data()
     {
-        columns("set", "meanwhile", "answer", "place");
+        const Table<QString, QString, QString, QString> table;
         const QString failed = u"The window's namespace shop could not be set."_s;
         const QString switching
             = u"The window is switching to the context a; its tables do not show that context yet."_s;
-        row("namespace had failed", u"failed once"_s, u""_s, ran, u"b/shop"_s);
-        row("namespace fails again", u"failed, fails"_s, u""_s, failed, u"b/default"_s);
-        row("context chosen meanwhile", u"held"_s, u"context"_s, switching, u"nowhere"_s);
-        row("contexts reloaded meanwhile", u"held"_s, u"reload"_s, failed, u"b/default"_s);
+        table.row("namespace had failed", u"failed once"_s, u""_s, ran, u"b/shop"_s);
+        table.row("namespace fails again", u"failed, fails"_s, u""_s, failed, u"b/default"_s);
+        table.row("context chosen meanwhile", u"held"_s, u"context"_s, switching, u"nowhere"_s);
+        table.row("contexts reloaded meanwhile", u"held"_s, u"reload"_s, failed, u"b/default"_s);
     }
 
     void settling()
     {
-        const auto [set, meanwhile] = fetched("set", "meanwhile");
+        const auto [set, meanwhile, expected, place] = Table<QString, QString, QString, QString>::current();
         FakeCluster cluster;
         UserKubeConfig::setPreference(UserKubeConfig::Follows::Nothing);
         Window window(cluster);
@@ -301,9 +285,9 @@ private Q_SLOTS:
         } else {
             cluster.release(u"set shop"_s);
         }
-        QTEST(window.answered(), "answer");
-        QTEST(*first, "answer"); // in order
-        QTEST(window.place(), "place");
+        QCOMPARE(window.answered(), expected);
+        QCOMPARE(*first, expected); // in order
+        QCOMPARE(window.place(), place);
         for (const QString &run : {u"set shop"_s, u"use a"_s, u"namespaces"_s}) {
             cluster.release(run);
             cluster.succeed(run);
@@ -313,17 +297,15 @@ private Q_SLOTS:
 
     void editedKubeConfig_data()
     {
-        columns("key", "before", "after", "said");
-        row("another current context", u"current-context"_s, u"b"_s, u"a"_s, u""_s);
-        row("another namespace", u"namespace"_s, u"default"_s, u"shop"_s, u""_s);
-        row("removed", u"name"_s, u"b"_s, u"z"_s, u"The kubeconfig has no context b any more."_s);
-        row("another cluster", u"cluster"_s, u"b"_s, u"z"_s,
+        const Table<QString, QString, QString, QString> table;
+        table.row("removed", u"name"_s, u"b"_s, u"z"_s, u"The kubeconfig has no context b any more."_s);
+        table.row("another cluster", u"cluster"_s, u"b"_s, u"z"_s,
             u"The context b of the kubeconfig names another cluster or user now."_s);
     }
 
     void editedKubeConfig()
     {
-        const auto [key, said, before, after] = fetched("key", "said", "before", "after");
+        const auto [key, before, after, said] = Table<QString, QString, QString, QString>::current();
         const QByteArray asKnown = u"\"%1\": \"%2\""_s.arg(key, before).toLatin1();
         const QByteArray edited = u"\"%1\": \"%2\""_s.arg(key, after).toLatin1();
         FakeCluster cluster;
@@ -334,15 +316,13 @@ private Q_SLOTS:
             if (round == 0) { // once by turning to the window, once by the next command
                 window.state.windowDidBecomeMain();
             }
-            QCOMPARE(window.answered(), said.isEmpty() ? ran : said);
+            QCOMPARE(window.answered(), said);
             QCOMPARE(window.state.loadingHint(),
-                said.isEmpty()
-                    ? QString()
-                    : said + u"\nReload shows what is there now; another context can be chosen above."_s);
+                QString(said + u"\nReload shows what is there now; another context can be chosen above."_s));
             if (round == 0) {
                 cluster.edit(edited, asKnown);
                 QCOMPARE(window.answered(), ran);
-                QCOMPARE(window.reloads, said.isEmpty() ? 1 : 2); // the tables start again
+                QCOMPARE(window.reloads, 2); // the tables start again
                 QCOMPARE(window.state.loadingHint(), QString());
             }
         }
@@ -363,21 +343,21 @@ private Q_SLOTS:
 
     void userFileFollows_data()
     {
-        columns("event", "window", "choice"); // what is run with these preferences
-        row("looking", u"look"_s, u""_s, u""_s);
-        row("closing", u""_s, u""_s, u""_s);
-        row("context", u"context"_s, u"file use a"_s, u"file use a"_s);
-        row("namespace", u"shop"_s, u"file set shop"_s, u"file set shop"_s);
-        row("all namespaces", allNamespaces, u""_s, u""_s);
-        row("namespace, file elsewhere", u"elsewhere shop"_s, u""_s, u""_s);
-        row("in front, file elsewhere", u"elsewhere look"_s, u"file use b"_s, u""_s);
+        const Table<QString, QString, QString> table; // what is run with these preferences
+        table.row("looking", u"look"_s, u""_s, u""_s);
+        table.row("closing", u""_s, u""_s, u""_s);
+        table.row("context", u"context"_s, u"file use a"_s, u"file use a"_s);
+        table.row("namespace", u"shop"_s, u"file set shop"_s, u"file set shop"_s);
+        table.row("all namespaces", allNamespaces, u""_s, u""_s);
+        table.row("namespace, file elsewhere", u"elsewhere shop"_s, u""_s, u""_s);
+        table.row("in front, file elsewhere", u"elsewhere look"_s, u"file use b"_s, u""_s);
     }
 
     void userFileFollows()
     {
-        const auto [event] = fetched("event");
+        const auto [event, window, choice] = Table<QString, QString, QString>::current();
         for (const char *preference : {"window", "choice", "nothing"}) {
-            const QString written = *preference == 'n' ? QString() : fetched(preference)[0];
+            const QString written = *preference == 'w' ? window : *preference == 'c' ? choice : QString();
             FakeCluster cluster;
             cluster.settings.set(u"kubeconfigFollows"_s, QString::fromLatin1(preference));
             auto shown = std::make_unique<Window>(cluster);
@@ -406,21 +386,20 @@ private Q_SLOTS:
 
     void spoiltUserFile_data()
     {
-        columns("way", "reason");
-        row("locked", u"err"_s, u"config.lock: file exists"_s);
-        row("killed half-way", u"cut kill"_s, u"ended by signal 9"_s);
-        row("failed half-way", u"cut status"_s, u"failed with exit status 3"_s);
-        row("left empty", u"cut"_s, u"what it was to set is not there"_s);
-        row("nothing done", u"idle"_s, u"what it was to set is not there"_s);
-        row("no copy", u"folder"_s, u"No copy of"_s);
-        row("copy left, file well", u"old"_s, u""_s);
-        row("copy left, file lost", u"lost"_s, u""_s);
+        const Table<QString, QString> table;
+        table.row("locked", u"err"_s, u"config.lock: file exists"_s);
+        table.row("killed half-way", u"cut kill"_s, u"ended by signal 9"_s);
+        table.row("failed half-way", u"cut status"_s, u"failed with exit status 3"_s);
+        table.row("nothing done", u"idle"_s, u"what it was to set is not there"_s);
+        table.row("no copy", u"folder"_s, u"No copy of"_s);
+        table.row("copy left, file well", u"old"_s, u""_s);
+        table.row("copy left, file lost", u"lost"_s, u""_s);
     }
 
     /// Through a link, as people keep their kubeconfigs elsewhere.
     void spoiltUserFile()
     {
-        const auto [way, reason] = fetched("way", "reason");
+        const auto [way, reason] = Table<QString, QString>::current();
         FakeCluster cluster;
         const QString link = cluster.path(u"link"_s);
         const QString copy = cluster.kubeConfig() + u".tidewright-copy"_s;

@@ -27,7 +27,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <functional>
+#include <map>
 #include <sstream>
 #include <string>
 #include <sys/ioctl.h>
@@ -39,6 +40,8 @@
 namespace {
 
 using Words = std::vector<std::string>;
+
+const std::string asciiLine = "0123456789abcde\n";
 
 void put(int stream, const char *bytes, std::size_t count)
 {
@@ -163,100 +166,71 @@ public:
     {
         while (m_next < m_words.size()) {
             const std::string verb = word();
-            if (!write(verb) && !wait(verb) && !end(verb) && !tell(verb)) {
+            const auto found = m_verbs.find(verb);
+            if (found == m_verbs.end()) {
                 put(STDERR_FILENO, "fake-tool: unknown verb " + verb + '\n');
                 _exit(122);
             }
+            found->second();
         }
     }
 
 private:
     std::string word() { return m_next < m_words.size() ? m_words[m_next++] : std::string(); }
     std::size_t number() { return std::stoull(word()); }
-    Words rest() { return Words(m_words.begin() + static_cast<std::ptrdiff_t>(m_next), m_words.end()); }
-
-    bool write(const std::string &verb)
+    Words take(std::size_t count)
     {
-        if (verb == "out" || verb == "err") {
-            put(verb == "out" ? STDOUT_FILENO : STDERR_FILENO, unescaped(word()));
-        } else if (verb == "fill" || verb == "errfill") {
-            fill(verb == "fill" ? STDOUT_FILENO : STDERR_FILENO, number(), "0123456789abcde\n", 1 << 16);
-        } else if (verb == "letters") {
-            const std::size_t count = number();
-            fill(STDOUT_FILENO, count, "\u00e4\u20ac\U0001f600", number());
-        } else {
-            return false;
-        }
-        return true;
+        const auto begin = m_words.begin() + static_cast<std::ptrdiff_t>(m_next);
+        m_next += count;
+        return Words(begin, begin + static_cast<std::ptrdiff_t>(count));
     }
+    static void touch(const std::string &path) { std::ofstream(path).flush(); }
+    static void tell(const std::string &text) { put(STDOUT_FILENO, text); }
 
-    bool wait(const std::string &verb)
+    void grandchild()
     {
-        if (verb == "drained") {
-            waitFor(isDrained);
-        } else if (verb == "until") {
-            waitFor([path = word()] { return std::filesystem::exists(path); });
-        } else if (verb == "hang") {
-            hang();
-        } else if (verb == "ignore-term") {
-            std::signal(SIGTERM, SIG_IGN);
-        } else {
-            return false;
+        const Words words = take(number());
+        if (fork() == 0) {
+            Script(words).run();
+            _exit(0);
         }
-        return true;
     }
-
-    bool end(const std::string &verb)
+    void letters()
     {
-        if (verb == "close-output") {
-            close(STDOUT_FILENO);
-            close(STDERR_FILENO);
-        } else if (verb == "die") {
-            raise(static_cast<int>(number()));
-        } else if (verb == "exit") {
-            _exit(static_cast<int>(number()));
-        } else if (verb == "grandchild") {
-            const auto begin = m_words.begin() + static_cast<std::ptrdiff_t>(m_next + 1);
-            const auto end = begin + static_cast<std::ptrdiff_t>(number());
-            if (fork() == 0) {
-                Script(Words(begin, end)).run();
-                _exit(0);
-            }
-            m_next = static_cast<std::size_t>(end - m_words.begin());
-        } else {
-            return false;
-        }
-        return true;
+        const std::size_t count = number();
+        fill(STDOUT_FILENO, count, "\u00e4\u20ac\U0001f600", number());
     }
-
-    bool tell(const std::string &verb)
+    static void tellVariable(const std::string &name)
     {
-        if (verb == "touch") {
-            std::ofstream(word()).flush();
-        } else if (verb == "pidfile") {
-            std::ofstream(word() + '/' + std::to_string(getpid())).flush();
-        } else if (verb == "pid") {
-            put(STDOUT_FILENO, std::to_string(getpid()));
-        } else if (verb == "nice") {
-            put(STDOUT_FILENO, std::to_string(getpriority(PRIO_PROCESS, 0)));
-        } else if (verb == "descriptors") {
-            printDescriptors();
-        } else if (verb == "signals") {
-            printSignals();
-        } else if (verb == "environment") {
-            const char *value = std::getenv(word().c_str());
-            put(STDOUT_FILENO, value ? value : "(unset)");
-        } else if (verb == "arguments") {
-            put(STDOUT_FILENO, quoted(rest()));
-            m_next = m_words.size();
-        } else {
-            return false;
-        }
-        return true;
+        const char *value = std::getenv(name.c_str());
+        tell(value ? value : "(unset)");
     }
 
     Words m_words;
     std::size_t m_next = 0;
+    const std::map<std::string, std::function<void()>> m_verbs{
+        {"out", [this] { put(STDOUT_FILENO, unescaped(word())); }},
+        {"err", [this] { put(STDERR_FILENO, unescaped(word())); }},
+        {"fill", [this] { fill(STDOUT_FILENO, number(), asciiLine, 1 << 16); }},
+        {"errfill", [this] { fill(STDERR_FILENO, number(), asciiLine, 1 << 16); }},
+        {"letters", [this] { letters(); }},
+        {"drained", [] { waitFor(isDrained); }},
+        {"until", [this] { waitFor([path = word()] { return std::filesystem::exists(path); }); }},
+        {"touch", [this] { touch(word()); }},
+        {"pidfile", [this] { touch(word() + '/' + std::to_string(getpid())); }},
+        {"hang", [] { hang(); }},
+        {"ignore-term", [] { std::signal(SIGTERM, SIG_IGN); }},
+        {"close-output", [] { static_cast<void>(close(STDOUT_FILENO) + close(STDERR_FILENO)); }},
+        {"grandchild", [this] { grandchild(); }},
+        {"die", [this] { raise(static_cast<int>(number())); }},
+        {"exit", [this] { _exit(static_cast<int>(number())); }},
+        {"pid", [] { tell(std::to_string(getpid())); }},
+        {"nice", [] { tell(std::to_string(getpriority(PRIO_PROCESS, 0))); }},
+        {"descriptors", printDescriptors},
+        {"signals", printSignals},
+        {"environment", [this] { tellVariable(word()); }},
+        {"arguments", [this] { tell(quoted(take(m_words.size() - m_next))); }},
+    };
 };
 
 } // namespace

@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""test_check_layers.py CHECK-LAYERS QT-INCLUDE-FOLDER: plants faults and looks whether the check finds them."""
+"""test_checks.py CHECKS-FOLDER QT-INCLUDE-FOLDER: plants faults and looks whether the checks find them."""
 import subprocess
 import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-CHECK, QT_FOLDER = sys.argv[1:3]
-SOUND = {
+CHECKS, QT_FOLDER = sys.argv[1:3]
+SOUND_LAYERS = {
     "platform/Low.h": "#include <QString>\n#include <QtDBus/QDBusConnection>\n#include <unistd.h>\n",
     "core/Middle.h": '#include "platform/Low.h"\n#include <QDBusMessage>\n',
     "pods/Table.h": '#include "core/Middle.h"\n#include <QWidget>\n',
@@ -17,7 +17,7 @@ SOUND = {
     "app/Window.cpp": '#include "pods/Table.h"\n#include "external/Editor.h"\n#include "Window.moc"\n',
 }
 # What is planted where, and how the fault is reported.
-FAULTS = [
+LAYER_FAULTS = [
     ("platform/Low.h", '#include "core/Middle.h"', "platform/Low.h:1: platform may not include core"),
     ("core/Middle.h", '#include "pods/Table.h"', "core/Middle.h:1: core may not include pods"),
     ("pods/Table.h", '#include "external/Editor.h"', "pods/Table.h:1: pods may not include external"),
@@ -38,34 +38,64 @@ FAULTS = [
     ("resources/kinds/Row.h", "#include <QLabel>", "resources/kinds/Row.h:1: resources/kinds may not include <QLabel>"),
     ("util/Stray.h", "", "util/Stray.h:1: util is no layer"),
 ]
+SOUND_TIPS = """
+button->setToolTip(tr("Stop (Esc), \\"now\\""));
+button->setToolTip(QStringLiteral("Two "
+                                  "pieces"));
+button->setToolTip({});
+bar->setTabToolTip(f(1, 2), display_text::toolTip(a.isEmpty() ? b : c(d))); // setToolTip(name)
+QToolTip::showText(event->globalPos(), display_text::toolTip(name), view);
+menu->setToolTipsVisible(true);
+"""
+TIP_FAULTS = ["button->setToolTip(name);", 'button->setToolTip(tr("Scale %1").arg(name));', "setToolTip(a ? b : {});",
+          "bar->setTabToolTip(1, name);", "QToolTip::showText(\nposition, text, view);", "case Qt::ToolTipRole:",
+          'setToolTip("a" + name);', 'setToolTip(display_text::toolTip(a) + tr("b"));',
+          "setToolTip(display_text::toolTip(a) + name + f(b));"]
 
 
-def check(files, qt_folder=QT_FOLDER):
+def check(script, files, *folders):
     with tempfile.TemporaryDirectory() as root:
         for name, text in files.items():
             path = Path(root, name)
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(text)
-        run = subprocess.run([sys.executable, CHECK, root, qt_folder], capture_output=True, text=True)
+        run = subprocess.run([sys.executable, Path(CHECKS, script), root, *folders], capture_output=True, text=True)
         return run.returncode, run.stdout.splitlines()
 
 
-class CheckLayers(unittest.TestCase):
-    def test_sound_sources_pass(self):
-        self.assertEqual(check(SOUND), (0, [f"{len(SOUND)} files, no fault"]))
+def check_layers(files, qt_folder=QT_FOLDER):
+    return check("check-layers.py", files, qt_folder)
 
-    def test_planted_faults_are_found(self):
-        for file, line, fault in FAULTS:
+
+def check_tool_tips(text):
+    return check("check-tool-tips.py", {"File.cpp": text} if text else {})
+
+
+class Checks(unittest.TestCase):
+    def test_sound_sources_pass(self):
+        self.assertEqual(check_layers(SOUND_LAYERS), (0, [f"{len(SOUND_LAYERS)} files, no fault"]))
+        self.assertEqual(check_tool_tips(SOUND_TIPS), (0, ["1 files, no fault"]))
+
+    def test_layer_faults_are_found(self):
+        for file, line, fault in LAYER_FAULTS:
             with self.subTest(fault):
-                files = SOUND | {"platform/Loop.h": '#include "platform/Low.h"\n', "resources/table/Other.h": ""}
+                files = SOUND_LAYERS | {"platform/Loop.h": '#include "platform/Low.h"\n', "resources/table/Other.h": ""}
                 files[file] = line + "\n" + files.get(file, "")
-                code, faults = check(files)
+                code, faults = check_layers(files)
                 self.assertEqual(code, 1)
                 self.assertTrue(any(found.startswith(fault) for found in faults), faults)
 
+    def test_tool_tip_faults_are_found(self):
+        for fault in TIP_FAULTS:
+            with self.subTest(fault):
+                code, found = check_tool_tips(SOUND_TIPS + fault)
+                self.assertEqual((code, len(found)), (1, 1))
+                self.assertTrue(found[0].startswith(f"File.cpp:{SOUND_TIPS.count(chr(10)) + 1}: "), found)
+
     def test_looking_at_nothing_is_no_success(self):
-        self.assertEqual(check({})[0], 2)
-        self.assertEqual(check(SOUND, "/nowhere")[0], 2)
+        self.assertEqual(check_layers({})[0], 2)
+        self.assertEqual(check_layers(SOUND_LAYERS, "/nowhere")[0], 2)
+        self.assertEqual(check_tool_tips("")[0], 2)
 
 
 if __name__ == "__main__":
