@@ -36,7 +36,9 @@ function(tidewright_add_test)
         set(detect_leaks 1)
     endif()
     # die_after_fork=0: the demo cluster has threads, and is a child that a test with threads has forked.
+    # A test without settings of its own has those of nobody, not the user's.
     set(environment
+        "XDG_CONFIG_HOME=${CMAKE_CURRENT_BINARY_DIR}/${ARG_NAME}-config"
         "QT_QPA_PLATFORM=offscreen"
         "TIDEWRIGHT_TEST_KUBECTL=${TIDEWRIGHT_LIBEXEC}/kubectl"
         "TIDEWRIGHT_TEST_KUBECTL_OLD=${TIDEWRIGHT_TEST_KUBECTL_OLD}"

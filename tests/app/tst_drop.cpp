@@ -112,9 +112,14 @@ private Q_SLOTS:
         QVERIFY(!drop.console().contains(u"a\nb"_s));
     }
 
-    void withoutANamespaceNothingIsAsked()
+    void theQuestionIsForItsNamespace()
     {
         Drop drop;
+        drop.drag({u"file:///a.yaml"_s});
+        drop.drop();
+        drop.state().chooseNamespace(u"shop"_s);
+        drop.answer(u"Create"_s);
+        QCOMPARE(drop.created(), QStringList());
         drop.state().chooseNamespace(allNamespaces);
         drop.drag({u"file:///a.yaml"_s});
         drop.drop();

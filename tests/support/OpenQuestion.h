@@ -37,9 +37,12 @@ public:
     operator QDialog *() const { return m_dialog && m_dialog->isVisible() ? m_dialog.data() : nullptr; }
     QDialog *operator->() const { return m_dialog; }
 
-    QString title() const { return m_dialog->accessibleName(); }
+    QString title() const { return m_dialog ? m_dialog->accessibleName() : QStringLiteral("no question"); }
     QString message() const
     {
+        if (!m_dialog) {
+            return QStringLiteral("no question");
+        }
         const auto *view = m_dialog->findChild<QPlainTextEdit *>();
         return view ? view->toPlainText() : m_dialog->accessibleDescription();
     }
