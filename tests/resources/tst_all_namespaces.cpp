@@ -1,21 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Two objects of one name in two namespaces: every command hits the one that was chosen.
+#include "AllKinds.h"
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
-#include "pods/table/Pod.h"
-#include "resources/kinds/ClusterRole.h"
-#include "resources/kinds/ConfigMap.h"
-#include "resources/kinds/CronJob.h"
-#include "resources/kinds/DaemonSet.h"
-#include "resources/kinds/Deployment.h"
-#include "resources/kinds/Endpoint.h"
-#include "resources/kinds/Event.h"
-#include "resources/kinds/Job.h"
-#include "resources/kinds/PersistentVolume.h"
-#include "resources/kinds/ReplicaSet.h"
-#include "resources/kinds/Secret.h"
-#include "resources/kinds/Service.h"
-#include "resources/kinds/ServiceAccount.h"
 #include "resources/preview/PreviewFiles.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
@@ -30,16 +17,13 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <map>
+
 using namespace tidewright;
 using namespace tidewright::test;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-using MakeKind = ResourceKind (*)();
-constexpr MakeKind kinds[] = {podKind, deploymentKind, replicaSetKind, daemonSetKind, jobKind, cronJobKind,
-    serviceKind, endpointKind, configMapKind, secretKind, persistentVolumeKind, serviceAccountKind,
-    clusterRoleKind, eventKind};
 
 const auto here = u"default"_s;
 const auto elsewhere = u"kube-system"_s;
@@ -86,8 +70,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("everywhere");
         QTest::addColumn<bool>("live");
         QTest::addColumn<bool>("old");
-        for (int number = 0; number < int(std::size(kinds)); ++number) {
-            const QString name = kinds[number]().tableName;
+        for (int number = 0; number < int(std::size(allKinds)); ++number) {
+            const QString name = allKinds[number]().tableName;
             const auto row = [&](const char *what, bool everywhere, bool live, bool old) {
                 QTest::addRow("%s, %s", qPrintable(name), what) << number << everywhere << live << old;
             };
@@ -103,12 +87,12 @@ private Q_SLOTS:
         QFETCH(bool, everywhere);
         QFETCH(bool, live);
         QFETCH(bool, old);
-        const ResourceKind kind = kinds[number]();
-        const QString name = u"twin-%1%2%3"_s.arg(kind.resourceName.toLower()).arg(everywhere).arg(live);
+        const ResourceKind kind = allKinds[number]();
+        const QString name = u"twins%1%2%3.example.org"_s.arg(number).arg(everywhere).arg(live);
         plant(kind, name);
         Window window;
         open(window, everywhere, live, old);
-        SharedContentViewController table(kinds[number](), window);
+        SharedContentViewController table(allKinds[number](), window);
         table.show();
         table.load({});
         const QString place = kind.namespaced && everywhere ? elsewhere : QString();
@@ -216,38 +200,64 @@ private:
         return (kind.namespaced ? nameSpace : here).toUtf8();
     }
 
-    /// Two of a name, each with the label "mark" that tells its namespace.
-    void plant(const ResourceKind &kind, const QString &name)
+    /// One there is, to be copied; a kind that has none is a fault of the demo cluster.
+    const QJsonObject &example(const ResourceKind &kind)
     {
-        const QByteArray list
-            = m_demo->kubectl({u"get"_s, kind.listWord, u"-A"_s, u"-ojson"_s}).output.toUtf8();
-        QJsonObject object = QJsonDocument::fromJson(list)[u"items"_s][0].toObject();
-        QVERIFY(!object.isEmpty());
-        object.remove(u"status"_s);
-        for (const QString &nameSpace : {here, elsewhere}) {
-            QJsonObject metadata{{u"name"_s, name}};
-            metadata[u"labels"_s] = QJsonObject{{u"mark"_s, nameSpace}};
-            if (kind.namespaced) {
-                metadata[u"namespace"_s] = nameSpace;
-            } else if (nameSpace != here) {
-                break;
-            }
-            object[u"metadata"_s] = metadata;
+        QJsonObject &object = m_examples[kind.listWord];
+        if (object.isEmpty()) {
+            const QByteArray list
+                = m_demo->kubectl({u"get"_s, kind.listWord, u"-A"_s, u"-ojson"_s}).output.toUtf8();
+            object = QJsonDocument::fromJson(list)[u"items"_s][0].toObject();
+            object.remove(u"status"_s);
             QJsonObject spec = object.value(u"spec"_s).toObject();
             spec.remove(u"clusterIP"_s);
             spec.remove(u"clusterIPs"_s);
             if (!spec.isEmpty()) {
                 object[u"spec"_s] = spec;
             }
+        }
+        return object;
+    }
+
+    /// Two of a name, each with the label "mark" that tells its namespace.
+    void plant(const ResourceKind &kind, const QString &name)
+    {
+        QJsonArray twins;
+        for (const QString &nameSpace : {here, elsewhere}) {
+            if (!kind.namespaced && nameSpace != here) {
+                break;
+            }
+            QJsonObject object = example(kind);
+            QJsonObject metadata{{u"name"_s, name}, {u"labels"_s, QJsonObject{{u"mark"_s, nameSpace}}}};
+            if (kind.namespaced) {
+                metadata[u"namespace"_s] = nameSpace;
+            }
+            object[u"metadata"_s] = metadata;
             if (object.contains(u"involvedObject"_s)) {
                 QJsonObject involved = object.value(u"involvedObject"_s).toObject();
                 involved[u"namespace"_s] = nameSpace;
                 object[u"involvedObject"_s] = involved;
             }
-            const QString file = m_demo->writeFile(u"twin.json"_s, QJsonDocument(object).toJson());
-            const Outcome made = m_demo->kubectl({u"create"_s, u"-f"_s, file});
-            QVERIFY2(made.exitCode == 0, qPrintable(made.errors));
+            if (kind.listWord == customResourceDefinitionKind().listWord) {
+                nameDefinition(object, name);
+            }
+            twins.append(object);
         }
+        const QJsonObject list{{u"apiVersion"_s, u"v1"_s}, {u"kind"_s, u"List"_s}, {u"items"_s, twins}};
+        const Outcome made = m_demo->kubectl(
+            {u"create"_s, u"-f"_s, m_demo->writeFile(u"twins.json"_s, QJsonDocument(list).toJson())});
+        QVERIFY2(made.exitCode == 0, qPrintable(made.errors));
+    }
+
+    /// A definition is called by what it defines.
+    static void nameDefinition(QJsonObject &object, const QString &name)
+    {
+        QJsonObject spec = object.value(u"spec"_s).toObject();
+        const QString plural = name.section(u'.', 0, 0);
+        spec[u"group"_s] = name.section(u'.', 1);
+        spec[u"names"_s]
+            = QJsonObject{{u"plural"_s, plural}, {u"singular"_s, plural}, {u"kind"_s, u"Twin"_s}};
+        object[u"spec"_s] = spec;
     }
 
     /// Runs an edit as the window would, and says which object it opened.
@@ -267,6 +277,7 @@ private:
     }
 
     QTemporaryDir m_cache;
+    std::map<QString, QJsonObject> m_examples; ///< by the word that lists them
     std::unique_ptr<DemoProcess> m_demo;
 };
 

@@ -1,24 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // From the lines of a listing to the fields and cells of every kind's rows; and every listing by real
 // clients.
+#include "AllKinds.h"
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/text/Timestamp.h"
-#include "pods/table/Pod.h"
-#include "resources/kinds/ClusterRole.h"
-#include "resources/kinds/ConfigMap.h"
-#include "resources/kinds/CronJob.h"
-#include "resources/kinds/DaemonSet.h"
-#include "resources/kinds/Deployment.h"
-#include "resources/kinds/Endpoint.h"
-#include "resources/kinds/Event.h"
 #include "resources/kinds/FieldText.h"
-#include "resources/kinds/Job.h"
-#include "resources/kinds/PersistentVolume.h"
-#include "resources/kinds/ReplicaSet.h"
-#include "resources/kinds/Secret.h"
-#include "resources/kinds/Service.h"
-#include "resources/kinds/ServiceAccount.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/listing/Merge.h"
 #include "resources/table/EventController.h"
@@ -43,45 +30,17 @@ namespace {
 constexpr int patience = 30'000; // milliseconds, for what a real kubectl does on a busy machine
 double now = 1'800'000'000;
 
-const std::map<QString, ResourceKind (*)()> &kinds()
+/// By what kubectl lists them by.
+const std::map<QString, MakeKind> &kinds()
 {
-    static const std::map<QString, ResourceKind (*)()> all{{u"deploy"_s, deploymentKind},
-        {u"rs"_s, replicaSetKind}, {u"ds"_s, daemonSetKind}, {u"job"_s, jobKind}, {u"cj"_s, cronJobKind},
-        {u"services"_s, serviceKind}, {u"ep"_s, endpointKind}, {u"configmaps"_s, configMapKind},
-        {u"secrets"_s, secretKind}, {u"persistentvolumes"_s, persistentVolumeKind},
-        {u"serviceaccounts"_s, serviceAccountKind}, {u"clusterroles"_s, clusterRoleKind},
-        {u"events"_s, eventKind}, {u"po"_s, podKind}};
+    static const std::map<QString, MakeKind> all = [] {
+        std::map<QString, MakeKind> byWord;
+        for (const MakeKind make : allKinds) {
+            byWord[make().listWord] = make;
+        }
+        return byWord;
+    }();
     return all;
-}
-
-/// The cells of a row, each with the names of its image and colour.
-QString cellsOf(const ResourceKind &kind, const KubeTableItem &item)
-{
-    QStringList cells;
-    for (const Column &column : kind.columns) {
-        if (column.identifier == u"namespace"_s) {
-            continue; // of the tables of all namespaces
-        }
-        QString cell = column.text(item);
-        if (column.image && !column.image(item).isEmpty()) {
-            cell += u" <%1>"_s.arg(column.image(item));
-        }
-        if (column.colour && column.identifier == kind.columns.front().identifier
-            && !column.colour(item).isEmpty()) {
-            cell += u" in "_s + column.colour(item);
-        }
-        cells.append(cell);
-    }
-    return cells.join(u'|');
-}
-
-bool matches(const QString &text, const QString &pattern) // "*" stands for anything within a field
-{
-    return QRegularExpression(
-        QRegularExpression::anchoredPattern(
-            QRegularExpression::escape(pattern).replace(u"\\*"_s, u"[^|]*"_s).replace(u"\\|"_s, u"\\|"_s)))
-        .match(text)
-        .hasMatch();
 }
 
 } // namespace

@@ -1,33 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // From objects as the API server sends them to the lines that kubectl prints of them: the same bytes.
+#include "AllKinds.h"
 #include "demo/DemoProcess.h"
 #include "platform/text/Timestamp.h"
-#include "pods/table/Pod.h"
-#include "resources/kinds/ClusterRole.h"
-#include "resources/kinds/ClusterRoleBinding.h"
-#include "resources/kinds/ConfigMap.h"
-#include "resources/kinds/CronJob.h"
-#include "resources/kinds/CustomResourceDefinition.h"
-#include "resources/kinds/DaemonSet.h"
-#include "resources/kinds/Deployment.h"
-#include "resources/kinds/Endpoint.h"
-#include "resources/kinds/Event.h"
-#include "resources/kinds/HorizontalPodAutoscaler.h"
-#include "resources/kinds/Ingress.h"
-#include "resources/kinds/Job.h"
-#include "resources/kinds/Namespace.h"
-#include "resources/kinds/NetworkPolicy.h"
-#include "resources/kinds/Node.h"
-#include "resources/kinds/PersistentVolume.h"
-#include "resources/kinds/PersistentVolumeClaim.h"
-#include "resources/kinds/ReplicaSet.h"
-#include "resources/kinds/Role.h"
-#include "resources/kinds/RoleBinding.h"
-#include "resources/kinds/Secret.h"
-#include "resources/kinds/Service.h"
-#include "resources/kinds/ServiceAccount.h"
-#include "resources/kinds/StatefulSet.h"
-#include "resources/kinds/StorageClass.h"
 #include "resources/listing/Merge.h"
 #include "resources/live/ListDecoder.h"
 #include "resources/live/ResourcePaths.h"
@@ -40,16 +15,10 @@
 #include <map>
 
 using namespace tidewright;
+using namespace tidewright::test;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-using MakeKind = ResourceKind (*)();
-constexpr MakeKind kinds[] = {podKind, deploymentKind, replicaSetKind, daemonSetKind, jobKind, cronJobKind,
-    serviceKind, endpointKind, configMapKind, secretKind, persistentVolumeKind, serviceAccountKind,
-    clusterRoleKind, eventKind, statefulSetKind, nodeKind, namespaceKind, ingressKind,
-    persistentVolumeClaimKind, storageClassKind, horizontalPodAutoscalerKind, networkPolicyKind, roleKind,
-    roleBindingKind, clusterRoleBindingKind, customResourceDefinitionKind};
 
 ResourceKind printing(const QString &argument)
 {
@@ -172,7 +141,7 @@ void tst_live_lines::listings_data()
     QTest::addColumn<QString>("client");
     QTest::addColumn<QString>("context");
     for (const auto &[client, demo] : m_demos) {
-        for (const MakeKind makeKind : kinds) {
+        for (const MakeKind makeKind : allKinds) {
             for (const QString &context : {u"demo-harbor"_s, u"demo-lighthouse"_s}) {
                 QTest::addRow("%s, %s, client %s", qPrintable(makeKind().tableName), qPrintable(context),
                     qPrintable(client))
@@ -227,7 +196,7 @@ void tst_live_lines::listings()
 void tst_live_lines::oddObjects_data()
 {
     QTest::addColumn<QString>("output");
-    for (const MakeKind makeKind : kinds) {
+    for (const MakeKind makeKind : allKinds) {
         QTest::addRow("%s", qPrintable(makeKind().tableName)) << makeKind().outputArguments.last();
     }
     QTest::newRow("lists") << u"-o=jsonpath={range .items[*]}{.rules[0]}|{.secrets[-1]}|{.spec.ports[1:]}|"
@@ -314,7 +283,7 @@ void tst_live_lines::beyondTheListing()
     QFETCH(QByteArray, object);
     QFETCH(QString, cells);
     setClockForTesting([] { return 1577836800.0 + 25 * 3600; });
-    const ResourceKind kind = kinds[number]();
+    const ResourceKind kind = allKinds[number]();
     QString problem;
     const auto lines = std::make_shared<ObjectLines>(kind, problem);
     ListDecoder decoder(lines);
