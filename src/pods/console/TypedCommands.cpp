@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+#include <QWidget>
+
 namespace tidewright {
 
 namespace {
