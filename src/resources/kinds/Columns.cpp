@@ -19,6 +19,15 @@ SortKey timeSortKey(const QString &timestamp)
     return SortKey(time ? -static_cast<double>(*time) : std::numeric_limits<double>::infinity());
 }
 
+int rankOfImage(const QString &name)
+{
+    static const QStringList worstFirst{QStringLiteral("NSStatusUnavailable"),
+        QStringLiteral("NSStatusPartiallyAvailable"), QStringLiteral("NSStatusAvailable"),
+        QStringLiteral("statusCompleted")};
+    const qsizetype place = worstFirst.indexOf(name);
+    return static_cast<int>(place < 0 ? worstFirst.size() : place);
+}
+
 Column nameColumn(int width)
 {
     return {QStringLiteral("name"), QStringLiteral("Name"),
