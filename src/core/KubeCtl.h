@@ -12,6 +12,8 @@ inline const QString allNamespaces = QStringLiteral("All Namespaces");
 
 /// "--all-namespaces" for the pseudo-namespace, else "-n" immediately followed by the name, as one argument.
 QString namespaceArgument(const QString &currentNamespace);
+/// "-l" immediately followed by the selector, as one argument; none for an empty selector.
+QStringList labelSelectorArguments(const QString &selector);
 /// "--context=" immediately followed by the name, as one argument.
 QString contextArgument(const QString &context);
 

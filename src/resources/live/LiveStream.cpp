@@ -132,7 +132,9 @@ void LiveStream::beginState()
 QString LiveStream::rawPath(const QString &query) const
 {
     const auto path = ResourcePaths::of(m_place.server).find(m_kind->listWord);
-    return path ? path->listPath(m_place.server, m_place.nameSpace) + query : QString();
+    return path ? path->listPath(m_place.server, m_place.nameSpace) + query
+            + labelSelectorQuery(m_place.labelSelector)
+                : QString();
 }
 
 void LiveStream::requestPage()
@@ -161,6 +163,7 @@ void LiveStream::watch()
         if (m_kind->namespaced) {
             arguments += namespaceArgument(m_place.nameSpace);
         }
+        arguments += labelSelectorArguments(m_place.labelSelector);
         arguments += watchOutputArguments(*m_kind).value_or(QStringList());
         run(Task::Watch, arguments, std::make_shared<TemplateDecoder>());
         return;
