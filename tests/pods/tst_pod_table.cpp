@@ -242,6 +242,26 @@ private Q_SLOTS:
         QTEST(pod.restarts, "restarts");
     }
 
+    void troubleComesFirst()
+    {
+        const ResourceKind kind = podKind();
+        const MergeResult merged = mergeListing(kind,
+            "done\tfalse\tSucceeded\t0\tCompleted\t\ta\nfine\ttrue\tRunning\t0\t\t\ta\n"
+            "new\tfalse\tPending\t0\tContainerCreating\t\ta\nstuck\tfalse\tPending\t0\tErrImagePull\t\ta\n"
+            "lame\tfalse true\tRunning\t0 0\t\t\ta b\nbroken\t\tFailed\t\t\t\ta",
+            {});
+        RowOrder order;
+        order.reset(
+            kind.columns, {{kind.indexOf(QLatin1String("status")), Qt::AscendingOrder}}, merged.added);
+        std::vector<int> positions{0, 1, 2, 3, 4, 5};
+        order.sort(positions);
+        QStringList names;
+        for (const int position : positions) {
+            names << merged.added[static_cast<std::size_t>(position)]->name;
+        }
+        QCOMPARE(names.join(u' '), u"lame broken stuck new fine done"_s);
+    }
+
     void sortFilterSelectionAndScrollSurviveRefreshes()
     {
         m_table->resize(1100, 140);

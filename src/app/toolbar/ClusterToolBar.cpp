@@ -151,6 +151,9 @@ void ClusterToolBar::followShownTable()
 {
     const auto *table = m_content.shownTable();
     m_filter->setText(table ? table->filter() : QString());
+    if (!m_filter->hasFocus()) {
+        m_filter->setCursorPosition(0); // of a long one the beginning tells most
+    }
     m_filter->setEnabled(table);
     m_filter->setTable(table);
 }

@@ -504,10 +504,12 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
     }
     if (kind().pods != ResourceKind::Pods::None) {
-        add(QStringLiteral("Show Pods"), &SharedContentViewController::showPods, hasRow);
+        add(QStringLiteral("Show Pods"), &SharedContentViewController::showPods,
+            showPodsObstacle().isEmpty());
     }
     if (kind().hasOwner) {
-        add(QStringLiteral("Show Owner"), &SharedContentViewController::showOwner, hasRow);
+        add(QStringLiteral("Show Owner"), &SharedContentViewController::showOwner,
+            showOwnerObstacle().isEmpty());
     }
     add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
     extendContextMenu(menu);
