@@ -90,6 +90,24 @@ double numberOf(const Column &column, const KubeTableItem &row)
     return number ? *number : std::nan("");
 }
 
+/// That the text of a column is the operand, or only contains it.
+std::function<bool(const KubeTableItem &)> textCondition(
+    const Column &column, bool isWhole, const QString &operand, const QString &homeNamespace)
+{
+    auto text = column.text;
+    if (column.identifier == namespaceColumnId) {
+        text = [homeNamespace](const KubeTableItem &row) {
+            return row.nameSpace.isEmpty() ? homeNamespace : row.nameSpace;
+        };
+    }
+    if (isWhole) {
+        return [text, operand](
+                   const KubeTableItem &row) { return text(row).compare(operand, Qt::CaseInsensitive) == 0; };
+    }
+    return [text, matcher = QStringMatcher(operand, Qt::CaseInsensitive)](
+               const KubeTableItem &row) { return matcher.indexIn(text(row)) >= 0; };
+}
+
 bool isBlank(QChar c)
 {
     return c.isSpace();
@@ -247,18 +265,7 @@ RowFilter::Condition RowFilter::condition(
                                           : tr("The column %1 holds no numbers.").arg(column.title));
         return {};
     }
-    auto text = column.text;
-    if (column.identifier == namespaceColumnId) {
-        text = [homeNamespace](const KubeTableItem &row) {
-            return row.nameSpace.isEmpty() ? homeNamespace : row.nameSpace;
-        };
-    }
-    if (relation == Relation::Equal) {
-        return [text, operand = operand](
-                   const KubeTableItem &row) { return text(row).compare(operand, Qt::CaseInsensitive) == 0; };
-    }
-    return [text, matcher = QStringMatcher(operand, Qt::CaseInsensitive)](
-               const KubeTableItem &row) { return matcher.indexIn(text(row)) >= 0; };
+    return textCondition(column, relation == Relation::Equal, operand, homeNamespace);
 }
 
 bool RowFilter::accepts(const KubeTableItem &row) const
