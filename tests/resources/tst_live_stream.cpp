@@ -302,7 +302,8 @@ void tst_live_stream::script()
         world.cut = cut;
         Table table(kindOfNumbers());
         const QString server = u"https://host/p#%1%2"_s.arg(cut).arg(quintptr(QTest::currentDataTag()));
-        const QString labels = QByteArrayView(QTest::currentDataTag()) == "labels" ? u"a in (b),!c"_s : QString();
+        const QString labels
+            = QByteArrayView(QTest::currentDataTag()) == "labels" ? u"a in (b),!c"_s : QString();
         LiveStream stream(kindOfNumbers(), {u"c"_s, server, u"n"_s, labels}, world.means());
         connect(&stream, &LiveStream::batchReady, this, [&](const LiveBatch &batch) { table.apply(batch); });
         stream.start();
