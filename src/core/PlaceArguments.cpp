@@ -9,6 +9,11 @@ QString namespaceArgument(const QString &currentNamespace)
                                              : QLatin1String("-n") + currentNamespace;
 }
 
+QStringList labelSelectorArguments(const QString &selector)
+{
+    return selector.isEmpty() ? QStringList() : QStringList(QLatin1String("-l") + selector);
+}
+
 QString contextArgument(const QString &context)
 {
     return QLatin1String("--context=") + context;

@@ -17,6 +17,9 @@ QString contextArgument(const QString &context);
 /// Both, in the order context, namespace.
 QStringList placeArguments(const QString &context, const QString &currentNamespace);
 
+/// "-l" immediately followed by the selector, as one argument; none for an empty selector.
+QStringList labelSelectorArguments(const QString &selector);
+
 /// "-n" and the name as two arguments, as some commands give it.
 QStringList separateNamespaceArguments(const QString &nameSpace);
 /// "--context", its name, and the same.

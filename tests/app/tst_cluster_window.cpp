@@ -2,6 +2,7 @@
 #include "App.h"
 #include "app/content/SidebarController.h"
 #include "app/toolbar/ClusterToolBar.h"
+#include "app/toolbar/FilterField.h"
 #include "app/toolbar/SearchableComboBox.h"
 #include "core/ApplicationRecord.h"
 #include "pods/logs/view/CombinedLogsViewController.h"

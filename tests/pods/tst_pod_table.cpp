@@ -6,6 +6,7 @@
 #include "platform/threads/MainQueue.h"
 #include "pods/table/ContainerButton.h"
 #include "pods/table/ContainerCopy.h"
+#include "pods/table/Pod.h"
 #include "pods/table/PodController.h"
 #include "resources/preview/PreviewFiles.h"
 #include "resources/preview/PreviewPanel.h"
@@ -112,6 +113,26 @@ private Q_SLOTS:
         qunsetenv("FAKE_TOOL_SCRIPT");
         setClockForTesting(nullptr);
         QVERIFY(m_demo->control("{\"hang\":false,\"fail\":0,\"latency\":0}"));
+    }
+
+    void troubleComesFirst()
+    {
+        const ResourceKind kind = podKind();
+        const MergeResult merged = mergeListing(kind,
+            "done\tfalse\tSucceeded\t0\tCompleted\t\ta\nfine\ttrue\tRunning\t0\t\t\ta\n"
+            "new\tfalse\tPending\t0\tContainerCreating\t\ta\nstuck\tfalse\tPending\t0\tErrImagePull\t\ta\n"
+            "lame\tfalse true\tRunning\t0 0\t\t\ta b\nbroken\t\tFailed\t\t\t\ta",
+            {});
+        RowOrder order;
+        order.reset(
+            kind.columns, {{kind.indexOf(QLatin1String("status")), Qt::AscendingOrder}}, merged.added);
+        std::vector<int> positions{0, 1, 2, 3, 4, 5};
+        order.sort(positions);
+        QStringList names;
+        for (const int position : positions) {
+            names << merged.added[static_cast<std::size_t>(position)]->name;
+        }
+        QCOMPARE(names.join(u' '), u"lame broken stuck new fine done"_s);
     }
 
     void sortFilterSelectionAndScrollSurviveRefreshes()

@@ -50,6 +50,7 @@ inline ResourceKind sampleKind()
     column(
         QStringLiteral("count"), [](const Item &i) { return QString::number(sample(i).count); },
         [](const Item &i) { return SortKey(static_cast<double>(sample(i).count)); });
+    kind.columns.back().showsNumber = true;
     column(
         QStringLiteral("note"), [](const Item &i) { return sample(i).note; },
         [](const Item &i) { return SortKey(naturalSortKey(sample(i).note)); });

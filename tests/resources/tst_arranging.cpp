@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SampleKind.h"
+#include "resources/kinds/Columns.h"
 #include "resources/listing/ArrangingModel.h"
 
 #include <QAbstractItemModelTester>
+#include <QDateTime>
 #include <QItemSelectionModel>
+#include <QScopeGuard>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
@@ -41,6 +44,14 @@ QStringList namesOf(const QModelIndexList &indexes)
         names << index.data(ArrangingModel::NameRole).toString();
     }
     return names;
+}
+
+constexpr qint64 noon = 1'700'000'000;
+
+ResourceKind withNamespaceColumn(ResourceKind kind)
+{
+    kind.columns.push_back(namespaceColumn());
+    return kind;
 }
 
 QStringList expectedNames(const RowStore &model, const QList<SortDescriptor> &sorts, const QString &filter)
@@ -217,6 +228,92 @@ private Q_SLOTS:
             const QSet<QString> now(stillSelected.begin(), stillSelected.end());
             QVERIFY2(now.contains(QSet<QString>(selected.begin(), selected.end()) & shown), "selection lost");
             QVERIFY2(stillSelected.size() <= selected.size(), "rows selected that nobody selected");
+        }
+    }
+
+    void filterWords_data()
+    {
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("labels");
+        QTest::addColumn<bool>("isUnderstood");
+        const auto row
+            = [](const char *filter, const char *shown, const char *labels = "", bool isUnderstood = true) {
+                  QTest::newRow(filter) << QString::fromUtf8(filter) << QString::fromLatin1(shown)
+                                        << QString::fromLatin1(labels) << isUnderstood;
+              };
+        row("CART", "cart-1 cart-test");
+        row("  cart   -Test ", "cart-1");
+        row("far", "db"); // the namespace counts too
+        row("-cart -", "db Bill");
+        row("ns:far", "db");
+        row("-ns:NEAR", "db"); // rows without one are of the namespace that the window shows
+        row("ns:=nea", "");
+        row("count:0", "cart-test"); // the number, not a digit of it
+        row("count:>0", "cart-1 db Bill");
+        row("count:>=10", "db Bill");
+        row("count:<10 count:>=1", "cart-1");
+        row("-count:=10", "cart-1 cart-test Bill");
+        row("NOTE:crash", "db");
+        row("Note:\"2/2 run\"", "cart-1");
+        row("note:=\"2/2 run\"", "");
+        row("note:\"2/2 Run", "cart-1"); // being typed
+        row("-note:r cart", "cart-test");
+        row("age:<1h", "cart-1");
+        row("age:>=1h30m", "cart-test"); // one whose age is not known has none
+        row("age:>1d", "");
+        for (const char *unfinished : {"", "-", "count:", "count:>", "count:>=", "age:<", "age:<1",
+                 "note:", "\"", "note:=", "label:", "?"}) {
+            row(unfinished, "cart-1 cart-test db Bill");
+        }
+        row("colour:red", "", "", false);
+        row("\"colour:red\"", "");
+        row("a:cart", "", "", false);
+        row("count:>many", "cart-1 cart-test db Bill", "", false);
+        row("age:>1w", "cart-1 cart-test db Bill", "", false);
+        row("note:>1", "cart-1 cart-test db Bill", "", false);
+        row("label:app=cart cart", "cart-1 cart-test", "app=cart");
+        row("label:a label:\"b in (c, d)\" -label:e=f -label:g -label:h==i", "cart-1 cart-test db Bill",
+            "a,b in (c, d),e!=f,!g,h!=i");
+        row("-label:a!=b", "cart-1 cart-test db Bill", "", false);
+    }
+    void filterWords()
+    {
+        QFETCH(QString, filter);
+        RowStore store(withNamespaceColumn(sampleKind()));
+        const auto add
+            = [&store](const char *name, qint64 count, const char *note, const char *nameSpace, int minutes) {
+                  const auto item = std::make_shared<SampleItem>(QString::fromLatin1(name));
+                  item->count = count;
+                  item->note = QString::fromLatin1(note);
+                  item->nameSpace = QString::fromLatin1(nameSpace);
+                  item->startTimeString = minutes
+                      ? QDateTime::fromSecsSinceEpoch(noon - 60 * minutes, Qt::UTC).toString(Qt::ISODate)
+                      : QString();
+                  const Row added = item;
+                  store.appendRows({&added, 1});
+              };
+        setClockForTesting([] { return static_cast<double>(noon); });
+        const auto restore = qScopeGuard([] { setClockForTesting({}); });
+        add("cart-1", 1, "2/2 Running", "", 59);
+        add("cart-test", 0, "", "", 90);
+        add("db", 10, "CrashLoopBackOff", "far", 0);
+        add("Bill", 12, "Error", "near", 0);
+        ArrangingModel arranged(store);
+        arranged.setHomeNamespace(u"near"_s);
+        arranged.setFilter(filter);
+        QStringList names;
+        for (int i = 0; i < arranged.rowCount(); ++i) {
+            names << arranged.arrangedRow(i)->name;
+        }
+        QTEST(names.join(u' '), "shown");
+        QTEST(arranged.rowFilter().labelSelector(), "labels");
+        QTEST(arranged.rowFilter().note().isEmpty(), "isUnderstood");
+        QCOMPARE(arranged.rowFilter().movesWithTime(), filter.startsWith(u"age:") && arranged.rowCount() < 4);
+        setClockForTesting([] { return static_cast<double>(noon + 60); });
+        store.timePasses(); // the first row has its hour now
+        if (filter == u"age:<1h") {
+            QCOMPARE(arranged.rowCount(), 0);
         }
     }
 

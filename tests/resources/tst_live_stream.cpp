@@ -201,6 +201,9 @@ void tst_live_stream::script_data()
            "asks limit=32000\nlist 5 d=4\nLoading a=1 b=2 c=3 d=4\n"
            "asks -v=6 --raw /p/api/v1/namespaces/n/pods?watch=1&allowWatchBookmarks=true&resourceVersion=5\n"
            "answered\nLive a=1 b=2 c=3 d=4"_s;
+    QTest::newRow("labels") << u"asks limit=500&labelSelector=a%20in%20%28b%29%2C%21c\nlist 5+ a=1\n"
+                               "asks continue=T%2Bx&labelSelector=a%20in\nlist 5 b=2\n"
+                               "asks resourceVersion=5&labelSelector=a%20in%20%28b%29%2C%21c"_s;
     QTest::newRow("changes") << live
             + u"events ~a=7@6 -b@7 +c=3@8\nwait 33\nLive a=7 c=3\nend\nasks\nwait 1000\n"
               "asks resourceVersion=8\nReconnecting a=7 c=3\nevents B@9\nLive a=7 c=3"_s;
@@ -278,7 +281,9 @@ void tst_live_stream::script()
         world.cut = cut;
         Table table(kindOfNumbers());
         const QString server = u"https://host/p#%1%2"_s.arg(cut).arg(quintptr(QTest::currentDataTag()));
-        LiveStream stream(kindOfNumbers(), {u"c"_s, server, u"n"_s}, world.means());
+        const QString labels
+            = QByteArrayView(QTest::currentDataTag()) == "labels" ? u"a in (b),!c"_s : QString();
+        LiveStream stream(kindOfNumbers(), {u"c"_s, server, u"n"_s, labels}, world.means());
         connect(&stream, &LiveStream::batchReady, this, [&](const LiveBatch &batch) { table.apply(batch); });
         stream.start();
         for (const QString &step : text.split(u'\n')) {

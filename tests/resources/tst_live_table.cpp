@@ -62,7 +62,8 @@ struct LiveTable
         const bool all = window.nameSpace == allNamespaces;
         const QStringList output
             = all ? withNamespaceField(store.kind().outputArguments) : store.kind().outputArguments;
-        const QStringList place = all ? QStringList{u"-A"_s} : QStringList{u"-n"_s, window.nameSpace};
+        const QStringList place = (all ? QStringList{u"-A"_s} : QStringList{u"-n"_s, window.nameSpace})
+            + labelSelectorArguments(loader.labelSelector());
         QByteArrayList lines;
         for (const QByteArray &line :
             demo.kubectl(QStringList{u"get"_s, store.kind().listWord} + place + output)
@@ -104,6 +105,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("meanwhile");
         QTest::newRow("all namespaces") << QString(allNamespaces) << QByteArray() << QString();
         QTest::newRow("one namespace") << u"shop"_s << QByteArray() << u"reload"_s;
+        QTest::newRow("some labels") << u"fleet"_s << "cut:400"_ba << u"labels"_s;
         QTest::newRow("broken streams")
             << QString(allNamespaces) << "cut:150,end:210,error:330"_ba << QString();
         QTest::newRow("a server that forgets") << QString(allNamespaces) << "expire:400"_ba << u"forget"_s;
@@ -118,10 +120,13 @@ private Q_SLOTS:
         QFETCH(QByteArray, disturb);
         QFETCH(QString, meanwhile);
         LiveTable table({u"--pods"_s, u"400"_s}, nameSpace);
+        if (meanwhile == u"labels"_s) {
+            table.loader.setLabelSelector(u"app in (anchor-0,dinghy-3,nobody),!absent"_s);
+        }
         table.loader.load({});
         QTRY_COMPARE(table.loader.following(), Following::Live);
         QCOMPARE(table.shown(), table.listed());
-        QVERIFY(!table.loader.isLoading() && table.loader.problem().isEmpty());
+        QVERIFY(!table.shown().isEmpty() && !table.loader.isLoading() && table.loader.problem().isEmpty());
         QVERIFY(table.demo.control("{\"disturb\": \"" + disturb + "\"}"));
         const int rounds = sanitized && !disturb.isEmpty() ? 4 : 10;
         for (int round = 0; round < rounds; ++round) {

@@ -26,6 +26,8 @@
 #include "resources/table/EventController.h"
 #include "resources/table/JobController.h"
 #include "resources/table/NodeController.h"
+#include "resources/table/RelatedObjects.h"
+#include "resources/table/ResourceTableView.h"
 #include "resources/table/SecretController.h"
 #include "resources/table/ServiceController.h"
 #include "resources/table/StatefulSetController.h"
@@ -102,6 +104,8 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
         SharedContentViewController *controller = tab.make(window);
         addWidget(controller);
         m_sidebarMap.insert(name.toLower(), controller);
+        connect(controller, &SharedContentViewController::otherTableWanted, this,
+            &PrimaryContentController::showTarget);
         connect(controller, &SharedContentViewController::loadFinished, this, [this, controller] {
             if (controller == currentWidget() && m_hiddenTablesWait.isActive()) {
                 loadHiddenTables();
@@ -111,6 +115,8 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
     m_hiddenTablesWait.setSingleShot(true);
     m_hiddenTablesWait.setInterval(longestHiddenWait);
     connect(&m_hiddenTablesWait, &QTimer::timeout, this, &PrimaryContentController::loadHiddenTables);
+    tableSwitched();
+    connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::tableSwitched);
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
 }
 
@@ -208,6 +214,66 @@ void PrimaryContentController::selectSidebarItem(const QString &name)
     if (auto *controller = shownTable(); controller && !m_window.currentContext().isEmpty()) {
         controller->reloadLogging(false);
     }
+}
+
+void PrimaryContentController::tableSwitched()
+{
+    const auto *table = shownTable();
+    if (!table || m_isTravelling) {
+        return;
+    }
+    noteVisit();
+    m_history.visit({table->kind().tableName, table->filter(), {}});
+}
+
+/// Writes down how the table looks now that the window goes away from.
+void PrimaryContentController::noteVisit()
+{
+    if (m_history.isEmpty()) {
+        return;
+    }
+    VisitedTable &visit = m_history.current();
+    const auto *table = qobject_cast<SharedContentViewController *>(m_sidebarMap.value(visit.tab.toLower()));
+    const std::vector<int> rows = table->tableView().selectedRowsInOrder();
+    visit.filter = table->filter();
+    visit.selected = rows.empty() ? ObjectName() : table->objectAt(rows.front());
+}
+
+void PrimaryContentController::go(int steps)
+{
+    if (!canGo(steps)) {
+        return;
+    }
+    noteVisit();
+    const VisitedTable visit = m_history.go(steps);
+    auto *table = qobject_cast<SharedContentViewController *>(m_sidebarMap.value(visit.tab.toLower()));
+    m_isTravelling = true;
+    bring(*table, visit.filter, visit.selected);
+    m_isTravelling = false;
+}
+
+void PrimaryContentController::showTarget(const TableTarget &target)
+{
+    for (SharedContentViewController *table : tables()) {
+        if (targetWord(table->kind()) == target.kind) {
+            bring(*table, target.filter, target.object);
+            return;
+        }
+    }
+    refuseChange(m_window, tr("No other table was shown"),
+        tr("there is no table for the kind of %1 (%2).").arg(target.object.name, target.kind));
+}
+
+void PrimaryContentController::bring(
+    SharedContentViewController &table, const QString &filter, const ObjectName &selected)
+{
+    table.setFilter(filter); // before it is shown, and loads
+    table.completeFilter();
+    Q_EMIT sidebarItemWanted(table.kind().tableName);
+    if (!selected.name.isEmpty()) {
+        table.selectObject(selected);
+    }
+    table.setFocus(Qt::OtherFocusReason);
 }
 
 void PrimaryContentController::reloadContent()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/content/TableHistory.h"
 #include "resources/changes/ClusterChange.h"
 
 #include <QHash>
@@ -10,6 +11,7 @@
 namespace tidewright {
 
 class SharedContentViewController;
+struct TableTarget;
 
 /// The tables of one cluster window, one tab for each kind of object, of which one is shown. All live as long
 /// as the window.
@@ -46,6 +48,13 @@ public:
     /// Shows the kind of that sidebar item and refreshes it; a header leaves the shown table where it is.
     void selectSidebarItem(const QString &name);
 
+    /// Whether there is a table to go back to (-1), or forward (1).
+    bool canGo(int steps) const { return m_history.canGo(steps); }
+    /// Shows that table as it was when it was left: its filter, and its first selected row.
+    void go(int steps);
+    /// Shows the table of a kind as somebody wants it; the window's console says so when there is none.
+    void showTarget(const TableTarget &target);
+
     void reloadContent();
     /// Asks for files and creates what they declare, in what the window shows when it asks.
     void createFromFileDialog();
@@ -55,14 +64,21 @@ public:
 
 Q_SIGNALS:
     void shownTableChanged();
+    /// The item of that name is to be selected in the sidebar, which brings its table.
+    void sidebarItemWanted(const QString &name);
 
 private:
     void loadHiddenTables();
+    void tableSwitched();
+    void noteVisit();
+    void bring(SharedContentViewController &table, const QString &filter, const ObjectName &selected);
 
     WindowState &m_window;
     QTimer m_hiddenTablesWait; ///< for the load of the shown one
     QString m_selectedTabName;
     QHash<QString, QWidget *> m_sidebarMap;
+    TableHistory m_history;
+    bool m_isTravelling = false; ///< in the history
 };
 
 } // namespace tidewright

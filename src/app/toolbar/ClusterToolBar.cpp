@@ -1,22 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/toolbar/ClusterToolBar.h"
 
-#include "app/state/KubeSplitViewController.h"
 #include "app/content/PrimaryContentController.h"
-#include "app/toolbar/SearchableComboBox.h"
+#include "app/state/KubeSplitViewController.h"
 #include "app/state/TypedNamespaces.h"
+#include "app/toolbar/FilterField.h"
+#include "app/toolbar/SearchableComboBox.h"
 #include "core/CommandGate.h"
 #include "platform/text/DisplayText.h"
-#include "resources/widgets/ContextBand.h"
-#include "resources/widgets/NamedImages.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
+#include "resources/widgets/ContextBand.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLineEdit>
-#include <QSignalBlocker>
 #include <QToolButton>
 
 namespace tidewright {
@@ -35,7 +34,7 @@ ClusterToolBar::ClusterToolBar(
     , m_contexts(new SearchableComboBox(QStringLiteral("Contexts"), tr("context")))
     , m_access(new QToolButton)
     , m_namespaces(new SearchableComboBox(QStringLiteral("Namespaces"), tr("namespace")))
-    , m_filter(new QLineEdit)
+    , m_filter(new FilterField)
     , m_bar(new QToolBar)
 {
     m_bar->setMovable(false);
@@ -126,18 +125,21 @@ void ClusterToolBar::showAccess(const ContextKey &context)
 
 void ClusterToolBar::setUpFilter()
 {
-    m_filter->setAccessibleName(QStringLiteral("Filter"));
-    m_filter->setPlaceholderText(tr("Filter by name"));
-    m_filter->setClearButtonEnabled(true);
-    m_filter->setMinimumWidth(170);
-    m_filter->setMaximumWidth(260);
+    m_filter->setMinimumWidth(210);
+    m_filter->setMaximumWidth(320);
     m_filter->installEventFilter(this);
     for (SharedContentViewController *table : m_content.tables()) {
         table->setFilterField(m_filter);
+        connect(table, &SharedContentViewController::filterChanged, this, [this, table] {
+            if (table == m_content.shownTable() && table->filter() != m_filter->text()) {
+                followShownTable();
+            }
+        });
     }
     connect(m_filter, &QLineEdit::textChanged, this, [this](const QString &text) {
         if (auto *table = m_content.shownTable()) {
             table->setFilter(text);
+            m_filter->filterApplied();
         }
     });
     connect(
@@ -147,10 +149,13 @@ void ClusterToolBar::setUpFilter()
 
 void ClusterToolBar::followShownTable()
 {
-    const QSignalBlocker blocker(m_filter);
     const auto *table = m_content.shownTable();
     m_filter->setText(table ? table->filter() : QString());
+    if (!m_filter->hasFocus()) {
+        m_filter->setCursorPosition(0); // of a long one the beginning tells most
+    }
     m_filter->setEnabled(table);
+    m_filter->setTable(table);
 }
 
 void ClusterToolBar::setCommands(const QList<QAction *> &commands)
@@ -178,13 +183,19 @@ bool ClusterToolBar::eventFilter(QObject *watched, QEvent *event)
     if (overriding) {
         return QWidget::eventFilter(watched, event);
     }
+    if (m_filter->takeKey(*static_cast<QKeyEvent *>(event))) {
+        return true;
+    }
     if (key == Qt::Key_Escape) {
         m_filter->clear();
     } else if (key != Qt::Key_Down && key != Qt::Key_Return && key != Qt::Key_Enter) {
         return QWidget::eventFilter(watched, event);
     }
     m_content.currentWidget()->setFocus(Qt::OtherFocusReason);
-    const auto *table = m_content.shownTable();
+    auto *table = m_content.shownTable();
+    if (table) {
+        table->completeFilter();
+    }
     if (key != Qt::Key_Escape && table && table->arrangedObjects().rowCount() > 0
         && !table->tableView().selectionModel()->hasSelection()) {
         table->tableView().selectRow(0); // what was looked for, ready for the next key

@@ -3,11 +3,11 @@
 
 #include <QToolBar>
 
-class QLineEdit;
 class QToolButton;
 
 namespace tidewright {
 
+class FilterField;
 class KubeSplitViewController;
 class PrimaryContentController;
 class SearchableComboBox;
@@ -33,7 +33,7 @@ public:
     SearchableComboBox *contextPopupButton() const { return m_contexts; }
     SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }
     QToolButton *accessBadge() const { return m_access; }
-    QLineEdit *filterField() const { return m_filter; }
+    FilterField *filterField() const { return m_filter; }
 
 Q_SIGNALS:
     /// The user wants to see where the access is chosen.
@@ -53,7 +53,7 @@ private:
     SearchableComboBox *m_contexts;
     QToolButton *m_access;
     SearchableComboBox *m_namespaces;
-    QLineEdit *m_filter;
+    FilterField *m_filter;
     QToolBar *m_bar;
 };
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/window/MainWindowController.h"
 
-#include "app/toolbar/ClusterToolBar.h"
 #include "app/content/DestinationView.h"
-#include "app/state/KubeConfigList.h"
-#include "app/state/KubeSplitViewController.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/content/SidebarController.h"
+#include "app/state/KubeConfigList.h"
+#include "app/state/KubeSplitViewController.h"
+#include "app/toolbar/ClusterToolBar.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/process/Environment.h"
 #include "platform/settings/UserDefaults.h"
@@ -14,9 +14,9 @@
 #include "pods/console/PodConsoleSplitViewController.h"
 #include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
-#include "resources/widgets/ContextBand.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/table/SharedContentViewController.h"
+#include "resources/widgets/ContextBand.h"
 
 #include <QDesktopServices>
 #include <QSplitter>
@@ -71,6 +71,7 @@ void MainWindowController::connectParts()
 {
     connect(
         m_sidebar, &SidebarController::itemSelected, m_content, &PrimaryContentController::selectSidebarItem);
+    connect(m_content, &PrimaryContentController::sidebarItemWanted, m_sidebar, &SidebarController::select);
     connect(m_state, &KubeSplitViewController::namespaceChosen, this, &MainWindowController::updateTitles);
     connect(m_state, &KubeSplitViewController::clusterSettingsChanged, m_content,
         &PrimaryContentController::clusterSettingsChanged);

@@ -24,6 +24,7 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMouseEvent>
 #include <QTabBar>
 
 #include <algorithm>
@@ -109,9 +110,11 @@ WindowCommands::WindowCommands(ClusterWindowFrame &frame, const WebPages &pages)
     buildFileMenu();
     buildEditMenu();
     buildViewMenu();
+    buildGoMenu();
     buildClusterMenu();
     buildWindowMenu();
     buildHelpMenu(pages);
+    qApp->installEventFilter(this);
 }
 
 QAction *WindowCommands::add(
@@ -212,6 +215,42 @@ void WindowCommands::buildViewMenu()
     for (QAction *action : std::as_const(m_forRows)) {
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     }
+}
+
+void WindowCommands::buildGoMenu()
+{
+    QMenu *menu = m_frame.menuBar()->addMenu(tr("&Go"));
+    menu->setToolTipsVisible(true);
+    m_back = add(menu, tr("&Back"), {}, [this] { go(-1); });
+    m_back->setShortcuts(QKeySequence::Back);
+    m_forward = add(menu, tr("&Forward"), {}, [this] { go(1); });
+    m_forward->setShortcuts(QKeySequence::Forward);
+    menu->addSeparator();
+    m_showPods = addForTable(
+        menu, tr("Show &Pods"), QKeySequence(tr("Ctrl+Shift+P")), &SharedContentViewController::showPods);
+    m_showOwner = addForTable(
+        menu, tr("Show &Owner"), QKeySequence(tr("Ctrl+Shift+O")), &SharedContentViewController::showOwner);
+}
+
+void WindowCommands::go(int steps)
+{
+    if (MainWindowController *page = m_frame.currentPage()) {
+        page->primaryContentController().go(steps);
+    }
+}
+
+bool WindowCommands::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::MouseButtonPress || !watched->isWidgetType()) {
+        return QObject::eventFilter(watched, event);
+    }
+    const Qt::MouseButton button = static_cast<QMouseEvent *>(event)->button();
+    const bool isWay = button == Qt::BackButton || button == Qt::ForwardButton;
+    if (!isWay || static_cast<QWidget *>(watched)->window() != &m_frame) {
+        return QObject::eventFilter(watched, event);
+    }
+    go(button == Qt::BackButton ? -1 : 1);
+    return true;
 }
 
 void WindowCommands::buildClusterMenu()
@@ -348,6 +387,7 @@ void WindowCommands::updateEnabled()
         action->setEnabled(m_frame.tabBar()->count() > 1);
     }
     updateLogsAndJobs();
+    updateWays();
 }
 
 /// The commands that change objects, where their names do not depend on what is chosen.
@@ -361,6 +401,18 @@ void WindowCommands::updateChanges(bool hasRows)
     m_edit->setText(isReadOnly ? tr("Vi&ew Configuration") : tr("&Edit Configuration"));
     m_edit->setToolTip(
         display_text::toolTip(isReadOnly ? orReadOnly(page, {}) : tr("Edit the first selected object")));
+}
+
+void WindowCommands::updateWays()
+{
+    const MainWindowController *page = m_frame.currentPage();
+    m_back->setEnabled(page && page->primaryContentController().canGo(-1));
+    m_forward->setEnabled(page && page->primaryContentController().canGo(1));
+    const SharedContentViewController *table = shownTable();
+    enable(m_showPods, table ? table->showPodsObstacle() : tr("No table is shown."),
+        tr("Show the pods of the selected object"));
+    enable(m_showOwner, table ? table->showOwnerObstacle() : tr("No table is shown."),
+        tr("Show the object that made the selected one"));
 }
 
 void WindowCommands::updateLogsAndJobs()

@@ -36,6 +36,9 @@ public:
     void addTo(MainWindowController &page);
     void updateEnabled();
 
+    /// The mouse buttons for going back and forward, anywhere in the window.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 Q_SIGNALS:
     /// The user wants to choose the toolbar's commands.
     void toolBarRequested();
@@ -46,6 +49,7 @@ private:
     void buildFileMenu();
     void buildEditMenu();
     void buildViewMenu();
+    void buildGoMenu();
     void buildClusterMenu();
     void buildWindowMenu();
     void buildHelpMenu(const WebPages &pages);
@@ -55,6 +59,8 @@ private:
     SharedContentViewController *shownTable() const;
     void updateChanges(bool hasRows);
     void updateLogsAndJobs();
+    void updateWays();
+    void go(int steps);
 
     ClusterWindowFrame &m_frame;
     QList<QAction *> m_forRows; ///< need chosen rows, and the focus in the table when they come by key
@@ -68,6 +74,10 @@ private:
     QAction *m_copyFile = nullptr;
     QAction *m_runNow = nullptr;
     QAction *m_stop = nullptr;
+    QAction *m_back = nullptr;
+    QAction *m_forward = nullptr;
+    QAction *m_showPods = nullptr;
+    QAction *m_showOwner = nullptr;
     QList<QAction *> m_forTabs;
     QMenu *m_windowMenu = nullptr;
     QList<QAction *> m_windows;

@@ -149,7 +149,7 @@ std::vector<Column> podColumns()
     const auto containers = [](const Pod &pod) { return pod.containers.join(QLatin1String(", ")); };
     return {
         nameColumn(290),
-        withImage<Pod>(
+        troubleFirst<Pod>(
             textColumn<Pod>("status", QStringLiteral("Status"), &Pod::isReadyText, 170), &Pod::isReadyImage),
         textColumn<Pod>("reason", QStringLiteral("Reason"), &Pod::why, 140),
         numberColumn<Pod>("restarts", QStringLiteral("Restarts"), &Pod::restarts, 80),
@@ -229,6 +229,7 @@ ResourceKind podKind()
     kind.listWord = QStringLiteral("po");
     kind.outputArguments = {podListingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.hasOwner = true;
     kind.logTarget = QString(); // the pod's name by itself
     kind.columns = podColumns();
     kind.assign = assignPod;

@@ -40,6 +40,15 @@ Column hiddenAtFirst(Column column)
     return column;
 }
 
+int rankOfImage(const QString &name)
+{
+    static const QStringList worstFirst{QStringLiteral("NSStatusUnavailable"),
+        QStringLiteral("NSStatusPartiallyAvailable"), QStringLiteral("NSStatusAvailable"),
+        QStringLiteral("statusCompleted")};
+    const qsizetype place = worstFirst.indexOf(name);
+    return static_cast<int>(place < 0 ? worstFirst.size() : place);
+}
+
 Column nameColumn(int width)
 {
     return {QStringLiteral("name"), QStringLiteral("Name"),

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/text/NaturalOrder.h"
 #include "resources/kinds/Availability.h"
 #include "resources/kinds/ResourceKind.h"
 
@@ -65,10 +66,12 @@ template <typename Item, typename Number>
 Column numberColumn(const char *identifier, const QString &title, Number number, int width)
 {
     const auto get = ofRow<Item>(number);
-    return {QString::fromLatin1(identifier), title,
+    Column column{QString::fromLatin1(identifier), title,
         [get](const KubeTableItem &item) { return QString::number(get(item)); },
         [get](const KubeTableItem &item) { return SortKey(static_cast<double>(get(item))); },
         Qt::AlignRight | Qt::AlignVCenter, width};
+    column.showsNumber = true;
+    return column;
 }
 
 /// The time since `timestamp`, in the words of `text`.
@@ -115,6 +118,20 @@ Column stateColumn(const char *identifier, const QString &title, State state, in
 
 /// The column, hidden until the header's menu shows it.
 Column hiddenAtFirst(Column column);
+
+/// How bad a state image is, 0 being the worst: red, amber, green, what has been completed, and no image.
+int rankOfImage(const QString &name);
+
+/// The column with a state image, ordered by that, trouble first, and then by its text.
+template <typename Item, typename Image> Column troubleFirst(Column column, Image image)
+{
+    column = withImage<Item>(std::move(column), image);
+    column.sortKey = [text = column.text, image = column.image](const KubeTableItem &row) {
+        const auto rank = static_cast<char>('0' + rankOfImage(image(row)));
+        return SortKey(rank + naturalSortKey(text(row)));
+    };
+    return column;
+}
 
 /// Whether there are as many as wanted: an image with words, the worst first.
 template <typename Item, typename Available, typename Wanted>

@@ -138,6 +138,8 @@ ResourceKind jobKind()
     kind.listWord = QStringLiteral("job");
     kind.outputArguments = {QStringLiteral("-ogo-template"), listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.pods = ResourceKind::Pods::BySelector;
+    kind.hasOwner = true;
     kind.logTarget = QStringLiteral("job/");
     kind.assign = assign;
     kind.columns = columns();

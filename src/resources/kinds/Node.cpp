@@ -182,6 +182,7 @@ ResourceKind nodeKind()
     kind.namespaced = false;
     kind.fieldCount = FieldCount;
     kind.assign = assign;
+    kind.pods = ResourceKind::Pods::OnNode;
     kind.columns = columns();
     return kind;
 }

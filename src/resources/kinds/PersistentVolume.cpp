@@ -74,7 +74,7 @@ Column capacityColumn()
 
 Column statusColumn()
 {
-    return withImage<PersistentVolume>(
+    return troubleFirst<PersistentVolume>(
         textColumn<PersistentVolume>("status", QStringLiteral("Status"), &PersistentVolume::status, 110),
         &PersistentVolume::statusImage);
 }

@@ -49,6 +49,8 @@ ResourceKind replicaSetKind()
     kind.listWord = QStringLiteral("rs");
     kind.outputArguments = {QStringLiteral("-ogo-template"), listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.pods = ResourceKind::Pods::BySelector;
+    kind.hasOwner = true;
     kind.assign = assign;
     kind.columns = columns();
     return kind;

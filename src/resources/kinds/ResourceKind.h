@@ -29,7 +29,8 @@ struct Column
     std::function<QString(const KubeTableItem &)> image = nullptr; ///< name of a state image, beside the text
     std::function<QString(const KubeTableItem &)> colour
         = nullptr; ///< name of a text colour, empty for the usual one
-    bool movesWithTime = false; ///< the text changes as time goes by
+    bool movesWithTime = false; ///< the text is the time since then, by which rows are ordered (timeColumn)
+    bool showsNumber = false; ///< the text is the number by which rows are ordered
     bool hidden = false; ///< at first; the header's menu shows it
     /// The title while rows come from listings alone, when their field holds something else.
     QString listedTitle = {};
@@ -53,6 +54,10 @@ struct ResourceKind
     /// Its objects hold what must not enter the program: only a template, run by kubectl, may read them.
     bool isConfidential = false;
     bool lastLineFirst = false; ///< lines are taken last to first
+    /// How pods belong to an object of this kind: by its selector, or by running there.
+    enum class Pods { None, BySelector, OnNode };
+    Pods pods = Pods::None;
+    bool hasOwner = false; ///< another object makes objects of this kind, as a rule
     /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
     /// logs.
     std::optional<QString> logTarget;

@@ -77,6 +77,7 @@ ResourceKind statefulSetKind()
     kind.logTarget = QStringLiteral("statefulset/");
     kind.fieldCount = FieldCount;
     kind.assign = assign;
+    kind.pods = ResourceKind::Pods::BySelector;
     kind.columns = columns();
     return kind;
 }

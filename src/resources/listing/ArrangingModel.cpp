@@ -100,7 +100,24 @@ void ArrangingModel::setFilter(const QString &text)
         return;
     }
     m_filter = text;
-    m_matcher.setPattern(text.toCaseFolded());
+    m_rowFilter = RowFilter(m_filter, m_store->kind().columns, m_homeNamespace);
+    filterAgain();
+}
+
+void ArrangingModel::setHomeNamespace(const QString &name)
+{
+    if (name == m_homeNamespace || !m_store) {
+        return;
+    }
+    m_homeNamespace = name;
+    if (const RowStore::Change change(*m_store); change && !m_filter.isEmpty()) {
+        m_rowFilter = RowFilter(m_filter, m_store->kind().columns, m_homeNamespace);
+        filterAgain();
+    }
+}
+
+void ArrangingModel::filterAgain()
+{
     Positions leaving;
     Positions entering;
     for (int position = 0; position < static_cast<int>(m_rows.size()); ++position) {
@@ -115,11 +132,7 @@ void ArrangingModel::setFilter(const QString &text)
 
 bool ArrangingModel::accepts(int position) const
 {
-    if (m_filter.isEmpty()) {
-        return true;
-    }
-    const KubeTableItem &row = *m_store->rows()[static_cast<std::size_t>(position)];
-    return m_matcher.indexIn(row.foldedName) >= 0 || m_matcher.indexIn(row.nameSpace) >= 0;
+    return m_filter.isEmpty() || m_rowFilter.accepts(*m_store->rows()[static_cast<std::size_t>(position)]);
 }
 
 const Row &ArrangingModel::arrangedRow(int row) const
@@ -200,6 +213,12 @@ void ArrangingModel::timePassed()
         if (m_store->kind().columns[static_cast<std::size_t>(column)].movesWithTime) {
             Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column), {Qt::DisplayRole});
         }
+    }
+    if (!m_rowFilter.movesWithTime()) {
+        return;
+    }
+    if (const RowStore::Change change(*m_store); change) {
+        filterAgain();
     }
 }
 

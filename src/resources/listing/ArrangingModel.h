@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/listing/RowFilter.h"
 #include "resources/listing/RowOrder.h"
 #include "resources/listing/RowStore.h"
 
 #include <QAbstractTableModel>
-#include <QStringMatcher>
 
 namespace tidewright {
 
-/// The rows of a store as a Qt model with the kind's columns, arranged for display: the rows whose name or
-/// namespace contains the filter text (without regard to case), in the order of the sort descriptors, rows
-/// that compare equal in the order in which they were added. Typed keys, no string comparison of numbers. A
-/// change of the store, the filter or the order costs a constant number of model signals, however many rows
-/// it concerns; persistent indexes (selection, widgets in cells) stay on their rows. Whoever is told of a
-/// change can make no other one before it is done.
+/// The rows of a store as a Qt model with the kind's columns, arranged for display: the rows that the filter
+/// accepts, in the order of the sort descriptors, rows that compare equal in the order in which they were
+/// added. Typed keys, no string comparison of numbers. A change of the store, the filter or the order costs a
+/// constant number of model signals, however many rows it concerns; persistent indexes (selection, widgets in
+/// cells) stay on their rows. Whoever is told of a change can make no other one before it is done.
 class ArrangingModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -34,11 +33,16 @@ public:
     void setSorts(const QList<SortDescriptor> &sorts);
     QString filter() const;
     void setFilter(const QString &text);
+    const RowFilter &rowFilter() const { return m_rowFilter; }
+    /// The namespace of rows that do not tell theirs; for the filter.
+    void setHomeNamespace(const QString &name);
 
     /// The row shown at `row`, which must exist.
     const Row &arrangedRow(int row) const;
     /// Where that row, which must exist, stands in the store.
     std::size_t positionOf(int row) const;
+    /// The row of a position in the store, which must exist; -1 when the filter hides it.
+    int rowAt(std::size_t position) const { return m_rows.at(position); }
 
     /// Whether rows come from listings alone: a column may be called otherwise then.
     void setListed(bool listed);
@@ -62,6 +66,7 @@ private:
     void timePassed();
 
     bool accepts(int position) const;
+    void filterAgain();
     void hide(std::span<const int> positions);
     void show(Positions positions);
     void placeAgain(Positions positions);
@@ -73,7 +78,8 @@ private:
     RowStore *m_store; ///< null once it is destroyed
     QList<SortDescriptor> m_sorts;
     QString m_filter;
-    QStringMatcher m_matcher; ///< of the filter, for folded names
+    RowFilter m_rowFilter; ///< of that text
+    QString m_homeNamespace;
     RowOrder m_rowOrder;
     Positions m_positions; ///< by row: the store's position
     std::vector<int> m_rows; ///< by position: the row, or -1

@@ -91,6 +91,7 @@ LiveRequest LiveRequests::watch(const QByteArray &version) const
     if (m_kind->namespaced) {
         arguments += namespaceArgument(m_place.nameSpace);
     }
+    arguments += labelSelectorArguments(m_place.labelSelector);
     arguments += watchOutputArguments(*m_kind).value_or(QStringList());
     return get(arguments, std::make_shared<TemplateDecoder>());
 }
@@ -113,7 +114,9 @@ QStringList LiveRequests::context() const
 QString LiveRequests::path(const QString &query) const
 {
     const auto path = paths().find(m_kind->listWord);
-    return path ? path->listPath(m_place.server, m_place.nameSpace) + query : QString();
+    return path ? path->listPath(m_place.server, m_place.nameSpace) + query
+            + labelSelectorQuery(m_place.labelSelector)
+                : QString();
 }
 
 } // namespace tidewright

@@ -19,6 +19,7 @@ struct LivePlace
     QString context; ///< named to kubectl; empty: its current one
     QString server; ///< the address of the context's cluster (KubeConfigContents::server)
     QString nameSpace; ///< a name, or `allNamespaces`
+    QString labelSelector = {}; ///< only objects that match it; empty: all
 };
 
 /// One child of a live stream: what it is asked, and what reads its answer.

@@ -80,6 +80,13 @@ QString ResourcePath::listPath(const QString &server, const QString &nameSpace) 
     return path + plural;
 }
 
+QString labelSelectorQuery(const QString &selector)
+{
+    return selector.isEmpty()
+        ? QString()
+        : QLatin1String("&labelSelector=") + QString::fromLatin1(QUrl::toPercentEncoding(selector));
+}
+
 ResourcePaths &ResourcePaths::of(const QString &server)
 {
     static QHash<QString, std::shared_ptr<ResourcePaths>> clusters;

@@ -25,6 +25,9 @@ struct ResourcePath
     bool operator==(const ResourcePath &) const = default;
 };
 
+/// What follows the other parameters of a list or watch; empty for an empty selector.
+QString labelSelectorQuery(const QString &selector);
+
 /// The paths of one cluster, for all tables: where the kinds stand on nearly every server until the cluster
 /// has been asked, and from then on what it said. Main thread.
 class ResourcePaths

@@ -114,6 +114,14 @@ QString TableLoader::followingReason() const
                                          : QString();
 }
 
+void TableLoader::setLabelSelector(const QString &selector)
+{
+    if (selector != m_labelSelector) {
+        m_labelSelector = selector;
+        clear();
+    }
+}
+
 void TableLoader::load(const LoadRequest &request)
 {
     if (m_store.kind().listWord.isEmpty()) {
@@ -168,9 +176,10 @@ void TableLoader::list(const LoadRequest &request)
     const QStringList arguments
         = QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), m_store.kind().listWord}
         + placeArguments(m_window.currentContext(), m_window.currentNamespace());
+    const QStringList labels = labelSelectorArguments(m_labelSelector);
     const bool everywhere = m_store.kind().namespaced && m_window.currentNamespace() == allNamespaces;
-    m_pipeline.load(shell, arguments, everywhere ? LineForm::WithNamespace : LineForm::Plain, request.logged,
-        request.unattended);
+    m_pipeline.load(shell, arguments + labels, everywhere ? LineForm::WithNamespace : LineForm::Plain,
+        request.logged, request.unattended);
 }
 
 /// Starts the stream, or goes on with it.
@@ -187,7 +196,8 @@ void TableLoader::follow()
     m_streamSince = QDateTime::currentDateTime();
     m_hasState = false;
     m_stream = std::make_unique<LiveStream>(m_store.kind(),
-        LivePlace{context, m_window.kubeCtl().contents().server(context), m_window.currentNamespace()},
+        LivePlace{context, m_window.kubeCtl().contents().server(context), m_window.currentNamespace(),
+            m_labelSelector},
         liveMeans([&window = m_window] { return window.kubeCtl().makeShell(); }));
     connect(m_stream.get(), &LiveStream::batchReady, &m_liveRows, &LiveRows::take);
     connect(m_stream.get(), &LiveStream::statusChanged, this, &TableLoader::streamChanged);

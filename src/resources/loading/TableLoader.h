@@ -30,6 +30,11 @@ public:
     TableLoader(RowStore &store, WindowState &window, QObject *parent = nullptr);
     ~TableLoader() override;
 
+    /// From now on the rows are the objects with these labels: a label selector as kubectl takes it, empty
+    /// for all objects. Empties the table when that is a change.
+    void setLabelSelector(const QString &selector);
+    const QString &labelSelector() const { return m_labelSelector; }
+
     /// Makes the rows true: a listing, or without `logged` the stream when there is one. Does nothing while
     /// there is no place to load from.
     void load(const LoadRequest &request);
@@ -95,6 +100,7 @@ private:
     WindowState &m_window;
     ListingPipeline m_pipeline;
     LiveRows m_liveRows;
+    QString m_labelSelector;
     std::unique_ptr<LiveStream> m_stream;
     QDateTime m_streamSince; ///< its first state is on the way
     QString m_refusal; ///< why there is no stream in this place

@@ -15,6 +15,15 @@ QString tr(const char *text)
     return QCoreApplication::translate("TableStatus", text);
 }
 
+QString nowhere(const ResourceKind &kind, const QString &noun, const QString &nameSpace)
+{
+    if (!kind.namespaced) {
+        return tr("No %1 in this cluster.").arg(noun);
+    }
+    return nameSpace == allNamespaces ? tr("No %1 in any namespace.").arg(noun)
+                                      : tr("No %1 in namespace %2.").arg(noun, nameSpace);
+}
+
 } // namespace
 
 QString countsText(const ResourceKind &kind, const TableFacts &facts)
@@ -30,6 +39,9 @@ QString countsText(const ResourceKind &kind, const TableFacts &facts)
     QString counts = facts.shown == facts.all
         ? tr("%1 %2").arg(locale.toString(facts.all), facts.all == 1 ? kind.humanReadableResourceName : noun)
         : tr("%1 of %2 %3").arg(locale.toString(facts.shown), locale.toString(facts.all), noun);
+    if (!facts.labels.isEmpty()) {
+        counts = tr("%1 with the label %2").arg(counts, facts.labels);
+    }
     if (facts.selected > 0) {
         counts += QStringLiteral("  ·  ") + tr("%1 selected").arg(locale.toString(facts.selected));
     }
@@ -41,7 +53,8 @@ QString emptyReason(const ResourceKind &kind, const TableFacts &facts)
     const QString noun = kind.tableName.toLower();
     if (facts.all > 0) {
         return (facts.hasBeenLoaded ? tr("No %1 match “%2”.") : tr("No %1 match “%2” so far."))
-            .arg(noun, facts.filter);
+                   .arg(noun, facts.filter)
+            + (facts.filterNote.isEmpty() ? QString() : QLatin1Char('\n') + facts.filterNote);
     }
     if (facts.isLoading) {
         return tr("Loading %1…").arg(noun);
@@ -61,11 +74,8 @@ QString emptyReason(const ResourceKind &kind, const TableFacts &facts)
     if (!facts.hasBeenLoaded) {
         return tr("The %1 have not been loaded yet.").arg(noun);
     }
-    if (!kind.namespaced) {
-        return tr("No %1 in this cluster.").arg(noun);
-    }
-    return facts.nameSpace == allNamespaces ? tr("No %1 in any namespace.").arg(noun)
-                                            : tr("No %1 in namespace %2.").arg(noun, facts.nameSpace);
+    return nowhere(kind, facts.labels.isEmpty() ? noun : tr("%1 with the label %2").arg(noun, facts.labels),
+        facts.nameSpace);
 }
 
 } // namespace tidewright

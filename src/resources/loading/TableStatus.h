@@ -12,6 +12,8 @@ struct TableFacts
     int all = 0;
     int selected = 0;
     QString filter;
+    QString labels; ///< the label selector of all rows; empty without one
+    QString filterNote; ///< why the filter may not do what it looks like: sentences, or nothing
     QString nameSpace; ///< a name or `allNamespaces`; empty while none is chosen
     QString hint; ///< why the window has nothing to load from, with details on further lines
     QString problem; ///< why the table is empty or incomplete, with details on further lines

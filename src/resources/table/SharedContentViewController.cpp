@@ -10,6 +10,7 @@
 #include "resources/listing/LoadProblem.h"
 #include "resources/loading/TableStatus.h"
 #include "resources/preview/PreviewPanel.h"
+#include "resources/table/RelatedObjects.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/TablePreviews.h"
 #include "resources/table/TableStatusBar.h"
@@ -31,6 +32,7 @@ namespace {
 /// Also told by the General preferences and the manual; the pauses in TableLoader.cpp go by it.
 constexpr std::chrono::seconds refreshInterval(30);
 constexpr std::chrono::seconds reloadDelay(1);
+constexpr std::chrono::milliseconds typingPause(500);
 constexpr std::chrono::milliseconds progressDelay(300); // a quick refresh does not flicker
 
 ResourceKind withNamespaceColumn(ResourceKind kind)
@@ -95,13 +97,19 @@ void SharedContentViewController::connectParts()
     m_progressDelay.setSingleShot(true);
     m_progressDelay.setInterval(progressDelay);
     connect(&m_progressDelay, &QTimer::timeout, m_progress, &QWidget::show);
+    m_labelDelay.setObjectName(QStringLiteral("labelDelay"));
+    m_labelDelay.setSingleShot(true);
+    m_labelDelay.setInterval(typingPause);
+    connect(&m_labelDelay, &QTimer::timeout, this, &SharedContentViewController::completeFilter);
     connect(m_loader, &TableLoader::rowsChanged, this, [this] {
         updateStatus();
         rowsChanged();
+        selectWanted();
     });
     connect(&m_window, &WindowState::loadingHintChanged, this, &SharedContentViewController::updateStatus);
     connect(m_loader, &TableLoader::finished, this, [this] {
         updateStatus();
+        m_wanted.reset(); // it is not there
         Q_EMIT loadFinished();
     });
     connect(m_loader, &TableLoader::followingChanged, this, &SharedContentViewController::updateStatus);
@@ -111,6 +119,9 @@ void SharedContentViewController::connectParts()
         &SharedContentViewController::showContextMenu);
     connect(m_tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         updateStatus();
+        if (m_tableView->selectedRowCount() > 0) {
+            m_wanted.reset();
+        }
         Q_EMIT selectionChanged();
         PreviewPanel::shared().selectionChanged(*m_previews);
     });
@@ -138,8 +149,28 @@ void SharedContentViewController::showLoading()
 void SharedContentViewController::setFilter(const QString &text)
 {
     m_arranged->setFilter(text);
+    const QString labels = m_arranged->rowFilter().labelSelector();
+    if (labels.isEmpty()) {
+        completeFilter();
+    } else if (labels != m_loader->labelSelector()) {
+        m_labelDelay.start();
+    } else {
+        m_labelDelay.stop();
+    }
     updateStatus();
     Q_EMIT filterChanged();
+}
+
+void SharedContentViewController::completeFilter()
+{
+    m_labelDelay.stop();
+    if (const QString labels = m_arranged->rowFilter().labelSelector(); labels != m_loader->labelSelector()) {
+        m_previews->forget();
+        m_loader->setLabelSelector(labels);
+        if (!isHidden()) { // else it loads when it is shown
+            load({});
+        }
+    }
 }
 
 void SharedContentViewController::setFilterField(QLineEdit *field)
@@ -151,6 +182,7 @@ void SharedContentViewController::setFilterField(QLineEdit *field)
 void SharedContentViewController::showNamespaces()
 {
     const bool shown = kind().namespaced && m_window.currentNamespace() == allNamespaces;
+    m_arranged->setHomeNamespace(shown ? QString() : m_window.currentNamespace());
     if (std::exchange(m_showsNamespaces, shown) != shown) {
         m_tableView->setColumnHidden(kind().indexOf(namespaceColumnId), !shown);
     }
@@ -208,6 +240,8 @@ void SharedContentViewController::updateStatus()
         .all = static_cast<int>(tableItems().size()),
         .selected = m_tableView->selectedRowCount(),
         .filter = filter(),
+        .labels = m_loader->labelSelector(),
+        .filterNote = filterNote(),
         .nameSpace = m_window.currentNamespace(),
         .hint = m_window.loadingHint(),
         .problem = problem(),
@@ -351,6 +385,58 @@ void SharedContentViewController::viewLogs()
     m_window.openLogs(containers);
 }
 
+QString SharedContentViewController::showPodsObstacle() const
+{
+    return podsObstacle(kind(), chosenCount());
+}
+
+QString SharedContentViewController::showOwnerObstacle() const
+{
+    return ownerObstacle(kind(), chosenCount());
+}
+
+void SharedContentViewController::showPods()
+{
+    if (showPodsObstacle().isEmpty()) {
+        findPods(*this, m_window, kind(), chosenObjects().first(),
+            [this](const TableTarget &target) { Q_EMIT otherTableWanted(target); });
+    }
+}
+
+void SharedContentViewController::showOwner()
+{
+    if (showOwnerObstacle().isEmpty()) {
+        findOwner(*this, m_window, kind(), chosenObjects().first(),
+            [this](const TableTarget &target) { Q_EMIT otherTableWanted(target); });
+    }
+}
+
+void SharedContentViewController::selectObject(const ObjectName &object)
+{
+    m_wanted = object;
+    selectWanted();
+}
+
+void SharedContentViewController::selectWanted()
+{
+    if (!m_wanted) {
+        return;
+    }
+    auto position = m_store->find(m_wanted->nameSpace, m_wanted->name);
+    if (!position) {
+        position = m_store->find({}, m_wanted->name); // a table of one namespace does not name it
+    }
+    const int row = position ? m_arranged->rowAt(*position) : -1;
+    if (row >= 0) {
+        m_wanted.reset();
+        const QModelIndex index = m_arranged->index(row, 0);
+        // Not `selectRow`: that would add to the selection while the keys of a shortcut are held down.
+        m_tableView->selectionModel()->setCurrentIndex(
+            index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        m_tableView->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    }
+}
+
 void SharedContentViewController::replaceRow(const QModelIndex &index, const Row &row)
 {
     const std::pair<std::size_t, Row> changed(m_arranged->positionOf(index.row()), row);
@@ -377,6 +463,14 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     add(QStringLiteral("Quick Look"), &SharedContentViewController::showQuickLookPanel, hasRow);
     if (kind().logTarget) {
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
+    }
+    if (kind().pods != ResourceKind::Pods::None) {
+        add(QStringLiteral("Show Pods"), &SharedContentViewController::showPods,
+            showPodsObstacle().isEmpty());
+    }
+    if (kind().hasOwner) {
+        add(QStringLiteral("Show Owner"), &SharedContentViewController::showOwner,
+            showOwnerObstacle().isEmpty());
     }
     add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
     extendContextMenu(menu);
@@ -410,6 +504,7 @@ void SharedContentViewController::hideEvent(QHideEvent *event)
 {
     m_timer.stop();
     m_loader->setWatched(false);
+    m_wanted.reset();
     QWidget::hideEvent(event);
 }
 

@@ -23,6 +23,7 @@ namespace tidewright {
 class ResourceTableView;
 class TablePreviews;
 class TableStatusBar;
+struct TableTarget;
 
 /// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load
 /// cycle that runs kubectl and merges its listing, and the commands on the selected rows. A kind that needs
@@ -57,7 +58,11 @@ public:
     QString problem() const { return m_loader->problem(); }
 
     QString filter() const { return m_arranged->filter(); }
+    /// What it asks the server for waits until nobody types for a moment, or for `completeFilter`.
     void setFilter(const QString &text);
+    void completeFilter();
+    /// Why the filter may not do what it looks like: sentences; empty as a rule.
+    QString filterNote() const { return m_arranged->rowFilter().note(); }
     /// The field that `selectFilter` moves the keyboard focus to.
     void setFilterField(QLineEdit *field);
 
@@ -89,6 +94,13 @@ public:
     /// Why no logs can be viewed now (this kind has none, nothing is selected): a sentence; empty when they
     /// can.
     virtual QString viewLogsObstacle() const;
+    /// Why the pods, or the owner, of a row cannot be shown now: a sentence; empty when they can.
+    QString showPodsObstacle() const;
+    QString showOwnerObstacle() const;
+
+    /// Selects the row of this object and shows it, now or once it is loaded, unless another row is chosen
+    /// meanwhile.
+    void selectObject(const ObjectName &object);
 
 public Q_SLOTS:
     void reloadContent();
@@ -99,6 +111,9 @@ public Q_SLOTS:
     void showQuickLookPanel();
     /// Opens one window with the logs of all containers of the chosen rows.
     virtual void viewLogs();
+    /// Find out what another table is to show of the chosen row, and ask for that with `otherTableWanted`.
+    void showPods();
+    void showOwner();
     /// Ends the loads under way; the rows stay as they are.
     void stopLoading();
 
@@ -106,6 +121,7 @@ Q_SIGNALS:
     void loadingChanged(bool loading);
     void selectionChanged();
     void filterChanged();
+    void otherTableWanted(const tidewright::TableTarget &target);
     /// A load has ended, one way or another, and what it brought is shown.
     void loadFinished();
 
@@ -143,6 +159,7 @@ private:
     void updateWatched();
     void updateStatus();
     void showContextMenu(const QPoint &position);
+    void selectWanted();
 
     WindowState &m_window;
     RowStore *m_store;
@@ -154,6 +171,8 @@ private:
     QPointer<QLineEdit> m_filterField;
     QTimer m_timer{this};
     QTimer m_progressDelay;
+    QTimer m_labelDelay{this}; ///< for somebody who is typing a label
+    std::optional<ObjectName> m_wanted; ///< to be selected once it is there
     int m_otherWork = 0;
     bool m_showsNamespaces = false;
     std::unique_ptr<TablePreviews> m_previews;
