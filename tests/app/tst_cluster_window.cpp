@@ -218,8 +218,8 @@ private Q_SLOTS:
         App app;
         app.open();
         const std::vector<ContainerPair> pairs{{u"web-1"_s, u"app"_s}, {u"deploy/web"_s, allContainers}};
-        app.state().openLogs(pairs);
-        app.state().openLogs(pairs);
+        app.state().openLogs(pairs, LogScope::Following);
+        app.state().openLogs(pairs, LogScope::Following);
         QCOMPARE(logWindows().size(), 2);
         const CombinedLogsViewController &content = logWindows().first()->contentController();
         QVERIFY(content.isVisible());
@@ -246,7 +246,7 @@ private Q_SLOTS:
 
         closeNext.stop();
         app.open();
-        app.state().openLogs(pairs);
+        app.state().openLogs(pairs, LogScope::Following);
         app.cluster.hold(u"get po"_s);
         app.command(u"Reload"_s).trigger();
         QTRY_VERIFY(app.table().isLoading());

@@ -3,8 +3,8 @@
 
 #include "app/state/ChoiceList.h"
 #include "app/state/KubeConfigWatch.h"
-#include "platform/settings/UserDefaults.h"
 #include "core/WindowState.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -37,7 +37,7 @@ public:
     QDateTime waitingSince() const override { return m_waitingSince; }
     void retryLoading() override;
     void stopWaiting() override;
-    void openLogs(const std::vector<ContainerPair> &containers) override;
+    void openLogs(const std::vector<ContainerPair> &containers, LogScope scope) override;
     void startExternalEdit(const QStringList &arguments, std::function<void()> finished) override;
 
     void setConsole(Console *console) { m_console = console; }

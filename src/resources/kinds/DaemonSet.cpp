@@ -67,6 +67,7 @@ ResourceKind daemonSetKind()
     kind.listWord = QStringLiteral("ds");
     kind.outputArguments = {QStringLiteral("-ogo-template"), listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.selectsPods = true;
     kind.lineSkipped = [](QByteArrayView, std::size_t fields) {
         writeDiagnostic(QStringLiteral("item count mismatch on daemonset %1").arg(fields));
     };

@@ -84,6 +84,7 @@ ResourceKind deploymentKind()
     kind.listWord = QStringLiteral("deploy");
     kind.outputArguments = {listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.selectsPods = true;
     kind.logTarget = QStringLiteral("deploy/");
     kind.assign = assign;
     kind.liveArguments = {liveTemplate()};

@@ -138,6 +138,7 @@ ResourceKind jobKind()
     kind.listWord = QStringLiteral("job");
     kind.outputArguments = {QStringLiteral("-ogo-template"), listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.selectsPods = true;
     kind.logTarget = QStringLiteral("job/");
     kind.assign = assign;
     kind.columns = columns();

@@ -49,6 +49,7 @@ ResourceKind replicaSetKind()
     kind.listWord = QStringLiteral("rs");
     kind.outputArguments = {QStringLiteral("-ogo-template"), listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.selectsPods = true;
     kind.assign = assign;
     kind.columns = columns();
     return kind;

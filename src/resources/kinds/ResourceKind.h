@@ -54,6 +54,7 @@ struct ResourceKind
     /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
     /// logs.
     std::optional<QString> logTarget;
+    bool selectsPods = false; ///< by labels, in `.spec.selector`
     /// A range in a JSONPath template that is not ended prints its body once more, for the list itself. That
     /// is nothing but white space as a rule; where it is more, this is it, and no line to complain of.
     QByteArray listRemainder;

@@ -51,6 +51,7 @@ ResourceKind serviceKind()
     kind.listWord = QStringLiteral("services");
     kind.outputArguments = {listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.selectsPods = true;
     kind.logTarget = QStringLiteral("svc/");
     kind.listRemainder = ":";
     kind.assign = assign;

@@ -387,7 +387,20 @@ void SharedContentViewController::viewLogs()
     for (const ObjectName &object : objects) {
         containers.push_back({*kind().logTarget + object.name, allContainers, object.nameSpace});
     }
-    m_window.openLogs(containers);
+    m_window.openLogs(containers, LogScope::Following);
+}
+
+void SharedContentViewController::viewLogsOfAllPods()
+{
+    const ObjectNames objects = chosenObjects();
+    if (objects.isEmpty() || !canName(objects, noLogs())) {
+        return;
+    }
+    std::vector<ContainerPair> workloads;
+    for (const ObjectName &object : objects) {
+        workloads.push_back({kind().resourceName + u'/' + object.name, allContainers, object.nameSpace});
+    }
+    m_window.openLogs(workloads, LogScope::AllPods);
 }
 
 void SharedContentViewController::replaceRow(const QModelIndex &index, const Row &row)
@@ -416,6 +429,9 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     add(QStringLiteral("Quick Look"), &SharedContentViewController::showQuickLookPanel, hasRow);
     if (kind().logTarget) {
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
+    }
+    if (kind().selectsPods) {
+        add(tr("View Logs of All Pods"), &SharedContentViewController::viewLogsOfAllPods, hasRow);
     }
     add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
     extendContextMenu(menu);

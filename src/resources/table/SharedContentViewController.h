@@ -100,6 +100,8 @@ public Q_SLOTS:
     void showQuickLookPanel();
     /// Opens one window with the logs of all containers of the chosen rows.
     virtual void viewLogs();
+    /// The same of all pods that the chosen rows select, also of those that come later.
+    void viewLogsOfAllPods();
     /// Ends the loads under way; the rows stay as they are.
     void stopLoading();
 

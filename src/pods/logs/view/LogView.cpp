@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/view/LogView.h"
 
+#include "platform/text/DisplayText.h"
 #include "pods/console/ConsoleStyle.h"
 #include "resources/widgets/NamedImages.h"
 
@@ -101,6 +102,18 @@ void LogView::setHint(const QString &hint)
         m_hint = hint;
         viewport()->update();
     }
+}
+
+void LogView::addMark(const LogMark &mark)
+{
+    m_marks.push_back(mark);
+    viewport()->update();
+}
+
+void LogView::clearMarks()
+{
+    m_marks.clear();
+    viewport()->update();
 }
 
 void LogView::setHighlight(const LogPattern &pattern, qint64 current)
@@ -266,8 +279,39 @@ void LogView::paintEvent(QPaintEvent *event)
                 painter.drawText(QPointF(1, y + appearance().ascent), QString(continuationMark));
             }
         }
+        drawMarks(painter, line, y);
         y += rows * rowHeight;
     }
+}
+
+/// Those above a line: a rule, and at its right end what has happened.
+void LogView::drawMarks(QPainter &painter, qint64 line, int y)
+{
+    const LogProjection &shown = m_document.shown();
+    const qint64 from = line > 0 ? shown.position(shown.lineStart(line - 1)) : -1;
+    const auto isBefore = [](const LogMark &mark, qint64 position) { return mark.position <= position; };
+    const auto first = std::lower_bound(m_marks.cbegin(), m_marks.cend(), from, isBefore);
+    const auto last
+        = std::lower_bound(first, m_marks.cend(), shown.position(shown.lineStart(line)), isBefore);
+    if (first == last) {
+        return;
+    }
+    QStringList texts;
+    for (auto mark = first; mark != last; ++mark) {
+        texts.append(mark->text);
+    }
+    constexpr int padding = 6;
+    painter.setFont(font());
+    painter.setPen(namedColour(QStringLiteral("solarized-base01")));
+    painter.drawLine(0, y, viewport()->width(), y);
+    const QFontMetrics metrics(font());
+    const QString text = metrics.elidedText(
+        display_text::clean(texts.join(QStringLiteral(", "))), Qt::ElideRight, viewport()->width() / 2);
+    const QRect box(QPoint(0, y), QSize(metrics.horizontalAdvance(text) + 2 * padding, metrics.height()));
+    painter.fillRect(box.translated(viewport()->width() - box.width(), 0),
+        namedColour(QStringLiteral("solarized-base02")));
+    painter.setPen(namedColour(QStringLiteral("solarized-base1")));
+    painter.drawText(QPoint(viewport()->width() - box.width() + padding, y + metrics.ascent()), text);
 }
 
 QString LogView::visibleText()
