@@ -2,121 +2,22 @@
 #include "pods/logs/streams/LogTimestamps.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <chrono>
 #include <utility>
 
 namespace tidewright {
 
 namespace {
 
-constexpr qsizetype shortest = 20; // 2026-03-01T09:30:00Z
-constexpr qsizetype longest = 35; // nine digits behind the point and +02:00
-constexpr qint64 billion = 1'000'000'000;
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-std::optional<int> number(QByteArrayView text, qsizetype from, qsizetype length)
-{
-    int value = 0;
-    const char *const begin = text.data() + from;
-    const auto [end, error] = std::from_chars(begin, begin + length, value);
-    return error == std::errc() && end == begin + length && isDigit(*begin) ? std::optional(value)
-                                                                            : std::nullopt;
-}
-
-/// Whether the bytes can be the begin of "2026-03-01T09:30:00": '0' stands for any digit.
-bool fitsDate(QByteArrayView text)
-{
-    static constexpr QByteArrayView form("0000-00-00T00:00:00");
-    for (qsizetype i = 0; i < std::min(text.size(), form.size()); ++i) {
-        if (form[i] == '0' ? !isDigit(text[i]) : text[i] != form[i]) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// In seconds: of "Z", "+02:00", "-05:30".
-std::optional<int> zoneOffset(QByteArrayView zone)
-{
-    if (zone == "Z") {
-        return 0;
-    }
-    if (zone.size() != 6 || (zone[0] != '+' && zone[0] != '-') || zone[3] != ':') {
-        return std::nullopt;
-    }
-    const auto hours = number(zone, 1, 2);
-    const auto minutes = number(zone, 4, 2);
-    if (!hours || !minutes) {
-        return std::nullopt;
-    }
-    const int seconds = *hours * 3600 + *minutes * 60;
-    return zone[0] == '-' ? -seconds : seconds;
-}
-
-std::optional<qint64> secondsOf(QByteArrayView text)
-{
-    std::array<int, 6> parts{};
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        static constexpr std::array<qsizetype, 6> places{0, 5, 8, 11, 14, 17};
-        const auto part = number(text, places[i], i == 0 ? 4 : 2);
-        if (!part) {
-            return std::nullopt;
-        }
-        parts[i] = *part;
-    }
-    namespace time = std::chrono;
-    const time::year_month_day day{time::year(parts[0]), time::month(static_cast<unsigned>(parts[1])),
-        time::day(static_cast<unsigned>(parts[2]))};
-    if (!day.ok() || parts[3] > 23 || parts[4] > 59 || parts[5] > 60) {
-        return std::nullopt;
-    }
-    return time::seconds(time::sys_days(day).time_since_epoch()).count() + parts[3] * 3600 + parts[4] * 60
-        + parts[5];
-}
+constexpr qsizetype longest = log_time::longestTimestamp;
 
 } // namespace
-
-std::optional<qint64> logNanoseconds(QByteArrayView timestamp)
-{
-    if (timestamp.size() < shortest || timestamp.size() > longest || !fitsDate(timestamp)) {
-        return std::nullopt;
-    }
-    const auto seconds = secondsOf(timestamp);
-    qsizetype at = shortest - 1;
-    qint64 nanoseconds = 0;
-    if (timestamp[at] == '.') {
-        qint64 unit = billion / 10;
-        for (++at; at < timestamp.size() && isDigit(timestamp[at]); ++at, unit /= 10) {
-            nanoseconds += unit * (timestamp[at] - '0');
-        }
-    }
-    const auto offset = zoneOffset(timestamp.sliced(at));
-    if (!seconds || !offset) {
-        return std::nullopt;
-    }
-    return (*seconds - *offset) * billion + nanoseconds;
-}
-
-QByteArrayView leadingTimestamp(QByteArrayView line)
-{
-    const QByteArrayView begin = line.first(std::min(line.size(), longest + 1));
-    const auto blank = std::find(begin.cbegin(), begin.cend(), ' ');
-    const QByteArrayView timestamp = begin.first(blank - begin.cbegin());
-    return blank != begin.cend() && logNanoseconds(timestamp) ? timestamp : QByteArrayView();
-}
 
 void LogTimestamps::resume()
 {
     m_place = Place::Begin;
     m_begin.clear();
     if (!m_knownUntil) { // or the last stream has not come that far
-        m_knownUntil = logNanoseconds(m_last);
+        m_knownUntil = log_time::nanoseconds(m_last);
         m_knownLines = m_lines;
         m_knownBytes = m_bytes + m_toSkip;
     }
@@ -133,7 +34,7 @@ void LogTimestamps::beginLine(QByteArrayView timestamp, QByteArray &result)
     }
     m_toSkip = 0;
     const bool isSame = timestamp == m_last;
-    const qint64 moment = m_knownUntil ? *logNanoseconds(timestamp) : 0;
+    const qint64 moment = m_knownUntil ? *log_time::nanoseconds(timestamp) : 0;
     if (m_knownUntil && moment < *m_knownUntil) {
         m_place = Place::Skipped;
         return;
@@ -164,11 +65,11 @@ qsizetype LogTimestamps::takeBegin(QByteArrayView piece, QByteArray &result)
     m_begin += piece.first(std::min(piece.size(), longest + 1 - before));
     const qsizetype blank = m_begin.indexOf(' ');
     const bool isWhole = blank >= 0 || m_begin.size() > longest || m_begin.contains('\n');
-    if (!isWhole && fitsDate(m_begin)) {
+    if (!isWhole && log_time::fitsDate(m_begin)) {
         return piece.size();
     }
     const QByteArray begin = std::exchange(m_begin, {});
-    const QByteArrayView timestamp = leadingTimestamp(begin);
+    const QByteArrayView timestamp = log_time::leading(begin);
     beginLine(timestamp, result);
     if (!timestamp.isEmpty()) {
         return timestamp.size() + 1 - before;

@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "pods/logs/text/LogTime.h"
+
 #include <QByteArray>
 
 #include <optional>
 
 namespace tidewright {
-
-/// The nanoseconds since 1970 of a timestamp as kubelets write them ("2026-03-01T09:30:00.5Z", RFC 3339 with
-/// any number of digits behind the point). Nothing for anything else.
-std::optional<qint64> logNanoseconds(QByteArrayView timestamp);
-/// The timestamp that a line begins with, without the blank behind it; empty when there is none.
-QByteArrayView leadingTimestamp(QByteArrayView line);
 
 /// Reads the output of a `kubectl logs --timestamps` of one container, so that its next stream can begin
 /// where the last one has ended: kubectl takes whole seconds (`--since-time`) and repeats the lines of the

@@ -122,6 +122,7 @@ void CombinedLogsViewController::viewDidAppear()
     }
     m_appeared = true;
     window()->setWindowTitle(display_text::clean(title()));
+    Q_EMIT placeKnown();
     m_band->setContext(contextKey);
     m_logTextView->setTextFont(logAttributes.font());
     m_logTextView->setBackground(logAttributes.background().color());
@@ -160,6 +161,8 @@ void CombinedLogsViewController::addRow(const ContainerPair &container)
 {
     const auto row = static_cast<std::size_t>(m_colorIndexView->table()->rowCount());
     m_colorIndexView->addRow(nameOf(container), foregroundColors[row % foregroundColors.size()]);
+    m_names.append(nameOf(container));
+    m_logTextView->setSourceNames(m_names);
 }
 
 void CombinedLogsViewController::startStreams()
@@ -229,6 +232,7 @@ void CombinedLogsViewController::restart()
     m_follower.reset();
     m_streams.forget();
     m_colorIndexView->clear();
+    m_names.clear();
     m_logTextView->clearMarks();
     m_document.resume();
     m_cleared = false;

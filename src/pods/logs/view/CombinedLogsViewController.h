@@ -81,10 +81,14 @@ public:
     /// Ends the streams that still run.
     void windowWillClose();
     void toggleSource(int row);
+    /// There are more sources than colours to tell them apart.
+    bool hasMoreSourcesThanColours() const { return containers.size() > foregroundColors.size(); }
     /// Lets all text that has arrived go.
     void clear();
 
 Q_SIGNALS:
+    /// `title` and `place` can be shown now.
+    void placeKnown();
     /// Something about the streams has changed.
     void sourcesChanged();
 
@@ -115,6 +119,7 @@ private:
     LogView *m_logTextView;
     ColorIndexView *m_colorIndexView;
     ContextBand *m_band;
+    QStringList m_names; ///< of the sources
     LogStreams m_streams;
     std::unique_ptr<PodFollower> m_follower;
     bool m_cleared = false;

@@ -28,6 +28,10 @@ public:
     void setTextFont(const QFont &font);
     void setBackground(const QColor &color);
     const LogAppearance &appearance() const { return m_lines.appearance(); }
+    /// Of source n, entry n: shown in front of its lines, while that is wanted.
+    void setSourceNames(const QStringList &names);
+    void showSourceNames(bool shown);
+    bool showsSourceNames() const { return m_showsNames; }
     /// Behind all marks so far.
     void addMark(const LogMark &mark);
     void clearMarks();
@@ -58,6 +62,8 @@ protected:
 
 private:
     void replaced();
+    void updateGutter();
+    void drawName(QPainter &painter, qint64 line, int y);
     void drawMarks(QPainter &painter, qint64 line, int y);
     std::vector<LogHighlight> highlights(qint64 line, const LogLineLayout &layout);
 
@@ -68,6 +74,8 @@ private:
     LogScroll m_scroll;
     LogSelection m_selection;
     QString m_hint;
+    QStringList m_names; ///< of the sources
+    bool m_showsNames = false;
     std::vector<LogMark> m_marks; ///< in ascending order
     qint64 m_currentMatch = -1;
 };
