@@ -7,10 +7,18 @@
 #include "platform/threads/MainQueue.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/view/CombinedLogsWindowController.h"
+#include "pods/logs/view/LogPatternBar.h"
 #include "resources/preview/PreviewFiles.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
+#include <QAbstractButton>
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QTableWidget>
@@ -277,6 +285,131 @@ private Q_SLOTS:
         QVERIFY(content.colorIndexTableView()->item(0, 2)->text().contains(u"the pod is gone"_s));
     }
 
+    void aFilterShowsWhatIsAskedFor_data()
+    {
+        QTest::addColumn<LogFilter>("filter");
+        QTest::addColumn<QString>("shown");
+        const LogPattern x(u"x"_s, true, false);
+        QTest::newRow("matching") << LogFilter(x) << u"3x 9x"_s;
+        QTest::newRow("all others") << LogFilter(x, true) << u"0 1 2 4 5 6 7 8 10 11"_s;
+        QTest::newRow("others have nothing around") << LogFilter(x, true, 1) << u"0 1 2 4 5 6 7 8 10 11"_s;
+        QTest::newRow("one line around") << LogFilter(x, false, 1) << u"2 3x 4 8 9x 10"_s;
+        QTest::newRow("overlapping") << LogFilter(x, false, 4) << u"0 1 2 3x 4 5 6 7 8 9x 10 11"_s;
+        QTest::newRow("nothing matches") << LogFilter(LogPattern(u"y"_s, true, false), false, 3) << QString();
+    }
+    void aFilterShowsWhatIsAskedFor()
+    {
+        QFETCH(LogFilter, filter);
+        QFETCH(QString, shown);
+        LogDocument document({m_folder->path()});
+        document.setSourceHidden(1, true); // between any two lines
+        document.setFilter(filter);
+        for (int i = 0; i < 12; ++i) { // each is looked at by itself
+            const QByteArray line = QByteArray::number(i) + (i == 3 || i == 9 ? "x\n" : "\n");
+            document.append(0, line);
+            document.append(1, "hidden x\n");
+            QTRY_COMPARE(document.examined(), document.size());
+        }
+        const auto text = [&] {
+            const LogProjection &lines = document.shown();
+            return QString::fromUtf8(document.bytes().read(lines.ranges(0, lines.size()))).simplified();
+        };
+        QTRY_COMPARE(text(), shown);
+        QCOMPARE(document.shown().lineCount(), shown.isEmpty() ? 0 : shown.count(u' ') + 1);
+        document.setFilter({});
+        document.setFilter(filter); // all in one go
+        QTRY_COMPARE(text(), shown);
+    }
+
+    void aTimeIsFound_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<qint64>("position");
+        QTest::newRow("of the day") << u"9:30:02"_s << qint64(31);
+        QTest::newRow("between lines") << u" 9:30:03 "_s << qint64(60);
+        QTest::newRow("before all") << u"8"_s << qint64(6);
+        QTest::newRow("whole, elsewhere") << u"2026-03-01T12:30:02+03:00"_s << qint64(31);
+        QTest::newRow("behind all") << u"23:59"_s << qint64(-1);
+        QTest::newRow("none") << u"25:00"_s << qint64(-2);
+        QTest::newRow("no time") << u"soon"_s << qint64(-2);
+    }
+    void aTimeIsFound()
+    {
+        QFETCH(QString, typed);
+        QFETCH(qint64, position);
+        LogStore store({m_folder->path()});
+        store.append(timed("first\nT1Z abc\nT2.500Z abc\nT4Z abc\n"));
+        const auto moment = log_time::completed(typed, "2026-03-01T09:30:04.123456Z");
+        QCOMPARE(moment ? log_time::firstLineSince(store.bytes(), *moment).value_or(-1) : -2, position);
+    }
+
+    void aWindowReadsItsLogsAnew()
+    {
+        useScriptedKubectl();
+        const QByteArray lines = timed("T1Z one\nT2Z two x\nT3Z three\n");
+        write(u"current"_s, lines);
+        auto &content = open({}, u"demo"_s, u"team"_s, {}, {{u"web"_s, u"app"_s}});
+        LogDocument &document = content.document();
+        QTRY_COMPARE(document.lines(), 3);
+        action(u"Last 5,000 Lines"_s)->trigger();
+        QCOMPARE(document.size(), 0);
+        QTRY_COMPARE(textOf(document), lines);
+        action(u"Times"_s)->trigger();
+        QTRY_COMPARE(textOf(document), lines);
+        QTRY_VERIFY(read(u"record"_s)
+                        .endsWith(u"logs -f --tail=5000 --timestamps --context=demo -nteam web app\n"_s));
+        action(u"Go to Time…"_s)->trigger();
+        auto *dialog = m_window->findChild<QInputDialog *>();
+        QVERIFY(dialog && dialog->textValue() == u"09:30:01"_s);
+        dialog->setTextValue(u"23:00"_s);
+        dialog->accept();
+        QTRY_VERIFY(hasLabel(u"No line is as late as 23:00."_s));
+
+        content.logTextView()->showSourceNames(true); // copies nothing of them
+        content.logTextView()->selection().doubleClick({content.logTextView()->scroll().origin().x() + 4, 4});
+        action(u"Find Selected Text"_s)->trigger();
+        QCOMPARE(m_window->findBar().field()->text(), u"2026-03-01T09"_s);
+        m_window->filterBar().open(u"two"_s);
+        QTRY_COMPARE(document.shownLines(), 1);
+        m_window->saveShownTo(path(u"shown.log"_s));
+        QTRY_COMPARE(read(u"shown.log"_s), QString::fromUtf8(timed("T2Z two x\n")));
+
+        write(u"go"_s, "");
+        QTRY_VERIFY(!content.hasRunningStreams());
+        auto *again = button(u"Follow Again"_s);
+        QTRY_VERIFY(again && again->isVisible());
+        again->click();
+        QTRY_COMPARE(document.lines(), 6);
+        QVERIFY(!again->isVisible());
+        static const QRegularExpression since(u"--since-time=[-0-9]+T[:0-9]+Z --timestamps"_s);
+        QVERIFY(read(u"record"_s).section(u'\n', -2, -2).contains(since));
+        QCOMPARE(content.logTextView()->marks().size(), std::size_t(1));
+    }
+
+    void namesShowOnceColoursRunOut_data()
+    {
+        QTest::addColumn<int>("sources");
+        QTest::newRow("enough colours") << 5;
+        QTest::newRow("too few") << 6;
+    }
+    void namesShowOnceColoursRunOut()
+    {
+        QFETCH(int, sources);
+        useScriptedKubectl();
+        write(u"current"_s, "line\n");
+        auto &content = open({}, u"demo"_s, u"team"_s, {},
+            std::vector<ContainerPair>(std::size_t(sources), {u"web"_s, u"app"_s}));
+        QTRY_COMPARE(content.document().lines(), sources);
+        LogView *view = content.logTextView();
+        QTRY_COMPARE(view->scroll().gutter() > 0, sources > 5);
+        action(u"Names"_s)->trigger();
+        QCOMPARE(view->scroll().gutter() > 0, sources == 5);
+        view->selection().selectAll();
+        view->selection().copy();
+        QCOMPARE(QGuiApplication::clipboard()->text().count(u"line"_s), sources);
+        QVERIFY(!QGuiApplication::clipboard()->text().contains(u"web"_s));
+    }
+
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
     /// Appears whole.
@@ -310,12 +443,16 @@ private:
     }
 
     CombinedLogsViewController &open(const QString &kubeConfig, const QString &context = u"demo"_s,
-        const QString &nameSpace = u"team"_s, const LogOptions &options = {})
+        const QString &nameSpace = u"team"_s, const LogOptions &options = {},
+        const std::vector<ContainerPair> &containers = {})
     {
         m_window = new CombinedLogsWindowController;
         CombinedLogsViewController &content = m_window->contentController();
         const bool isReal = !kubeConfig.isEmpty();
-        content.workloads = {{isReal ? u"deploy/storefront"_s : u"deploy/web"_s, allContainers}};
+        content.containers = containers;
+        if (containers.empty()) {
+            content.workloads = {{isReal ? u"deploy/storefront"_s : u"deploy/web"_s, allContainers}};
+        }
         content.kubeConfigPath = kubeConfig;
         content.context = context;
         content.nameSpace = nameSpace;
@@ -323,6 +460,27 @@ private:
         m_window->show();
         m_window->activateWindow();
         return content;
+    }
+
+    QAction *action(const QString &text) const
+    {
+        const auto actions = m_window->findChildren<QAction *>();
+        const auto found = std::find_if(
+            actions.cbegin(), actions.cend(), [&](const QAction *one) { return one->text() == text; });
+        return found == actions.cend() ? nullptr : *found;
+    }
+    QAbstractButton *button(const QString &text) const
+    {
+        const auto buttons = m_window->findChildren<QAbstractButton *>();
+        const auto found = std::find_if(
+            buttons.cbegin(), buttons.cend(), [&](const auto *one) { return one->text() == text; });
+        return found == buttons.cend() ? nullptr : *found;
+    }
+    bool hasLabel(const QString &text) const
+    {
+        const auto labels = m_window->findChildren<QLabel *>();
+        return std::any_of(
+            labels.cbegin(), labels.cend(), [&](const QLabel *label) { return label->text() == text; });
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -42,7 +42,17 @@ void PodFollower::start()
 void PodFollower::allow(int streams)
 {
     m_allowed = std::max(m_allowed, streams);
-    m_asked = false;
+    answered(Question::None);
+}
+
+void PodFollower::decline()
+{
+    answered(Question::Declined);
+}
+
+void PodFollower::answered(Question answer)
+{
+    m_question = answer;
     for (const Watched &watched : m_watches) {
         watched.watch->lookSoon();
     }
@@ -73,10 +83,9 @@ void PodFollower::take(std::size_t watch, const std::vector<LogPod> &pods)
         }
     }
     findGone(watch, pods);
-    if (mayStart(static_cast<int>(wanted.size()))) {
-        for (const auto &[index, container] : wanted) {
-            follow(index, *container);
-        }
+    wanted.resize(mayStart(wanted.size()));
+    for (const auto &[index, container] : wanted) {
+        follow(index, *container);
     }
     m_watches[watch].isKnown = true;
     m_watches[watch].problem.clear();
@@ -122,20 +131,21 @@ bool PodFollower::wants(int index, const LogContainer &container)
     return container.runs && --followed.pause <= 0; // the stream broke off
 }
 
-bool PodFollower::mayStart(int more)
+/// How many more streams may be started now.
+std::size_t PodFollower::mayStart(std::size_t wanted)
 {
     const auto &sources = m_streams.sources();
-    const auto running = std::count_if(sources.cbegin(), sources.cend(),
-        [](const LogSource &source) { return !source.waits && !source.ended; });
-    const int all = more + static_cast<int>(running);
-    if (more == 0 || all <= m_allowed) {
-        return more > 0;
-    }
-    if (!m_asked) {
-        m_asked = true;
+    const auto running = static_cast<int>(std::count_if(sources.cbegin(), sources.cend(),
+        [](const LogSource &source) { return !source.waits && !source.ended; }));
+    const int all = running + static_cast<int>(wanted);
+    if (all > m_allowed && m_question == Question::None && wanted > 0) {
+        m_question = Question::Asked;
         Q_EMIT tooMany(all);
     }
-    return false;
+    if (m_question == Question::Asked) {
+        return 0;
+    }
+    return std::min(wanted, static_cast<std::size_t>(std::max(0, m_allowed - running)));
 }
 
 void PodFollower::follow(int index, const LogContainer &container)
@@ -173,6 +183,7 @@ void PodFollower::findGone(std::size_t watch, const std::vector<LogPod> &pods)
         Followed &followed = m_followed[i];
         const bool isThere = std::any_of(
             pods.cbegin(), pods.cend(), [&](const LogPod &pod) { return pod.uid == followed.uid; });
+        followed.isGone = followed.isGone && !isThere;
         if (followed.watch == watch && !followed.isGone && !isThere) {
             followed.isGone = true;
             LogSource &source = m_streams.source(static_cast<int>(i));

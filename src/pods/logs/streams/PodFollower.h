@@ -21,10 +21,10 @@ public:
         const LogOptions &options);
 
     void start();
-    /// More streams at a time than these need the user's consent: `tooMany` is told once, and nothing is
-    /// started until `allow` is called.
-    int allowed() const { return m_allowed; }
+    /// More than 20 streams at a time need the user's consent: `tooMany` is told, and nothing is started
+    /// until one of these is called. What was declined is not asked again.
     void allow(int streams);
+    void decline();
 
     /// Which pods there are was told at least once, of each workload.
     bool knowsPods() const;
@@ -62,10 +62,13 @@ private:
         QString problem = {};
     };
 
+    enum class Question { None, Asked, Declined };
+
     void take(std::size_t watch, const std::vector<LogPod> &pods);
     int indexOf(std::size_t watch, const LogPod &pod, const LogContainer &container);
     bool wants(int index, const LogContainer &container);
-    bool mayStart(int more);
+    std::size_t mayStart(std::size_t wanted);
+    void answered(Question answer);
     void follow(int index, const LogContainer &container);
     void startStream(int index, LogOptions options);
     void findGone(std::size_t watch, const std::vector<LogPod> &pods);
@@ -80,7 +83,7 @@ private:
     std::vector<Watched> m_watches;
     std::vector<Followed> m_followed; ///< by source
     int m_allowed;
-    bool m_asked = false;
+    Question m_question = Question::None;
 };
 
 } // namespace tidewright

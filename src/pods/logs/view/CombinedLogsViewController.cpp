@@ -199,10 +199,10 @@ void CombinedLogsViewController::startFollower()
     });
     connect(m_follower.get(), &PodFollower::tooMany, this, [this](int streams) {
         askForStreams(streams, [this, streams](bool agreed) {
-            if (agreed && m_follower) {
-                m_follower->allow(streams);
-            } else if (!agreed && !hasRunningStreams()) {
+            if (!agreed && !hasRunningStreams()) {
                 window()->close();
+            } else if (m_follower) {
+                agreed ? m_follower->allow(streams) : m_follower->decline();
             }
         });
     });
@@ -230,6 +230,9 @@ void CombinedLogsViewController::followRefused()
 void CombinedLogsViewController::restart()
 {
     m_follower.reset();
+    for (int i = 0; i < m_streams.count() && !workloads.empty(); ++i) {
+        m_document.setSourceHidden(i, false); // another one will have its number
+    }
     m_streams.forget();
     m_colorIndexView->clear();
     m_names.clear();
