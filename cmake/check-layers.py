@@ -26,7 +26,8 @@ DEMO_RANKS = {"base": 0, "store": 1, "schema": 2, "objects": 2, "movement": 3, "
 WINDOWLESS = {"platform", "core"}
 WINDOWLESS_MODULES = {"QtCore", "QtDBus"}
 NO_WIDGETS = {
-    "resources/kinds", "resources/listing", "resources/live", "resources/loading", "resources/printing", "pods/logs/text"}
+    "resources/kinds", "resources/listing", "resources/live", "resources/loading", "resources/printing",
+    "pods/logs/streams", "pods/logs/text"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 GENERATED = re.compile(r"^(moc_\w+\.cpp|\w+\.moc)$")
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <thread>
 
 namespace tidewright::demo {
@@ -33,6 +34,7 @@ struct LogStream
     std::uint64_t bytesLeft = UINT64_MAX;
     bool follows = false;
     bool timestamps = false;
+    Seconds age = 0; // of the last line of history
     double due = 0;
     Clock::time_point last = Clock::now();
 };
@@ -110,7 +112,7 @@ std::string stampedLine(const LogStream &stream, std::uint64_t number)
     if (!stream.timestamps) {
         return line;
     }
-    const Seconds past = number < stream.end ? Seconds(stream.end - number) : 0;
+    const Seconds past = stream.age + (number < stream.end ? Seconds(stream.end - number) : 0);
     std::string stamp = timestamp(now() - past);
     stamp.pop_back();
     return stamp + ".000000000Z " + line;
@@ -132,6 +134,25 @@ bool writeLines(LogStream &stream, httplib::DataSink &sink, std::uint64_t until)
     }
     stream.share.countLines(stream.next - first);
     return true;
+}
+
+// How long ago the first line wanted was written; nothing when all are.
+std::optional<Seconds> wantedAge(const ApiCall &call)
+{
+    if (const std::string since = call.parameter("sinceTime"); !since.empty()) {
+        return now() - parseTimestamp(since);
+    }
+    const std::uint64_t seconds = numberParameter(call, "sinceSeconds", 0);
+    return seconds > 0 ? std::optional(Seconds(seconds)) : std::nullopt;
+}
+
+// History has a line for each second.
+std::uint64_t linesOfHistory(const ApiCall &call, const LogStream &stream)
+{
+    const std::uint64_t all = stream.voice.history();
+    const std::uint64_t tail = std::min(all, numberParameter(call, "tailLines", all));
+    const std::optional<Seconds> age = wantedAge(call);
+    return age ? std::min(tail, std::uint64_t(std::max<Seconds>(0, *age - stream.age))) : tail;
 }
 
 bool podIsThere(const LogStream &stream)
@@ -197,8 +218,10 @@ void readLogs(const ApiCall &call, LogPace &pace, const Disturbance &disturbance
     const auto stream = std::shared_ptr<LogStream>(new LogStream{
         call.cluster.store, disturbance, LogPace::Share(pace), object, LogVoice(pod, container)});
     stream->end = stream->voice.history() + 1;
-    const std::uint64_t tail = numberParameter(call, "tailLines", stream->voice.history());
-    stream->next = stream->end - std::min(tail, stream->voice.history());
+    if (const std::string start = textAt(status, "/state/running/startedAt"); previous && !start.empty()) {
+        stream->age = std::max<Seconds>(0, now() - parseTimestamp(start)); // it ended before this one started
+    }
+    stream->next = stream->end - linesOfHistory(call, *stream);
     stream->bytesLeft = numberParameter(call, "limitBytes", UINT64_MAX);
     stream->timestamps = call.flag("timestamps");
     stream->follows = call.flag("follow") && !previous && at(status, "/state/running").is_object();

@@ -20,6 +20,12 @@ struct ContainerPair
 
     bool operator==(const ContainerPair &) const = default;
 };
+/// What a logs window shows of containers.
+enum class LogScope {
+    Following, ///< what they write
+    AllPods, ///< the same of all pods of the objects in the pods' places, also of those that come later
+    Previous, ///< what their previous instances have written
+};
 /// Stands for all containers of a pod.
 inline constexpr QLatin1String allContainers("--all-containers");
 
@@ -63,7 +69,7 @@ public:
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
 
     /// Follows the logs of these containers in a window of its own, one more for each call.
-    virtual void openLogs(const std::vector<ContainerPair> & /*containers*/) { }
+    virtual void openLogs(const std::vector<ContainerPair> & /*containers*/, LogScope /*scope*/) { }
 
 Q_SIGNALS:
     void loadingHintChanged();

@@ -203,8 +203,8 @@ private Q_SLOTS:
         App app;
         app.open();
         const std::vector<ContainerPair> pairs{{u"web-1"_s, u"app"_s}, {u"deploy/web"_s, allContainers}};
-        app.state().openLogs(pairs);
-        app.state().openLogs(pairs);
+        app.state().openLogs(pairs, LogScope::Following);
+        app.state().openLogs(pairs, LogScope::Following);
         QCOMPARE(logWindows().size(), 2);
         const CombinedLogsViewController &content = logWindows().first()->contentController();
         QVERIFY(content.isVisible());
@@ -221,7 +221,7 @@ private Q_SLOTS:
         QVERIFY(!first && (!last || !last->isVisible()));
 
         app.open();
-        app.state().openLogs(pairs);
+        app.state().openLogs(pairs, LogScope::Following);
         app.cluster.hold(u"get po"_s);
         app.command(u"Reload"_s).trigger();
         QTRY_VERIFY(app.table().isLoading());

@@ -3,7 +3,7 @@
 #include "platform/process/ProcessSetup.h"
 #include "platform/threads/MainQueue.h"
 #include "pods/logs/text/LogDocument.h"
-#include "pods/logs/text/LogIntake.h"
+#include "pods/logs/streams/LogIntake.h"
 #include "pods/logs/text/LogLineText.h"
 #include "pods/logs/text/LogSearch.h"
 #include "support/Patience.h"

@@ -423,8 +423,8 @@ private Q_SLOTS:
         load();
         select({u"queue"_s});
         QCOMPARE(choose(QString()),
-            (QStringList{u"Copy Name"_s, u"Quick Look"_s, u"View Logs"_s, u"View Configuration"_s,
-                u"Roll-Out History"_s, u"Reload"_s}));
+            (QStringList{u"Copy Name"_s, u"Quick Look"_s, u"View Logs"_s, u"View Logs of All Pods"_s,
+                u"Show Pods"_s, u"View Configuration"_s, u"Roll-Out History"_s, u"Reload"_s}));
         auto &table = static_cast<StatefulSetController &>(*m_table);
         table.scale(); // as by a key, whatever the menu says
         table.restart();

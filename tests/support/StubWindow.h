@@ -24,13 +24,18 @@ public:
         completion(obstacle);
     }
 
-    void openLogs(const std::vector<ContainerPair> &containers) override { logsOpened.push_back(containers); }
+    void openLogs(const std::vector<ContainerPair> &containers, LogScope scope) override
+    {
+        logsOpened.push_back(containers);
+        logScopes.push_back(scope);
+    }
 
     QString context;
     QString nameSpace;
     KubeCtl facade;
     RecordingConsole recorded;
     std::vector<std::vector<ContainerPair>> logsOpened;
+    std::vector<LogScope> logScopes;
     QString obstacle; ///< why nothing may be started
     int settledAsked = 0;
     std::function<void()> whenAsked;

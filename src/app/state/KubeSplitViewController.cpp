@@ -282,11 +282,14 @@ void KubeSplitViewController::stopWaiting()
     m_namespaces.stop();
 }
 
-void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &containers)
+void KubeSplitViewController::openLogs(const std::vector<ContainerPair> &containers, LogScope scope)
 {
     auto *window = new CombinedLogsWindowController; // its own from now on: it goes when the user closes it
     CombinedLogsViewController &content = window->contentController();
-    content.containers = containers;
+    (scope == LogScope::AllPods ? content.workloads : content.containers) = containers;
+    if (scope == LogScope::Previous) {
+        content.options = {.from = LogOptions::From::All, .previous = true};
+    }
     const auto view = m_kubeCtl.view();
     content.kubeConfigPath
         = view ? view->inFrontOf(kubeConfigFiles(m_kubeCtl.configPath)) : m_kubeCtl.configPath;

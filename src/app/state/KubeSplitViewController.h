@@ -7,6 +7,7 @@
 #include "app/state/NamespaceChoice.h"
 #include "app/state/Settling.h"
 #include "core/WindowState.h"
+#include "platform/settings/UserDefaults.h"
 
 #include <QDateTime>
 
@@ -36,7 +37,7 @@ public:
     QDateTime waitingSince() const override { return m_waitingSince; }
     void retryLoading() override;
     void stopWaiting() override;
-    void openLogs(const std::vector<ContainerPair> &containers) override;
+    void openLogs(const std::vector<ContainerPair> &containers, LogScope scope) override;
     void startExternalEdit(const QStringList &arguments, std::function<void()> finished) override;
 
     void setConsole(Console *console) { m_console = console; }

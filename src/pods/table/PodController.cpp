@@ -109,7 +109,15 @@ void PodController::viewLogs()
     }
     if (!containers.empty() && canName(named, noLogs())) {
         takeSelectedContainerPairs();
-        kubeSplitViewController().openLogs(containers);
+        kubeSplitViewController().openLogs(containers, LogScope::Following);
+    }
+}
+
+void PodController::viewPreviousLogs(const ContainerPair &container)
+{
+    if (canName(
+            {{container.nameSpace, container.pod}, {container.nameSpace, container.container}}, noLogs())) {
+        kubeSplitViewController().openLogs({container}, LogScope::Previous);
     }
 }
 
@@ -167,9 +175,14 @@ void PodController::extendContextMenu(QMenu &menu)
     if (!view) {
         return;
     }
+    QMenu *previous = menu.addMenu(tr("View Previous Logs"));
     QMenu *containers = menu.addMenu(QStringLiteral("Containers"));
     for (ContainerButton *button : view->buttons()) {
-        QAction *action = containers->addAction(display_text::withoutMnemonics(button->container()));
+        const QString title = display_text::withoutMnemonics(button->container());
+        previous->addAction(title, this, [this, pod = button->pod(), container = button->container()] {
+            viewPreviousLogs({pod.name, container, pod.nameSpace});
+        });
+        QAction *action = containers->addAction(title);
         action->setCheckable(true);
         action->setChecked(button->isChecked());
         connect(action, &QAction::triggered, button, &QPushButton::click);

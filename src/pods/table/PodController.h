@@ -47,6 +47,7 @@ protected:
     void extendContextMenu(QMenu &menu) override;
 
 private:
+    void viewPreviousLogs(const ContainerPair &container);
     void selectContainer(ContainerButton *button);
     bool ensureCell(const QModelIndex &index);
     TableButtonView *cellAt(const QModelIndex &index) const;

@@ -382,7 +382,20 @@ void SharedContentViewController::viewLogs()
     for (const ObjectName &object : objects) {
         containers.push_back({*kind().logTarget + object.name, allContainers, object.nameSpace});
     }
-    m_window.openLogs(containers);
+    m_window.openLogs(containers, LogScope::Following);
+}
+
+void SharedContentViewController::viewLogsOfAllPods()
+{
+    const ObjectNames objects = chosenObjects();
+    if (objects.isEmpty() || !canName(objects, noLogs())) {
+        return;
+    }
+    std::vector<ContainerPair> workloads;
+    for (const ObjectName &object : objects) {
+        workloads.push_back({kind().resourceName + QLatin1Char('/') + object.name, allContainers, object.nameSpace});
+    }
+    m_window.openLogs(workloads, LogScope::AllPods);
 }
 
 QString SharedContentViewController::showPodsObstacle() const
@@ -463,6 +476,9 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     add(QStringLiteral("Quick Look"), &SharedContentViewController::showQuickLookPanel, hasRow);
     if (kind().logTarget) {
         add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
+    }
+    if (kind().pods == ResourceKind::Pods::BySelector) {
+        add(tr("View Logs of All Pods"), &SharedContentViewController::viewLogsOfAllPods, hasRow);
     }
     if (kind().pods != ResourceKind::Pods::None) {
         add(QStringLiteral("Show Pods"), &SharedContentViewController::showPods,

@@ -114,6 +114,8 @@ public Q_SLOTS:
     /// Find out what another table is to show of the chosen row, and ask for that with `otherTableWanted`.
     void showPods();
     void showOwner();
+    /// The same of all pods that the chosen rows select, also of those that come later.
+    void viewLogsOfAllPods();
     /// Ends the loads under way; the rows stay as they are.
     void stopLoading();
 

@@ -136,7 +136,7 @@ void LogDocument::setSourceHidden(int source, bool hidden)
     }
 }
 
-void LogDocument::setFilter(const LogPattern &filter)
+void LogDocument::setFilter(const LogFilter &filter)
 {
     if (filter.isValid() && filter != m_filter) {
         m_filter = filter;
@@ -148,6 +148,7 @@ void LogDocument::narrow()
 {
     m_scanner.restart();
     m_narrowedSplitter = LineSplitter();
+    m_surroundings = {};
     m_cutOff = 0;
     m_building.reset();
     if (!isNarrowed()) {
@@ -178,8 +179,9 @@ void LogDocument::scanOn()
         return;
     }
     const bool isEnd = (m_finished && part->end() == size()) || part->length >= LogScan::longestSpan;
-    LogScan scan{bytes(), visibleRanges(*part), m_filter, isEnd, m_scanner.cancelled()};
-    m_scanner.run([scan = std::move(scan), splitter = m_narrowedSplitter] { return scan.lines(splitter); },
+    LogScan scan{bytes(), visibleRanges(*part), {}, isEnd, m_scanner.cancelled()};
+    m_scanner.run([scan = std::move(scan), filter = m_filter, splitter = m_narrowedSplitter,
+                      around = m_surroundings] { return scan.lines(filter, splitter, around); },
         [this, part = *part](LogScan::Lines lines) { scanned(part, std::move(lines)); });
 }
 
@@ -195,6 +197,7 @@ void LogDocument::scanned(const LogRange &part, LogScan::Lines lines)
     }
     target.appendLines(lines.starts);
     m_narrowedSplitter = std::move(lines.splitter);
+    m_surroundings = std::move(lines.surroundings);
     m_cutOff += lines.cutOff;
     if (m_building) {
         showNarrowed();

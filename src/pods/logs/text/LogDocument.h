@@ -50,9 +50,9 @@ public:
 
     void setSourceHidden(int source, bool hidden);
     bool isSourceHidden(int source) const { return m_hidden.contains(source); }
-    /// Shows only the lines that a pattern is in; an empty one shows all, an invalid one changes nothing.
-    void setFilter(const LogPattern &filter);
-    const LogPattern &filter() const { return m_filter; }
+    /// An empty filter shows all, an invalid one changes nothing.
+    void setFilter(const LogFilter &filter);
+    const LogFilter &filter() const { return m_filter; }
     /// Lines that are left out because the filter is too complicated for them.
     qint64 cutOffLines() const { return m_narrowed ? m_cutOff : 0; }
     /// Whether anything is left out of what is shown.
@@ -92,10 +92,11 @@ private:
     QTimer m_frame;
 
     QSet<int> m_hidden;
-    LogPattern m_filter;
+    LogFilter m_filter;
     std::unique_ptr<LogProjection> m_narrowed;
     std::unique_ptr<LogProjection> m_building; ///< not shown before its first part is known
     LineSplitter m_narrowedSplitter;
+    LogScan::Surroundings m_surroundings;
     qint64 m_cutOff = 0;
     bool m_finished = false;
     LogScanner m_scanner;

@@ -10,15 +10,16 @@
 
 namespace tidewright {
 
-/// Writes a log to a file in the background, byte for byte. The file appears whole or not at all. Belongs to
-/// the application and goes by itself behind the end; until then the application does not end because its
-/// last window was closed. When the application ends all the same, the file is given up, which is said on
-/// standard output. Main thread.
+/// Writes a log, or parts of it, to a file in the background, byte for byte. The file appears whole or not at
+/// all. Belongs to the application and goes by itself behind the end; until then the application does not end
+/// because its last window was closed. When the application ends all the same, the file is given up, which is
+/// said on standard output. Main thread.
 class LogExport : public QObject
 {
     Q_OBJECT
 public:
-    LogExport(LogBytes bytes, const QString &path);
+    /// The ranges are written one after another.
+    LogExport(LogBytes bytes, std::vector<LogRange> ranges, const QString &path);
     ~LogExport() override;
 
     QString path() const { return m_path; }

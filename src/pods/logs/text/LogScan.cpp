@@ -4,10 +4,22 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace tidewright {
 
 namespace {
+
+void appendMerged(std::vector<LogRange> &ranges, const std::vector<LogRange> &more)
+{
+    for (const LogRange &range : more) {
+        if (!ranges.empty() && ranges.back().end() == range.start) {
+            ranges.back().length += range.length;
+        } else {
+            ranges.push_back(range);
+        }
+    }
+}
 
 /// The store's positions for bytes of a text that was put together from ranges, asked for in ascending order.
 class Positions
@@ -30,11 +42,7 @@ public:
         while (from < to) {
             const qint64 start = (*this)(from);
             const qint64 count = std::min(to - from, m_ranges[m_next].end() - start);
-            if (!result.empty() && result.back().end() == start) {
-                result.back().length += count;
-            } else {
-                result.push_back({start, count});
-            }
+            appendMerged(result, {{start, count}});
             from += count;
         }
     }
@@ -109,12 +117,15 @@ private:
 
 } // namespace
 
-LogScan::Lines LogScan::lines(LineSplitter splitter) const
+LogScan::Lines LogScan::lines(const LogFilter &filter, LineSplitter splitter, Surroundings surroundings) const
 {
-    Lines result;
-    result.splitter = std::move(splitter);
+    Lines result{.ranges = {},
+        .starts = {},
+        .splitter = std::move(splitter),
+        .surroundings = std::move(surroundings),
+        .unfinished = {}};
     const QByteArray text = bytes.read(ranges);
-    if (pattern.isEmpty()) {
+    if (filter.isEmpty()) {
         result.splitter.feed(text, result.starts);
         result.ranges = ranges;
         return result;
@@ -124,17 +135,39 @@ LogScan::Lines LogScan::lines(LineSplitter splitter) const
     qint64 consumed = 0;
     for (Line line{}; !isCancelled() && lines.next(line); consumed = line.end) {
         const QByteArrayView view = QByteArrayView(text).sliced(line.start, line.end - line.start);
-        const LogPattern::Matches found = pattern.matches(view.first(line.textEnd - line.start), 1);
+        const LogPattern::Matches found = filter.pattern().matches(view.first(line.textEnd - line.start), 1);
         result.cutOff += found.cutOff ? 1 : 0;
-        if (!found.ranges.empty()) {
-            positions.append(line.start, line.end, result.ranges);
-            result.splitter.feed(view, result.starts);
+        const bool isMatch = !found.ranges.empty();
+        // A line that the pattern is too complicated for is left out either way, and told of.
+        const bool isWanted = filter.excludes() ? !isMatch && !found.cutOff : isMatch;
+        std::vector<LogRange> stored;
+        positions.append(line.start, line.end, stored);
+        if (isWanted || result.surroundings.behind > 0) {
+            showLine(stored, view, isWanted, filter.around(), result);
+        } else if (filter.around() > 0) {
+            auto &before = result.surroundings.before;
+            before.push_back(std::move(stored));
+            before.size() > static_cast<std::size_t>(filter.around()) ? before.pop_front() : void();
         }
     }
     if (consumed < text.size()) {
         result.unfinished = positions(consumed);
     }
     return result;
+}
+
+/// With what stands before it, when that is to be seen.
+void LogScan::showLine(
+    const std::vector<LogRange> &stored, QByteArrayView view, bool isMatch, int around, Lines &result) const
+{
+    Surroundings &surroundings = result.surroundings;
+    surroundings.behind = isMatch ? around : surroundings.behind - 1;
+    for (const std::vector<LogRange> &before : std::exchange(surroundings.before, {})) {
+        result.splitter.feed(bytes.read(before), result.starts);
+        appendMerged(result.ranges, before);
+    }
+    result.splitter.feed(view, result.starts);
+    appendMerged(result.ranges, stored);
 }
 
 LogScan::Matches LogScan::matches() const

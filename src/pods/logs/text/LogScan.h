@@ -3,9 +3,10 @@
 
 #include "platform/threads/DispatchQueue.h"
 #include "pods/logs/text/LineSplitter.h"
-#include "pods/logs/text/LogPattern.h"
+#include "pods/logs/text/LogFilter.h"
 
 #include <atomic>
+#include <deque>
 
 namespace tidewright {
 
@@ -25,21 +26,29 @@ struct LogScan
 
     LogBytes bytes;
     std::vector<LogRange> ranges; ///< what is looked at, as if it were one text
-    LogPattern pattern;
+    LogPattern pattern; ///< of `matches`
     /// The text ends here: its last line is whole also without a line end.
     bool isEnd = false;
     std::shared_ptr<const std::atomic<bool>> cancelled; ///< stops a scan whose result nobody wants any more
 
-    /// The lines that the pattern is in; all when it is empty.
+    /// What the lines of one scan have to do with those of the next.
+    struct Surroundings
+    {
+        /// The last lines, which are not shown yet, in stored bytes; a match behind them shows them.
+        std::deque<std::vector<LogRange>> before = {};
+        int behind = 0; ///< lines to show whatever is in them: a match is before them
+    };
+    /// The lines that a filter shows.
     struct Lines
     {
         std::vector<LogRange> ranges; ///< the stored bytes of the lines
         std::vector<qint64> starts; ///< where lines begin, in bytes of all lines found
         LineSplitter splitter; ///< to go on with
+        Surroundings surroundings; ///< to go on with as well
         std::optional<qint64> unfinished; ///< the stored position of a line that has not ended yet
         qint64 cutOff = 0; ///< lines that the pattern is too complicated for
     };
-    Lines lines(LineSplitter splitter) const;
+    Lines lines(const LogFilter &filter, LineSplitter splitter, Surroundings surroundings) const;
 
     /// The places where the pattern is found.
     struct Matches
@@ -53,6 +62,8 @@ struct LogScan
     Matches matches() const;
 
 private:
+    void showLine(const std::vector<LogRange> &stored, QByteArrayView view, bool isMatch, int around,
+        Lines &result) const;
     bool isCancelled() const { return cancelled && *cancelled; }
 };
 

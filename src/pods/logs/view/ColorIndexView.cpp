@@ -88,6 +88,11 @@ ColorIndexView::ColorIndexView(QWidget *parent)
     setWidget(m_table);
 }
 
+void ColorIndexView::clear()
+{
+    m_table->setRowCount(0);
+}
+
 void ColorIndexView::addRow(const QString &name, const QColor &color)
 {
     const int row = m_table->rowCount();

@@ -45,6 +45,8 @@ public:
     explicit ColorIndexView(QWidget *parent);
 
     QTableWidget *table() const { return m_table; }
+    /// Takes all rows away.
+    void clear();
     void addRow(const QString &name, const QColor &color);
     void setState(int row, const State &state);
 

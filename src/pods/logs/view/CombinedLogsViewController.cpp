@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/view/CombinedLogsViewController.h"
 
-#include "core/ApplicationRecord.h"
-#include "core/ChildEnvironment.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/text/DisplayText.h"
-#include "platform/threads/MainQueue.h"
 #include "pods/console/ConsoleStyle.h"
 #include "pods/logs/view/ColorIndexView.h"
 #include "resources/changes/Confirmation.h"
@@ -21,7 +18,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <set>
 
 namespace tidewright {
 
@@ -58,21 +54,25 @@ CombinedLogsViewController::CombinedLogsViewController(QWidget *parent)
     layout->addWidget(m_logTextView);
     m_colorIndexView->raise();
     m_colorIndexView->hide();
-    connect(
-        m_colorIndexView, &ColorIndexView::sourceClicked, this, &CombinedLogsViewController::toggleSource);
-    connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::stopWhenFull);
-    connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::updateHint);
-    connect(&m_document, &LogDocument::replaced, this, &CombinedLogsViewController::updateHint);
-    const QPointer<CombinedLogsViewController> self(this);
-    m_intake = std::make_shared<LogIntake>([self] {
-        postToMain(self, [](CombinedLogsViewController &controller) { controller.takePieces(); });
-    });
+    connectParts();
 }
 
 CombinedLogsViewController::~CombinedLogsViewController()
 {
     windowWillClose();
     delete m_logTextView; // before the document that it shows
+}
+
+void CombinedLogsViewController::connectParts()
+{
+    connect(
+        m_colorIndexView, &ColorIndexView::sourceClicked, this, &CombinedLogsViewController::toggleSource);
+    connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::stopWhenFull);
+    connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::updateHint);
+    connect(&m_document, &LogDocument::replaced, this, &CombinedLogsViewController::updateHint);
+    connect(&m_streams, &LogStreams::arrived, this,
+        [this](int source, const QByteArray &bytes) { m_document.append(source, bytes); });
+    connect(&m_streams, &LogStreams::changed, this, &CombinedLogsViewController::streamsChanged);
 }
 
 QTableWidget *CombinedLogsViewController::colorIndexTableView() const
@@ -86,8 +86,14 @@ QString CombinedLogsViewController::title() const
     for (const ContainerPair &pair : containers) {
         names.append(pair.container);
     }
-    return nameSpace + QLatin1String(" Logs | ") + names.join(QLatin1Char(',')) + QStringLiteral(" — ")
-        + place();
+    if (!workloads.empty()) {
+        names.clear();
+        for (const ContainerPair &workload : workloads) {
+            names.append(tr("all pods of %1").arg(workload.pod));
+        }
+    }
+    const QLatin1String what(options.previous ? " Previous Logs | " : " Logs | ");
+    return nameSpace + what + names.join(QLatin1Char(',')) + QStringLiteral(" — ") + place();
 }
 
 /// Of a pod elsewhere with its namespace.
@@ -116,52 +122,62 @@ void CombinedLogsViewController::viewDidAppear()
     }
     m_appeared = true;
     window()->setWindowTitle(display_text::clean(title()));
+    Q_EMIT placeKnown();
     m_band->setContext(contextKey);
     m_logTextView->setTextFont(logAttributes.font());
     m_logTextView->setBackground(logAttributes.background().color());
     m_logTextView->setSourceColours({foregroundColors.cbegin(), foregroundColors.cend()});
-    if (containers.empty()) {
-        writeDiagnostic(QStringLiteral("No containers"));
-        updateHint();
-        return;
-    }
     updateHint();
-    if (containers.size() > mostUnasked) {
+    if (containers.empty() && workloads.empty()) {
+        writeDiagnostic(QStringLiteral("No containers"));
+    } else if (containers.size() > mostUnasked) {
         // Once the window stands where the question is to be.
-        QTimer::singleShot(0, this, &CombinedLogsViewController::askForStreams);
+        QTimer::singleShot(0, this, [this] {
+            askForStreams(static_cast<int>(containers.size()),
+                [this](bool agreed) { agreed ? startStreams() : (void)window()->close(); });
+        });
     } else {
         startStreams();
     }
 }
 
-void CombinedLogsViewController::askForStreams()
+void CombinedLogsViewController::askForStreams(int count, std::function<void(bool agreed)> answered)
 {
     constexpr qint64 megabytesOfOne = 40; // of a kubectl that follows a log
-    const QString count = QLocale().toString(containers.size());
     const QString memory = QLocale().formattedDataSize(
-        static_cast<qint64>(containers.size()) * megabytesOfOne * 1'000'000, 1, QLocale::DataSizeSIFormat);
-    const QString title = tr("Follow %1 Logs").arg(count);
+        count * megabytesOfOne * 1'000'000, 1, QLocale::DataSizeSIFormat);
+    const QString title = tr("Follow %1 Logs").arg(QLocale().toString(count));
     showConfirmation(this,
         {.title = title,
             .message
             = tr("Each is followed by a kubectl of its own. Together they will take about %1 of memory.")
                   .arg(memory),
             .yes = title},
-        [self = QPointer<CombinedLogsViewController>(this)](bool agreed) {
+        [self = QPointer<CombinedLogsViewController>(this), answered = std::move(answered)](bool agreed) {
             if (self) {
-                agreed ? self->startStreams() : (void)self->window()->close();
+                answered(agreed);
             }
         });
+}
+
+void CombinedLogsViewController::addRow(const ContainerPair &container)
+{
+    const auto row = static_cast<std::size_t>(m_colorIndexView->table()->rowCount());
+    m_colorIndexView->addRow(nameOf(container), foregroundColors[row % foregroundColors.size()]);
+    m_names.append(nameOf(container));
+    m_logTextView->setSourceNames(m_names);
 }
 
 void CombinedLogsViewController::startStreams()
 {
     m_document.clear();
-    m_sources.resize(containers.size());
-    for (std::size_t i = 0; i < containers.size(); ++i) {
-        startStream(static_cast<int>(i));
-        m_colorIndexView->addRow(nameOf(containers[i]), foregroundColors[i % foregroundColors.size()]);
-        updateSource(static_cast<int>(i));
+    if (!workloads.empty()) {
+        startFollower();
+    } else {
+        for (std::size_t i = 0; i < containers.size(); ++i) {
+            addRow(containers[i]);
+            startStream(m_streams.add(), options);
+        }
     }
     placeColorIndex();
     m_colorIndexView->show();
@@ -169,113 +185,131 @@ void CombinedLogsViewController::startStreams()
     updateHint();
 }
 
-void CombinedLogsViewController::startStream(int index, const QStringList &more)
+void CombinedLogsViewController::startFollower()
 {
-    const auto &[pod, container, ownNamespace] = containers[static_cast<std::size_t>(index)];
-    const std::shared_ptr<Shell> shell = Shell::create();
-    child_environment::setKubeConfig(shell->environment, kubeConfigPath);
-    m_shells.push_back(shell);
-    follow(index, *shell,
-        {kubectlPath(), QStringLiteral("logs"), QStringLiteral("-f"), QStringLiteral("--tail=50"),
-            contextArgument(context),
-            QLatin1String("-n") + (ownNamespace.isEmpty() ? nameSpace : ownNamespace), pod, container},
-        more);
+    containers.clear();
+    m_follower = std::make_unique<PodFollower>(m_streams, streamPlace(), workloads, options);
+    connect(m_follower.get(), &PodFollower::added, this, [this](const ContainerPair &container) {
+        containers.push_back(container);
+        addRow(container);
+        updateSource(m_streams.count() - 1);
+    });
+    connect(m_follower.get(), &PodFollower::happened, this, &CombinedLogsViewController::mark);
+    connect(m_follower.get(), &PodFollower::podsChanged, this, [this] {
+        placeColorIndex();
+        updateHint();
+        Q_EMIT sourcesChanged();
+    });
+    connect(m_follower.get(), &PodFollower::tooMany, this, [this](int streams) {
+        askForStreams(streams, [this, streams](bool agreed) {
+            if (!agreed && !hasRunningStreams()) {
+                window()->close();
+            } else if (m_follower) {
+                agreed ? m_follower->allow(streams) : m_follower->decline();
+            }
+        });
+    });
+    m_follower->start();
 }
 
-void CombinedLogsViewController::follow(
-    int index, Shell &shell, const QStringList &arguments, const QStringList &more)
+void CombinedLogsViewController::startStream(int index, const LogOptions &wanted, const QStringList &more)
 {
-    shell.runStreaming(
-        arguments + more,
-        [intake = m_intake, index](const QByteArray &output, const std::optional<QByteArray> &error) {
-            using Kind = LogIntake::Piece::Kind;
-            intake->put({index, error ? Kind::Error : Kind::Output, error.value_or(output)});
-        },
-        [intake = m_intake, index](const auto &failure) { intake->end(index, failure); });
+    const LogPlace place = streamPlace();
+    m_streams.start(index, place.makeShell(),
+        logArguments(place, containers[static_cast<std::size_t>(index)], wanted) + more);
 }
 
 void CombinedLogsViewController::followRefused()
 {
-    for (std::size_t i = 0; i < m_sources.size(); ++i) {
-        const QString count = m_sources[i].refusedContainers();
+    for (int i = 0; i < m_streams.count(); ++i) {
+        const QString count = m_streams.source(i).refusedContainers();
         if (!count.isEmpty()) {
             m_document.resume();
-            m_sources[i] = {};
-            startStream(static_cast<int>(i), {QLatin1String("--max-log-requests=") + count});
-            updateSource(static_cast<int>(i));
+            startStream(i, options, {QLatin1String("--max-log-requests=") + count});
         }
     }
-    placeColorIndex();
-    updateHint();
+}
+
+void CombinedLogsViewController::restart()
+{
+    m_follower.reset();
+    for (int i = 0; i < m_streams.count() && !workloads.empty(); ++i) {
+        m_document.setSourceHidden(i, false); // another one will have its number
+    }
+    m_streams.forget();
+    m_colorIndexView->clear();
+    m_names.clear();
+    m_logTextView->clearMarks();
+    m_document.resume();
+    m_cleared = false;
+    window()->setWindowTitle(display_text::clean(title()));
+    startStreams();
     Q_EMIT sourcesChanged();
 }
 
-void CombinedLogsViewController::takePieces()
+bool CombinedLogsViewController::canFollowAgain() const
 {
-    std::set<int> changed;
-    bool isNews = false;
-    for (const LogIntake::Piece &piece : m_intake->take()) {
-        if (piece.kind == LogIntake::Piece::Kind::Output) {
-            m_document.append(piece.source, piece.bytes);
-            continue;
+    const auto &all = sources();
+    return !m_follower && !options.previous && !m_document.isFull()
+        && std::any_of(all.cbegin(), all.cend(),
+            [](const LogSource &source) { return source.ended && source.refusedContainers().isEmpty(); });
+}
+
+void CombinedLogsViewController::followAgain()
+{
+    m_document.resume();
+    for (int i = 0; i < m_streams.count(); ++i) {
+        LogSource &source = m_streams.source(i);
+        if (source.ended && source.refusedContainers().isEmpty()) {
+            LogOptions rest = options;
+            rest.since = source.endedAt.toUTC().toString(Qt::ISODate).toLatin1();
+            source.tell(tr("followed again"));
+            mark(i, tr("followed again"));
+            startStream(i, rest);
         }
-        LogSource &source = m_sources[static_cast<std::size_t>(piece.source)];
-        if (piece.kind == LogIntake::Piece::Kind::End) {
-            source.ended = true;
-            source.failure = piece.failure;
-        } else {
-            isNews = isNews || source.said.isEmpty();
-            source.hear(piece.bytes);
-        }
-        isNews = isNews || source.failure;
-        changed.insert(piece.source);
     }
-    for (const int source : changed) {
+}
+
+/// What has become of a source stands where its text goes on.
+void CombinedLogsViewController::mark(int source, const QString &what)
+{
+    m_document.commit();
+    m_logTextView->addMark(
+        {m_document.size(), nameOf(containers[static_cast<std::size_t>(source)]) + u' ' + what});
+    updateSource(source);
+    m_colorIndexView->announce();
+}
+
+void CombinedLogsViewController::streamsChanged(const QList<int> &sources, bool isNews)
+{
+    for (const int source : sources) {
         updateSource(source);
     }
     if (isNews) {
         m_colorIndexView->announce();
     }
-    if (!changed.empty()) {
-        placeColorIndex();
-        if (!hasRunningStreams()) {
-            m_document.finish();
-        }
-        updateHint();
-        Q_EMIT sourcesChanged();
+    placeColorIndex();
+    if (hasRunningStreams()) {
+        m_document.resume();
+    } else {
+        m_document.finish();
     }
-}
-
-bool CombinedLogsViewController::hasRunningStreams() const
-{
-    return std::any_of(
-        m_sources.cbegin(), m_sources.cend(), [](const LogSource &source) { return !source.ended; });
+    updateHint();
+    Q_EMIT sourcesChanged();
 }
 
 void CombinedLogsViewController::stopWhenFull()
 {
     if (m_document.isFull()) {
-        for (const auto &shell : m_shells) {
-            shell->cancel();
-        }
+        m_follower.reset();
+        m_streams.cancel();
     }
 }
 
 void CombinedLogsViewController::windowWillClose()
 {
-    if (m_closed) {
-        return;
-    }
-    m_closed = true;
-    m_intake->close();
-    for (const auto &shell : m_shells) {
-        const std::shared_ptr<ChildProcess> process = shell->process();
-        const bool isRunning = process && process->isRunning();
-        shell->cancel(); // also one whose child is only about to start
-        if (isRunning) {
-            writeDiagnostic(QStringLiteral("Process terminated"));
-        }
-    }
+    m_follower.reset();
+    m_streams.close();
 }
 
 void CombinedLogsViewController::toggleSource(int row)
@@ -288,13 +322,14 @@ void CombinedLogsViewController::toggleSource(int row)
 
 void CombinedLogsViewController::updateSource(int index)
 {
-    const LogSource &source = m_sources[static_cast<std::size_t>(index)];
+    const LogSource &source = sources()[static_cast<std::size_t>(index)];
     ColorIndexView::State state;
     state.hidden = m_document.isSourceHidden(index);
     state.text = source.state();
     state.note = source.note();
     state.details = source.details();
     state.image = source.failure ? QStringLiteral("NSStatusUnavailable")
+        : source.waits           ? QStringLiteral("NSStatusPartiallyAvailable")
         : source.ended           ? QStringLiteral("statusCompleted")
                                  : QStringLiteral("NSStatusAvailable");
     m_colorIndexView->setState(index, state);
@@ -303,6 +338,7 @@ void CombinedLogsViewController::updateSource(int index)
 void CombinedLogsViewController::clear()
 {
     m_cleared = true;
+    m_logTextView->clearMarks();
     m_document.clear();
 }
 
@@ -317,10 +353,10 @@ void CombinedLogsViewController::updateHint()
 QString CombinedLogsViewController::narrowedText() const
 {
     int hidden = 0;
-    for (int i = 0; i < static_cast<int>(m_sources.size()); ++i) {
+    for (int i = 0; i < m_streams.count(); ++i) {
         hidden += m_document.isSourceHidden(i) ? 1 : 0;
     }
-    if (hidden == static_cast<int>(m_sources.size())) {
+    if (hidden == m_streams.count()) {
         return tr("All containers are hidden.");
     }
     if (m_document.examined() < m_document.size() - LogScan::usualSpan) {
@@ -330,25 +366,38 @@ QString CombinedLogsViewController::narrowedText() const
                                          : tr("No line matches the filter.");
 }
 
+/// While there is no container of the workloads.
+QString CombinedLogsViewController::waitingText() const
+{
+    if (!m_follower || !m_follower->problem().isEmpty()) {
+        return m_follower ? m_follower->problem() : tr("Nothing is followed any more.");
+    }
+    return m_follower->knowsPods() ? tr("There are no pods now. Those that come are followed.")
+                                   : tr("Looking for the pods…");
+}
+
 QString CombinedLogsViewController::emptyText() const
 {
+    if (containers.empty() && !workloads.empty()) {
+        return waitingText();
+    }
     if (containers.empty()) {
         return tr("There are no containers to follow.");
     }
-    if (m_sources.empty()) {
+    if (sources().empty()) {
         return tr("Nothing is followed yet.");
     }
     if (m_cleared) {
         return tr("Cleared.");
     }
-    if (hasRunningStreams()) {
+    if (hasRunningStreams() || m_follower) {
         return containers.size() == 1 ? tr("Waiting for output of 1 container…")
                                       : tr("Waiting for output of %1 containers…").arg(containers.size());
     }
     QStringList lines{tr("No container has written anything, and none is followed any more.")};
-    for (std::size_t i = 0; i < m_sources.size() && lines.size() <= failuresInHint; ++i) {
-        if (m_sources[i].failure) {
-            lines.append(containers[i].pod + QLatin1String(": ") + m_sources[i].details());
+    for (std::size_t i = 0; i < sources().size() && lines.size() <= failuresInHint; ++i) {
+        if (sources()[i].failure) {
+            lines.append(containers[i].pod + QLatin1String(": ") + sources()[i].details());
         }
     }
     return lines.join(QLatin1String("\n\n"));

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Shell.h"
-#include "core/WindowState.h"
-#include "pods/logs/text/LogIntake.h"
-#include "pods/logs/text/LogSource.h"
+#include "pods/logs/streams/PodFollower.h"
 #include "pods/logs/view/LogView.h"
 
 #include <QTextCharFormat>
@@ -28,8 +25,13 @@ public:
     explicit CombinedLogsViewController(QWidget *parent = nullptr);
     ~CombinedLogsViewController() override;
 
-    /// What to follow, in the order of the colour index.
+    /// What to follow, in the order of the colour index. Filled by the window itself when there are
+    /// workloads.
     std::vector<ContainerPair> containers;
+    /// Objects such as "deploy/web", all of whose pods are followed, also those that come later.
+    std::vector<ContainerPair> workloads;
+    /// What is asked of kubectl; `restart` obeys another choice.
+    LogOptions options;
     /// The value of KUBECONFIG; empty for kubectl's own.
     QString kubeConfigPath;
     /// Keeps what stands in it.
@@ -41,10 +43,18 @@ public:
     ContextKey contextKey;
 
     /// How the streams are doing, in the order of the containers.
-    const std::vector<LogSource> &sources() const { return m_sources; }
-    /// One for each started stream, in that order.
-    const std::vector<std::shared_ptr<Shell>> &shells() const { return m_shells; }
-    bool hasRunningStreams() const;
+    const std::vector<LogSource> &sources() const { return m_streams.sources(); }
+    /// The latest stream of each, in that order.
+    const std::vector<std::shared_ptr<Shell>> &shells() const { return m_streams.shells(); }
+    bool hasRunningStreams() const { return m_streams.hasRunning(); }
+    /// Null unless there are workloads.
+    const PodFollower *follower() const { return m_follower.get(); }
+    /// Lets all text go and starts all streams anew, as the options are by now.
+    void restart();
+    /// Whether there are streams that have ended and that nobody else takes up again.
+    bool canFollowAgain() const;
+    /// Starts these once more, from the moment on at which they ended.
+    void followAgain();
     /// Follows the sources again that kubectl refused because they have too many containers, and asks it for
     /// all of them.
     void followRefused();
@@ -71,10 +81,14 @@ public:
     /// Ends the streams that still run.
     void windowWillClose();
     void toggleSource(int row);
+    /// There are more sources than colours to tell them apart.
+    bool hasMoreSourcesThanColours() const { return containers.size() > foregroundColors.size(); }
     /// Lets all text that has arrived go.
     void clear();
 
 Q_SIGNALS:
+    /// `title` and `place` can be shown now.
+    void placeKnown();
     /// Something about the streams has changed.
     void sourcesChanged();
 
@@ -84,15 +98,20 @@ protected:
 
 private:
     QString nameOf(const ContainerPair &pair) const;
-    void askForStreams();
+    LogPlace streamPlace() const { return {kubeConfigPath, context, nameSpace}; }
+    void connectParts();
+    void askForStreams(int count, std::function<void(bool agreed)> answered);
     void startStreams();
-    void startStream(int index, const QStringList &more = {});
-    void follow(int index, Shell &shell, const QStringList &arguments, const QStringList &more);
-    void takePieces();
+    void startFollower();
+    void startStream(int index, const LogOptions &options, const QStringList &more = {});
+    void addRow(const ContainerPair &container);
+    void streamsChanged(const QList<int> &sources, bool isNews);
+    void mark(int source, const QString &what);
     void stopWhenFull();
     void updateSource(int index);
     void updateHint();
     QString emptyText() const;
+    QString waitingText() const;
     QString narrowedText() const;
     void placeColorIndex();
 
@@ -100,12 +119,11 @@ private:
     LogView *m_logTextView;
     ColorIndexView *m_colorIndexView;
     ContextBand *m_band;
-    std::vector<LogSource> m_sources;
-    std::vector<std::shared_ptr<Shell>> m_shells;
-    std::shared_ptr<LogIntake> m_intake;
+    QStringList m_names; ///< of the sources
+    LogStreams m_streams;
+    std::unique_ptr<PodFollower> m_follower;
     bool m_cleared = false;
     bool m_appeared = false;
-    bool m_closed = false;
 };
 
 } // namespace tidewright

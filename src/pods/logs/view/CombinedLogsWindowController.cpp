@@ -2,24 +2,24 @@
 #include "pods/logs/view/CombinedLogsWindowController.h"
 
 #include "platform/text/DisplayText.h"
-#include "pods/logs/text/LogExport.h"
+#include "pods/logs/text/LogLineText.h"
 #include "pods/logs/text/LogSearch.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/view/LogPatternBar.h"
+#include "pods/logs/view/LogSaver.h"
+#include "pods/logs/view/LogStatusLine.h"
+#include "pods/logs/view/LogTimeJump.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QCloseEvent>
-#include <QDir>
-#include <QFileDialog>
+#include <QComboBox>
 #include <QGuiApplication>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QLineEdit>
-#include <QLocale>
-#include <QProgressBar>
+#include <QMenu>
 #include <QScreen>
 #include <QToolBar>
 #include <QToolButton>
+#include <QVBoxLayout>
 
 namespace tidewright {
 
@@ -28,47 +28,9 @@ namespace {
 constexpr QSize usualSize(1000, 640);
 constexpr QSize smallestSize(420, 240);
 
-QString counted(qint64 number)
-{
-    return QLocale().toString(number);
-}
-
 QString tooComplicated(qint64 lines)
 {
-    return CombinedLogsWindowController::tr("too complicated for %1 lines").arg(counted(lines));
-}
-
-/// How the streams are doing, where that is not simply well.
-QStringList streamParts(const CombinedLogsViewController &content)
-{
-    using Window = CombinedLogsWindowController;
-    const auto &sources = content.sources();
-    const auto count = [&](auto what) { return std::count_if(sources.cbegin(), sources.cend(), what); };
-    QStringList parts;
-    const auto hasChoice = [](const LogSource &source) { return source.choice.has_value(); };
-    if (const auto chosen = count(hasChoice); chosen == 1) {
-        const auto source = std::find_if(sources.cbegin(), sources.cend(), hasChoice);
-        const ContainerPair &pair = content.containers[static_cast<std::size_t>(source - sources.cbegin())];
-        // The number first: a narrow window cuts the end.
-        parts.append(Window::tr("only 1 of the %1 pods of %2 is followed: %3")
-                         .arg(source->choice->pods, pair.pod, source->choice->pod));
-    } else if (chosen > 1) {
-        parts.append(Window::tr("of %1 sources only one pod of several is followed").arg(chosen));
-    }
-    if (const auto ended = count([](const LogSource &source) { return source.ended; }); ended > 0) {
-        parts.append(ended == std::ssize(sources)
-                ? Window::tr("all streams have ended")
-                : Window::tr("%1 of %2 streams have ended").arg(ended).arg(sources.size()));
-    }
-    if (const auto failed = count([](const LogSource &source) { return source.failure.has_value(); })) {
-        parts.append(Window::tr("%1 with errors").arg(failed));
-    }
-    return parts;
-}
-
-QString bytesText(qint64 bytes)
-{
-    return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+    return CombinedLogsWindowController::tr("too complicated for %1 lines").arg(countedText(lines));
 }
 
 } // namespace
@@ -78,12 +40,11 @@ CombinedLogsWindowController::CombinedLogsWindowController()
     , m_search(new LogSearch(m_content->document(), this))
     , m_findBar(new LogPatternBar(tr("Find"), tr("Text in the log"), true))
     , m_filterBar(new LogPatternBar(tr("Filter"), tr("Show only lines with…"), false))
-    , m_status(new QLabel)
-    , m_notice(new QLabel)
-    , m_progress(new QProgressBar)
-    , m_following(new QLabel(tr("Following")))
-    , m_followRefused(new QToolButton)
-    , m_jump(new QToolButton)
+    , m_excludes(m_filterBar->addSwitch(QStringLiteral("≠"), tr("Leave matching lines out")))
+    , m_around(new QComboBox)
+    , m_status(new LogStatusLine(*m_content))
+    , m_saver(std::make_unique<LogSaver>(*m_status, *this))
+    , m_timeJump(std::make_unique<LogTimeJump>(m_content->document(), *m_content->logTextView()))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setMinimumSize(smallestSize);
@@ -97,16 +58,15 @@ CombinedLogsWindowController::CombinedLogsWindowController()
 
 CombinedLogsWindowController::~CombinedLogsWindowController()
 {
-    // The search refers to the content's document.
+    // What refers to the content goes first.
     delete m_search;
+    m_timeJump.reset();
+    m_saver.reset();
     m_content->windowWillClose();
-    if (m_export) {
-        m_export->leaveAlone();
-    }
 }
 
 QAction *CombinedLogsWindowController::addCommand(
-    const QString &text, const QString &tip, const QKeySequence &shortcut)
+    const QString &text, const QString &tip, const QKeySequence &shortcut, std::function<void()> chosen)
 {
     auto *action = new QAction(text, this);
     action->setShortcut(shortcut);
@@ -114,6 +74,16 @@ QAction *CombinedLogsWindowController::addCommand(
             ? tip
             : QStringLiteral("%1 (%2)").arg(tip, shortcut.toString(QKeySequence::NativeText))));
     addAction(action);
+    connect(action, &QAction::triggered, this, std::move(chosen));
+    return action;
+}
+
+QAction *CombinedLogsWindowController::addSwitch(const QString &text, const QString &tip,
+    const QKeySequence &shortcut, std::function<void(bool on)> switched)
+{
+    QAction *action = addCommand(text, tip, shortcut, [] {});
+    action->setCheckable(true);
+    connect(action, &QAction::triggered, this, std::move(switched));
     return action;
 }
 
@@ -124,84 +94,116 @@ void CombinedLogsWindowController::buildToolBar()
     bar->setMovable(false);
     bar->setContextMenuPolicy(Qt::PreventContextMenu);
     bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    const auto command
-        = [&](const QString &text, const QString &tip, const QKeySequence &shortcut, auto slot) {
-              QAction *action = addCommand(text, tip, shortcut);
-              connect(action, &QAction::triggered, this, slot);
-              return action;
-          };
     QAction *find
-        = command(tr("Find"), tr("Find in the log"), QKeySequence::Find, [this] { m_findBar->open(); });
-    QAction *filter = command(tr("Filter"), tr("Show only matching lines"), QKeySequence(tr("Ctrl+Shift+F")),
-        [this] { m_filterBar->open(); });
-    m_wrap = command(tr("Wrap"), tr("Wrap long lines"), QKeySequence(tr("Alt+Z")),
-        [this, view] { view->scroll().setWrapping(m_wrap->isChecked()); });
-    m_wrap->setCheckable(true);
+        = addCommand(tr("Find"), tr("Find in the log"), QKeySequence::Find, [this] { m_findBar->open(); });
+    QAction *filter = addCommand(tr("Filter"), tr("Show only matching lines"),
+        QKeySequence(tr("Ctrl+Shift+F")), [this] { m_filterBar->open(); });
+    m_wrap = addSwitch(tr("Wrap"), tr("Wrap long lines"), QKeySequence(tr("Alt+Z")),
+        [view](bool on) { view->scroll().setWrapping(on); });
     m_wrap->setChecked(view->scroll().isWrapping());
+    m_names = addSwitch(tr("Names"), tr("Show the name of its container in front of each line"),
+        QKeySequence(tr("Alt+N")), [this, view](bool on) {
+            m_namesChosen = true;
+            view->showSourceNames(on);
+        });
     QAction *smaller
-        = command(tr("A−"), tr("Smaller text"), QKeySequence::ZoomOut, [view] { view->zoom(-1); });
-    QAction *larger = command(tr("A+"), tr("Larger text"), QKeySequence::ZoomIn, [view] { view->zoom(1); });
-    QAction *usual = command(
-        tr("Usual Text Size"), tr("Usual text size"), QKeySequence(tr("Ctrl+0")), [view] { view->zoom(0); });
-    m_save = command(
-        tr("Save…"), tr("Save the whole log to a file"), QKeySequence::Save, [this] { chooseFile(); });
-    QAction *clearAction = command(tr("Clear"), tr("Let all text that has arrived go"),
+        = addCommand(tr("A−"), tr("Smaller text"), QKeySequence::ZoomOut, [view] { view->zoom(-1); });
+    QAction *larger
+        = addCommand(tr("A+"), tr("Larger text"), QKeySequence::ZoomIn, [view] { view->zoom(1); });
+    m_save = addCommand(
+        tr("Save…"), tr("Save the whole log to a file"), QKeySequence::Save, [this] { chooseFile(false); });
+    QAction *clearAction = addCommand(tr("Clear"), tr("Let all text that has arrived go"),
         QKeySequence(tr("Ctrl+Shift+K")), [this] { clear(); });
-    command(tr("Close"), tr("Close the window"), QKeySequence(tr("Ctrl+W")), [this] { close(); });
-    command(tr("Find Next"), {}, QKeySequence::FindNext, [this] { m_search->goOn(true); });
-    command(tr("Find Previous"), {}, QKeySequence::FindPrevious, [this] { m_search->goOn(false); });
     bar->addActions({find, filter});
     bar->addSeparator();
-    bar->addActions({m_wrap, smaller, larger});
+    addBeginning(*bar);
+    bar->addSeparator();
+    bar->addActions({m_names, m_wrap, smaller, larger});
     bar->addSeparator();
     bar->addActions({m_save, clearAction});
-    // The same where the text is, in its context menu.
-    QAction *copy = command(tr("Copy"), {}, {}, [view] { view->selection().copy(); });
-    QAction *all = command(tr("Select All"), {}, {}, [view] { view->selection().selectAll(); });
-    connect(&view->selection(), &LogSelection::changed, copy,
-        [view, copy] { copy->setEnabled(!view->selection().isEmpty()); });
-    copy->setEnabled(false);
+    buildContextMenu({find, filter, m_timestamps, m_names, m_wrap, m_save, clearAction});
+}
+
+/// Where the logs begin, and whether their lines have times.
+void CombinedLogsWindowController::addBeginning(QToolBar &bar)
+{
+    using From = LogOptions::From;
+    auto *button = new QToolButton;
+    auto *menu = new QMenu(button);
+    auto *group = new QActionGroup(menu);
+    for (const auto &[from, title] :
+        std::initializer_list<std::pair<From, QString>>{{From::Last50, tr("Last 50 Lines")},
+            {From::Last500, tr("Last 500 Lines")}, {From::Last5000, tr("Last 5,000 Lines")},
+            {From::All, tr("All")}, {From::FiveMinutes, tr("Last 5 Minutes")},
+            {From::OneHour, tr("Last Hour")}, {From::Today, tr("Today")}}) {
+        QAction *action = menu->addAction(title, this, [this, button, from, title] {
+            button->setText(tr("From: %1").arg(title));
+            m_content->options.from = from;
+            m_content->restart();
+        });
+        action->setCheckable(true);
+        group->addAction(action);
+        connect(
+            m_content, &CombinedLogsViewController::placeKnown, action, [this, action, button, from, title] {
+                if (m_content->options.from == from) {
+                    action->setChecked(true);
+                    button->setText(tr("From: %1").arg(title));
+                }
+            });
+    }
+    button->setMenu(menu);
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setText(tr("From: Last 50 Lines"));
+    button->setAccessibleName(tr("From"));
+    button->setToolTip(tr("Where the logs begin; another choice reads them anew"));
+    bar.addWidget(button);
+    m_goToTime = addCommand(tr("Go to Time…"), tr("Go to the first line of a time"),
+        QKeySequence(tr("Ctrl+L")), [this] { m_timeJump->ask(); });
+    m_goToTime->setEnabled(false);
+    m_timestamps = addSwitch(tr("Times"), tr("Read the logs anew, with the time of each line"),
+        QKeySequence(tr("Alt+T")), [this](bool on) {
+            m_goToTime->setEnabled(on);
+            m_content->options.timestamps = on;
+            m_content->restart();
+        });
+    bar.addActions({m_timestamps, m_goToTime});
+}
+
+void CombinedLogsWindowController::buildContextMenu(const QList<QAction *> &shared)
+{
+    LogView *view = m_content->logTextView();
+    addCommand(tr("Close"), tr("Close the window"), QKeySequence(tr("Ctrl+W")), [this] { close(); });
+    addCommand(tr("Find Next"), {}, QKeySequence::FindNext, [this] { m_search->goOn(true); });
+    addCommand(tr("Find Previous"), {}, QKeySequence::FindPrevious, [this] { m_search->goOn(false); });
+    QAction *usual = addCommand(
+        tr("Usual Text Size"), tr("Usual text size"), QKeySequence(tr("Ctrl+0")), [view] { view->zoom(0); });
+    QAction *copy = addCommand(tr("Copy"), {}, {}, [view] { view->selection().copy(); });
+    QAction *all = addCommand(tr("Select All"), {}, {}, [view] { view->selection().selectAll(); });
+    QAction *selectedText = addCommand(tr("Find Selected Text"), tr("Find the selected text"),
+        QKeySequence(tr("Ctrl+E")), [this] { findSelected(); });
+    m_saveShown = addCommand(tr("Save Shown Lines…"), tr("Save what is shown to a file"),
+        QKeySequence(tr("Ctrl+Shift+S")), [this] { chooseFile(true); });
+    for (QAction *action : {copy, selectedText}) {
+        connect(&view->selection(), &LogSelection::changed, action,
+            [view, action] { action->setEnabled(!view->selection().isEmpty()); });
+        action->setEnabled(false);
+    }
     auto *line = new QAction(this);
     line->setSeparator(true);
-    view->addActions({copy, all, line, find, filter, m_wrap, usual, m_save, clearAction});
+    view->addActions({copy, all, selectedText, line});
+    view->addActions(shared);
+    view->addActions({usual, m_goToTime, m_saveShown});
     view->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
 void CombinedLogsWindowController::buildLayout()
 {
-    // What is said here holds file names and texts of other programs.
-    m_status->setTextFormat(Qt::PlainText);
-    m_notice->setTextFormat(Qt::PlainText);
-    m_status->setAccessibleName(tr("Status"));
-    m_status->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_notice->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_progress->setMaximumWidth(160);
-    m_progress->hide();
-    m_following->setToolTip(tr("The view follows the text; scroll up to stop it."));
-    m_followRefused->setText(tr("Follow All Containers"));
-    m_followRefused->setToolTip(tr("kubectl follows five containers at most unless it is asked for more."));
-    m_followRefused->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    m_jump->setText(tr("Jump to End ↓"));
-    m_jump->setToolTip(tr("Scroll to the end and follow the text (Ctrl+End)"));
-    m_jump->setAutoRaise(true);
-    m_jump->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    auto *line = new QWidget;
-    auto *lineLayout = new QHBoxLayout(line);
-    lineLayout->setContentsMargins(8, 2, 8, 2);
-    lineLayout->addWidget(makePlaceLabel());
-    lineLayout->addWidget(m_status);
-    lineLayout->addStretch(1);
-    lineLayout->addWidget(m_notice);
-    lineLayout->addWidget(m_progress);
-    lineLayout->addWidget(m_followRefused);
-    lineLayout->addWidget(m_following);
-    lineLayout->addWidget(m_jump);
-    // The same with the label as with the button: the text above must not move.
-    line->setMinimumHeight(m_jump->sizeHint().height() + 4);
-    m_status->setMinimumWidth(60);
-    m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    lineLayout->setStretchFactor(m_status, 4);
-
+    for (const int lines : {0, 3, 10}) {
+        m_around->addItem(lines == 0 ? tr("no lines around") : tr("%1 lines around").arg(lines), lines);
+    }
+    m_around->setAccessibleName(tr("Lines around"));
+    m_around->setToolTip(tr("How many lines before and behind a matching one are shown"));
+    m_filterBar->addChoice(m_around);
     auto *central = new QWidget;
     auto *layout = new QVBoxLayout(central);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -209,27 +211,8 @@ void CombinedLogsWindowController::buildLayout()
     layout->addWidget(m_content, 1);
     layout->addWidget(m_filterBar);
     layout->addWidget(m_findBar);
-    layout->addWidget(line);
+    layout->addWidget(m_status);
     setCentralWidget(central);
-}
-
-/// Where the text comes from, also when the title is too long for its bar.
-QWidget *CombinedLogsWindowController::makePlaceLabel()
-{
-    constexpr int widest = 320;
-    auto *label = new QLabel;
-    label->setTextFormat(Qt::PlainText);
-    label->setAccessibleName(tr("Context and Namespace"));
-    QFont bold = label->font();
-    bold.setBold(true);
-    label->setFont(bold);
-    label->setContentsMargins(0, 0, 12, 0);
-    connect(this, &QWidget::windowTitleChanged, label, [this, label] {
-        const QString place = display_text::clean(m_content->place());
-        label->setText(label->fontMetrics().elidedText(place, Qt::ElideMiddle, widest));
-        label->setToolTip(display_text::toolTip(place));
-    });
-    return label;
 }
 
 void CombinedLogsWindowController::connectParts()
@@ -238,7 +221,8 @@ void CombinedLogsWindowController::connectParts()
     LogDocument *document = &m_content->document();
     connect(m_findBar, &LogPatternBar::patternChanged, this, &CombinedLogsWindowController::find);
     connect(m_findBar, &LogPatternBar::stepped, m_search, &LogSearch::goOn);
-    connect(m_filterBar, &LogPatternBar::patternChanged, document, &LogDocument::setFilter);
+    connect(m_filterBar, &LogPatternBar::patternChanged, this, &CombinedLogsWindowController::filter);
+    connect(m_around, &QComboBox::currentIndexChanged, m_filterBar, &LogPatternBar::changed);
     for (LogPatternBar *bar : {m_findBar, m_filterBar}) {
         connect(bar, &LogPatternBar::closed, view, [view] { view->setFocus(); });
     }
@@ -248,13 +232,26 @@ void CombinedLogsWindowController::connectParts()
     connect(document, &LogDocument::replaced, this, &CombinedLogsWindowController::updateStatus);
     connect(m_content, &CombinedLogsViewController::sourcesChanged, this,
         &CombinedLogsWindowController::updateStatus);
-    connect(&view->scroll(), &LogScroll::followingChanged, this, &CombinedLogsWindowController::updateStatus);
-    connect(&view->selection(), &LogSelection::noticed, m_notice, &QLabel::setText);
-    connect(m_followRefused, &QToolButton::clicked, m_content, &CombinedLogsViewController::followRefused);
-    connect(m_jump, &QToolButton::clicked, view, [view] {
-        view->scroll().follow();
-        view->setFocus();
-    });
+    connect(m_timeJump.get(), &LogTimeJump::noticed, m_status, &LogStatusLine::setNotice);
+    connect(m_saver.get(), &LogSaver::busyChanged, this, &CombinedLogsWindowController::updateStatus);
+}
+
+void CombinedLogsWindowController::filter(const LogPattern &pattern)
+{
+    m_around->setEnabled(!m_excludes->isChecked());
+    m_content->document().setFilter({pattern, m_excludes->isChecked(), m_around->currentData().toInt()});
+}
+
+void CombinedLogsWindowController::findSelected()
+{
+    constexpr qsizetype longest = 200;
+    LogView *view = m_content->logTextView();
+    const LogDocument &document = m_content->document();
+    const std::vector<LogRange> ranges = view->selection().shownRanges();
+    if (!ranges.empty() && totalLength(ranges) < LogScan::usualSpan) {
+        const QString text = plainText(document.bytes().read(ranges)).section(u'\n', 0, 0);
+        m_findBar->open(text.left(longest)); // a line at most: that is what a pattern is looked for in
+    }
 }
 
 void CombinedLogsWindowController::find(const LogPattern &pattern)
@@ -274,9 +271,9 @@ void CombinedLogsWindowController::updateFindResult()
     if (m_search->count() == 0) {
         m_findBar->setResult((m_search->isSearching() ? tr("Searching") : tr("Not found")) + more);
     } else if (const qint64 number = m_search->currentNumber()) {
-        m_findBar->setResult(tr("%1 of %2").arg(counted(number), counted(m_search->count())) + more);
+        m_findBar->setResult(tr("%1 of %2").arg(countedText(number), countedText(m_search->count())) + more);
     } else {
-        m_findBar->setResult(tr("%1 found").arg(counted(m_search->count())) + more);
+        m_findBar->setResult(tr("%1 found").arg(countedText(m_search->count())) + more);
     }
 }
 
@@ -288,82 +285,41 @@ QString CombinedLogsWindowController::statusText() const
 void CombinedLogsWindowController::updateStatus()
 {
     const LogDocument &document = m_content->document();
-    QStringList parts;
-    if (document.size() == 0) {
-        parts.append(tr("No text yet"));
-    } else {
-        parts.append(tr("%1 lines, %2").arg(counted(document.lines()), bytesText(document.size())));
-    }
-    if (document.isNarrowed()) {
-        const qint64 size = document.size();
-        parts.append(document.examined() < size - LogScan::usualSpan
-                ? tr("%1 shown so far (%2 %)")
-                      .arg(counted(document.shownLines()))
-                      .arg(document.examined() * 100 / size)
-                : tr("%1 shown").arg(counted(document.shownLines())));
-    }
-    if (document.cutOffLines() > 0 && m_filterBar->pattern() == document.filter()) {
+    if (document.cutOffLines() > 0 && m_filterBar->pattern() == document.filter().pattern()) {
         m_filterBar->setResult(tooComplicated(document.cutOffLines()));
     }
-    parts += streamParts(*m_content);
-    if (!document.problem().isEmpty()) {
-        parts.prepend(document.isFull() ? tr("Stopped: %1").arg(document.problem()) : document.problem());
+    m_save->setEnabled(!m_saver->isBusy());
+    m_saveShown->setEnabled(!m_saver->isBusy() && document.isNarrowed());
+    if (!m_namesChosen && m_content->hasMoreSourcesThanColours() && !m_names->isChecked()) {
+        m_names->setChecked(true);
+        m_content->logTextView()->showSourceNames(true);
     }
-    const QString text = parts.join(QStringLiteral(" · "));
-    if (text != m_status->text()) {
-        m_status->setText(text);
-        m_status->setToolTip(display_text::toolTip(text));
-    }
-    const auto &sources = m_content->sources();
-    m_followRefused->setVisible(std::any_of(sources.cbegin(), sources.cend(),
-        [](const LogSource &source) { return !source.refusedContainers().isEmpty(); }));
-    const bool following = m_content->logTextView()->scroll().isFollowing();
-    m_following->setVisible(following);
-    m_jump->setVisible(!following);
 }
 
 void CombinedLogsWindowController::clear()
 {
     m_content->clear();
-    m_notice->clear();
+    m_status->setNotice({});
 }
 
-void CombinedLogsWindowController::chooseFile()
+void CombinedLogsWindowController::chooseFile(bool shownOnly)
 {
-    auto *dialog = new QFileDialog(this, tr("Save Log"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave); // asks before it replaces a file
-    dialog->setFileMode(QFileDialog::AnyFile);
-    dialog->setDefaultSuffix(QStringLiteral("log"));
-    QString name = m_content->nameSpace;
-    dialog->selectFile(name.replace(QLatin1Char('/'), QLatin1Char('-')) + QLatin1String("-logs.log"));
-    connect(dialog, &QFileDialog::fileSelected, this, &CombinedLogsWindowController::saveTo);
-    dialog->open();
+    m_saver->chooseFile(shownOnly ? tr("Save Shown Lines") : tr("Save Log"), m_content->nameSpace,
+        [this, shownOnly](const QString &path) { shownOnly ? saveShownTo(path) : saveTo(path); });
 }
 
 void CombinedLogsWindowController::saveTo(const QString &path)
 {
-    m_content->document().commit();
-    const LogBytes bytes = m_content->document().bytes();
-    if (m_export) {
-        m_export->disconnect(this);
-        m_export->disconnect(m_progress);
-        m_export->leaveAlone();
-    }
-    m_export = new LogExport(bytes, path);
-    m_save->setEnabled(false);
-    m_notice->setText(tr("Saving…"));
-    m_progress->setValue(0);
-    m_progress->show();
-    connect(m_export, &LogExport::progressed, m_progress, &QProgressBar::setValue);
-    connect(m_export, &LogExport::finished, this, [this, size = bytes.size()](const QString &problem) {
-        const QString shown = QDir::toNativeSeparators(m_export->path());
-        m_notice->setText(problem.isEmpty() ? tr("Saved %1 to %2").arg(bytesText(size), shown)
-                                            : tr("%1 could not be saved: %2").arg(shown, problem));
-        m_progress->hide();
-        m_save->setEnabled(true);
-        m_export = nullptr; // it goes by itself
-    });
+    LogDocument &document = m_content->document();
+    document.commit();
+    m_saver->save(document.bytes(), {{0, document.size()}}, path);
+}
+
+void CombinedLogsWindowController::saveShownTo(const QString &path)
+{
+    LogDocument &document = m_content->document();
+    document.commit();
+    m_saver->save(document.bytes(), document.shown().ranges(0, document.shown().size()), path);
 }
 
 void CombinedLogsWindowController::keyPressEvent(QKeyEvent *event)

@@ -19,6 +19,7 @@ constexpr int typingMilliseconds = 80;
 
 LogPatternBar::LogPatternBar(const QString &title, const QString &placeholder, bool withSteps)
     : m_field(new QLineEdit)
+    , m_switches(new QHBoxLayout)
     , m_result(new QLabel)
 {
     auto *layout = new QHBoxLayout(this);
@@ -31,17 +32,18 @@ LogPatternBar::LogPatternBar(const QString &title, const QString &placeholder, b
     m_field->setAccessibleName(title);
     m_field->setMinimumWidth(200);
     layout->addWidget(m_field, 3);
-    m_case = addButton(tr("Aa"), tr("Match case"), true);
-    m_expression = addButton(tr(".*"), tr("Regular expression"), true);
+    layout->addLayout(m_switches);
+    m_case = addSwitch(tr("Aa"), tr("Match case"));
+    m_expression = addSwitch(tr(".*"), tr("Regular expression"));
     if (withSteps) {
-        connect(addButton(QStringLiteral("↑"), tr("Previous match (Shift+F3)"), false), &QToolButton::clicked,
-            this, [this] { Q_EMIT stepped(false); });
-        connect(addButton(QStringLiteral("↓"), tr("Next match (F3)"), false), &QToolButton::clicked, this,
+        connect(addButton(QStringLiteral("↑"), tr("Previous match (Shift+F3)")), &QToolButton::clicked, this,
+            [this] { Q_EMIT stepped(false); });
+        connect(addButton(QStringLiteral("↓"), tr("Next match (F3)")), &QToolButton::clicked, this,
             [this] { Q_EMIT stepped(true); });
     }
     layout->addWidget(m_result, 2);
     m_result->setMinimumWidth(120);
-    connect(addButton(QStringLiteral("✕"), tr("Close (Esc)"), false), &QToolButton::clicked, this,
+    connect(addButton(QStringLiteral("✕"), tr("Close (Esc)")), &QToolButton::clicked, this,
         &LogPatternBar::close);
     m_typing.setSingleShot(true);
     m_typing.setInterval(typingMilliseconds);
@@ -50,20 +52,30 @@ LogPatternBar::LogPatternBar(const QString &title, const QString &placeholder, b
     hide();
 }
 
-QToolButton *LogPatternBar::addButton(const QString &text, const QString &tip, bool checkable)
+QToolButton *LogPatternBar::addButton(const QString &text, const QString &tip)
 {
     auto *button = new QToolButton;
     button->setText(text);
     button->setToolTip(display_text::toolTip(tip));
     button->setAccessibleName(tip);
-    button->setCheckable(checkable);
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);
     layout()->addWidget(button);
-    if (checkable) {
-        connect(button, &QToolButton::toggled, this, &LogPatternBar::changed);
-    }
     return button;
+}
+
+QToolButton *LogPatternBar::addSwitch(const QString &text, const QString &tip)
+{
+    QToolButton *button = addButton(text, tip);
+    button->setCheckable(true);
+    m_switches->addWidget(button);
+    connect(button, &QToolButton::toggled, this, &LogPatternBar::changed);
+    return button;
+}
+
+void LogPatternBar::addChoice(QWidget *choice)
+{
+    m_switches->addWidget(choice);
 }
 
 LogPattern LogPatternBar::pattern() const

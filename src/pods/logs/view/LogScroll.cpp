@@ -19,7 +19,7 @@ LogScroll::LogScroll(QAbstractScrollArea &area, const LogDocument &document, Log
 
 QPoint LogScroll::origin() const
 {
-    return {margin - m_area.horizontalScrollBar()->value(), -m_top.pixel};
+    return {margin + m_gutter - m_area.horizontalScrollBar()->value(), -m_top.pixel};
 }
 
 int LogScroll::pageHeight() const
@@ -60,10 +60,18 @@ void LogScroll::setWrapping(bool wrapping)
     }
 }
 
+void LogScroll::setGutter(int width)
+{
+    if (width != m_gutter) {
+        keepTopWhile([&] { m_gutter = width; });
+    }
+}
+
 void LogScroll::updateWrapWidth()
 {
     m_lines.setWrapWidth(m_wrapping
-            ? std::max<qreal>(m_area.viewport()->width() - margin - margin / 2, appearance().cellWidth * 8)
+            ? std::max<qreal>(
+                m_area.viewport()->width() - m_gutter - margin - margin / 2, appearance().cellWidth * 8)
             : 0);
     updateNeededWidth();
     m_area.setHorizontalScrollBarPolicy(m_wrapping ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
@@ -193,7 +201,7 @@ void LogScroll::updateBars(const Top &bottom)
     vertical.setRange(0, bounded(bottom.line + (bottom.pixel > 0 ? 1 : 0)));
     vertical.setPageStep(std::max(1, height() / appearance().rowHeight));
     vertical.setValue(m_following ? vertical.maximum() : bounded(m_top.line));
-    const int room = m_area.viewport()->width() - margin - margin / 2;
+    const int room = m_area.viewport()->width() - m_gutter - margin - margin / 2;
     horizontal.setRange(0, m_wrapping ? 0 : std::max(0, static_cast<int>(m_widest) - room));
     horizontal.setPageStep(room);
     horizontal.setSingleStep(static_cast<int>(appearance().cellWidth * 4));
@@ -237,7 +245,7 @@ void LogScroll::revealSideways(const LogHit &hit)
 {
     const qreal x = m_lines.layout(hit.line).xOf(hit.unit);
     QScrollBar &bar = *m_area.horizontalScrollBar();
-    const qreal room = m_area.viewport()->width() - 3.0 * margin;
+    const qreal room = m_area.viewport()->width() - m_gutter - 3.0 * margin;
     if (x < bar.value() || x > bar.value() + room) {
         bar.setValue(static_cast<int>(x - room / 3));
     }

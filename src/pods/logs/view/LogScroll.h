@@ -35,6 +35,9 @@ public:
     /// The place in the text nearest to a point of the screen; there must be text.
     LogHit hitAt(QPoint point);
 
+    /// Room to the left of the text, in pixels; it stays there when the text is scrolled sideways.
+    void setGutter(int width);
+    int gutter() const { return m_gutter; }
     bool isWrapping() const { return m_wrapping; }
     void setWrapping(bool wrapping);
     bool isFollowing() const { return m_following; }
@@ -73,6 +76,7 @@ private:
     QAbstractScrollArea &m_area;
     const LogDocument &m_document;
     LogLineCache &m_lines;
+    int m_gutter = 0;
     bool m_wrapping = true;
     bool m_following = true;
     bool m_toldFollowing = true; ///< what the signal last said

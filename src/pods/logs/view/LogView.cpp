@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/view/LogView.h"
 
+#include "platform/text/DisplayText.h"
 #include "pods/console/ConsoleStyle.h"
 #include "resources/widgets/NamedImages.h"
 
@@ -22,6 +23,7 @@ constexpr int rowsPerNotch = 3;
 constexpr int smallestZoom = -5;
 constexpr int largestZoom = 16;
 constexpr qreal smallestFont = 4;
+constexpr qsizetype mostNameCells = 28;
 constexpr QChar continuationMark(0x21AA);
 
 /// Tells screen readers the text on the screen.
@@ -103,6 +105,41 @@ void LogView::setHint(const QString &hint)
     }
 }
 
+void LogView::setSourceNames(const QStringList &names)
+{
+    m_names = names;
+    updateGutter();
+}
+
+void LogView::showSourceNames(bool shown)
+{
+    m_showsNames = shown;
+    updateGutter();
+}
+
+void LogView::updateGutter()
+{
+    qsizetype longest = 0;
+    for (const QString &name : m_names) {
+        longest = std::max(longest, name.size());
+    }
+    const auto cells = static_cast<qreal>(std::min(longest + 1, mostNameCells));
+    m_scroll.setGutter(m_showsNames && longest > 0 ? static_cast<int>(cells * appearance().cellWidth) : 0);
+    viewport()->update();
+}
+
+void LogView::addMark(const LogMark &mark)
+{
+    m_marks.push_back(mark);
+    viewport()->update();
+}
+
+void LogView::clearMarks()
+{
+    m_marks.clear();
+    viewport()->update();
+}
+
 void LogView::setHighlight(const LogPattern &pattern, qint64 current)
 {
     m_lines.setPattern(pattern);
@@ -116,6 +153,7 @@ void LogView::zoom(int direction)
     QFont font = m_usualFont;
     font.setPointSizeF(std::max(smallestFont, font.pointSizeF() + m_zoom));
     m_scroll.keepTopWhile([&] { m_lines.changeAppearance().measure(font); });
+    updateGutter();
 }
 
 void LogView::replaced()
@@ -263,11 +301,65 @@ void LogView::paintEvent(QPaintEvent *event)
             if (m_lines.continues(line)) {
                 painter.setFont(appearance().font);
                 painter.setPen(namedColour(QStringLiteral("solarized-base01")));
-                painter.drawText(QPointF(1, y + appearance().ascent), QString(continuationMark));
+                painter.drawText(
+                    QPointF(m_scroll.gutter() + 1, y + appearance().ascent), QString(continuationMark));
             }
         }
+        if (m_scroll.gutter() > 0) {
+            drawName(painter, line, y);
+        }
+        drawMarks(painter, line, y);
         y += rows * rowHeight;
     }
+}
+
+/// The name of the source that a line comes from, over what is scrolled below it.
+void LogView::drawName(QPainter &painter, qint64 line, int y)
+{
+    const int width = m_scroll.gutter();
+    painter.fillRect(0, y, width, m_lines.height(line), appearance().background);
+    const LogProjection &shown = m_document.shown();
+    const auto runs = m_document.runs({shown.position(shown.lineStart(line)), 1});
+    if (runs.empty() || runs.front().source >= m_names.size() || m_lines.continues(line)) {
+        return;
+    }
+    const int source = runs.front().source;
+    painter.setFont(appearance().font);
+    painter.setPen(appearance().colourOf({.source = source}));
+    const qreal cell = appearance().cellWidth;
+    const QString name = QFontMetricsF(appearance().font)
+                             .elidedText(display_text::clean(m_names[source]), Qt::ElideMiddle, width - cell);
+    painter.drawText(QPointF(cell / 2, y + appearance().ascent), name);
+}
+
+/// Those above a line: a rule, and at its right end what has happened.
+void LogView::drawMarks(QPainter &painter, qint64 line, int y)
+{
+    const LogProjection &shown = m_document.shown();
+    const qint64 from = line > 0 ? shown.position(shown.lineStart(line - 1)) : -1;
+    const auto isBefore = [](const LogMark &mark, qint64 position) { return mark.position <= position; };
+    const auto first = std::lower_bound(m_marks.cbegin(), m_marks.cend(), from, isBefore);
+    const auto last
+        = std::lower_bound(first, m_marks.cend(), shown.position(shown.lineStart(line)), isBefore);
+    if (first == last) {
+        return;
+    }
+    QStringList texts;
+    for (auto mark = first; mark != last; ++mark) {
+        texts.append(mark->text);
+    }
+    constexpr int padding = 6;
+    painter.setFont(font());
+    painter.setPen(namedColour(QStringLiteral("solarized-base01")));
+    painter.drawLine(0, y, viewport()->width(), y);
+    const QFontMetrics metrics(font());
+    const QString text = metrics.elidedText(
+        display_text::clean(texts.join(QStringLiteral(", "))), Qt::ElideRight, viewport()->width() / 2);
+    const QRect box(QPoint(0, y), QSize(metrics.horizontalAdvance(text) + 2 * padding, metrics.height()));
+    painter.fillRect(box.translated(viewport()->width() - box.width(), 0),
+        namedColour(QStringLiteral("solarized-base02")));
+    painter.setPen(namedColour(QStringLiteral("solarized-base1")));
+    painter.drawText(QPoint(viewport()->width() - box.width() + padding, y + metrics.ascent()), text);
 }
 
 QString LogView::visibleText()

@@ -5,6 +5,13 @@
 
 namespace tidewright {
 
+/// Something that happened between two lines: drawn there, no part of the text.
+struct LogMark
+{
+    qint64 position = 0; ///< of the first stored byte behind it
+    QString text;
+};
+
 /// Shows the text of a log document, however long: only the lines on the screen are laid out. Paints, and
 /// brings mouse and keys to what is shown (`scroll`) and what is selected (`selection`).
 class LogView : public QAbstractScrollArea
@@ -21,6 +28,14 @@ public:
     void setTextFont(const QFont &font);
     void setBackground(const QColor &color);
     const LogAppearance &appearance() const { return m_lines.appearance(); }
+    /// Of source n, entry n: shown in front of its lines, while that is wanted.
+    void setSourceNames(const QStringList &names);
+    void showSourceNames(bool shown);
+    bool showsSourceNames() const { return m_showsNames; }
+    /// Behind all marks so far.
+    void addMark(const LogMark &mark);
+    void clearMarks();
+    const std::vector<LogMark> &marks() const { return m_marks; }
     /// What stands in the view while there is no text.
     void setHint(const QString &hint);
     QString hint() const { return m_hint; }
@@ -47,6 +62,9 @@ protected:
 
 private:
     void replaced();
+    void updateGutter();
+    void drawName(QPainter &painter, qint64 line, int y);
+    void drawMarks(QPainter &painter, qint64 line, int y);
     std::vector<LogHighlight> highlights(qint64 line, const LogLineLayout &layout);
 
     LogDocument &m_document;
@@ -56,6 +74,9 @@ private:
     LogScroll m_scroll;
     LogSelection m_selection;
     QString m_hint;
+    QStringList m_names; ///< of the sources
+    bool m_showsNames = false;
+    std::vector<LogMark> m_marks; ///< in ascending order
     qint64 m_currentMatch = -1;
 };
 

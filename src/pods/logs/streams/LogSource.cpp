@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "pods/logs/text/LogSource.h"
+#include "pods/logs/streams/LogSource.h"
 
 #include "platform/text/DisplayText.h"
-#include "platform/text/Utf8.h"
 #include "platform/text/TerminalText.h"
+#include "platform/text/Utf8.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -43,6 +43,21 @@ QString lastLine(const QString &said, bool isReason)
 
 } // namespace
 
+void LogSource::tell(const QString &what)
+{
+    story.append(tr("%1 %2").arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")), what));
+}
+
+void LogSource::begin()
+{
+    waits = false;
+    ended = false;
+    hasWritten = false;
+    said.clear();
+    choice.reset();
+    failure.reset();
+}
+
 void LogSource::hear(QByteArrayView piece)
 {
     said += terminal_text::withoutControls(shownUtf8(piece));
@@ -61,7 +76,10 @@ QString LogSource::refusedContainers() const
 
 QString LogSource::state() const
 {
-    return failure ? tr("ended, error") : ended ? tr("ended") : tr("running");
+    return waits  ? tr("waiting to start")
+        : failure ? tr("ended, error")
+        : ended   ? tr("ended")
+                  : tr("running");
 }
 
 QString LogSource::note() const
@@ -72,6 +90,8 @@ QString LogSource::note() const
     } else if (failure) {
         note = lastLine(said, true);
         note = note.isEmpty() ? *failure : note;
+    } else if (!story.isEmpty()) {
+        note = story.last();
     } else if (choice) {
         note = tr("using %1, 1 of %2 pods").arg(choice->pod, choice->pods);
     } else {
@@ -82,7 +102,7 @@ QString LogSource::note() const
 
 QString LogSource::details() const
 {
-    QStringList lines;
+    QStringList lines = story;
     if (const QString text = said.trimmed(); !text.isEmpty()) {
         lines.append(text);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "pods/logs/text/LogIntake.h"
+#include "pods/logs/streams/LogIntake.h"
 
 #include <utility>
 
