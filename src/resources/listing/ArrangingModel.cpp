@@ -73,6 +73,15 @@ void ArrangingModel::setSorts(const QList<SortDescriptor> &sorts)
     reorder(std::move(order));
 }
 
+int ArrangingModel::rowOf(const ObjectName &object) const
+{
+    auto position = m_store->find(object.nameSpace, object.name);
+    if (!position) {
+        position = m_store->find({}, object.name);
+    }
+    return position ? m_rows.at(*position) : -1;
+}
+
 void ArrangingModel::setListed(bool listed)
 {
     if (std::exchange(m_isListed, listed) != listed) {

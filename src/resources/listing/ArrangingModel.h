@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/kinds/ObjectName.h"
 #include "resources/listing/RowFilter.h"
 #include "resources/listing/RowOrder.h"
 #include "resources/listing/RowStore.h"
@@ -41,8 +42,9 @@ public:
     const Row &arrangedRow(int row) const;
     /// Where that row, which must exist, stands in the store.
     std::size_t positionOf(int row) const;
-    /// The row of a position in the store, which must exist; -1 when the filter hides it.
-    int rowAt(std::size_t position) const { return m_rows.at(position); }
+    /// The row of an object, also in a table that names no namespaces; -1 when there is none, or the filter
+    /// hides it.
+    int rowOf(const ObjectName &object) const;
 
     /// Whether rows come from listings alone: a column may be called otherwise then.
     void setListed(bool listed);

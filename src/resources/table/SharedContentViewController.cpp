@@ -54,7 +54,7 @@ SharedContentViewController::SharedContentViewController(
     , m_loader(new TableLoader(*m_store, window, this))
     , m_tableView(new ResourceTableView(*m_arranged))
     , m_statusBar(new TableStatusBar)
-    , m_previews(std::make_unique<TablePreviews>(*m_tableView, m_window, this->kind()))
+    , m_commands(new RowCommands(*m_tableView, m_window, this->kind(), *this))
 {
     m_tableView->setAccessibleName(this->kind().tableName);
     for (int index = 0; index < m_arranged->columnCount(); ++index) {
@@ -104,26 +104,28 @@ void SharedContentViewController::connectParts()
     connect(m_loader, &TableLoader::rowsChanged, this, [this] {
         updateStatus();
         rowsChanged();
-        selectWanted();
+        m_commands->selectWanted();
     });
     connect(&m_window, &WindowState::loadingHintChanged, this, &SharedContentViewController::updateStatus);
     connect(m_loader, &TableLoader::finished, this, [this] {
         updateStatus();
-        m_wanted.reset(); // it is not there
+        m_commands->select({}); // it is not there
         Q_EMIT loadFinished();
     });
     connect(m_loader, &TableLoader::followingChanged, this, &SharedContentViewController::updateStatus);
     connect(&WindowSight::shared(), &WindowSight::changed, this, &SharedContentViewController::updateWatched);
     connect(m_statusBar, &TableStatusBar::stopRequested, this, &SharedContentViewController::stopLoading);
+    connect(m_commands, &RowCommands::changed, this, &SharedContentViewController::reloadSoon);
+    connect(m_commands, &RowCommands::otherTableWanted, this, &SharedContentViewController::otherTableWanted);
     connect(m_tableView, &ResourceTableView::contextMenuRequested, this,
         &SharedContentViewController::showContextMenu);
     connect(m_tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         updateStatus();
         if (m_tableView->selectedRowCount() > 0) {
-            m_wanted.reset();
+            m_commands->select({});
         }
         Q_EMIT selectionChanged();
-        PreviewPanel::shared().selectionChanged(*m_previews);
+        m_commands->selectionChanged();
     });
 }
 
@@ -165,7 +167,7 @@ void SharedContentViewController::completeFilter()
 {
     m_labelDelay.stop();
     if (const QString labels = m_arranged->rowFilter().labelSelector(); labels != m_loader->labelSelector()) {
-        m_previews->forget();
+        m_commands->forgetPreviews();
         m_loader->setLabelSelector(labels);
         if (!isHidden()) { // else it loads when it is shown
             load({});
@@ -212,7 +214,7 @@ void SharedContentViewController::userIsBack()
 
 void SharedContentViewController::clear()
 {
-    m_previews->forget();
+    m_commands->forgetPreviews();
     m_loader->clear();
     showNamespaces();
 }
@@ -259,64 +261,12 @@ void SharedContentViewController::updateStatus()
     m_tableView->setEmptyText(firstLine(reason), reason.section(QLatin1Char('\n'), 1));
 }
 
-int SharedContentViewController::chosenCount() const
-{
-    return m_tableView->chosenRowCount();
-}
-
-ObjectName SharedContentViewController::objectAt(int row) const
-{
-    return m_tableView->objectAt(row, m_window.currentNamespace());
-}
-
-ObjectNames SharedContentViewController::chosenObjects() const
-{
-    return m_tableView->chosenObjects(m_window.currentNamespace());
-}
-
-ObjectNames SharedContentViewController::selectedObjects() const
-{
-    return m_tableView->selectedObjects(m_window.currentNamespace());
-}
-
 void SharedContentViewController::selectFilter()
 {
     if (m_filterField) {
         m_filterField->setFocus(Qt::ShortcutFocusReason);
         m_filterField->selectAll();
     }
-}
-
-void SharedContentViewController::copyName()
-{
-    const ObjectNames objects = chosenObjects();
-    if (objects.isEmpty()) {
-        return;
-    }
-    const QString &name = objects.first().name;
-    if (display_text::actsWhenPasted(name)) {
-        refuseChange(m_window, QStringLiteral("The name was not copied"),
-            tr("it holds control characters, which a terminal takes for keys."));
-        return;
-    }
-    QApplication::clipboard()->setText(name);
-}
-
-void SharedContentViewController::editConfiguration()
-{
-    const ObjectNames objects = chosenObjects();
-    if (objects.isEmpty()) {
-        return;
-    }
-    if (!changeObstacle(m_window).isEmpty()) {
-        showQuickLookPanel();
-        return;
-    }
-    confirmAndEdit(*this, m_window, kind(), objects.first(), [self = QPointer(this)] {
-        if (self) {
-            self->reloadSoon();
-        }
-    });
 }
 
 void SharedContentViewController::enableChange(QAction &action, bool enabled) const
@@ -326,27 +276,9 @@ void SharedContentViewController::enableChange(QAction &action, bool enabled) co
     action.setToolTip(display_text::toolTip(reason));
 }
 
-void SharedContentViewController::deleteRows()
-{
-    confirmAndDelete(*this, m_window, kind(), chosenObjects(), [self = QPointer(this)] {
-        if (self) {
-            self->reloadSoon();
-        }
-    });
-}
-
 void SharedContentViewController::reloadSoon()
 {
     QTimer::singleShot(reloadDelay, this, [this] { loadContent(false); });
-}
-
-void SharedContentViewController::showQuickLookPanel()
-{
-    const int clicked = m_tableView->clickedRow();
-    if (clicked >= 0 && !m_tableView->clickedRowIsSelected()) {
-        m_tableView->selectRow(clicked);
-    }
-    PreviewPanel::shared().present(*m_previews, *this);
 }
 
 bool SharedContentViewController::canName(const ObjectNames &objects, const QString &notDone) const
@@ -383,71 +315,6 @@ void SharedContentViewController::viewLogs()
         containers.push_back({*kind().logTarget + object.name, allContainers, object.nameSpace});
     }
     m_window.openLogs(containers, LogScope::Following);
-}
-
-void SharedContentViewController::viewLogsOfAllPods()
-{
-    const ObjectNames objects = chosenObjects();
-    if (objects.isEmpty() || !canName(objects, noLogs())) {
-        return;
-    }
-    std::vector<ContainerPair> workloads;
-    for (const ObjectName &object : objects) {
-        workloads.push_back({kind().resourceName + QLatin1Char('/') + object.name, allContainers, object.nameSpace});
-    }
-    m_window.openLogs(workloads, LogScope::AllPods);
-}
-
-QString SharedContentViewController::showPodsObstacle() const
-{
-    return podsObstacle(kind(), chosenCount());
-}
-
-QString SharedContentViewController::showOwnerObstacle() const
-{
-    return ownerObstacle(kind(), chosenCount());
-}
-
-void SharedContentViewController::showPods()
-{
-    if (showPodsObstacle().isEmpty()) {
-        findPods(*this, m_window, kind(), chosenObjects().first(),
-            [this](const TableTarget &target) { Q_EMIT otherTableWanted(target); });
-    }
-}
-
-void SharedContentViewController::showOwner()
-{
-    if (showOwnerObstacle().isEmpty()) {
-        findOwner(*this, m_window, kind(), chosenObjects().first(),
-            [this](const TableTarget &target) { Q_EMIT otherTableWanted(target); });
-    }
-}
-
-void SharedContentViewController::selectObject(const ObjectName &object)
-{
-    m_wanted = object;
-    selectWanted();
-}
-
-void SharedContentViewController::selectWanted()
-{
-    if (!m_wanted) {
-        return;
-    }
-    auto position = m_store->find(m_wanted->nameSpace, m_wanted->name);
-    if (!position) {
-        position = m_store->find({}, m_wanted->name); // a table of one namespace does not name it
-    }
-    const int row = position ? m_arranged->rowAt(*position) : -1;
-    if (row >= 0) {
-        m_wanted.reset();
-        const QModelIndex index = m_arranged->index(row, 0);
-        // Not `selectRow`: that would add to the selection while the keys of a shortcut are held down.
-        m_tableView->selectionModel()->setCurrentIndex(
-            index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        m_tableView->scrollTo(index, QAbstractItemView::PositionAtCenter);
-    }
 }
 
 void SharedContentViewController::replaceRow(const QModelIndex &index, const Row &row)
@@ -520,7 +387,7 @@ void SharedContentViewController::hideEvent(QHideEvent *event)
 {
     m_timer.stop();
     m_loader->setWatched(false);
-    m_wanted.reset();
+    m_commands->select({});
     QWidget::hideEvent(event);
 }
 

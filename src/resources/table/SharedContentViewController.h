@@ -5,6 +5,8 @@
 #include "resources/kinds/ObjectName.h"
 #include "resources/listing/ArrangingModel.h"
 #include "resources/loading/TableLoader.h"
+#include "resources/table/ResourceTableView.h"
+#include "resources/table/RowCommands.h"
 
 #include <QDateTime>
 #include <QPointer>
@@ -20,8 +22,6 @@ class QProgressBar;
 
 namespace tidewright {
 
-class ResourceTableView;
-class TablePreviews;
 class TableStatusBar;
 struct TableTarget;
 
@@ -83,39 +83,39 @@ public:
 
     /// The rows a command applies to: the one a context menu was opened on, else the selected ones, in
     /// display order.
-    ObjectNames chosenObjects() const;
+    ObjectNames chosenObjects() const { return m_commands->chosenObjects(); }
     /// How many rows these are.
-    int chosenCount() const;
+    int chosenCount() const { return m_tableView->chosenRowCount(); }
     /// The selected rows, in display order.
-    ObjectNames selectedObjects() const;
+    ObjectNames selectedObjects() const { return m_tableView->selectedObjects(m_window.currentNamespace()); }
     /// The object at an arranged row: in its own namespace, or in the window's.
-    ObjectName objectAt(int row) const;
+    ObjectName objectAt(int row) const { return m_tableView->objectAt(row, m_window.currentNamespace()); }
 
     /// Why no logs can be viewed now (this kind has none, nothing is selected): a sentence; empty when they
     /// can.
     virtual QString viewLogsObstacle() const;
     /// Why the pods, or the owner, of a row cannot be shown now: a sentence; empty when they can.
-    QString showPodsObstacle() const;
-    QString showOwnerObstacle() const;
+    QString showPodsObstacle() const { return m_commands->showPodsObstacle(); }
+    QString showOwnerObstacle() const { return m_commands->showOwnerObstacle(); }
 
     /// Selects the row of this object and shows it, now or once it is loaded, unless another row is chosen
     /// meanwhile.
-    void selectObject(const ObjectName &object);
+    void selectObject(const ObjectName &object) { m_commands->select(object); }
 
 public Q_SLOTS:
     void reloadContent();
     void selectFilter();
-    void copyName();
-    void editConfiguration();
-    void deleteRows();
-    void showQuickLookPanel();
+    void copyName() { m_commands->copyName(); }
+    void editConfiguration() { m_commands->edit(); }
+    void deleteRows() { m_commands->remove(); }
+    void showQuickLookPanel() { m_commands->preview(); }
     /// Opens one window with the logs of all containers of the chosen rows.
     virtual void viewLogs();
     /// Find out what another table is to show of the chosen row, and ask for that with `otherTableWanted`.
-    void showPods();
-    void showOwner();
+    void showPods() { m_commands->showPods(); }
+    void showOwner() { m_commands->showOwner(); }
     /// The same of all pods that the chosen rows select, also of those that come later.
-    void viewLogsOfAllPods();
+    void viewLogsOfAllPods() { m_commands->viewLogsOfAllPods(); }
     /// Ends the loads under way; the rows stay as they are.
     void stopLoading();
 
@@ -161,7 +161,6 @@ private:
     void updateWatched();
     void updateStatus();
     void showContextMenu(const QPoint &position);
-    void selectWanted();
 
     WindowState &m_window;
     RowStore *m_store;
@@ -169,15 +168,14 @@ private:
     TableLoader *m_loader;
     ResourceTableView *m_tableView;
     TableStatusBar *m_statusBar;
+    RowCommands *m_commands;
     QProgressBar *m_progress = nullptr;
     QPointer<QLineEdit> m_filterField;
     QTimer m_timer{this};
     QTimer m_progressDelay;
     QTimer m_labelDelay{this}; ///< for somebody who is typing a label
-    std::optional<ObjectName> m_wanted; ///< to be selected once it is there
     int m_otherWork = 0;
     bool m_showsNamespaces = false;
-    std::unique_ptr<TablePreviews> m_previews;
 };
 
 } // namespace tidewright
