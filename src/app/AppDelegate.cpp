@@ -272,8 +272,11 @@ void AppDelegate::applicationWillTerminate()
     delete m_preferencesController;
     delete m_aboutController;
     qDeleteAll(frames());
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (auto *logs = qobject_cast<CombinedLogsWindowController *>(window)) {
+    const QWidgetList all = QApplication::topLevelWidgets();
+    // A window takes its menus with it, which are such widgets too.
+    const QList<QPointer<QWidget>> windows(all.cbegin(), all.cend());
+    for (const QPointer<QWidget> &window : windows) {
+        if (auto *logs = qobject_cast<CombinedLogsWindowController *>(window.data())) {
             delete logs;
         }
     }

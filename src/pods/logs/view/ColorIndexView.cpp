@@ -29,7 +29,9 @@ enum Column { NameColumn, BoxColumn, StateColumn, ColumnCount };
 /// The log's colours, whatever the palette of the desktop.
 QPalette panelPalette(QPalette palette)
 {
-    const QColor background = namedColour(QStringLiteral("solarized-base02"));
+    QColor background = namedColour(QStringLiteral("solarized-base02"));
+    background.setAlpha(
+        254); // below what is opaque Qt paints nothing anew, and the faded panel would show old text
     const QColor text = namedColour(QStringLiteral("solarized-base2"));
     for (const auto role : {QPalette::Base, QPalette::Window, QPalette::AlternateBase}) {
         palette.setColor(role, background);

@@ -62,6 +62,7 @@ CombinedLogsWindowController::~CombinedLogsWindowController()
     delete m_search;
     m_timeJump.reset();
     m_saver.reset();
+    delete m_status;
     m_content->windowWillClose();
 }
 
