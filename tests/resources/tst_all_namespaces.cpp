@@ -14,6 +14,7 @@
 #include "resources/kinds/PersistentVolume.h"
 #include "resources/kinds/ReplicaSet.h"
 #include "resources/kinds/Secret.h"
+#include "resources/kinds/ServedKind.h"
 #include "resources/kinds/Service.h"
 #include "resources/kinds/ServiceAccount.h"
 #include "resources/preview/PreviewFiles.h"
@@ -36,10 +37,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// One that is none of the house, with the columns of the server.
+ResourceKind vesselKind()
+{
+    return printedKind({.plural = u"vessels"_s, .group = u"harbor.example"_s, .kind = u"Vessel"_s},
+        {u"NAME"_s, u"BERTH"_s, u"LENGTH"_s, u"STATE"_s, u"FLAG"_s, u"AGE"_s});
+}
+
 using MakeKind = ResourceKind (*)();
 constexpr MakeKind kinds[] = {podKind, deploymentKind, replicaSetKind, daemonSetKind, jobKind, cronJobKind,
     serviceKind, endpointKind, configMapKind, secretKind, persistentVolumeKind, serviceAccountKind,
-    clusterRoleKind, eventKind};
+    clusterRoleKind, eventKind, vesselKind};
 
 const auto here = u"default"_s;
 const auto elsewhere = u"kube-system"_s;

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/toolbar/ClusterToolBar.h"
 
-#include "app/state/KubeSplitViewController.h"
 #include "app/content/PrimaryContentController.h"
-#include "app/toolbar/SearchableComboBox.h"
+#include "app/state/KubeSplitViewController.h"
 #include "app/state/TypedNamespaces.h"
+#include "app/toolbar/SearchableComboBox.h"
 #include "core/CommandGate.h"
 #include "platform/text/DisplayText.h"
-#include "resources/widgets/ContextBand.h"
-#include "resources/widgets/NamedImages.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
+#include "resources/widgets/ContextBand.h"
+#include "resources/widgets/NamedImages.h"
 
 #include <QFrame>
 #include <QHBoxLayout>
@@ -135,6 +135,8 @@ void ClusterToolBar::setUpFilter()
     for (SharedContentViewController *table : m_content.tables()) {
         table->setFilterField(m_filter);
     }
+    connect(&m_content, &PrimaryContentController::tableAdded, this,
+        [this](SharedContentViewController *table) { table->setFilterField(m_filter); });
     connect(m_filter, &QLineEdit::textChanged, this, [this](const QString &text) {
         if (auto *table = m_content.shownTable()) {
             table->setFilter(text);

@@ -2,6 +2,7 @@
 #include "app/window/WindowCommands.h"
 
 #include "app/content/CopyFileDialog.h"
+#include "app/content/OtherKinds.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/state/KubeSplitViewController.h"
 #include "app/state/LiveUpdates.h"
@@ -221,6 +222,8 @@ void WindowCommands::buildClusterMenu()
         [this] { m_frame.currentPage()->toolBar().contextPopupButton()->showPopup(); });
     add(menu, tr("Choose &Namespace…"), QKeySequence(tr("Ctrl+L")),
         [this] { m_frame.currentPage()->toolBar().namespacesPopupButton()->showPopup(); });
+    add(menu, tr("&Other Kinds…"), QKeySequence(tr("Ctrl+Shift+O")),
+        [this] { m_frame.currentPage()->otherKinds().choose(); });
     menu->addSeparator();
     m_viewLogs = addForTable(
         menu, tr("View &Logs"), QKeySequence(tr("Ctrl+Shift+L")), &SharedContentViewController::viewLogs);
@@ -324,6 +327,8 @@ void WindowCommands::addTo(MainWindowController &page)
     for (SharedContentViewController *table : page.primaryContentController().tables()) {
         table->addActions(m_forRows);
     }
+    connect(&page.primaryContentController(), &PrimaryContentController::tableAdded, this,
+        [this](SharedContentViewController *table) { table->addActions(m_forRows); });
 }
 
 SharedContentViewController *WindowCommands::shownTable() const

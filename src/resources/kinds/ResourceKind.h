@@ -53,6 +53,10 @@ struct ResourceKind
     /// Its objects hold what must not enter the program: only a template, run by kubectl, may read them.
     bool isConfidential = false;
     bool lastLineFirst = false; ///< lines are taken last to first
+    /// The listing is a table that kubectl prints for people (PrintedTable), with the columns that the server
+    /// has for the kind: their titles, without that of the namespace, of which the name's comes first among
+    /// `columns`. Nothing for a kind that has a template.
+    std::optional<QStringList> printedTitles;
     /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
     /// logs.
     std::optional<QString> logTarget;
