@@ -2,6 +2,7 @@
 // Two objects of one name in two namespaces: every command hits the one that was chosen.
 #include "core/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
+#include "platform/settings/UserDefaults.h"
 #include "pods/table/Pod.h"
 #include "resources/kinds/ClusterRole.h"
 #include "resources/kinds/ConfigMap.h"
@@ -85,8 +86,13 @@ private Q_SLOTS:
         QVERIFY(m_demo->isReady());
         QVERIFY(m_cache.isValid());
         setCacheDirectory(m_cache.path());
+        setUserDefaultsForTesting(&m_settings); // those of whoever runs this may protect a context
     }
-    void cleanupTestCase() { m_demo.reset(); }
+    void cleanupTestCase()
+    {
+        m_demo.reset();
+        setUserDefaultsForTesting(nullptr);
+    }
 
     void theRightObject_data()
     {
@@ -275,6 +281,7 @@ private:
     }
 
     QTemporaryDir m_cache;
+    UserDefaults m_settings{m_cache.filePath(u"settings.json"_s)};
     std::unique_ptr<DemoProcess> m_demo;
 };
 

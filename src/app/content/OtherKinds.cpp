@@ -53,7 +53,10 @@ OtherKinds::OtherKinds(
     , m_sidebar(sidebar)
 {
     connect(&sidebar, &SidebarController::otherKindsRequested, this, &OtherKinds::choose);
-    connect(&sidebar, &SidebarController::closeRequested, this, &OtherKinds::close);
+    connect(&sidebar, &SidebarController::closeRequested, this, [this](const QString &resource) {
+        setPinned(resource, false); // or it would come back
+        close(resource);
+    });
     connect(&sidebar, &SidebarController::pinRequested, this, &OtherKinds::setPinned);
 }
 

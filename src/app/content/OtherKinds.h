@@ -28,7 +28,7 @@ public:
     void choose();
     /// Shows the table of that kind: its own one where there is one.
     void open(const ServedKind &kind);
-    /// Does nothing for a name (ServedKind::resource) that is not open.
+    /// Does nothing for a name (ServedKind::resource) that is not open. What is pinned stays so.
     void close(const QString &resource);
     /// In the window's context.
     void setPinned(const QString &resource, bool pinned);

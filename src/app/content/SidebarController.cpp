@@ -128,7 +128,7 @@ void SidebarController::addOtherKinds()
     m_otherKinds = new QTreeWidgetItem(this, {tr("Other Kinds")});
     m_chooser = new QTreeWidgetItem(m_otherKinds, {tr("Other Kinds…")});
     m_chooser->setFlags(Qt::ItemIsEnabled); // whoever walks past it with the keyboard opens nothing
-    m_chooser->setToolTip(0, tr("Choose among all kinds that the cluster serves"));
+    m_chooser->setData(0, Qt::ToolTipRole, tr("Choose among all kinds that the cluster serves"));
     connect(this, &QTreeWidget::itemClicked, this, [this](const QTreeWidgetItem *item) {
         if (item == m_chooser) {
             requestOtherKinds();
@@ -204,7 +204,7 @@ void SidebarController::showTexts(QTreeWidgetItem &item)
         lines.append(obstacle);
     }
     const QString text = lines.join(QLatin1Char('\n'));
-    item.setToolTip(0, display_text::toolTip(text));
+    item.setData(0, Qt::ToolTipRole, display_text::toolTip(text));
     item.setData(0, Qt::AccessibleDescriptionRole, display_text::clean(text));
 }
 
