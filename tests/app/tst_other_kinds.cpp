@@ -283,6 +283,11 @@ private Q_SLOTS:
         create(definition);
         table()->reload();
         QTRY_COMPARE(item(u"Buoys"_s)->toolTip(0), u"buoys.test.example, pinned"_s);
+
+        Q_EMIT sidebar().closeRequested(u"buoys.test.example"_s); // by hand: it stays away
+        QVERIFY(!item(u"Buoys"_s));
+        openWindow();
+        QVERIFY(!item(u"Buoys"_s));
     }
     void cleanup()
     {
