@@ -12,7 +12,7 @@
 #include "demo/DemoProcess.h"
 #include "resources/kinds/PrintedTable.h"
 #include "resources/kinds/ServedKind.h"
-#include "resources/listing/Merge.h"
+#include "resources/listing/LoadProblem.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
 #include "support/OpenQuestion.h"
@@ -61,6 +61,12 @@ private:
     QTreeWidgetItem *item(const QString &text) const
     {
         return sidebar().findItems(text, Qt::MatchExactly | Qt::MatchRecursive).value(0);
+    }
+
+    /// What the sidebar says of that item, in its tool tip and to screen readers.
+    QString told(const QString &text) const
+    {
+        return item(text)->data(0, Qt::AccessibleDescriptionRole).toString();
     }
 
     QString rows() const
@@ -214,6 +220,16 @@ private Q_SLOTS:
         QVERIFY(servedKindsFromSetting(u"-x//X/namespaced a/b rm -rf/ x y/g/K/cluster/more"_s).empty());
     }
 
+    void obstacles()
+    {
+        const auto forbidden = u"Error from server (Forbidden): buoys is forbidden: User \"x\" cannot list"_s;
+        QCOMPARE(kindObstacle(forbidden + u"\nmore"_s), forbidden);
+        QVERIFY(
+            !kindObstacle(u"Error from server (NotFound): Unable to list \"a/v1, Resource=b\""_s).isEmpty());
+        QVERIFY(kindObstacle(u"Unable to connect to the server: EOF"_s).isEmpty());
+        QVERIFY(kindObstacle(u"kubectl was ended by signal 9"_s).isEmpty());
+    }
+
     void definedKind_data()
     {
         QTest::addColumn<QString>("kubectl");
@@ -277,12 +293,10 @@ private Q_SLOTS:
         // Without its definition it is out of reach, and says so.
         QCOMPARE(m_demo->kubectl({u"delete"_s, u"crd"_s, u"buoys.test.example"_s}).exitCode, 0);
         table()->reload();
-        QTRY_VERIFY(item(u"Buoys"_s)->toolTip(0).contains(u"the server doesn't have a resource type"_s));
-        QVERIFY(
-            item(u"Buoys"_s)->data(0, Qt::AccessibleDescriptionRole).toString().contains(u"resource type"_s));
+        QTRY_VERIFY(told(u"Buoys"_s).contains(u"the server doesn't have a resource type"_s));
         create(definition);
         table()->reload();
-        QTRY_COMPARE(item(u"Buoys"_s)->toolTip(0), u"buoys.test.example, pinned"_s);
+        QTRY_COMPARE(told(u"Buoys"_s), u"buoys.test.example, pinned"_s);
 
         Q_EMIT sidebar().closeRequested(u"buoys.test.example"_s); // by hand: it stays away
         QVERIFY(!item(u"Buoys"_s));

@@ -6,8 +6,10 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QMenu>
 #include <QStyledItemDelegate>
+#include <QToolTip>
 
 namespace tidewright {
 
@@ -35,6 +37,15 @@ public:
         const bool header = !index.parent().isValid();
         const int extra = header ? (index.row() == 0 ? 10 : 18) : 10;
         return {QStyledItemDelegate::sizeHint(option, index).width(), option.fontMetrics.height() + extra};
+    }
+
+    /// Who sees is told what screen readers tell.
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem & /*option*/,
+        const QModelIndex &index) override
+    {
+        const QString text = index.data(Qt::AccessibleDescriptionRole).toString();
+        QToolTip::showText(event->globalPos(), display_text::toolTip(text), view);
+        return true;
     }
 
 protected:
@@ -128,7 +139,8 @@ void SidebarController::addOtherKinds()
     m_otherKinds = new QTreeWidgetItem(this, {tr("Other Kinds")});
     m_chooser = new QTreeWidgetItem(m_otherKinds, {tr("Other Kinds…")});
     m_chooser->setFlags(Qt::ItemIsEnabled); // whoever walks past it with the keyboard opens nothing
-    m_chooser->setData(0, Qt::ToolTipRole, tr("Choose among all kinds that the cluster serves"));
+    m_chooser->setData(
+        0, Qt::AccessibleDescriptionRole, tr("Choose among all kinds that the cluster serves"));
     connect(this, &QTreeWidget::itemClicked, this, [this](const QTreeWidgetItem *item) {
         if (item == m_chooser) {
             requestOtherKinds();
@@ -203,9 +215,7 @@ void SidebarController::showTexts(QTreeWidgetItem &item)
     if (!obstacle.isEmpty()) {
         lines.append(obstacle);
     }
-    const QString text = lines.join(QLatin1Char('\n'));
-    item.setData(0, Qt::ToolTipRole, display_text::toolTip(text));
-    item.setData(0, Qt::AccessibleDescriptionRole, display_text::clean(text));
+    item.setData(0, Qt::AccessibleDescriptionRole, display_text::clean(lines.join(QLatin1Char('\n'))));
 }
 
 void SidebarController::keyPressEvent(QKeyEvent *event)
