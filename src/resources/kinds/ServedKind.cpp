@@ -197,12 +197,12 @@ std::vector<ServedKind> parseServedKinds(const QByteArray &printed)
         const auto text = [&cells = cells](qsizetype column) {
             return column < 0 || cells.empty() ? QString() : textOf(cells[static_cast<std::size_t>(column)]);
         };
-        const QString place1 = text(version);
-        const qsizetype slash = place1.indexOf(QLatin1Char('/'));
+        const QString apiVersion = text(version);
+        const qsizetype slash = apiVersion.indexOf(QLatin1Char('/'));
         const ServedKind served{.plural = text(place("NAME")),
-            .group = isGroup ? place1
+            .group = isGroup ? apiVersion
                 : slash < 0  ? QString()
-                             : place1.first(slash),
+                             : apiVersion.first(slash),
             .kind = text(place("KIND")),
             .shortNames = text(place("SHORTNAMES")).split(QLatin1Char(','), Qt::SkipEmptyParts),
             .namespaced = text(place("NAMESPACED")) == QLatin1String("true")};
