@@ -134,8 +134,8 @@ private Q_SLOTS:
         row("several bytes a character, and wide ones",
             "NAME    FLAG    AGE\n"
             "größe   日本     4d\n"
-            "x               5d\n",
-            "größe|日本|4d;x||5d;");
+            "größe           5d\n",
+            "größe|日本|4d;größe||5d;");
         row("the namespace goes to the end",
             "NAMESPACE   NAME   AGE\nshop        x      4d\n            y      5d\n", "x|4d|shop;y|5d|;",
             true);
