@@ -151,7 +151,7 @@ private Q_SLOTS:
         app.cluster.answer(u"get deploy"_s, deploymentListing);
         app.cluster.answer(u"get po"_s,
             R"([{"kind":"Node","name":"n"},{"kind":"Deployment","name":"beta","controller":true}])");
-        QTest::keyClick(app.frame, Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyClick(app.frame, Qt::Key_U, Qt::ControlModifier | Qt::ShiftModifier);
         QTRY_COMPARE(selected(app), u"Deployments:beta"_s);
         app.cluster.answer(u"get po"_s, podListing);
 

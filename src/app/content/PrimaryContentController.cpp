@@ -20,6 +20,7 @@
 #include "resources/kinds/Role.h"
 #include "resources/kinds/RoleBinding.h"
 #include "resources/kinds/ServiceAccount.h"
+#include "resources/listing/LoadProblem.h"
 #include "resources/table/CronJobController.h"
 #include "resources/table/DaemonSetController.h"
 #include "resources/table/DeploymentController.h"
@@ -101,16 +102,7 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
 {
     for (const Tab &tab : tabs) {
         const QString name = QString::fromLatin1(tab.name);
-        SharedContentViewController *controller = tab.make(window);
-        addWidget(controller);
-        m_sidebarMap.insert(name.toLower(), controller);
-        connect(controller, &SharedContentViewController::otherTableWanted, this,
-            &PrimaryContentController::showTarget);
-        connect(controller, &SharedContentViewController::loadFinished, this, [this, controller] {
-            if (controller == currentWidget() && m_hiddenTablesWait.isActive()) {
-                loadHiddenTables();
-            }
-        });
+        putTable(name.toLower(), tab.make(window));
     }
     m_hiddenTablesWait.setSingleShot(true);
     m_hiddenTablesWait.setInterval(longestHiddenWait);
@@ -118,6 +110,46 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
     tableSwitched();
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::tableSwitched);
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
+}
+
+void PrimaryContentController::putTable(const QString &name, SharedContentViewController *table)
+{
+    QWidget *old = m_sidebarMap.value(name);
+    const bool wasShown = old && old == currentWidget();
+    insertWidget(old ? indexOf(old) : count(), table);
+    m_sidebarMap.insert(name, table);
+    connect(table, &SharedContentViewController::loadFinished, this, [this, table] { tableLoaded(*table); });
+    connect(
+        table, &SharedContentViewController::otherTableWanted, this, &PrimaryContentController::showTarget);
+    Q_EMIT tableAdded(table);
+    if (const auto *oldTable = qobject_cast<SharedContentViewController *>(old)) {
+        table->setFilter(oldTable->filter());
+    }
+    if (wasShown) {
+        setCurrentWidget(table);
+    }
+    if (old) {
+        removeWidget(old);
+        old->deleteLater();
+    }
+}
+
+void PrimaryContentController::removeTable(const QString &name)
+{
+    if (QWidget *table = m_sidebarMap.take(name)) {
+        removeWidget(table);
+        table->deleteLater();
+    }
+}
+
+void PrimaryContentController::tableLoaded(SharedContentViewController &table)
+{
+    if (&table == currentWidget() && m_hiddenTablesWait.isActive()) {
+        loadHiddenTables();
+    }
+    if (const QString name = m_sidebarMap.key(&table); !name.isEmpty()) {
+        Q_EMIT obstacleFound(name, table.hasFailed() ? kindObstacle(table.problem()) : QString());
+    }
 }
 
 const QHash<QString, QString> &PrimaryContentController::scopeMap()
@@ -166,7 +198,8 @@ void PrimaryContentController::clusterSettingsChanged()
 
 bool PrimaryContentController::isLoadedUnseen(const SharedContentViewController &table) const
 {
-    return tabs[indexOf(&table)].isLoadedUnseen; // the tables stand in the order of their tabs
+    const auto index = static_cast<std::size_t>(indexOf(&table)); // in the order of the tabs, others behind
+    return index < std::size(tabs) && tabs[index].isLoadedUnseen;
 }
 
 /// Thirteen runs at once would take the time of the one that the user waits for.
@@ -199,6 +232,7 @@ void PrimaryContentController::clear()
     m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
         controller->clear();
+        Q_EMIT obstacleFound(m_sidebarMap.key(controller), {});
     }
 }
 
@@ -234,6 +268,9 @@ void PrimaryContentController::noteVisit()
     }
     VisitedTable &visit = m_history.current();
     const auto *table = qobject_cast<SharedContentViewController *>(m_sidebarMap.value(visit.tab.toLower()));
+    if (!table) {
+        return; // closed since
+    }
     const std::vector<int> rows = table->tableView().selectedRowsInOrder();
     visit.filter = table->filter();
     visit.selected = rows.empty() ? ObjectName() : table->objectAt(rows.front());
@@ -247,6 +284,9 @@ void PrimaryContentController::go(int steps)
     noteVisit();
     const VisitedTable visit = m_history.go(steps);
     auto *table = qobject_cast<SharedContentViewController *>(m_sidebarMap.value(visit.tab.toLower()));
+    if (!table) {
+        return;
+    }
     m_isTravelling = true;
     bring(*table, visit.filter, visit.selected);
     m_isTravelling = false;

@@ -13,8 +13,8 @@ namespace tidewright {
 class SharedContentViewController;
 struct TableTarget;
 
-/// The tables of one cluster window, one tab for each kind of object, of which one is shown. All live as long
-/// as the window.
+/// The tables of one cluster window, one tab for each kind of object, of which one is shown. Those of the
+/// house live as long as the window; others come and go.
 class PrimaryContentController : public QStackedWidget
 {
     Q_OBJECT
@@ -34,6 +34,11 @@ public:
     /// The table that is shown; null while the shown kind has none.
     SharedContentViewController *shownTable() const;
     QList<SharedContentViewController *> tables() const;
+    /// Adds a table under a sidebar name in lower case; one that stands there goes, with its filter handed
+    /// on.
+    void putTable(const QString &name, SharedContentViewController *table);
+    /// Does nothing for a name that has none.
+    void removeTable(const QString &name);
     /// Whether a table is loaded with the one that is shown when the window turns to another context or
     /// namespace; live updates aside, the others wait until they are shown too.
     bool isLoadedUnseen(const SharedContentViewController &table) const;
@@ -66,8 +71,12 @@ Q_SIGNALS:
     void shownTableChanged();
     /// The item of that name is to be selected in the sidebar, which brings its table.
     void sidebarItemWanted(const QString &name);
+    void tableAdded(SharedContentViewController *table);
+    /// A table was loaded: why its kind is out of reach (kindObstacle), empty when it is not, or not known.
+    void obstacleFound(const QString &sidebarName, const QString &obstacle);
 
 private:
+    void tableLoaded(SharedContentViewController &table);
     void loadHiddenTables();
     void tableSwitched();
     void noteVisit();

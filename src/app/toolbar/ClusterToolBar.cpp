@@ -128,14 +128,18 @@ void ClusterToolBar::setUpFilter()
     m_filter->setMinimumWidth(210);
     m_filter->setMaximumWidth(320);
     m_filter->installEventFilter(this);
-    for (SharedContentViewController *table : m_content.tables()) {
+    const auto serve = [this](SharedContentViewController *table) {
         table->setFilterField(m_filter);
         connect(table, &SharedContentViewController::filterChanged, this, [this, table] {
             if (table == m_content.shownTable() && table->filter() != m_filter->text()) {
                 followShownTable();
             }
         });
+    };
+    for (SharedContentViewController *table : m_content.tables()) {
+        serve(table);
     }
+    connect(&m_content, &PrimaryContentController::tableAdded, this, serve);
     connect(m_filter, &QLineEdit::textChanged, this, [this](const QString &text) {
         if (auto *table = m_content.shownTable()) {
             table->setFilter(text);

@@ -2,6 +2,7 @@
 #include "app/window/MainWindowController.h"
 
 #include "app/content/DestinationView.h"
+#include "app/content/OtherKinds.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/content/SidebarController.h"
 #include "app/state/KubeConfigList.h"
@@ -32,6 +33,7 @@ MainWindowController::MainWindowController(UserKubeConfig &userFile, QWidget *pa
     , m_state(new KubeSplitViewController(userFile, this))
     , m_content(new PrimaryContentController(*m_state))
     , m_sidebar(new SidebarController)
+    , m_otherKinds(new OtherKinds(*m_state, *m_content, *m_sidebar, this))
     , m_toolBar(new ClusterToolBar(*m_state, *m_content))
     , m_band(new ContextBand)
     , m_dispatcher(std::make_unique<ActionDispatcher>(*m_content, *m_state))
@@ -73,8 +75,11 @@ void MainWindowController::connectParts()
         m_sidebar, &SidebarController::itemSelected, m_content, &PrimaryContentController::selectSidebarItem);
     connect(m_content, &PrimaryContentController::sidebarItemWanted, m_sidebar, &SidebarController::select);
     connect(m_state, &KubeSplitViewController::namespaceChosen, this, &MainWindowController::updateTitles);
+    connect(
+        m_state, &KubeSplitViewController::clusterSettingsChanged, m_otherKinds, &OtherKinds::followContext);
     connect(m_state, &KubeSplitViewController::clusterSettingsChanged, m_content,
         &PrimaryContentController::clusterSettingsChanged);
+    connect(m_content, &PrimaryContentController::obstacleFound, m_sidebar, &SidebarController::setObstacle);
     connect(m_state, &KubeSplitViewController::contextLeft, m_content, &PrimaryContentController::clear);
     connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::commandStateChanged);
     connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::titleChanged);
@@ -93,18 +98,24 @@ void MainWindowController::connectParts()
     connect(m_content, &PrimaryContentController::shownTableChanged, this,
         &MainWindowController::commandStateChanged);
     for (SharedContentViewController *table : m_content->tables()) {
-        connect(table, &SharedContentViewController::selectionChanged, this,
+        connectTable(table);
+    }
+    connect(m_content, &PrimaryContentController::tableAdded, this, &MainWindowController::connectTable);
+}
+
+void MainWindowController::connectTable(SharedContentViewController *table)
+{
+    connect(table, &SharedContentViewController::selectionChanged, this,
+        &MainWindowController::commandStateChanged);
+    connect(table, &SharedContentViewController::loadingChanged, this,
+        &MainWindowController::commandStateChanged);
+    connect(
+        table, &SharedContentViewController::filterChanged, this, &MainWindowController::commandStateChanged);
+    connect(
+        table, &SharedContentViewController::loadFinished, this, &MainWindowController::commandStateChanged);
+    if (auto *pods = qobject_cast<PodController *>(table)) {
+        connect(pods, &PodController::selectedContainersChanged, this,
             &MainWindowController::commandStateChanged);
-        connect(table, &SharedContentViewController::loadingChanged, this,
-            &MainWindowController::commandStateChanged);
-        connect(table, &SharedContentViewController::filterChanged, this,
-            &MainWindowController::commandStateChanged);
-        connect(table, &SharedContentViewController::loadFinished, this,
-            &MainWindowController::commandStateChanged);
-        if (auto *pods = qobject_cast<PodController *>(table)) {
-            connect(pods, &PodController::selectedContainersChanged, this,
-                &MainWindowController::commandStateChanged);
-        }
     }
 }
 

@@ -15,7 +15,9 @@ class ConsoleViewController;
 class ContextBand;
 class UserKubeConfig;
 class KubeSplitViewController;
+class OtherKinds;
 class PrimaryContentController;
+class SharedContentViewController;
 class SidebarController;
 
 /// One cluster window, a page of a tab group: its kubeconfig, its title, its toolbar and its content
@@ -51,6 +53,7 @@ public:
     KubeSplitViewController &state() const { return *m_state; }
     PrimaryContentController &primaryContentController() const { return *m_content; }
     SidebarController &sidebarController() const { return *m_sidebar; }
+    OtherKinds &otherKinds() const { return *m_otherKinds; }
     ConsoleViewController &windowConsoleController() const { return *m_console; }
     /// Shown by the tab group above the tabs; belongs to the page all the same.
     ClusterToolBar &toolBar() const;
@@ -62,7 +65,10 @@ public:
     void runAction(const std::shared_ptr<CustomActionItem> &item) override;
     void runLastAction() override;
     void beginActionChecks() override { m_dispatcher->beginChecks(); }
-    QString actionObstacle(const CustomActionItem &item) const override { return m_dispatcher->obstacle(item); }
+    QString actionObstacle(const CustomActionItem &item) const override
+    {
+        return m_dispatcher->obstacle(item);
+    }
 
 Q_SIGNALS:
     void titleChanged();
@@ -75,6 +81,7 @@ protected:
 private:
     void buildLayout();
     void connectParts();
+    void connectTable(SharedContentViewController *table);
     void updateTitles(const QString &nameSpace);
     void showContextPolicy();
 
@@ -87,6 +94,7 @@ private:
     KubeSplitViewController *m_state;
     PrimaryContentController *m_content;
     SidebarController *m_sidebar;
+    OtherKinds *m_otherKinds;
     QPointer<ClusterToolBar> m_toolBar;
     ContextBand *m_band;
     std::unique_ptr<ActionDispatcher> m_dispatcher;

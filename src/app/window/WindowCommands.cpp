@@ -2,6 +2,7 @@
 #include "app/window/WindowCommands.h"
 
 #include "app/content/CopyFileDialog.h"
+#include "app/content/OtherKinds.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/state/KubeSplitViewController.h"
 #include "app/state/LiveUpdates.h"
@@ -227,9 +228,9 @@ void WindowCommands::buildGoMenu()
     m_forward->setShortcuts(QKeySequence::Forward);
     menu->addSeparator();
     m_showPods = addForTable(
-        menu, tr("Show &Pods"), QKeySequence(tr("Ctrl+Shift+P")), &SharedContentViewController::showPods);
+        menu, tr("Show &Pods"), QKeySequence(tr("Ctrl+Shift+D")), &SharedContentViewController::showPods);
     m_showOwner = addForTable(
-        menu, tr("Show &Owner"), QKeySequence(tr("Ctrl+Shift+O")), &SharedContentViewController::showOwner);
+        menu, tr("Show &Owner"), QKeySequence(tr("Ctrl+Shift+U")), &SharedContentViewController::showOwner);
 }
 
 void WindowCommands::go(int steps)
@@ -260,6 +261,8 @@ void WindowCommands::buildClusterMenu()
         [this] { m_frame.currentPage()->toolBar().contextPopupButton()->showPopup(); });
     add(menu, tr("Choose &Namespace…"), QKeySequence(tr("Ctrl+L")),
         [this] { m_frame.currentPage()->toolBar().namespacesPopupButton()->showPopup(); });
+    add(menu, tr("&Other Kinds…"), QKeySequence(tr("Ctrl+Alt+K")),
+        [this] { m_frame.currentPage()->otherKinds().choose(); });
     menu->addSeparator();
     m_viewLogs = addForTable(
         menu, tr("View &Logs"), QKeySequence(tr("Ctrl+Shift+L")), &SharedContentViewController::viewLogs);
@@ -363,6 +366,8 @@ void WindowCommands::addTo(MainWindowController &page)
     for (SharedContentViewController *table : page.primaryContentController().tables()) {
         table->addActions(m_forRows);
     }
+    connect(&page.primaryContentController(), &PrimaryContentController::tableAdded, this,
+        [this](SharedContentViewController *table) { table->addActions(m_forRows); });
 }
 
 SharedContentViewController *WindowCommands::shownTable() const

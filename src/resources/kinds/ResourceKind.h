@@ -58,6 +58,10 @@ struct ResourceKind
     enum class Pods { None, BySelector, OnNode };
     Pods pods = Pods::None;
     bool hasOwner = false; ///< another object makes objects of this kind, as a rule
+    /// The listing is a table that kubectl prints for people (PrintedTable), with the columns that the server
+    /// has for the kind: their titles, without that of the namespace, of which the name's comes first among
+    /// `columns`. Nothing for a kind that has a template.
+    std::optional<QStringList> printedTitles;
     /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
     /// logs.
     std::optional<QString> logTarget;

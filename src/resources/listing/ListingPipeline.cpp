@@ -16,6 +16,14 @@ namespace {
 constexpr qint64 sliceMilliseconds = 3; // leaves most of a frame to input and painting
 constexpr std::size_t chunkRows = 500;
 
+/// What kubectl says in place of a table without lines.
+bool isThatNothingIsThere(const ShellResult &result)
+{
+    return result.exitStatus == 0 && result.output.isEmpty() && result.error
+        && result.error->startsWith(QLatin1String("No resources found"))
+        && !result.error->contains(QLatin1Char('\n'));
+}
+
 } // namespace
 
 ListingPipeline::ListingPipeline(RowStore &store, QObject *parent)
@@ -53,12 +61,12 @@ void ListingPipeline::load(const std::shared_ptr<Shell> &shell, const QStringLis
 
 void ListingPipeline::run(const Load &load, const QStringList &outputArguments)
 {
-    const QStringList output
-        = load.form == LineForm::WithNamespace ? withNamespaceField(outputArguments) : outputArguments;
+    const bool wantsField = load.form == LineForm::WithNamespace && !m_kind->printedTitles;
+    const QStringList output = wantsField ? withNamespaceField(outputArguments) : outputArguments;
     load.shell->runAsync(load.arguments + output, load.logToConsole, nullptr,
         [self = QPointer(this), id = load.id, shell = load.shell](const ShellResult &result) {
             LoadOutcome outcome;
-            outcome.error = result.error;
+            outcome.error = isThatNothingIsThere(result) ? std::nullopt : result.error;
             outcome.errorIsText = shell->errorWasText();
             outcome.isText = shell->outputWasText();
             outcome.signal = result.signal;
@@ -172,6 +180,7 @@ void ListingPipeline::merged(quint64 id, std::shared_ptr<MergeResult> result)
     load->outcome.lines = result->lines;
     load->outcome.skippedLines = result->skippedLines;
     load->outcome.firstSkippedLine = result->firstSkippedLine;
+    load->outcome.otherTitles = result->otherTitles;
     m_application = {id, std::move(result)};
     applySlice(id);
 }

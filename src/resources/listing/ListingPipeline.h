@@ -24,6 +24,7 @@ struct LoadOutcome
     std::size_t lines = 0;
     std::size_t skippedLines = 0; ///< of these, lines that were not rows of this kind
     QString firstSkippedLine;
+    std::optional<QStringList> otherTitles; ///< as MergeResult has them
 };
 
 /// The road of a listing into a table: kubectl and the merge run in the background, the changes are applied
@@ -37,8 +38,8 @@ public:
     ~ListingPipeline() override;
 
     /// Runs `arguments`, followed by the kind's output arguments, on `shell`. When that fails in a way for
-    /// which the kind has other output arguments, runs once more with these, logged or not like the first time.
-    /// An unattended load is one that nobody asked for (the refresh timer).
+    /// which the kind has other output arguments, runs once more with these, logged or not like the first
+    /// time. An unattended load is one that nobody asked for (the refresh timer).
     void load(const std::shared_ptr<Shell> &shell, const QStringList &arguments, LineForm form,
         bool logToConsole, bool unattended);
     /// Ends the loads whose listing has not arrived; each still reports its outcome.

@@ -5,6 +5,7 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <array>
 
 namespace tidewright {
@@ -95,6 +96,16 @@ QString loadProblem(const LoadOutcome &outcome)
 bool hasOnlyWarned(const LoadOutcome &outcome)
 {
     return outcome.endedWell && outcome.error && outcome.isText && outcome.skippedLines == 0;
+}
+
+QString kindObstacle(const QString &problem)
+{
+    constexpr std::array signs{
+        "(Forbidden)", "doesn't have a resource type", "(NotFound)", "could not find the requested resource"};
+    const QString line = firstLine(problem);
+    const bool isObstacle = std::any_of(
+        signs.begin(), signs.end(), [&line](const char *sign) { return line.contains(QLatin1String(sign)); });
+    return isObstacle ? line : QString();
 }
 
 QString firstLine(const QString &text)

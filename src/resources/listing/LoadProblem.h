@@ -22,6 +22,10 @@ QString sentenceFirst(const QString &errorText);
 /// what the user can do about it, a sentence or two. Empty when that is not what the error text says.
 QString helperProblem(const QString &errorText);
 
+/// Of a load that brought nothing: why this kind is out of reach, because the cluster does not serve it or
+/// the user may not list it: the problem's first line. Empty when that is not what is wrong.
+QString kindObstacle(const QString &problem);
+
 /// The first line of a text.
 QString firstLine(const QString &text);
 

@@ -2,6 +2,7 @@
 #include "resources/listing/Merge.h"
 
 #include "platform/text/Timestamp.h"
+#include "resources/kinds/PrintedTable.h"
 
 #include <QHash>
 
@@ -218,9 +219,7 @@ private:
     MergeResult m_result;
 };
 
-} // namespace
-
-MergeResult mergeListing(
+MergeResult mergeLines(
     const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot, LineForm form)
 {
     Merge merge(kind, snapshot, form);
@@ -228,6 +227,30 @@ MergeResult mergeListing(
         merge.take(line);
     }
     return merge.finish();
+}
+
+MergeResult mergePrinted(
+    const ResourceKind &kind, const QByteArray &printed, const Rows &snapshot, LineForm form)
+{
+    const PrintedTable table = PrintedTable::parse(printed);
+    const bool namespaceFirst
+        = form == LineForm::WithNamespace && table.titles.value(0) == QLatin1String("NAMESPACE");
+    const QStringList titles = namespaceFirst ? table.titles.sliced(1) : table.titles;
+    if (titles != *kind.printedTitles && titles.contains(QLatin1String("NAME"))) {
+        MergeResult other;
+        other.otherTitles = titles;
+        return other;
+    }
+    return mergeLines(kind, listingLines(table, namespaceFirst), snapshot, form);
+}
+
+} // namespace
+
+MergeResult mergeListing(
+    const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot, LineForm form)
+{
+    return kind.printedTitles ? mergePrinted(kind, listing, snapshot, form)
+                              : mergeLines(kind, listing, snapshot, form);
 }
 
 QStringList withNamespaceField(const QStringList &outputArguments)

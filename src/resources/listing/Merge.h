@@ -16,6 +16,9 @@ struct MergeResult
     std::size_t lines = 0; ///< lines of the listing
     std::size_t skippedLines = 0; ///< of these, lines whose field count was wrong
     QString firstSkippedLine; ///< cut to 200 UTF-16 units
+    /// The listing is a table with these titles, other than the kind's (ResourceKind::printedTitles), and
+    /// nothing of it was merged.
+    std::optional<QStringList> otherTitles;
 };
 
 /// What the lines of a listing hold.

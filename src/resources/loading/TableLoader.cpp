@@ -68,7 +68,7 @@ bool TableLoader::canLoad() const
 
 bool TableLoader::wantsStream() const
 {
-    return m_window.liveUpdates() && m_refusal.isEmpty();
+    return m_window.liveUpdates() && m_refusal.isEmpty() && !m_store.kind().printedTitles;
 }
 
 bool TableLoader::isStreamLoading() const
@@ -90,6 +90,9 @@ QDateTime TableLoader::rowsAsOf() const
 
 TableLoader::Following TableLoader::following() const
 {
+    if (m_window.liveUpdates() && m_store.kind().printedTitles) {
+        return Following::Refused;
+    }
     if (!m_window.liveUpdates() || (m_refusal.isEmpty() && !m_hasState)) {
         return Following::Listing;
     }
@@ -109,6 +112,9 @@ TableLoader::Following TableLoader::following() const
 QString TableLoader::followingReason() const
 {
     const Following now = following();
+    if (now == Following::Refused && m_store.kind().printedTitles) {
+        return tr("The columns of this kind are made by the server, for listings.");
+    }
     return now == Following::Refused     ? m_refusal
         : now == Following::Reconnecting ? m_stream->status().reason
                                          : QString();
@@ -265,6 +271,9 @@ void TableLoader::listed(const LoadOutcome &outcome)
         m_failures = outcome.endedWell ? 0 : m_failures + 1;
     }
     m_listingPause = pauseAfter(outcome, m_listedAt, m_failures);
+    if (outcome.otherTitles) {
+        Q_EMIT otherTitles(*outcome.otherTitles);
+    }
     if (m_stream) {
         m_stream->repeat(); // the listing was read a while ago
     }

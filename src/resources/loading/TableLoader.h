@@ -83,6 +83,8 @@ Q_SIGNALS:
     /// A load has ended, one way or another, and what it brought is in the store.
     void finished();
     void followingChanged();
+    /// The server has other columns for a kind that is listed as kubectl prints it; no rows have come.
+    void otherTitles(const QStringList &titles);
 
 private:
     bool wantsStream() const;

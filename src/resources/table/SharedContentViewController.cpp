@@ -113,6 +113,7 @@ void SharedContentViewController::connectParts()
         Q_EMIT loadFinished();
     });
     connect(m_loader, &TableLoader::followingChanged, this, &SharedContentViewController::updateStatus);
+    connect(m_loader, &TableLoader::otherTitles, this, &SharedContentViewController::otherTitles);
     connect(&WindowSight::shared(), &WindowSight::changed, this, &SharedContentViewController::updateWatched);
     connect(m_statusBar, &TableStatusBar::stopRequested, this, &SharedContentViewController::stopLoading);
     connect(m_commands, &RowCommands::changed, this, &SharedContentViewController::reloadSoon);

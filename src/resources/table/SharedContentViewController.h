@@ -56,6 +56,7 @@ public:
     /// As the loader has them.
     QDateTime rowsAsOf() const { return m_loader->rowsAsOf(); }
     QString problem() const { return m_loader->problem(); }
+    bool hasFailed() const { return m_loader->hasFailed(); }
 
     QString filter() const { return m_arranged->filter(); }
     /// What it asks the server for waits until nobody types for a moment, or for `completeFilter`.
@@ -126,6 +127,8 @@ Q_SIGNALS:
     void otherTableWanted(const tidewright::TableTarget &target);
     /// A load has ended, one way or another, and what it brought is shown.
     void loadFinished();
+    /// TableLoader::otherTitles.
+    void otherTitles(const QStringList &titles);
 
 protected:
     /// The rows of a load, or of a clearing, are in the store now.
