@@ -129,6 +129,11 @@ private Q_SLOTS:
         Drop drop;
         drop.drag({u"file:///a.yaml"_s});
         drop.drop();
+        drop.answer(u"Apply…"_s);
+        QTRY_VERIFY(drop.console().contains(u"Nothing was applied: the cluster has all of it already"_s));
+        QCOMPARE(drop.created(), QStringList());
+        drop.drag({u"file:///a.yaml"_s});
+        drop.drop();
         drop.state().chooseNamespace(u"shop"_s);
         drop.answer(u"Create"_s);
         QCOMPARE(drop.created(), QStringList());

@@ -143,6 +143,8 @@ void WindowCommands::buildFileMenu()
     menu->setToolTipsVisible(true);
     m_create = add(menu, tr("&Create from File…"), QKeySequence(tr("Ctrl+O")),
         [this] { m_frame.currentPage()->primaryContentController().createFromFileDialog(); });
+    m_apply = add(menu, tr("&Apply from File…"), QKeySequence(tr("Ctrl+Shift+O")),
+        [this] { m_frame.currentPage()->primaryContentController().applyFromFileDialog(); });
     menu->addSeparator();
     add(menu, tr("C&lose Tab"), QKeySequence(tr("Ctrl+W")), [this] { m_frame.closeCurrentTab(); });
     add(menu, tr("&Quit"), QKeySequence(tr("Ctrl+Q")), [this] { Q_EMIT m_frame.quitRequested(); });
@@ -357,6 +359,8 @@ void WindowCommands::updateChanges(bool hasRows)
     enable(m_delete, orReadOnly(page, hasRows ? QString() : tr("Select what to delete first.")),
         tr("Delete the selected objects"));
     enable(m_create, orReadOnly(page, {}), tr("Create what YAML files declare"));
+    enable(
+        m_apply, orReadOnly(page, {}), tr("Compare what YAML files declare with the cluster, and apply it"));
     const bool isReadOnly = !orReadOnly(page, {}).isEmpty();
     m_edit->setText(isReadOnly ? tr("Vi&ew Configuration") : tr("&Edit Configuration"));
     m_edit->setToolTip(

@@ -62,6 +62,7 @@ private:
     QAction *m_quickLook = nullptr;
     QAction *m_edit = nullptr;
     QAction *m_create = nullptr;
+    QAction *m_apply = nullptr;
     QAction *m_delete = nullptr;
     QAction *m_viewLogs = nullptr;
     QAction *m_copyFile = nullptr;
