@@ -66,6 +66,8 @@ private:
     QAction *m_delete = nullptr;
     QAction *m_viewLogs = nullptr;
     QAction *m_copyFile = nullptr;
+    QAction *m_openShell = nullptr;
+    QAction *m_forwardPort = nullptr;
     QAction *m_runNow = nullptr;
     QAction *m_stop = nullptr;
     QList<QAction *> m_forTabs;

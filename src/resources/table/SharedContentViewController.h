@@ -90,6 +90,8 @@ public:
     /// Why no logs can be viewed now (this kind has none, nothing is selected): a sentence; empty when they
     /// can.
     virtual QString viewLogsObstacle() const;
+    /// Why no port can be forwarded, in the same way.
+    QString forwardPortObstacle() const;
 
 public Q_SLOTS:
     void reloadContent();
@@ -100,6 +102,8 @@ public Q_SLOTS:
     void showQuickLookPanel();
     /// Opens one window with the logs of all containers of the chosen rows.
     virtual void viewLogs();
+    /// Asks for a port of the chosen object and makes it reachable on this machine.
+    void forwardPort();
     /// Ends the loads under way; the rows stay as they are.
     void stopLoading();
 
