@@ -19,6 +19,7 @@
 #include "pods/logs/view/CombinedLogsWindowController.h"
 #include "pods/console/ConsoleViewController.h"
 #include "resources/changes/Confirmation.h"
+#include "resources/forwards/PortForwardsWindow.h"
 #include "resources/preview/PreviewFiles.h"
 #include "resources/widgets/Windows.h"
 
@@ -280,6 +281,8 @@ void AppDelegate::applicationWillTerminate()
             delete logs;
         }
     }
+    PortForwardsWindow::dismiss();
+    PortForwards::shared().stopAll();
     m_userFile.finish(graceForKubeConfig);
     ProcessKeeper::instance().endAll(graceAtQuit);
     PreviewFiles::removeAll();

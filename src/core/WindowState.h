@@ -71,6 +71,9 @@ public:
     /// Follows the logs of these containers in a window of its own, one more for each call.
     virtual void openLogs(const std::vector<ContainerPair> & /*containers*/, LogScope /*scope*/) { }
 
+    /// Opens a shell in a container, in the user's terminal. A pair of pod and container by name.
+    virtual void openShell(const ContainerPair & /*container*/) { }
+
 Q_SIGNALS:
     void loadingHintChanged();
     void liveUpdatesChanged();

@@ -117,6 +117,11 @@ private Q_SLOTS:
         Drop drop;
         drop.drag({u"file:///a.yaml"_s});
         drop.drop();
+        drop.answer(u"Apply…"_s);
+        QTRY_VERIFY(drop.console().contains(u"Nothing was applied: the cluster has all of it already"_s));
+        QVERIFY(drop.cluster.tableReads().filter(u"create "_s).isEmpty());
+        drop.drag({u"file:///a.yaml"_s});
+        drop.drop();
         drop.state().chooseNamespace(u"shop"_s);
         drop.answer(u"Create"_s);
         QCOMPARE(drop.created(), QStringList());

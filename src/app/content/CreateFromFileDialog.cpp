@@ -12,9 +12,9 @@
 
 namespace tidewright {
 
-void CreateFromFileDialog::open(QWidget *parent, QObject *receiver, const QString &place, Chosen chosen)
+void CreateFromFileDialog::open(QWidget *parent, QObject *receiver, const Texts &texts, Chosen chosen)
 {
-    auto *dialog = new CreateFromFileDialog(parent, place);
+    auto *dialog = new CreateFromFileDialog(parent, texts);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     connect(dialog, &QDialog::accepted, receiver, [dialog, chosen = std::move(chosen)] {
@@ -23,8 +23,8 @@ void CreateFromFileDialog::open(QWidget *parent, QObject *receiver, const QStrin
     dialog->show();
 }
 
-CreateFromFileDialog::CreateFromFileDialog(QWidget *parent, const QString &place)
-    : QFileDialog(parent, tr("Create from File"))
+CreateFromFileDialog::CreateFromFileDialog(QWidget *parent, const Texts &texts)
+    : QFileDialog(parent, texts.title)
 {
     // The desktops' own dialogs choose files or folders, never both.
     setOption(QFileDialog::DontUseNativeDialog);
@@ -32,17 +32,17 @@ CreateFromFileDialog::CreateFromFileDialog(QWidget *parent, const QString &place
     setNameFilter(tr("YAML files (*.yaml)"));
     setFilter(QDir::AllDirs | QDir::Files | QDir::NoDotAndDotDot);
     setOption(QFileDialog::ReadOnly);
-    setLabelText(QFileDialog::Accept, tr("Create"));
+    setLabelText(QFileDialog::Accept, texts.accept);
     if (auto *grid = qobject_cast<QGridLayout *>(layout())) {
-        auto *message = new QLabel(QStringLiteral("Select a .yaml file(s) to create resources."));
-        auto *folder = new QPushButton(tr("Create from This &Folder"));
+        auto *message = new QLabel(texts.message);
+        auto *folder = new QPushButton(texts.folder);
         folder->setAutoDefault(false);
         folder->setToolTip(tr("Takes all YAML files in the selected folder and the folders below it"));
         connect(folder, &QPushButton::clicked, this, &CreateFromFileDialog::takeFolder);
         const int row = grid->rowCount();
         grid->addWidget(message, row, 0, 1, 2);
         grid->addWidget(folder, row, 2);
-        auto *target = new QLabel(display_text::clean(place));
+        auto *target = new QLabel(display_text::clean(texts.place));
         target->setTextFormat(Qt::PlainText);
         grid->addWidget(target, row + 1, 0, 1, 2);
     }

@@ -7,19 +7,28 @@
 
 namespace tidewright {
 
-/// Asks which YAML files, or which folder of them, to create objects from.
+/// Asks which YAML files, or which folder of them, to create objects from or to apply.
 class CreateFromFileDialog : public QFileDialog
 {
     Q_OBJECT
 public:
     using Chosen = std::function<void(const QStringList &paths)>;
 
+    struct Texts
+    {
+        QString title;
+        QString message;
+        QString accept; ///< the button for the chosen files
+        QString folder; ///< and that for a folder
+        QString place; ///< where the objects will be
+    };
+
     /// Opens the dialog on `parent` and returns at once; `chosen` is called unless the user cancels or
-    /// `receiver` goes. `place` says where the objects will be.
-    static void open(QWidget *parent, QObject *receiver, const QString &place, Chosen chosen);
+    /// `receiver` goes.
+    static void open(QWidget *parent, QObject *receiver, const Texts &texts, Chosen chosen);
 
 private:
-    explicit CreateFromFileDialog(QWidget *parent, const QString &place);
+    CreateFromFileDialog(QWidget *parent, const Texts &texts);
     /// Takes the selected folders, or the one that is shown when none is.
     void takeFolder();
 

@@ -115,7 +115,14 @@ void DestinationView::confirmAndCreate(const QStringList &paths)
         {.title = QStringLiteral("Confirm Create"),
             .message = question,
             .yes = QStringLiteral("Create"),
-            .accessory = confirmationDetails(details)},
+            .accessory = confirmationDetails(details),
+            .other = tr("Apply…"),
+            .otherChosen =
+                [self = QPointer<DestinationView>(this), paths, place] {
+                    if (self) {
+                        self->m_content.applyFrom(paths, place);
+                    }
+                }},
         [self = QPointer<DestinationView>(this), paths, place](bool confirmed) {
             if (self && confirmed) {
                 self->m_content.createFrom(paths, place);

@@ -13,9 +13,9 @@ class DropOverlayView;
 class PrimaryContentController;
 class WindowState;
 
-/// The area of a cluster window's tables as the place where YAML files are dropped to create what they
-/// declare. While a drag hovers whose first file has the right extension, a frame shows that a drop would be
-/// taken; the drop asks before anything is created.
+/// The area of a cluster window's tables as the place where YAML files are dropped to create or apply what
+/// they declare. While a drag hovers whose first file has the right extension, a frame shows that a drop
+/// would be taken; the drop asks before anything is done.
 class DestinationView : public QWidget
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 
 #include "app/content/CreateFromFileDialog.h"
 #include "pods/table/PodController.h"
+#include "resources/changes/ApplyFiles.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/CreateFromFiles.h"
 #include "resources/kinds/ClusterRole.h"
@@ -329,7 +330,7 @@ void PrimaryContentController::createFromFileDialog()
         return;
     }
     const ChangePlace place(m_window);
-    CreateFromFileDialog::open(window(), this, place.text(), [this, place](const QStringList &paths) {
+    const auto create = [this, place](const QStringList &paths) {
         confirmWhereProtected(this, place.key(),
             {.title = tr("Confirm Create"),
                 .message = tr("Are you sure you want to create what these declare?\n    ")
@@ -341,7 +342,14 @@ void PrimaryContentController::createFromFileDialog()
                     self->createFrom(paths, place);
                 }
             });
-    });
+    };
+    CreateFromFileDialog::open(window(), this,
+        {.title = tr("Create from File"),
+            .message = QStringLiteral("Select a .yaml file(s) to create resources."),
+            .accept = tr("Create"),
+            .folder = tr("Create from This &Folder"),
+            .place = place.text()},
+        create);
 }
 
 void PrimaryContentController::createFrom(const QStringList &paths, const ChangePlace &place)
@@ -350,11 +358,40 @@ void PrimaryContentController::createFrom(const QStringList &paths, const Change
         refuseMovedChange(m_window, nothingCreated());
         return;
     }
-    createFromFiles(m_window, paths, [self = QPointer<PrimaryContentController>(this)] {
+    createFromFiles(m_window, paths, reloadingSoon());
+}
+
+void PrimaryContentController::applyFromFileDialog()
+{
+    if (!canApplyIn(m_window)) {
+        return;
+    }
+    const ChangePlace place(m_window);
+    CreateFromFileDialog::open(window(), this,
+        {.title = tr("Apply from File"),
+            .message = tr("Select .yaml files to apply. What they change is shown first."),
+            .accept = tr("Compare"),
+            .folder = tr("Compare This &Folder"),
+            .place = place.text()},
+        [this, place](const QStringList &paths) { applyFrom(paths, place); });
+}
+
+void PrimaryContentController::applyFrom(const QStringList &paths, const ChangePlace &place)
+{
+    if (!place.isStillShown()) {
+        refuseMovedChange(m_window, nothingApplied());
+        return;
+    }
+    applyFiles(*this, place, paths, reloadingSoon());
+}
+
+std::function<void()> PrimaryContentController::reloadingSoon()
+{
+    return [self = QPointer<PrimaryContentController>(this)] {
         if (self) {
             QTimer::singleShot(reloadDelay, self, &PrimaryContentController::reloadContent);
         }
-    });
+    };
 }
 
 } // namespace tidewright

@@ -66,6 +66,10 @@ public:
     /// Creates what files declare, unless the window shows another place by now, and loads the shown table
     /// again one second after that has ended.
     void createFrom(const QStringList &paths, const ChangePlace &place);
+    /// Asks for files, shows how what they declare differs from what the cluster has, and applies it.
+    void applyFromFileDialog();
+    /// The same for these files, unless the window shows another place by now.
+    void applyFrom(const QStringList &paths, const ChangePlace &place);
 
 Q_SIGNALS:
     void shownTableChanged();
@@ -81,6 +85,7 @@ private:
     void tableSwitched();
     void noteVisit();
     void bring(SharedContentViewController &table, const QString &filter, const ObjectName &selected);
+    std::function<void()> reloadingSoon();
 
     WindowState &m_window;
     QTimer m_hiddenTablesWait; ///< for the load of the shown one

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/state/KubeSplitViewController.h"
 
+#include "app/state/ContainerShell.h"
 #include "app/state/LiveUpdates.h"
 #include "app/state/UserKubeConfig.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
@@ -326,6 +327,11 @@ void KubeSplitViewController::displacementChanged()
 void KubeSplitViewController::whenSettled(std::function<void(const QString &)> completion)
 {
     m_settling.wait(std::move(completion));
+}
+
+void KubeSplitViewController::openShell(const ContainerPair &container)
+{
+    openContainerShell(*this, container);
 }
 
 void KubeSplitViewController::startExternalEdit(const QStringList &arguments, std::function<void()> finished)

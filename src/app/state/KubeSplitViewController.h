@@ -38,6 +38,7 @@ public:
     void retryLoading() override;
     void stopWaiting() override;
     void openLogs(const std::vector<ContainerPair> &containers, LogScope scope) override;
+    void openShell(const ContainerPair &container) override;
     void startExternalEdit(const QStringList &arguments, std::function<void()> finished) override;
 
     void setConsole(Console *console) { m_console = console; }

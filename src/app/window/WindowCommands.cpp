@@ -15,6 +15,7 @@
 #include "pods/table/ContainerCopy.h"
 #include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
+#include "resources/forwards/PortForwardsWindow.h"
 #include "resources/table/CronJobController.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
@@ -147,6 +148,8 @@ void WindowCommands::buildFileMenu()
     menu->setToolTipsVisible(true);
     m_create = add(menu, tr("&Create from File…"), QKeySequence(tr("Ctrl+O")),
         [this] { m_frame.currentPage()->primaryContentController().createFromFileDialog(); });
+    m_apply = add(menu, tr("&Apply from File…"), QKeySequence(tr("Ctrl+Shift+O")),
+        [this] { m_frame.currentPage()->primaryContentController().applyFromFileDialog(); });
     menu->addSeparator();
     add(menu, tr("C&lose Tab"), QKeySequence(tr("Ctrl+W")), [this] { m_frame.closeCurrentTab(); });
     add(menu, tr("&Quit"), QKeySequence(tr("Ctrl+Q")), [this] { Q_EMIT m_frame.quitRequested(); });
@@ -276,6 +279,13 @@ void WindowCommands::buildClusterMenu()
     m_copyFile->setObjectName(QStringLiteral("copyFileToolbarItem"));
     m_copyFile->setIconText(tr("Copy File"));
     setToolBarImage(m_copyFile, QStringLiteral("copyfile"));
+    m_openShell = add(menu, tr("Open &Shell"), QKeySequence(tr("Ctrl+Shift+S")), [this] {
+        if (auto *pods = qobject_cast<PodController *>(shownTable())) {
+            pods->openShell();
+        }
+    });
+    m_forwardPort = addForTable(menu, tr("Forward &Port…"), QKeySequence(tr("Ctrl+Alt+P")),
+        &SharedContentViewController::forwardPort);
     m_runNow = add(menu, tr("Run Cron &Job Now"), QKeySequence(tr("Ctrl+Shift+J")), [this] {
         if (auto *cronJobs = qobject_cast<CronJobController *>(shownTable())) {
             cronJobs->runCronJobNow();
@@ -293,6 +303,7 @@ void WindowCommands::buildWindowMenu()
 {
     m_windowMenu = m_frame.menuBar()->addMenu(tr("&Window"));
     add(m_windowMenu, tr("&Minimize"), QKeySequence(tr("Ctrl+M")), [this] { m_frame.showMinimized(); });
+    add(m_windowMenu, tr("&Port Forwards"), QKeySequence(), [] { PortForwardsWindow::present(); });
     m_windowMenu->addSeparator();
     connect(m_windowMenu, &QMenu::aboutToShow, this, &WindowCommands::listWindows);
     listWindows();
@@ -402,6 +413,8 @@ void WindowCommands::updateChanges(bool hasRows)
     enable(m_delete, orReadOnly(page, hasRows ? QString() : tr("Select what to delete first.")),
         tr("Delete the selected objects"));
     enable(m_create, orReadOnly(page, {}), tr("Create what YAML files declare"));
+    enable(
+        m_apply, orReadOnly(page, {}), tr("Compare what YAML files declare with the cluster, and apply it"));
     const bool isReadOnly = !orReadOnly(page, {}).isEmpty();
     m_edit->setText(isReadOnly ? tr("Vi&ew Configuration") : tr("&Edit Configuration"));
     m_edit->setToolTip(
@@ -430,6 +443,13 @@ void WindowCommands::updateLogsAndJobs()
         orReadOnly(
             m_frame.currentPage(), pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first.")),
         tr("Copy files into the chosen container"));
+    enable(m_openShell,
+        orReadOnly(m_frame.currentPage(),
+            pods ? pods->openShellObstacle() : tr("Choose Pods in the sidebar first.")),
+        tr("Open a shell in a container, in the terminal"));
+    enable(m_forwardPort,
+        orReadOnly(m_frame.currentPage(), table ? table->forwardPortObstacle() : tr("No table is shown.")),
+        tr("Make a port of the selected object reachable on this machine"));
     const auto *cronJobs = qobject_cast<const CronJobController *>(table);
     enable(m_runNow,
         orReadOnly(m_frame.currentPage(),

@@ -69,9 +69,12 @@ private:
     QAction *m_quickLook = nullptr;
     QAction *m_edit = nullptr;
     QAction *m_create = nullptr;
+    QAction *m_apply = nullptr;
     QAction *m_delete = nullptr;
     QAction *m_viewLogs = nullptr;
     QAction *m_copyFile = nullptr;
+    QAction *m_openShell = nullptr;
+    QAction *m_forwardPort = nullptr;
     QAction *m_runNow = nullptr;
     QAction *m_stop = nullptr;
     QAction *m_back = nullptr;

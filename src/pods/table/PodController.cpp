@@ -7,6 +7,7 @@
 #include "pods/table/PaddedTextField.h"
 #include "pods/table/Pod.h"
 #include "pods/table/TableButtonView.h"
+#include "resources/changes/ChangeQuestion.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/VisibleCells.h"
 
@@ -121,6 +122,75 @@ void PodController::viewPreviousLogs(const ContainerPair &container)
     }
 }
 
+/// The chosen one, or the first of the only selected pod: kubectl's own choice, too.
+std::optional<ContainerPair> PodController::containerForShell() const
+{
+    const std::vector<ContainerPair> chosen = selectedContainerPairs();
+    if (!chosen.empty()) {
+        return chosen.size() == 1 ? std::optional(chosen.front()) : std::nullopt;
+    }
+    const auto rows = tableView().selectedRowsInOrder();
+    if (rows.size() != 1 || podAt(arrangedObjects(), rows.front()).containers.isEmpty()) {
+        return std::nullopt;
+    }
+    const auto [nameSpace, pod] = objectAt(rows.front());
+    return ContainerPair{pod, podAt(arrangedObjects(), rows.front()).containers.first(), nameSpace};
+}
+
+QString PodController::openShellObstacle() const
+{
+    return containerForShell() ? QString() : tr("Choose a single container, or select a single pod.");
+}
+
+void PodController::openShell()
+{
+    if (const auto container = containerForShell()) {
+        takeSelectedContainerPairs();
+        openShellIn(*container);
+    }
+}
+
+void PodController::openShellIn(const ContainerPair &container)
+{
+    static const QString notOpened = QStringLiteral("No shell was opened");
+    const auto &[pod, name, nameSpace] = container;
+    if (!canChange({{nameSpace, pod}, {nameSpace, name}}, notOpened)) {
+        return;
+    }
+    const ChangePlace place(kubeSplitViewController());
+    confirmWhereProtected(this, place.key(),
+        {.title = tr("Confirm Shell"),
+            .message = tr("Are you sure you want to open a shell in the container \"%1\" of the pod \"%2\"?")
+                           .arg(name, pod),
+            .yes = tr("Open Shell"),
+            .accessory = confirmationDetails(place.text(kind(), nameSpace))},
+        [self = QPointer(this), place, container](bool confirmed) {
+            if (!self || !confirmed) {
+                return;
+            }
+            if (place.isStillShown()) {
+                place.window->openShell(container);
+            } else {
+                refuseMovedChange(self->kubeSplitViewController(), notOpened);
+            }
+        });
+}
+
+/// A command, or one for each container.
+void PodController::addShellCommands(QMenu &menu, int row)
+{
+    const auto [nameSpace, pod] = objectAt(row);
+    const QStringList containers = podAt(arrangedObjects(), row).containers;
+    QMenu *target = containers.size() > 1 ? menu.addMenu(tr("Open Shell")) : &menu;
+    target->setToolTipsVisible(true);
+    for (const QString &name : containers) {
+        QAction *action = target->addAction(
+            containers.size() > 1 ? display_text::withoutMnemonics(name) : tr("Open Shell"), this,
+            [this, container = ContainerPair{pod, name, nameSpace}] { openShellIn(container); });
+        enableChange(*action, true);
+    }
+}
+
 void PodController::rowsChanged()
 {
     // A pod out of sight may have got other containers: what was chosen there is no longer what it seems.
@@ -169,6 +239,7 @@ void PodController::extendContextMenu(QMenu &menu)
     if (row < 0) {
         return;
     }
+    addShellCommands(menu, row);
     const QModelIndex index = arrangedObjects().index(row, kind().indexOf(containersColumn));
     m_cells->ensure(index);
     const TableButtonView *view = cellAt(index);

@@ -31,6 +31,8 @@ public:
     QString viewLogsObstacle() const override;
     /// Why no file can be copied into a container now, as a sentence; empty when one can.
     QString copyFileObstacle() const;
+    /// Why no shell can be opened in a container now, in the same way.
+    QString openShellObstacle() const;
 
 public Q_SLOTS:
     void reloadPods();
@@ -38,6 +40,9 @@ public Q_SLOTS:
     /// are none, of all containers of the selected pods, or of the pod outside the selection that a context
     /// menu was opened on.
     void viewLogs() override;
+    /// Opens a shell in the chosen container, which is chosen no longer then; when there is none, in the
+    /// first one of the only selected pod. Asks where the context is protected.
+    void openShell();
 
 Q_SIGNALS:
     void selectedContainersChanged();
@@ -49,6 +54,9 @@ protected:
 private:
     void viewPreviousLogs(const ContainerPair &container);
     void selectContainer(ContainerButton *button);
+    std::optional<ContainerPair> containerForShell() const;
+    void openShellIn(const ContainerPair &container);
+    void addShellCommands(QMenu &menu, int row);
     bool ensureCell(const QModelIndex &index);
     TableButtonView *cellAt(const QModelIndex &index) const;
 

@@ -39,6 +39,8 @@ QWidget *mainWindow()
     return window ? window : QApplication::activeWindow();
 }
 
+constexpr int otherIsChosen = QDialog::Accepted + 1;
+
 class Confirmation : public QDialog
 {
 public:
@@ -74,6 +76,12 @@ Confirmation::Confirmation(const Question &question, QWidget *window)
     QPushButton *no = question.no.isEmpty()
         ? nullptr
         : buttons->addButton(display_text::withoutMnemonics(question.no), QDialogButtonBox::RejectRole);
+
+    if (!question.other.isEmpty()) {
+        QPushButton *other = buttons->addButton(
+            display_text::withoutMnemonics(question.other), QDialogButtonBox::ActionRole);
+        connect(other, &QPushButton::clicked, this, [this] { done(otherIsChosen); });
+    }
 
     auto *column = new QVBoxLayout;
     column->setSpacing(spacing);
@@ -204,7 +212,13 @@ void showConfirmation(QWidget *view, const Question &question, Answered answered
     }
     auto *dialog = new Confirmation(question, window);
     QObject::connect(dialog, &QDialog::finished, dialog,
-        [answered = std::move(answered)](int result) { answered(result == QDialog::Accepted); });
+        [answered = std::move(answered), other = question.otherChosen](int result) {
+            if (result == otherIsChosen) {
+                other();
+            } else {
+                answered(result == QDialog::Accepted);
+            }
+        });
     dialog->open();
 }
 

@@ -22,6 +22,10 @@ struct Question
     QWidget *accessory = nullptr;
     /// Unless empty, `yes` can be chosen only once the user has typed exactly that.
     QString toBeTyped = {};
+    /// A third button, for something else to do with the same things; empty: there is none. It waits for no
+    /// typing: what it leads to asks for itself. Then `otherChosen` is called, and nobody is answered.
+    QString other = {};
+    std::function<void()> otherChosen = {};
 };
 
 /// Whether `yes` was chosen.

@@ -1,29 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/CreateFromFiles.h"
 
-#include "core/WindowState.h"
-#include "platform/text/DisplayText.h"
-#include "resources/changes/ChangeQuestion.h"
+#include "resources/changes/ClusterChange.h"
+#include "resources/changes/FileArguments.h"
 
 #include <QCoreApplication>
-#include <QRegularExpression>
 
 namespace tidewright {
-
-namespace {
-
-/// kubectl reads the value of -f as one record of comma-separated values, which a line end closes.
-QString asListElement(QString path)
-{
-    static const QRegularExpression special(QStringLiteral("[,\"\r\n]"));
-    if (path.contains(special)) {
-        path.replace(QLatin1Char('"'), QLatin1String("\"\""));
-        return QLatin1Char('"') + path + QLatin1Char('"');
-    }
-    return path;
-}
-
-} // namespace
 
 QString nothingCreated()
 {
@@ -32,17 +15,7 @@ QString nothingCreated()
 
 bool canCreateIn(WindowState &window)
 {
-    QString reason = changeObstacle(window);
-    if (reason.isEmpty()) {
-        reason = window.loadingHint();
-    }
-    if (reason.isEmpty() && window.currentNamespace() == allNamespaces) {
-        reason = QCoreApplication::translate("CreateFromFiles",
-            "choose a namespace first. While all namespaces are shown, it is not clear where objects go "
-            "whose "
-            "files name none.");
-    }
-    return allows(window, nothingCreated(), reason);
+    return canTakeFilesIn(window, nothingCreated());
 }
 
 void createFromFiles(WindowState &window, const QStringList &paths, std::function<void()> finished)
@@ -50,21 +23,12 @@ void createFromFiles(WindowState &window, const QStringList &paths, std::functio
     if (paths.isEmpty() || !canCreateIn(window)) {
         return;
     }
-    QStringList elements;
-    for (const QString &path : paths) {
-        if (path.contains(QLatin1String("\r\n"))) {
-            refuseChange(window, nothingCreated(),
-                QCoreApplication::translate("CreateFromFiles",
-                    "kubectl cannot be told of the file %1: it reads a carriage return before a line feed as "
-                    "the line feed alone.")
-                    .arg(display_text::withoutLineEnds(path)));
-            return;
-        }
-        elements.append(asListElement(path));
+    const auto files = fileArguments(window, paths, nothingCreated());
+    if (!files) {
+        return;
     }
     const QStringList arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("create")}
-        + separatePlaceArguments(window.currentContext(), window.currentNamespace())
-        + QStringList{QStringLiteral("-R"), QStringLiteral("-f"), elements.join(QLatin1Char(','))};
+        + separatePlaceArguments(window.currentContext(), window.currentNamespace()) + *files;
     runChange(ChangePlace(window), arguments, nothingCreated(), std::move(finished));
 }
 

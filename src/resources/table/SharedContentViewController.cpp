@@ -5,7 +5,7 @@
 #include "platform/text/DisplayText.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/RowDeletion.h"
-#include "resources/changes/RowEdit.h"
+#include "resources/forwards/ForwardPort.h"
 #include "resources/kinds/Columns.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/loading/TableStatus.h"
@@ -318,6 +318,22 @@ void SharedContentViewController::viewLogs()
     m_window.openLogs(containers, LogScope::Following);
 }
 
+QString SharedContentViewController::forwardPortObstacle() const
+{
+    if (!canForwardTo(kind())) {
+        return tr("Choose a pod, service, deployment or stateful set first.");
+    }
+    return chosenCount() == 1 ? QString()
+                              : tr("Select a single %1 first.").arg(kind().humanReadableResourceName);
+}
+
+void SharedContentViewController::forwardPort()
+{
+    if (const ObjectNames objects = chosenObjects(); forwardPortObstacle().isEmpty() && objects.size() == 1) {
+        tidewright::forwardPort(*this, m_window, kind(), objects.first());
+    }
+}
+
 void SharedContentViewController::replaceRow(const QModelIndex &index, const Row &row)
 {
     const std::pair<std::size_t, Row> changed(m_arranged->positionOf(index.row()), row);
@@ -357,6 +373,10 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
             showOwnerObstacle().isEmpty());
     }
     add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
+    if (canForwardTo(kind())) {
+        enableChange(*menu.addAction(tr("Forward Port…"), this, &SharedContentViewController::forwardPort),
+            forwardPortObstacle().isEmpty());
+    }
     extendContextMenu(menu);
     menu.addSeparator();
     enableChange(*add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow), hasRow);

@@ -102,6 +102,8 @@ public:
     /// Selects the row of this object and shows it, now or once it is loaded, unless another row is chosen
     /// meanwhile.
     void selectObject(const ObjectName &object) { m_commands->select(object); }
+    /// Why no port can be forwarded, in the same way.
+    QString forwardPortObstacle() const;
 
 public Q_SLOTS:
     void reloadContent();
@@ -117,6 +119,8 @@ public Q_SLOTS:
     void showOwner() { m_commands->showOwner(); }
     /// The same of all pods that the chosen rows select, also of those that come later.
     void viewLogsOfAllPods() { m_commands->viewLogsOfAllPods(); }
+    /// Asks for a port of the chosen object and makes it reachable on this machine.
+    void forwardPort();
     /// Ends the loads under way; the rows stay as they are.
     void stopLoading();
 
