@@ -2,8 +2,8 @@
 #pragma once
 
 #include "app/actionmenu/ActionLibrary.h"
-#include "app/toolbar/ToolBarLayout.h"
 #include "app/state/UserKubeConfig.h"
+#include "app/toolbar/ToolBarLayout.h"
 #include "app/window/WebPages.h"
 
 #include <QPointer>

@@ -2,8 +2,8 @@
 // The text of a log window against plain models of it: what is kept, where lines begin, what is shown.
 #include "platform/process/ProcessSetup.h"
 #include "platform/threads/MainQueue.h"
-#include "pods/logs/text/LogDocument.h"
 #include "pods/logs/streams/LogIntake.h"
+#include "pods/logs/text/LogDocument.h"
 #include "pods/logs/text/LogLineText.h"
 #include "pods/logs/text/LogSearch.h"
 #include "support/Patience.h"

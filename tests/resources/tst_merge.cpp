@@ -38,9 +38,8 @@ struct LiteralTable
             if (fields.size() != 4) {
                 continue;
             }
-            const auto found = std::find_if(rows.begin(), rows.end(), [&](const auto &row) {
-                return row->name == fields[0] && row->nameSpace == nameSpace;
-            });
+            const auto found = std::find_if(rows.begin(), rows.end(),
+                [&](const auto &row) { return row->name == fields[0] && row->nameSpace == nameSpace; });
             if (found != rows.end()) {
                 stale.remove(static_cast<int>(found - rows.begin()));
             } else {

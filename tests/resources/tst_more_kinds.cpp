@@ -392,8 +392,7 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(question(), patience);
             const QRegularExpression asked(
                 QString::fromUtf8(command.asks), QRegularExpression::DotMatchesEverythingOption);
-            QVERIFY2(
-                question().message().contains(asked), qPrintable(question().message()));
+            QVERIFY2(question().message().contains(asked), qPrintable(question().message()));
             QVERIFY(m_window->recorded.entries.isEmpty()); // nothing is done before
             answer(QString::fromUtf8(command.button));
         }

@@ -4,8 +4,8 @@
 // An application that runs the action in FOLDER. A line on standard input, or its end, makes it quit in
 // order.
 #include "actions/ActionFolders.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/process/ProcessKeeper.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QApplication>
 #include <QSocketNotifier>

@@ -6,8 +6,8 @@
 // to its pipe (b). Each child leaves a file with its number in FOLDER.
 // A line on standard input, or its end, makes the application quit in order.
 #include "core/Shell.h"
-#include "platform/threads/MainQueue.h"
 #include "platform/process/ProcessKeeper.h"
+#include "platform/threads/MainQueue.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

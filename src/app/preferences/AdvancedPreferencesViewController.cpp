@@ -4,8 +4,8 @@
 #include "app/state/PathHint.h"
 #include "core/ProgramFolders.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/text/DisplayText.h"
 #include "platform/settings/UserDefaults.h"
+#include "platform/text/DisplayText.h"
 
 #include <QAction>
 #include <QButtonGroup>

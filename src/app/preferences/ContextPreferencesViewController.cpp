@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/preferences/ContextPreferencesViewController.h"
 
-#include "app/window/ClusterWindowFrame.h"
 #include "app/state/KubeSplitViewController.h"
+#include "app/window/ClusterWindowFrame.h"
 #include "app/window/MainWindowController.h"
 #include "core/CommandGate.h"
 #include "core/KubeCtl.h"

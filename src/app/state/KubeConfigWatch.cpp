@@ -2,8 +2,8 @@
 #include "app/state/KubeConfigWatch.h"
 
 #include "app/state/LoginCommands.h"
-#include "platform/settings/AtomicFile.h"
 #include "core/Shell.h"
+#include "platform/settings/AtomicFile.h"
 #include "platform/threads/MainQueue.h"
 
 #include <QFile>

@@ -25,8 +25,8 @@ public:
     /// Fills the menu bar of `frame`, which owns it. Of `pages`, those without an address are disabled.
     WindowCommands(ClusterWindowFrame &frame, const WebPages &pages);
 
-    /// The commands that can have a button in the toolbar. Their object names are their identifiers; each needs
-    /// an icon text and an image too.
+    /// The commands that can have a button in the toolbar. Their object names are their identifiers; each
+    /// needs an icon text and an image too.
     QList<QAction *> toolBarActions() const;
     /// The one of that identifier; null when there is none.
     QAction *toolBarAction(const QString &identifier) const;

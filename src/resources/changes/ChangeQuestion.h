@@ -15,10 +15,10 @@ QString toBeTypedIn(const ContextKey &context);
 /// What the command is called that shows an object to be edited, or else only to be read.
 QString editTitle(const WindowState &window);
 
-/// Where objects are, and which when there are several: the first few of each namespace by name. `note` stands
-/// between the two.
-QString objectsText(const ChangePlace &place, const ResourceKind &kind, const ObjectNames &objects,
-    const QString &note = {});
+/// Where objects are, and which when there are several: the first few of each namespace by name. `note`
+/// stands between the two.
+QString objectsText(
+    const ChangePlace &place, const ResourceKind &kind, const ObjectNames &objects, const QString &note = {});
 
 /// Asks, in every context, over `view`'s window (the main window when it is null); see showConfirmation.
 void confirmChange(QWidget *view, const ChangePlace &place, Question question, Answered answered);

@@ -40,8 +40,8 @@ QString beginning(const LogOptions &options, const QDateTime &now)
 
 QStringList LogPlace::arguments(const QString &ownNamespace) const
 {
-    return {contextArgument(context),
-        QLatin1String("-n") + (ownNamespace.isEmpty() ? nameSpace : ownNamespace)};
+    return {
+        contextArgument(context), QLatin1String("-n") + (ownNamespace.isEmpty() ? nameSpace : ownNamespace)};
 }
 
 std::shared_ptr<Shell> LogPlace::makeShell() const

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/text/LineSplitter.h"
 
-#include "platform/text/Utf8.h"
 #include "platform/text/TerminalText.h"
+#include "platform/text/Utf8.h"
 
 #include <QTextBoundaryFinder>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/text/LogLineText.h"
 
-#include "platform/text/Utf8.h"
 #include "platform/text/TerminalText.h"
+#include "platform/text/Utf8.h"
 #include "pods/logs/text/SgrSequence.h"
 
 #include <algorithm>
@@ -25,8 +25,8 @@ QChar harmless(char16_t unit)
 {
     const bool separates = unit == 0x2028 || unit == 0x2029;
     return terminal_text::isReserved(unit) ? QChar(QChar::ReplacementCharacter)
-        : separates                       ? QChar(u' ')
-                                          : QChar(unit);
+        : separates                        ? QChar(u' ')
+                                           : QChar(unit);
 }
 
 class Builder

@@ -144,8 +144,8 @@ void CombinedLogsViewController::viewDidAppear()
 void CombinedLogsViewController::askForStreams(int count, std::function<void(bool agreed)> answered)
 {
     constexpr qint64 megabytesOfOne = 40; // of a kubectl that follows a log
-    const QString memory = QLocale().formattedDataSize(
-        count * megabytesOfOne * 1'000'000, 1, QLocale::DataSizeSIFormat);
+    const QString memory
+        = QLocale().formattedDataSize(count * megabytesOfOne * 1'000'000, 1, QLocale::DataSizeSIFormat);
     const QString title = tr("Follow %1 Logs").arg(QLocale().toString(count));
     showConfirmation(this,
         {.title = title,
