@@ -80,12 +80,12 @@ void PodWatch::takeSelector(const QByteArray &json)
         return;
     }
     m_selector = selector;
+    m_isTold = true; // what follows from it is asked again and again, and is long
     look();
 }
 
 void PodWatch::takePods(const QByteArray &output)
 {
-    m_isTold = true;
     Q_EMIT listed(parsedPods(output));
 }
 
