@@ -259,6 +259,10 @@ private Q_SLOTS:
         choose(u"buoy"_s);
         QTRY_COMPARE(rows(), u"inner|red|9\nouter|green|10"_s);
         QVERIFY(item(u"Buoys"_s) && item(u"Buoys"_s)->isSelected());
+        page().primaryContentController().go(-1);
+        QCOMPARE(table()->kind().tableName, u"Stateful Sets"_s);
+        page().primaryContentController().go(1);
+        QCOMPARE(table()->kind().tableName, u"Buoys"_s);
         page().otherKinds().setPinned(u"buoys.test.example"_s, true);
 
         // What somebody else changes comes with the next load; numbers are sorted as such.

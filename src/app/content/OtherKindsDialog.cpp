@@ -6,6 +6,7 @@
 #include "platform/threads/MainQueue.h"
 #include "resources/listing/LoadProblem.h"
 
+#include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QKeyEvent>

@@ -251,14 +251,27 @@ void PrimaryContentController::selectSidebarItem(const QString &name)
     }
 }
 
+/// What selects it in the sidebar: the name of the kind, of other kinds than those of the house their
+/// resource.
+QString PrimaryContentController::sidebarName(const SharedContentViewController &table) const
+{
+    const QString key = m_sidebarMap.key(const_cast<SharedContentViewController *>(&table));
+    const QString &name = table.kind().tableName;
+    return name.toLower() == key ? name : key;
+}
+
 void PrimaryContentController::tableSwitched()
 {
     const auto *table = shownTable();
     if (!table || m_isTravelling) {
         return;
     }
+    const QString name = sidebarName(*table);
+    if (!m_history.isEmpty() && m_history.current().tab == name) {
+        return; // its table was put in place of another
+    }
     noteVisit();
-    m_history.visit({table->kind().tableName, table->filter(), {}});
+    m_history.visit({name, table->filter(), {}});
 }
 
 /// Writes down how the table looks now that the window goes away from.
@@ -310,7 +323,7 @@ void PrimaryContentController::bring(
 {
     table.setFilter(filter); // before it is shown, and loads
     table.completeFilter();
-    Q_EMIT sidebarItemWanted(table.kind().tableName);
+    Q_EMIT sidebarItemWanted(sidebarName(table));
     if (!selected.name.isEmpty()) {
         table.selectObject(selected);
     }

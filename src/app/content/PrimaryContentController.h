@@ -82,6 +82,7 @@ Q_SIGNALS:
 private:
     void tableLoaded(SharedContentViewController &table);
     void loadHiddenTables();
+    QString sidebarName(const SharedContentViewController &table) const;
     void tableSwitched();
     void noteVisit();
     void bring(SharedContentViewController &table, const QString &filter, const ObjectName &selected);

@@ -138,12 +138,6 @@ QString createdText(const Pod &pod)
                 : pod.created;
 }
 
-Column hidden(Column column)
-{
-    column.hidden = true;
-    return column;
-}
-
 std::vector<Column> podColumns()
 {
     const auto containers = [](const Pod &pod) { return pod.containers.join(QLatin1String(", ")); };
@@ -155,9 +149,9 @@ std::vector<Column> podColumns()
         numberColumn<Pod>("restarts", QStringLiteral("Restarts"), &Pod::restarts, 80),
         timeColumn<Pod>("age", QStringLiteral("Age"), &Pod::getAge, &Pod::ageTime, 90),
         textColumn<Pod>("containers", QStringLiteral("Containers"), containers, 200),
-        hidden(textColumn<Pod>("node", QStringLiteral("Node"), &Pod::node, 160)),
-        hidden(textColumn<Pod>("ip", QStringLiteral("IP"), &Pod::ip, 120)),
-        hidden(timeColumn<Pod>("created", QStringLiteral("Created"), createdText, &Pod::created, 160)),
+        hiddenAtFirst(textColumn<Pod>("node", QStringLiteral("Node"), &Pod::node, 160)),
+        hiddenAtFirst(textColumn<Pod>("ip", QStringLiteral("IP"), &Pod::ip, 120)),
+        hiddenAtFirst(timeColumn<Pod>("created", QStringLiteral("Created"), createdText, &Pod::created, 160)),
     };
 }
 

@@ -84,6 +84,23 @@ Column timeColumn(const char *identifier, const QString &title, Text text, Times
     return column;
 }
 
+/// The column, hidden until the header's menu shows it.
+Column hiddenAtFirst(Column column);
+
+/// How bad a state image is, 0 being the worst: red, amber, green, what has been completed, and no image.
+int rankOfImage(const QString &name);
+
+/// The column with a state image, ordered by that, trouble first, and then by its text.
+template <typename Item, typename Image> Column troubleFirst(Column column, Image image)
+{
+    column = withImage<Item>(std::move(column), image);
+    column.sortKey = [text = column.text, image = column.image](const KubeTableItem &row) {
+        const auto rank = static_cast<char>('0' + rankOfImage(image(row)));
+        return SortKey(rank + naturalSortKey(text(row)));
+    };
+    return column;
+}
+
 /// The state of an object, in words and as what a user has to make of it.
 struct ObjectState
 {
@@ -106,31 +123,8 @@ Column stateColumn(const char *identifier, const QString &title, State state, in
 {
     const auto get = ofRow<Item>(state);
     const auto text = [get](const Item &item) { return get(item).text; };
-    Column column = textColumn<Item>(identifier, title, text, width);
-    column.sortKey = [get](const KubeTableItem &row) {
-        const ObjectState found = get(row);
-        const auto rank = static_cast<char>('0' + static_cast<int>(found.grade));
-        return SortKey(rank + std::get<QByteArray>(textSortKey(found.text)));
-    };
-    column.image = [get](const KubeTableItem &row) { return gradeImage(get(row).grade); };
-    return column;
-}
-
-/// The column, hidden until the header's menu shows it.
-Column hiddenAtFirst(Column column);
-
-/// How bad a state image is, 0 being the worst: red, amber, green, what has been completed, and no image.
-int rankOfImage(const QString &name);
-
-/// The column with a state image, ordered by that, trouble first, and then by its text.
-template <typename Item, typename Image> Column troubleFirst(Column column, Image image)
-{
-    column = withImage<Item>(std::move(column), image);
-    column.sortKey = [text = column.text, image = column.image](const KubeTableItem &row) {
-        const auto rank = static_cast<char>('0' + rankOfImage(image(row)));
-        return SortKey(rank + naturalSortKey(text(row)));
-    };
-    return column;
+    const auto image = [get](const Item &item) { return gradeImage(get(item).grade); };
+    return troubleFirst<Item>(textColumn<Item>(identifier, title, text, width), image);
 }
 
 /// Whether there are as many as wanted: an image with words, the worst first.

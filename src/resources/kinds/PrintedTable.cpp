@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/kinds/PrintedTable.h"
 
+#include "platform/text/Utf8.h"
+
 #include <algorithm>
 
 namespace tidewright {
@@ -8,11 +10,6 @@ namespace tidewright {
 namespace {
 
 constexpr QByteArrayView gap("  ");
-
-bool continuesCharacter(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
 
 /// Where characters stand in the bytes of one line, for places that ascend.
 class Characters
@@ -26,8 +23,8 @@ public:
     /// The byte at which that character begins, counted from 0; the end of a line that is shorter.
     qsizetype byteOf(qsizetype character)
     {
-        while (m_byte < m_line.size() && (m_character < character || continuesCharacter(m_line[m_byte]))) {
-            m_character += continuesCharacter(m_line[m_byte]) ? 0 : 1;
+        while (m_byte < m_line.size() && (m_character < character || isContinuation(m_line[m_byte]))) {
+            m_character += isContinuation(m_line[m_byte]) ? 0 : 1;
             ++m_byte;
         }
         return m_byte;
@@ -57,7 +54,7 @@ std::vector<qsizetype> placesOf(const std::vector<QByteArrayView> &pieces, QByte
     for (const QByteArrayView piece : pieces) {
         const QByteArrayView before = line.first(piece.data() - line.data());
         places.push_back(
-            std::count_if(before.begin(), before.end(), [](char byte) { return !continuesCharacter(byte); }));
+            std::count_if(before.begin(), before.end(), [](char byte) { return !isContinuation(byte); }));
     }
     return places;
 }

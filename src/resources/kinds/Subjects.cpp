@@ -1,9 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/kinds/Subjects.h"
 
-#include "resources/kinds/FieldText.h"
-
 namespace tidewright {
+
+QStringList bindingOutput()
+{
+    return {QStringLiteral("-ogo-template"),
+        QStringLiteral("--template={{range.items}}{{.metadata.name}}\t{{.roleRef.kind}}/{{.roleRef.name}}\t"
+                       "{{range .subjects}}{{.kind}} {{.namespace}} {{.name}},{{end}}\t"
+                       "{{.metadata.creationTimestamp}}\n{{end}}")};
+}
 
 RoleGrant grantOf(QByteArrayView role, QByteArrayView subjects)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "resources/kinds/Columns.h"
+#include "resources/kinds/FieldText.h"
 
 namespace tidewright {
 
@@ -16,11 +17,11 @@ struct RoleGrant
     bool operator==(const RoleGrant &) const = default;
 };
 
-/// The part of a listing's template that prints a grant: two fields.
-inline constexpr QLatin1String grantTemplate("{{.roleRef.kind}}/{{.roleRef.name}}\t"
-                                             "{{range .subjects}}{{.kind}} {{.namespace}} {{.name}},{{end}}");
+/// How bindings are listed: name, role, subjects, creation time.
+QStringList bindingOutput();
+enum BindingField { GrantedRole = 1, GrantedSubjects, BindingCreated, BindingFieldCount };
 
-/// From those two fields. Any thread.
+/// From two of these fields. Any thread.
 RoleGrant grantOf(QByteArrayView role, QByteArrayView subjects);
 
 /// The columns of a kind whose rows have a member `grant`.
@@ -39,6 +40,21 @@ template <typename Binding> std::vector<Column> bindingColumns()
         column("serviceAccounts", QStringLiteral("Service Accounts"), &RoleGrant::serviceAccounts, 220),
         ageColumn(90),
     };
+}
+
+/// A kind of bindings, but for its words and whether it is namespaced.
+template <typename Binding> ResourceKind bindingKind()
+{
+    ResourceKind kind = kindOf<Binding>();
+    kind.outputArguments = bindingOutput();
+    kind.fieldCount = BindingFieldCount;
+    kind.assign = [](const Fields &fields, KubeTableItem &item) {
+        auto &binding = static_cast<Binding &>(item);
+        binding.grant = grantOf(fields[GrantedRole], fields[GrantedSubjects]);
+        binding.startTimeString = textOf(fields[BindingCreated]);
+    };
+    kind.columns = bindingColumns<Binding>();
+    return kind;
 }
 
 } // namespace tidewright

@@ -75,8 +75,8 @@ void ArrangingModel::setSorts(const QList<SortDescriptor> &sorts)
 
 int ArrangingModel::rowOf(const ObjectName &object) const
 {
-    auto position = m_store->find(object.nameSpace, object.name);
-    if (!position) {
+    auto position = m_store ? m_store->find(object.nameSpace, object.name) : std::nullopt;
+    if (!position && m_store) {
         position = m_store->find({}, object.name);
     }
     return position ? m_rows.at(*position) : -1;

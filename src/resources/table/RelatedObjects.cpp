@@ -49,7 +49,7 @@ void addExpressions(const QJsonArray &expressions, QStringList &requirements)
 }
 
 /// What is told of an object when kubectl has printed one of its fields.
-struct Question
+struct FieldQuestion
 {
     QString field; ///< of the object, as JSONPath has it
     QString notDone;
@@ -58,7 +58,7 @@ struct Question
 };
 
 void answered(
-    WindowState &window, const Question &question, const ShellResult &result, const TargetFound &found)
+    WindowState &window, const FieldQuestion &question, const ShellResult &result, const TargetFound &found)
 {
     if (!result.hasSucceeded()) {
         return; // the console has kubectl's words
@@ -71,7 +71,7 @@ void answered(
 }
 
 void ask(QObject &receiver, WindowState &window, const ResourceKind &kind, const ObjectName &object,
-    const Question &question, const TargetFound &found)
+    const FieldQuestion &question, const TargetFound &found)
 {
     if (const QString reason = whyNotByName(kind, {object}); !reason.isEmpty()) {
         refuseChange(window, question.notDone, reason);
@@ -174,7 +174,7 @@ void findPods(QObject &receiver, WindowState &window, const ResourceKind &kind, 
         return;
     }
     const QString nameSpace = window.currentNamespace() == allNamespaces ? object.nameSpace : QString();
-    const Question question{QStringLiteral(".spec.selector"), notDone,
+    const FieldQuestion question{QStringLiteral(".spec.selector"), notDone,
         tr("the %1 %2 selects none.").arg(kind.humanReadableResourceName, object.name),
         [nameSpace](const QByteArray &field) -> std::optional<TableTarget> {
             const std::optional<QString> filter = podFilter(field, nameSpace);
@@ -186,7 +186,7 @@ void findPods(QObject &receiver, WindowState &window, const ResourceKind &kind, 
 void findOwner(QObject &receiver, WindowState &window, const ResourceKind &kind, const ObjectName &object,
     const TargetFound &found)
 {
-    const Question question{QStringLiteral(".metadata.ownerReferences"), tr("No owner was shown"),
+    const FieldQuestion question{QStringLiteral(".metadata.ownerReferences"), tr("No owner was shown"),
         tr("the %1 %2 has none.").arg(kind.humanReadableResourceName, object.name),
         [nameSpace = object.nameSpace](const QByteArray &field) { return ownerTarget(field, nameSpace); }};
     ask(receiver, window, kind, object, question, found);
