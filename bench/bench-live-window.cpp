@@ -10,7 +10,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/window/MainWindowController.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "pods/table/PodController.h"
 #include "resources/table/ResourceTableView.h"
 

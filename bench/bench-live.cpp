@@ -4,9 +4,9 @@
 #include "Measure.h"
 
 #include "pods/table/Pod.h"
-#include "resources/live/ListDecoder.h"
+#include "resources/decoding/ListDecoder.h"
+#include "resources/decoding/ObjectLines.h"
 #include "resources/live/LiveObjects.h"
-#include "resources/live/ObjectLines.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -4,7 +4,7 @@
 #include "Measure.h"
 #include "StallMeter.h"
 
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "pods/table/Pod.h"
 #include "pods/table/PodController.h"
 #include "resources/listing/Merge.h"

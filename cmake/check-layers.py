@@ -22,12 +22,13 @@ from pathlib import Path
 # A layer may include the layers of a smaller rank. Two of the same rank do not know each other.
 RANKS = {"platform": 0, "core": 1, "resources": 2, "external": 3, "pods": 3, "actions": 4, "app": 5}
 # Those of the demo cluster.
-DEMO_RANKS = {"base": 0, "store": 1, "schema": 2, "objects": 2, "movement": 3, "logs": 3, "server": 4}
+DEMO_RANKS = {"base": 0, "store": 1, "schema": 2, "objects": 2, "movement": 3, "logs": 3, "api": 4, "changes": 5,
+    "server": 6}
 WINDOWLESS = {"platform", "core"}
 WINDOWLESS_MODULES = {"QtCore", "QtDBus"}
 NO_WIDGETS = {
-    "resources/kinds", "resources/listing", "resources/live", "resources/loading", "resources/printing",
-    "pods/logs/streams", "pods/logs/text"}
+    "resources/kinds", "resources/listing", "resources/decoding", "resources/live", "resources/loading",
+    "resources/printing", "pods/logs/store", "pods/logs/streams", "pods/logs/text"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 GENERATED = re.compile(r"^(moc_\w+\.cpp|\w+\.moc)$")
 

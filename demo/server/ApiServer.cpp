@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "server/ApiServer.h"
 
+#include "api/Discovery.h"
+#include "api/PodLogs.h"
+#include "api/Reads.h"
+#include "api/Watch.h"
+#include "changes/Writes.h"
 #include "schema/OpenApi.h"
 #include "server/ConnectionThreads.h"
-#include "server/Discovery.h"
-#include "server/PodLogs.h"
-#include "server/Reads.h"
-#include "server/Watch.h"
-#include "server/Writes.h"
 #include "store/ApiError.h"
 
 #include <sys/socket.h>

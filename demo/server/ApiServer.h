@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "api/ApiCall.h"
+#include "api/Cluster.h"
+#include "api/Disturbance.h"
+#include "api/Options.h"
 #include "logs/LogPace.h"
-#include "server/ApiCall.h"
-#include "server/Cluster.h"
-#include "server/Disturbance.h"
-#include "server/Options.h"
 #include "server/TlsIdentity.h"
 
 #include <httplib.h>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "api/Cluster.h"
+#include "api/Options.h"
 #include "objects/Seed.h"
 #include "server/ApiServer.h"
-#include "server/Cluster.h"
 #include "server/Kubeconfig.h"
-#include "server/Options.h"
 
 #include <cerrno>
 #include <csignal>

@@ -4,7 +4,7 @@
 #include "actions/ActionTerminal.h"
 #include "actions/CustomActionItem.h"
 #include "actions/RunningScript.h"
-#include "core/Shell.h"
+#include "core/running/Shell.h"
 #include "external/TerminalQuoting.h"
 #include "platform/desktop/Diagnostics.h"
 

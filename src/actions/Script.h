@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Console.h"
-#include "core/KubeConfigView.h"
+#include "core/kubeconfig/KubeConfigView.h"
+#include "core/running/Console.h"
 
 #include <QMap>
 #include <QString>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/actionmenu/ActionLibrary.h"
-#include "app/state/UserKubeConfig.h"
+#include "app/kubeconfig/UserKubeConfig.h"
 #include "app/toolbar/ToolBarLayout.h"
 #include "app/window/WebPages.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ApplicationService.h"
 
-#include "app/state/KubeConfigList.h"
+#include "app/kubeconfig/KubeConfigList.h"
 #include "platform/settings/AtomicFile.h"
 #include "platform/settings/UserDefaults.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/CommandGate.h"
 
-#include "core/ApplicationRecord.h"
-#include "core/KubectlArguments.h"
+#include "core/running/ApplicationRecord.h"
+#include "core/running/KubectlArguments.h"
 
 #include <QRegularExpression>
 

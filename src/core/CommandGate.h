@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/ContextPolicy.h"
-#include "core/KubeConfigContents.h"
+#include "core/kubeconfig/ContextPolicy.h"
+#include "core/kubeconfig/KubeConfigContents.h"
 
 #include <QStringList>
 

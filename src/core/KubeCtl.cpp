@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/KubeCtl.h"
 
-#include "core/ApplicationRecord.h"
-#include "core/ChildEnvironment.h"
+#include "core/running/ApplicationRecord.h"
+#include "core/running/ChildEnvironment.h"
 #include "platform/threads/MainQueue.h"
 
 #include <thread>

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "core/CommandGate.h"
-#include "core/KubeConfigFiles.h"
-#include "core/KubeConfigReading.h"
-#include "core/KubeConfigView.h"
 #include "core/PlaceArguments.h"
-#include "core/Shell.h"
+#include "core/kubeconfig/KubeConfigFiles.h"
+#include "core/kubeconfig/KubeConfigReading.h"
+#include "core/kubeconfig/KubeConfigView.h"
+#include "core/running/Shell.h"
 
 namespace tidewright {
 

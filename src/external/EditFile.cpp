@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "external/EditFile.h"
 
-#include "core/ApplicationRecord.h"
-#include "core/ChildEnvironment.h"
-#include "core/CommandLine.h"
+#include "core/running/ApplicationRecord.h"
+#include "core/running/ChildEnvironment.h"
+#include "core/running/CommandLine.h"
 #include "external/CapturedOutput.h"
 #include "external/InstalledApplications.h"
 #include "platform/desktop/Bundle.h"

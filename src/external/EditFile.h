@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Console.h"
-#include "core/Shell.h"
+#include "core/running/Console.h"
+#include "core/running/Shell.h"
 #include "platform/process/ChildProcess.h"
 #include "platform/threads/DispatchQueue.h"
 

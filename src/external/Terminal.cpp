@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "external/Terminal.h"
 
-#include "core/ChildEnvironment.h"
-#include "core/Console.h"
+#include "core/running/ChildEnvironment.h"
+#include "core/running/Console.h"
 #include "external/CapturedOutput.h"
 #include "external/DesktopApplications.h"
 #include "external/TerminalQuoting.h"

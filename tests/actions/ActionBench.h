@@ -2,7 +2,7 @@
 #pragma once
 
 #include "actions/ActionFolders.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "platform/desktop/Notifications.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/threads/MainQueue.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeCluster.h"
 
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 
 #include <QFile>
 #include <QJsonArray>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "FakeCluster.h"
+#include "app/kubeconfig/UserKubeConfig.h"
 #include "app/state/KubeSplitViewController.h"
-#include "app/state/UserKubeConfig.h"
 #include "support/Patience.h"
 
 /// The state of one window on a fake cluster, with the user's file that follows it. Its console is the main

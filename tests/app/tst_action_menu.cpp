@@ -5,7 +5,7 @@
 #include "app/toolbar/ToolBarDialog.h"
 #include "app/toolbar/ToolBarLayout.h"
 #include "pods/table/ContainerButton.h"
-#include "resources/table/ReplicaCell.h"
+#include "resources/controllers/ReplicaCell.h"
 #include "support/Table.h"
 
 #include <QDialogButtonBox>

@@ -4,7 +4,7 @@
 #include "app/state/KubeSplitViewController.h"
 #include "app/window/ClusterWindowFrame.h"
 #include "app/window/MainWindowController.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ApplyFiles.h"

@@ -4,7 +4,7 @@
 #include "app/toolbar/ClusterToolBar.h"
 #include "app/toolbar/FilterField.h"
 #include "app/toolbar/SearchableComboBox.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/view/CombinedLogsWindowController.h"
 #include "pods/table/ContainerButton.h"

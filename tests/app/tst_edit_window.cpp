@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Desktop.h"
 #include "app/preferences/PreferencesWindowController.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "support/TestFolder.h"
 #include "support/TestSupport.h"

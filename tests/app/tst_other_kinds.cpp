@@ -8,7 +8,7 @@
 #include "app/state/KubeSplitViewController.h"
 #include "app/window/ClusterWindowFrame.h"
 #include "app/window/MainWindowController.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "resources/kinds/PrintedTable.h"
 #include "resources/kinds/ServedKind.h"

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeCluster.h"
 #include "app/AppDelegate.h"
+#include "app/kubeconfig/KubeConfigChooser.h"
 #include "app/preferences/AdvancedPreferencesViewController.h"
 #include "app/preferences/ContextPreferencesViewController.h"
 #include "app/preferences/GeneralPreferencesViewController.h"
 #include "app/preferences/PreferencesWindowController.h"
-#include "app/state/KubeConfigChooser.h"
 #include "app/window/ClusterWindowFrame.h"
 #include "app/window/MainWindowController.h"
 #include "platform/settings/UserDefaults.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FakeWindow.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "platform/desktop/Notifications.h"
 #include "resources/changes/ClusterChange.h"
 #include "support/Table.h"

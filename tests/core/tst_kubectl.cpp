@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/ApplicationRecord.h"
 #include "core/CommandGate.h"
 #include "core/KubeCtl.h"
-#include "core/KubectlArguments.h"
+#include "core/running/ApplicationRecord.h"
+#include "core/running/KubectlArguments.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/threads/MainQueue.h"
 #include "support/Patience.h"

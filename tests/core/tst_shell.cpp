@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/ApplicationRecord.h"
-#include "core/ProgramFolders.h"
+#include "core/running/ApplicationRecord.h"
+#include "core/running/ProgramFolders.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/threads/MainQueue.h"
 #include "support/Patience.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "DemoProcess.h"
-#include "server/EventStream.h"
-#include "server/Options.h"
+#include "api/EventStream.h"
+#include "api/Options.h"
 #include "support/Patience.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Logs of whole workloads: which pods there are, streams that are taken up again, and what is asked of
 // kubectl.
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/process/ProcessSetup.h"
 #include "platform/threads/MainQueue.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The logs window: its streams over the fake tool, and all of it over the demo cluster through real kubectl.
-#include "core/ApplicationRecord.h"
-#include "core/Console.h"
+#include "core/running/ApplicationRecord.h"
+#include "core/running/Console.h"
 #include "demo/DemoProcess.h"
 #include "platform/process/ProcessSetup.h"
 #include "platform/threads/MainQueue.h"

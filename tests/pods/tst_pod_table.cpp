@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The pod table in a window, over the demo cluster through real kubectl, and over tools that misbehave.
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/text/Timestamp.h"
 #include "platform/threads/MainQueue.h"

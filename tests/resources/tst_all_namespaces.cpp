@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Two objects of one name in two namespaces: every command hits the one that was chosen.
 #include "AllKinds.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/settings/UserDefaults.h"
 #include "resources/kinds/ServedKind.h"

@@ -2,13 +2,13 @@
 // From the lines of a listing to the fields and cells of every kind's rows; and every listing by real
 // clients.
 #include "AllKinds.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/text/Timestamp.h"
+#include "resources/controllers/EventController.h"
 #include "resources/kinds/FieldText.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/listing/Merge.h"
-#include "resources/table/EventController.h"
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
 #include "support/Patience.h"

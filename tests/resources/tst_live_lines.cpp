@@ -3,11 +3,11 @@
 #include "AllKinds.h"
 #include "demo/DemoProcess.h"
 #include "platform/text/Timestamp.h"
+#include "resources/decoding/ListDecoder.h"
+#include "resources/decoding/RowOfLine.h"
+#include "resources/decoding/TemplateDecoder.h"
 #include "resources/listing/Merge.h"
-#include "resources/live/ListDecoder.h"
 #include "resources/live/ResourcePaths.h"
-#include "resources/live/RowOfLine.h"
-#include "resources/live/TemplateDecoder.h"
 #include "resources/printing/ListingTemplate.h"
 
 #include <QTest>

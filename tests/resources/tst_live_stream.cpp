@@ -2,8 +2,8 @@
 // A live stream against children whose every byte, end and moment a test decides.
 #include "SampleKind.h"
 #include "platform/threads/MainQueue.h"
+#include "resources/decoding/RowOfLine.h"
 #include "resources/live/LiveStream.h"
-#include "resources/live/RowOfLine.h"
 
 #include <QRegularExpression>
 #include <QTest>

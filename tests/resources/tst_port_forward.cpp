@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/forwards/ForwardPort.h"
 #include "resources/forwards/PortForwardsWindow.h"

@@ -5,7 +5,7 @@
 // (r), a stream (s), one that is deaf to SIGTERM (d), or one that ends and leaves a child of its own to write
 // to its pipe (b). Each child leaves a file with its number in FOLDER.
 // A line on standard input, or its end, makes the application quit in order.
-#include "core/Shell.h"
+#include "core/running/Shell.h"
 #include "platform/process/ProcessKeeper.h"
 #include "platform/threads/MainQueue.h"
 

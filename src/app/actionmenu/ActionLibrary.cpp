@@ -2,7 +2,7 @@
 #include "app/actionmenu/ActionLibrary.h"
 
 #include "actions/ActionQueue.h"
-#include "core/Console.h"
+#include "core/running/Console.h"
 #include "platform/threads/MainQueue.h"
 
 #include <QDesktopServices>

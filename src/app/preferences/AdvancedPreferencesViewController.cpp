@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/preferences/AdvancedPreferencesViewController.h"
 
-#include "app/state/PathHint.h"
-#include "core/ProgramFolders.h"
+#include "app/kubeconfig/PathHint.h"
+#include "core/running/ProgramFolders.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/text/DisplayText.h"

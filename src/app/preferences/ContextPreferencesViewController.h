@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/preferences/PreferencesViewController.h"
-#include "core/ContextPolicy.h"
+#include "core/kubeconfig/ContextPolicy.h"
 
 #include <functional>
 #include <vector>

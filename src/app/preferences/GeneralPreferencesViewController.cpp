@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/preferences/GeneralPreferencesViewController.h"
 
-#include "app/state/KubeConfigChooser.h"
+#include "app/kubeconfig/KubeConfigChooser.h"
+#include "app/kubeconfig/PathHint.h"
+#include "app/kubeconfig/UserKubeConfig.h"
 #include "app/state/LiveUpdates.h"
-#include "app/state/PathHint.h"
-#include "app/state/UserKubeConfig.h"
 #include "external/InstalledApplications.h"
 #include "external/Terminal.h"
 #include "platform/process/Environment.h"

@@ -3,7 +3,7 @@
 
 #include "actions/ActionQueue.h"
 #include "actions/ActionTerminal.h"
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "external/TerminalQuoting.h"
 #include "resources/changes/ClusterChange.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/state/KubeSplitViewController.h"
 
+#include "app/kubeconfig/UserKubeConfig.h"
 #include "app/state/ContainerShell.h"
 #include "app/state/LiveUpdates.h"
-#include "app/state/UserKubeConfig.h"
 #include "pods/logs/view/CombinedLogsViewController.h"
 #include "pods/logs/view/CombinedLogsWindowController.h"
 #include "resources/listing/LoadProblem.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/kubeconfig/LoginCommands.h"
 #include "app/state/ContextChoice.h"
 #include "app/state/ExternalEdits.h"
-#include "app/state/LoginCommands.h"
 #include "app/state/NamespaceChoice.h"
 #include "app/state/Settling.h"
 #include "core/WindowState.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/state/KubeConfigWatch.h"
+#include "app/kubeconfig/KubeConfigWatch.h"
 #include "app/state/PlaceSetting.h"
 
 #include <QTimer>

@@ -3,7 +3,7 @@
 
 #include "app/actionmenu/ActionLibrary.h"
 #include "app/actionmenu/ActionMenu.h"
-#include "app/state/KubeConfigChooser.h"
+#include "app/kubeconfig/KubeConfigChooser.h"
 #include "app/state/KubeSplitViewController.h"
 #include "app/toolbar/ClusterToolBar.h"
 #include "app/toolbar/ToolBarDialog.h"

@@ -5,7 +5,7 @@
 #include "app/content/OtherKinds.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/content/SidebarController.h"
-#include "app/state/KubeConfigList.h"
+#include "app/kubeconfig/KubeConfigList.h"
 #include "app/state/KubeSplitViewController.h"
 #include "app/toolbar/ClusterToolBar.h"
 #include "platform/desktop/Diagnostics.h"

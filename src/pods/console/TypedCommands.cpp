@@ -2,7 +2,7 @@
 #include "pods/console/TypedCommands.h"
 
 #include "core/CommandGate.h"
-#include "core/KubectlArguments.h"
+#include "core/running/KubectlArguments.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ChangeQuestion.h"

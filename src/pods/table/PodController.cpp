@@ -8,8 +8,8 @@
 #include "pods/table/Pod.h"
 #include "pods/table/TableButtonView.h"
 #include "resources/changes/ChangeQuestion.h"
+#include "resources/controllers/VisibleCells.h"
 #include "resources/table/ResourceTableView.h"
-#include "resources/table/VisibleCells.h"
 
 #include <QMenu>
 

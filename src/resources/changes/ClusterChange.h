@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/ContextPolicy.h"
 #include "core/WindowState.h"
+#include "core/kubeconfig/ContextPolicy.h"
 #include "resources/kinds/ObjectName.h"
 #include "resources/kinds/ResourceKind.h"
 

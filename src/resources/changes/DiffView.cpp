@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/changes/DiffView.h"
 
-#include "core/Shell.h"
+#include "core/running/Shell.h"
 #include "platform/text/DisplayText.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/widgets/NamedImages.h"

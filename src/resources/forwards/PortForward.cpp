@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/forwards/PortForward.h"
 
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "platform/text/DisplayText.h"
 #include "platform/text/TerminalText.h"
 #include "platform/text/Utf8.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/forwards/PortForwards.h"
 
-#include "core/KubeConfigFiles.h"
+#include "core/kubeconfig/KubeConfigFiles.h"
 #include "platform/text/DisplayText.h"
 #include "resources/widgets/NamedImages.h"
 

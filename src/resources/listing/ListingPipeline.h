@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Shell.h"
+#include "core/running/Shell.h"
 #include "resources/listing/Merge.h"
 #include "resources/listing/RowStore.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/listing/RowStore.h"
 
-#include "core/Shell.h"
+#include "core/running/Shell.h"
 #include "resources/listing/RowOrder.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "platform/text/Timestamp.h"
 #include "platform/text/Utf8.h"
-#include "resources/live/LineBuffer.h"
+#include "resources/decoding/LineBuffer.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/decoding/LiveRun.h"
 #include "resources/live/KubectlComplaint.h"
 #include "resources/live/LiveObjects.h"
-#include "resources/live/LiveRun.h"
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/live/LiveMeans.h"
 
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 #include "platform/threads/MainQueue.h"
 
 #include <QTimer>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/live/LiveObjects.h"
 
-#include "resources/live/ObjectLines.h"
-#include "resources/live/RowOfLine.h"
+#include "resources/decoding/ObjectLines.h"
+#include "resources/decoding/RowOfLine.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "resources/decoding/LiveRun.h"
 #include "resources/kinds/ResourceKind.h"
 #include "resources/live/LiveBatch.h"
-#include "resources/live/LiveRun.h"
 
 #include <QHash>
 #include <QSet>

@@ -2,11 +2,11 @@
 #include "resources/live/LiveRequests.h"
 
 #include "core/KubeCtl.h"
-#include "resources/live/ListDecoder.h"
-#include "resources/live/ObjectLines.h"
+#include "resources/decoding/ListDecoder.h"
+#include "resources/decoding/ObjectLines.h"
+#include "resources/decoding/TemplateDecoder.h"
+#include "resources/decoding/WatchDecoder.h"
 #include "resources/live/ResourcePaths.h"
-#include "resources/live/TemplateDecoder.h"
-#include "resources/live/WatchDecoder.h"
 
 #include <QUrl>
 

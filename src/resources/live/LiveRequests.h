@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "resources/live/LiveRun.h"
+#include "resources/decoding/LiveRun.h"
 
 #include <QStringList>
 

@@ -3,7 +3,7 @@
 
 #include "platform/text/Timestamp.h"
 #include "platform/threads/MainQueue.h"
-#include "resources/live/RowOfLine.h"
+#include "resources/decoding/RowOfLine.h"
 
 #include <QElapsedTimer>
 #include <QPointer>

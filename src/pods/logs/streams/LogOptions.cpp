@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/streams/LogOptions.h"
 
-#include "core/ChildEnvironment.h"
+#include "core/running/ChildEnvironment.h"
 
-#include "core/ApplicationRecord.h"
+#include "core/running/ApplicationRecord.h"
 
 #include <QFile>
 

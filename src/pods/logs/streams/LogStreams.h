@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Shell.h"
+#include "core/running/Shell.h"
 #include "pods/logs/streams/LogIntake.h"
 #include "pods/logs/streams/LogSource.h"
 #include "pods/logs/streams/LogTimestamps.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "pods/logs/text/LogProjection.h"
+#include "pods/logs/store/LogProjection.h"
+#include "pods/logs/store/SourceRuns.h"
 #include "pods/logs/text/LogScanner.h"
-#include "pods/logs/text/SourceRuns.h"
 
 #include <QObject>
 #include <QSet>

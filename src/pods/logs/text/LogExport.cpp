@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "pods/logs/text/LogExport.h"
 
-#include "core/Console.h"
+#include "core/running/Console.h"
 #include "platform/desktop/Diagnostics.h"
 #include "platform/threads/MainQueue.h"
 #include "pods/logs/text/LogScan.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "pods/logs/text/LogStore.h"
+#include "pods/logs/store/LogStore.h"
 
 #include <QEventLoopLocker>
 #include <QObject>

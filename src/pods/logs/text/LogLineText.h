@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "pods/logs/store/SourceRuns.h"
 #include "pods/logs/text/LogLook.h"
-#include "pods/logs/text/SourceRuns.h"
 
 #include <QString>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/text/RegularExpression.h"
-#include "pods/logs/text/LogStore.h"
+#include "pods/logs/store/LogStore.h"
 
 namespace tidewright {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/threads/DispatchQueue.h"
-#include "pods/logs/text/LineSplitter.h"
+#include "pods/logs/store/LineSplitter.h"
 #include "pods/logs/text/LogFilter.h"
 
 #include <atomic>
