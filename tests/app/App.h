@@ -3,6 +3,7 @@
 
 #include "Desktop.h"
 #include "FakeCluster.h"
+#include "app/content/KindTabs.h"
 
 struct ClusterForApp
 {
@@ -28,9 +29,11 @@ struct App : ClusterForApp, Desktop
     {
         openWindow();
         QVERIFY(QTest::qWaitForWindowActive(frame));
-        for (const tidewright::SharedContentViewController *each : content().tables()) {
-            QTRY_VERIFY(
-                !content().isLoadedUnseen(*each) || (each->rowsAsOf().isValid() && !each->isLoading()));
+        for (const tidewright::KindTab &tab : tidewright::kindTabs()) {
+            if (tab.isLoadedUnseen) {
+                const tidewright::SharedContentViewController *each = content().tableNamed(tab.key());
+                QTRY_VERIFY(each->rowsAsOf().isValid() && !each->isLoading());
+            }
         }
     }
 };

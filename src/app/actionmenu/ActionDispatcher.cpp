@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/actionmenu/ActionDispatcher.h"
 
+#include "app/content/KindTabs.h"
 #include "app/content/PrimaryContentController.h"
 #include "platform/text/Glob.h"
 #include "pods/table/PodController.h"
@@ -120,7 +121,7 @@ std::vector<ActionEnvironment> containerTargets(const std::vector<ContainerPair>
 
 } // namespace
 
-ActionDispatcher::ActionDispatcher(const PrimaryContentController &content, WindowState &window)
+ActionDispatcher::ActionDispatcher(PrimaryContentController &content, WindowState &window)
     : m_content(content)
     , m_window(window)
 {
@@ -208,27 +209,29 @@ QString ActionDispatcher::obstacle(const CustomActionItem &item) const
 QString ActionDispatcher::targetObstacle(const CustomActionItem &item) const
 {
     const QString &scope = item.config().scope;
-    SharedContentViewController *table = m_content.tableControllerForScope(scope);
-    if (!table) {
+    const KindTab *tab = kindTab(PrimaryContentController::scopeMap().value(scope));
+    if (!tab) {
         return QObject::tr("This action is for a \"%1\", and there are none here.").arg(scope);
     }
-    const QString noun = table->kind().humanReadableResourceName;
+    const ResourceKind kind = tab->kind();
+    const QString &noun = kind.humanReadableResourceName;
     if (scope == containerScope) {
-        return qobject_cast<PodController *>(table)->selectedContainerPairs().empty()
+        const auto *pods = qobject_cast<PodController *>(m_content.tableControllerForScope(scope));
+        return pods->selectedContainerPairs().empty()
             ? QObject::tr("Choose a container in the row of a pod first.")
             : QString();
     }
     if (const auto pattern = item.config().use_name_matching_pattern) {
+        SharedContentViewController *table = m_content.tableControllerForScope(scope);
         m_content.needRows(*table);
         if (hasMatch(item, *table)) {
             return {};
         }
         return table->isListing() && !table->rowsAsOf().isValid()
-            ? QObject::tr("Loading %1…").arg(table->kind().tableName.toLower())
+            ? QObject::tr("Loading %1…").arg(kind.tableName.toLower())
             : QObject::tr("No %1 is named like %2.").arg(noun, *pattern);
     }
-    return table->tableView().selectionModel()->hasSelection() ? QString()
-                                                               : QObject::tr("Select a %1 first.").arg(noun);
+    return m_content.hasSelection(scope) ? QString() : QObject::tr("Select a %1 first.").arg(noun);
 }
 
 /// For pods the rows that are shown count, for other kinds all rows.

@@ -17,7 +17,7 @@ class ActionDispatcher
 {
 public:
     /// Both must outlive the dispatcher.
-    ActionDispatcher(const PrimaryContentController &content, WindowState &window);
+    ActionDispatcher(PrimaryContentController &content, WindowState &window);
 
     /// Runs the action for the resource it applies to; when there is none, nothing happens. While contexts or
     /// namespaces are loading, and when a pattern took too long, the console says that it was not run.
@@ -44,7 +44,7 @@ private:
     /// The variables that name the resource, once for each namespace that resources are chosen in.
     std::vector<ActionEnvironment> targets(const CustomActionItem &item) const;
 
-    const PrimaryContentController &m_content;
+    PrimaryContentController &m_content;
     WindowState &m_window;
     QDeadlineTimer m_checks{QDeadlineTimer::Forever};
     /// By pattern and table. More actions than that are found out anew each time.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/content/OtherKinds.h"
 
+#include "app/content/KindTabs.h"
 #include "app/content/OtherKindsDialog.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/content/SidebarController.h"
@@ -69,11 +70,9 @@ void OtherKinds::choose()
 
 void OtherKinds::open(const ServedKind &kind)
 {
-    const auto &map = m_content.sidebarMap();
-    for (auto entry = map.begin(); entry != map.end(); ++entry) {
-        const auto *table = qobject_cast<SharedContentViewController *>(*entry);
-        if (table && means(table->kind().listWord, kind)) {
-            m_sidebar.select(table->kind().tableName);
+    for (const KindTab &tab : kindTabs()) {
+        if (means(tab.kind().listWord, kind)) {
+            m_sidebar.select(QString::fromLatin1(tab.name));
             return;
         }
     }
@@ -115,7 +114,7 @@ void OtherKinds::replaceTable(const ServedKind &kind, const QStringList &titles)
 
 bool OtherKinds::isShown(const QString &resource) const
 {
-    return m_content.sidebarMap().value(resource) == m_content.currentWidget();
+    return isOpen(resource) && m_content.tableNamed(resource) == m_content.currentWidget();
 }
 
 bool OtherKinds::isOpen(const QString &resource) const

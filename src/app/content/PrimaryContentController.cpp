@@ -2,38 +2,14 @@
 #include "app/content/PrimaryContentController.h"
 
 #include "app/content/CreateFromFileDialog.h"
-#include "pods/table/PodController.h"
+#include "app/content/KindTabs.h"
 #include "resources/changes/ApplyFiles.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/CreateFromFiles.h"
-#include "resources/controllers/CronJobController.h"
-#include "resources/controllers/DaemonSetController.h"
-#include "resources/controllers/DeploymentController.h"
-#include "resources/controllers/EventController.h"
-#include "resources/controllers/JobController.h"
-#include "resources/controllers/NodeController.h"
-#include "resources/controllers/SecretController.h"
-#include "resources/controllers/ServiceController.h"
-#include "resources/controllers/StatefulSetController.h"
-#include "resources/controllers/StorageClassController.h"
-#include "resources/kinds/ClusterRole.h"
-#include "resources/kinds/ClusterRoleBinding.h"
-#include "resources/kinds/ConfigMap.h"
-#include "resources/kinds/CustomResourceDefinition.h"
-#include "resources/kinds/Endpoint.h"
-#include "resources/kinds/HorizontalPodAutoscaler.h"
-#include "resources/kinds/Ingress.h"
-#include "resources/kinds/Namespace.h"
-#include "resources/kinds/NetworkPolicy.h"
-#include "resources/kinds/PersistentVolume.h"
-#include "resources/kinds/PersistentVolumeClaim.h"
-#include "resources/kinds/ReplicaSet.h"
-#include "resources/kinds/Role.h"
-#include "resources/kinds/RoleBinding.h"
-#include "resources/kinds/ServiceAccount.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/table/RelatedObjects.h"
 #include "resources/table/ResourceTableView.h"
+#include "resources/table/SharedContentViewController.h"
 
 #include <QTimer>
 
@@ -45,66 +21,13 @@ constexpr auto reloadDelay = std::chrono::seconds(1);
 constexpr int nicenessOfHidden = 10;
 constexpr auto longestHiddenWait = std::chrono::seconds(3);
 
-/// One tab: its sidebar name, the scopes of actions that mean it, and what makes its table.
-struct Tab
-{
-    const char *name;
-    std::initializer_list<const char *> scopes;
-    SharedContentViewController *(*make)(WindowState &);
-    bool isLoadedUnseen = true; ///< with the one that is shown, when it has another context or namespace
-};
-
-/// A table with commands of its own.
-template <typename Controller> SharedContentViewController *table(WindowState &window)
-{
-    return new Controller(window);
-}
-
-template <ResourceKind (*kind)()> SharedContentViewController *tableOf(WindowState &window)
-{
-    return new SharedContentViewController(kind(), window);
-}
-
-constexpr Tab tabs[] = {
-    {"Pods", {"pod", "container"}, table<PodController>},
-    {"Deployments", {"deployment"}, table<DeploymentController>},
-    {"Services", {"service"}, table<ServiceController>},
-    {"Persistent Volumes", {"persistentvolume"}, tableOf<persistentVolumeKind>},
-    {"Cron Jobs", {"cronjob"}, table<CronJobController>},
-    {"Config Maps", {"configmap"}, tableOf<configMapKind>},
-    {"Secrets", {"secret"}, table<SecretController>},
-    {"Events", {"event"}, table<EventController>},
-    {"Endpoints", {"endpoint"}, tableOf<endpointKind>},
-    {"Jobs", {"job"}, table<JobController>},
-    {"Service Accounts", {"serviceaccount"}, tableOf<serviceAccountKind>},
-    {"Cluster Roles", {"clusterrole"}, tableOf<clusterRoleKind>},
-    {"Replica Sets", {"replicaset"}, tableOf<replicaSetKind>},
-    {"Daemon Sets", {"daemonset"}, table<DaemonSetController>},
-    {"Stateful Sets", {"statefulset"}, table<StatefulSetController>, false},
-    {"Persistent Volume Claims", {"persistentvolumeclaim"}, tableOf<persistentVolumeClaimKind>, false},
-    {"Storage Classes", {"storageclass"}, table<StorageClassController>, false},
-    {"Ingresses", {"ingress"}, tableOf<ingressKind>, false},
-    {"Network Policies", {"networkpolicy"}, tableOf<networkPolicyKind>, false},
-    {"Horizontal Pod Autoscalers", {"horizontalpodautoscaler"}, tableOf<horizontalPodAutoscalerKind>, false},
-    {"Nodes", {"node"}, table<NodeController>, false},
-    {"Namespaces", {}, tableOf<namespaceKind>, false},
-    {"Roles", {"role"}, tableOf<roleKind>, false},
-    {"Role Bindings", {"rolebinding"}, tableOf<roleBindingKind>, false},
-    {"Cluster Role Bindings", {"clusterrolebinding"}, tableOf<clusterRoleBindingKind>, false},
-    {"Custom Resource Definitions", {"customresourcedefinition"}, tableOf<customResourceDefinitionKind>,
-        false},
-};
-
 } // namespace
 
 PrimaryContentController::PrimaryContentController(WindowState &window, QWidget *parent)
     : QStackedWidget(parent)
     , m_window(window)
 {
-    for (const Tab &tab : tabs) {
-        const QString name = QString::fromLatin1(tab.name);
-        putTable(name.toLower(), tab.make(window));
-    }
+    tableNamed(kindTabs().front().key());
     m_hiddenTablesWait.setSingleShot(true);
     m_hiddenTablesWait.setInterval(longestHiddenWait);
     connect(&m_hiddenTablesWait, &QTimer::timeout, this, &PrimaryContentController::loadHiddenTables);
@@ -115,16 +38,16 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
 
 void PrimaryContentController::putTable(const QString &name, SharedContentViewController *table)
 {
-    QWidget *old = m_sidebarMap.value(name);
+    SharedContentViewController *old = m_sidebarMap.value(name);
     const bool wasShown = old && old == currentWidget();
-    insertWidget(old ? indexOf(old) : count(), table);
+    insertWidget(old ? indexOf(old) : placeFor(name), table);
     m_sidebarMap.insert(name, table);
     connect(table, &SharedContentViewController::loadFinished, this, [this, table] { tableLoaded(*table); });
     connect(
         table, &SharedContentViewController::otherTableWanted, this, &PrimaryContentController::showTarget);
     Q_EMIT tableAdded(table);
-    if (const auto *oldTable = qobject_cast<SharedContentViewController *>(old)) {
-        table->setFilter(oldTable->filter());
+    if (old) {
+        table->setFilter(old->filter());
     }
     if (wasShown) {
         setCurrentWidget(table);
@@ -133,6 +56,26 @@ void PrimaryContentController::putTable(const QString &name, SharedContentViewCo
         removeWidget(old);
         old->deleteLater();
     }
+}
+
+/// In the stack: tables are in the order of the tabs, others behind.
+int PrimaryContentController::placeFor(const QString &name) const
+{
+    const KindTab *tab = kindTab(name);
+    if (!tab) {
+        return count();
+    }
+    return static_cast<int>(std::count_if(kindTabs().data(), tab,
+        [this](const KindTab &before) { return m_sidebarMap.contains(before.key()); }));
+}
+
+SharedContentViewController *PrimaryContentController::tableNamed(const QString &name)
+{
+    const KindTab *tab = kindTab(name);
+    if (tab && !m_sidebarMap.contains(name)) {
+        putTable(name, tab->make(m_window));
+    }
+    return m_sidebarMap.value(name);
 }
 
 void PrimaryContentController::removeTable(const QString &name)
@@ -148,7 +91,7 @@ void PrimaryContentController::tableLoaded(SharedContentViewController &table)
     if (&table == currentWidget() && m_hiddenTablesWait.isActive()) {
         loadHiddenTables();
     }
-    if (const QString name = m_sidebarMap.key(&table); !name.isEmpty()) {
+    if (const QString name = nameOf(table); !name.isEmpty()) {
         Q_EMIT obstacleFound(name, table.hasFailed() ? kindObstacle(table.problem()) : QString());
     }
 }
@@ -157,9 +100,9 @@ const QHash<QString, QString> &PrimaryContentController::scopeMap()
 {
     static const QHash<QString, QString> map = [] {
         QHash<QString, QString> result;
-        for (const Tab &tab : tabs) {
+        for (const KindTab &tab : kindTabs()) {
             for (const char *scope : tab.scopes) {
-                result.insert(QString::fromLatin1(scope), QString::fromLatin1(tab.name).toLower());
+                result.insert(QString::fromLatin1(scope), tab.key());
             }
         }
         return result;
@@ -167,9 +110,15 @@ const QHash<QString, QString> &PrimaryContentController::scopeMap()
     return map;
 }
 
-SharedContentViewController *PrimaryContentController::tableControllerForScope(const QString &scope) const
+SharedContentViewController *PrimaryContentController::tableControllerForScope(const QString &scope)
 {
-    return qobject_cast<SharedContentViewController *>(m_sidebarMap.value(scopeMap().value(scope)));
+    return tableNamed(scopeMap().value(scope));
+}
+
+bool PrimaryContentController::hasSelection(const QString &scope) const
+{
+    const SharedContentViewController *table = m_sidebarMap.value(scopeMap().value(scope));
+    return table && table->tableView().selectionModel()->hasSelection();
 }
 
 SharedContentViewController *PrimaryContentController::shownTable() const
@@ -199,8 +148,8 @@ void PrimaryContentController::clusterSettingsChanged()
 
 bool PrimaryContentController::isLoadedUnseen(const SharedContentViewController &table) const
 {
-    const auto index = static_cast<std::size_t>(indexOf(&table)); // in the order of the tabs, others behind
-    return index < std::size(tabs) && tabs[index].isLoadedUnseen;
+    const KindTab *tab = kindTab(nameOf(table));
+    return tab && tab->isLoadedUnseen;
 }
 
 /// Thirteen runs at once would take the time of the one that the user waits for.
@@ -209,6 +158,11 @@ void PrimaryContentController::loadHiddenTables()
     m_hiddenTablesWait.stop();
     if (m_window.liveUpdates()) {
         return; // each is loaded when it is shown, which is a matter of a moment
+    }
+    for (const KindTab &tab : kindTabs()) {
+        if (tab.isLoadedUnseen) {
+            tableNamed(tab.key());
+        }
     }
     for (SharedContentViewController *controller : tables()) {
         const bool isWanted = controller == shownTable() || isLoadedUnseen(*controller);
@@ -233,29 +187,34 @@ void PrimaryContentController::clear()
     m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
         controller->clear();
-        Q_EMIT obstacleFound(m_sidebarMap.key(controller), {});
+        Q_EMIT obstacleFound(nameOf(*controller), {});
     }
 }
 
 void PrimaryContentController::selectSidebarItem(const QString &name)
 {
     m_selectedTabName = name.toLower();
-    QWidget *tab = m_sidebarMap.value(m_selectedTabName);
-    if (!tab) {
+    SharedContentViewController *table = tableNamed(m_selectedTabName);
+    if (!table) {
         return;
     }
-    setCurrentWidget(tab);
+    setCurrentWidget(table);
     // Before the window knows its context there is nothing to load from; the tables load once it does.
     if (auto *controller = shownTable(); controller && !m_window.currentContext().isEmpty()) {
         controller->reloadLogging(false);
     }
 }
 
+QString PrimaryContentController::nameOf(const SharedContentViewController &table) const
+{
+    return m_sidebarMap.key(const_cast<SharedContentViewController *>(&table));
+}
+
 /// What selects it in the sidebar: the name of the kind, of other kinds than those of the house their
 /// resource.
 QString PrimaryContentController::sidebarName(const SharedContentViewController &table) const
 {
-    const QString key = m_sidebarMap.key(const_cast<SharedContentViewController *>(&table));
+    const QString key = nameOf(table);
     const QString &name = table.kind().tableName;
     return name.toLower() == key ? name : key;
 }
@@ -281,7 +240,7 @@ void PrimaryContentController::noteVisit()
         return;
     }
     VisitedTable &visit = m_history.current();
-    const auto *table = qobject_cast<SharedContentViewController *>(m_sidebarMap.value(visit.tab.toLower()));
+    const SharedContentViewController *table = m_sidebarMap.value(visit.tab.toLower());
     if (!table) {
         return; // closed since
     }
@@ -297,7 +256,7 @@ void PrimaryContentController::go(int steps)
     }
     noteVisit();
     const VisitedTable visit = m_history.go(steps);
-    auto *table = qobject_cast<SharedContentViewController *>(m_sidebarMap.value(visit.tab.toLower()));
+    SharedContentViewController *table = m_sidebarMap.value(visit.tab.toLower());
     if (!table) {
         return;
     }
@@ -308,6 +267,12 @@ void PrimaryContentController::go(int steps)
 
 void PrimaryContentController::showTarget(const TableTarget &target)
 {
+    for (const KindTab &tab : kindTabs()) {
+        if (targetWord(tab.kind()) == target.kind) {
+            bring(*tableNamed(tab.key()), target.filter, target.object);
+            return;
+        }
+    }
     for (SharedContentViewController *table : tables()) {
         if (targetWord(table->kind()) == target.kind) {
             bring(*table, target.filter, target.object);

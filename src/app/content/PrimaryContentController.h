@@ -14,7 +14,8 @@ class SharedContentViewController;
 struct TableTarget;
 
 /// The tables of one cluster window, one tab for each kind of object, of which one is shown. Those of the
-/// house live as long as the window; others come and go.
+/// house are made when first needed, a window with all of them takes twice the memory, and then live as long
+/// as it; others come and go.
 class PrimaryContentController : public QStackedWidget
 {
     Q_OBJECT
@@ -24,15 +25,19 @@ public:
 
     /// The lower-cased name of the sidebar item last selected, header or kind; empty at first.
     QString selectedTabName() const { return m_selectedTabName; }
-    /// Sidebar names in lower case, each with its tab.
-    const QHash<QString, QWidget *> &sidebarMap() const { return m_sidebarMap; }
+    /// The table under a sidebar name in lower case, made when it is one of the house; null when there is
+    /// none.
+    SharedContentViewController *tableNamed(const QString &name);
     /// Scopes of actions ("pod", "configmap"), each with a sidebar name in lower case.
     static const QHash<QString, QString> &scopeMap();
 
-    /// The table of an action's scope, or null.
-    SharedContentViewController *tableControllerForScope(const QString &scope) const;
+    /// The table of an action's scope, made when needed, or null.
+    SharedContentViewController *tableControllerForScope(const QString &scope);
+    /// Whether rows are selected in it.
+    bool hasSelection(const QString &scope) const;
     /// The table that is shown; null while the shown kind has none.
     SharedContentViewController *shownTable() const;
+    /// Those that were made.
     QList<SharedContentViewController *> tables() const;
     /// Adds a table under a sidebar name in lower case; one that stands there goes, with its filter handed
     /// on.
@@ -82,6 +87,8 @@ Q_SIGNALS:
 private:
     void tableLoaded(SharedContentViewController &table);
     void loadHiddenTables();
+    int placeFor(const QString &name) const;
+    QString nameOf(const SharedContentViewController &table) const;
     QString sidebarName(const SharedContentViewController &table) const;
     void tableSwitched();
     void noteVisit();
@@ -91,7 +98,7 @@ private:
     WindowState &m_window;
     QTimer m_hiddenTablesWait; ///< for the load of the shown one
     QString m_selectedTabName;
-    QHash<QString, QWidget *> m_sidebarMap;
+    QHash<QString, SharedContentViewController *> m_sidebarMap; ///< by sidebar name in lower case
     TableHistory m_history;
     bool m_isTravelling = false; ///< in the history
 };
