@@ -123,10 +123,7 @@ void AppDelegate::newDocument()
 
 void AppDelegate::openWindow(const QString &kubeConfig)
 {
-    auto *frame = new ClusterWindowFrame({m_userFile, m_webPages, m_actions, m_toolBarLayout});
-    if (!kubeConfig.isEmpty()) {
-        frame->currentPage()->setKubeConfigPath(kubeConfig);
-    }
+    auto *frame = new ClusterWindowFrame({m_userFile, m_webPages, m_actions, m_toolBarLayout}, kubeConfig);
     m_frames.removeAll(nullptr);
     m_frames.append(frame);
     m_windowControllers.append(frame->currentPage());

@@ -152,9 +152,10 @@ std::shared_ptr<Shell> KubeCtl::loadContexts(ContextsLoaded completion, Failed f
     return shell;
 }
 
-std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion, Failed failed) const
+std::shared_ptr<Shell> KubeCtl::loadNamespaces(NamespacesLoaded completion, Failed failed, int niceness) const
 {
     auto shell = makeShell();
+    shell->niceness = niceness;
     const QStringList arguments{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("ns"),
         QStringLiteral("-o=jsonpath={.items[*].metadata.name}")};
     shell->runAsync(arguments, true, nullptr,

@@ -80,7 +80,8 @@ public:
 
     /// The namespaces of the current context, empty after a failure, which `failed` is told of just before.
     /// Completes on a shell-queue thread.
-    std::shared_ptr<Shell> loadNamespaces(NamespacesLoaded completion, Failed failed = {}) const;
+    std::shared_ptr<Shell> loadNamespaces(
+        NamespacesLoaded completion, Failed failed = {}, int niceness = 0) const;
 
     /// Makes a context current in a new view, as the kubeconfig has it by now, which takes the old one's
     /// place. Done only when kubectl ended well and the view reads back so. An empty name does nothing at all

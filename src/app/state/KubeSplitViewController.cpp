@@ -31,18 +31,33 @@ KubeSplitViewController::KubeSplitViewController(UserKubeConfig &userFile, QObje
 
 KubeSplitViewController::~KubeSplitViewController() = default;
 
-void KubeSplitViewController::viewWillAppear(const QString &kubeConfigPath)
+void KubeSplitViewController::readAhead(const QString &kubeConfigPath)
 {
     m_kubeCtl.configPath = kubeConfigPath;
+    m_contexts.load();
+}
+
+void KubeSplitViewController::viewWillAppear(const QString &kubeConfigPath)
+{
+    const bool isReadAhead = m_contexts.isLoading() && m_kubeCtl.configPath == kubeConfigPath;
+    m_kubeCtl.configPath = kubeConfigPath;
     m_kubeCtl.adopt({}, QString()); // until a context is known, nothing that is started goes anywhere
-    reloadContexts();
+    if (!isReadAhead) {
+        m_contexts.load();
+    }
+    contextsAreLoading();
 }
 
 void KubeSplitViewController::reloadContexts()
 {
+    m_contexts.load();
+    contextsAreLoading();
+}
+
+void KubeSplitViewController::contextsAreLoading()
+{
     m_hint = tr("Loading contexts…");
     m_waitingSince = QDateTime::currentDateTime();
-    m_contexts.load();
     Q_EMIT contextListChanged();
 }
 
@@ -135,20 +150,24 @@ void KubeSplitViewController::loadNamespaces()
     }
     m_hint = tr("Loading namespaces…");
     m_waitingSince = QDateTime::currentDateTime();
-    m_namespaces.load();
+    m_namespaces.load(mayBegin() ? 10 : 0); // what the user waits for is something else then
     Q_EMIT namespaceListChanged();
 }
 
 /// Live tables need not wait for the list of namespaces: whoever opens a window wants to see pods. A
 /// namespace that is gone by now is left when the list says so.
+bool KubeSplitViewController::mayBegin() const
+{
+    return liveUpdates() && !m_shown.isBeingChosen && m_shown.nameSpace.isEmpty()
+        && !m_namespaces.remembered(m_shown.context).isEmpty();
+}
+
 void KubeSplitViewController::beginWithRemembered()
 {
-    const QString name = m_namespaces.remembered(m_shown.context);
-    if (liveUpdates() && m_namespaces.isLoading() && !m_shown.isBeingChosen && m_shown.nameSpace.isEmpty()
-        && !name.isEmpty()) {
+    if (m_namespaces.isLoading() && mayBegin()) {
         m_waitingSince = QDateTime();
         m_hasBegun = true;
-        takeNamespace(name);
+        takeNamespace(m_namespaces.remembered(m_shown.context));
     }
 }
 

@@ -48,6 +48,8 @@ public:
     /// The names that the cluster returned; "All Namespaces" is not among them.
     const ChoiceList &namespaceList() const { return m_namespaces.list(); }
 
+    /// Begins to read a kubeconfig for a window that is being built: kubectl does it beside that.
+    void readAhead(const QString &kubeConfigPath);
     /// The content is about to appear: takes the window's kubeconfig (empty: kubectl's default) and loads the
     /// contexts.
     void viewWillAppear(const QString &kubeConfigPath);
@@ -79,6 +81,8 @@ private:
     void forgetNamespaces();
     bool mustAskForLogin();
     void loadNamespaces();
+    void contextsAreLoading();
+    bool mayBegin() const;
     void beginWithRemembered();
     void namespacesLoaded(const QString &error);
     void takeNamespace(const QString &name);

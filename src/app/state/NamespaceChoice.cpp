@@ -30,7 +30,7 @@ NamespaceChoice::~NamespaceChoice()
     cancel();
 }
 
-void NamespaceChoice::load()
+void NamespaceChoice::load(int niceness)
 {
     cancel();
     m_list = {.loading = true};
@@ -48,11 +48,13 @@ void NamespaceChoice::load()
                     Q_EMIT choice.loaded(choice.m_error);
                 }
             }),
-        onMain(self, [request = m_request](NamespaceChoice &choice, const QString &error) {
-            if (request == choice.m_request) {
-                choice.m_error = error;
-            }
-        }));
+        onMain(self,
+            [request = m_request](NamespaceChoice &choice, const QString &error) {
+                if (request == choice.m_request) {
+                    choice.m_error = error;
+                }
+            }),
+        niceness);
 }
 
 void NamespaceChoice::stop()

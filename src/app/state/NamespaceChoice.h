@@ -24,7 +24,7 @@ public:
     const ChoiceList &list() const { return m_list; }
     bool isLoading() const { return m_shell != nullptr; }
 
-    void load();
+    void load(int niceness = 0);
     /// Ends a load, which then has found nothing.
     void stop();
     /// Ends a load without an answer. What is listed stays.

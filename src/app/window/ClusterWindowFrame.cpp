@@ -33,14 +33,15 @@ constexpr QSize usualWindow(1400, 860);
 
 } // namespace
 
-ClusterWindowFrame::ClusterWindowFrame(const WindowServices &services)
+ClusterWindowFrame::ClusterWindowFrame(const WindowServices &services, const QString &kubeConfig)
     : m_services(services)
     , m_toolBars(new QStackedWidget)
     , m_tabBar(new QTabBar)
     , m_pages(new QStackedWidget)
-    , m_commands(new WindowCommands(*this, services.pages))
-    , m_actionMenu(new ActionMenu(*this, services.actions, [this] { return currentPage(); }))
 {
+    MainWindowController *page = makePage(kubeConfig); // kubectl reads it while the rest is built
+    m_commands = new WindowCommands(*this, services.pages);
+    m_actionMenu = new ActionMenu(*this, services.actions, [this] { return currentPage(); });
     setAttribute(Qt::WA_DeleteOnClose);
     setMinimumSize(minimumWindow);
     buildLayout();
@@ -52,7 +53,7 @@ ClusterWindowFrame::ClusterWindowFrame(const WindowServices &services)
     connect(&services.toolBar, &ToolBarLayout::changed, this, &ClusterWindowFrame::fillToolBars);
     connect(m_commands, &WindowCommands::toolBarRequested, this, &ClusterWindowFrame::customizeToolBar);
     awakeFromNib();
-    insertPage(0);
+    insertPage(0, page);
 }
 
 void ClusterWindowFrame::buildLayout()
@@ -123,10 +124,17 @@ QList<MainWindowController *> ClusterWindowFrame::pages() const
     return result;
 }
 
-MainWindowController *ClusterWindowFrame::insertPage(int index)
+MainWindowController *ClusterWindowFrame::makePage(const QString &kubeConfig)
 {
-    auto *page = new MainWindowController(m_services.userFile);
+    const QString path = kubeConfig.isEmpty() ? MainWindowController::defaultKubeConfigPath() : kubeConfig;
+    auto *page = new MainWindowController(m_services.userFile, path);
     page->windowDidLoad();
+    page->setKubeConfigPath(path);
+    return page;
+}
+
+void ClusterWindowFrame::insertPage(int index, MainWindowController *page)
+{
     fillToolBar(*page);
     m_services.actions.refresh();
     connect(page, &MainWindowController::titleChanged, this, [this, page] { pageTitleChanged(page); });
@@ -139,15 +147,14 @@ MainWindowController *ClusterWindowFrame::insertPage(int index)
     m_pages->insertWidget(index, page);
     m_toolBars->insertWidget(index, &page->toolBar());
     m_tabBar->insertTab(index, page->tabTitle());
-    return page;
 }
 
 MainWindowController *ClusterWindowFrame::addTab(const QString &path, const QString &title)
 {
     MainWindowController *opener = currentPage();
     const int index = m_tabBar->currentIndex() + 1;
-    MainWindowController *page = insertPage(index);
-    page->setKubeConfigPath(path.isEmpty() ? MainWindowController::defaultKubeConfigPath() : path);
+    MainWindowController *page = makePage(path);
+    insertPage(index, page);
     page->setConfigTitle(path.isEmpty() ? QString() : title);
     writeDiagnostic(QStringLiteral("set config in add new tab"));
     if (opener) {

@@ -23,7 +23,8 @@ class ClusterWindowFrame : public QMainWindow
     Q_OBJECT
 public:
     /// A window with one tab.
-    explicit ClusterWindowFrame(const WindowServices &services);
+    /// On that kubeconfig, or on the usual one.
+    explicit ClusterWindowFrame(const WindowServices &services, const QString &kubeConfig = {});
 
     MainWindowController *currentPage() const;
     QList<MainWindowController *> pages() const;
@@ -62,7 +63,8 @@ protected:
 private:
     void buildLayout();
     void awakeFromNib();
-    MainWindowController *insertPage(int index);
+    MainWindowController *makePage(const QString &kubeConfig);
+    void insertPage(int index, MainWindowController *page);
     void currentTabChanged(int index);
     void tabMoved(int from, int to);
     void pageTitleChanged(MainWindowController *page);
@@ -77,8 +79,8 @@ private:
     QStackedWidget *m_toolBars;
     QTabBar *m_tabBar;
     QStackedWidget *m_pages;
-    WindowCommands *m_commands;
-    ActionMenu *m_actionMenu;
+    WindowCommands *m_commands = nullptr;
+    ActionMenu *m_actionMenu = nullptr;
 };
 
 } // namespace tidewright

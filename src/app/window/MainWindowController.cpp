@@ -25,12 +25,25 @@
 
 namespace tidewright {
 
-MainWindowController::MainWindowController(UserKubeConfig &userFile, QWidget *parent)
+namespace {
+
+KubeSplitViewController *stateThatReads(
+    const QString &kubeConfigPath, UserKubeConfig &userFile, QObject *parent)
+{
+    auto *state = new KubeSplitViewController(userFile, parent);
+    state->readAhead(kubeConfigPath);
+    return state;
+}
+
+} // namespace
+
+MainWindowController::MainWindowController(
+    UserKubeConfig &userFile, const QString &readAhead, QWidget *parent)
     : QWidget(parent)
     , m_title(QStringLiteral("Tidewright"))
     , m_tabTitle(m_title)
+    , m_state(stateThatReads(readAhead, userFile, this))
     , m_console(new ConsoleViewController(this))
-    , m_state(new KubeSplitViewController(userFile, this))
     , m_content(new PrimaryContentController(*m_state))
     , m_sidebar(new SidebarController)
     , m_otherKinds(new OtherKinds(*m_state, *m_content, *m_sidebar, this))

@@ -27,7 +27,8 @@ class MainWindowController : public QWidget, public ActionTarget
     Q_OBJECT
 public:
     /// `userFile` must outlive the window.
-    explicit MainWindowController(UserKubeConfig &userFile, QWidget *parent = nullptr);
+    /// Reads that kubeconfig while it is built; which one it shows is for setKubeConfigPath to say.
+    MainWindowController(UserKubeConfig &userFile, const QString &readAhead, QWidget *parent = nullptr);
     ~MainWindowController() override;
 
     /// To be called once by whoever opens the window: takes the kubeconfig of the settings unless it has one
@@ -90,8 +91,8 @@ private:
     QString m_title;
     QString m_tabTitle;
     bool m_appeared = false;
-    ConsoleViewController *m_console;
     KubeSplitViewController *m_state;
+    ConsoleViewController *m_console;
     PrimaryContentController *m_content;
     SidebarController *m_sidebar;
     OtherKinds *m_otherKinds;
