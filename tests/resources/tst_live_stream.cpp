@@ -183,9 +183,9 @@ private Q_SLOTS:
 
 /// A script is lines of these:
 ///   list VERSION[+] OBJECT…  the child prints a page, of which there is more with "+", and ends well
-///   events WORD…             the child prints +OBJECT, ~OBJECT, -OBJECT, B (a bookmark), E410, E500; each
-///   has
-///                            the version behind "@"
+///   events WORD…             the child prints +OBJECT, ~OBJECT, -OBJECT, B (a bookmark), S (the one that
+///   ends a state),
+///                            E410, E500; each has the version behind "@"
 ///   bytes TEXT, complain TEXT, answered, end, fail
 ///   wait MS, pause, resume
 ///   asks TEXT                a child runs whose arguments contain that; "asks" alone: none runs
@@ -216,11 +216,25 @@ void tst_live_stream::script_data()
         << u"list 5 n/a=1 m/a=2\nanswered\nLive m/a=2 n/a=1\nevents -n/a@6\nwait 33\nLive m/a=2"_s;
     QTest::newRow("a server's usual end") << live + u"events B@9\nwait 60000\nend\nasks resourceVersion=9"_s;
     QTest::newRow("forgotten version") << live
-            + u"events E410\nend\nasks limit=500\nReconnecting a=1 b=2\nlist 9+ c=3\n"
-              "wait 33\nReconnecting a=1 b=2 c=3\nlist 9 a=1\nReconnecting a=1 c=3\n"
-              "asks resourceVersion=9\nanswered\nLive a=1 c=3"_s;
-    QTest::newRow("forgotten before the answer")
-        << live + u"end\nwait 1000\ncomplain Error from server (Expired): too old\nfail\nasks limit=500"_s;
+            + u"events E410\nend\nasks watch=1&allowWatchBookmarks=true&sendInitialEvents=true&"
+              "resourceVersionMatch=NotOlderThan\nanswered\nReconnecting a=1 b=2\nevents +a=1@3 +c=3@2\n"
+              "wait 33\nReconnecting a=1 b=2 c=3\nevents B@8 S@9\nLive a=1 c=3\n"
+              "events -a@10\nwait 33\nLive c=3\nend\nwait 1000\nasks resourceVersion=10"_s;
+    const QString lost = live + u"events E410\nend\nasks sendInitialEvents\n"_s;
+    const QString again = u"asks limit=500\nlist 9+ c=3\nasks limit=32000\nlist 9 a=1\nReconnecting a=1 c=3\n"
+                          "asks resourceVersion=9\nanswered\nLive a=1 c=3\nevents B@10\nevents E410\nend\n"_s;
+    QTest::newRow("no state on a watch") << lost
+            + u"complain Error from server (Invalid): sendInitialEvents: Forbidden\nfail\n"_s + again
+            + u"asks limit=500"_s;
+    QTest::newRow("a state on a watch, cut off")
+        << lost + u"events +a=1@3\nend\n"_s + again + u"asks sendInitialEvents"_s;
+    QTest::newRow("a state on a watch without an end") << lost
+            + u"answered\nevents +a=1@3\nwait 19999\nasks sendInitialEvents\nwait 1\n"_s + again
+            + u"asks limit=500"_s;
+    QTest::newRow("a state on a watch, paused") << lost
+            + u"events +c=3@3\npause\nasks\nresume\nasks sendInitialEvents\nevents +a=3@4 S@9\nLive a=3"_s;
+    QTest::newRow("forgotten before the answer") << live
+            + u"end\nwait 1000\ncomplain Error from server (Expired): too old\nfail\nasks sendInitialEvents"_s;
     QTest::newRow("forgotten page")
         << u"list 5+ a=1\ncomplain Error from server (Expired): token\nfail\nasks limit=500\n"
            "list 6 b=1\nLoading b=1"_s;
@@ -231,11 +245,12 @@ void tst_live_stream::script_data()
             + u"events +c=1@6\nbytes {\"type\":\"DELETED\",\"object\":{\"metadata\":{\"na\nend\n"
               "wait 1000\nasks resourceVersion=6\nanswered\nLive a=1 b=2 c=1"_s;
     QTest::newRow("no JSON") << live
-            + u"bytes <html>\\n\nevents -a@6\nend\nasks limit=500\nlist 7 b=2\nbytes x\\n\nend\nasks\n"
+            + u"bytes <html>\\n\nevents -a@6\nend\nasks sendInitialEvents\nbytes x\\n\nend\nasks "
+              u"limit=500\nlist 7 b=2\nbytes x\\n\nend\nasks\n"
               "Reconnecting b=2\nwait 1000\nasks limit=500\nlist 7 b=2\nbytes x\\n\nend\nwait 2000\n"
               "list 7 b=2\nbytes x\\n\nend\nRefused b=2\nasks"_s;
     QTest::newRow("an error of the server")
-        << live + u"events E500@0\nend\nReconnecting a=1 b=2\nasks limit=500"_s;
+        << live + u"events E500@0\nend\nReconnecting a=1 b=2\nasks sendInitialEvents"_s;
     for (const char *final : {"Error from server (Forbidden): no", "error: unknown flag: --raw",
              "F1123 12:38:33.150919 3404 helpers.go:115] Error from server (MethodNotAllowed): no\ngoroutine "
              "1"}) {
@@ -299,11 +314,14 @@ void tst_live_stream::script()
                 world.print(list(words[0].chopped(hasMore).toInt(), hasMore ? "T+x" : "", objects));
                 world.end(true);
             } else if (verb == u"events") {
-                static const std::map<QChar, const char *> types{
-                    {u'+', "ADDED"}, {u'~', "MODIFIED"}, {u'-', "DELETED"}, {u'B', "BOOKMARK"}};
+                static const std::map<QChar, const char *> types{{u'+', "ADDED"}, {u'~', "MODIFIED"},
+                    {u'-', "DELETED"}, {u'B', "BOOKMARK"}, {u'S', "BOOKMARK"}};
                 for (const QString &word : words) {
-                    const QByteArray thing
-                        = object(word.section(u'@', 0, 0).mid(1), word.section(u'@', 1).toInt());
+                    QByteArray thing = object(word.section(u'@', 0, 0).mid(1), word.section(u'@', 1).toInt());
+                    if (word[0] == u'S') {
+                        thing.replace("{\"namespace",
+                            R"({"annotations":{"k8s.io/initial-events-end":"true"},"namespace)");
+                    }
                     world.print(word[0] == u'E'
                             ? eventOf("ERROR", QByteArray("{\"code\":" + word.mid(1, 3).toLatin1() + '}'))
                             : eventOf(types.at(word[0]), thing));

@@ -108,8 +108,8 @@ private Q_SLOTS:
         QTest::newRow("some labels") << u"fleet"_s << "cut:400"_ba << u"labels"_s;
         QTest::newRow("broken streams")
             << QString(allNamespaces) << "cut:150,end:210,error:330"_ba << QString();
-        QTest::newRow("a server that forgets") << QString(allNamespaces) << "expire:400"_ba << u"forget"_s;
-        QTest::newRow("reloads") << QString(allNamespaces) << "duplicate:3,cut:900"_ba << u"reload"_s;
+        QTest::newRow("a server that forgets") << QString(allNamespaces) << "expire:400,cut-state:200,shuffle"_ba << u"forget"_s;
+        QTest::newRow("reloads") << QString(allNamespaces) << "duplicate:3,cut:900,refuse-initial"_ba << u"reload"_s;
         QTest::newRow("hidden for a while") << QString(allNamespaces) << QByteArray() << u"hide"_s;
         QTest::newRow("switched off and on") << QString(allNamespaces) << QByteArray() << u"switch"_s;
     }

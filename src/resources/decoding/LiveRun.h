@@ -31,9 +31,11 @@ struct LiveRun
     QByteArray resourceVersion; ///< of the latest event, or of the list; empty when nothing came
     QByteArray continueToken; ///< of a list of which there is more
     bool isWholeList = false; ///< the list came to its end
-    qint64 objects = 0; ///< of the list
+    qint64 objects = 0; ///< of the list, or of the state that a watch begins with
     qint64 bytes = 0; ///< of these
     bool isExpired = false; ///< a watch whose version the server does not know any more
+    bool isStateTold = false; ///< a watch has told the whole state
+    bool isUnsorted = false; ///< in another order than that of names
     QString garbled; ///< what was wrong with its bytes: a sentence. Changes may have been lost then
     QByteArray text; ///< what a child printed that tells of no objects
     QString serverError; ///< what the server reported on a watch, other than that

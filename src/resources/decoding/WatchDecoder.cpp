@@ -13,6 +13,7 @@ namespace {
 
 constexpr qsizetype longestLine = qsizetype(256) << 20;
 constexpr std::int64_t gone = 410;
+constexpr qint64 strays = 10;
 
 QByteArray textAt(const simdjson::dom::element &object, std::string_view pointer)
 {
@@ -77,11 +78,26 @@ void WatchDecoder::takeLine(QByteArrayView line, std::vector<LiveChange> &change
     }
     if (type == "ADDED" || type == "MODIFIED") {
         changes.push_back(m_lines->change(object));
+        noteOrder(changes.back().key);
     } else if (type == "DELETED") {
         changes.push_back(ObjectLines::removal(object));
     }
+    m_run.isStateTold = m_run.isStateTold
+        || (type == "BOOKMARK"
+            && textAt(object, "/metadata/annotations/k8s.io~1initial-events-end") == "true");
     if (const QByteArray version = textAt(object, "/metadata/resourceVersion"); !version.isEmpty()) {
         m_run.resourceVersion = version;
+    }
+}
+
+/// Of a state. Some objects may change, or come, while it is told.
+void WatchDecoder::noteOrder(const QByteArray &key)
+{
+    if (!m_run.isStateTold) {
+        ++m_run.objects;
+        m_outOfOrder += key < m_lastKey ? 1 : 0;
+        m_lastKey = key;
+        m_run.isUnsorted = m_outOfOrder > strays + m_run.objects / 20;
     }
 }
 

@@ -46,6 +46,7 @@ struct LiveFeed::Child
     QByteArray complaint;
     bool isInLogText = false; // what a log line says may go on over further lines
     bool isConnected = false;
+    bool hasToldState = false;
     std::vector<LiveChange> changes;
 
     void noteError(QByteArrayView line);
@@ -127,6 +128,9 @@ void LiveFeed::takeOutput(Child &child, const QByteArray &output)
             }
         }
         m_run = child.decoder->run();
+        if (m_run.isStateTold && !std::exchange(child.hasToldState, true)) {
+            m_objects.completeState();
+        }
         ++m_pieces;
         m_isConnected = m_isConnected || !m_run.resourceVersion.isEmpty();
     });
@@ -213,7 +217,8 @@ LiveFeed::News LiveFeed::fetchNews()
     const std::lock_guard lock(m_mutex);
     m_isAnnounced = false;
     const bool hasEvents = !m_run.resourceVersion.isEmpty() && m_run.garbled.isEmpty();
-    return {m_isConnected, hasEvents, m_objects.isComplete(), m_pieces, std::exchange(m_end, std::nullopt)};
+    return {m_isConnected, hasEvents, m_objects.isComplete(), m_run.isUnsorted, m_pieces,
+        std::exchange(m_end, std::nullopt)};
 }
 
 LiveBatch LiveFeed::takeBatch()

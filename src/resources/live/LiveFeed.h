@@ -51,6 +51,7 @@ public:
         bool isConnected = false; ///< the server has answered the child
         bool hasEvents = false; ///< and has sent what could be read
         bool isStateComplete = false;
+        bool isUnsorted = false; ///< LiveRun::isUnsorted
         qint64 pieces = 0; ///< of standard output that came from it
         std::optional<LiveRunEnd> end; ///< told once
     };

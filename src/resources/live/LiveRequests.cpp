@@ -23,6 +23,7 @@ constexpr qint64 firstPage = 500;
 constexpr qint64 pageBytes = qint64(64) << 20;
 constexpr qint64 smallestPage = 100;
 constexpr qint64 largestPage = 32'000;
+const auto tellsOfTheAnswer = QStringLiteral("-v=6");
 
 /// Collects what is not about objects.
 class TextDecoder : public LiveDecoder
@@ -80,12 +81,8 @@ LiveRequest LiveRequests::page(const LiveRun *before) const
 
 LiveRequest LiveRequests::watch(const QByteArray &version) const
 {
-    const QString tellsOfTheAnswer = QStringLiteral("-v=6");
     if (isRaw()) {
-        const QString query
-            = QStringLiteral("?watch=1&allowWatchBookmarks=true&resourceVersion=%1").arg(escaped(version));
-        return get({tellsOfTheAnswer, QStringLiteral("--raw"), path(query)},
-            std::make_shared<WatchDecoder>(m_lines));
+        return rawWatch(QStringLiteral("&resourceVersion=%1").arg(escaped(version)));
     }
     QStringList arguments{tellsOfTheAnswer, m_kind->listWord};
     if (m_kind->namespaced) {
@@ -94,6 +91,19 @@ LiveRequest LiveRequests::watch(const QByteArray &version) const
     arguments += labelSelectorArguments(m_place.labelSelector);
     arguments += watchOutputArguments(*m_kind).value_or(QStringList());
     return get(arguments, std::make_shared<TemplateDecoder>());
+}
+
+LiveRequest LiveRequests::stateAndWatch() const
+{
+    return rawWatch(QStringLiteral("&sendInitialEvents=true&resourceVersionMatch=NotOlderThan"));
+}
+
+LiveRequest LiveRequests::rawWatch(const QString &parameters) const
+{
+    const QString place = path(QStringLiteral("?watch=1&allowWatchBookmarks=true") + parameters);
+    return place.isEmpty()
+        ? LiveRequest()
+        : get({tellsOfTheAnswer, QStringLiteral("--raw"), place}, std::make_shared<WatchDecoder>(m_lines));
 }
 
 LiveRequest LiveRequests::discovery() const

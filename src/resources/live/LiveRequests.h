@@ -48,11 +48,15 @@ public:
     LiveRequest page(const LiveRun *before) const;
     /// What comes after that version; of a kind that is not raw, from the state on.
     LiveRequest watch(const QByteArray &version) const;
+    /// The state, and then what comes after it, of a kind that is raw; without arguments when its place is
+    /// not known. Servers before 1.27, and some after it, refuse.
+    LiveRequest stateAndWatch() const;
     /// What `ResourcePaths::learn` takes, as the run's text.
     LiveRequest discovery() const;
 
 private:
     LiveRequest get(const QStringList &arguments, std::shared_ptr<LiveDecoder> decoder) const;
+    LiveRequest rawWatch(const QString &parameters) const;
     QString path(const QString &query) const;
     QStringList context() const;
 

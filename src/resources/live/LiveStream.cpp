@@ -16,6 +16,8 @@ using State = LiveStatus::State;
 
 /// Of changes that keep coming. One after a quiet moment is shown at once. Painting costs most of it all.
 constexpr auto pace = 33ms;
+/// Of a state on a watch, which a server tells without a pause.
+constexpr auto stateSilenceLimit = 10s;
 
 } // namespace
 
@@ -94,7 +96,13 @@ void LiveStream::beginState()
     m_isStateComplete = false;
     m_page.reset();
     m_feed->beginState();
-    requestPage();
+    const LiveRequest request
+        = m_requests.paths().mayWatchState() ? m_requests.stateAndWatch() : LiveRequest();
+    if (request.arguments.isEmpty()) {
+        requestPage();
+    } else {
+        run(Task::StateWatch, request);
+    }
 }
 
 void LiveStream::requestPage()
@@ -169,7 +177,11 @@ void LiveStream::newsArrived()
     } else {
         deliver();
     }
+    if (self && m_task == Task::StateWatch && news.isStateComplete) {
+        stateWatched(news.isUnsorted);
+    }
     if (self && news.isConnected && m_task == Task::Watch) {
+        m_requests.paths().watchAnswered();
         m_isStateComplete = news.isStateComplete;
         m_hasRows = true;
         m_isAnswered = true;
@@ -224,6 +236,9 @@ void LiveStream::runEnded(const LiveRunEnd &end)
     case Task::Page:
         pageEnded(end);
         break;
+    case Task::StateWatch:
+        stateWatchEnded(end);
+        break;
     case Task::Watch:
         watchEnded(end);
         break;
@@ -268,6 +283,27 @@ void LiveStream::pageEnded(const LiveRunEnd &end)
             watch();
         }
     }
+}
+
+/// From here on it is a watch like any other.
+void LiveStream::stateWatched(bool isUnsorted)
+{
+    if (isUnsorted) {
+        m_requests.paths().stateWatchFailed(true);
+    }
+    m_patience.succeeded();
+    m_task = Task::Watch;
+    guardAgainstSilence(m_pieces);
+    deliver();
+}
+
+/// Whatever it was: pages have words for it.
+void LiveStream::stateWatchEnded(const LiveRunEnd &end)
+{
+    const QString &said = end.complaint.text;
+    m_requests.paths().stateWatchFailed(said.contains(QLatin1String("sendInitialEvents"))
+        || said.contains(QLatin1String("resourceVersionMatch")));
+    beginState();
 }
 
 void LiveStream::watchEnded(const LiveRunEnd &end)
@@ -339,7 +375,11 @@ void LiveStream::refuse(const QString &reason)
 
 void LiveStream::guardAgainstSilence(qint64 piecesBefore)
 {
-    after(m_patience.silenceLimit(), [this, piecesBefore] {
+    const bool isState = m_task == Task::StateWatch;
+    after(isState ? stateSilenceLimit : m_patience.silenceLimit(), [this, piecesBefore, isState] {
+        if (isState && m_task != Task::StateWatch) {
+            return; // told, and guarded anew
+        }
         if (m_pieces == piecesBefore) {
             wasSilent();
         } else {
@@ -351,8 +391,14 @@ void LiveStream::guardAgainstSilence(qint64 piecesBefore)
 void LiveStream::wasSilent()
 {
     const bool wasWatching = m_task == Task::Watch;
+    const bool wasToTellState = m_task == Task::StateWatch;
     const bool wasAnswered = m_isAnswered;
     const LiveRun run = stopChild();
+    m_requests.paths().stateWatchFailed(wasToTellState); // something may hold back what it tells
+    if (wasToTellState) {
+        beginState();
+        return;
+    }
     if (wasWatching && !run.resourceVersion.isEmpty()) {
         m_version = run.resourceVersion;
     }

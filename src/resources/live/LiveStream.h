@@ -58,7 +58,7 @@ Q_SIGNALS:
     void statusChanged();
 
 private:
-    enum class Task { None, Discovery, Page, Watch };
+    enum class Task { None, Discovery, Page, StateWatch, Watch };
 
     void begin();
     void beginState();
@@ -73,6 +73,8 @@ private:
     void deliver();
     void runEnded(const LiveRunEnd &end);
     void pageEnded(const LiveRunEnd &end);
+    void stateWatched(bool isUnsorted);
+    void stateWatchEnded(const LiveRunEnd &end);
     void watchEnded(const LiveRunEnd &end);
     void discoveryEnded(const LiveRunEnd &end);
     void lostState(const QString &reason);

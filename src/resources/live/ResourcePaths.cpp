@@ -102,6 +102,12 @@ QStringList ResourcePaths::discoveryArguments()
     return {QStringLiteral("api-resources"), QStringLiteral("-owide"), QStringLiteral("--no-headers")};
 }
 
+void ResourcePaths::stateWatchFailed(bool forGood)
+{
+    m_hasAnsweredWatch = false;
+    m_cannotWatchState |= forGood;
+}
+
 void ResourcePaths::learn(const QByteArray &apiResources)
 {
     QHash<QString, ResourcePath> learned;

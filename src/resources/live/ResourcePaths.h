@@ -48,7 +48,16 @@ public:
     /// Nothing when nobody knows of it.
     std::optional<ResourcePath> find(const QString &word) const;
 
+    /// Whether a watch may be asked for the state too, which saves two runs of kubectl: an answer to a watch
+    /// has come through from this server, and it has not failed to tell a state so.
+    bool mayWatchState() const { return m_hasAnsweredWatch && !m_cannotWatchState; }
+    void watchAnswered() { m_hasAnsweredWatch = true; }
+    /// `forGood`: the server does not know of it, or tells objects in no order. Else until the next answer.
+    void stateWatchFailed(bool forGood);
+
 private:
+    bool m_hasAnsweredWatch = false;
+    bool m_cannotWatchState = false;
     QHash<QString, ResourcePath> m_learned; // by plural, short name and singular
     bool m_hasLearned = false;
 };
