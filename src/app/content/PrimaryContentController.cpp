@@ -6,6 +6,7 @@
 #include "resources/changes/ApplyFiles.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/CreateFromFiles.h"
+#include "resources/changes/UserRights.h"
 #include "resources/controllers/CronJobController.h"
 #include "resources/controllers/DaemonSetController.h"
 #include "resources/controllers/DeploymentController.h"
@@ -108,6 +109,11 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
     m_hiddenTablesWait.setSingleShot(true);
     m_hiddenTablesWait.setInterval(longestHiddenWait);
     connect(&m_hiddenTablesWait, &QTimer::timeout, this, &PrimaryContentController::loadHiddenTables);
+    connect(&window, &WindowState::accessChanged, this, [this] {
+        for (SharedContentViewController *table : tables()) {
+            tellObstacle(*table);
+        }
+    });
     tableSwitched();
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::tableSwitched);
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
@@ -148,9 +154,20 @@ void PrimaryContentController::tableLoaded(SharedContentViewController &table)
     if (&table == currentWidget() && m_hiddenTablesWait.isActive()) {
         loadHiddenTables();
     }
-    if (const QString name = m_sidebarMap.key(&table); !name.isEmpty()) {
-        Q_EMIT obstacleFound(name, table.hasFailed() ? kindObstacle(table.problem()) : QString());
+    tellObstacle(table);
+}
+
+/// What a load has met is truer than any rule.
+void PrimaryContentController::tellObstacle(SharedContentViewController &table)
+{
+    const QString name = m_sidebarMap.key(&table);
+    if (name.isEmpty()) {
+        return;
     }
+    const QString obstacle = table.hasFailed() ? kindObstacle(table.problem())
+        : table.rowsAsOf().isValid()           ? QString()
+                                               : rightsObstacle(m_window, table.kind(), Deed::List);
+    Q_EMIT obstacleFound(name, obstacle);
 }
 
 const QHash<QString, QString> &PrimaryContentController::scopeMap()
@@ -233,7 +250,7 @@ void PrimaryContentController::clear()
     m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
         controller->clear();
-        Q_EMIT obstacleFound(m_sidebarMap.key(controller), {});
+        tellObstacle(*controller);
     }
 }
 
