@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/Options.h"
 
+#include "api/AccessPolicy.h"
 #include "api/StreamFaults.h"
 #include "store/ApiError.h"
 
@@ -67,21 +68,22 @@ std::string storeValue(const std::string &name, const std::string &value, Option
         options.kubeconfigPath = value;
         return {};
     }
-    if (name == "--disturb") {
-        options.disturb = value;
-        try {
-            const FaultPlan plan(value);
-        } catch (const ApiError &error) {
-            return name + ": " + error.what();
-        }
-        return {};
+    if (name != "--disturb" && name != "--may-not") {
+        return storeNumber(name, value, options);
     }
-    return storeNumber(name, value, options);
+    (name == "--disturb" ? options.disturb : options.mayNot) = value;
+    try {
+        name == "--disturb" ? void(FaultPlan(value)) : void(AccessPolicy(value));
+    } catch (const ApiError &error) {
+        return name + ": " + error.what();
+    }
+    return {};
 }
 
 bool takesValue(const std::string &name)
 {
-    return name == "--kubeconfig" || name == "--disturb" || valueOptions().contains(name);
+    return name == "--kubeconfig" || name == "--disturb" || name == "--may-not"
+        || valueOptions().contains(name);
 }
 
 } // namespace
@@ -132,6 +134,9 @@ std::string usage()
            "  --hang              accept requests and never answer\n"
            "  --tls               serve HTTPS with a certificate made at start\n"
            "  --wrong-ca          as --tls, but the kubeconfig names another authority\n"
+           "  --may-not \"VERB RESOURCE, ...\"\n"
+           "                      what the user is refused, such as \"delete pods, create pods/exec\"; * is "
+           "any\n"
            "  --exit-with-parent  end when the parent process ends\n"
            "  --help              show this text\n"
            "  --disturb KIND[:N][,KIND[:N]...]\n"

@@ -18,6 +18,7 @@ struct Options
     int changesPerSecond = 0; ///< to pods of "fleet"
     int history = 10000; ///< changes of each kind that watches and pages can go back
     int bookmarkMs = 60000;
+    std::string mayNot; ///< see AccessPolicy.h
     std::string disturb; ///< faults of watches, see StreamFaults.h
     double logRate = 0; ///< lines per second over all open streams; 0: a few per second and stream
     bool hang = false;

@@ -34,6 +34,7 @@ bool asksForUpgrade(const httplib::Request &request)
 ApiServer::ApiServer(const Options &options, std::vector<Cluster *> clusters, const TlsIdentity *identity)
     : m_clusters(std::move(clusters))
     , m_disturbance(options)
+    , m_access(options.mayNot)
     , m_bookmarkInterval(options.bookmarkMs)
     , m_server(newServer(identity))
 {
@@ -117,6 +118,10 @@ void ApiServer::serveCluster(Cluster &cluster, std::vector<std::string> path, co
         serveResource({cluster, request, response, *resource});
         return;
     }
+    if (request.method == "POST" && isRulesReview(path)) {
+        answer(response, toText(m_access.review(cluster.store)), 201);
+        return;
+    }
     if (request.method != "GET" && request.method != "HEAD") {
         throw ApiError(path.size() > 2 ? 404 : 405, path.size() > 2 ? "NotFound" : "MethodNotAllowed",
             "the demo cluster does not serve " + request.method + ' ' + request.path);
@@ -158,8 +163,8 @@ void ApiServer::serveResource(const ApiCall &call)
 {
     const std::string &method = call.request.method;
     const std::string &subresource = call.path.subresource;
-    if (asksForUpgrade(call.request) || subresource == "exec" || subresource == "attach"
-        || subresource == "portforward") {
+    m_access.check(call);
+    if (asksForUpgrade(call.request) || isConnection(subresource)) {
         throw ApiError::notServed("connections into containers (exec, cp, attach, port-forward)");
     }
     if (!subresource.empty() && !call.type().hasSubresource(subresource)) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "api/AccessPolicy.h"
 #include "api/ApiCall.h"
 #include "api/Cluster.h"
 #include "api/Disturbance.h"
@@ -44,6 +45,7 @@ private:
 
     std::vector<Cluster *> m_clusters;
     Disturbance m_disturbance;
+    const AccessPolicy m_access;
     const std::chrono::milliseconds m_bookmarkInterval;
     LogPace m_logPace;
     std::unique_ptr<httplib::Server> m_server;

@@ -74,13 +74,14 @@ ApiError ApiError::invalid(const ResourceType &type, const std::string &name, co
         details};
 }
 
-ApiError ApiError::forbidden(const ResourceType &type, const std::string &verb, const std::string &ns)
+ApiError ApiError::forbidden(const ResourceType &type, const std::string &verb, const std::string &ns,
+    const std::string &name, const std::string &part)
 {
     return {403, "Forbidden",
-        qualified(type) + " is forbidden: User \"demo\" cannot " + verb + " resource \"" + type.plural
-            + "\" in API group \"" + type.group + '"'
+        qualified(type) + (name.empty() ? "" : " \"" + name + '"') + " is forbidden: User \"demo\" cannot "
+            + verb + " resource \"" + type.plural + part + "\" in API group \"" + type.group + '"'
             + (ns.empty() ? " at the cluster scope" : " in the namespace \"" + ns + '"'),
-        detailsOf(type, {})};
+        detailsOf(type, name)};
 }
 
 ApiError ApiError::invalidOption(const std::string &name, const std::string &message)

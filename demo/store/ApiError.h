@@ -21,7 +21,9 @@ public:
     static ApiError alreadyExists(const ResourceType &type, const std::string &name);
     static ApiError conflict(const ResourceType &type, const std::string &name);
     static ApiError invalid(const ResourceType &type, const std::string &name, const std::string &message);
-    static ApiError forbidden(const ResourceType &type, const std::string &verb, const std::string &ns);
+    /// `part` is empty, or a subresource behind a slash.
+    static ApiError forbidden(const ResourceType &type, const std::string &verb, const std::string &ns,
+        const std::string &name = {}, const std::string &part = {});
     /// Of a parameter of a list or watch.
     static ApiError invalidOption(const std::string &name, const std::string &message);
     static ApiError tooLargeVersion(std::uint64_t asked, std::uint64_t current);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/Access.h"
 #include "core/KubeCtl.h"
 
 #include <QDateTime>
@@ -64,6 +65,10 @@ public:
     /// Ends that waiting.
     virtual void stopWaiting() { }
 
+    /// Whether the user may do that in the namespace that the window shows. False only when the cluster has
+    /// surely said so: who does not know answers true.
+    virtual bool mayDo(const Access & /*access*/) const { return true; }
+
     /// Opens an object in the user's editor. The arguments are those of kubectl; it is run once the window is
     /// settled. `finished` is called once, whatever the outcome, unless the window goes first.
     virtual void startExternalEdit(const QStringList & /*arguments*/, std::function<void()> /*finished*/) { }
@@ -77,6 +82,8 @@ public:
 Q_SIGNALS:
     void loadingHintChanged();
     void liveUpdatesChanged();
+    /// `mayDo` may answer otherwise now.
+    void accessChanged();
 };
 
 } // namespace tidewright

@@ -55,6 +55,8 @@ public:
     QStringList ended() const { return lines(QStringLiteral("ended")); }
     /// The complete argument lists of those that read tables.
     QStringList tableReads() const { return lines(QStringLiteral("reads")); }
+    /// The same of those that ask what the user may do. They are "rights" and stand in no other list.
+    QStringList reviews() const { return lines(QStringLiteral("reviews")); }
     /// The CPU priority value of the latest run of that name, -1 when there was none.
     int niceness(const QString &run) const;
     void forgetCalls();

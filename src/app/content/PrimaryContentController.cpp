@@ -6,6 +6,7 @@
 #include "resources/changes/ApplyFiles.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/changes/CreateFromFiles.h"
+#include "resources/changes/UserRights.h"
 #include "resources/listing/LoadProblem.h"
 #include "resources/table/RelatedObjects.h"
 #include "resources/table/ResourceTableView.h"
@@ -31,6 +32,7 @@ PrimaryContentController::PrimaryContentController(WindowState &window, QWidget 
     m_hiddenTablesWait.setSingleShot(true);
     m_hiddenTablesWait.setInterval(longestHiddenWait);
     connect(&m_hiddenTablesWait, &QTimer::timeout, this, &PrimaryContentController::loadHiddenTables);
+    connect(&window, &WindowState::accessChanged, this, &PrimaryContentController::tellObstacles);
     tableSwitched();
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::tableSwitched);
     connect(this, &QStackedWidget::currentChanged, this, &PrimaryContentController::shownTableChanged);
@@ -91,9 +93,36 @@ void PrimaryContentController::tableLoaded(SharedContentViewController &table)
     if (&table == currentWidget() && m_hiddenTablesWait.isActive()) {
         loadHiddenTables();
     }
-    if (const QString name = nameOf(table); !name.isEmpty()) {
-        Q_EMIT obstacleFound(name, table.hasFailed() ? kindObstacle(table.problem()) : QString());
+    tellObstacle(nameOf(table));
+}
+
+void PrimaryContentController::tellObstacles()
+{
+    for (const KindTab &tab : kindTabs()) {
+        tellObstacle(tab.key());
     }
+    for (const SharedContentViewController *table : tables()) {
+        if (const QString name = nameOf(*table); !kindTab(name)) {
+            tellObstacle(name);
+        }
+    }
+}
+
+/// What a load has met is truer than any rule.
+void PrimaryContentController::tellObstacle(const QString &name)
+{
+    const SharedContentViewController *table = m_sidebarMap.value(name);
+    const KindTab *tab = kindTab(name);
+    if (!table && !tab) {
+        return;
+    }
+    QString obstacle;
+    if (table && table->hasFailed()) {
+        obstacle = kindObstacle(table->problem());
+    } else if (!table || !table->rowsAsOf().isValid()) {
+        obstacle = rightsObstacle(m_window, table ? table->kind() : tab->kind(), Deed::List);
+    }
+    Q_EMIT obstacleFound(name, obstacle);
 }
 
 const QHash<QString, QString> &PrimaryContentController::scopeMap()
@@ -187,8 +216,8 @@ void PrimaryContentController::clear()
     m_hiddenTablesWait.stop();
     for (SharedContentViewController *controller : tables()) {
         controller->clear();
-        Q_EMIT obstacleFound(nameOf(*controller), {});
     }
+    tellObstacles();
 }
 
 void PrimaryContentController::selectSidebarItem(const QString &name)

@@ -81,11 +81,14 @@ Q_SIGNALS:
     /// The item of that name is to be selected in the sidebar, which brings its table.
     void sidebarItemWanted(const QString &name);
     void tableAdded(SharedContentViewController *table);
-    /// A table was loaded: why its kind is out of reach (kindObstacle), empty when it is not, or not known.
+    /// Why the kind of a table is out of reach, as far as its latest load or the cluster's rules say: empty
+    /// when it is not, or not known.
     void obstacleFound(const QString &sidebarName, const QString &obstacle);
 
 private:
     void tableLoaded(SharedContentViewController &table);
+    void tellObstacles();
+    void tellObstacle(const QString &name);
     void loadHiddenTables();
     int placeFor(const QString &name) const;
     QString nameOf(const SharedContentViewController &table) const;

@@ -23,6 +23,7 @@ KubeSplitViewController::KubeSplitViewController(UserKubeConfig &userFile, QObje
     connect(&m_namespaces, &NamespaceChoice::loaded, this, &This::namespacesLoaded);
     connect(&m_place, &PlaceSetting::contextUsed, this, &This::contextUsed);
     connect(&m_settling, &Settling::displacementChanged, this, &This::displacementChanged);
+    connect(&m_access, &AccessReview::changed, this, &WindowState::accessChanged);
     connect(&m_edits, &ExternalEdits::preferencesRequested, this, &This::preferencesRequested);
     connect(&LiveUpdates::shared(), &LiveUpdates::changed, this, &WindowState::liveUpdatesChanged);
     connect(this, &This::contextListChanged, this, &WindowState::loadingHintChanged);
@@ -87,6 +88,7 @@ void KubeSplitViewController::contextsLoaded(const QString &current, const KubeC
 void KubeSplitViewController::enterContext(const QString &name)
 {
     m_place.cancel();
+    m_access.forget();
     m_shown.context = name;
     m_settling.begin();
 }
@@ -270,6 +272,18 @@ void KubeSplitViewController::contextUsed(bool success)
 bool KubeSplitViewController::liveUpdates() const
 {
     return LiveUpdates::shared().isOn();
+}
+
+void KubeSplitViewController::reviewAccess()
+{
+    if (loadingHint().isEmpty()) {
+        m_access.need(m_shown.context, m_shown.nameSpace);
+    }
+}
+
+bool KubeSplitViewController::mayDo(const Access &access) const
+{
+    return m_shown.isBeingChosen || m_access.mayDo(access, m_shown.nameSpace);
 }
 
 QString KubeSplitViewController::loadingHint() const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/kubeconfig/LoginCommands.h"
+#include "app/state/AccessReview.h"
 #include "app/state/ContextChoice.h"
 #include "app/state/ExternalEdits.h"
 #include "app/state/NamespaceChoice.h"
@@ -33,6 +34,7 @@ public:
     Console *console() override { return m_console; }
     void whenSettled(std::function<void(const QString &obstacle)> completion) override;
     bool liveUpdates() const override;
+    bool mayDo(const Access &access) const override;
     QString loadingHint() const override;
     QDateTime waitingSince() const override { return m_waitingSince; }
     void retryLoading() override;
@@ -55,6 +57,10 @@ public:
     void viewWillAppear(const QString &kubeConfigPath);
     /// The user works in this window from now on.
     void windowDidBecomeMain();
+
+    /// To be called while the shown table has its rows: asks what the user may do where the window is, unless
+    /// that is known.
+    void reviewAccess();
 
     /// What the user chooses; the user's own kubeconfig may follow.
     void chooseContext(const QString &name);
@@ -97,6 +103,7 @@ private:
     ContextChoice m_contexts{m_kubeCtl};
     NamespaceChoice m_namespaces{m_kubeCtl};
     PlaceSetting m_place{m_kubeCtl};
+    AccessReview m_access{m_kubeCtl};
     Settling m_settling{m_kubeCtl, m_shown, m_place};
     ExternalEdits m_edits{*this};
     login_commands::LoginQuestion m_loginQuestion;

@@ -95,6 +95,8 @@ void MainWindowController::connectParts()
     connect(m_content, &PrimaryContentController::obstacleFound, m_sidebar, &SidebarController::setObstacle);
     connect(m_state, &KubeSplitViewController::contextLeft, m_content, &PrimaryContentController::clear);
     connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::commandStateChanged);
+    connect(m_state, &WindowState::accessChanged, this, &MainWindowController::commandStateChanged);
+    connect(this, &MainWindowController::commandStateChanged, this, &MainWindowController::reviewAccess);
     connect(m_state, &WindowState::loadingHintChanged, this, &MainWindowController::titleChanged);
     connect(m_state, &KubeSplitViewController::namespaceChosen, m_console,
         &ConsoleViewController::showDestination);
@@ -180,6 +182,17 @@ void MainWindowController::showContextPolicy()
     m_band->setContext(context);
     m_toolBar->showAccess(context);
     Q_EMIT commandStateChanged();
+}
+
+/// Rights are asked for once the user has what he waits for, and again, when they are old, as he goes on.
+void MainWindowController::reviewAccess()
+{
+    const SharedContentViewController *table = m_content->shownTable();
+    const bool hasAnswer = table && !table->isListing() && table->rowsAsOf().isValid()
+        && (!table->hasFailed() || !kindObstacle(table->problem()).isEmpty());
+    if (hasAnswer) {
+        m_state->reviewAccess();
+    }
 }
 
 void MainWindowController::updateTitles(const QString &nameSpace)

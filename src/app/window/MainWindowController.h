@@ -83,6 +83,7 @@ private:
     void buildLayout();
     void connectParts();
     void connectTable(SharedContentViewController *table);
+    void reviewAccess();
     void updateTitles(const QString &nameSpace);
     void showContextPolicy();
 

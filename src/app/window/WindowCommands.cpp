@@ -51,10 +51,10 @@ void enable(QAction *action, const QString &obstacle, const QString &description
         obstacle.isEmpty() ? QStringLiteral("%1 (%2)").arg(description, key) : obstacle));
 }
 
-/// The obstacle that stands before others: nothing may be changed in the window's context.
-QString orReadOnly(const MainWindowController *page, const QString &obstacle)
+/// What forbids a command stands before what it lacks.
+QString orForbidden(const MainWindowController *page, Deed deed, const QString &obstacle)
 {
-    const QString reason = page ? changeObstacle(page->state()) : QString();
+    const QString reason = page ? deedObstacle(page->state(), deed) : QString();
     return reason.isEmpty() ? obstacle : reason;
 }
 
@@ -410,15 +410,20 @@ void WindowCommands::updateEnabled()
 void WindowCommands::updateChanges(bool hasRows)
 {
     const MainWindowController *page = m_frame.currentPage();
-    enable(m_delete, orReadOnly(page, hasRows ? QString() : tr("Select what to delete first.")),
-        tr("Delete the selected objects"));
-    enable(m_create, orReadOnly(page, {}), tr("Create what YAML files declare"));
+    const SharedContentViewController *table = shownTable();
+    const QString mayNotDelete = table ? table->obstacleTo(Deed::Delete) : QString();
+    const QString nothingChosen = hasRows ? QString() : tr("Select what to delete first.");
     enable(
-        m_apply, orReadOnly(page, {}), tr("Compare what YAML files declare with the cluster, and apply it"));
-    const bool isReadOnly = !orReadOnly(page, {}).isEmpty();
-    m_edit->setText(isReadOnly ? tr("Vi&ew Configuration") : tr("&Edit Configuration"));
+        m_delete, mayNotDelete.isEmpty() ? nothingChosen : mayNotDelete, tr("Delete the selected objects"));
+    enable(m_create, orForbidden(page, Deed::Create, {}), tr("Create what YAML files declare"));
+    enable(m_apply, orForbidden(page, Deed::Apply, {}),
+        tr("Compare what YAML files declare with the cluster, and apply it"));
+    const QString readOnly = page ? changeObstacle(page->state()) : QString();
+    const QString mayNotEdit = table ? table->obstacleTo(Deed::Edit) : QString();
+    m_edit->setText(readOnly.isEmpty() ? tr("&Edit Configuration") : tr("Vi&ew Configuration"));
+    m_edit->setEnabled(hasRows && (mayNotEdit.isEmpty() || !readOnly.isEmpty()));
     m_edit->setToolTip(
-        display_text::toolTip(isReadOnly ? orReadOnly(page, {}) : tr("Edit the first selected object")));
+        display_text::toolTip(mayNotEdit.isEmpty() ? tr("Edit the first selected object") : mayNotEdit));
 }
 
 void WindowCommands::updateWays()
@@ -435,24 +440,23 @@ void WindowCommands::updateWays()
 
 void WindowCommands::updateLogsAndJobs()
 {
+    const MainWindowController *page = m_frame.currentPage();
     const SharedContentViewController *table = shownTable();
-    enable(m_viewLogs, table ? table->viewLogsObstacle() : tr("No table is shown."),
-        tr("Show the logs of what is selected"));
+    const QString noTable = tr("No table is shown.");
+    const QString noPods = tr("Choose Pods in the sidebar first.");
     const auto *pods = qobject_cast<const PodController *>(table);
-    enable(m_copyFile,
-        orReadOnly(
-            m_frame.currentPage(), pods ? pods->copyFileObstacle() : tr("Choose Pods in the sidebar first.")),
+    const auto *cronJobs = qobject_cast<const CronJobController *>(table);
+    enable(m_viewLogs, orForbidden(page, Deed::ReadLogs, table ? table->viewLogsObstacle() : noTable),
+        tr("Show the logs of what is selected"));
+    enable(m_copyFile, orForbidden(page, Deed::CopyFiles, pods ? pods->copyFileObstacle() : noPods),
         tr("Copy files into the chosen container"));
-    enable(m_openShell,
-        orReadOnly(m_frame.currentPage(),
-            pods ? pods->openShellObstacle() : tr("Choose Pods in the sidebar first.")),
+    enable(m_openShell, orForbidden(page, Deed::OpenShell, pods ? pods->openShellObstacle() : noPods),
         tr("Open a shell in a container, in the terminal"));
     enable(m_forwardPort,
-        orReadOnly(m_frame.currentPage(), table ? table->forwardPortObstacle() : tr("No table is shown.")),
+        orForbidden(page, Deed::ForwardPort, table ? table->forwardPortObstacle() : noTable),
         tr("Make a port of the selected object reachable on this machine"));
-    const auto *cronJobs = qobject_cast<const CronJobController *>(table);
     enable(m_runNow,
-        orReadOnly(m_frame.currentPage(),
+        orForbidden(page, Deed::RunJob,
             cronJobs ? cronJobs->runObstacle() : tr("Choose Cron Jobs in the sidebar first.")),
         tr("Make a job from the selected cron job"));
 }

@@ -187,7 +187,7 @@ void PodController::addShellCommands(QMenu &menu, int row)
         QAction *action = target->addAction(
             containers.size() > 1 ? display_text::withoutMnemonics(name) : tr("Open Shell"), this,
             [this, container = ContainerPair{pod, name, nameSpace}] { openShellIn(container); });
-        enableChange(*action, true);
+        enableFor(Deed::OpenShell, *action, true);
     }
 }
 
@@ -247,12 +247,15 @@ void PodController::extendContextMenu(QMenu &menu)
         return;
     }
     QMenu *previous = menu.addMenu(tr("View Previous Logs"));
+    previous->setToolTipsVisible(true);
     QMenu *containers = menu.addMenu(QStringLiteral("Containers"));
     for (ContainerButton *button : view->buttons()) {
         const QString title = display_text::withoutMnemonics(button->container());
-        previous->addAction(title, this, [this, pod = button->pod(), container = button->container()] {
-            viewPreviousLogs({pod.name, container, pod.nameSpace});
-        });
+        QAction *log
+            = previous->addAction(title, this, [this, pod = button->pod(), container = button->container()] {
+                  viewPreviousLogs({pod.name, container, pod.nameSpace});
+              });
+        enableFor(Deed::ReadLogs, *log, true);
         QAction *action = containers->addAction(title);
         action->setCheckable(true);
         action->setChecked(button->isChecked());

@@ -22,9 +22,6 @@ CronJobController::CronJobController(WindowState &window, QWidget *parent)
 
 QString CronJobController::runObstacle() const
 {
-    if (const QString reason = changeObstacle(kubeSplitViewController()); !reason.isEmpty()) {
-        return reason;
-    }
     switch (chosenCount()) {
     case 0:
         return tr("Select a cron job first.");
@@ -63,7 +60,7 @@ void CronJobController::runCronJobNow()
 void CronJobController::extendContextMenu(QMenu &menu)
 {
     QAction *action = menu.addAction(QStringLiteral("Run Now"), this, &CronJobController::runCronJobNow);
-    enableChange(*action, runObstacle().isEmpty());
+    enableFor(Deed::RunJob, *action, runObstacle().isEmpty());
 }
 
 QString manualJobName(const QString &cronJob)

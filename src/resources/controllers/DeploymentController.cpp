@@ -41,6 +41,7 @@ DeploymentController::DeploymentController(WindowState &window, QWidget *parent)
           [](const QWidget &cell) { return static_cast<const ReplicaCell &>(cell).isBeingChanged(); }))
 {
     connect(&ContextPolicies::shared(), &ContextPolicies::changed, this, &DeploymentController::rowsChanged);
+    connect(&window, &WindowState::accessChanged, this, &DeploymentController::rowsChanged);
     connect(tableView().selectionModel(), &QItemSelectionModel::currentRowChanged, this,
         [this](const QModelIndex &current) { leadFocusThrough(cellAt(current)); });
 }
@@ -72,7 +73,8 @@ bool DeploymentController::ensureCell(const QModelIndex &index)
         }
     }
     cell->setDesired(deployment.desired);
-    const QString reason = changeObstacle(kubeSplitViewController());
+    const QString reason
+        = deedObstacle(kubeSplitViewController(), kind(), Deed::Scale, {objectAt(index.row())});
     for (QWidget *part : {static_cast<QWidget *>(cell->slider()), static_cast<QWidget *>(cell->field())}) {
         part->setEnabled(reason.isEmpty());
         part->setToolTip(
@@ -183,12 +185,12 @@ void DeploymentController::extendContextMenu(QMenu &menu)
             cellAt(row)->startTyping();
         }
     });
-    enableChange(*action, row.isValid());
+    enableFor(Deed::Scale, *action, row.isValid());
     WorkloadController::extendContextMenu(menu);
     const bool hasRow = chosenCount() > 0;
-    enableChange(
+    enableFor(Deed::Change,
         *menu.addAction(QStringLiteral("Pause Roll-Out"), this, &DeploymentController::pauseRollOut), hasRow);
-    enableChange(
+    enableFor(Deed::Change,
         *menu.addAction(QStringLiteral("Resume Roll-Out"), this, &DeploymentController::resumeRollOut),
         hasRow);
 }

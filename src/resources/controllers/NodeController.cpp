@@ -140,11 +140,12 @@ void NodeController::extendContextMenu(QMenu &menu)
     for (const ObjectName &object : chosenObjects()) {
         names.append(object.name);
     }
-    enableChange(
-        *menu.addAction(QStringLiteral("Cordon"), this, &NodeController::cordon), areCordoned(names, false));
-    enableChange(*menu.addAction(QStringLiteral("Uncordon"), this, &NodeController::uncordon),
+    enableFor(Deed::Change, *menu.addAction(QStringLiteral("Cordon"), this, &NodeController::cordon),
+        areCordoned(names, false));
+    enableFor(Deed::Change, *menu.addAction(QStringLiteral("Uncordon"), this, &NodeController::uncordon),
         areCordoned(names, true));
-    enableChange(*menu.addAction(QStringLiteral("Drain…"), this, &NodeController::drain), names.size() == 1);
+    enableFor(Deed::Change, *menu.addAction(QStringLiteral("Drain…"), this, &NodeController::drain),
+        names.size() == 1);
 }
 
 } // namespace tidewright

@@ -127,8 +127,9 @@ void SecretController::show(const ChangePlace &place, const ObjectName &secret, 
 
 void SecretController::extendContextMenu(QMenu &menu)
 {
-    menu.addAction(QStringLiteral("Decode Key…"), this, &SecretController::decodeKey)
-        ->setEnabled(chosenCount() == 1);
+    enableFor(Deed::ReadValue,
+        *menu.addAction(QStringLiteral("Decode Key…"), this, &SecretController::decodeKey),
+        chosenCount() == 1);
 }
 
 } // namespace tidewright

@@ -79,8 +79,8 @@ void StatefulSetController::scaleTo(const ChangePlace &place, const ObjectName &
 
 void StatefulSetController::extendContextMenu(QMenu &menu)
 {
-    enableChange(
-        *menu.addAction(QStringLiteral("Scale…"), this, &StatefulSetController::scale), chosenCount() == 1);
+    enableFor(Deed::Scale, *menu.addAction(QStringLiteral("Scale…"), this, &StatefulSetController::scale),
+        chosenCount() == 1);
     WorkloadController::extendContextMenu(menu);
 }
 

@@ -74,7 +74,7 @@ void StorageClassController::setAsDefault()
 void StorageClassController::extendContextMenu(QMenu &menu)
 {
     const auto object = onlyChosen();
-    enableChange(
+    enableFor(Deed::Change,
         *menu.addAction(QStringLiteral("Set as Default…"), this, &StorageClassController::setAsDefault),
         object && defaults() != QStringList(object->name));
 }

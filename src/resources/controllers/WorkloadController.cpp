@@ -54,8 +54,9 @@ void WorkloadController::showHistory()
 void WorkloadController::extendContextMenu(QMenu &menu)
 {
     const int chosen = chosenCount();
-    enableChange(*menu.addAction(QStringLiteral("Restart…"), this, &WorkloadController::restart), chosen > 0);
-    enableChange(
+    enableFor(Deed::Change, *menu.addAction(QStringLiteral("Restart…"), this, &WorkloadController::restart),
+        chosen > 0);
+    enableFor(Deed::Change,
         *menu.addAction(QStringLiteral("Roll Back…"), this, &WorkloadController::undoRollOut), chosen == 1);
     menu.addAction(QStringLiteral("Roll-Out History"), this, &WorkloadController::showHistory)
         ->setEnabled(chosen == 1);

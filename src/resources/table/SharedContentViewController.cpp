@@ -270,10 +270,17 @@ void SharedContentViewController::selectFilter()
     }
 }
 
-void SharedContentViewController::enableChange(QAction &action, bool enabled) const
+QString SharedContentViewController::obstacleTo(Deed deed) const
 {
-    const QString reason = changeObstacle(m_window);
-    action.setEnabled(enabled && reason.isEmpty());
+    constexpr int mostByName = 100; // this is asked with every change of the selection
+    return deedObstacle(
+        m_window, kind(), deed, chosenCount() <= mostByName ? chosenObjects() : ObjectNames());
+}
+
+void SharedContentViewController::enableFor(Deed deed, QAction &action, bool isPossible) const
+{
+    const QString reason = obstacleTo(deed);
+    action.setEnabled(isPossible && reason.isEmpty());
     action.setToolTip(display_text::toolTip(reason));
 }
 
@@ -359,10 +366,13 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
     add(QStringLiteral("Copy Name"), &SharedContentViewController::copyName, hasRow);
     add(QStringLiteral("Quick Look"), &SharedContentViewController::showQuickLookPanel, hasRow);
     if (kind().logTarget) {
-        add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow);
+        enableFor(Deed::ReadLogs,
+            *add(QStringLiteral("View Logs"), &SharedContentViewController::viewLogs, hasRow), hasRow);
     }
     if (kind().pods == ResourceKind::Pods::BySelector) {
-        add(tr("View Logs of All Pods"), &SharedContentViewController::viewLogsOfAllPods, hasRow);
+        enableFor(Deed::ReadLogs,
+            *add(tr("View Logs of All Pods"), &SharedContentViewController::viewLogsOfAllPods, hasRow),
+            hasRow);
     }
     if (kind().pods != ResourceKind::Pods::None) {
         add(QStringLiteral("Show Pods"), &SharedContentViewController::showPods,
@@ -372,14 +382,19 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
         add(QStringLiteral("Show Owner"), &SharedContentViewController::showOwner,
             showOwnerObstacle().isEmpty());
     }
-    add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
+    QAction *edit = add(editTitle(m_window), &SharedContentViewController::editConfiguration, hasRow);
+    if (changeObstacle(m_window).isEmpty()) { // else it only shows the object
+        enableFor(Deed::Edit, *edit, hasRow);
+    }
     if (canForwardTo(kind())) {
-        enableChange(*menu.addAction(tr("Forward Port…"), this, &SharedContentViewController::forwardPort),
+        enableFor(Deed::ForwardPort,
+            *menu.addAction(tr("Forward Port…"), this, &SharedContentViewController::forwardPort),
             forwardPortObstacle().isEmpty());
     }
     extendContextMenu(menu);
     menu.addSeparator();
-    enableChange(*add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow), hasRow);
+    enableFor(Deed::Delete, *add(QStringLiteral("Delete…"), &SharedContentViewController::deleteRows, hasRow),
+        hasRow);
     menu.addSeparator();
     add(QStringLiteral("Reload"), &SharedContentViewController::reloadContent, true);
     menu.exec(position);

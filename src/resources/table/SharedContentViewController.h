@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/WindowState.h"
+#include "resources/changes/UserRights.h"
 #include "resources/kinds/ObjectName.h"
 #include "resources/listing/ArrangingModel.h"
 #include "resources/loading/TableLoader.h"
@@ -104,6 +105,8 @@ public:
     void selectObject(const ObjectName &object) { m_commands->select(object); }
     /// Why no port can be forwarded, in the same way.
     QString forwardPortObstacle() const;
+    /// Why that must not be done to any of the chosen rows (deedObstacle).
+    QString obstacleTo(Deed deed) const;
 
 public Q_SLOTS:
     void reloadContent();
@@ -147,8 +150,9 @@ protected:
     /// Puts a changed copy in the place of the row at an arranged index.
     void replaceRow(const QModelIndex &index, const Row &row);
 
-    /// Enables a command of a menu that changes the cluster where that is allowed, or says why it is not.
-    void enableChange(QAction &action, bool enabled) const;
+    /// Enables a command of a menu where it is possible and nothing forbids what it does (`obstacleTo`), or
+    /// says why it is not.
+    void enableFor(Deed deed, QAction &action, bool isPossible) const;
     /// Whether a command can tell these objects by name and namespace; the window's console says `notDone`
     /// and why when none can.
     bool canName(const ObjectNames &objects, const QString &notDone) const;
