@@ -2,6 +2,7 @@
 #include "movement/Controllers.h"
 
 #include "base/Time.h"
+#include "movement/ReplicaSets.h"
 #include "objects/Events.h"
 #include "objects/Names.h"
 #include "objects/Pods.h"
@@ -15,8 +16,6 @@ namespace tidewright::demo {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr const char *hashLabel = "pod-template-hash";
 
 void setDefault(json &object, const char *field, const json &value)
 {
@@ -47,49 +46,9 @@ bool isLive(const json &pod)
     return phase != "Failed" && phase != "Succeeded" && at(pod, "/metadata/deletionTimestamp").is_null();
 }
 
-json withoutHash(json podTemplate)
-{
-    if (at(podTemplate, "/metadata/labels").is_object()) {
-        podTemplate["metadata"]["labels"].erase(hashLabel);
-    }
-    return podTemplate;
-}
-
-long long revisionNumber(const json &object)
-{
-    return std::strtoll(revisionOf(object).c_str(), nullptr, 10);
-}
-
 long long ordinal(const StoredObject &pod)
 {
     return std::strtoll(pod.name.c_str() + pod.name.rfind('-') + 1, nullptr, 10);
-}
-
-constexpr const char *allClosed = "0 nodes are available: all were unschedulable.";
-
-bool takesPods(const json &node)
-{
-    const json &conditions = at(node, "/status/conditions");
-    return !flagAt(node, "/spec/unschedulable") && at(node, "/spec/taints").empty()
-        && std::none_of(conditions.begin(), conditions.end(), [](const json &condition) {
-               return textAt(condition, "/type") == "Ready" && textAt(condition, "/status") != "True";
-           });
-}
-
-/// A node that takes new pods, the same for the same text; empty when there is none.
-std::string openNode(const ObjectStore &store, const std::string &pod)
-{
-    std::vector<std::string> open;
-    const std::vector<ObjectPtr> nodes = store.all(typeOfKind("Node"));
-    for (const ObjectPtr &node : nodes) {
-        if (takesPods(node->parsed())) {
-            open.push_back(node->name);
-        }
-    }
-    if (nodes.empty()) {
-        open = nodeNames();
-    }
-    return open.empty() ? std::string() : open[stableHash(pod) % open.size()];
 }
 
 size_t wantedPods(const std::string &kind, const json &owner)
@@ -101,27 +60,16 @@ size_t wantedPods(const std::string &kind, const json &owner)
     return size_t(std::max(0LL, numberAt(owner, "/spec/replicas", 1)));
 }
 
-EventText eventOfStep(int step, const json &pod)
-{
-    const std::string image = textAt(pod, "/spec/containers/0/image");
-    if (step == 0) {
-        return {"Normal", "Scheduled",
-            "Successfully assigned " + textAt(pod, "/metadata/namespace") + '/'
-                + textAt(pod, "/metadata/name") + " to " + textAt(pod, "/spec/nodeName"),
-            "default-scheduler"};
-    }
-    if (step == 1) {
-        return {"Normal", "Pulled", "Container image \"" + image + "\" already present on machine"};
-    }
-    return {"Normal", "Started", "Started container " + textAt(pod, "/spec/containers/0/name")};
-}
-
 } // namespace
 
 Controllers::Controllers(ObjectStore &store, Schedule &schedule, RemovePod removePod)
     : m_store(store)
     , m_schedule(schedule)
     , m_removePod(std::move(removePod))
+    , m_podStarts(
+          store, schedule, [this](const std::string &kind, const std::string &ns, const std::string &name) {
+              reconcile(kind, {ns, name});
+          })
 {
 }
 
@@ -154,13 +102,13 @@ void Controllers::changed(const ObjectPtr &object)
     if (kind == "Pod") {
         const json pod = object->parsed();
         if (textAt(pod, "/status/phase") == "Pending" && at(pod, "/status").size() == 1) {
-            startPod(*object);
+            m_podStarts.start(*object);
         }
-        podsChanged(*object);
+        refreshAround(m_store, *object);
     } else if (kind == "Service") {
         refreshEndpoints(m_store, key.ns);
     } else if (kind == "Node") {
-        scheduleWaiting();
+        m_podStarts.startWaiting();
     } else if (kind == "Deployment" || kind == "ReplicaSet" || kind == "StatefulSet" || kind == "DaemonSet"
         || kind == "Job") {
         m_schedule.after(150ms, [this, kind, key] { reconcile(kind, key); });
@@ -172,21 +120,13 @@ void Controllers::removed(const ObjectPtr &object)
     if (object->type->kind != "Pod") {
         return;
     }
-    podsChanged(*object);
+    refreshAround(m_store, *object);
     const json pod = object->parsed();
     const std::string kind = textAt(pod, "/metadata/ownerReferences/0/kind");
     const Key owner{object->ns, textAt(pod, "/metadata/ownerReferences/0/name")};
     if (kind == "ReplicaSet" || kind == "StatefulSet" || kind == "DaemonSet") {
         m_schedule.after(200ms, [this, kind, owner] { reconcile(kind, owner); });
     }
-}
-
-void Controllers::podsChanged(const StoredObject &pod)
-{
-    const json parsed = pod.parsed();
-    refreshOwner(m_store, pod.ns, textAt(parsed, "/metadata/ownerReferences/0/kind"),
-        textAt(parsed, "/metadata/ownerReferences/0/name"));
-    refreshEndpoints(m_store, pod.ns);
 }
 
 void Controllers::reconcile(const std::string &kind, const Key &key)
@@ -207,7 +147,7 @@ void Controllers::reconcileDeployment(const Key &key)
         return;
     }
     const json deployment = object->parsed();
-    const ObjectPtr current = replicaSetFor(*object, deployment);
+    const ObjectPtr current = replicaSetFor(m_store, *object, deployment);
     setReplicas(*current, numberAt(deployment, "/spec/replicas", 1));
     for (const ObjectPtr &set : m_store.ownedBy(typeOfKind("ReplicaSet"), key.ns, object->uid)) {
         // The new pods come up first.
@@ -216,51 +156,6 @@ void Controllers::reconcileDeployment(const Key &key)
         }
     }
     refreshDeployment(m_store, key.ns, key.name);
-}
-
-ObjectPtr Controllers::replicaSetFor(const StoredObject &deployment, const json &parsed)
-{
-    const ResourceType &type = typeOfKind("ReplicaSet");
-    const json wanted = withoutHash(at(parsed, "/spec/template"));
-    ObjectPtr found, current;
-    long long newest = 0;
-    for (const ObjectPtr &set : m_store.ownedBy(type, deployment.ns, deployment.uid)) {
-        const json candidate = set->parsed();
-        if (revisionOf(candidate) == revisionOf(parsed)) {
-            current = set;
-        }
-        newest = std::max(newest, revisionNumber(candidate));
-        if (withoutHash(at(candidate, "/spec/template")) == wanted) {
-            found = set;
-        }
-    }
-    if (current && flagAt(parsed, "/spec/paused")) {
-        return current;
-    }
-    if (found && revisionOf(found->parsed()) == revisionOf(parsed)) {
-        return found;
-    }
-
-    const std::string revision = std::to_string(newest + 1);
-    const auto mark
-        = [&revision](json &object) { object["metadata"]["annotations"][revisionAnnotation] = revision; };
-    m_store.update(*deployment.type, deployment.ns, deployment.name, mark);
-    if (found) {
-        return m_store.update(type, found->ns, found->name, mark);
-    }
-    const std::string hash = nameSuffix(stableHash(toText(wanted)), 9);
-    json set{{"metadata",
-                 {{"name", deployment.name + '-' + hash}, {"namespace", deployment.ns},
-                     {"labels", at(wanted, "/metadata/labels")},
-                     {"ownerReferences", json::array({ownerReference(parsed)})}}},
-        {"spec", {{"replicas", 0}, {"selector", at(parsed, "/spec/selector")}, {"template", wanted}}},
-        {"status", {{"replicas", 0}}}};
-    set["spec"]["template"]["metadata"]["labels"][hashLabel] = hash;
-    set["spec"]["selector"]["matchLabels"][hashLabel] = hash;
-    set["metadata"]["labels"][hashLabel] = hash;
-    mark(set);
-    const ObjectPtr created = m_store.create(type, set);
-    return created ? created : m_store.get(type, deployment.ns, deployment.name + '-' + hash);
 }
 
 void Controllers::setReplicas(const StoredObject &replicaSet, long long replicas)
@@ -364,69 +259,9 @@ bool Controllers::createPod(
     if (created) {
         recordEvent(m_store, owner,
             {"Normal", "SuccessfulCreate", "Created pod: " + created->name, "controller-manager"});
-        startPod(*created);
+        m_podStarts.start(*created);
     }
     return created != nullptr;
-}
-
-void Controllers::startPod(const StoredObject &pod)
-{
-    // A little apart, so that a scaled deployment is seen to grow.
-    const std::chrono::milliseconds extra(stableHash(pod.name) % 900);
-    m_schedule.after(400ms, [this, pod] { advancePod(pod, 0); });
-    m_schedule.after(1000ms, [this, pod] { advancePod(pod, 1); });
-    m_schedule.after(1800ms + extra, [this, pod] { advancePod(pod, 2); });
-    if (textAt(pod.parsed(), "/spec/restartPolicy", "Always") != "Always") {
-        m_schedule.after(6000ms + extra, [this, pod] { advancePod(pod, 3); });
-    }
-}
-
-void Controllers::scheduleWaiting()
-{
-    for (const ObjectPtr &pod : m_store.all(typeOfKind("Pod"))) {
-        if (textAt(pod->parsed(), "/status/conditions/0/message") == allClosed) {
-            startPod(*pod);
-        }
-    }
-}
-
-void Controllers::advancePod(const StoredObject &pod, int step)
-{
-    static constexpr PodState states[]{
-        PodState::Scheduled, PodState::ContainerCreating, PodState::Running, PodState::Succeeded};
-    const ObjectPtr present = m_store.get(*pod.type, pod.ns, pod.name);
-    if (!present || present->uid != pod.uid) {
-        return;
-    }
-    const Seconds since = parseTimestamp(textAt(present->parsed(), "/metadata/creationTimestamp"));
-    const std::string node = openNode(m_store, pod.ns + pod.name);
-    const ObjectPtr advanced = m_store.update(*pod.type, pod.ns, pod.name, [&](json &object) {
-        if (at(object, "/metadata/deletionTimestamp").is_string()) {
-            return;
-        }
-        if (textAt(object, "/spec/nodeName").empty() && node.empty()) {
-            setPodState(object, PodState::Unschedulable, since);
-            object["status"]["conditions"][0]["message"] = allClosed;
-            return;
-        }
-        setDefault(object["spec"], "nodeName", node);
-        setPodState(object, states[step], since);
-    });
-    if (!advanced || advanced == present) {
-        return;
-    }
-    const json parsed = advanced->parsed();
-    if (step < 3) {
-        recordEvent(m_store, *advanced, eventOfStep(step, parsed));
-    }
-    podsChanged(*advanced);
-    const std::string owner = textAt(parsed, "/metadata/ownerReferences/0/kind");
-    if (step == 2 && hasRevisions(owner)) {
-        m_schedule.after(
-            200ms, [this, owner, key = Key{pod.ns, textAt(parsed, "/metadata/ownerReferences/0/name")}] {
-                reconcile(owner, key);
-            });
-    }
 }
 
 void Controllers::startJob(const Key &key)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "movement/Schedule.h"
+#include "movement/PodStarts.h"
 #include "store/ObjectStore.h"
 
 #include <functional>
@@ -9,8 +9,8 @@
 
 namespace tidewright::demo {
 
-/// What the controllers of a cluster do: replica sets for deployments, pods for whatever runs pods, the way
-/// of a pod from Pending to Running or to its end, and the counts that follow. Works through the schedule;
+/// What the controllers of a cluster do: replica sets for deployments, pods for whatever runs pods, and the
+/// counts that follow. Works through the schedule;
 /// owned by Movement.
 class Controllers
 {
@@ -35,24 +35,19 @@ private:
     void reconcileDeployment(const Key &key);
     void reconcilePods(const std::string &kind, const Key &key);
     void startJob(const Key &key);
-    void podsChanged(const StoredObject &pod);
 
     /// Replaces one pod of an older revision, when all others are ready.
     void rollOutOne(const StoredObject &owner, const json &parsed, const std::vector<ObjectPtr> &pods);
-    ObjectPtr replicaSetFor(const StoredObject &deployment, const json &parsed);
     void setReplicas(const StoredObject &replicaSet, long long replicas);
     void createPods(
         const StoredObject &owner, const json &parsed, const std::vector<ObjectPtr> &pods, size_t wanted);
     bool createPod(
         const StoredObject &owner, const json &parsed, const std::string &name, const std::string &node = {});
-    void startPod(const StoredObject &pod);
-    /// Those that found all nodes closed.
-    void scheduleWaiting();
-    void advancePod(const StoredObject &pod, int step);
 
     ObjectStore &m_store;
     Schedule &m_schedule;
     RemovePod m_removePod;
+    PodStarts m_podStarts;
 };
 
 } // namespace tidewright::demo

@@ -18,21 +18,39 @@ namespace {
 
 const auto namespaceVariable = QStringLiteral("NAMESPACE");
 
-/// What runs for what, and where.
-QString described(const QString &title, const ActionEnvironment &environment, const ChangePlace &place)
+/// What an action applies to, such as "Container: app", each by itself.
+QStringList describedTarget(const ActionEnvironment &environment)
 {
-    QStringList lines{QStringLiteral("Action: ") + title};
+    static const QStringList places{
+        QStringLiteral("KUBECONFIG"), QStringLiteral("CONTEXT"), namespaceVariable};
+    QStringList target;
     for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
-        static const QStringList places{
-            QStringLiteral("KUBECONFIG"), QStringLiteral("CONTEXT"), namespaceVariable};
         if (!places.contains(entry.key())) {
             const QString noun = entry.key().left(1) + entry.key().mid(1).toLower();
-            lines.append(noun + QLatin1String(": ") + entry.value());
+            target.append(noun + QLatin1String(": ") + entry.value());
         }
     }
-    const QString nameSpace = environment.value(namespaceVariable, place.nameSpace);
-    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n')
-        + placeText(place.context, nameSpace, place.kubeConfig);
+    return target;
+}
+
+/// What runs for what, and where.
+QString described(
+    const QString &title, const std::vector<ActionEnvironment> &environments, const ChangePlace &place)
+{
+    QStringList lines{QStringLiteral("Action: ") + title};
+    if (environments.size() == 1) {
+        const QString nameSpace = environments.front().value(namespaceVariable, place.nameSpace);
+        lines += describedTarget(environments.front());
+        lines.append(placeText(place.context, nameSpace, place.kubeConfig));
+        return lines.join(QLatin1Char('\n'));
+    }
+    for (const ActionEnvironment &environment : environments) {
+        const QStringList target = describedTarget(environment);
+        lines.append(QStringLiteral("Namespace: %1  ·  %2")
+                         .arg(environment.value(namespaceVariable), target.join(QLatin1String(", "))));
+    }
+    lines.append(placeText(place.context, {}, place.kubeConfig));
+    return lines.join(QLatin1Char('\n'));
 }
 
 void tellMissing(const QStringList &names)
@@ -117,14 +135,28 @@ QString CustomActionItem::readOnlyObstacle(const ContextKey &context) const
 void CustomActionItem::performAction(
     const ActionEnvironment &environment, const std::optional<ChangePlace> &place)
 {
+    performActions({environment}, place);
+}
+
+void CustomActionItem::performActions(
+    const std::vector<ActionEnvironment> &environments, const std::optional<ChangePlace> &place)
+{
+    if (environments.empty()) {
+        return;
+    }
     const ContextKey context
-        = place ? place->key() : ContextKey({}, environment.value(QStringLiteral("CONTEXT")));
+        = place ? place->key() : ContextKey({}, environments.front().value(QStringLiteral("CONTEXT")));
     if (!isActiveIn(context.name) || !readOnlyObstacle(context).isEmpty()) {
         return;
     }
     const QString toBeTyped = m_config.reads_only.value_or(false) ? QString() : toBeTypedIn(context);
+    const auto run = [self = shared_from_this(), environments, place](bool confirmed) {
+        for (std::size_t i = 0; confirmed && i < environments.size(); ++i) {
+            self->runIn(environments[i], place);
+        }
+    };
     if (!m_config.show_warning_text && toBeTyped.isEmpty()) {
-        runIn(environment, place);
+        run(true);
         return;
     }
     const QString question = QStringLiteral("Are you sure you want to run the action \"%1\"?").arg(m_title);
@@ -132,13 +164,9 @@ void CustomActionItem::performAction(
         {.title = QStringLiteral("Confirm Action"),
             .message = m_config.show_warning_text.value_or(question),
             .yes = QStringLiteral("OK"),
-            .accessory = place ? confirmationDetails(described(m_title, environment, *place)) : nullptr,
+            .accessory = place ? confirmationDetails(described(m_title, environments, *place)) : nullptr,
             .toBeTyped = toBeTyped},
-        [self = shared_from_this(), environment, place](bool confirmed) {
-            if (confirmed) {
-                self->runIn(environment, place);
-            }
-        });
+        run);
 }
 
 /// The script acts where the window is, whatever other programs or it itself do to kubeconfigs meanwhile.

@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace tidewright {
 
@@ -52,6 +53,9 @@ public:
     /// and its console says why. Returns at once. Main thread.
     void performAction(
         const ActionEnvironment &environment, const std::optional<ChangePlace> &place = std::nullopt);
+    /// The same for several targets of one place, each with a run of its own: one question names them all.
+    void performActions(
+        const std::vector<ActionEnvironment> &environments, const std::optional<ChangePlace> &place);
     /// Adds KUBECTL and the user's variables that the action needs. Nothing when one is missing; the user is
     /// told then. Any thread.
     std::optional<ActionEnvironment> buildEnvironment(ActionEnvironment environment) const;

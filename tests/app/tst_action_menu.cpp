@@ -6,6 +6,7 @@
 #include "app/toolbar/ToolBarLayout.h"
 #include "pods/table/ContainerButton.h"
 #include "resources/controllers/ReplicaCell.h"
+#include "support/OpenQuestion.h"
 #include "support/Table.h"
 
 #include <QDialogButtonBox>
@@ -20,6 +21,7 @@
 #include <QTabBar>
 
 using namespace tidewright;
+using tidewright::test::OpenQuestion;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -224,7 +226,7 @@ private Q_SLOTS:
             }
         }
         app.add(u"pod"_s, R"({"scope":"pod"})");
-        app.add(u"each"_s, R"({"scope":"pod","once_per_namespace":true})");
+        app.add(u"each"_s, R"({"scope":"pod","once_per_namespace":true,"show_warning_text":"Sure?"})");
         app.add(u"container"_s, R"({"scope":"container"})");
         app.open();
         app.cluster.answer(u"get po everywhere"_s, pods);
@@ -238,6 +240,11 @@ private Q_SLOTS:
         QTRY_VERIFY(app.console().contains(
             u"\"pod\" was not run: what is chosen lies in several namespaces (shop, bank)."_s));
         app.item(u"each"_s)->trigger();
+        const QList<OpenQuestion> questions = OpenQuestion::all(*app.delegate.mainWindow());
+        QCOMPARE(questions.size(), 1); // for both
+        QVERIFY(questions[0].says(
+            u"Action: each\nNamespace: shop  ·  Pod: web\nNamespace: bank  ·  Pod: web\nContext: b"_s));
+        questions[0].press(u"OK"_s);
         const auto runs
             = [&] { return app.entries().filter(QRegularExpression(u"^env .*NAMESPACE=(shop|bank) "_s)); };
         QTRY_COMPARE(runs().size(), 3);

@@ -1,26 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Logs of whole workloads: which pods there are, streams that are taken up again, and what is asked of
 // kubectl.
+#include "LogWindowTest.h"
 #include "core/running/ApplicationRecord.h"
-#include "demo/DemoProcess.h"
 #include "platform/process/ProcessSetup.h"
 #include "platform/threads/MainQueue.h"
-#include "pods/logs/view/CombinedLogsViewController.h"
-#include "pods/logs/view/CombinedLogsWindowController.h"
 #include "pods/logs/view/LogPatternBar.h"
-#include "resources/preview/PreviewFiles.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
-#include <QAbstractButton>
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QInputDialog>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
-#include <QRegularExpression>
 #include <QTableWidget>
 #include <QTest>
 
@@ -65,7 +58,7 @@ constexpr char scriptedKubectl[]
 
 } // namespace
 
-class TestLogFollowing : public QObject
+class TestLogFollowing : public QObject, LogWindowTest
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -74,11 +67,7 @@ private Q_SLOTS:
         mainQueue();
         ignoreHarmlessSignals();
     }
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        setCacheDirectory(m_folder->path());
-    }
+    void init() { prepareFolder(); }
     void cleanup() { delete m_window; }
 
     void theOptionsSayWhereALogBegins_data()
@@ -197,7 +186,7 @@ private Q_SLOTS:
         useScriptedKubectl();
         setPods({podLine("web-1", 0)});
         write(u"current"_s, timed("T1Z one\nT2Z two\n"));
-        auto &content = open({}, u"demo"_s, u"team"_s, {.timestamps = timestamps});
+        auto &content = openWorkload({.timestamps = timestamps});
         const qsizetype lineLength = timestamps ? 25 : 4;
         QTRY_COMPARE(content.document().size(), 2 * lineLength);
 
@@ -210,8 +199,8 @@ private Q_SLOTS:
         QVERIFY(content.sources()[0].note().endsWith(story));
         QCOMPARE(content.logTextView()->marks().front().position, 2 * lineLength);
         const QString since = u" --since-time=2026-03-01T09:30:0%1Z --timestamps --context=demo -nteam"_s;
-        QVERIFY(read(u"record"_s).contains(u"logs -f"_s + since.arg(restarts > 0 ? 3 : 2)));
-        QCOMPARE(read(u"record"_s).contains(u"logs --previous"_s + since.arg(2)), restarts > 0);
+        QVERIFY(record().contains(u"logs -f"_s + since.arg(restarts > 0 ? 3 : 2)));
+        QCOMPARE(record().contains(u"logs --previous"_s + since.arg(2)), restarts > 0);
 
         // Its pod goes, and another one waits.
         setPods({podLine("web-2", -1)});
@@ -220,6 +209,48 @@ private Q_SLOTS:
         QCOMPARE(content.sources()[0].story.last().section(u' ', 1), u"the pod is gone"_s);
         QCOMPARE(content.sources()[1].state(), u"waiting to start"_s);
         QVERIFY(content.sources()[1].note().endsWith(u"joined"_s));
+    }
+
+    void manyPodsAreFollowedOnlyWhenAskedFor_data()
+    {
+        QTest::addColumn<int>("pods"); // at first; one more comes later
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<int>("followed");
+        QTest::newRow("agreed") << 21 << u"Follow 21 Logs"_s << 21;
+        QTest::newRow("cancelled") << 21 << u"Cancel"_s << 0;
+        QTest::newRow("cancelled for one more") << 20 << u"Cancel"_s << 20;
+    }
+    void manyPodsAreFollowedOnlyWhenAskedFor()
+    {
+        QFETCH(int, pods);
+        QFETCH(QString, answer);
+        QFETCH(int, followed);
+        useScriptedKubectl();
+        const auto setCount = [this](int count) {
+            QByteArrayList lines;
+            for (int i = 0; i < count; ++i) {
+                lines.append(podLine("web-" + QByteArray::number(i), 0));
+            }
+            setPods(lines);
+        };
+        setCount(pods);
+        write(u"current"_s, "line\n");
+        auto &content = openWorkload();
+        if (pods == 20) {
+            QTRY_COMPARE(content.document().lines(), pods);
+            setCount(21);
+            write(u"go"_s, ""); // one ends, and is to be taken up again
+        }
+        const auto button = [&] { return buttonWith(answer); };
+        QTRY_VERIFY(button() && button()->isVisible());
+        QCOMPARE(record().count(u"logs -f"_s), pods % 21);
+        button()->click();
+        QTRY_COMPARE(m_window.isNull(), followed == 0);
+        const auto running = [&] {
+            return std::count_if(content.sources().cbegin(), content.sources().cend(),
+                [](const LogSource &source) { return !source.waits && !source.ended; });
+        };
+        QTRY_VERIFY(!m_window || running() == followed);
     }
 
     void aWindowSaysWhyThereAreNoPods_data()
@@ -237,7 +268,7 @@ private Q_SLOTS:
         useScriptedKubectl();
         setPods({});
         write(u"selector"_s, selector);
-        auto &content = open({});
+        auto &content = openWorkload();
         QTRY_COMPARE(content.logTextView()->hint(), hint);
         QVERIFY(content.shells().empty());
     }
@@ -256,7 +287,8 @@ private Q_SLOTS:
         setKubectlPath(kubectl);
         QCOMPARE(
             demo.kubectl({u"scale"_s, u"-nshop"_s, u"deploy/storefront"_s, u"--replicas=4"_s}).exitCode, 0);
-        auto &content = open(demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s);
+        auto &content = open(
+            {}, {{u"deploy/storefront"_s, allContainers}}, {demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s});
         const auto sources = [&] { return qsizetype(content.sources().size()); };
         QTRY_VERIFY(sources() >= 4 && content.document().lines() > 2000);
         const qsizetype before = sources();
@@ -266,14 +298,8 @@ private Q_SLOTS:
         const auto lines = [&](int source) { return textOf(content.document(), source).count('\n'); };
         QTRY_VERIFY(lines(int(before)) > 1000);
 
-        QByteArray answer;
-        QVERIFY(demo.control("{\"logPause\": true}", &answer));
-        const auto sent = [&] {
-            static const QRegularExpression count(u"\"logLines\":(\\d+)"_s);
-            demo.control("{}", &answer);
-            return count.match(QString::fromUtf8(answer)).captured(1).toLongLong();
-        };
-        QTRY_COMPARE(content.document().lines(), sent());
+        QVERIFY(demo.control("{\"logPause\": true}"));
+        QTRY_COMPARE(content.document().lines(), linesSent(demo));
         for (int source = 0; source < sources(); ++source) {
             const QList<int> numbers = numbersIn(textOf(content.document(), source));
             for (qsizetype i = 1; i < numbers.size(); ++i) {
@@ -348,7 +374,7 @@ private Q_SLOTS:
         useScriptedKubectl();
         const QByteArray lines = timed("T1Z one\nT2Z two x\nT3Z three\n");
         write(u"current"_s, lines);
-        auto &content = open({}, u"demo"_s, u"team"_s, {}, {{u"web"_s, u"app"_s}});
+        auto &content = open({{u"web"_s, u"app"_s}});
         LogDocument &document = content.document();
         QTRY_COMPARE(document.lines(), 3);
         action(u"Last 5,000 Lines"_s)->trigger();
@@ -356,14 +382,13 @@ private Q_SLOTS:
         QTRY_COMPARE(textOf(document), lines);
         action(u"Times"_s)->trigger();
         QTRY_COMPARE(textOf(document), lines);
-        QTRY_VERIFY(read(u"record"_s)
-                        .endsWith(u"logs -f --tail=5000 --timestamps --context=demo -nteam web app\n"_s));
+        QTRY_VERIFY(record().endsWith(u"logs -f --tail=5000 --timestamps --context=demo -nteam web app\n"_s));
         action(u"Go to Time…"_s)->trigger();
         auto *dialog = m_window->findChild<QInputDialog *>();
         QVERIFY(dialog && dialog->textValue() == u"09:30:01"_s);
         dialog->setTextValue(u"23:00"_s);
         dialog->accept();
-        QTRY_VERIFY(hasLabel(u"No line is as late as 23:00."_s));
+        QTRY_VERIFY(!labelWith(u"No line is as late as 23:00."_s).isEmpty());
 
         content.logTextView()->showSourceNames(true); // copies nothing of them
         content.logTextView()->selection().doubleClick({content.logTextView()->scroll().origin().x() + 4, 4});
@@ -372,17 +397,17 @@ private Q_SLOTS:
         m_window->filterBar().open(u"two"_s);
         QTRY_COMPARE(document.shownLines(), 1);
         m_window->saveShownTo(path(u"shown.log"_s));
-        QTRY_COMPARE(read(u"shown.log"_s), QString::fromUtf8(timed("T2Z two x\n")));
+        QTRY_COMPARE(read(u"shown.log"_s), timed("T2Z two x\n"));
 
         write(u"go"_s, "");
         QTRY_VERIFY(!content.hasRunningStreams());
-        auto *again = button(u"Follow Again"_s);
+        auto *again = buttonWith(u"Follow Again"_s);
         QTRY_VERIFY(again && again->isVisible());
         again->click();
         QTRY_COMPARE(document.lines(), 6);
         QVERIFY(!again->isVisible());
         static const QRegularExpression since(u"--since-time=[-0-9]+T[:0-9]+Z --timestamps"_s);
-        QVERIFY(read(u"record"_s).section(u'\n', -2, -2).contains(since));
+        QVERIFY(record().section(u'\n', -2, -2).contains(since));
         QCOMPARE(content.logTextView()->marks().size(), std::size_t(1));
     }
 
@@ -397,8 +422,7 @@ private Q_SLOTS:
         QFETCH(int, sources);
         useScriptedKubectl();
         write(u"current"_s, "line\n");
-        auto &content = open({}, u"demo"_s, u"team"_s, {},
-            std::vector<ContainerPair>(std::size_t(sources), {u"web"_s, u"app"_s}));
+        auto &content = open(std::vector<ContainerPair>(std::size_t(sources), {u"web"_s, u"app"_s}));
         QTRY_COMPARE(content.document().lines(), sources);
         LogView *view = content.logTextView();
         QTRY_COMPARE(view->scroll().gutter() > 0, sources > 5);
@@ -411,7 +435,6 @@ private Q_SLOTS:
     }
 
 private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
     /// Appears whole.
     void write(const QString &name, const QByteArray &content) const
     {
@@ -420,11 +443,7 @@ private:
         file.close();
         QCOMPARE(::rename(qPrintable(file.fileName()), qPrintable(path(name))), 0);
     }
-    QString read(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    QString record() const { return QString::fromUtf8(read(u"record"_s)); }
     static QByteArray timed(QByteArray lines) { return lines.replace("T", "2026-03-01T09:30:0"); }
     /// Negative restarts: it waits for its first start.
     static QByteArray podLine(const QByteArray &name, int restarts)
@@ -442,24 +461,9 @@ private:
         setKubectlPath(path(u"kubectl"_s));
     }
 
-    CombinedLogsViewController &open(const QString &kubeConfig, const QString &context = u"demo"_s,
-        const QString &nameSpace = u"team"_s, const LogOptions &options = {},
-        const std::vector<ContainerPair> &containers = {})
+    CombinedLogsViewController &openWorkload(const LogOptions &options = {})
     {
-        m_window = new CombinedLogsWindowController;
-        CombinedLogsViewController &content = m_window->contentController();
-        const bool isReal = !kubeConfig.isEmpty();
-        content.containers = containers;
-        if (containers.empty()) {
-            content.workloads = {{isReal ? u"deploy/storefront"_s : u"deploy/web"_s, allContainers}};
-        }
-        content.kubeConfigPath = kubeConfig;
-        content.context = context;
-        content.nameSpace = nameSpace;
-        content.options = options;
-        m_window->show();
-        m_window->activateWindow();
-        return content;
+        return open({}, {{u"deploy/web"_s, allContainers}}, {{}, u"demo"_s, u"team"_s}, options);
     }
 
     QAction *action(const QString &text) const
@@ -469,22 +473,6 @@ private:
             actions.cbegin(), actions.cend(), [&](const QAction *one) { return one->text() == text; });
         return found == actions.cend() ? nullptr : *found;
     }
-    QAbstractButton *button(const QString &text) const
-    {
-        const auto buttons = m_window->findChildren<QAbstractButton *>();
-        const auto found = std::find_if(
-            buttons.cbegin(), buttons.cend(), [&](const auto *one) { return one->text() == text; });
-        return found == buttons.cend() ? nullptr : *found;
-    }
-    bool hasLabel(const QString &text) const
-    {
-        const auto labels = m_window->findChildren<QLabel *>();
-        return std::any_of(
-            labels.cbegin(), labels.cend(), [&](const QLabel *label) { return label->text() == text; });
-    }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QPointer<CombinedLogsWindowController> m_window;
 };
 
 QTEST_MAIN(TestLogFollowing)

@@ -1,23 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The logs window: its streams over the fake tool, and all of it over the demo cluster through real kubectl.
+#include "LogWindowTest.h"
 #include "core/running/ApplicationRecord.h"
 #include "core/running/Console.h"
-#include "demo/DemoProcess.h"
 #include "platform/process/ProcessSetup.h"
 #include "platform/threads/MainQueue.h"
 #include "pods/logs/text/LogSearch.h"
-#include "pods/logs/view/CombinedLogsViewController.h"
-#include "pods/logs/view/CombinedLogsWindowController.h"
 #include "pods/logs/view/LogPatternBar.h"
-#include "resources/preview/PreviewFiles.h"
 #include "support/Patience.h"
 #include "support/TestSupport.h"
 
-#include <QAbstractButton>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
-#include <QRegularExpression>
 #include <QTableWidget>
 #include <QTest>
 
@@ -40,15 +33,9 @@ std::vector<ContainerPair> pairs(int count)
     return result;
 }
 
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
-class TestLogWindow : public QObject
+class TestLogWindow : public QObject, LogWindowTest
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -59,9 +46,8 @@ private Q_SLOTS:
     }
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
+        prepareFolder();
         setKubectlPath(fakeToolPath());
-        setCacheDirectory(m_folder->path());
         setScript("out hello\\n hang");
         qputenv("FAKE_TOOL_RECORD", QFile::encodeName(path(u"record"_s)));
     }
@@ -75,8 +61,8 @@ private Q_SLOTS:
     void startsEachStreamOnce()
     {
         const QString nameSpace = u"All Namespaces"_s; // whose space divides no argument
-        auto &content = open(
-            {{u"web"_s, u"app"_s}, {u"deploy/db"_s, allContainers}}, u"/etc/kc"_s, u"demo"_s, nameSpace);
+        auto &content = open({{u"web"_s, u"app"_s}, {u"deploy/db"_s, allContainers}}, {},
+            {u"/etc/kc"_s, u"demo"_s, nameSpace});
         QCOMPARE(m_window->windowTitle(), u"%1 Logs | app,--all-containers — demo / %1"_s.arg(nameSpace));
         QTRY_COMPARE(content.document().size(), 12);
         m_window->hide();
@@ -88,7 +74,7 @@ private Q_SLOTS:
             expected.append(QByteArray("\"logs\"\n\"-f\"\n\"--tail=50\"\n\"--context=demo\"\n\"-n")
                 + nameSpace.toUtf8() + "\"\n" + rest + "KUBECONFIG=/etc/kc\n");
         }
-        const QByteArray record = read(path(u"record"_s));
+        const QByteArray record = read(u"record"_s);
         QVERIFY2(
             record == expected[0] + expected[1] || record == expected[1] + expected[0], record.constData());
     }
@@ -145,7 +131,7 @@ private Q_SLOTS:
         QTRY_COMPARE(content.document().size(), 9);
         QCOMPARE(state(), u"running"_s);
         QVERIFY(!button->isVisible());
-        QVERIFY(read(path(u"record"_s)).contains("\"--all-containers\"\n\"--max-log-requests=6\"\n"));
+        QVERIFY(read(u"record"_s).contains("\"--all-containers\"\n\"--max-log-requests=6\"\n"));
     }
 
     void manyStreamsStartOnlyWhenAskedFor_data()
@@ -249,7 +235,7 @@ private Q_SLOTS:
         const QString file = path(u"saved.log"_s);
         QVERIFY(QFile(file).open(QIODevice::WriteOnly));
         m_window->saveTo(file);
-        QTRY_COMPARE(read(file), QByteArray("one\ntwo\nONE \x1b[31mred\x1b[0m\xff\n"));
+        QTRY_COMPARE(read(u"saved.log"_s), QByteArray("one\ntwo\nONE \x1b[31mred\x1b[0m\xff\n"));
         m_window->saveTo(path(u"no/folder.log"_s));
         QTRY_VERIFY(!labelWith(u"could not be saved"_s).isEmpty());
         m_window->filterBar().close();
@@ -334,8 +320,8 @@ private Q_SLOTS:
             {u"--still"_s, u"--log-rate"_s, u"20000"_s}, qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
         QVERIFY(demo.isReady());
         setKubectlPath(qEnvironmentVariable("TIDEWRIGHT_TEST_KUBECTL"));
-        auto &content
-            = open({{u"deploy/storefront"_s, allContainers}}, demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s);
+        auto &content = open(
+            {{u"deploy/storefront"_s, allContainers}}, {}, {demo.kubeconfig(), u"demo-harbor"_s, u"shop"_s});
         QTRY_VERIFY(content.document().size() > 0);
         QTRY_VERIFY(content.sources()[0].choice);
         const QString state = content.colorIndexTableView()->item(0, 2)->text();
@@ -344,64 +330,19 @@ private Q_SLOTS:
             qPrintable(m_window->statusText()));
         const qint64 enough = qint64(seconds > 0 ? seconds : 1) * 20'000;
         QTRY_VERIFY_WITH_TIMEOUT(content.document().lines() > enough, 3 * patience);
-        QByteArray answer;
-        QVERIFY(demo.control("{\"logPause\": true}", &answer));
-        // Paused, the count of the server stands still once the streams have noticed.
-        const auto sent = [&] {
-            static const QRegularExpression count(u"\"logLines\":(\\d+)"_s);
-            demo.control("{}", &answer);
-            return count.match(QString::fromUtf8(answer)).captured(1).toLongLong();
-        };
-        QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), sent(), 3 * patience);
-        const qint64 lines = sent();
+        QVERIFY(demo.control("{\"logPause\": true}"));
+        QTRY_COMPARE_WITH_TIMEOUT(content.document().lines(), linesSent(demo), 3 * patience);
+        const qint64 lines = linesSent(demo);
         content.document().commit();
         QCOMPARE(content.document().bytes().read(0, content.document().size()).count('\n'), lines);
         m_window->saveTo(path(u"saved.log"_s));
         QTRY_VERIFY(!labelWith(u"Saved"_s).isEmpty());
-        QCOMPARE(read(path(u"saved.log"_s)).count('\n'), lines);
+        QCOMPARE(read(u"saved.log"_s).count('\n'), lines);
         qInfo("%lld lines sent, received, kept and saved; %lld bytes", lines, content.document().size());
     }
 
 private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
     static void setScript(QByteArray words) { qputenv("FAKE_TOOL_SCRIPT", words.replace(' ', '\n')); }
-
-    CombinedLogsViewController &open(const std::vector<ContainerPair> &containers,
-        const QString &kubeConfig = {}, const QString &context = u"demo"_s,
-        const QString &nameSpace = u"team"_s)
-    {
-        m_window = new CombinedLogsWindowController;
-        CombinedLogsViewController &content = m_window->contentController();
-        content.containers = containers;
-        content.kubeConfigPath = kubeConfig;
-        content.context = context;
-        content.nameSpace = nameSpace;
-        m_window->show();
-        m_window->activateWindow();
-        return content;
-    }
-    QString labelWith(const QString &text) const
-    {
-        for (const QLabel *label : m_window->findChildren<QLabel *>()) {
-            if (label->text().contains(text)) {
-                return label->text();
-            }
-        }
-        return {};
-    }
-
-    QAbstractButton *buttonWith(const QString &text) const
-    {
-        for (auto *button : m_window->findChildren<QAbstractButton *>()) {
-            if (button->text() == text) {
-                return button;
-            }
-        }
-        return nullptr;
-    }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QPointer<CombinedLogsWindowController> m_window;
 };
 
 QTEST_MAIN(TestLogWindow)

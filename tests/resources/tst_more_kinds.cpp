@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the rows of the further kinds show, and what their commands do to a demo cluster through real clients.
+#include "AllKinds.h"
 #include "core/kubeconfig/ContextPolicy.h"
 #include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
@@ -13,15 +14,6 @@
 #include "resources/controllers/SecretWindow.h"
 #include "resources/controllers/StatefulSetController.h"
 #include "resources/controllers/StorageClassController.h"
-#include "resources/kinds/CustomResourceDefinition.h"
-#include "resources/kinds/HorizontalPodAutoscaler.h"
-#include "resources/kinds/Ingress.h"
-#include "resources/kinds/NetworkPolicy.h"
-#include "resources/kinds/Node.h"
-#include "resources/kinds/PersistentVolumeClaim.h"
-#include "resources/kinds/RoleBinding.h"
-#include "resources/kinds/StatefulSet.h"
-#include "resources/kinds/StorageClass.h"
 #include "resources/listing/Merge.h"
 #include "resources/table/ResourceTableView.h"
 #include "support/OpenQuestion.h"
@@ -48,22 +40,11 @@ namespace {
 
 constexpr int patience = 30'000; // milliseconds
 
-using MakeKind = ResourceKind (*)();
 using MakeTable = SharedContentViewController *(*)(WindowState &);
 
 template <typename Controller> SharedContentViewController *make(WindowState &window)
 {
     return new Controller(window);
-}
-
-QString cellsOf(const ResourceKind &kind, const KubeTableItem &item)
-{
-    QStringList cells;
-    for (const Column &column : kind.columns) {
-        const QString image = column.image ? column.image(item) : QString();
-        cells.append(column.text(item) + (image.isEmpty() ? u""_s : u" <%1>"_s.arg(image.sliced(8))));
-    }
-    return cells.join(u'|');
 }
 
 struct Command
@@ -258,15 +239,15 @@ private Q_SLOTS:
                       << makeKind << line << QString::fromUtf8(cells);
               };
         row(statefulSetKind, "there", "q\t3\t3\t3\t3\tRollingUpdate\tq\ta:1,b:2,",
-            "q|Available <Available>|3|3|3|3|q|a:1, b:2");
+            "q|Available <NSStatusAvailable>|3|3|3|3|q|a:1, b:2");
         row(statefulSetKind, "rolling", "q\t3\t3\t2\t1\tRollingUpdate\tq\ta,",
-            "q|Rolling out <PartiallyAvailable>|3|3|2|1|q|a");
+            "q|Rolling out <NSStatusPartiallyAvailable>|3|3|2|1|q|a");
         row(statefulSetKind, "broken", "q\t2\t2\t<no value>\t2\tRollingUpdate\t<no value>\ta,",
-            "q|Unavailable <Unavailable>|2|2|0|2||a");
+            "q|Unavailable <NSStatusUnavailable>|2|2|0|2||a");
         row(statefulSetKind, "waits for a deletion", "q\t2\t2\t2\t<no value>\tOnDelete\tq\ta,",
-            "q|Available <Available>|2|2|2|0|q|a");
+            "q|Available <NSStatusAvailable>|2|2|2|0|q|a");
         row(statefulSetKind, "scaled to none", "q\t0\t1\t1\t1\tRollingUpdate\tq\ta,",
-            "q|Scaling down <PartiallyAvailable>|0|1|1|1|q|a");
+            "q|Scaling down <NSStatusPartiallyAvailable>|0|1|1|1|q|a");
         const char *const ready = "DiskPressure:False,Ready:True,";
         const char *const rest
             = "\tv1.30.0\tInternalIP:fd00::7,Hostname:n,\t7900m\t31Gi\t110\t2\tLinux\t6.1\tcontainerd://1.7";
@@ -277,36 +258,37 @@ private Q_SLOTS:
                     "|v1.30.0|7.9|31 Gi|110|2|fd00::7||Linux|6.1|containerd://1.7"));
         };
         node("ready", (QByteArray(ready) + "\t<no value>"), "map[node-role.kubernetes.io/worker: x:y]",
-            "Ready <Available>|worker");
+            "Ready <NSStatusAvailable>|worker");
         node("closed", (QByteArray(ready) + "\ttrue"),
             "map[kubernetes.io/role:old node-role.kubernetes.io/a: node-role.kubernetes.io/b:]",
-            "Ready, SchedulingDisabled <PartiallyAvailable>|a, b, old");
+            "Ready, SchedulingDisabled <NSStatusPartiallyAvailable>|a, b, old");
         node("under pressure", "DiskPressure:True,Ready:True,\t<no value>",
-            "map[x:node-role.kubernetes.io/no]", "Ready, DiskPressure <PartiallyAvailable>|");
-        node("lost", "Ready:Unknown,\t<no value>", "<no value>", "NotReady <Unavailable>|");
-        node("new", "\t<no value>", "map[]", "Unknown <Unavailable>|");
+            "map[x:node-role.kubernetes.io/no]", "Ready, DiskPressure <NSStatusPartiallyAvailable>|");
+        node("lost", "Ready:Unknown,\t<no value>", "<no value>", "NotReady <NSStatusUnavailable>|");
+        node("new", "\t<no value>", "map[]", "Unknown <NSStatusUnavailable>|");
         row(ingressKind, "paths",
             "i\tedge\ta.x,<no value>,a.x,\t10.0.0.1,lb.x,\ttls\t/c cart,<no value> <no value>,\t<no value>",
             "i|edge|a.x, *|/c → cart, * → ?|10.0.0.1, lb.x|80, 443");
         row(ingressKind, "default backend", "i\t<no value>\t\t\t\t\tweb", "i||*|* → web||80");
         row(persistentVolumeClaimKind, "bound",
             "c\tBound\t\tpv\t10Gi\t5Gi\tReadWriteOnce,ReadWriteOncePod,\tfast\tBlock",
-            "c|Bound <Available>|pv|10Gi|5Gi|RWO, RWOP|fast|Block");
+            "c|Bound <NSStatusAvailable>|pv|10Gi|5Gi|RWO, RWOP|fast|Block");
         row(persistentVolumeClaimKind, "waiting",
             "c\tPending\t\t<no value>\t<no value>\t5Gi\tReadOnlyMany,ReadWriteMany,\t<no value>\t<no value>",
-            "c|Pending <PartiallyAvailable>|||5Gi|ROX, RWX||");
+            "c|Pending <NSStatusPartiallyAvailable>|||5Gi|ROX, RWX||");
         row(persistentVolumeClaimKind, "going", "c\tLost\tgoing\tpv\t\t1\t\t\t",
-            "c|Terminating <PartiallyAvailable>|pv||1|||");
-        row(persistentVolumeClaimKind, "lost", "c\tLost\t\tpv\t\t1\t\t\t", "c|Lost <Unavailable>|pv||1|||");
+            "c|Terminating <NSStatusPartiallyAvailable>|pv||1|||");
+        row(persistentVolumeClaimKind, "lost", "c\tLost\t\tpv\t\t1\t\t\t",
+            "c|Lost <NSStatusUnavailable>|pv||1|||");
         row(storageClassKind, "default", "s\ttrue\t\tdisk\tDelete\tImmediate\ttrue",
-            "s|Default <Available>|disk|Delete|Immediate|Yes");
+            "s|Default <NSStatusAvailable>|disk|Delete|Immediate|Yes");
         row(storageClassKind, "default of old", "s\tfalse\ttrue\tdisk\tDelete\tImmediate\t",
-            "s|Default <Available>|disk|Delete|Immediate|No");
+            "s|Default <NSStatusAvailable>|disk|Delete|Immediate|No");
         row(storageClassKind, "usual", "s\tfalse\t\tdisk\tRetain\tImmediate\tfalse",
             "s||disk|Retain|Immediate|No");
         const char *const none = "<no value>\t<no value>";
         row(horizontalPodAutoscalerKind, "version 1", "h\tDeployment\tweb\t<no value>\t5\t2\t2\t80\t45\t\t\t",
-            "h|Steady <Available>|Deployment/web|cpu: 45%/80%|1|5|2|2");
+            "h|Steady <NSStatusAvailable>|Deployment/web|cpu: 45%/80%|1|5|2|2");
         row(horizontalPodAutoscalerKind, "version 2",
             QByteArray("h\tStatefulSet\tq\t2\t5\t5\t5\t")
                 .append(none)
@@ -314,17 +296,18 @@ private Q_SLOTS:
                     "\tcpu 80 <no value>,requests <no value> 10,memory <no value> 1Gi,queue 30 <no value>,\t"
                     "cpu 91 910m,requests <no value> 12,queue 4 <no value>,\t"
                     "ScalingLimited:True:TooManyReplicas,ScalingActive:True:ValidMetricFound,"),
-            "h|At its limit <PartiallyAvailable>|StatefulSet/q|cpu: 91%/80%, requests: 12/10, memory: ?/1Gi, "
+            "h|At its limit <NSStatusPartiallyAvailable>|StatefulSet/q|cpu: 91%/80%, requests: 12/10, "
+            "memory: ?/1Gi, "
             "queue: 4/30|2|5|5|5");
         row(horizontalPodAutoscalerKind, "nothing measured",
             QByteArray("h\tDeployment\tw\t1\t5\t1\t1\t")
                 .append(none)
                 .append("\tcpu 80 <no "
                         "value>,\t\tAbleToScale:True:ok,ScalingActive:False:FailedGetResourceMetric,"),
-            "h|Cannot measure <Unavailable>|Deployment/w|cpu: ?/80%|1|5|1|1");
+            "h|Cannot measure <NSStatusUnavailable>|Deployment/w|cpu: ?/80%|1|5|1|1");
         row(horizontalPodAutoscalerKind, "on its way",
             QByteArray("h\tDeployment\tw\t1\t5\t1\t4\t").append(none).append("\t\t\tScalingActive:True:ok,"),
-            "h|Scaling <PartiallyAvailable>|Deployment/w||1|5|1|4");
+            "h|Scaling <NSStatusPartiallyAvailable>|Deployment/w||1|5|1|4");
         row(networkPolicyKind, "all closed", "p\tmap[]\t\tIngress,Egress,\t\t",
             "p|All pods|Ingress, Egress|Closed|Closed");
         row(networkPolicyKind, "expressions",
@@ -335,9 +318,9 @@ private Q_SLOTS:
             "b|ClusterRole/view|a b|system:masters|ci/bot");
         row(customResourceDefinitionKind, "established",
             "c\tVessel\tx.y\tv1,v2,\tNamespaced\tvsl,\tNamesAccepted:True,Established:True,",
-            "c|Established <Available>|Vessel|x.y|v1, v2|Namespaced|vsl");
+            "c|Established <NSStatusAvailable>|Vessel|x.y|v1, v2|Namespaced|vsl");
         row(customResourceDefinitionKind, "taken", "c\tVessel\tx.y\tv1,\tCluster\t\tNamesAccepted:False,",
-            "c|Names taken <Unavailable>|Vessel|x.y|v1|Cluster|");
+            "c|Names taken <NSStatusUnavailable>|Vessel|x.y|v1|Cluster|");
     }
     void linesBecomeRows()
     {

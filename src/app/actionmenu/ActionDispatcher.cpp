@@ -161,9 +161,7 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
                 .arg(namespaces.join(QLatin1String(", "))));
         return;
     }
-    for (const ActionEnvironment &environment : runs) {
-        item->performAction(environment, ChangePlace(m_window));
-    }
+    item->performActions(runs, ChangePlace(m_window));
 }
 
 std::vector<ActionEnvironment> ActionDispatcher::targets(const CustomActionItem &item) const

@@ -93,8 +93,8 @@ void OtherKinds::add(const ServedKind &kind)
 
 SharedContentViewController *OtherKinds::makeTable(const ServedKind &kind)
 {
-    const QStringList titles = m_titles.value(kind.resource(), {QStringLiteral("NAME")});
-    auto *table = new SharedContentViewController(printedKind(kind, titles), m_window);
+    auto *table
+        = new SharedContentViewController(printedKind(kind, m_titles.value(kind.resource())), m_window);
     connect(table, &SharedContentViewController::otherTitles, this,
         [this, kind](const QStringList &others) { replaceTable(kind, others); });
     return table;

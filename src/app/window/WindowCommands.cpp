@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/window/WindowCommands.h"
 
-#include "app/content/CopyFileDialog.h"
+#include "app/content/CopyFile.h"
 #include "app/content/OtherKinds.h"
 #include "app/content/PrimaryContentController.h"
 #include "app/state/KubeSplitViewController.h"
@@ -10,9 +10,9 @@
 #include "app/toolbar/SearchableComboBox.h"
 #include "app/window/ClusterWindowFrame.h"
 #include "app/window/MainWindowController.h"
+#include "app/window/WindowList.h"
 #include "platform/text/DisplayText.h"
 #include "pods/console/ConsoleViewController.h"
-#include "pods/table/ContainerCopy.h"
 #include "pods/table/PodController.h"
 #include "resources/changes/ChangeQuestion.h"
 #include "resources/controllers/CronJobController.h"
@@ -20,7 +20,6 @@
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/SharedContentViewController.h"
 #include "resources/widgets/NamedImages.h"
-#include "resources/widgets/Windows.h"
 
 #include <QAction>
 #include <QApplication>
@@ -56,51 +55,6 @@ QString orForbidden(const MainWindowController *page, Deed deed, const QString &
 {
     const QString reason = page ? deedObstacle(page->state(), deed) : QString();
     return reason.isEmpty() ? obstacle : reason;
-}
-
-const auto nothingCopied = QStringLiteral("Nothing was copied");
-
-void copyFiles(PodController &pods, const ContainerPair &container, const QStringList &paths,
-    const QString &destination, const ChangePlace &place)
-{
-    if (place.isStillShown()) {
-        copyIntoContainer(pods, container, paths, destination);
-    } else if (place.window) {
-        refuseMovedChange(*place.window, nothingCopied);
-    }
-}
-
-/// Only the first of the chosen containers counts; none is chosen any more then.
-void copyFileDialog(PodController &pods)
-{
-    WindowState &window = pods.kubeSplitViewController();
-    if (!allows(window, nothingCopied, changeObstacle(window))) {
-        return;
-    }
-    const std::vector<ContainerPair> pairs = pods.selectedContainerPairs();
-    if (pairs.empty() || !canCopyInto(pods, pairs.front())) {
-        return;
-    }
-    pods.takeSelectedContainerPairs();
-    const ChangePlace place(window);
-    const auto &[pod, name, nameSpace] = pairs.front();
-    const QString target = QObject::tr("Container: %1\nPod: %2").arg(name, pod) + QLatin1Char('\n')
-        + place.text(pods.kind(), nameSpace);
-    CopyFileDialog::open(pods.window(), &pods, target,
-        [&pods, container = pairs.front(), target, place](
-            const QStringList &paths, const QString &destination) {
-            confirmWhereProtected(&pods, place.key(),
-                {.title = QObject::tr("Confirm Copy"),
-                    .message = QObject::tr("Are you sure you want to copy to %1:\n    ").arg(destination)
-                        + paths.join(QLatin1String(",\n    ")),
-                    .yes = QObject::tr("Copy"),
-                    .accessory = confirmationDetails(target)},
-                [table = QPointer(&pods), container, paths, destination, place](bool confirmed) {
-                    if (table && confirmed) {
-                        copyFiles(*table, container, paths, destination, place);
-                    }
-                });
-        });
 }
 
 } // namespace
@@ -305,8 +259,7 @@ void WindowCommands::buildWindowMenu()
     add(m_windowMenu, tr("&Minimize"), QKeySequence(tr("Ctrl+M")), [this] { m_frame.showMinimized(); });
     add(m_windowMenu, tr("&Port Forwards"), QKeySequence(), [] { PortForwardsWindow::present(); });
     m_windowMenu->addSeparator();
-    connect(m_windowMenu, &QMenu::aboutToShow, this, &WindowCommands::listWindows);
-    listWindows();
+    new WindowList(m_frame, m_windowMenu);
 }
 
 void WindowCommands::buildHelpMenu(const WebPages &pages)
@@ -331,27 +284,6 @@ void WindowCommands::buildHelpMenu(const WebPages &pages)
     update->setEnabled(false);
     update->setToolTip(tr("Updates come with the package manager of your system."));
     add(menu, tr("&About Tidewright"), QKeySequence(), [this] { Q_EMIT m_frame.aboutRequested(); });
-}
-
-void WindowCommands::listWindows()
-{
-    qDeleteAll(m_windows);
-    m_windows.clear();
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        auto *frame = qobject_cast<ClusterWindowFrame *>(widget);
-        if (!frame) {
-            continue;
-        }
-        const MainWindowController *page = frame->currentPage(); // null while the window is being built
-        const QString context = page ? page->state().currentContext() : QString();
-        const QString entry
-            = frame->windowTitle() + (context.isEmpty() ? QString() : QStringLiteral(" — ") + context);
-        QAction *action = m_windowMenu->addAction(
-            display_text::withoutMnemonics(entry), frame, [frame] { bringToFront(*frame); });
-        action->setCheckable(true);
-        action->setChecked(frame == &m_frame);
-        m_windows.append(action);
-    }
 }
 
 QList<QAction *> WindowCommands::toolBarActions() const

@@ -53,7 +53,6 @@ private:
     void buildClusterMenu();
     void buildWindowMenu();
     void buildHelpMenu(const WebPages &pages);
-    void listWindows();
     QAction *add(QMenu *menu, const QString &title, const QKeySequence &key, std::function<void()> command);
     QAction *addForTable(QMenu *menu, const QString &title, const QKeySequence &key, TableCommand command);
     SharedContentViewController *shownTable() const;
@@ -83,7 +82,6 @@ private:
     QAction *m_showOwner = nullptr;
     QList<QAction *> m_forTabs;
     QMenu *m_windowMenu = nullptr;
-    QList<QAction *> m_windows;
 };
 
 } // namespace tidewright

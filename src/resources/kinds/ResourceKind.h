@@ -62,6 +62,10 @@ struct ResourceKind
     /// has for the kind: their titles, without that of the namespace, of which the name's comes first among
     /// `columns`. Nothing for a kind that has a template.
     std::optional<QStringList> printedTitles;
+    /// Where the server has the kind, such as "harbor.example/v1", when it is none of those that are known
+    /// (ResourcePaths); empty when nobody has told.
+    QString apiVersion;
+    bool isWatchable = true; ///< false: the server says that it tells no changes of it
     /// What `kubectl logs` takes in front of an object's name, such as "deploy/"; nothing for kinds without
     /// logs.
     std::optional<QString> logTarget;

@@ -3,10 +3,12 @@
 
 #include "platform/text/DisplayText.h"
 #include "platform/text/NaturalOrder.h"
+#include "platform/text/Timestamp.h"
 #include "resources/kinds/Columns.h"
 #include "resources/kinds/FieldText.h"
 #include "resources/kinds/PrintedTable.h"
 
+#include <QDateTime>
 #include <QtEndian>
 
 #include <bit>
@@ -17,24 +19,16 @@ namespace {
 
 constexpr qsizetype shownFromTheFirst = 7; // columns
 const auto nameTitle = QStringLiteral("NAME");
+const auto ageTitle = QStringLiteral("AGE");
 
 struct PrintedItem : KubeTableItem
 {
     using KubeTableItem::KubeTableItem;
 
-    QStringList cells; ///< without the name
+    QStringList cells; ///< without the name; empty for the age
 
     friend bool operator==(const PrintedItem &, const PrintedItem &) = default;
 };
-
-void assign(const Fields &fields, KubeTableItem &item)
-{
-    auto &row = static_cast<PrintedItem &>(item);
-    row.cells.clear();
-    for (std::size_t i = 1; i < fields.size(); ++i) {
-        row.cells.append(textOf(fields[i]));
-    }
-}
 
 /// What may stand in a command line: letters, digits, dots and hyphens between them.
 bool isResourceName(const QString &name)
@@ -51,7 +45,7 @@ bool isResourceName(const QString &name)
 bool isKind(const ServedKind &served)
 {
     return isResourceName(served.plural) && (served.group.isEmpty() || isResourceName(served.group))
-        && !served.kind.isEmpty()
+        && !served.kind.isEmpty() && (served.version.isEmpty() || isResourceName(served.version))
         && std::all_of(served.kind.begin(), served.kind.end(), [](QChar c) { return c.isLetterOrNumber(); });
 }
 
@@ -76,7 +70,7 @@ QString columnTitle(const QString &printed)
 {
     QStringList words = display_text::clean(printed).split(QLatin1Char(' '));
     for (QString &word : words) {
-        if (word.size() > 3 || word == QLatin1String("AGE")) {
+        if (word.size() > 3) {
             word = word.front() + word.sliced(1).toLower();
         }
     }
@@ -94,7 +88,7 @@ Column printedColumn(const QString &title, qsizetype cell)
 
 std::vector<Column> columnsOf(const QStringList &titles)
 {
-    const qsizetype age = titles.indexOf(QLatin1String("AGE"));
+    const qsizetype age = titles.indexOf(ageTitle);
     const bool areMany = titles.size() > shownFromTheFirst;
     std::vector<Column> columns{nameColumn()};
     qsizetype cell = 0;
@@ -103,16 +97,23 @@ std::vector<Column> columnsOf(const QStringList &titles)
         if (i == name) {
             continue;
         }
-        columns.push_back(printedColumn(titles[i], cell++));
+        columns.push_back(i == age ? ageColumn() : printedColumn(titles[i], cell));
+        ++cell;
         columns.back().hidden = areMany && age >= 0 && i > age;
     }
     return columns;
 }
 
-/// Seconds of "5d3h"; nothing when it is no such text.
-std::optional<double> secondsOf(const QString &age)
+struct Span
 {
     double seconds = 0;
+    double precision = 0; ///< seconds that its last unit has
+};
+
+/// Of "5d3h"; nothing when it is no such text.
+std::optional<Span> spanOf(const QString &age)
+{
+    Span span;
     double number = -1;
     for (const QChar c : age) {
         if (c >= QLatin1Char('0') && c <= QLatin1Char('9')) {
@@ -128,10 +129,11 @@ std::optional<double> secondsOf(const QString &age)
         if (number < 0 || unit == 0) {
             return std::nullopt;
         }
-        seconds += number * unit;
+        span.seconds += number * unit;
+        span.precision = unit;
         number = -1;
     }
-    return age.isEmpty() || number >= 0 ? std::nullopt : std::optional(seconds);
+    return age.isEmpty() || number >= 0 ? std::nullopt : std::optional(span);
 }
 
 std::optional<double> valueOf(const QString &cell, const QString &title)
@@ -145,8 +147,8 @@ std::optional<double> valueOf(const QString &cell, const QString &title)
         return number;
     }
     const bool isCpu = title.contains(QLatin1String("CPU"));
-    if (const auto seconds = secondsOf(cell); seconds && !isCpu) {
-        return seconds;
+    if (const auto span = spanOf(cell); span && !isCpu) {
+        return span->seconds;
     }
     const double quantity = quantityOf(cell);
     return quantity >= 0 ? std::optional(quantity) : std::nullopt;
@@ -159,6 +161,39 @@ QByteArray bytesOf(double number)
     constexpr quint64 sign = quint64(1) << 63;
     const quint64 ordered = qToBigEndian(bits & sign ? ~bits : bits | sign);
     return {reinterpret_cast<const char *>(&ordered), sizeof ordered};
+}
+
+/// The moment of a birth as `printed` tells it, which is cut to whole units. One that was told before stays
+/// as long as both agree: so rows of one age keep their order, and nothing changes but what has changed.
+QString birthOf(const QString &printed, const QString &before)
+{
+    constexpr double onTheWay = 2; // seconds that an age may have been read before it is compared
+    const auto span = spanOf(printed);
+    if (!span) {
+        return {};
+    }
+    const double now = currentTime();
+    if (const auto known = parseTimestamp(before)) {
+        const double since = now - static_cast<double>(*known) - span->seconds;
+        if (since > -onTheWay && since < span->precision + onTheWay) {
+            return before;
+        }
+    }
+    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(now - span->seconds), Qt::UTC)
+        .toString(Qt::ISODate);
+}
+
+/// `age`: the place of that one among the cells; -1 for none.
+void assign(const Fields &fields, KubeTableItem &item, qsizetype age)
+{
+    auto &row = static_cast<PrintedItem &>(item);
+    row.cells.clear();
+    for (std::size_t i = 1; i < fields.size(); ++i) {
+        row.cells.append(textOf(fields[i]));
+    }
+    if (age >= 0 && age < row.cells.size()) {
+        row.startTimeString = birthOf(std::exchange(row.cells[age], {}), row.startTimeString);
+    }
 }
 
 } // namespace
@@ -183,7 +218,7 @@ QString ServedKind::title() const
 
 QStringList servedKindsArguments()
 {
-    return {QStringLiteral("api-resources"), QStringLiteral("--verbs=list,get")};
+    return {QStringLiteral("api-resources"), QStringLiteral("--verbs=list,get"), QStringLiteral("-owide")};
 }
 
 std::vector<ServedKind> parseServedKinds(const QByteArray &printed)
@@ -199,13 +234,16 @@ std::vector<ServedKind> parseServedKinds(const QByteArray &printed)
         };
         const QString apiVersion = text(version);
         const qsizetype slash = apiVersion.indexOf(QLatin1Char('/'));
+        const QString verbs = text(place("VERBS"));
         const ServedKind served{.plural = text(place("NAME")),
             .group = isGroup ? apiVersion
                 : slash < 0  ? QString()
                              : apiVersion.first(slash),
             .kind = text(place("KIND")),
             .shortNames = text(place("SHORTNAMES")).split(QLatin1Char(','), Qt::SkipEmptyParts),
-            .namespaced = text(place("NAMESPACED")) == QLatin1String("true")};
+            .namespaced = text(place("NAMESPACED")) == QLatin1String("true"),
+            .version = isGroup ? QString() : apiVersion.sliced(slash + 1),
+            .watchable = verbs.isEmpty() || verbs.contains(QLatin1String("watch"))};
         if (isKind(served)) {
             kinds.push_back(served);
         }
@@ -217,9 +255,12 @@ QString settingOf(const std::vector<ServedKind> &kinds)
 {
     QStringList texts;
     for (const ServedKind &served : kinds) {
-        texts.append(QStringLiteral("%1/%2/%3/%4")
-                         .arg(served.plural, served.group, served.kind,
-                             served.namespaced ? QStringLiteral("namespaced") : QStringLiteral("cluster")));
+        QStringList parts{served.plural, served.group, served.kind,
+            served.namespaced ? QStringLiteral("namespaced") : QStringLiteral("cluster")};
+        if (served.watchable && !served.version.isEmpty()) {
+            parts.append(served.version);
+        }
+        texts.append(parts.join(QLatin1Char('/')));
     }
     return texts.join(QLatin1Char(' '));
 }
@@ -229,13 +270,14 @@ std::vector<ServedKind> servedKindsFromSetting(const QString &setting)
     std::vector<ServedKind> kinds;
     for (const QString &text : setting.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         const QStringList parts = text.split(QLatin1Char('/'));
-        if (parts.size() != 4) {
+        if (parts.size() != 4 && parts.size() != 5) {
             continue;
         }
         const ServedKind served{.plural = parts[0],
             .group = parts[1],
             .kind = parts[2],
-            .namespaced = parts[3] != QLatin1String("cluster")};
+            .namespaced = parts[3] != QLatin1String("cluster"),
+            .version = parts.value(4)};
         if (isKind(served)) {
             kinds.push_back(served);
         }
@@ -256,8 +298,33 @@ ResourceKind printedKind(const ServedKind &served, const QStringList &titles)
     kind.printedTitles = titles;
     kind.columns = columnsOf(titles);
     kind.fieldCount = kind.columns.size();
-    kind.assign = assign;
+    QStringList others = titles;
+    others.removeOne(nameTitle);
+    kind.assign = [age = others.indexOf(ageTitle)](
+                      const Fields &fields, KubeTableItem &item) { assign(fields, item, age); };
+    if (!served.version.isEmpty()) {
+        const QString group = served.group.isEmpty() ? QString() : served.group + QLatin1Char('/');
+        kind.apiVersion = group + served.version;
+    }
+    kind.isWatchable = served.watchable;
     return kind;
+}
+
+ResourceKind versionsOf(const ResourceKind &printed)
+{
+    ResourceKind kind = printed;
+    kind.printedTitles.reset();
+    kind.outputArguments = {
+        QStringLiteral("-o=jsonpath={range .items[*]}{.metadata.name}\t{.metadata.resourceVersion}\n{end}")};
+    kind.fieldCount = 2;
+    return kind;
+}
+
+bool showsSpanOfTime(const KubeTableItem &row)
+{
+    const auto &cells = static_cast<const PrintedItem &>(row).cells;
+    return std::any_of(
+        cells.begin(), cells.end(), [](const QString &cell) { return spanOf(cell).has_value(); });
 }
 
 SortKey printedSortKey(const QString &cell, const QString &title)

@@ -123,10 +123,13 @@ QStringList LiveRequests::context() const
 
 QString LiveRequests::path(const QString &query) const
 {
-    const auto path = paths().find(m_kind->listWord);
-    return path ? path->listPath(m_place.server, m_place.nameSpace) + query
+    auto path = paths().find(m_kind->listWord);
+    if (!path && !m_kind->apiVersion.isEmpty()) {
+        path = {m_kind->apiVersion, m_kind->listWord.section(QLatin1Char('.'), 0, 0), m_kind->namespaced};
+    }
+    return path && path->isWatchable ? path->listPath(m_place.server, m_place.nameSpace) + query
             + labelSelectorQuery(m_place.labelSelector)
-                : QString();
+                                     : QString();
 }
 
 } // namespace tidewright

@@ -108,8 +108,13 @@ void LiveStream::beginState()
 void LiveStream::requestPage()
 {
     const LiveRequest request = m_requests.page(m_page ? &*m_page : nullptr);
+    if (request.arguments.isEmpty() && !m_requests.paths().hasLearned()) {
+        discover();
+        return;
+    }
     if (request.arguments.isEmpty()) {
-        refuse(QStringLiteral("The cluster does not know “%1”.").arg(m_kind->listWord));
+        refuse(QStringLiteral("The cluster does not know “%1”, or does not let it be watched.")
+                   .arg(m_kind->listWord));
         return;
     }
     run(Task::Page, request);

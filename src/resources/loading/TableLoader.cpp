@@ -2,6 +2,7 @@
 #include "resources/loading/TableLoader.h"
 
 #include "platform/desktop/Diagnostics.h"
+#include "resources/kinds/ServedKind.h"
 #include "resources/listing/LoadProblem.h"
 
 #include <algorithm>
@@ -54,6 +55,7 @@ TableLoader::TableLoader(RowStore &store, WindowState &window, QObject *parent)
     connect(&m_pipeline, &ListingPipeline::mergeBegins, &m_liveRows, &LiveRows::hold);
     connect(&m_pipeline, &ListingPipeline::rowsChanged, this, &TableLoader::rowsChanged);
     connect(&m_pipeline, &ListingPipeline::finished, this, &TableLoader::listed);
+    connect(&m_pace, &ListingPace::due, this, &TableLoader::listChanges);
     connect(&m_liveRows, &LiveRows::rowsChanged, this, &TableLoader::rowsChanged);
     connect(&m_liveRows, &LiveRows::stateComplete, this, &TableLoader::stateArrived);
     connect(&window, &WindowState::liveUpdatesChanged, this, &TableLoader::liveUpdatesSwitched);
@@ -66,9 +68,17 @@ bool TableLoader::canLoad() const
     return !m_window.currentNamespace().isEmpty() && m_window.loadingHint().isEmpty();
 }
 
+bool TableLoader::isPrinted() const
+{
+    return m_store.kind().printedTitles.has_value();
+}
+
 bool TableLoader::wantsStream() const
 {
-    return m_window.liveUpdates() && m_refusal.isEmpty() && !m_store.kind().printedTitles;
+    const ResourceKind &kind = m_store.kind();
+    // The first listing finds out the titles, which means another table.
+    const bool waitsForTitles = isPrinted() && kind.printedTitles->isEmpty() && !m_listedAt.isValid();
+    return m_window.liveUpdates() && m_refusal.isEmpty() && kind.isWatchable && !waitsForTitles;
 }
 
 bool TableLoader::isStreamLoading() const
@@ -85,12 +95,14 @@ QDateTime TableLoader::loadingSince() const
 
 QDateTime TableLoader::rowsAsOf() const
 {
-    return m_stream && m_hasState ? std::max(m_stream->status().asOf, m_rowsAsOf) : m_rowsAsOf;
+    return m_stream && m_hasState && (!isPrinted() || m_pace.isCurrent())
+        ? std::max(m_stream->status().asOf, m_rowsAsOf)
+        : m_rowsAsOf;
 }
 
 TableLoader::Following TableLoader::following() const
 {
-    if (m_window.liveUpdates() && m_store.kind().printedTitles) {
+    if (m_window.liveUpdates() && !m_store.kind().isWatchable) {
         return Following::Refused;
     }
     if (!m_window.liveUpdates() || (m_refusal.isEmpty() && !m_hasState)) {
@@ -101,7 +113,7 @@ TableLoader::Following TableLoader::following() const
     }
     switch (m_stream->status().state) {
     case LiveStatus::State::Live:
-        return Following::Live;
+        return !isPrinted() || m_pace.isKeepingUp() ? Following::Live : Following::Behind;
     case LiveStatus::State::Paused:
         return Following::Paused;
     default:
@@ -112,8 +124,8 @@ TableLoader::Following TableLoader::following() const
 QString TableLoader::followingReason() const
 {
     const Following now = following();
-    if (now == Following::Refused && m_store.kind().printedTitles) {
-        return tr("The columns of this kind are made by the server, for listings.");
+    if (now == Following::Refused && !m_store.kind().isWatchable) {
+        return tr("The server tells no changes of this kind.");
     }
     return now == Following::Refused     ? m_refusal
         : now == Following::Reconnecting ? m_stream->status().reason
@@ -145,7 +157,7 @@ void TableLoader::load(const LoadRequest &request)
     if (wantsStream() && m_failures == 0) {
         follow();
     }
-    if (request.logged || !m_stream) {
+    if (request.logged || !m_stream || m_pace.hasFailed()) {
         list(request);
     }
 }
@@ -155,12 +167,23 @@ void TableLoader::refresh()
     m_store.timePasses();
     const bool isDue
         = !m_listedAt.isValid() || m_listedAt.msecsTo(QDateTime::currentDateTime()) >= m_listingPause.count();
-    if (wantsStream() && m_stream) {
+    if (!isDue || m_pipeline.hasUnattendedLoad()) {
         return;
     }
-    if (isDue && !m_pipeline.hasUnattendedLoad()) {
+    if (!wantsStream() || !m_stream) {
         load({.unattended = true});
+    } else if (needsListing()) {
+        listChanges();
     }
+}
+
+/// Though there is a stream.
+bool TableLoader::needsListing() const
+{
+    return m_pace.hasFailed()
+        || (isPrinted() && following() == Following::Live
+            && std::any_of(m_store.rows().begin(), m_store.rows().end(),
+                [](const Row &row) { return showsSpanOfTime(*row); }));
 }
 
 void TableLoader::userIsBack()
@@ -177,6 +200,7 @@ void TableLoader::userIsBack()
 
 void TableLoader::list(const LoadRequest &request)
 {
+    m_pace.listingBegins(!m_pipeline.isLoading());
     const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
     shell->niceness = request.niceness;
     const QStringList arguments
@@ -201,14 +225,18 @@ void TableLoader::follow()
     const QString context = m_window.currentContext();
     m_streamSince = QDateTime::currentDateTime();
     m_hasState = false;
-    m_stream = std::make_unique<LiveStream>(m_store.kind(),
+    m_stream = std::make_unique<LiveStream>(isPrinted() ? versionsOf(m_store.kind()) : m_store.kind(),
         LivePlace{context, m_window.kubeCtl().contents().server(context), m_window.currentNamespace(),
             m_labelSelector},
         liveMeans([&window = m_window] { return window.kubeCtl().makeShell(); }));
-    connect(m_stream.get(), &LiveStream::batchReady, &m_liveRows, &LiveRows::take);
     connect(m_stream.get(), &LiveStream::statusChanged, this, &TableLoader::streamChanged);
-    if (!m_store.rows().empty()) {
-        m_stream->repeat(); // those of a listing, of which some may be gone
+    if (isPrinted()) {
+        connect(m_stream.get(), &LiveStream::batchReady, this, &TableLoader::changesTold);
+    } else {
+        connect(m_stream.get(), &LiveStream::batchReady, &m_liveRows, &LiveRows::take);
+        if (!m_store.rows().empty()) {
+            m_stream->repeat(); // those of a listing, of which some may be gone
+        }
     }
     m_stream->start();
     announceLoading();
@@ -224,6 +252,7 @@ void TableLoader::leaveStream()
         m_stream.release()->deleteLater(); // it may be the one that is telling this
     }
     m_liveRows.clear();
+    m_pace.clear();
     m_hasState = false;
 }
 
@@ -255,6 +284,27 @@ void TableLoader::stateArrived()
     Q_EMIT followingChanged();
 }
 
+/// Of a printed kind: which objects there are, and that some have changed, but not what is to be shown.
+void TableLoader::changesTold(const LiveBatch &batch)
+{
+    const bool isFirstState = batch.stateComplete && !m_hasState;
+    m_hasState = m_hasState || batch.stateComplete;
+    if (isFirstState) {
+        m_streamFailures = 0;
+    }
+    if (isFirstState || (m_hasState && (!batch.upserts.empty() || !batch.removals.empty()))) {
+        m_pace.changed();
+        Q_EMIT followingChanged();
+    }
+}
+
+void TableLoader::listChanges()
+{
+    if (canLoad()) {
+        list({.unattended = true});
+    }
+}
+
 void TableLoader::listed(const LoadOutcome &outcome)
 {
     m_listedAt = QDateTime::currentDateTime();
@@ -274,11 +324,14 @@ void TableLoader::listed(const LoadOutcome &outcome)
     if (outcome.otherTitles) {
         Q_EMIT otherTitles(*outcome.otherTitles);
     }
-    if (m_stream) {
+    if (!m_pipeline.isLoading()) {
+        m_pace.listingsEnded(outcome.endedWell && !outcome.stopped, m_listingPause);
+    }
+    if (m_stream && !isPrinted()) {
         m_stream->repeat(); // the listing was read a while ago
     }
     m_liveRows.release();
-    if (m_problem.isEmpty() && wantsStream() && !m_stream && canLoad()) {
+    if (m_problem.isEmpty() && !outcome.otherTitles && wantsStream() && !m_stream && canLoad()) {
         follow(); // the cluster answers again
     }
     Q_EMIT finished();

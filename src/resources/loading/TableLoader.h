@@ -4,6 +4,7 @@
 #include "core/WindowState.h"
 #include "resources/listing/ListingPipeline.h"
 #include "resources/live/LiveStream.h"
+#include "resources/loading/ListingPace.h"
 #include "resources/loading/LiveRows.h"
 
 #include <QTimer>
@@ -20,8 +21,8 @@ struct LoadRequest
 
 /// Keeps the rows of one table what the cluster has in the context and namespace that the window shows, and
 /// knows how far they are true. Two sources feed the rows: listings, and while the window has live updates a
-/// stream of changes. Where the stream cannot be had, and until it can, listings do its work. Main thread
-/// only.
+/// stream of changes. Where the stream cannot be had, and until it can, listings do its work. Of a kind whose
+/// rows only kubectl can print the stream tells when to list them. Main thread only.
 class TableLoader : public QObject
 {
     Q_OBJECT
@@ -68,6 +69,7 @@ public:
     enum class Following {
         Listing, ///< live updates are off
         Live,
+        Behind, ///< changes are told, but listing them takes longer than they take to come
         Paused, ///< nobody can see the table
         Reconnecting,
         Refused, ///< only listings are to be had
@@ -87,13 +89,17 @@ Q_SIGNALS:
     void otherTitles(const QStringList &titles);
 
 private:
+    bool isPrinted() const;
     bool wantsStream() const;
+    bool needsListing() const;
     bool isStreamLoading() const;
     void list(const LoadRequest &request);
     void follow();
     void leaveStream();
     void streamChanged();
     void stateArrived();
+    void changesTold(const LiveBatch &batch);
+    void listChanges();
     void listed(const LoadOutcome &outcome);
     void liveUpdatesSwitched();
     void announceLoading();
@@ -102,6 +108,7 @@ private:
     WindowState &m_window;
     ListingPipeline m_pipeline;
     LiveRows m_liveRows;
+    ListingPace m_pace; ///< of a printed kind, from what the stream tells
     QString m_labelSelector;
     std::unique_ptr<LiveStream> m_stream;
     QDateTime m_streamSince; ///< its first state is on the way

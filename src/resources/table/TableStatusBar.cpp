@@ -99,6 +99,9 @@ void TableStatusBar::setFollowing(TableLoader::Following following, const QStrin
             + reason;
     } else if (following == Following::Paused) {
         toolTip = tr("Live updates go on once the table is shown.");
+    } else if (following == Following::Behind) {
+        toolTip
+            = tr("Something has changed since. Only kubectl can list these objects, and that takes a while.");
     }
     m_time->setToolTip(display_text::toolTip(toolTip));
     updateTime();

@@ -5,6 +5,7 @@
 #include "platform/text/DisplayText.h"
 #include "pods/console/ConsoleStyle.h"
 #include "pods/logs/view/ColorIndexView.h"
+#include "pods/logs/view/EmptyLogs.h"
 #include "resources/changes/Confirmation.h"
 #include "resources/preview/PreviewFiles.h"
 #include "resources/widgets/ContextBand.h"
@@ -25,7 +26,6 @@ namespace {
 
 constexpr int indexTop = 20;
 constexpr int indexRight = 16;
-constexpr int failuresInHint = 4;
 
 /// Where a log's file may lie: on the disk rather than in memory.
 QStringList logFolders()
@@ -346,61 +346,8 @@ void CombinedLogsViewController::clear()
 void CombinedLogsViewController::updateHint()
 {
     if (m_document.shown().lineCount() == 0) {
-        m_logTextView->setHint(m_document.size() > 0 ? narrowedText() : emptyText());
+        m_logTextView->setHint(emptyLogsText(*this, m_cleared));
     }
-}
-
-QString CombinedLogsViewController::narrowedText() const
-{
-    int hidden = 0;
-    for (int i = 0; i < m_streams.count(); ++i) {
-        hidden += m_document.isSourceHidden(i) ? 1 : 0;
-    }
-    if (hidden == m_streams.count()) {
-        return tr("All containers are hidden.");
-    }
-    if (m_document.examined() < m_document.size() - LogScan::usualSpan) {
-        return tr("Looking for lines to show…");
-    }
-    return m_document.filter().isEmpty() ? tr("The containers that are not hidden have written nothing.")
-                                         : tr("No line matches the filter.");
-}
-
-/// While there is no container of the workloads.
-QString CombinedLogsViewController::waitingText() const
-{
-    if (!m_follower || !m_follower->problem().isEmpty()) {
-        return m_follower ? m_follower->problem() : tr("Nothing is followed any more.");
-    }
-    return m_follower->knowsPods() ? tr("There are no pods now. Those that come are followed.")
-                                   : tr("Looking for the pods…");
-}
-
-QString CombinedLogsViewController::emptyText() const
-{
-    if (containers.empty() && !workloads.empty()) {
-        return waitingText();
-    }
-    if (containers.empty()) {
-        return tr("There are no containers to follow.");
-    }
-    if (sources().empty()) {
-        return tr("Nothing is followed yet.");
-    }
-    if (m_cleared) {
-        return tr("Cleared.");
-    }
-    if (hasRunningStreams() || m_follower) {
-        return containers.size() == 1 ? tr("Waiting for output of 1 container…")
-                                      : tr("Waiting for output of %1 containers…").arg(containers.size());
-    }
-    QStringList lines{tr("No container has written anything, and none is followed any more.")};
-    for (std::size_t i = 0; i < sources().size() && lines.size() <= failuresInHint; ++i) {
-        if (sources()[i].failure) {
-            lines.append(containers[i].pod + QLatin1String(": ") + sources()[i].details());
-        }
-    }
-    return lines.join(QLatin1String("\n\n"));
 }
 
 void CombinedLogsViewController::resizeEvent(QResizeEvent *event)

@@ -68,6 +68,7 @@ public:
     QTextCharFormat logAttributes;
 
     LogDocument &document() { return m_document; }
+    const LogDocument &document() const { return m_document; }
     LogView *logTextView() const { return m_logTextView; }
     ColorIndexView *colorIndexView() const { return m_colorIndexView; }
     QTableWidget *colorIndexTableView() const;
@@ -110,9 +111,6 @@ private:
     void stopWhenFull();
     void updateSource(int index);
     void updateHint();
-    QString emptyText() const;
-    QString waitingText() const;
-    QString narrowedText() const;
     void placeColorIndex();
 
     LogDocument m_document;
