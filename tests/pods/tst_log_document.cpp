@@ -112,7 +112,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         mainQueue();
-        ignoreHarmlessSignals();
+        settleSignals();
         QVERIFY(m_folder.isValid());
     }
 

@@ -72,7 +72,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         mainQueue();
-        ignoreHarmlessSignals();
+        settleSignals();
     }
     void init()
     {

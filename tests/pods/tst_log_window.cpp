@@ -55,7 +55,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         mainQueue();
-        ignoreHarmlessSignals();
+        settleSignals();
     }
     void init()
     {

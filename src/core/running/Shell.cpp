@@ -26,6 +26,11 @@ QStringList withPackagedKubectl(QStringList arguments)
     return arguments;
 }
 
+bool isKubectl(const QStringList &arguments)
+{
+    return !arguments.isEmpty() && arguments.first() == kubectlPath();
+}
+
 /// Between a child's end of file and the news of its end.
 constexpr std::chrono::seconds exitNotice(2);
 
@@ -91,6 +96,7 @@ struct Shell::Prepared
     std::shared_ptr<ChildProcess> process;
     Pipe pipe;
     Pipe errorPipe;
+    bool leavesOthers = false;
 };
 
 /// The bytes of both streams, and the runner's own complaint when it did not read them to their end.
@@ -124,15 +130,25 @@ std::shared_ptr<ChildProcess> Shell::process() const
     return m_process;
 }
 
-Shell::Prepared Shell::prepareProcess(const QStringList &arguments) const
+Shell::Prepared Shell::prepareProcess(const QStringList &arguments, Pipe output) const
 {
-    Prepared prepared{nullptr, Pipe::make(), Pipe::make()};
+    Prepared prepared{nullptr, std::move(output), Pipe::make()};
+    const bool readsAsVariable = !arguments.isEmpty() && arguments.first().contains(QLatin1Char('='));
+    // A path with an equals sign would be one more variable for `env`.
+    const QStringList words = readsAsVariable
+        ? QStringList{QStringLiteral("/bin/sh"), QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\"")}
+            + arguments
+        : arguments;
     if (prepared.pipe.readEnd.isOpen() && prepared.errorPipe.readEnd.isOpen() && m_stop.descriptor() >= 0) {
         prepared.process = std::make_shared<ChildProcess>();
         prepared.process->setExecutable(QStringLiteral("/usr/bin/env"));
         prepared.process->setEnvironment(environment);
         prepared.process->setNiceness(niceness);
-        prepared.process->setArguments(arguments);
+        prepared.process->setSurvives(outlivesApplication);
+        // A script's are its own; what kubectl leaves behind, somebody works with.
+        prepared.leavesOthers = isKubectl(arguments);
+        prepared.process->setLeavesOthers(prepared.leavesOthers);
+        prepared.process->setArguments(words);
     }
     return prepared;
 }
@@ -166,7 +182,7 @@ ShellResult Shell::perform(const QStringList &arguments, Log log, const Addresse
     if (const QString reason = gate ? gate(arguments) : QString(); !reason.isEmpty()) {
         return refuse(reason);
     }
-    Prepared prepared = prepareProcess(withPackagedKubectl(arguments));
+    Prepared prepared = prepareProcess(withPackagedKubectl(arguments), Pipe::make(Pipe::Size::Large));
     if (!prepared.process) {
         return refuse(QStringLiteral("No process defined"));
     }
@@ -215,8 +231,9 @@ Shell::Collected Shell::collect(Prepared &prepared) const
 {
     Collected collected;
     PipeReader reader(prepared.pipe.readEnd.get(), prepared.errorPipe.readEnd.get());
-    const auto end = reader.read(
-        m_stop.descriptor(), -1, [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
+    const auto end = reader.read(m_stop.descriptor(),
+        prepared.leavesOthers ? prepared.process->exitDescriptor() : -1,
+        [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
             QByteArray &target = stream == PipeReader::Stream::Output ? collected.output : collected.error;
             // Growing by resize moves the pages; append would copy all that is there each time the space
             // doubles.
@@ -325,7 +342,7 @@ std::shared_ptr<StreamingRun> Shell::startStream(
         failure = reason;
         return nullptr;
     }
-    Prepared prepared = prepareProcess(arguments);
+    Prepared prepared = prepareProcess(arguments, Pipe::make()); // there may be hundreds of streams
     if (!prepared.process) {
         failure = QStringLiteral("No process defined");
         return nullptr;
