@@ -550,6 +550,7 @@ private Q_SLOTS:
         row("kinds of underline", "\x1b[4:3mx", "<u>x");
         row("other sequences", "\x1b[2Ka\x1b]0;title\ab\x1b(B\x1b[?25lc\x1b[>4;1md", "abcd");
         row("sequence that is cut", "a\x1b[3", "a");
+        row("control strings without an end", "\x1b]"_ba.repeated(300'000) + 'x', "x");
         row("one-character introducer", "a\u009b31mb", "a<dc322f>b");
         row("controls", "a\a\x01\x7f\u0085b", "ab");
         row("NUL", QByteArray("a\0b", 3), "a\u2400b", false);

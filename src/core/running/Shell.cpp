@@ -130,9 +130,9 @@ std::shared_ptr<ChildProcess> Shell::process() const
     return m_process;
 }
 
-Shell::Prepared Shell::prepareProcess(const QStringList &arguments, Pipe output) const
+Shell::Prepared Shell::prepareProcess(const QStringList &arguments) const
 {
-    Prepared prepared{nullptr, std::move(output), Pipe::make()};
+    Prepared prepared{nullptr, Pipe::make(pipeSize), Pipe::make()};
     const bool readsAsVariable = !arguments.isEmpty() && arguments.first().contains(QLatin1Char('='));
     // A path with an equals sign would be one more variable for `env`.
     const QStringList words = readsAsVariable
@@ -182,7 +182,7 @@ ShellResult Shell::perform(const QStringList &arguments, Log log, const Addresse
     if (const QString reason = gate ? gate(arguments) : QString(); !reason.isEmpty()) {
         return refuse(reason);
     }
-    Prepared prepared = prepareProcess(withPackagedKubectl(arguments), Pipe::make(Pipe::Size::Large));
+    Prepared prepared = prepareProcess(withPackagedKubectl(arguments));
     if (!prepared.process) {
         return refuse(QStringLiteral("No process defined"));
     }
@@ -231,17 +231,22 @@ Shell::Collected Shell::collect(Prepared &prepared) const
 {
     Collected collected;
     PipeReader reader(prepared.pipe.readEnd.get(), prepared.errorPipe.readEnd.get());
-    const auto end = reader.read(m_stop.descriptor(),
-        prepared.leavesOthers ? prepared.process->exitDescriptor() : -1,
-        [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
-            QByteArray &target = stream == PipeReader::Stream::Output ? collected.output : collected.error;
-            // Growing by resize moves the pages; append would copy all that is there each time the space
-            // doubles.
-            const qsizetype before = target.size();
-            target.resize(before + piece.size());
-            std::memcpy(target.data() + before, piece.data(), static_cast<std::size_t>(piece.size()));
-            return collected.output.size() + collected.error.size() <= outputLimit;
-        });
+    const auto keep = [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
+        QByteArray &target = stream == PipeReader::Stream::Output ? collected.output : collected.error;
+        // Growing by resize moves the pages; append would copy all that is there each time the space doubles.
+        const qsizetype before = target.size();
+        target.resize(before + piece.size());
+        std::memcpy(target.data() + before, piece.data(), static_cast<std::size_t>(piece.size()));
+        return collected.output.size() + collected.error.size() <= outputLimit;
+    };
+    auto end = PipeReader::End::EndOfFile;
+    try {
+        end = reader.read(
+            m_stop.descriptor(), prepared.leavesOthers ? prepared.process->exitDescriptor() : -1, keep);
+    } catch (const std::bad_alloc &) {
+        collected.output = {};
+        collected.complaint = QStringLiteral("The command was ended: there is no memory for what it prints.");
+    }
     if (end == PipeReader::End::Stopped) {
         collected.complaint = stoppedText();
     } else if (end == PipeReader::End::Refused) {
@@ -342,7 +347,7 @@ std::shared_ptr<StreamingRun> Shell::startStream(
         failure = reason;
         return nullptr;
     }
-    Prepared prepared = prepareProcess(arguments, Pipe::make()); // there may be hundreds of streams
+    Prepared prepared = prepareProcess(arguments);
     if (!prepared.process) {
         failure = QStringLiteral("No process defined");
         return nullptr;

@@ -70,6 +70,8 @@ public:
     int niceness = 0;
     /// Lets the children go on when the application ends: they are writing what must not stay half written.
     bool outlivesApplication = false;
+    /// Of the pipe for the output.
+    Pipe::Size pipeSize = Pipe::Size::Large;
     /// More output than this many bytes ends the child and fails the run, instead of exhausting the machine's
     /// memory.
     qsizetype outputLimit = qsizetype(256) << 20;
@@ -116,7 +118,7 @@ private:
     using Addressee = std::optional<QPointer<Console>>;
 
     Shell();
-    Prepared prepareProcess(const QStringList &arguments, Pipe output) const;
+    Prepared prepareProcess(const QStringList &arguments) const;
     void post(const QStringList &arguments, Log log, QPointer<Console> console, Completion completion);
     ShellResult perform(const QStringList &arguments, Log log, const Addressee &console);
     ShellResult notStarted(

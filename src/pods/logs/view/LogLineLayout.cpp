@@ -18,7 +18,38 @@ void LogAppearance::measure(const QFont &newFont)
     rowHeight = ascent + static_cast<int>(std::ceil(metrics.descent())) + 1;
 }
 
+namespace {
+
+/// Relative luminance, 0 to 1.
+qreal luminance(const QColor &colour)
+{
+    const auto linear
+        = [](qreal part) { return part <= 0.04 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF())
+        + 0.0722 * linear(colour.blueF());
+}
+
+qreal contrast(const QColor &a, const QColor &b)
+{
+    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+} // namespace
+
 QColor LogAppearance::colourOf(const LogLook &look) const
+{
+    constexpr qreal leastContrast = 1.25; // less than that hides what is written
+    const QColor behind = backgroundOf(look);
+    const QColor below = behind.isValid() ? behind : background;
+    const QColor wanted = wantedColour(look);
+    if (!below.isValid() || contrast(wanted, below) >= leastContrast) {
+        return wanted;
+    }
+    return QColor(luminance(below) > 0.2 ? Qt::black : Qt::white);
+}
+
+QColor LogAppearance::wantedColour(const LogLook &look) const
 {
     if (look.inverse) {
         return look.background ? QColor(*look.background) : background;
@@ -35,7 +66,7 @@ QColor LogAppearance::backgroundOf(const LogLook &look) const
     if (look.inverse) {
         LogLook upright = look;
         upright.inverse = false;
-        return colourOf(upright);
+        return wantedColour(upright);
     }
     return look.background ? QColor(*look.background) : QColor();
 }
