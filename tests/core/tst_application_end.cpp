@@ -3,6 +3,7 @@
 #include "support/TestSupport.h"
 
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -34,6 +35,8 @@ private Q_SLOTS:
             {fakeToolPath(), folder.path(), u"rsdbbk"_s, survivors.path()});
         QVERIFY(application.waitForStarted());
         QTRY_COMPARE(pidsIn(survivors.path()).size(), 1);
+        const qint64 survivor = pidsIn(survivors.path()).first();
+        const auto end = qScopeGuard([=] { ::kill(static_cast<pid_t>(survivor), SIGKILL); });
         QTRY_COMPARE(pidsIn(folder.path()).size(), 5);
         const QList<qint64> children = pidsIn(folder.path());
         QVERIFY(std::all_of(children.cbegin(), children.cend(), isAlive));
@@ -47,9 +50,7 @@ private Q_SLOTS:
         for (const qint64 child : children) {
             QTRY_VERIFY(!isAlive(child));
         }
-        const qint64 survivor = pidsIn(survivors.path()).first();
         QVERIFY(isAlive(survivor));
-        ::kill(static_cast<pid_t>(survivor), SIGKILL);
     }
 };
 

@@ -200,6 +200,8 @@ private Q_SLOTS:
         QCOMPARE(kubeCtl.makeShell()->environment.value("KUBECONFIG"), QByteArray("/inherited"));
         qunsetenv("KUBECONFIG");
         QVERIFY(!kubeCtl.makeShell()->environment.contains("KUBECONFIG"));
+        QCOMPARE(kubeCtl.makeShell()->environment.value("KUBERC"), QByteArray("off"));
+        QVERIFY(!kubeCtl.makeForeignShell()->environment.contains("KUBERC"));
     }
 
     void argumentsAndLines_data()

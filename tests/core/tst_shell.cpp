@@ -86,10 +86,10 @@ private Q_SLOTS:
         QCOMPARE(result.error, u"logged"_s);
         QTRY_COMPARE(pidsIn(folder.path()).size(), 1);
         const qint64 agent = pidsIn(folder.path()).first();
+        const auto end = qScopeGuard([=] { ::kill(static_cast<pid_t>(agent), SIGKILL); });
         shell->process()->terminate();
         ProcessKeeper::instance().endAll(std::chrono::milliseconds(10));
         QVERIFY(isAlive(agent));
-        ::kill(static_cast<pid_t>(agent), SIGKILL);
     }
 
     void addedFoldersComeLastInTheSearchPath_data()

@@ -557,6 +557,17 @@ private Q_SLOTS:
         QCOMPARE(search.cutOffLines(), 4);
     }
 
+    void countlessMatchesAreNotCounted()
+    {
+        LogDocument document({m_folder.path()});
+        document.append(0, QByteArray(1'000'000, 'x') + '\n' + QByteArray(1'000'000, 'x') + '\n');
+        document.commit();
+        LogSearch search(document);
+        search.setPattern(LogPattern(u"x"_s, true, false), 0);
+        QTRY_VERIFY(search.hasMore() && !search.isSearching());
+        QCOMPARE(search.count(), LogSearch::mostMatches);
+    }
+
     void linesAreShownClean_data()
     {
         QTest::addColumn<QByteArray>("line");

@@ -35,6 +35,14 @@ qreal contrast(const QColor &a, const QColor &b)
     return (lighter + 0.05) / (darker + 0.05);
 }
 
+bool hasRightToLeft(const QString &text)
+{
+    return std::any_of(text.cbegin(), text.cend(), [](QChar c) {
+        const QChar::Direction direction = c.direction();
+        return direction == QChar::DirR || direction == QChar::DirAL;
+    });
+}
+
 } // namespace
 
 QColor LogAppearance::colourOf(const LogLook &look) const
@@ -77,14 +85,14 @@ LogLineLayout::LogLineLayout(LogLineText text, const LogAppearance &appearance, 
 {
     const qsizetype length = m_text.text.size();
     if (!m_text.isGrid) {
-        // A layout costs about a microsecond for each character: no more of them than can be seen.
-        qsizetype units = width > 0 ? length : static_cast<qsizetype>(needed / appearance.cellWidth) + 8;
-        layOut(width, std::min(units, length));
-        while (!covers(needed)) { // narrow or combining characters
-            const qreal unitWidth
-                = std::max(m_widest / static_cast<qreal>(m_laidOut), appearance.cellWidth / 4);
-            units = std::max(units + units / 8, static_cast<qsizetype>(needed / unitWidth) + 8);
-            layOut(width, std::min(units, length));
+        // A layout costs about a microsecond for each character: no more of them than can be seen. But what
+        // runs from right to left has its place by what follows.
+        const qsizetype seen = width > 0 || hasRightToLeft(m_text.text)
+            ? length
+            : static_cast<qsizetype>(needed / appearance.cellWidth) + 8;
+        layOut(width, std::min(seen, length));
+        if (!covers(needed)) { // narrow or combining characters
+            layOut(width, length);
         }
         return;
     }
