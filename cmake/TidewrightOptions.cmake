@@ -27,12 +27,12 @@ if(TIDEWRIGHT_SANITIZE)
 endif()
 
 # What makes a fault in the program an end instead of somebody's way in. FORTIFY needs optimised code; the two guards, which
-# are small, always have it, all else in optimised builds.
+# are small, always have it, all else in optimised builds. What uses Qt is compiled with -fPIC, which Qt asks for.
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fcf-protection TIDEWRIGHT_HAS_CF_PROTECTION)
 add_library(tidewright_hardening INTERFACE)
 target_compile_options(tidewright_hardening INTERFACE
-    -fPIE -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS
+    -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS
     $<$<BOOL:${TIDEWRIGHT_HAS_CF_PROTECTION}>:-fcf-protection>)
 target_link_options(tidewright_hardening INTERFACE -pie LINKER:-z,relro LINKER:-z,now)
 string(TOUPPER "CMAKE_CXX_FLAGS_${CMAKE_BUILD_TYPE}" flags_of_type)

@@ -20,24 +20,28 @@ private Q_SLOTS:
     void leavesNoChild_data()
     {
         QTest::addColumn<int>("signal");
-        QTest::newRow("quit") << 0;
-        QTest::newRow("killed hard") << SIGKILL;
-        QTest::newRow("terminated") << SIGTERM;
-        QTest::newRow("aborted") << SIGABRT;
+        QTest::addColumn<QString>("kinds");
+        const QString kinds = u"rsdbb"_s;
+        QTest::newRow("quit") << 0 << kinds;
+        QTest::newRow("quit with hundreds") << 0 << QString(200, u'r');
+        QTest::newRow("killed hard") << SIGKILL << kinds;
+        QTest::newRow("terminated") << SIGTERM << kinds;
+        QTest::newRow("aborted") << SIGABRT << kinds;
     }
     void leavesNoChild()
     {
         QFETCH(int, signal);
+        QFETCH(QString, kinds);
         const QTemporaryDir folder;
         const QTemporaryDir survivors;
         QProcess application;
         application.start(QStringLiteral(SHELL_HOLDER_PATH),
-            {fakeToolPath(), folder.path(), u"rsdbbk"_s, survivors.path()});
+            {fakeToolPath(), folder.path(), kinds + u'k', survivors.path()});
         QVERIFY(application.waitForStarted());
         QTRY_COMPARE(pidsIn(survivors.path()).size(), 1);
         const qint64 survivor = pidsIn(survivors.path()).first();
         const auto end = qScopeGuard([=] { ::kill(static_cast<pid_t>(survivor), SIGKILL); });
-        QTRY_COMPARE(pidsIn(folder.path()).size(), 5);
+        QTRY_COMPARE(pidsIn(folder.path()).size(), kinds.size());
         const QList<qint64> children = pidsIn(folder.path());
         QVERIFY(std::all_of(children.cbegin(), children.cend(), isAlive));
         if (signal == 0) {
