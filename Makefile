@@ -21,6 +21,7 @@ build: dependencies
 	$(CMAKE) --preset release
 	$(CMAKE) --build --preset release -j $(JOBS)
 	$(CMAKE) --install build/release --prefix build/package
+	@python3 cmake/check-hardening.py build/package/bin/tidewright build/package/libexec/tidewright/*-guard
 
 run: build
 	@scripts/run.sh

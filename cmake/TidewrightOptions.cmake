@@ -26,6 +26,22 @@ if(TIDEWRIGHT_SANITIZE)
     target_compile_options(tidewright_options INTERFACE -Wno-maybe-uninitialized)
 endif()
 
+# What makes a fault in the program an end instead of somebody's way in. FORTIFY needs optimised code; the two guards, which
+# are small, always have it, all else in optimised builds. What uses Qt is compiled with -fPIC, which Qt asks for.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fcf-protection TIDEWRIGHT_HAS_CF_PROTECTION)
+add_library(tidewright_hardening INTERFACE)
+target_compile_options(tidewright_hardening INTERFACE
+    -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS
+    $<$<BOOL:${TIDEWRIGHT_HAS_CF_PROTECTION}>:-fcf-protection>)
+target_link_options(tidewright_hardening INTERFACE -pie LINKER:-z,relro LINKER:-z,now)
+string(TOUPPER "CMAKE_CXX_FLAGS_${CMAKE_BUILD_TYPE}" flags_of_type)
+set(TIDEWRIGHT_HARDENED OFF)
+if("${CMAKE_CXX_FLAGS} ${${flags_of_type}}" MATCHES "-O[123s]" AND NOT TIDEWRIGHT_SANITIZE)
+    set(TIDEWRIGHT_HARDENED ON)
+    target_link_libraries(tidewright_options INTERFACE tidewright_hardening)
+endif()
+
 # Headers that nearly every file of a folder reads, parsed once per target. Off in the dev preset, where each file has
 # to name for itself what it uses.
 option(TIDEWRIGHT_PRECOMPILE "Precompile the most used headers" OFF)

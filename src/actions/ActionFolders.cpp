@@ -30,20 +30,19 @@ constexpr int deepestFolder = 32;
 constexpr qint64 largestImageFile = 4 << 20;
 constexpr int largestImageSide = 1024;
 
-/// In the size in which it is shown, at most or (stretched) exactly. Null when the file is no readable image
-/// of a sensible size; the standard image is shown then.
+/// In the size in which it is shown, at most or (stretched) exactly. Null when the file is no readable PNG of
+/// a sensible size; the standard image is shown then.
 QImage readImage(const QString &path, int pixelsPerPoint, Qt::AspectRatioMode mode)
 {
     const QFileInfo file(path);
     if (path.isEmpty() || !file.isFile() || file.size() > largestImageFile) {
         return {};
     }
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
+    // One decoder, however many others Qt's plug-ins on this machine bring along.
+    QImageReader reader(path, QByteArrayLiteral("png"));
+    reader.setAutoDetectImageFormat(false);
     const QSize size = reader.size();
-    const bool isSensible = size.isValid() && size.width() <= largestImageSide
-        && size.height() <= largestImageSide && !reader.format().startsWith("svg");
-    if (!isSensible) {
+    if (!size.isValid() || size.width() > largestImageSide || size.height() > largestImageSide) {
         return {};
     }
     const int side = CustomActionItem::iconPoints * pixelsPerPoint;
@@ -54,6 +53,21 @@ QImage readImage(const QString &path, int pixelsPerPoint, Qt::AspectRatioMode mo
     QImage image = reader.read();
     image.setDevicePixelRatio(pixelsPerPoint);
     return image;
+}
+
+/// What editors leave beside a file that they write.
+bool isBackup(const QString &name)
+{
+    static const QStringList endings{QStringLiteral("~"), QStringLiteral(".bak"), QStringLiteral(".backup"),
+        QStringLiteral(".old"), QStringLiteral(".orig"), QStringLiteral(".rej"), QStringLiteral(".save"),
+        QStringLiteral(".swp"), QStringLiteral(".swo"), QStringLiteral(".tmp")};
+    return std::any_of(
+        endings.begin(), endings.end(), [&name](const QString &ending) { return name.endsWith(ending); });
+}
+
+bool isScript(const QString &name)
+{
+    return name.startsWith(QLatin1String("main.")) && !isBackup(name);
 }
 
 /// One walk through the folders, on one thread.
@@ -118,8 +132,13 @@ private:
         const auto named = [&first](const char *name) {
             return first([name](const QString &entry) { return entry == QLatin1String(name); });
         };
-        const auto script
-            = first([](const QString &entry) { return entry.startsWith(QLatin1String("main.")); });
+        const auto script = first(isScript);
+        const auto scripts = std::count_if(entries.begin(), entries.end(),
+            [](const QString &entry) { return isScript(QFileInfo(entry).fileName()); });
+        if (scripts > 1) {
+            m_problems.append(QStringLiteral("The action in %1 has several scripts; %2 is the one that runs.")
+                                  .arg(folder, QFileInfo(script.path).fileName()));
+        }
         if (!script.path.isEmpty()) {
             found.push_back({title, script, named("icon.png"), named("menu.png"), named("config.json"), {}});
         }
@@ -130,7 +149,8 @@ private:
         QStringList kept;
         for (const QString &entry : entries) {
             const QFileInfo info(entry);
-            if (info.isDir() && !info.fileName().startsWith(QLatin1String("__"))
+            // ".git" and the like are nobody's actions.
+            if (info.isDir() && !info.isHidden() && !info.fileName().startsWith(QLatin1String("__"))
                 && !isAncestor(FileIdentity::at(QFile::encodeName(entry)))) {
                 kept.append(entry);
             }
@@ -204,7 +224,7 @@ SharedActionTree loadActions(const SharedActionTree &known, int pixelsPerPoint)
     }
     QStringList folders;
     for (const QString &entry : directoryContents(*folder)) {
-        if (QFileInfo(entry).isDir()) {
+        if (const QFileInfo info(entry); info.isDir() && !info.isHidden()) {
             folders.append(entry);
         }
     }

@@ -61,19 +61,21 @@ void BashScript::runScript(std::shared_ptr<CustomActionItem> item, ActionRun run
     if (!complete) {
         return;
     }
-    const RunningScript running(std::move(run.console), item->title());
+    const bool inTerminal = item->config().open_in_terminal.value_or(false);
+    const auto shell = inTerminal ? nullptr : Shell::create();
+    const RunningScript running(std::move(run.console), item->title(),
+        shell ? std::make_shared<const std::function<void()>>([shell] { shell->cancel(); }) : nullptr);
     writeDiagnostic(QLatin1String("Run bash ") + scriptURL());
     ActionEnvironment shown
         = shownEnvironment(*complete, item->config().environment_variables.value_or(QStringList()));
     if (!run.shownKubeConfig.isEmpty()) {
         shown.insert(QStringLiteral("KUBECONFIG"), run.shownKubeConfig);
     }
-    if (item->config().open_in_terminal.value_or(false)) {
+    if (inTerminal) {
         actionTerminal()(terminalCommand(*complete, scriptURL()), terminalCommand(shown, scriptURL()),
             run.view ? run.view->path() : QString());
         running.end();
     } else {
-        const auto shell = Shell::create();
         shell->outputLimit = outputLimit;
         shell->needed = run.view;
         shell->loggedArguments = backgroundCommand(shown, scriptURL());

@@ -70,10 +70,19 @@ public:
 
     const QString &error() const { return m_error; }
 
+    /// The keys that nobody has asked for.
+    QStringList unknownKeys() const
+    {
+        QStringList keys = m_object.keys();
+        keys.removeIf([this](const QString &key) { return m_asked.contains(key); });
+        return keys;
+    }
+
 private:
     /// Undefined when the key is absent or null.
-    QJsonValue present(const char *key) const
+    QJsonValue present(const char *key)
     {
+        m_asked.append(QLatin1String(key));
         const QJsonValue value = m_object.value(QLatin1String(key));
         return value.isNull() ? QJsonValue(QJsonValue::Undefined) : value;
     }
@@ -86,6 +95,7 @@ private:
     }
 
     QJsonObject m_object;
+    QStringList m_asked;
     QString m_error;
 };
 
@@ -130,7 +140,7 @@ CustomActionConfig::Decoded CustomActionConfig::decode(const QByteArray &json)
         return {std::nullopt, reader.error()};
     }
     config.scope = *scope;
-    return {config, {}};
+    return {config, {}, reader.unknownKeys()};
 }
 
 CustomActionConfig::Decoded CustomActionConfig::load(const QString &path)

@@ -52,6 +52,7 @@ struct CustomActionConfig::Decoded
 {
     std::optional<CustomActionConfig> config;
     QString error;
+    QStringList unknownKeys = {}; ///< passed over
 };
 
 } // namespace tidewright

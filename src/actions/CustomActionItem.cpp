@@ -98,6 +98,11 @@ void CustomActionItem::loadConfig()
     CustomActionConfig::Decoded decoded = CustomActionConfig::load(*m_configURL);
     if (decoded.config) {
         m_config = *std::move(decoded.config);
+        if (!decoded.unknownKeys.isEmpty()) {
+            m_configProblem = QStringLiteral(
+                "The action \"%1\" has keys in its configuration that mean nothing: %2 (%3).")
+                                  .arg(m_title, decoded.unknownKeys.join(QLatin1String(", ")), *m_configURL);
+        }
         return;
     }
     m_configProblem = QStringLiteral("The action \"%1\" runs without its configuration: %2: %3.")

@@ -5,7 +5,6 @@
 
 #include "platform/desktop/Bundle.h"
 #include "platform/desktop/Diagnostics.h"
-#include "platform/threads/DispatchQueue.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -16,6 +15,7 @@
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace tidewright {
@@ -156,8 +156,9 @@ void prepareEmbeddedPython()
 void loadEmbeddedPython()
 {
     std::call_once(loading().once, [] {
-        static DispatchQueue queue("python"); // lives on: its threads may be loading when the process ends
-        queue.post([] {
+        // For Python this is the main thread, whose number must not pass to a thread with a script: it stays.
+        std::thread([] {
+            pthread_setname_np(pthread_self(), "python");
             // This thread only: the kubectl runs that bring the first rows come first.
             ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), niceness);
             const QString problem = load();
@@ -165,7 +166,10 @@ void loadEmbeddedPython()
                 writeDiagnostic(problem);
             }
             loading().promise.set_value(problem);
-        });
+            for (;;) {
+                ::pause();
+            }
+        }).detach();
     });
 }
 

@@ -7,16 +7,17 @@
 
 namespace tidewright {
 
-RunningScript::RunningScript(QPointer<Console> console, QString title)
+RunningScript::RunningScript(QPointer<Console> console, QString title, Console::Stop stop)
     : m_console(std::move(console))
     , m_title(std::move(title))
+    , m_stop(std::move(stop))
 {
-    postToMain(m_console, [title = m_title](Console &shown) { shown.begin(title); });
+    postToMain(m_console, [title = m_title, stop = m_stop](Console &shown) { shown.begin(title, stop); });
 }
 
 void RunningScript::end() const
 {
-    postToMain(m_console, [title = m_title](Console &shown) { shown.end(title); });
+    postToMain(m_console, [title = m_title, stop = m_stop](Console &shown) { shown.end(title, stop); });
 }
 
 void RunningScript::endAndWait() const

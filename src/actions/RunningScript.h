@@ -10,7 +10,8 @@ namespace tidewright {
 class RunningScript
 {
 public:
-    RunningScript(QPointer<Console> console, QString title);
+    /// With `stop`, the console's user can end it.
+    RunningScript(QPointer<Console> console, QString title, Console::Stop stop = {});
 
     /// The first script of that title is no longer running.
     void end() const;
@@ -20,6 +21,7 @@ public:
 private:
     QPointer<Console> m_console;
     QString m_title;
+    Console::Stop m_stop;
 };
 
 } // namespace tidewright

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AboutWindow.h"
 
+#include "core/running/PackagedKubectl.h"
 #include "platform/desktop/Bundle.h"
 
 #include <QDialogButtonBox>
@@ -23,12 +24,21 @@ AboutWindow::AboutWindow(QWidget *parent)
         QStringLiteral("Version %1 (Build %2)").arg(bundle::shortVersionString(), bundle::buildNumber()));
     version->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     auto *purpose = new QLabel(tr("A desktop client for Kubernetes clusters"));
+    const auto packaged = PackagedKubectl::ofPackage();
+    auto *kubectl = new QLabel(packaged
+            ? tr("kubectl %1\nSHA-256 %2").arg(packaged->version, QString::fromLatin1(packaged->sha256))
+            : tr("This package does not say which kubectl it came with."));
+    kubectl->setTextFormat(Qt::PlainText);
+    kubectl->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    QFont small = kubectl->font();
+    small.setPointSizeF(small.pointSizeF() * 0.85);
+    kubectl->setFont(small);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(32, 24, 32, 20);
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    for (QLabel *label : {name, version, purpose}) {
+    for (QLabel *label : {name, version, purpose, kubectl}) {
         label->setAlignment(Qt::AlignCenter);
         layout->addWidget(label);
     }

@@ -10,6 +10,7 @@
 #include "app/window/MainWindowController.h"
 #include "core/kubeconfig/ContextPolicy.h"
 #include "core/running/ApplicationRecord.h"
+#include "core/running/PackagedKubectl.h"
 #include "core/running/Shell.h"
 #include "platform/desktop/Bundle.h"
 #include "platform/desktop/Notifications.h"
@@ -27,16 +28,19 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
+#include <QTimer>
 
 #include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tidewright {
 
 namespace {
 
 constexpr auto graceAtQuit = std::chrono::milliseconds(200);
+constexpr auto untilKubectlIsChecked = std::chrono::seconds(5); // the first rows come first
 constexpr auto graceForKubeConfig = std::chrono::milliseconds(500);
 
 /// KUBECONFIG as this process was given it.
@@ -105,8 +109,13 @@ QString AppDelegate::createCacheDirectory()
         return QLatin1String("Unable to create cache directory: ") + path + QLatin1String(": ")
             + QString::fromLocal8Bit(std::strerror(errno));
     }
+    struct stat status = {};
+    if (::stat(encoded.constData(), &status) != 0 || status.st_uid != ::geteuid()) {
+        return QStringLiteral("Unable to create cache directory: %1: it belongs to somebody else").arg(path);
+    }
     ::chmod(encoded.constData(), 0700);
     setCacheDirectory(path);
+    PreviewFiles::sweep();
     return {};
 }
 
@@ -114,6 +123,19 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     newDocument();
     shellQueue().post(&KubeConfigView::sweep);
+    QTimer::singleShot(untilKubectlIsChecked, this, &AppDelegate::checkKubectl);
+}
+
+/// Tells when somebody has put another kubectl in the place of the packaged one.
+void AppDelegate::checkKubectl()
+{
+    shellQueue().post([path = kubectlPath()] {
+        const auto packaged = PackagedKubectl::ofPackage();
+        const QString difference = packaged ? packaged->difference(path) : QString();
+        if (!difference.isEmpty()) {
+            mainQueue().post([difference] { postConsoleError(difference); });
+        }
+    });
 }
 
 void AppDelegate::newDocument()

@@ -62,6 +62,7 @@ public:
 
 private:
     QString createCacheDirectory();
+    void checkKubectl();
     void openWindow(const QString &kubeConfig);
     MainWindowController *pageOn(const QString &kubeConfig) const;
     QList<ClusterWindowFrame *> frames() const;

@@ -81,7 +81,7 @@ int runApplication(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    tidewright::ignoreHarmlessSignals();
+    tidewright::settleSignals();
     tidewright::raiseDescriptorLimit();
     tidewright::sendQtMessagesToDiagnostics();
     const int status = hasDisplay() ? runApplication(argc, argv) : refuseWithoutDisplay(argc, argv);

@@ -62,6 +62,7 @@ std::shared_ptr<Shell> KubeCtl::makePlainShell() const
 {
     auto shell = Shell::create();
     child_environment::setKubeConfig(shell->environment, configPath);
+    child_environment::ignoreKubeRc(shell->environment);
     return shell;
 }
 
@@ -80,7 +81,10 @@ std::shared_ptr<Shell> KubeCtl::makeShell() const
 
 std::shared_ptr<Shell> KubeCtl::makeForeignShell() const
 {
-    return usesView() ? shellFor(makeCopy()) : makePlainShell();
+    auto shell = usesView() ? shellFor(makeCopy()) : makePlainShell();
+    child_environment::restoreKubeRc(
+        shell->environment); // the user's own words mean what they mean elsewhere
+    return shell;
 }
 
 std::shared_ptr<Shell> KubeCtl::shellFor(const KubeConfigCopy &copy) const

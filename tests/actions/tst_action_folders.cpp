@@ -28,13 +28,13 @@ QString drawn(const std::vector<ActionNode> &nodes)
     return texts.join(u',');
 }
 
-QByteArray png(int side)
+QByteArray png(int side, const char *format = "PNG")
 {
     QImage image(side, side, QImage::Format_ARGB32);
     image.fill(Qt::red);
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    image.save(&buffer, "PNG");
+    image.save(&buffer, format);
     return bytes;
 }
 
@@ -89,7 +89,7 @@ private Q_SLOTS:
                     .join(u' '),
                 fields);
             QVERIFY(printed.isEmpty());
-            QVERIFY(item->configProblem().isEmpty());
+            QCOMPARE(item->configProblem().contains(u"nothing: more "_s), json.contains("more"));
         } else {
             QVERIFY(item->config() == CustomActionConfig());
             QVERIFY2(printed.startsWith(u"Error "_s + file + u": "_s + error), qPrintable(printed));
@@ -104,13 +104,15 @@ private Q_SLOTS:
         table.row("upper case before lower",
             QStringList{u"b/main.sh"_s, u"a/main.sh"_s, u"Z/main.sh"_s, u"é x/main.sh"_s}, "Z,a,b,é x");
         table.row("no script, no action",
-            QStringList{u"a/config.json"_s, u"b/Main.sh"_s, u"c/main"_s, u"d/main.sh"_s}, "d");
+            QStringList{u"a/config.json"_s, u"a/main.sh~"_s, u"a/main.sh.orig"_s, u"b/Main.sh"_s, u"c/main"_s,
+                u"d/main.sh"_s},
+            "d");
         table.row("a folder in it makes a group",
             QStringList{u"g/main.sh"_s, u"g/x/main.sh"_s, u"g/empty/note"_s}, "g(x)");
         table.row("underscores count below the top",
             QStringList{u"__top/main.sh"_s, u"g/__pycache__/x"_s, u"g/main.py"_s, u"h/__no/main.sh"_s,
-                u"h/_yes/main.sh"_s},
-            "__top,g,h(_yes)");
+                u"h/_yes/main.sh"_s, u"i/.git/main.sh"_s, u"i/main.sh"_s, u".idea/main.sh"_s},
+            "__top,g,h(_yes),i");
         table.row("the same name twice", QStringList{u"a/x/main.sh"_s, u"b/x/main.sh"_s}, "a(x),b(x)");
         table.row(
             "links are followed", QStringList{u"a/main.sh"_s, u"g/x -> ../a"_s, u"l -> g"_s}, "a,g(x),l(x)");
@@ -175,6 +177,7 @@ private Q_SLOTS:
         table.row("none", QByteArray(), 0);
         table.row("cut off", png(64).left(40), 0);
         table.row("huge", png(3000), 0);
+        table.row("another format", png(64, "BMP"), 0);
     }
     void images()
     {

@@ -146,6 +146,19 @@ private Q_SLOTS:
         QVERIFY(!QString(entry + copied + diagnostics.text()).contains(token));
     }
 
+    void aScriptCanBeStopped()
+    {
+        const auto item = m_bench->action(u"act"_s, R"({"scope":"namespace"})", "main.sh",
+            "#!/bin/sh\necho begun\nsleep 1000 & sleep 1000\n");
+        item->performAction({});
+        QTRY_COMPARE(m_bench->console.stoppableScripts(), QStringList{u"act"_s});
+        m_bench->console.stopScripts();
+        QTRY_COMPARE(m_bench->console.states, QStringList({u"act"_s, u""_s}));
+        QVERIFY(m_bench->console.stoppableScripts().isEmpty());
+        QVERIFY2(m_bench->console.entries.join(u'|').contains(u"was stopped before it had finished"_s),
+            qPrintable(m_bench->console.entries.join(u'|')));
+    }
+
     void terminal_data()
     {
         // title, value, line that is shown (%1 for the folder)

@@ -54,8 +54,8 @@ private Q_SLOTS:
         // ("command||error" joined with line feeds), question
         const Table<QByteArray, QString, QString> table;
         const char *const raised = "||Recieved python exception ";
-        const auto fails = [&](const char *name, const char *body, const char *what) {
-            table.row(name, body, QByteArray(raised + QByteArray(what)));
+        const auto fails = [&](const char *name, const QByteArray &body, const QByteArray &what) {
+            table.row(name, body, QByteArray(raised + what));
         };
         table.row("logs and raises", "self._logger.log = ['one']; raise ValueError('bad')",
             "one||\n||Recieved python exception ValueError: bad.");
@@ -76,6 +76,19 @@ private Q_SLOTS:
             "import sys; sys.setrecursionlimit(10**8)\n        def f(x): return sorted([1, 2], key=f)\n"
             "        f(1)",
             "RecursionError: maximum recursion depth exceeded");
+        const auto refused = [&](const char *call, const QByteArray &module) {
+            fails(call, "import os, signal; " + QByteArray(call), "PermissionError: " + module);
+        };
+        refused("os.fork()", "os.fork: an action runs inside of Tidewright; start children with subprocess.");
+        refused("os.execl('/bin/true', 'true')", "os.execv");
+        refused("os._exit(1)", "os._exit");
+        refused("signal.alarm(1)", "signal.alarm");
+        refused("signal.signal(signal.SIGTERM, signal.SIG_IGN)", "signal.signal");
+        fails("what Python takes for its main thread",
+            "import multiprocessing, os, threading; place = '/proc/self/task/'\n"
+            "        lives = os.path.exists(f'{place}{threading.main_thread().native_id}')\n"
+            "        raise ValueError(multiprocessing.get_start_method() + str(lives))",
+            "ValueError: spawnTrue.");
         fails("reads the terminal", "input()", "EOFError: EOF when reading a line.");
         fails("half a character", "raise ValueError('\\udc80')", "ValueError: ?.");
         table.row("does not import", "\nimport nowhere_to_be_found",
@@ -313,7 +326,6 @@ class Action(tidewright_actions.Action):
     {
         const Table<QByteArray, QString> table;
         table.row("quit in order, the script goes on", QByteArray(), u"exit 0"_s);
-        table.row("the script exits for all", QByteArray("os._exit(3)"), u"exit 3"_s);
         table.row("the script crashes", QByteArray("os.kill(os.getpid(), 6)"), u"signal 6"_s);
     }
     /// Whatever a script does, what it has printed is there.

@@ -11,6 +11,8 @@
 #include <QRegularExpression>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -138,13 +140,27 @@ private Q_SLOTS:
         QCOMPARE(package.program.readAllStandardOutput(), QByteArray()); // no window was opened
     }
 
+    void firstWindow_data()
+    {
+        QTest::addColumn<bool>("alone");
+        QTest::newRow("alone") << true;
+        QTest::newRow("beside another program of the same user") << false;
+    }
+
     void firstWindow()
     {
+        QFETCH(bool, alone);
         Package package;
+        const QString left = u"home/.cache/com.brindle.Tidewright/ns-secret.yaml"_s; // by one that was killed
+        package.write(left, "password");
+        const tidewright::FileDescriptor other(
+            ::open(QFile::encodeName(QFileInfo(package.path(left)).path()).constData(), O_RDONLY));
+        QCOMPARE(::flock(other.get(), alone ? LOCK_UN : LOCK_SH), 0);
         package.write(u"home/.config/com.brindle.Tidewright/settings.json"_s,
             R"({"defaultKubeConfigPath": "~/my config"})");
         package.setVariable(u"LANG"_s, u"C"_s);
         package.startHanging();
+        QCOMPARE(QFile::exists(package.path(left)), !alone);
         const QString home = package.path(u"home"_s);
         QVERIFY(package.seen().contains(u"KUBECONFIG="_s + home + u"/my config"_s));
         const QFileInfo cache(home + u"/.cache/com.brindle.Tidewright"_s);

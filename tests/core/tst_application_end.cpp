@@ -3,6 +3,7 @@
 #include "support/TestSupport.h"
 
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -19,34 +20,41 @@ private Q_SLOTS:
     void leavesNoChild_data()
     {
         QTest::addColumn<int>("signal");
-        QTest::newRow("quit") << 0;
-        QTest::newRow("killed hard") << SIGKILL;
-        QTest::newRow("terminated") << SIGTERM;
-        QTest::newRow("aborted") << SIGABRT;
-        QTest::newRow("quit with children in the background") << -1;
+        QTest::addColumn<QString>("kinds");
+        const QString kinds = u"rsdbb"_s;
+        QTest::newRow("quit") << 0 << kinds;
+        QTest::newRow("quit with hundreds") << 0 << QString(200, u'r');
+        QTest::newRow("killed hard") << SIGKILL << kinds;
+        QTest::newRow("terminated") << SIGTERM << kinds;
+        QTest::newRow("aborted") << SIGABRT << kinds;
     }
     void leavesNoChild()
     {
         QFETCH(int, signal);
-        QTemporaryDir folder;
+        QFETCH(QString, kinds);
+        const QTemporaryDir folder;
+        const QTemporaryDir survivors;
         QProcess application;
-        // Only its own quit reaches those whose parent, the application's child, is gone.
-        const QString kinds = signal < 0 ? u"bbbbb"_s : u"rrssd"_s;
-        application.start(QStringLiteral(SHELL_HOLDER_PATH), {fakeToolPath(), folder.path(), kinds});
+        application.start(QStringLiteral(SHELL_HOLDER_PATH),
+            {fakeToolPath(), folder.path(), kinds + u'k', survivors.path()});
         QVERIFY(application.waitForStarted());
-        QTRY_COMPARE(pidsIn(folder.path()).size(), 5);
+        QTRY_COMPARE(pidsIn(survivors.path()).size(), 1);
+        const qint64 survivor = pidsIn(survivors.path()).first();
+        const auto end = qScopeGuard([=] { ::kill(static_cast<pid_t>(survivor), SIGKILL); });
+        QTRY_COMPARE(pidsIn(folder.path()).size(), kinds.size());
         const QList<qint64> children = pidsIn(folder.path());
         QVERIFY(std::all_of(children.cbegin(), children.cend(), isAlive));
-        if (signal <= 0) {
+        if (signal == 0) {
             application.closeWriteChannel();
         } else {
             ::kill(static_cast<pid_t>(application.processId()), signal);
         }
         QVERIFY(application.waitForFinished(20'000));
-        QCOMPARE(application.exitStatus(), signal <= 0 ? QProcess::NormalExit : QProcess::CrashExit);
+        QCOMPARE(application.exitStatus(), signal == 0 ? QProcess::NormalExit : QProcess::CrashExit);
         for (const qint64 child : children) {
             QTRY_VERIFY(!isAlive(child));
         }
+        QVERIFY(isAlive(survivor));
     }
 };
 

@@ -3,6 +3,7 @@
 #include "core/KubeCtl.h"
 #include "core/running/ApplicationRecord.h"
 #include "core/running/KubectlArguments.h"
+#include "core/running/PackagedKubectl.h"
 #include "platform/settings/UserDefaults.h"
 #include "platform/threads/MainQueue.h"
 #include "support/Patience.h"
@@ -105,6 +106,25 @@ class TestKubeCtl : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void anotherKubectlIsTold()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"kubectl"_s);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("abc") == 3 && file.flush());
+        const QByteArray sum = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+        const auto packaged
+            = PackagedKubectl::read(R"({"kubectl": {"version": "v1.33.1", "sha256": ")" + sum + R"("}})");
+        QVERIFY(packaged);
+        QCOMPARE(packaged->difference(path), QString());
+        QVERIFY(file.write("d") == 1 && file.flush());
+        QVERIFY(packaged->difference(path).startsWith(path + u" is not the kubectl"_s));
+        QVERIFY(packaged->difference(folder.path()).contains(u"could not be compared"_s));
+        for (const char *bad : {"", "[]", R"({"kubectl": {"version": "v1.33.1", "sha256": 1}})"}) {
+            QVERIFY(!PackagedKubectl::read(bad));
+        }
+    }
+
     void initTestCase() { mainQueue(); }
     void init()
     {
@@ -180,6 +200,8 @@ private Q_SLOTS:
         QCOMPARE(kubeCtl.makeShell()->environment.value("KUBECONFIG"), QByteArray("/inherited"));
         qunsetenv("KUBECONFIG");
         QVERIFY(!kubeCtl.makeShell()->environment.contains("KUBECONFIG"));
+        QCOMPARE(kubeCtl.makeShell()->environment.value("KUBERC"), QByteArray("off"));
+        QVERIFY(!kubeCtl.makeForeignShell()->environment.contains("KUBERC"));
     }
 
     void argumentsAndLines_data()

@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
+
 using namespace tidewright;
 using namespace tidewright::test;
 using namespace Qt::StringLiterals;
@@ -28,7 +30,9 @@ private Q_SLOTS:
     void initTestCase()
     {
         mainQueue();
-        setKubectlPath(fakeToolPath());
+        const QString kubectl = m_folder.filePath(u"kubectl"_s);
+        QVERIFY(QFile::link(fakeToolPath(), kubectl));
+        setKubectlPath(kubectl);
         qputenv("FAKE_TOOL_GREETING", "hello");
     }
     void init()
@@ -56,6 +60,8 @@ private Q_SLOTS:
             "soonlate");
         row("arguments unchanged", "arguments a$HOME *  'b' kubectl",
             "\"a$HOME\"\n\"*\"\n\"\"\n\"'b'\"\n\"kubectl\"");
+        QTest::newRow("a program whose path reads as a variable")
+            << QStringList{oddPath(), u"out"_s, u"x"_s} << QByteArray("x") << QString();
         QTest::newRow("packaged kubectl")
             << QStringList{u"kubectl"_s, u"arguments"_s, u"get"_s} << QByteArray("\"get\"") << QString();
     }
@@ -67,6 +73,23 @@ private Q_SLOTS:
         QTEST(result.output, "output");
         QCOMPARE(result.error.has_value(), !error.isNull());
         QCOMPARE(result.error.value_or(QString()), error);
+    }
+
+    void whatKubectlLeavesRunningIsLeftAlone()
+    {
+        const QTemporaryDir folder;
+        const auto shell = Shell::create();
+        const QStringList arguments{u"kubectl"_s, u"out"_s, u"in"_s, u"grandchild"_s, u"3"_s, u"pidfile"_s,
+            folder.path(), u"hang"_s, u"err"_s, u"logged"_s};
+        const ShellResult result = runToEnd(shell, arguments);
+        QCOMPARE(result.output, "in");
+        QCOMPARE(result.error, u"logged"_s);
+        QTRY_COMPARE(pidsIn(folder.path()).size(), 1);
+        const qint64 agent = pidsIn(folder.path()).first();
+        const auto end = qScopeGuard([=] { ::kill(static_cast<pid_t>(agent), SIGKILL); });
+        shell->process()->terminate();
+        ProcessKeeper::instance().endAll(std::chrono::milliseconds(10));
+        QVERIFY(isAlive(agent));
     }
 
     void addedFoldersComeLastInTheSearchPath_data()
@@ -208,6 +231,14 @@ private Q_SLOTS:
     }
 
 private:
+    QString oddPath() const
+    {
+        const QString path = m_folder.filePath(u"a=b"_s);
+        QFile::link(fakeToolPath(), path);
+        return path;
+    }
+
+    QTemporaryDir m_folder;
     std::unique_ptr<RecordingConsole> m_console;
 };
 

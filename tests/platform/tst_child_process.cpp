@@ -6,6 +6,7 @@
 #include "support/TestSupport.h"
 
 #include <QElapsedTimer>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -63,7 +64,7 @@ private Q_SLOTS:
     {
         // What an application may have: descriptors from whoever started it, ignored and blocked signals.
         QVERIFY(::open("/dev/null", O_RDONLY) >= 0);
-        ignoreHarmlessSignals();
+        settleSignals();
         sigset_t blocked;
         sigemptyset(&blocked);
         sigaddset(&blocked, SIGUSR1);
@@ -107,6 +108,21 @@ private Q_SLOTS:
         QVERIFY(child.process.waitUntilExit(deadline));
         QVERIFY(!child.process.isRunning());
         QCOMPARE(child.process.terminationSignal().value_or(0), signal);
+    }
+
+    void endsAlsoWhereTheKernelReaps()
+    {
+        std::signal(SIGCHLD, SIG_IGN); // inherited, or set by a library
+        const auto settle = qScopeGuard(settleSignals);
+        Child reaped(QStringLiteral("exit 3"));
+        QCOMPARE(reaped.start(), std::nullopt);
+        QVERIFY(reaped.process.waitUntilExit(deadline));
+        QCOMPARE(reaped.process.exitStatus(), std::nullopt);
+        settleSignals();
+        Child child(QStringLiteral("exit 3"));
+        QCOMPARE(child.start(), std::nullopt);
+        QVERIFY(child.process.waitUntilExit(deadline));
+        QCOMPARE(child.process.exitStatus(), 3);
     }
 
     void niceness()

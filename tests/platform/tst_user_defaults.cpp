@@ -387,7 +387,7 @@ private:
 
 int main(int argc, char **argv)
 {
-    ignoreHarmlessSignals();
+    settleSignals();
     QCoreApplication application(argc, argv);
     if (argc == 4 && qstrcmp(argv[1], "--write") == 0) {
         return writeSettings(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));

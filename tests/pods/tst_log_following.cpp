@@ -65,7 +65,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         mainQueue();
-        ignoreHarmlessSignals();
+        settleSignals();
     }
     void init() { prepareFolder(); }
     void cleanup() { delete m_window; }

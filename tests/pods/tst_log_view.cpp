@@ -240,6 +240,8 @@ private Q_SLOTS:
                 colours.insert(picture.pixel(x, y));
             }
         }
+        const LogLook hidden{.foreground = qRgb(0, 43, 54), .background = qRgb(0, 43, 55)};
+        QCOMPARE(bench.view.appearance().colourOf(hidden), QColor(Qt::white));
         for (const QColor colour : {QColor(255, 0, 255), QColor(Qt::yellow), QColor(Qt::white),
                  QColor(0, 255, 0), QColor(0x6B, 0x5A, 0x10), bench.view.appearance().background}) {
             QVERIFY2(colours.contains(colour.rgb()), qPrintable(colour.name()));
@@ -258,11 +260,12 @@ private Q_SLOTS:
     {
         QFETCH(QString, pattern);
         Bench bench(m_folder.path());
-        bench.add(QString(4000, u'.') + QString(200, u'A') + QString(8000, u'b') + u'\n');
+        bench.add(u"\u001b[31m"_s + QString(3995, u'.') + QString(200, u'A') + QString(8000, u'b') + u'\n');
         LogLineCache lines(bench.document);
         lines.setPattern(LogPattern(pattern, true, true));
         QCOMPARE(bench.document.shown().lineStart(1), 4096);
         QTEST(lines.matches(1), "inSecondPiece");
+        QCOMPARE(lines.layout(2).text().runs.front().look.foreground, QRgb(0xFFDC322F));
     }
 
     void screenReadersGetWhatIsVisible()

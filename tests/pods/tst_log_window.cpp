@@ -42,7 +42,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         mainQueue();
-        ignoreHarmlessSignals();
+        settleSignals();
     }
     void init()
     {

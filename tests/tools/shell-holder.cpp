@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// shell-holder TOOL FOLDER KINDS
+// shell-holder TOOL FOLDER KINDS [SURVIVORS]
 //
 // An application with children, to be ended by a test: per letter of KINDS it starts, through Shell, a run
-// (r), a stream (s), one that is deaf to SIGTERM (d), or one that ends and leaves a child of its own to write
-// to its pipe (b). Each child leaves a file with its number in FOLDER.
+// (r), a stream (s), one that is deaf to SIGTERM (d), one that ends and leaves a child of its own to write
+// to its pipe (b), or one that is to outlive it (k). Each child leaves a file with its number in FOLDER, the
+// last kind in SURVIVORS.
 // A line on standard input, or its end, makes the application quit in order.
 #include "core/running/Shell.h"
 #include "platform/process/ProcessKeeper.h"
@@ -30,7 +31,10 @@ int main(int argc, char **argv)
         if (kind == u's') {
             shell->runStreaming(command, [](auto &&...) {});
         } else {
-            if (kind == u'd') {
+            if (kind == u'k') {
+                shell->outlivesApplication = true;
+                command[2] = arguments.at(4);
+            } else if (kind == u'd') {
                 command.insert(1, QStringLiteral("ignore-term"));
             } else if (kind == u'b') {
                 command.insert(1, QStringLiteral("grandchild"));

@@ -11,8 +11,10 @@ import importlib.machinery
 import importlib.util
 import io
 import itertools
+import multiprocessing
 import os
 import re
+import signal
 import subprocess
 import sys
 import threading
@@ -41,6 +43,7 @@ def prepare(write_line, stack_size):
     _redirect()
     _limit_recursion(min(DEEPEST_RECURSION, stack_size // STACK_PER_LEVEL))
     _keep_environment()
+    _keep_process()
     _keep_modules_apart()
 
 
@@ -108,6 +111,23 @@ def _keep_environment():
 
     subprocess.Popen.__init__ = with_environment
     os.system = system
+
+
+def _keep_process():
+    """What acts on the whole process is refused: all windows are in it, and their threads."""
+    def refuse(module, name, instead):
+        def refused(*arguments, **options):
+            raise PermissionError(f"{module.__name__}.{name}: an action runs inside of Tidewright; {instead}")
+
+        setattr(module, name, functools.wraps(getattr(module, name))(refused))
+
+    for name in ("fork", "forkpty", "execv", "execve"):
+        refuse(os, name, "start children with subprocess")
+    for name in ("_exit", "abort"):
+        refuse(os, name, "raise an exception to end it")
+    for name in ("alarm", "setitimer", "signal", "siginterrupt", "set_wakeup_fd", "pthread_kill", "raise_signal"):
+        refuse(signal, name, "signals are Tidewright's")
+    multiprocessing.set_start_method("spawn")
 
 
 def _child_environment():

@@ -99,6 +99,14 @@ Chosen chosenObjects(const SharedContentViewController &table, const CustomActio
     return chosen;
 }
 
+/// Why an action must not run in a context, as its configuration says; empty when it may.
+QString contextObstacle(const CustomActionItem &item, const QString &context)
+{
+    return item.isActiveIn(context)
+        ? QString()
+        : QObject::tr("This action is not meant for the context %1.").arg(context);
+}
+
 QString notRun(const CustomActionItem &item)
 {
     return QObject::tr("\"%1\" was not run").arg(item.title());
@@ -136,10 +144,14 @@ void ActionDispatcher::dispatchAction(const std::shared_ptr<CustomActionItem> &i
 {
     // While there is a hint, what the tables show is not where the window is going.
     if (!allows(m_window, notRun(*item), m_window.loadingHint())
+        || !allows(m_window, notRun(*item), contextObstacle(*item, m_window.currentContext()))
         || !allows(m_window, notRun(*item), item->readOnlyObstacle(shownContext(m_window)))) {
         return;
     }
     std::vector<ActionEnvironment> runs = targets(*item);
+    if (runs.empty() && !allows(m_window, notRun(*item), obstacle(*item))) {
+        return;
+    }
     for (ActionEnvironment &environment : runs) {
         environment.insert(QStringLiteral("CONTEXT"), m_window.currentContext());
         if (environment.value(namespaceVariable).isEmpty()) {
@@ -195,8 +207,8 @@ QString ActionDispatcher::obstacle(const CustomActionItem &item) const
     if (const QString hint = m_window.loadingHint(); !hint.isEmpty()) {
         return hint.section(QLatin1Char('\n'), 0, 0);
     }
-    if (!item.isActiveIn(m_window.currentContext())) {
-        return QObject::tr("This action is not meant for the context %1.").arg(m_window.currentContext());
+    if (const QString reason = contextObstacle(item, m_window.currentContext()); !reason.isEmpty()) {
+        return reason;
     }
     if (const QString reason = item.readOnlyObstacle(shownContext(m_window)); !reason.isEmpty()) {
         return reason;

@@ -67,7 +67,7 @@ void ActionMenu::addFixedHead()
 {
     m_runLast = addAction(tr("Run Last Action"), QKeySequence(tr("Ctrl+'")), this, [this] {
         if (ActionTarget *page = m_target()) {
-            page->runLastAction();
+            runLast(*page);
         }
     });
     addAction(QStringLiteral("Show in Finder"), QKeySequence(tr("Ctrl+Alt+R")), this,
@@ -118,6 +118,18 @@ QAction *ActionMenu::toolbarItem(const QString &title)
         validate(*button, m_target());
     }
     return button;
+}
+
+/// As its files say now, if they have been read again since.
+void ActionMenu::runLast(ActionTarget &page)
+{
+    const auto last = page.lastAction();
+    const auto read = last ? m_library.customToolbarItems().value(last->title()) : nullptr;
+    if (read && read->scriptURL() == last->scriptURL()) {
+        page.runAction(read);
+    } else {
+        page.runLastAction();
+    }
 }
 
 void ActionMenu::updateEnabled()

@@ -34,6 +34,7 @@ Q_SIGNALS:
     void rebuilt();
 
 private:
+    void runLast(ActionTarget &page);
     void actionsLoaded();
     void buildActionMenu();
     void addFixedHead();

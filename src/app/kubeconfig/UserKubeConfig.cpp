@@ -114,6 +114,7 @@ void UserKubeConfig::runNext()
     const Change change = std::move(m_waiting.front());
     m_waiting.pop_front();
     const std::shared_ptr<Shell> shell = Shell::create();
+    shell->outlivesApplication = true; // a kubectl that is killed leaves its lock, or half a file
     child_environment::setKubeConfig(shell->environment, change.files);
     const auto through = std::make_shared<std::promise<void>>();
     m_running = through->get_future();

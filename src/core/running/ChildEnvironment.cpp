@@ -11,6 +11,7 @@ namespace {
 
 const auto pathName = QByteArrayLiteral("PATH");
 const auto kubeConfigName = QByteArrayLiteral("KUBECONFIG");
+const auto kubeRcName = QByteArrayLiteral("KUBERC");
 
 void appendAddedFolders(Environment &environment)
 {
@@ -43,6 +44,20 @@ void setKubeConfig(Environment &environment, const QString &files)
 {
     if (!files.isEmpty()) {
         environment.insert(kubeConfigName, QFile::encodeName(files));
+    }
+}
+
+void ignoreKubeRc(Environment &environment)
+{
+    environment.insert(kubeRcName, QByteArrayLiteral("off"));
+}
+
+void restoreKubeRc(Environment &environment)
+{
+    if (qEnvironmentVariableIsSet(kubeRcName.constData())) {
+        environment.insert(kubeRcName, qgetenv(kubeRcName.constData()));
+    } else {
+        environment.remove(kubeRcName);
     }
 }
 

@@ -16,6 +16,11 @@ Environment withFixedPath();
 /// The application's own with the added program folders behind its PATH, for programs that the user works in.
 Environment withOwnPath();
 
+/// Has kubectl pass over the user's preferences for it (kuberc), which may change what a verb does; and takes
+/// that back, for commands that the user types.
+void ignoreKubeRc(Environment &environment);
+void restoreKubeRc(Environment &environment);
+
 /// What KUBECONFIG is: a path, or a list of them separated by colons. An empty one leaves the application's.
 void setKubeConfig(Environment &environment, const QString &files);
 /// Empty without one.

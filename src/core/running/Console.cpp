@@ -15,16 +15,37 @@ std::function<Console *()> &consoleLookup()
 
 } // namespace
 
-void Console::begin(const QString &title)
+void Console::begin(const QString &title, const Stop &stop)
 {
     m_scriptsRunning.append(title);
+    if (stop) {
+        m_stoppable.emplace_back(title, stop);
+    }
     updateScriptState();
 }
 
-void Console::end(const QString &title)
+void Console::end(const QString &title, const Stop &stop)
 {
     m_scriptsRunning.removeOne(title);
+    std::erase_if(m_stoppable, [&stop](const auto &entry) { return entry.second == stop; });
     updateScriptState();
+}
+
+QStringList Console::stoppableScripts() const
+{
+    QStringList titles;
+    for (const auto &[title, stop] : m_stoppable) {
+        titles.append(title);
+    }
+    return titles;
+}
+
+void Console::stopScripts()
+{
+    const auto stoppable = m_stoppable; // each may end at once
+    for (const auto &[title, stop] : stoppable) {
+        (*stop)();
+    }
 }
 
 ConsoleError makeConsoleError(const QString &description)

@@ -7,7 +7,9 @@
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace tidewright {
 
@@ -41,10 +43,16 @@ public:
         addEntry(command, response, error);
     }
 
-    /// Shows that something runs for this console's window, until `end` is called with an equal title. Main
-    /// thread.
-    void begin(const QString &title);
-    void end(const QString &title);
+    /// Ends something that runs; the same pointer stands for the same run.
+    using Stop = std::shared_ptr<const std::function<void()>>;
+
+    /// Shows that something runs for this console's window, until `end` is called with an equal title; with
+    /// `stop`, the user can end it. Main thread.
+    void begin(const QString &title, const Stop &stop = {});
+    void end(const QString &title, const Stop &stop = {});
+    /// The titles of what the user can end, and all of that ended. Main thread.
+    QStringList stoppableScripts() const;
+    void stopScripts();
     /// The titles of what runs, mostly custom action scripts, in the order in which they started. Main
     /// thread.
     const QStringList &scriptsRunning() const { return m_scriptsRunning; }
@@ -53,6 +61,7 @@ public:
 
 private:
     QStringList m_scriptsRunning;
+    std::vector<std::pair<QString, Stop>> m_stoppable;
 };
 
 /// The console of the application's main window, if that is a cluster window. Main thread.

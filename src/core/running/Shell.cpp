@@ -26,6 +26,11 @@ QStringList withPackagedKubectl(QStringList arguments)
     return arguments;
 }
 
+bool isKubectl(const QStringList &arguments)
+{
+    return !arguments.isEmpty() && arguments.first() == kubectlPath();
+}
+
 /// Between a child's end of file and the news of its end.
 constexpr std::chrono::seconds exitNotice(2);
 
@@ -91,6 +96,7 @@ struct Shell::Prepared
     std::shared_ptr<ChildProcess> process;
     Pipe pipe;
     Pipe errorPipe;
+    bool leavesOthers = false;
 };
 
 /// The bytes of both streams, and the runner's own complaint when it did not read them to their end.
@@ -126,13 +132,23 @@ std::shared_ptr<ChildProcess> Shell::process() const
 
 Shell::Prepared Shell::prepareProcess(const QStringList &arguments) const
 {
-    Prepared prepared{nullptr, Pipe::make(), Pipe::make()};
+    Prepared prepared{nullptr, Pipe::make(pipeSize), Pipe::make()};
+    const bool readsAsVariable = !arguments.isEmpty() && arguments.first().contains(QLatin1Char('='));
+    // A path with an equals sign would be one more variable for `env`.
+    const QStringList words = readsAsVariable
+        ? QStringList{QStringLiteral("/bin/sh"), QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\"")}
+            + arguments
+        : arguments;
     if (prepared.pipe.readEnd.isOpen() && prepared.errorPipe.readEnd.isOpen() && m_stop.descriptor() >= 0) {
         prepared.process = std::make_shared<ChildProcess>();
         prepared.process->setExecutable(QStringLiteral("/usr/bin/env"));
         prepared.process->setEnvironment(environment);
         prepared.process->setNiceness(niceness);
-        prepared.process->setArguments(arguments);
+        prepared.process->setSurvives(outlivesApplication);
+        // A script's are its own; what kubectl leaves behind, somebody works with.
+        prepared.leavesOthers = isKubectl(arguments);
+        prepared.process->setLeavesOthers(prepared.leavesOthers);
+        prepared.process->setArguments(words);
     }
     return prepared;
 }
@@ -215,16 +231,22 @@ Shell::Collected Shell::collect(Prepared &prepared) const
 {
     Collected collected;
     PipeReader reader(prepared.pipe.readEnd.get(), prepared.errorPipe.readEnd.get());
-    const auto end = reader.read(
-        m_stop.descriptor(), -1, [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
-            QByteArray &target = stream == PipeReader::Stream::Output ? collected.output : collected.error;
-            // Growing by resize moves the pages; append would copy all that is there each time the space
-            // doubles.
-            const qsizetype before = target.size();
-            target.resize(before + piece.size());
-            std::memcpy(target.data() + before, piece.data(), static_cast<std::size_t>(piece.size()));
-            return collected.output.size() + collected.error.size() <= outputLimit;
-        });
+    const auto keep = [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
+        QByteArray &target = stream == PipeReader::Stream::Output ? collected.output : collected.error;
+        // Growing by resize moves the pages; append would copy all that is there each time the space doubles.
+        const qsizetype before = target.size();
+        target.resize(before + piece.size());
+        std::memcpy(target.data() + before, piece.data(), static_cast<std::size_t>(piece.size()));
+        return collected.output.size() + collected.error.size() <= outputLimit;
+    };
+    auto end = PipeReader::End::EndOfFile;
+    try {
+        end = reader.read(
+            m_stop.descriptor(), prepared.leavesOthers ? prepared.process->exitDescriptor() : -1, keep);
+    } catch (const std::bad_alloc &) {
+        collected.output = {};
+        collected.complaint = QStringLiteral("The command was ended: there is no memory for what it prints.");
+    }
     if (end == PipeReader::End::Stopped) {
         collected.complaint = stoppedText();
     } else if (end == PipeReader::End::Refused) {

@@ -68,13 +68,18 @@ public:
     std::optional<CommandPlace> place;
     /// Added to the CPU priority value of the children.
     int niceness = 0;
+    /// Lets the children go on when the application ends: they are writing what must not stay half written.
+    bool outlivesApplication = false;
+    /// Of the pipe for the output.
+    Pipe::Size pipeSize = Pipe::Size::Large;
     /// More output than this many bytes ends the child and fails the run, instead of exhausting the machine's
     /// memory.
-    qsizetype outputLimit = qsizetype(2) << 30;
+    qsizetype outputLimit = qsizetype(256) << 20;
     /// What the console is told instead of the arguments, which may hold what is not for everybody to read.
     std::optional<QStringList> loggedArguments;
 
-    /// Blocks until both output streams have ended. Never on the main thread.
+    /// Blocks until both output streams have ended, or kubectl has: what it leaves running, such as an agent
+    /// or a browser for logging in, may keep them open. Never on the main thread.
     ShellResult run(const QStringList &arguments, bool logToConsole, QPointer<Console> console = nullptr);
 
     /// `run` on the shell queue. Without a console, the main window's is taken, on the main thread. The

@@ -10,10 +10,11 @@
 namespace tidewright {
 
 /// One child process: set up, started once, asked about and ended. The child runs in a process group of its
-/// own, inherits the standard input and no other descriptor than the two it is given, and ends when the
-/// application ends, however that happens. Set up and start it on one thread; the rest is safe from any.
-/// QProcess was weighed: it starts the child on the caller's thread, with which the kernel would end it,
-/// buffers without a bound, and reaps at once, so that the number of an ended group may be a stranger's.
+/// own, inherits the standard input and no other descriptor than the two it is given, and ends with all of
+/// that group when the application ends, however that happens. Set up and start it on one thread; the rest is
+/// safe from any. QProcess was weighed: it starts the child on the caller's thread, with which the kernel
+/// would end it, buffers without a bound, and reaps at once, so that the number of an ended group may be a
+/// stranger's.
 class ChildProcess
 {
 public:
@@ -24,7 +25,11 @@ public:
     void setNiceness(int niceness) { m_request.niceness = niceness; }
 
     /// Lets what the child started outlive it: it is ended alone, without the rest of its process group.
-    void setEndsAlone(bool alone) { m_request.endsAlone = alone; }
+    void setEndsAlone(bool alone) { m_request.manners.endsAlone = alone; }
+    /// Lets it go on when the application ends, however that happens.
+    void setSurvives(bool survives) { m_request.manners.survives = survives; }
+    /// Lets what is left of its group go on when it has ended by itself.
+    void setLeavesOthers(bool leaves) { m_request.manners.leavesOthers = leaves; }
 
     /// Starts the child with the write ends of both pipes and closes them here, so that reading sees the
     /// child's end of file. Returns what went wrong (without a full stop), or nothing.

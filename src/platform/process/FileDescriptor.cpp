@@ -15,15 +15,16 @@ void FileDescriptor::close()
     }
 }
 
-Pipe Pipe::make()
+Pipe Pipe::make(Size size)
 {
     int ends[2] = {-1, -1};
     Pipe pipe;
     if (::pipe2(ends, O_CLOEXEC) == 0) {
         pipe.readEnd = FileDescriptor(ends[0]);
         pipe.writeEnd = FileDescriptor(ends[1]);
-        // Fewer wake-ups on long listings; the default stays where the user's pipe allowance is used up.
-        ::fcntl(ends[0], F_SETPIPE_SZ, 1 << 18);
+        if (size == Size::Large) {
+            ::fcntl(ends[0], F_SETPIPE_SZ, 1 << 18); // in vain where the user's allowance is used up
+        }
     }
     return pipe;
 }

@@ -40,7 +40,9 @@ struct Pipe
     FileDescriptor readEnd;
     FileDescriptor writeEnd;
 
-    static Pipe make();
+    /// Large: fewer wake-ups for what comes at full speed, but pages that all of the user's pipes share.
+    enum class Size { Usual, Large };
+    static Pipe make(Size size = Size::Usual);
 };
 
 /// Wakes a thread that polls. Signalling is safe from any thread; once signalled it stays readable.

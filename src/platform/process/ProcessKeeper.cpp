@@ -2,6 +2,7 @@
 #include "platform/process/ProcessKeeper.h"
 
 #include "platform/desktop/Bundle.h"
+#include "platform/process/GroupGuard.h"
 #include "platform/process/ProcessSetup.h"
 
 #include <QFile>
@@ -25,6 +26,7 @@ namespace tidewright {
 namespace {
 
 constexpr auto gracePeriod = std::chrono::seconds(2);
+constexpr auto keeperPatience = std::chrono::seconds(2);
 
 int openPidfd(pid_t pid)
 {
@@ -80,9 +82,19 @@ struct SpawnSetup
 
 } // namespace
 
+KeptProcess::KeptProcess(pid_t pid, ChildManners manners)
+    : m_pid(pid)
+    , m_manners(manners)
+{
+    if (!m_manners.endsAlone && !m_manners.survives) {
+        GroupGuard::instance().watch(m_pid);
+    }
+}
+
 KeptProcess::~KeptProcess()
 {
     if (m_exited) {
+        GroupGuard::instance().forget(m_pid);
         ::waitpid(m_pid, nullptr, WNOHANG);
     }
 }
@@ -101,7 +113,9 @@ std::optional<int> KeptProcess::exitStatus() const
 
 void KeptProcess::signal(int number) const
 {
-    ::kill(m_endsAlone ? m_pid : -m_pid, number);
+    if (!m_isOver) {
+        ::kill(m_manners.endsAlone ? m_pid : -m_pid, number);
+    }
 }
 
 bool KeptProcess::waitUntilExit(std::optional<std::chrono::milliseconds> limit) const
@@ -148,23 +162,30 @@ void ProcessKeeper::terminate(const std::shared_ptr<KeptProcess> &process)
 
 void ProcessKeeper::endAll(std::chrono::milliseconds grace)
 {
-    runAndWait([this, grace] {
+    const auto askAll = [this, grace] {
         signalAll(SIGTERM);
         for (auto &[pid, entry] : m_entries) {
-            entry.killAt = Clock::now() + grace;
+            if (!entry.process->m_manners.survives) {
+                entry.killAt = Clock::now() + grace;
+            }
         }
-    });
+    };
+    if (!runAndWait(askAll, keeperPatience)) {
+        return;
+    }
     {
         std::unique_lock lock(m_mutex);
         m_childEnded.wait_for(lock, grace, [this] { return m_running == 0; });
     }
-    runAndWait([this] { signalAll(SIGKILL); });
+    runAndWait([this] { signalAll(SIGKILL); }, keeperPatience);
 }
 
 void ProcessKeeper::signalAll(int signal)
 {
     for (const auto &[pid, entry] : m_entries) {
-        entry.process->signal(signal);
+        if (!entry.process->m_manners.survives) {
+            entry.process->signal(signal);
+        }
     }
     for (const auto &exited : m_exited) {
         if (const auto process = exited.lock()) {
@@ -173,16 +194,20 @@ void ProcessKeeper::signalAll(int signal)
     }
 }
 
-void ProcessKeeper::runAndWait(const std::function<void()> &task)
+bool ProcessKeeper::runAndWait(std::function<void()> task, std::optional<std::chrono::milliseconds> limit)
 {
     const auto done
         = std::make_shared<std::promise<void>>(); // the waiter may be gone before set_value returns
     const std::future<void> ended = done->get_future();
-    post([&task, done] {
+    post([task = std::move(task), done] {
         task();
         done->set_value();
     });
+    if (limit) {
+        return ended.wait_for(*limit) == std::future_status::ready;
+    }
     ended.wait();
+    return true;
 }
 
 void ProcessKeeper::post(std::function<void()> task)
@@ -257,12 +282,16 @@ void ProcessKeeper::noteExit(pid_t pid)
 {
     const auto entry = m_entries.find(pid);
     siginfo_t info{};
-    ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT);
-    if (info.si_pid != pid) {
+    const bool isGone
+        = ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) < 0 && errno == ECHILD;
+    if (info.si_pid != pid && !isGone) {
         return;
     }
     KeptProcess &process = *entry->second.process;
-    if (info.si_code == CLD_KILLED || info.si_code == CLD_DUMPED) {
+    if (isGone) {
+        // Somebody has reaped it, or had the kernel do so. How it ended is lost, and its number given away.
+        process.m_isOver = true;
+    } else if (info.si_code == CLD_KILLED || info.si_code == CLD_DUMPED) {
         process.m_terminationSignal = info.si_status;
     } else {
         process.m_exitStatus = info.si_status;
@@ -274,9 +303,13 @@ void ProcessKeeper::noteExit(pid_t pid)
         --m_running;
     }
     m_childEnded.notify_all();
-    if (entry->second.killAt) {
+    if (entry->second.killAt && !isGone) {
         entry->second.pidfd.close(); // the rest of its group has the grace period too
     } else {
+        if (isGone || process.m_manners.leavesOthers) {
+            process.m_isOver = true;
+            GroupGuard::instance().forget(pid);
+        }
         std::erase_if(m_exited, [](const auto &exited) { return exited.expired(); });
         m_exited.push_back(entry->second.process);
         m_entries.erase(entry);
@@ -305,9 +338,9 @@ ProcessKeeper::Started ProcessKeeper::spawn(const Request &request)
     if (guard.isEmpty()) {
         return {nullptr, QStringLiteral("the package is incomplete: child-guard is missing")};
     }
-    QByteArrayList arguments{QByteArrayLiteral("child-guard"), QByteArray::number(::getpid()),
-        QByteArray::number(request.niceness), QByteArray::number(qulonglong(childDescriptorLimit())),
-        request.executable};
+    QByteArrayList arguments{QByteArrayLiteral("child-guard"),
+        QByteArray::number(request.manners.survives ? 0 : ::getpid()), QByteArray::number(request.niceness),
+        QByteArray::number(qulonglong(childDescriptorLimit())), request.executable};
     arguments += request.arguments;
     if (std::any_of(
             arguments.cbegin(), arguments.cend(), [](const QByteArray &a) { return a.contains('\0'); })) {
@@ -329,8 +362,14 @@ ProcessKeeper::Started ProcessKeeper::spawn(const Request &request)
     if (failure != 0) {
         return {nullptr, QString::fromLocal8Bit(std::strerror(failure))};
     }
-    auto process = std::make_shared<KeptProcess>(pid, request.endsAlone);
+    auto process = std::make_shared<KeptProcess>(pid, request.manners);
     FileDescriptor pidfd(openPidfd(pid));
+    if (!pidfd.isOpen() && errno == ESRCH) { // it has ended, and the kernel reaped it
+        process->m_isOver = true;
+        process->m_exited = true;
+        process->m_exitSignal.signal();
+        return {process, QString()};
+    }
     if (const int reason = errno; !pidfd.isOpen() || process->exitDescriptor() < 0) {
         // A child whose end nobody would notice must not run.
         ::kill(-pid, SIGKILL);

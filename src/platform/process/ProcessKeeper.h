@@ -21,6 +21,14 @@
 
 namespace tidewright {
 
+/// What becomes of a child, and of those that it has started, when somebody ends.
+struct ChildManners
+{
+    bool endsAlone = false; ///< signals go to the child, not to the rest of its group
+    bool survives = false; ///< it goes on when the application ends
+    bool leavesOthers = false; ///< what is left of its group when it ended by itself is not ended
+};
+
 /// One started child. Shared by its ChildProcess and the keeper; any thread.
 ///
 /// The ended child is reaped when the last holder lets go, so that its process-group number cannot be given
@@ -29,11 +37,7 @@ namespace tidewright {
 class KeptProcess
 {
 public:
-    explicit KeptProcess(pid_t pid, bool endsAlone = false)
-        : m_pid(pid)
-        , m_endsAlone(endsAlone)
-    {
-    }
+    KeptProcess(pid_t pid, ChildManners manners);
     ~KeptProcess();
 
     pid_t pid() const { return m_pid; }
@@ -53,11 +57,12 @@ private:
     void signal(int number) const;
 
     const pid_t m_pid;
-    const bool m_endsAlone;
+    const ChildManners m_manners;
     WakeSignal m_exitSignal;
     std::atomic<int> m_terminationSignal = 0;
     std::atomic<int> m_exitStatus = -1;
     std::atomic<bool> m_exited = false;
+    std::atomic<bool> m_isOver = false; ///< nothing is signalled any more
 };
 
 /// Starts every child of the application and learns of its end, on one thread that lives as long as the
@@ -74,7 +79,7 @@ public:
         int standardOutput = -1; // descriptors of this process; -1 gives /dev/null
         int standardError = -1;
         int niceness = 0; // added to the CPU priority value
-        bool endsAlone = false; // signals go to the child, not to the rest of its group
+        ChildManners manners;
     };
     struct Started
     {
@@ -91,7 +96,8 @@ public:
     /// never blocks.
     void terminate(const std::shared_ptr<KeptProcess> &process);
 
-    /// For the end of the application: asks all children to end, waits at most `grace`, kills the rest.
+    /// For the end of the application: asks all children to end but those that survive it, waits at most
+    /// `grace`, kills the rest. A keeper that the kernel holds up (a disk that hangs) is not waited for.
     void endAll(std::chrono::milliseconds grace);
 
 private:
@@ -105,7 +111,8 @@ private:
 
     ProcessKeeper();
     void post(std::function<void()> task);
-    void runAndWait(const std::function<void()> &task);
+    /// False when the limit passed first; the task is run all the same.
+    bool runAndWait(std::function<void()> task, std::optional<std::chrono::milliseconds> limit = {});
     [[noreturn]] void work();
     std::vector<pid_t> waitForEndedChildren();
     void runTasks();

@@ -12,10 +12,11 @@ std::atomic<rlim_t> earlierLimit = 0;
 
 } // namespace
 
-void ignoreHarmlessSignals()
+void settleSignals()
 {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 void raiseDescriptorLimit()

@@ -9,8 +9,9 @@ namespace tidewright {
 // Children start as if none of it had been done.
 
 /// Ignores the signals whose reason the failed write tells as well: SIGPIPE (nobody reads any more, EPIPE)
-/// and SIGXFSZ (a limit on the size of files, EFBIG). Unhandled they would end the program.
-void ignoreHarmlessSignals();
+/// and SIGXFSZ (a limit on the size of files, EFBIG). Unhandled they would end the program. Takes back an
+/// inherited SIGCHLD that is ignored: the kernel would reap the children, and nobody learn how they ended.
+void settleSignals();
 
 /// Lets the process have as many file descriptors as the system allows it: each followed log takes about
 /// five.

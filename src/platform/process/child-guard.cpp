@@ -3,9 +3,9 @@
 //
 // posix_spawn cannot ask the kernel to end a child together with its parent, so the application starts this,
 // which asks and then becomes PROGRAM. The request survives exec. NICE is added to the CPU priority value (0
-// leaves it). DESCRIPTORS is the soft limit on open descriptors (0 leaves it): the application raises its
-// own, but a program may not expect numbers above 1023. Of the descriptors only the three standard ones are
-// passed on.
+// leaves it), and PARENT-PID may be 0: then the program goes on without the parent. DESCRIPTORS is the soft
+// limit on open descriptors (0 leaves it): the application raises its own, but a program may not expect
+// numbers above 1023. Of the descriptors only the three standard ones are passed on.
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -21,10 +21,12 @@ int main(int argc, char **argv)
         std::fputs("usage: child-guard PARENT-PID NICE DESCRIPTORS PROGRAM [ARGUMENT...]\n", stderr);
         return 2;
     }
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // The parent may have died before the request was made; then nobody is left to work for.
-    if (getppid() != std::atoi(argv[1])) {
-        return 1;
+    if (const int parent = std::atoi(argv[1]); parent != 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        // The parent may have died before the request was made; then nobody is left to work for.
+        if (getppid() != parent) {
+            return 1;
+        }
     }
     if (const int niceness = std::atoi(argv[2]); niceness != 0 && nice(niceness) == -1) {
         // A child at full speed is better than none.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/text/TerminalText.h"
 
+#include <type_traits>
+
 namespace tidewright::terminal_text {
 
 namespace {
@@ -8,47 +10,6 @@ namespace {
 constexpr char16_t escape = 0x1B;
 constexpr char16_t bell = 0x07;
 constexpr char16_t stringTerminator = 0x9C;
-
-/// Where a control sequence ends whose parameters begin at `at`.
-qsizetype endOfSequence(QStringView text, qsizetype at)
-{
-    while (at < text.size() && isBetween(text[at].unicode(), 0x20, 0x3F)) {
-        ++at;
-    }
-    return at < text.size() && isBetween(text[at].unicode(), 0x40, 0x7E) ? at + 1 : at;
-}
-
-/// Where a control string ends that begins at `at`. One without an end hides nothing of what follows.
-qsizetype endOfString(QStringView text, qsizetype at)
-{
-    for (qsizetype i = at; i < text.size() && text[i] != QLatin1Char('\n'); ++i) {
-        const char16_t unit = text[i].unicode();
-        if (unit == bell || unit == stringTerminator) {
-            return i + 1;
-        }
-        if (unit == escape && i + 1 < text.size() && text[i + 1] == QLatin1Char('\\')) {
-            return i + 2;
-        }
-    }
-    return at;
-}
-
-/// The control function of a C1 character, as one byte between '@' and '_'.
-qsizetype endOfFunction(QStringView text, qsizetype at, char16_t function)
-{
-    switch (function) {
-    case u'[':
-        return endOfSequence(text, at);
-    case u']':
-    case u'P':
-    case u'X':
-    case u'^':
-    case u'_':
-        return endOfString(text, at);
-    default:
-        return at;
-    }
-}
 
 bool isLineEnd(char16_t unit)
 {
@@ -68,31 +29,82 @@ void eraseLast(QString &line)
 
 } // namespace
 
-qsizetype endOfEscape(QStringView text, qsizetype at)
+template <typename View> qsizetype EscapeReader<View>::endOfSequence(qsizetype at) const
 {
-    if (at < text.size() && isBetween(text[at].unicode(), 0x40, 0x5F)) {
-        return endOfFunction(text, at + 1, text[at].unicode());
-    }
-    while (at < text.size() && isBetween(text[at].unicode(), 0x20, 0x2F)) {
+    while (at < m_text.size() && isBetween(unit(at), 0x20, 0x3F)) {
         ++at;
     }
-    return at < text.size() && isBetween(text[at].unicode(), 0x30, 0x7E) ? at + 1 : at;
+    return at < m_text.size() && isBetween(unit(at), 0x40, 0x7E) ? at + 1 : at;
 }
+
+/// One without an end hides nothing of what follows.
+template <typename View> qsizetype EscapeReader<View>::endOfString(qsizetype at)
+{
+    constexpr bool isOfCharacters = std::is_same_v<View, QStringView>;
+    if (at < m_noEndBefore) {
+        return at;
+    }
+    qsizetype i = at;
+    for (; i < m_text.size() && unit(i) != u'\n'; ++i) {
+        if (unit(i) == bell || (isOfCharacters && unit(i) == stringTerminator)) {
+            return i + 1;
+        }
+        if (unit(i) == escape && i + 1 < m_text.size() && unit(i + 1) == u'\\') {
+            return i + 2;
+        }
+    }
+    m_noEndBefore = i;
+    return at;
+}
+
+/// The control function of a C1 character, as one byte between '@' and '_'.
+template <typename View> qsizetype EscapeReader<View>::endOfFunction(qsizetype at, char16_t function)
+{
+    switch (function) {
+    case u'[':
+        return endOfSequence(at);
+    case u']':
+    case u'P':
+    case u'X':
+    case u'^':
+    case u'_':
+        return endOfString(at);
+    default:
+        return at;
+    }
+}
+
+template <typename View> qsizetype EscapeReader<View>::endAt(qsizetype at)
+{
+    const char16_t introducer = unit(at++);
+    if (introducer != escape) {
+        return endOfFunction(at, static_cast<char16_t>(introducer - 0x40));
+    }
+    if (at < m_text.size() && isBetween(unit(at), 0x40, 0x5F)) {
+        return endOfFunction(at + 1, unit(at));
+    }
+    while (at < m_text.size() && isBetween(unit(at), 0x20, 0x2F)) {
+        ++at;
+    }
+    return at < m_text.size() && isBetween(unit(at), 0x30, 0x7E) ? at + 1 : at;
+}
+
+template class EscapeReader<QStringView>;
+template class EscapeReader<QLatin1String>;
 
 QString withoutControls(QStringView text)
 {
     QString result;
     result.reserve(text.size());
+    EscapeReader<QStringView> escapes(text);
     for (qsizetype at = 0; at < text.size();) {
         const char16_t unit = text[at++].unicode();
         if (isLineEnd(unit)) {
             const bool pair = unit == u'\r' && at < text.size() && text[at] == QLatin1Char('\n');
             at += pair ? 1 : 0;
             result.append(QLatin1Char('\n'));
-        } else if (unit == escape) {
-            at = endOfEscape(text, at);
-        } else if (isBetween(unit, 0x80, 0x9F)) {
-            at = endOfFunction(text, at, static_cast<char16_t>(unit - 0x40));
+        } else if (unit == escape || isBetween(unit, 0x80, 0x9F)) {
+            at = escapes.endAt(at - 1);
         } else if (unit == u'\b') {
             eraseLast(result);
         } else if (isReserved(unit)) {

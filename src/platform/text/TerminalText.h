@@ -11,9 +11,31 @@ namespace tidewright::terminal_text {
 /// rearrange the text around them, or that a text document keeps for itself, do not get through.
 QString withoutControls(QStringView text);
 
-/// Where the escape sequence ends (ECMA-48) whose ESC stands before `at`. A control string without an end
-/// counts as its first two characters.
-qsizetype endOfEscape(QStringView text, qsizetype at);
+/// Finds where the escape sequences of a text end (ECMA-48), for one walk from its beginning to its end. A
+/// control string without an end counts as its introducer; however many there are, the walk's time grows with
+/// the text alone. A view of bytes (QLatin1String) knows ESC, but no one-character introducers and ends,
+/// which may be parts of characters there.
+template <typename View> class EscapeReader
+{
+public:
+    explicit EscapeReader(View text)
+        : m_text(text)
+    {
+    }
+    /// Behind the sequence whose ESC, or one-character introducer (U+0080 to U+009F), stands at `at`.
+    qsizetype endAt(qsizetype at);
+
+private:
+    char16_t unit(qsizetype at) const { return m_text[at].unicode(); }
+    qsizetype endOfSequence(qsizetype at) const;
+    qsizetype endOfString(qsizetype at);
+    qsizetype endOfFunction(qsizetype at, char16_t function);
+
+    View m_text;
+    qsizetype m_noEndBefore = 0; ///< no control string ends before this place
+};
+extern template class EscapeReader<QStringView>;
+extern template class EscapeReader<QLatin1String>;
 
 /// Between two UTF-16 units, both included.
 constexpr bool isBetween(char16_t unit, char16_t first, char16_t last)

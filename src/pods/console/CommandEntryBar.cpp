@@ -76,7 +76,7 @@ void CommandEntryBar::setRunningText(const QString &text, const QStringList &all
 void CommandEntryBar::setTypedCommands(const QStringList &commands)
 {
     constexpr int longest = 60;
-    QStringList lines(tr("Stop what was typed and still runs:"));
+    QStringList lines(tr("Stop what was started here and still runs:"));
     for (const QString &command : commands) {
         lines.append(command.size() > longest ? command.left(longest) + QChar(0x2026) : command);
     }

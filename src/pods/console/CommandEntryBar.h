@@ -10,7 +10,7 @@ class QToolButton;
 namespace tidewright {
 
 /// The line below a console's text: the field in which commands are typed, which script runs, and a button
-/// that stops the typed commands. What comes and goes has its place kept.
+/// that stops the typed commands and the scripts. What comes and goes has its place kept.
 class CommandEntryBar : public QWidget
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ public:
     void setHint(const QString &text);
     /// Empty: nothing runs. The tool tip names all of several.
     void setRunningText(const QString &text, const QStringList &all);
-    /// The typed commands that run now; without any, there is no button.
+    /// The typed commands and the scripts that run now; without any, there is no button.
     void setTypedCommands(const QStringList &commands);
 
 Q_SIGNALS:

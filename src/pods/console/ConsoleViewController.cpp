@@ -192,6 +192,7 @@ void ConsoleViewController::showScriptState()
     if (m_bar) {
         m_bar->setRunningText(m_scriptRunningText, scriptsRunning());
     }
+    showTypedCommands();
 }
 
 void ConsoleViewController::runTypedCommand()
@@ -220,13 +221,14 @@ void ConsoleViewController::tellRefusal(const QString &line, const QString &reas
 void ConsoleViewController::showTypedCommands()
 {
     if (m_bar) {
-        m_bar->setTypedCommands(m_typed->lines());
+        m_bar->setTypedCommands(m_typed->lines() + stoppableScripts());
     }
 }
 
 void ConsoleViewController::stopTypedCommands()
 {
     m_typed->stop();
+    stopScripts();
 }
 
 void ConsoleViewController::moveUp()

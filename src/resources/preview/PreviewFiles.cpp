@@ -2,11 +2,17 @@
 #include "resources/preview/PreviewFiles.h"
 
 #include "platform/desktop/Diagnostics.h"
+#include "platform/process/FileDescriptor.h"
 #include "platform/text/Timestamp.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSaveFile>
 #include <QSet>
+
+#include <fcntl.h>
+#include <mutex>
+#include <sys/file.h>
 
 namespace tidewright {
 
@@ -20,10 +26,17 @@ QString &cacheFolder()
 
 constexpr double reuseSeconds = 5;
 
-QSet<QString> &writtenFiles()
+/// What this process has begun to write, on any thread.
+struct WrittenFiles
 {
-    static QSet<QString> paths;
-    return paths;
+    std::mutex mutex;
+    QSet<QString> paths;
+};
+
+WrittenFiles &writtenFiles()
+{
+    static auto *files = new WrittenFiles; // a thread may still be writing while the process ends
+    return *files;
 }
 
 } // namespace
@@ -38,6 +51,13 @@ QString PreviewFiles::pathFor(const QString &nameSpace, const QString &name)
 
 QString PreviewFiles::write(const QString &path, const QByteArray &text)
 {
+    if (cacheDirectory().isEmpty()) {
+        return QStringLiteral("there is no cache folder");
+    }
+    {
+        const std::lock_guard lock(writtenFiles().mutex);
+        writtenFiles().paths.insert(path); // first: whoever asked for it may be gone when it is written
+    }
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
         || file.write(text) != text.size() || !file.commit()) {
@@ -60,9 +80,7 @@ PreviewItem PreviewFiles::store(const QString &context, const QString &path, con
     const QByteArray &text, const QString &writeFailure)
 {
     PreviewItem item{title, QString::fromUtf8(text), path};
-    if (writeFailure.isEmpty()) {
-        writtenFiles().insert(path);
-    } else {
+    if (!writeFailure.isEmpty()) {
         writeDiagnostic(QLatin1String("Unable to write cache file: ") + writeFailure);
         item.filePath.clear();
     }
@@ -74,10 +92,27 @@ PreviewItem PreviewFiles::store(const QString &context, const QString &path, con
 
 void PreviewFiles::removeAll()
 {
-    for (const QString &path : std::as_const(writtenFiles())) {
+    WrittenFiles &files = writtenFiles();
+    const std::lock_guard lock(files.mutex);
+    for (const QString &path : std::as_const(files.paths)) {
         QFile::remove(path);
     }
-    writtenFiles().clear();
+    files.paths.clear();
+}
+
+void PreviewFiles::sweep()
+{
+    // Locked for as long as a process lives that has files there.
+    static FileDescriptor folder;
+    const QDir place(cacheDirectory());
+    folder = FileDescriptor(::open(QFile::encodeName(place.path()).constData(), O_RDONLY | O_CLOEXEC));
+    if (::flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
+        for (const QString &name : place.entryList(
+                 {QStringLiteral("*.yaml"), QStringLiteral("*.yaml.*")}, QDir::Files | QDir::Hidden)) {
+            QFile::remove(place.filePath(name));
+        }
+    }
+    ::flock(folder.get(), LOCK_SH);
 }
 
 QString cacheDirectory()

@@ -32,6 +32,9 @@ public:
 
     /// Removes every preview file that this process wrote; for the end of the application.
     static void removeAll();
+    /// Removes those that a killed process has left, unless another one lives that may be using them. Once,
+    /// when the cache directory is known.
+    static void sweep();
 
 private:
     struct Cached

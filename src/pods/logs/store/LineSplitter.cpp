@@ -24,8 +24,7 @@ qsizetype outsideOfEscape(const QByteArray &window, qsizetype cut)
     if (escape <= 0) {
         return cut;
     }
-    const QString rest = QString::fromLatin1(QByteArrayView(window).sliced(escape));
-    return escape + terminal_text::endOfEscape(rest, 1) > cut ? escape : cut;
+    return terminal_text::EscapeReader(QLatin1String(window)).endAt(escape) > cut ? escape : cut;
 }
 
 /// How many of the window's bytes still belong to the line.

@@ -5,18 +5,18 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QLocale>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <linux/magic.h>
 #include <numeric>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
@@ -24,11 +24,7 @@ namespace tidewright {
 
 namespace {
 
-constexpr qint64 filePart = qint64(64) << 20;
-constexpr qint64 memoryPart = qint64(1) << 20;
-/// What stays free of a disk: this much, and one part in so many.
-constexpr qint64 smallestReserve = qint64(1) << 30;
-constexpr qint64 reservedShare = 20;
+constexpr qint64 mostWaiting = qint64(16) << 20; ///< for the disk, before others wait
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
 
 QString tr(const char *text)
@@ -39,6 +35,31 @@ QString tr(const char *text)
 QString errorText(int error)
 {
     return QString::fromLocal8Bit(std::strerror(error));
+}
+
+bool isInMemory(qint64 system)
+{
+    return system == TMPFS_MAGIC || system == RAMFS_MAGIC;
+}
+
+/// On another machine, or behind a program.
+bool isRemote(qint64 system)
+{
+    constexpr std::array<qint64, 8> remote{NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC,
+        SMB2_SUPER_MAGIC, V9FS_MAGIC, AFS_SUPER_MAGIC, CEPH_SUPER_MAGIC, FUSE_SUPER_MAGIC};
+    return std::find(remote.begin(), remote.end(), system & 0xFFFFFFFF) != remote.end();
+}
+
+/// Pages of their own, which go back to the system at once.
+std::shared_ptr<char> newBlock()
+{
+    constexpr auto length = static_cast<std::size_t>(LogFile::blockLength);
+    void *const memory = ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return {memory == MAP_FAILED ? nullptr : static_cast<char *>(memory), [](char *block) {
+                if (block) {
+                    ::munmap(block, length);
+                }
+            }};
 }
 
 /// A file without a name; on file systems that cannot make one, its name is taken away at once.
@@ -96,64 +117,58 @@ QByteArray LogBytes::read(const std::vector<LogRange> &ranges) const
     return result;
 }
 
-DiskSpace spaceAround(int file)
-{
-    struct statvfs system = {};
-    if (::fstatvfs(file, &system) != 0) {
-        return {};
-    }
-    const auto block = static_cast<qint64>(system.f_frsize);
-    return {static_cast<qint64>(system.f_bavail) * block, static_cast<qint64>(system.f_blocks) * block};
-}
-
 LogStore::LogStore(const QStringList &folders, LogDisk disk)
     : m_disk(std::move(disk))
     , m_parts(std::make_shared<std::vector<LogBytes::Part>>())
 {
-    const auto opens = [&](bool onDisk) {
-        return std::any_of(
-            folders.cbegin(), folders.cend(), [&](const QString &folder) { return openIn(folder, onDisk); });
-    };
-    if (!opens(true) && !opens(false)) {
-        leaveFile(errorText(errno));
+    QString scarcity;
+    int error = ENOENT;
+    for (const bool onDisk : {true, false}) {
+        for (const QString &folder : folders) {
+            FileDescriptor file = openIn(folder, onDisk);
+            if (!file.isOpen()) {
+                error = errno;
+                continue;
+            }
+            scarcity = m_disk.scarcity(file.get());
+            if (scarcity.isEmpty()) {
+                m_file = std::make_shared<LogFile>(std::move(file), m_disk);
+                return;
+            }
+        }
     }
+    leaveFile(scarcity.isEmpty() ? errorText(error) : scarcity);
 }
 
-QString LogStore::scarcity() const
-{
-    const DiskSpace space = m_disk.space(m_file.get());
-    const qint64 reserve = std::max(smallestReserve, space.total / reservedShare);
-    if (space.total == 0 || space.free >= reserve) {
-        return {};
-    }
-    const QLocale locale;
-    const auto size
-        = [&](qint64 bytes) { return locale.formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat); };
-    return tr("only %1 of it are free, and a log leaves %2 to other programs")
-        .arg(size(space.free), size(reserve));
-}
-
-bool LogStore::openIn(const QString &folder, bool onDisk)
+/// Closed, with errno set, when it cannot be had there.
+FileDescriptor LogStore::openIn(const QString &folder, bool onDisk) const
 {
     const QByteArray path = QFile::encodeName(folder);
     struct statfs system = {};
-    if (folder.isEmpty() || ::statfs(path.constData(), &system) != 0
-        || (onDisk && (system.f_type == TMPFS_MAGIC || system.f_type == RAMFS_MAGIC))) {
-        return false;
+    if (folder.isEmpty() || ::statfs(path.constData(), &system) != 0) {
+        errno = folder.isEmpty() ? ENOENT : errno;
+        return {};
     }
-    m_file = nameless(path);
-    return m_file.isOpen() && (!onDisk || scarcity().isEmpty());
+    if (isRemote(system.f_type) || onDisk == isInMemory(system.f_type)) {
+        errno = EOPNOTSUPP;
+        return {};
+    }
+    return nameless(path);
 }
 
 QString LogStore::problem() const
 {
-    if (m_fileProblem.isEmpty()) {
-        return {};
+    const QString reason = m_file ? m_file->problem() : m_fileProblem;
+    if (reason.isEmpty()) {
+        const bool hasLost = std::any_of(m_parts->begin(), m_parts->begin() + std::ptrdiff_t(m_mapped),
+            [](const LogBytes::Part &part) { return LogFile::hasLost(part.memory.get()); });
+        return hasLost ? tr("The disk does not give back all of the log: what is missing reads as zeros.")
+                       : QString();
     }
     return (m_full
             ? tr("The log cannot be written to the disk (%1), and the %2 MB of memory for it are used up.")
             : tr("The log cannot be written to the disk (%1); up to %2 MB more is kept in memory."))
-        .arg(m_fileProblem)
+        .arg(reason)
         .arg(memoryLimit >> 20);
 }
 
@@ -167,96 +182,93 @@ LogBytes LogStore::bytes() const
 
 qint64 LogStore::append(QByteArrayView bytes)
 {
-    if (m_full) {
-        return 0;
-    }
-    const QByteArrayView all = bytes;
-    while (!bytes.isEmpty() && makeRoom()) {
-        const auto count = static_cast<qsizetype>(std::min<qint64>(m_room, bytes.size()));
-        ssize_t written = count;
-        if (m_memory) {
-            std::memcpy(m_memory, bytes.data(), static_cast<std::size_t>(count));
-            m_memory += count;
-            m_inMemory += count;
-        } else {
-            written = m_disk.write(m_file.get(), bytes.data(), static_cast<std::size_t>(count), m_size);
-            if (written <= 0) {
-                if (written == 0 || errno != EINTR) {
-                    leaveFile(errorText(written == 0 ? ENOSPC : errno));
-                }
-                continue;
-            }
+    settle();
+    qint64 kept = 0;
+    while (kept < bytes.size()) {
+        const qint64 count = std::min<qint64>(makeRoom(), bytes.size() - kept);
+        if (count == 0) {
+            m_full = true;
+            const qsizetype cut = incompleteUtf8Tail(bytes.first(kept)); // whole characters only
+            m_size -= cut;
+            return kept - cut;
         }
-        m_size += written;
-        m_room -= written;
-        bytes = bytes.sliced(written);
-    }
-    qsizetype kept = all.size() - bytes.size();
-    if (m_full) {
-        const qsizetype cut = incompleteUtf8Tail(all.first(kept)); // whole characters only
-        kept -= cut;
-        m_size -= cut;
+        std::memcpy(m_end, bytes.data() + kept, static_cast<std::size_t>(count));
+        kept += count;
+        m_end += count;
+        m_room -= count;
+        m_size += count;
+        if (m_room == 0 && m_file) {
+            m_file->write(m_parts->back().memory);
+        }
     }
     return kept;
 }
 
-bool LogStore::makeRoom()
+qint64 LogStore::makeRoom()
 {
-    if (m_room > 0) {
-        return true;
+    if (m_full) {
+        return 0;
     }
-    if (m_file.isOpen() && mapNextPart()) {
-        return true;
+    const qint64 allowed = m_file ? std::numeric_limits<qint64>::max() : memoryLimit - (m_size - m_inFile);
+    if (m_room == 0 && allowed > 0) {
+        addBlock();
     }
-    if (m_inMemory >= memoryLimit) {
-        m_full = true;
-        return false;
-    }
-    const std::shared_ptr<char> memory(
-        new char[static_cast<std::size_t>(memoryPart)], [](char *block) { delete[] block; });
-    m_memory = memory.get();
-    addPart(memory, memoryPart);
-    return true;
+    return std::min(m_room, allowed);
 }
 
-bool LogStore::mapNextPart()
+void LogStore::addBlock()
 {
-    if (const QString reason = scarcity(); !reason.isEmpty()) {
-        leaveFile(reason);
+    const std::shared_ptr<char> block = newBlock();
+    if (block) {
+        auto parts = std::make_shared<std::vector<LogBytes::Part>>(*m_parts);
+        parts->push_back({m_size, block});
+        m_parts = std::move(parts);
+        m_end = block.get();
+        m_room = LogFile::blockLength;
+    }
+}
+
+bool LogStore::settle()
+{
+    if (!m_file) {
         return false;
     }
-    // Mapped in whole before the file has grown so far: only what has been written is ever read.
-    void *address = ::mmap(nullptr, static_cast<std::size_t>(filePart), PROT_READ, MAP_SHARED, m_file.get(),
-        static_cast<off_t>(m_size));
-    if (address == MAP_FAILED) {
-        leaveFile(errorText(errno));
-        return false;
+    const QString problem = m_file->problem();
+    m_inFile = m_file->written();
+    const qint64 whole = m_inFile - m_inFile % LogFile::blockLength;
+    std::vector<LogBytes::Part> parts(m_parts->begin(), m_parts->begin() + std::ptrdiff_t(m_mapped));
+    while (qint64(parts.size()) * LogFile::partLength < whole) {
+        const qint64 start = qint64(parts.size()) * LogFile::partLength;
+        auto memory = m_file->map(start);
+        if (!memory) {
+            leaveFile(errorText(errno));
+            m_inFile = start;
+            return false;
+        }
+        parts.push_back({start, std::move(memory)});
     }
-    addPart({static_cast<const char *>(address),
-                [](const char *memory) {
-                    ::munmap(const_cast<char *>(memory), static_cast<std::size_t>(filePart));
-                }},
-        filePart);
-    return true;
+    const auto firstWaiting = std::find_if(m_parts->begin() + std::ptrdiff_t(m_mapped), m_parts->end(),
+        [whole](const LogBytes::Part &block) { return block.start + LogFile::blockLength > whole; });
+    if (firstWaiting != m_parts->begin() + std::ptrdiff_t(m_mapped)) {
+        m_mapped = parts.size();
+        parts.insert(parts.end(), firstWaiting, m_parts->end());
+        m_parts = std::make_shared<std::vector<LogBytes::Part>>(std::move(parts));
+    }
+    if (!problem.isEmpty()) {
+        leaveFile(problem);
+    }
+    return m_file && m_size - m_inFile >= LogFile::blockLength;
+}
+
+bool LogStore::isBehind() const
+{
+    return m_file && m_size - m_file->written() > mostWaiting;
 }
 
 void LogStore::leaveFile(const QString &reason)
 {
-    m_file = FileDescriptor();
-    m_room = 0;
+    m_file.reset();
     m_fileProblem = reason;
-}
-
-void LogStore::addPart(std::shared_ptr<const char> memory, qint64 length)
-{
-    auto parts = std::make_shared<std::vector<LogBytes::Part>>(*m_parts);
-    // A part whose file failed before its first byte holds nothing.
-    while (!parts->empty() && parts->back().start == m_size) {
-        parts->pop_back();
-    }
-    parts->push_back({m_size, std::move(memory)});
-    m_parts = std::move(parts);
-    m_room = length;
 }
 
 } // namespace tidewright

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/process/FileDescriptor.h"
+#include "pods/logs/store/LogFile.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
 #include <memory>
-#include <sys/types.h>
-#include <unistd.h>
 #include <vector>
 
 namespace tidewright {
@@ -53,65 +50,52 @@ private:
     qint64 m_size = 0;
 };
 
-/// Of a file system, in bytes.
-struct DiskSpace
-{
-    qint64 free = 0; ///< for users
-    qint64 total = 0; ///< 0 where it is not known
-};
-/// Of the one that an open file lies on.
-DiskSpace spaceAround(int file);
-
-/// What a log needs of the disk; a test may answer in its place.
-struct LogDisk
-{
-    std::function<ssize_t(int file, const void *bytes, size_t count, off_t position)> write = ::pwrite;
-    std::function<DiskSpace(int file)> space = spaceAround;
-};
-
 /// Keeps all bytes of a log: in a file that no name leads to, which only this user could have opened and
 /// which goes away with the store, however the program ends; mapped into memory for reading, so that the
-/// kernel may put it back to the disk. When the file cannot be written any more, or when it would leave too
-/// little of the disk to other programs, the bytes go to memory, up to a limit. Main thread, but `bytes()`
-/// may be handed to any.
+/// kernel may put it back to the disk. What is not in the file yet is in memory; when the file cannot be
+/// written any more, or when it would leave too little of the disk to other programs, it stays there, up to a
+/// limit. Main thread, but `bytes()` may be handed to any.
 class LogStore
 {
 public:
     /// Bytes kept in memory once the file takes no more.
     static constexpr qint64 memoryLimit = qint64(64) << 20;
 
-    /// Uses the first of the folders that is on a disk with space to spare, else the first that can be
-    /// written at all.
+    /// Uses the first of the folders that is on a local disk with space to spare, else the first in memory
+    /// that can be written. Never one on another machine, or behind a program: it may hang, or go.
     explicit LogStore(const QStringList &folders, LogDisk disk = {});
 
     /// Adds bytes (whole characters) at the end and returns how many of them are kept: all, unless the limit
-    /// is reached.
+    /// is reached. Never waits for the disk.
     qint64 append(QByteArrayView bytes);
     LogBytes bytes() const;
     qint64 size() const { return m_size; }
+    /// Takes over what has come into the file meanwhile. False when all that can be is there.
+    bool settle();
+    /// So much waits for the disk that no more should come for now.
+    bool isBehind() const;
     /// Why the log is not in its file, as a sentence to show; empty while it is.
     QString problem() const;
     /// Nothing more can be kept.
     bool isFull() const { return m_full; }
 
 private:
-    bool openIn(const QString &folder, bool onDisk);
-    /// Room for more bytes at the end; false when there is none.
-    bool makeRoom();
-    bool mapNextPart();
+    FileDescriptor openIn(const QString &folder, bool onDisk) const;
+    /// How many more bytes can be put at the end now; 0 when none can.
+    qint64 makeRoom();
     void leaveFile(const QString &reason);
-    /// Why the file should not grow; empty while there is enough space.
-    QString scarcity() const;
-    void addPart(std::shared_ptr<const char> memory, qint64 length);
+    void addBlock();
 
     const LogDisk m_disk;
-    FileDescriptor m_file;
+    std::shared_ptr<LogFile> m_file; ///< null when it is not used any more
+    QString m_fileProblem; ///< why
+    /// Those of the file, and then the blocks that it does not hold yet.
     std::shared_ptr<const std::vector<LogBytes::Part>> m_parts;
-    char *m_memory = nullptr; ///< the writable last part, when it is memory
-    qint64 m_room = 0; ///< bytes that the last part can still take
+    std::size_t m_mapped = 0; ///< how many are of the file
+    char *m_end = nullptr; ///< in the last block
+    qint64 m_room = 0; ///< what the last block can still take
     qint64 m_size = 0;
-    qint64 m_inMemory = 0;
-    QString m_fileProblem; ///< why the file is not used any more
+    qint64 m_inFile = 0;
     bool m_full = false;
 };
 

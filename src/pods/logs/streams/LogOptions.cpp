@@ -47,7 +47,9 @@ QStringList LogPlace::arguments(const QString &ownNamespace) const
 std::shared_ptr<Shell> LogPlace::makeShell() const
 {
     std::shared_ptr<Shell> shell = Shell::create();
+    shell->pipeSize = Pipe::Size::Usual; // there may be hundreds, and they share what the user may have
     child_environment::setKubeConfig(shell->environment, kubeConfig);
+    child_environment::ignoreKubeRc(shell->environment);
     return shell;
 }
 

@@ -10,6 +10,10 @@ namespace tidewright {
 
 LogStreams::LogStreams()
 {
+    constexpr int millisecondsHeldUp = 20;
+    m_later.setSingleShot(true);
+    m_later.setInterval(millisecondsHeldUp);
+    m_later.callOnTimeout(this, &LogStreams::takePieces);
     renewIntake();
 }
 
@@ -67,6 +71,10 @@ void LogStreams::start(int source, std::shared_ptr<Shell> shell, const QStringLi
 
 void LogStreams::takePieces()
 {
+    if (m_isHeldUp && m_isHeldUp()) {
+        m_later.start();
+        return;
+    }
     QList<int> changedSources;
     bool isNews = false;
     for (const LogIntake::Piece &piece : m_intake->take()) {

@@ -7,6 +7,7 @@
 #include "pods/logs/streams/LogTimestamps.h"
 
 #include <QObject>
+#include <QTimer>
 
 namespace tidewright {
 
@@ -37,6 +38,8 @@ public:
     void cancel();
     /// Ends all children and forgets the sources, and what they have written that has not arrived.
     void forget();
+    /// While that says so, what arrives is left waiting, and then the children have to.
+    void setHeldUp(std::function<bool()> isHeldUp) { m_isHeldUp = std::move(isHeldUp); }
     /// For good: ends all children, and says so of each that ran. Nothing arrives any more.
     void close();
 
@@ -53,6 +56,8 @@ private:
     std::vector<LogSource> m_sources;
     std::vector<std::shared_ptr<Shell>> m_shells;
     std::shared_ptr<LogIntake> m_intake;
+    std::function<bool()> m_isHeldUp;
+    QTimer m_later;
     bool m_closed = false;
 };
 

@@ -8,6 +8,7 @@ namespace tidewright {
 namespace {
 
 constexpr int frameMilliseconds = 16;
+constexpr int settlingMilliseconds = 200;
 constexpr qsizetype mostGathered = 256 * 1024;
 
 void appendMerged(std::vector<LogRange> &ranges, const LogRange &range)
@@ -30,6 +31,9 @@ LogDocument::LogDocument(const QStringList &folders, QObject *parent, LogDisk di
     m_frame.setTimerType(Qt::PreciseTimer);
     m_frame.setInterval(frameMilliseconds);
     m_frame.callOnTimeout(this, &LogDocument::frame);
+    m_settling.setSingleShot(true);
+    m_settling.setInterval(settlingMilliseconds);
+    m_settling.callOnTimeout(this, &LogDocument::settle);
     reset();
 }
 
@@ -84,6 +88,17 @@ void LogDocument::commit()
     m_whole->appendLines(m_starts);
     m_arrived.resize(0); // keeps the memory
     m_arrivedRuns.clear();
+    if (!m_settling.isActive()) {
+        m_settling.start();
+    }
+}
+
+void LogDocument::settle()
+{
+    if (m_store->settle()) {
+        m_settling.start();
+    }
+    Q_EMIT appended(); // there may be something about it to tell
 }
 
 void LogDocument::frame()

@@ -60,6 +60,8 @@ public:
 
     /// Why the text is not on the disk; empty while it is.
     QString problem() const { return m_store->problem(); }
+    /// The disk does not keep up: no more text should come for now.
+    bool isBehind() const { return m_store->isBehind(); }
     /// No more text can be kept.
     bool isFull() const { return m_store->isFull(); }
 
@@ -73,6 +75,7 @@ private:
     void reset();
     void letGo();
     void frame();
+    void settle();
     void narrow();
     void scanOn();
     void scanned(const LogRange &part, LogScan::Lines lines);
@@ -90,6 +93,7 @@ private:
     QByteArray m_arrived; ///< what is not in the store yet
     std::vector<SourceRuns::Run> m_arrivedRuns; ///< positions within `m_arrived`; only the starts count
     QTimer m_frame;
+    QTimer m_settling; ///< while text is on its way to the disk
 
     QSet<int> m_hidden;
     LogFilter m_filter;

@@ -32,10 +32,11 @@ QChar harmless(char16_t unit)
 class Builder
 {
 public:
-    Builder(QByteArrayView line, const std::vector<SourceRuns::Run> &sources)
+    Builder(QByteArrayView line, const std::vector<SourceRuns::Run> &sources, const LogLook &look)
         : m_bytes(line)
         , m_input(shownUtf8(line))
         , m_sources(sources)
+        , m_look(look)
     {
         m_line.text.reserve(m_input.size());
         m_line.bytes.reserve(static_cast<std::size_t>(m_input.size()) + 1);
@@ -44,10 +45,11 @@ public:
     LogLineText build()
     {
         const QStringView input(m_input);
+        terminal_text::EscapeReader<QStringView> escapes(input);
         for (qsizetype at = 0; at < input.size();) {
             const char16_t unit = input[at].unicode();
             if (unit == escape || unit == controlSequence) {
-                const qsizetype end = endOfSequence(input, at);
+                const qsizetype end = escapes.endAt(at);
                 applySgr(input.sliced(at, end - at), m_look);
                 skip(input, at, end);
                 at = end;
@@ -58,20 +60,11 @@ public:
             ++at;
         }
         m_line.bytes.push_back(m_end);
+        m_line.lookBehind = m_look;
         return std::move(m_line);
     }
 
 private:
-    static qsizetype endOfSequence(QStringView input, qsizetype at)
-    {
-        if (input[at].unicode() == escape) {
-            return terminal_text::endOfEscape(input, at + 1);
-        }
-        // The one-character form of ESC [ ends the same way.
-        const QString spelledOut = QLatin1Char('[') + input.sliced(at + 1);
-        return at + terminal_text::endOfEscape(spelledOut, 0);
-    }
-
     void skip(QStringView input, qsizetype from, qsizetype to)
     {
         m_byte += static_cast<qint32>(bytesShownAs(input.sliced(from, to - from), m_bytes.sliced(m_byte)));
@@ -142,25 +135,36 @@ qsizetype LogLineText::unitOf(qint64 byte) const
     return std::min<qsizetype>(found - bytes.cbegin(), text.size());
 }
 
-LogLineText makeLineText(QByteArrayView line, const std::vector<SourceRuns::Run> &sources)
+LogLineText makeLineText(
+    QByteArrayView line, const std::vector<SourceRuns::Run> &sources, const LogLook &look)
 {
-    return Builder(line, sources).build();
+    return Builder(line, sources, look).build();
 }
 
-QByteArray withoutEscapes(QByteArrayView line, std::vector<qint64> &places)
+PlainLine::PlainLine(QByteArrayView line)
 {
-    // Byte for byte: escape sequences are ASCII.
-    const QString text = QString::fromLatin1(line);
-    QByteArray result;
-    for (qsizetype at = 0; at < text.size();) {
+    const QLatin1String text(line); // escape sequences are ASCII
+    terminal_text::EscapeReader<QLatin1String> escapes(text);
+    m_bytes.reserve(line.size());
+    for (qsizetype at = 0; at < line.size();) {
         if (line[at] == '\x1b') {
-            at = terminal_text::endOfEscape(text, at + 1);
+            at = escapes.endAt(at);
             continue;
         }
-        places.push_back(at);
-        result.append(line[at++]);
+        qsizetype end = line.indexOf('\x1b', at);
+        end = end < 0 ? line.size() : end;
+        m_parts.push_back({m_bytes.size(), at});
+        m_bytes.append(line.sliced(at, end - at));
+        at = end;
     }
-    return result;
+}
+
+qint64 PlainLine::place(qint64 index) const
+{
+    const auto behind = std::upper_bound(m_parts.cbegin(), m_parts.cend(), index,
+        [](qint64 wanted, const Part &part) { return wanted < part.index; });
+    const Part &part = *std::prev(behind);
+    return part.place + index - part.index;
 }
 
 QString plainText(QByteArray bytes)

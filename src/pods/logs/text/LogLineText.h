@@ -22,6 +22,7 @@ struct LogLineText
     /// For each UTF-16 unit, and for the end, the byte of the line that it comes from.
     std::vector<qint32> bytes;
     std::vector<Run> runs; ///< each goes on to the next
+    LogLook lookBehind; ///< what a text that goes on with this one begins with
     bool isGrid = true; ///< every unit is a character of one cell, drawn from left to right
 
     /// The first unit that comes from that byte or one behind.
@@ -29,11 +30,30 @@ struct LogLineText
 };
 
 /// The line's end, if it has one, is left out; bytes that are not UTF-8 show as U+FFFD. The runs cover it, in
-/// bytes from its begin. Any thread.
-LogLineText makeLineText(QByteArrayView line, const std::vector<SourceRuns::Run> &sources);
+/// bytes from its begin, which has that look. Any thread.
+LogLineText makeLineText(
+    QByteArrayView line, const std::vector<SourceRuns::Run> &sources, const LogLook &look = {});
 
-/// The bytes that are not part of an escape sequence, and for each of them its place in `line`.
-QByteArray withoutEscapes(QByteArrayView line, std::vector<qint64> &places);
+/// A line without its escape sequences.
+class PlainLine
+{
+public:
+    explicit PlainLine(QByteArrayView line);
+
+    const QByteArray &bytes() const { return m_bytes; }
+    /// The place in the line of one of these bytes.
+    qint64 place(qint64 index) const;
+
+private:
+    struct Part
+    {
+        qint64 index; ///< of its first byte among those that are left
+        qint64 place;
+    };
+
+    QByteArray m_bytes;
+    std::vector<Part> m_parts;
+};
 
 /// A part of a log as text for other programs: without escape sequences and control characters, but with
 /// tabs; lines end with a line feed.

@@ -99,11 +99,11 @@ LogPattern::Matches LogPattern::matches(QByteArrayView line, std::size_t most) c
         find(line);
         return result;
     }
-    std::vector<qint64> places;
-    find(withoutEscapes(line, places));
+    const PlainLine plain(line);
+    find(plain.bytes());
     for (LogRange &range : result.ranges) {
-        const qint64 start = places[static_cast<std::size_t>(range.start)];
-        const qint64 end = range.length > 0 ? places[static_cast<std::size_t>(range.end() - 1)] + 1 : start;
+        const qint64 start = plain.place(range.start);
+        const qint64 end = range.length > 0 ? plain.place(range.end() - 1) + 1 : start;
         range = {start, end - start};
     }
     return result;

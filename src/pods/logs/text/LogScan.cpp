@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 namespace tidewright {
@@ -170,14 +169,14 @@ void LogScan::showLine(
     appendMerged(result.ranges, stored);
 }
 
-LogScan::Matches LogScan::matches() const
+LogScan::Matches LogScan::matches(qint64 most) const
 {
     Matches result;
     const QByteArray text = bytes.read(ranges);
     Positions positions(ranges);
     const auto look = [&](const Line &line, std::vector<qint64> &found) {
         const QByteArrayView view = QByteArrayView(text).sliced(line.start, line.textEnd - line.start);
-        const LogPattern::Matches matches = pattern.matches(view, std::numeric_limits<std::size_t>::max());
+        const LogPattern::Matches matches = pattern.matches(view, static_cast<std::size_t>(most));
         for (const LogRange &match : matches.ranges) {
             found.push_back(positions(line.start + match.start));
         }
@@ -185,10 +184,11 @@ LogScan::Matches LogScan::matches() const
     };
     LineWalk lines(text, isEnd);
     Line line{};
-    for (; !isCancelled() && lines.next(line); result.consumed = line.end) {
+    const auto isEnough = [&] { return std::ssize(result.found) >= most; };
+    for (; !isCancelled() && !isEnough() && lines.next(line); result.consumed = line.end) {
         result.cutOff += look(line, result.found) ? 1 : 0;
     }
-    if (!isCancelled() && line.textEnd > line.start && line.start >= result.consumed) {
+    if (!isCancelled() && !isEnough() && line.textEnd > line.start && line.start >= result.consumed) {
         result.isLastCutOff = look(line, result.inLastLine);
     }
     return result;

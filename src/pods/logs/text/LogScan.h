@@ -59,7 +59,8 @@ struct LogScan
         qint64 cutOff = 0; ///< lines that the pattern is too complicated for, but for the last one
         bool isLastCutOff = false;
     };
-    Matches matches() const;
+    /// Not many more than `most` of them.
+    Matches matches(qint64 most) const;
 
 private:
     void showLine(const std::vector<LogRange> &stored, QByteArrayView view, bool isMatch, int around,

@@ -36,13 +36,14 @@ void LogSearch::scanOn()
 {
     const LogProjection &shown = m_document.shown();
     const std::optional<LogRange> part = m_scanner.next(shown.size());
-    if (!part || m_pattern.isEmpty() || !m_pattern.isValid()) {
+    if (!part || hasMore() || m_pattern.isEmpty() || !m_pattern.isValid()) {
         return;
     }
     const bool reachesEnd = part->end() == shown.size();
     LogScan scan{m_document.bytes(), shown.ranges(part->start, part->end()), m_pattern,
         part->length >= LogScan::longestSpan, m_scanner.cancelled()};
-    m_scanner.run([scan = std::move(scan)] { return scan.matches(); },
+    m_scanner.run(
+        [scan = std::move(scan), most = mostMatches - m_found.size()] { return scan.matches(most); },
         [this, part = *part, reachesEnd](
             const LogScan::Matches &matches) { scanned(part, reachesEnd, matches); });
 }

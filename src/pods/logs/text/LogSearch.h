@@ -12,6 +12,9 @@ class LogSearch : public QObject
     Q_OBJECT
 public:
     /// The document outlives the search.
+    /// Nobody goes through more, and each has its place to be kept.
+    static constexpr qint64 mostMatches = 1'000'000;
+
     explicit LogSearch(LogDocument &document, QObject *parent = nullptr);
 
     /// Looks for something else; nothing when the pattern is empty or invalid. The first match at `origin` (a
@@ -22,6 +25,8 @@ public:
     void goOn(bool forward);
 
     qint64 count() const { return m_found.size() + static_cast<qint64>(m_inLastLine.size()); }
+    /// There are more, which are not looked for.
+    bool hasMore() const { return m_found.size() >= mostMatches; }
     /// Which match is the current one, from 1; 0 when none is.
     qint64 currentNumber() const;
     /// Its stored position; -1 when there is none.

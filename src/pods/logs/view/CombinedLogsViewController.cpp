@@ -70,6 +70,7 @@ void CombinedLogsViewController::connectParts()
     connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::stopWhenFull);
     connect(&m_document, &LogDocument::appended, this, &CombinedLogsViewController::updateHint);
     connect(&m_document, &LogDocument::replaced, this, &CombinedLogsViewController::updateHint);
+    m_streams.setHeldUp([this] { return m_document.isBehind(); });
     connect(&m_streams, &LogStreams::arrived, this,
         [this](int source, const QByteArray &bytes) { m_document.append(source, bytes); });
     connect(&m_streams, &LogStreams::changed, this, &CombinedLogsViewController::streamsChanged);

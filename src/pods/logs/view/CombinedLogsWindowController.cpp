@@ -266,7 +266,9 @@ void CombinedLogsWindowController::updateFindResult()
     if (m_search->pattern().isEmpty() || !m_search->pattern().isValid()) {
         return;
     }
-    const QString more = (m_search->isSearching() ? QStringLiteral("…") : QString())
+    const QString more = (m_search->hasMore()              ? tr(" or more")
+                                 : m_search->isSearching() ? QStringLiteral("…")
+                                                           : QString())
         + (m_search->cutOffLines() > 0 ? tr(" (%1)").arg(tooComplicated(m_search->cutOffLines()))
                                        : QString());
     if (m_search->count() == 0) {

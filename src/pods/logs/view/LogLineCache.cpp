@@ -9,7 +9,7 @@ namespace tidewright {
 namespace {
 
 constexpr int mostLines = 400; // more than a large screen has rows
-constexpr qint64 linesBefore = 16; // that a match in a long line sees
+constexpr qint64 linesBefore = 16; // that a match, and a colour, in a long line comes from
 
 } // namespace
 
@@ -85,13 +85,35 @@ void LogLineCache::clear()
 const LogLineLayout &LogLineCache::layout(qint64 line)
 {
     const LogProjection &shown = m_document.shown();
-    const qint64 start = shown.lineStart(line);
     const qint64 end = shown.lineEnd(line);
     if (Entry *known = m_lines.object(line);
         known && known->end == end && known->layout.covers(m_neededWidth)) {
         return known->layout;
     }
-    const std::vector<LogRange> ranges = shown.ranges(start, end);
+    auto *entry = new Entry{end, {textOf(line, lookBefore(line)), m_appearance, m_wrapWidth, m_neededWidth}};
+    m_lines.insert(line, entry);
+    return entry->layout;
+}
+
+/// Colours end with the line, not where a long one is cut.
+LogLook LogLineCache::lookBefore(qint64 line)
+{
+    qint64 first = line;
+    const Entry *known = nullptr;
+    while (!known && first > 0 && line - first < linesBefore && continues(first)) {
+        known = m_lines.object(--first);
+    }
+    LogLook look = known ? known->layout.text().lookBehind : LogLook();
+    for (qint64 before = known ? first + 1 : first; before < line; ++before) {
+        look = textOf(before, look).lookBehind;
+    }
+    return look;
+}
+
+LogLineText LogLineCache::textOf(qint64 line, const LogLook &look) const
+{
+    const LogProjection &shown = m_document.shown();
+    const std::vector<LogRange> ranges = shown.ranges(shown.lineStart(line), shown.lineEnd(line));
     std::vector<SourceRuns::Run> sources;
     qint64 before = 0;
     for (const LogRange &range : ranges) {
@@ -101,10 +123,7 @@ const LogLineLayout &LogLineCache::layout(qint64 line)
         }
         before += range.length;
     }
-    auto *entry = new Entry{end,
-        {makeLineText(m_document.bytes().read(ranges), sources), m_appearance, m_wrapWidth, m_neededWidth}};
-    m_lines.insert(line, entry);
-    return entry->layout;
+    return makeLineText(m_document.bytes().read(ranges), sources, look);
 }
 
 LogHit LogLineCache::hitOf(qint64 position)

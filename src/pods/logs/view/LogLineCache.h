@@ -67,6 +67,9 @@ private:
         std::vector<LogRange> ranges;
     };
 
+    LogLineText textOf(qint64 line, const LogLook &look) const;
+    LogLook lookBefore(qint64 line);
+
     const LogDocument &m_document;
     LogAppearance m_appearance;
     qreal m_wrapWidth = 0;

@@ -18,7 +18,46 @@ void LogAppearance::measure(const QFont &newFont)
     rowHeight = ascent + static_cast<int>(std::ceil(metrics.descent())) + 1;
 }
 
+namespace {
+
+/// Relative luminance, 0 to 1.
+qreal luminance(const QColor &colour)
+{
+    const auto linear
+        = [](qreal part) { return part <= 0.04 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF())
+        + 0.0722 * linear(colour.blueF());
+}
+
+qreal contrast(const QColor &a, const QColor &b)
+{
+    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+bool hasRightToLeft(const QString &text)
+{
+    return std::any_of(text.cbegin(), text.cend(), [](QChar c) {
+        const QChar::Direction direction = c.direction();
+        return direction == QChar::DirR || direction == QChar::DirAL;
+    });
+}
+
+} // namespace
+
 QColor LogAppearance::colourOf(const LogLook &look) const
+{
+    constexpr qreal leastContrast = 1.25; // less than that hides what is written
+    const QColor behind = backgroundOf(look);
+    const QColor below = behind.isValid() ? behind : background;
+    const QColor wanted = wantedColour(look);
+    if (!below.isValid() || contrast(wanted, below) >= leastContrast) {
+        return wanted;
+    }
+    return QColor(luminance(below) > 0.2 ? Qt::black : Qt::white);
+}
+
+QColor LogAppearance::wantedColour(const LogLook &look) const
 {
     if (look.inverse) {
         return look.background ? QColor(*look.background) : background;
@@ -35,7 +74,7 @@ QColor LogAppearance::backgroundOf(const LogLook &look) const
     if (look.inverse) {
         LogLook upright = look;
         upright.inverse = false;
-        return colourOf(upright);
+        return wantedColour(upright);
     }
     return look.background ? QColor(*look.background) : QColor();
 }
@@ -46,14 +85,14 @@ LogLineLayout::LogLineLayout(LogLineText text, const LogAppearance &appearance, 
 {
     const qsizetype length = m_text.text.size();
     if (!m_text.isGrid) {
-        // A layout costs about a microsecond for each character: no more of them than can be seen.
-        qsizetype units = width > 0 ? length : static_cast<qsizetype>(needed / appearance.cellWidth) + 8;
-        layOut(width, std::min(units, length));
-        while (!covers(needed)) { // narrow or combining characters
-            const qreal unitWidth
-                = std::max(m_widest / static_cast<qreal>(m_laidOut), appearance.cellWidth / 4);
-            units = std::max(units + units / 8, static_cast<qsizetype>(needed / unitWidth) + 8);
-            layOut(width, std::min(units, length));
+        // A layout costs about a microsecond for each character: no more of them than can be seen. But what
+        // runs from right to left has its place by what follows.
+        const qsizetype seen = width > 0 || hasRightToLeft(m_text.text)
+            ? length
+            : static_cast<qsizetype>(needed / appearance.cellWidth) + 8;
+        layOut(width, std::min(seen, length));
+        if (!covers(needed)) { // narrow or combining characters
+            layOut(width, length);
         }
         return;
     }

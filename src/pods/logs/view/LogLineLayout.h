@@ -21,7 +21,9 @@ struct LogAppearance
     QList<QColor> sources; ///< source n takes entry n modulo their number; invalid ones stand for none
 
     void measure(const QFont &newFont);
+    /// Of the characters: what the look asks for, or one that can be told from what is behind it.
     QColor colourOf(const LogLook &look) const;
+    QColor wantedColour(const LogLook &look) const;
     QColor backgroundOf(const LogLook &look) const; ///< invalid when it is the view's own
 };
 
