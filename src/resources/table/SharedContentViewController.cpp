@@ -388,8 +388,13 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
 void SharedContentViewController::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    // Whoever walks through the sidebar with the keyboard wants to stay there.
+    // Whoever walks through the sidebar with the keyboard wants to stay there, and whoever had minimised the
+    // window (a spontaneous event) where they were.
     const QWidget *focused = window()->focusWidget();
+    if (event->spontaneous()) {
+        updateWatched();
+        return;
+    }
     if (!focused || !focused->property("keepsKeyboardFocus").toBool()) {
         m_tableView->setFocus();
     }
