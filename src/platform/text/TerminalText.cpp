@@ -18,9 +18,7 @@ qsizetype endOfSequence(QStringView text, qsizetype at)
     return at < text.size() && isBetween(text[at].unicode(), 0x40, 0x7E) ? at + 1 : at;
 }
 
-/// Where a control string ends that begins at `at`. One without an end hides nothing of what follows; it is
-/// given up where the next control function begins, so that many of them are not each sought to the line's
-/// end.
+/// Where a control string ends that begins at `at`. One without an end hides nothing of what follows.
 qsizetype endOfString(QStringView text, qsizetype at)
 {
     for (qsizetype i = at; i < text.size() && text[i] != QLatin1Char('\n'); ++i) {
@@ -28,11 +26,8 @@ qsizetype endOfString(QStringView text, qsizetype at)
         if (unit == bell || unit == stringTerminator) {
             return i + 1;
         }
-        if (unit == escape) {
-            return i + 1 < text.size() && text[i + 1] == QLatin1Char('\\') ? i + 2 : at;
-        }
-        if (isBetween(unit, 0x80, 0x9F)) {
-            return at;
+        if (unit == escape && i + 1 < text.size() && text[i + 1] == QLatin1Char('\\')) {
+            return i + 2;
         }
     }
     return at;
