@@ -28,6 +28,7 @@ TableButtonView::TableButtonView(const ObjectName &pod, const QStringList &conta
     }
     if (const QString others = othersText(containers.size()); !others.isEmpty()) {
         m_others = new QLabel(others, this);
+        m_others->setTextFormat(Qt::PlainText);
         m_others->resize(m_others->sizeHint());
     }
 }

@@ -10,7 +10,8 @@ namespace free_text {
 
 /// The lines of a listing with those that are parts of one object's line put together: a line goes on with
 /// the following ones until it has all its `fields` and a time behind the text. All are parts of that
-/// listing, in its order; one that has no end within 200 lines, or too few fields before the text, stays as it is.
+/// listing, in its order; one that has no end within 200 lines, or too few fields before the text, stays as
+/// it is.
 std::vector<QByteArrayView> wholeLines(
     const std::vector<QByteArrayView> &lines, std::size_t textField, std::size_t fields);
 

@@ -141,7 +141,7 @@ void PreviewPanel::showItem()
     }
     const QString position = count > 1 ? tr("%1 of %2").arg(m_index + 1).arg(count) : QString();
     m_title->setText(display_text::name(m_source->previewItemTitle(m_index)));
-    setWindowTitle(tr("%1 – Preview").arg(m_title->text()));
+    setWindowTitle(display_text::name(tr("%1 – Preview").arg(m_title->text())));
     showText(QString(), tr("Loading…"));
     m_source->loadPreviewItem(
         m_index, [panel = QPointer(this), request, position](const auto &item, const QString &reason) {

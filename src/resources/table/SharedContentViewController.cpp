@@ -274,7 +274,9 @@ void SharedContentViewController::enableChange(QAction &action, bool enabled) co
 {
     const QString reason = changeObstacle(m_window);
     action.setEnabled(enabled && reason.isEmpty());
-    action.setToolTip(display_text::toolTip(reason));
+    // Without a tool tip an action shows its text as one, and takes a name in it for mark-up.
+    const QString text = action.text().replace(QLatin1String("&&"), QLatin1String("&"));
+    action.setToolTip(display_text::toolTip(reason.isEmpty() ? text : reason));
 }
 
 void SharedContentViewController::reloadSoon()
