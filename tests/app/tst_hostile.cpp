@@ -153,8 +153,9 @@ private:
     {
         table.showQuickLookPanel();
         const QTextDocument *text = PreviewPanel::shared().findChild<QPlainTextEdit *>()->document();
-        QTRY_VERIFY(isHuge ? text->lastBlock().text().startsWith(u"# This is the beginning of "_s)
-                           : !text->isEmpty());
+        QTRY_VERIFY2(
+            isHuge ? text->lastBlock().text().startsWith(u"# This is the beginning of "_s) : !text->isEmpty(),
+            qPrintable(PreviewPanel::shared().windowTitle().left(80) + text->lastBlock().text().left(200)));
         PreviewPanel::shared().close();
     }
 

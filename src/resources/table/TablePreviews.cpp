@@ -72,7 +72,9 @@ void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
         arguments, false, nullptr, [self = QPointer(this), request, path, ready](const ShellResult &result) {
             // Beside a warning of the server there is the object all the same.
             const bool isThere = result.exitStatus == 0 && !result.output.isEmpty();
-            const QString reason = isThere ? QString() : result.failure();
+            const QString reason = isThere ? QString()
+                : result.exitStatus == 0   ? QObject::tr("kubectl printed nothing that can be read.")
+                                           : result.failure();
             const QString failure = isThere ? PreviewFiles::write(path, result.output) : QString();
             const QString shown
                 = PreviewFiles::shownText(result.output, failure.isEmpty() ? path : QString());
