@@ -4,7 +4,9 @@
 
 A tool tip takes a text for mark-up when it looks like some, and many texts hold names from a cluster. So what every
 .h and .cpp file below SOURCE-FOLDER gives to setToolTip, setTabToolTip or QToolTip::showText must be a literal, tr()
-of a literal, or display_text::toolTip(...); a model has no tool tips. Prints one line per fault.
+of a literal, or display_text::toolTip(...); a model has no tool tips. What setWindowTitle gets is one of these or
+display_text::name(...) or clean(...). A label, which guesses too, is made with a literal or is told in the same file that
+its text is plain. Prints one line per fault.
 
 Ends with 0 when there is no fault, 1 when there are some, 2 when there was nothing to look at.
 """
@@ -13,9 +15,11 @@ import sys
 from pathlib import Path
 
 TOKEN = re.compile(r'"(?:[^"\\\n]|\\.)*"|\'(?:[^\'\\\n]|\\.)+\'|//[^\n]*|/\*.*?\*/|.', re.S)
-CALL = re.compile(r"\b(?:set(?:Tab)?ToolTip|QToolTip::showText)\s*\(|\bToolTipRole\b")
+CALL = re.compile(r"\b(?:set(?:Tab)?ToolTip|QToolTip::showText|setWindowTitle)\s*\(|\bToolTipRole\b")
+LABEL = re.compile(r"(?:(?P<variable>\w+)\s*(?:=\s*|\())?\bnew QLabel\s*\(")
 # Which of a call's arguments is the text.
-PLACE = {"setToolTip": 0, "setTabToolTip": 1, "QToolTip::showText": 1}
+PLACE = {"setToolTip": 0, "setTabToolTip": 1, "QToolTip::showText": 1, "setWindowTitle": 0}
+TITLE = re.compile(r"display_text::(?:name|clean)\((?P<inner>.*)\)", re.S)
 LITERAL = r'(?:"S"\s*)+'
 SAFE = re.compile(
     rf"(?:{LITERAL}|(?:\w+::)?tr\(\s*{LITERAL}\)|QStringLiteral\(\s*{LITERAL}\)|QString\(\)|\{{\}}"
@@ -58,9 +62,19 @@ def closes_at_its_end(inner):
     return True
 
 
-def is_safe(argument):
-    match = SAFE.fullmatch(re.sub(r'"_*"', '"S"', argument))
+def is_safe(argument, other_door=None):
+    argument = re.sub(r'"_*"', '"S"', argument)
+    match = SAFE.fullmatch(argument) or (other_door and other_door.fullmatch(argument))
     return bool(match) and closes_at_its_end(match["inner"] or "")
+
+
+def label_faults(text):
+    for match in LABEL.finditer(text):
+        given = arguments(text, match.end())
+        plain = match["variable"] and re.search(
+            rf"\b{match['variable']}->setTextFormat\(Qt::PlainText\)", text)
+        if given and given[0] and not is_safe(given[0]) and not plain:
+            yield text.count("\n", 0, match.start()) + 1, "a label with a text from elsewhere is told that it is plain"
 
 
 def faults(path):
@@ -71,8 +85,9 @@ def faults(path):
         given = arguments(text, match.end()) if name in PLACE else []
         if name not in PLACE:
             yield line, "a model gives texts, their views the tool tips"
-        elif len(given) <= PLACE[name] or not is_safe(given[PLACE[name]]):
-            yield line, f"the text of {name} goes through display_text::toolTip"
+        elif len(given) <= PLACE[name] or not is_safe(given[PLACE[name]], TITLE if name == "setWindowTitle" else None):
+            yield line, f"the text of {name} goes through display_text"
+    yield from label_faults(text)
 
 
 def main(root):

@@ -25,6 +25,7 @@ struct Options
     bool tls = false;
     bool wrongCa = false;
     bool still = false;
+    bool hostile = false;
     bool exitWithParent = false;
     bool help = false;
 };

@@ -51,6 +51,9 @@ int run(const Options &options)
     Cluster lighthouse("demo-lighthouse", 23, options.still, history);
     seedHarbor(harbor.store, options.fleetPods);
     seedLighthouse(lighthouse.store);
+    if (options.hostile) {
+        makeHostile(harbor.store);
+    }
 
     std::unique_ptr<TlsIdentity> identity;
     std::string authority;

@@ -12,9 +12,6 @@ namespace tidewright {
 
 namespace {
 
-// Everything that a script prints is kept in the console's entry.
-constexpr qsizetype outputLimit = qsizetype(64) << 20;
-
 // `env` takes a word with an equals sign for one more variable, so a shell stands before a path that has one.
 const auto runsItsArgument = QStringLiteral("exec \"$0\"");
 
@@ -76,7 +73,7 @@ void BashScript::runScript(std::shared_ptr<CustomActionItem> item, ActionRun run
             run.view ? run.view->path() : QString());
         running.end();
     } else {
-        shell->outputLimit = outputLimit;
+        shell->outputLimit = Shell::foreignOutputLimit;
         shell->needed = run.view;
         shell->loggedArguments = backgroundCommand(shown, scriptURL());
         shell->runToldAsync(backgroundCommand(*complete, scriptURL()), nullptr,

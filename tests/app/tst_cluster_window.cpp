@@ -270,6 +270,16 @@ private Q_SLOTS:
         QVERIFY(!second && first->toolBar().isVisible() && !third->toolBar().isVisible());
         QTest::keyClick(app.frame, Qt::Key_PageUp, Qt::ControlModifier);
         QVERIFY(third->toolBar().isVisible());
+        QLineEdit *field = third->windowConsoleController().commandEntryTextField();
+        field->setFocus();
+        field->setText(u"kubectl get  po "_s);
+        app.frame->showMinimized();
+        app.frame->showNormal();
+        QTRY_VERIFY(field->hasFocus());
+        QTest::keyClick(field, Qt::Key_W, Qt::ControlModifier); // deletes a word there
+        QVERIFY(third);
+        QCOMPARE(field->text(), u"kubectl get  "_s);
+        third->primaryContentController().shownTable()->tableView().setFocus();
         QTest::keyClick(app.frame, Qt::Key_W, Qt::ControlModifier);
         QVERIFY(!third);
         QCOMPARE(app.frame->currentPage(), first.data());

@@ -227,6 +227,10 @@ private Q_SLOTS:
         QVERIFY(said.startsWith(u"The command was ended: it printed more than 1 MiB.\n0123456789abcde\n"_s));
         QVERIFY(said.size() < 100'000);
         QCOMPARE(result.output, QByteArray());
+        const QString flood
+            = runToEnd(Shell::create(), fakeTool("errfill 9000000")).error.value_or(QString());
+        QVERIFY(flood.startsWith(u"0123456789abcde\n"_s) && flood.size() < 1'100'000);
+        QVERIFY(flood.endsWith(u"\n(7951424 more bytes of standard error were left out.)"_s));
         QTRY_VERIFY(!isAlive(pidsIn(folder.path()).first()));
     }
 

@@ -46,11 +46,17 @@ button->setToolTip({});
 bar->setTabToolTip(f(1, 2), display_text::toolTip(a.isEmpty() ? b : c(d))); // setToolTip(name)
 QToolTip::showText(event->globalPos(), display_text::toolTip(name), view);
 menu->setToolTipsVisible(true);
+setWindowTitle(display_text::name(tr("%1 of %2").arg(key, secret)));
+auto *label = new QLabel(name);
+label->setTextFormat(Qt::PlainText);
+layout->addWidget(new QLabel(tr("No text")));
 """
 TIP_FAULTS = ["button->setToolTip(name);", 'button->setToolTip(tr("Scale %1").arg(name));', "setToolTip(a ? b : {});",
           "bar->setTabToolTip(1, name);", "QToolTip::showText(\nposition, text, view);", "case Qt::ToolTipRole:",
           'setToolTip("a" + name);', 'setToolTip(display_text::toolTip(a) + tr("b"));',
-          "setToolTip(display_text::toolTip(a) + name + f(b));"]
+          "setToolTip(display_text::toolTip(a) + name + f(b));", "setWindowTitle(name);",
+          "setWindowTitle(display_text::name(a) + b);", "layout->addWidget(new QLabel(name));",
+          "auto *other = new QLabel(tr(\"%1\").arg(name));"]
 
 
 def check(script, files, *folders):

@@ -121,6 +121,7 @@ private Q_SLOTS:
         const auto marked = [](QString cleaned) { return cleaned.replace(QChar(0xfffd), QLatin1Char('?')); };
         QTEST(marked(display_text::clean(text)), "shown");
         QTEST(display_text::actsWhenPasted(text), "acts");
+        QCOMPARE(display_text::name(text), display_text::clean(display_text::shortened(text, 1000)));
         QString shown = marked(display_text::toolTip(text));
         if (shown.startsWith(QLatin1Char('<'))) {
             shown = shown.mid(shown.indexOf(QLatin1Char('>')) + 1).chopped(4);

@@ -272,6 +272,8 @@ private Q_SLOTS:
         QTRY_VERIFY(stop->isHidden());
         bench->type(hang);
         QTRY_COMPARE(test::pidsIn(folder.path()).size(), 2);
+        bench->type(u"%1 fill 99999999999"_s.arg(test::fakeToolPath()));
+        QTRY_VERIFY(bench->text().contains(u"The command was ended: it printed more than 64 MiB."_s));
         bench.reset();
         for (const qint64 pid : test::pidsIn(folder.path())) {
             QTRY_VERIFY(!test::isAlive(pid));

@@ -19,6 +19,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
@@ -188,6 +189,11 @@ private Q_SLOTS:
         QCOMPARE(m_table->selectedContainerPairs(), std::vector<ContainerPair>{both.back()});
         QTRY_COMPARE(m_table->containerButtons().size(), std::size_t(4));
 
+        pretend("out\ncrowd\\ttrue\\tRunning\\t0\\t\\t\\t" + QByteArray("c ").repeated(10'000) + "\\n");
+        QVERIFY(load());
+        QTRY_COMPARE(m_table->containerButtons().size(), std::size_t(100));
+        QTRY_COMPARE(m_table->tableView().viewport()->findChild<QLabel *>()->text(), u"and 9,900 more"_s);
+
         pretend("out\n\\n");
         QVERIFY(load());
         QTRY_VERIFY(m_table->containerButtons().empty());
@@ -296,9 +302,22 @@ private Q_SLOTS:
         now += 5;
         m_table->showQuickLookPanel(); // within five seconds: nobody is asked
         QVERIFY(text->toPlainText().contains(u"kind: Pod"_s));
-        now += 0.5;
+        for (const double step : {0.5, -3600.0}) { // the clock may be set back
+            now += step;
+            m_table->showQuickLookPanel();
+            QTRY_VERIFY(text->toPlainText().contains(u"rror"_s));
+            QVERIFY(m_demo->control("{\"fail\":0}"));
+            m_table->showQuickLookPanel();
+            QTRY_VERIFY(text->toPlainText().contains(u"kind: Pod"_s));
+            QVERIFY(m_demo->control("{\"fail\":503}"));
+        }
+        now += 9; // a warning, and more than is shown
+        pretend("err\nWarning:\\n\nout\nfirst\nfill\n5000000");
         m_table->showQuickLookPanel();
-        QTRY_VERIFY(text->toPlainText().contains(u"rror"_s));
+        QTRY_VERIFY(text->toPlainText().endsWith(
+            u"# This is the beginning of 4.77 MiB. The whole is in the file "_s + file.filePath()));
+        QCOMPARE(QFile(file.filePath()).size(), 5'000'004);
+        QVERIFY(text->toPlainText().startsWith(u"first0123"_s) && text->toPlainText().size() < 4'200'000);
         QTest::keyClick(text, Qt::Key_Space);
         QVERIFY(!PreviewPanel::shared().isVisible());
         PreviewFiles::removeAll();

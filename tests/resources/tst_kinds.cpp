@@ -115,6 +115,8 @@ private Q_SLOTS:
             "v|Available <NSStatusAvailable>|1Gi|RWOPod|Delete|||1h 1m");
         row("events", "warning", "e\tWarning\tBackOff\tPod\tweb\tagain, <no value> and again\tT",
             "Warning <warning> in orange|1h 1m|BackOff|Pod/web|again, <no value> and again|*|e");
+        row("events", "lines and tabs in the message", "e\tNormal\tPulled\tPod\tweb\tone\ttwo\n\nthree\n\tT",
+            "Normal <statusInformation>|1h 1m|Pulled|Pod/web|one two  three|*|e");
         row("events", "error", "e\tError\t<no value>\tNode\tn\t<no value>\tT",
             "Error <NSStatusUnavailable> in red|1h 1m||Node/n||*|e");
         row("events", "normal", "e\tNormal\tStarted\tPod\tweb\t\tT",
@@ -381,6 +383,10 @@ private Q_SLOTS:
             if (logged) {
                 QVERIFY(window.recorded.entries[0].contains(u"error calling len"_s));
                 QVERIFY(window.recorded.entries[1].contains(u"{{if .secrets}}"_s));
+                table.reloadLogging(true); // knows which template this place needs
+                QVERIFY(finished.wait(patience));
+                QTRY_COMPARE(window.recorded.entries.size(), 3);
+                QVERIFY(window.recorded.entries[2].contains(u"{{if .secrets}}"_s));
             }
             setMainConsoleLookup(nullptr);
         }

@@ -35,6 +35,7 @@ CreateFromFileDialog::CreateFromFileDialog(QWidget *parent, const Texts &texts)
     setLabelText(QFileDialog::Accept, texts.accept);
     if (auto *grid = qobject_cast<QGridLayout *>(layout())) {
         auto *message = new QLabel(texts.message);
+        message->setTextFormat(Qt::PlainText);
         auto *folder = new QPushButton(texts.folder);
         folder->setAutoDefault(false);
         folder->setToolTip(tr("Takes all YAML files in the selected folder and the folders below it"));

@@ -31,7 +31,7 @@ QList<QStandardItem *> rowOf(const ServedKind &kind)
     for (const QString &text :
         {kind.title(), kind.resource(), kind.namespaced ? QObject::tr("Namespace") : QObject::tr("Cluster"),
             kind.shortNames.join(QLatin1String(", "))}) {
-        row.append(new QStandardItem(display_text::clean(text)));
+        row.append(new QStandardItem(display_text::name(text)));
         row.last()->setEditable(false);
     }
     return row;

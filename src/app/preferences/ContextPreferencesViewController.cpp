@@ -172,6 +172,7 @@ void ContextPreferencesViewController::buildLayout()
     choices->setSpacing(10);
     const auto addChoice = [choices](const QString &title, QComboBox *list) {
         auto *label = new QLabel(title);
+        label->setTextFormat(Qt::PlainText);
         label->setBuddy(list);
         choices->addWidget(label);
         choices->addWidget(list);

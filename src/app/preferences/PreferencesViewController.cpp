@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/preferences/PreferencesViewController.h"
 
+#include "platform/text/DisplayText.h"
+
 #include <QEvent>
 #include <QGuiApplication>
 #include <QLabel>
@@ -55,7 +57,7 @@ void PreferencesViewController::showEvent(QShowEvent *event)
         m_preferredContentSize = sizeHint();
         viewDidLoad();
     }
-    window()->setWindowTitle(m_title);
+    window()->setWindowTitle(display_text::name(m_title));
 }
 
 QLabel *PreferencesViewController::makeHint(const QString &text, int lines)

@@ -80,7 +80,11 @@ void NamespaceChoice::clear()
 
 void NamespaceChoice::remember(const QString &context, const QString &name)
 {
+    constexpr qsizetype longest = 253; // of any name; a server that lies must not fill the settings' file
     m_lastChosen = stored();
+    if (name.size() > longest) {
+        return;
+    }
     m_lastChosen.insert(context, name);
     userDefaults().set(settingKey, m_lastChosen);
 }

@@ -34,7 +34,7 @@ public:
 
     QString displayText(const QVariant &value, const QLocale &locale) const override
     {
-        return QStyledItemDelegate::displayText(display_text::clean(value.toString()), locale);
+        return QStyledItemDelegate::displayText(display_text::name(value.toString()), locale);
     }
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override

@@ -76,7 +76,7 @@ void SearchableComboBox::hidePopup()
 void SearchableComboBox::initStyleOption(QStyleOptionComboBox *option) const
 {
     QComboBox::initStyleOption(option);
-    option->currentText = display_text::clean(option->currentText);
+    option->currentText = display_text::name(option->currentText);
 }
 
 void SearchableComboBox::choose(int row)

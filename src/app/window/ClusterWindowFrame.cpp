@@ -282,7 +282,7 @@ void ClusterWindowFrame::pageTitleChanged(MainWindowController *page)
     m_tabBar->setTabText(index, display_text::withoutMnemonics(page->tabTitle()));
     m_tabBar->setTabToolTip(index, display_text::toolTip(page->placeDescription()));
     if (page == currentPage()) {
-        setWindowTitle(display_text::clean(page->title()));
+        setWindowTitle(display_text::name(page->title()));
     }
 }
 

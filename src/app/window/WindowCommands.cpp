@@ -247,7 +247,7 @@ void WindowCommands::buildClusterMenu()
     });
     menu->setToolTipsVisible(true);
     menu->addSeparator();
-    add(menu, QStringLiteral("Reload Contexts"), QKeySequence(tr("Ctrl+Shift+C")),
+    add(menu, QStringLiteral("Reload Contexts"), QKeySequence(),
         [this] { m_frame.currentPage()->state().reloadContexts(); });
     add(menu, QStringLiteral("Reload Namespace"), QKeySequence(tr("Ctrl+Shift+R")),
         [this] { m_frame.currentPage()->state().reloadNamespaces(); });

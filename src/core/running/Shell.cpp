@@ -12,6 +12,7 @@
 
 #include <QThread>
 
+#include <algorithm>
 #include <cstring>
 
 namespace tidewright {
@@ -34,7 +35,9 @@ bool isKubectl(const QStringList &arguments)
 /// Between a child's end of file and the news of its end.
 constexpr std::chrono::seconds exitNotice(2);
 
-/// Bytes of standard error that are kept of a command that was ended early.
+/// Bytes of standard error that are kept, and of a command that was ended early. It is read by people: its
+/// beginning says what is wrong.
+constexpr qsizetype errorLimit = qsizetype(1) << 20;
 constexpr qsizetype complaintLimit = 1 << 16;
 
 QString withoutTabs(QString text)
@@ -230,14 +233,19 @@ ShellResult Shell::perform(const QStringList &arguments, Log log, const Addresse
 Shell::Collected Shell::collect(Prepared &prepared) const
 {
     Collected collected;
+    qsizetype errorSize = 0;
     PipeReader reader(prepared.pipe.readEnd.get(), prepared.errorPipe.readEnd.get());
-    const auto keep = [this, &collected](PipeReader::Stream stream, QByteArrayView piece) {
+    const auto keep = [this, &collected, &errorSize](PipeReader::Stream stream, QByteArrayView piece) {
         QByteArray &target = stream == PipeReader::Stream::Output ? collected.output : collected.error;
+        if (stream == PipeReader::Stream::Error) {
+            errorSize += piece.size();
+            piece.truncate(std::min(piece.size(), errorLimit - target.size()));
+        }
         // Growing by resize moves the pages; append would copy all that is there each time the space doubles.
         const qsizetype before = target.size();
         target.resize(before + piece.size());
         std::memcpy(target.data() + before, piece.data(), static_cast<std::size_t>(piece.size()));
-        return collected.output.size() + collected.error.size() <= outputLimit;
+        return collected.output.size() + errorSize <= outputLimit;
     };
     auto end = PipeReader::End::EndOfFile;
     try {
@@ -246,6 +254,11 @@ Shell::Collected Shell::collect(Prepared &prepared) const
     } catch (const std::bad_alloc &) {
         collected.output = {};
         collected.complaint = QStringLiteral("The command was ended: there is no memory for what it prints.");
+    }
+    if (errorSize > collected.error.size()) {
+        collected.error.chop(incompleteUtf8Tail(collected.error));
+        collected.error += "\n(" + QByteArray::number(errorSize - collected.error.size())
+            + " more bytes of standard error were left out.)";
     }
     if (end == PipeReader::End::Stopped) {
         collected.complaint = stoppedText();

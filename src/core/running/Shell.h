@@ -21,7 +21,8 @@ struct ShellResult
     /// to start, was cancelled, or the output was not valid UTF-8. Kept as bytes because listings are split
     /// as bytes.
     QByteArray output;
-    /// Standard error when it was not empty, or the runner's own message.
+    /// Standard error when it was not empty (its first MiB, and how much more there was), or the runner's own
+    /// message.
     std::optional<QString> error;
     /// Nothing when the child never ran, was killed, or left its output to others and lives on.
     std::optional<int> exitStatus = {};
@@ -72,9 +73,11 @@ public:
     bool outlivesApplication = false;
     /// Of the pipe for the output.
     Pipe::Size pipeSize = Pipe::Size::Large;
-    /// More output than this many bytes ends the child and fails the run, instead of exhausting the machine's
-    /// memory.
+    /// More output and errors than this many bytes end the child and fail the run, instead of exhausting the
+    /// machine's memory.
     qsizetype outputLimit = qsizetype(256) << 20;
+    /// The limit of what the user runs: typed lines, action scripts.
+    static constexpr qsizetype foreignOutputLimit = qsizetype(64) << 20;
     /// What the console is told instead of the arguments, which may hold what is not for everybody to read.
     std::optional<QStringList> loggedArguments;
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/desktop/Diagnostics.h"
 
+#include "platform/text/DisplayText.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -40,7 +42,8 @@ void writeDiagnostic(const QString &line, DiagnosticStream stream)
     const std::lock_guard lock(mutex);
     const int own = stream == DiagnosticStream::StandardOutput ? STDOUT_FILENO : STDERR_FILENO;
     const int twin = impatientTwin(own);
-    const QByteArray bytes = line.toUtf8() + '\n';
+    constexpr qsizetype longest = 10'000; // of a line that may hold one of a listing
+    const QByteArray bytes = display_text::clean(display_text::shortened(line, longest)).toUtf8() + '\n';
     pollfd writable{twin >= 0 ? twin : own, POLLOUT, 0};
     for (QByteArrayView rest(bytes); !rest.isEmpty() && ::poll(&writable, 1, 0) == 1;) {
         // What poll() calls writable takes so many bytes at once.

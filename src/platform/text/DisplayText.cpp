@@ -34,6 +34,12 @@ QString clean(const QString &text)
     return cleaned;
 }
 
+QString name(const QString &text)
+{
+    constexpr qsizetype longest = 1000;
+    return clean(shortened(text, longest));
+}
+
 QString withoutLineEnds(const QString &text)
 {
     return QString(text)
@@ -48,7 +54,7 @@ bool actsWhenPasted(const QString &text)
 
 QString withoutMnemonics(const QString &text)
 {
-    return clean(text).replace(QLatin1Char('&'), QLatin1String("&&"));
+    return name(text).replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
 QString shortened(const QString &text, qsizetype characters, int lines)

@@ -15,6 +15,10 @@ namespace display_text {
 /// separators.
 QString clean(const QString &text);
 
+/// What of a name stands in a cell, a list, a menu, a button or a title: clean, at most its first 1,000
+/// characters, which is four times what a name may have, so that no text costs more than a frame.
+QString name(const QString &text);
+
 /// Carriage returns and line feeds as they stand in a string literal, "\\r" and "\\n": for names of files.
 QString withoutLineEnds(const QString &text);
 
@@ -22,7 +26,7 @@ QString withoutLineEnds(const QString &text);
 /// other than line feed and tab.
 bool actsWhenPasted(const QString &text);
 
-/// For menus, buttons and tabs, which take a single ampersand for the mark of a mnemonic; clean.
+/// For menus, buttons and tabs, which take a single ampersand for the mark of a mnemonic: as `name` has it.
 QString withoutMnemonics(const QString &text);
 
 /// At most so many characters (code points) and so many lines of the text, with an ellipsis behind them when

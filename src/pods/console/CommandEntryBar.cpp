@@ -87,12 +87,39 @@ void CommandEntryBar::setTypedCommands(const QStringList &commands)
     m_stop->setVisible(!commands.isEmpty());
 }
 
+/// As a shell does: the word before the cursor, with the blanks behind it.
+void CommandEntryBar::deleteWord()
+{
+    const QString text = m_field->text();
+    int begin = m_field->cursorPosition();
+    const int end = begin;
+    while (begin > 0 && text.at(begin - 1).isSpace()) {
+        --begin;
+    }
+    while (begin > 0 && !text.at(begin - 1).isSpace()) {
+        --begin;
+    }
+    m_field->setSelection(begin, end - begin);
+    m_field->del();
+}
+
 bool CommandEntryBar::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != m_field || event->type() != QEvent::KeyPress) {
+    const bool isOverride = event->type() == QEvent::ShortcutOverride;
+    if (watched != m_field || (event->type() != QEvent::KeyPress && !isOverride)) {
         return QWidget::eventFilter(watched, event);
     }
     const auto *press = static_cast<QKeyEvent *>(event);
+    // In a terminal these keys delete a word; here they would close the tab with all that runs in it.
+    const bool deletesWord = press->key() == Qt::Key_W && press->modifiers() == Qt::ControlModifier;
+    if (isOverride) {
+        event->setAccepted(deletesWord);
+        return deletesWord;
+    }
+    if (deletesWord) {
+        deleteWord();
+        return true;
+    }
     if ((press->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
         return false;
     }

@@ -37,6 +37,7 @@ protected:
 
 private:
     void buildLayout();
+    void deleteWord();
 
     QLineEdit *m_field;
     QLabel *m_running;

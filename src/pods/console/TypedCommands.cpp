@@ -180,6 +180,7 @@ void TypedCommands::start(quint64 id, const QStringList &words, bool inUserFile)
 {
     Typed &typed = *find(id);
     typed.shell = inUserFile ? m_window->kubeCtl().makePlainShell() : m_window->kubeCtl().makeForeignShell();
+    typed.shell->outputLimit = Shell::foreignOutputLimit;
     if (!typed.shell->gate) {
         typed.shell->gate = [place = m_window->kubeCtl().startingPlace()](
                                 const QStringList &started) { return gateReason(started, place); };

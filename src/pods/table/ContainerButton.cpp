@@ -35,7 +35,7 @@ ContainerButton::ContainerButton(const QString &container, const ObjectName &pod
 
 QSize ContainerButton::sizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(display_text::clean(m_container)) + 2 * sidePadding,
+    return {fontMetrics().horizontalAdvance(display_text::name(m_container)) + 2 * sidePadding,
         fontMetrics().height() + 4};
 }
 
@@ -54,7 +54,7 @@ void ContainerButton::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(
         QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius, cornerRadius);
     painter.setPen(colours.color(isChecked() ? QPalette::HighlightedText : QPalette::ButtonText));
-    painter.drawText(rect(), Qt::AlignCenter, display_text::clean(m_container));
+    painter.drawText(rect(), Qt::AlignCenter, display_text::name(m_container));
 }
 
 } // namespace tidewright

@@ -26,6 +26,14 @@ const Pod &podAt(const ArrangingModel &model, int row)
     return static_cast<const Pod &>(*model.arrangedRow(row));
 }
 
+/// Behind the commands for a pod's containers, of which there may be thousands.
+void addOthers(QMenu &menu, qsizetype containers)
+{
+    if (const QString others = TableButtonView::othersText(containers); !others.isEmpty()) {
+        menu.addAction(others)->setEnabled(false);
+    }
+}
+
 } // namespace
 
 PodController::PodController(WindowState &window, QWidget *parent)
@@ -37,8 +45,11 @@ PodController::PodController(WindowState &window, QWidget *parent)
 {
     tableView().setItemDelegateForColumn(
         kind().indexOf(QLatin1String("name")), new PaddedTextField(&tableView()));
-    connect(m_cells, &VisibleCells::cellsForgotten, this,
-        [this] { std::erase_if(m_containerButtons, [](const auto &button) { return !button; }); });
+    connect(m_cells, &VisibleCells::cellsForgotten, this, [this] {
+        if (std::erase_if(m_containerButtons, [](const auto &button) { return !button; }) > 0) {
+            Q_EMIT selectedContainersChanged(); // one that was chosen may be among them
+        }
+    });
 }
 
 void PodController::reloadPods()
@@ -183,12 +194,13 @@ void PodController::addShellCommands(QMenu &menu, int row)
     const QStringList containers = podAt(arrangedObjects(), row).containers;
     QMenu *target = containers.size() > 1 ? menu.addMenu(tr("Open Shell")) : &menu;
     target->setToolTipsVisible(true);
-    for (const QString &name : containers) {
+    for (const QString &name : containers.first(qMin(TableButtonView::mostButtons, containers.size()))) {
         QAction *action = target->addAction(
             containers.size() > 1 ? display_text::withoutMnemonics(name) : tr("Open Shell"), this,
             [this, container = ContainerPair{pod, name, nameSpace}] { openShellIn(container); });
         enableFor(Deed::OpenShell, *action, true);
     }
+    addOthers(*target, containers.size());
 }
 
 void PodController::rowsChanged()
@@ -261,6 +273,8 @@ void PodController::extendContextMenu(QMenu &menu)
         action->setChecked(button->isChecked());
         connect(action, &QAction::triggered, button, &QPushButton::click);
     }
+    addOthers(*previous, view->containers().size());
+    addOthers(*containers, view->containers().size());
 }
 
 } // namespace tidewright

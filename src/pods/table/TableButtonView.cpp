@@ -3,6 +3,9 @@
 
 #include "pods/table/ContainerButton.h"
 
+#include <QLabel>
+#include <QLocale>
+
 #include <algorithm>
 
 namespace tidewright {
@@ -20,9 +23,20 @@ TableButtonView::TableButtonView(const ObjectName &pod, const QStringList &conta
 {
     QStringList ascending = containers;
     ascending.sort();
-    for (const QString &container : std::as_const(ascending)) {
+    for (const QString &container : ascending.first(qMin(mostButtons, ascending.size()))) {
         m_buttons.append(new ContainerButton(container, pod, this));
     }
+    if (const QString others = othersText(containers.size()); !others.isEmpty()) {
+        m_others = new QLabel(others, this);
+        m_others->setTextFormat(Qt::PlainText);
+        m_others->resize(m_others->sizeHint());
+    }
+}
+
+QString TableButtonView::othersText(qsizetype containers)
+{
+    return containers <= mostButtons ? QString()
+                                     : tr("and %1 more").arg(QLocale().toString(containers - mostButtons));
 }
 
 bool TableButtonView::hasCheckedButton() const
@@ -37,6 +51,9 @@ void TableButtonView::resizeEvent(QResizeEvent *)
     for (ContainerButton *button : std::as_const(m_buttons)) {
         button->move(x, (height() - button->height()) / 2);
         x += button->width() + buttonSpacing;
+    }
+    if (m_others) {
+        m_others->move(x, (height() - m_others->height()) / 2);
     }
 }
 

@@ -263,10 +263,12 @@ void runChange(const ChangePlace &place, const ChangeCommands &commands, const Q
 QWidget *confirmationDetails(const QString &text)
 {
     constexpr int mostLines = 18;
-    auto *label = new QLabel(display_text::clean(text));
+    QStringList lines = text.split(QLatin1Char('\n'));
+    std::transform(lines.begin(), lines.end(), lines.begin(), display_text::name);
+    auto *label = new QLabel(lines.join(QLatin1Char('\n')));
     label->setTextFormat(Qt::PlainText);
     label->setContentsMargins(2, 10, 12, 8);
-    if (text.count(QLatin1Char('\n')) < mostLines) {
+    if (lines.size() <= mostLines) {
         return label;
     }
     auto *scroller = new QScrollArea;

@@ -24,6 +24,7 @@ namespace {
 
 constexpr int comfortableWidth = 440; // for names to stand in one piece
 constexpr int spacing = 6;
+constexpr qsizetype longestMessage = 20'000; // no name has a tenth of it
 constexpr int longMessage = 8000; // more UTF-16 units than a label lays out within a few frames
 
 std::function<QWidget *()> &mainWindowLookup()
@@ -64,8 +65,8 @@ Confirmation::Confirmation(const Question &question, QWidget *window)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::WindowModal);
-    setAccessibleName(display_text::clean(question.title));
-    setAccessibleDescription(display_text::shortened(display_text::clean(question.message), longMessage));
+    setAccessibleName(display_text::name(question.title));
+    setAccessibleDescription(display_text::clean(display_text::shortened(question.message, longMessage)));
 
     auto *buttons = new QDialogButtonBox;
     buttons->setCenterButtons(style()->styleHint(QStyle::SH_MessageBox_CenterButtons, nullptr, this) != 0);
@@ -91,7 +92,8 @@ Confirmation::Confirmation(const Question &question, QWidget *window)
     title->setFont(bold);
     column->addWidget(title);
     if (!question.message.isEmpty()) {
-        column->addWidget(messageView(display_text::clean(question.message)));
+        column->addWidget(
+            messageView(display_text::clean(display_text::shortened(question.message, longestMessage))));
     }
     QWidget *form = nullptr;
     if (question.accessory) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/controllers/SecretWindow.h"
 
+#include "platform/text/DisplayText.h"
+
 #include <QDialogButtonBox>
 #include <QFontDatabase>
 #include <QLabel>
@@ -38,7 +40,7 @@ SecretWindow::SecretWindow(
     , m_remaining(new QLabel)
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(tr("%1 of %2").arg(key, secret));
+    setWindowTitle(display_text::name(tr("%1 of %2").arg(key, secret)));
     const ShownValue shown = shownValue(value);
     m_value->setReadOnly(true);
     m_value->setUndoRedoEnabled(false);
@@ -49,7 +51,9 @@ SecretWindow::SecretWindow(
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     auto *layout = new QVBoxLayout(this);
     if (!shown.note.isEmpty()) {
-        layout->addWidget(new QLabel(shown.note));
+        auto *note = new QLabel(shown.note);
+        note->setTextFormat(Qt::PlainText);
+        layout->addWidget(note);
     }
     layout->addWidget(m_value);
     layout->addWidget(m_remaining);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/decoding/ObjectLines.h"
 
+#include "resources/kinds/FreeText.h"
+
 #include <simdjson.h>
 
 #include <string_view>
@@ -40,6 +42,8 @@ ObjectLines::ObjectLines(const ResourceKind &kind, QString &problem)
     : m_printer(ObjectPrinter::compile(kind.outputArguments, problem))
     , m_otherOutput(kind.otherOutput)
     , m_sortedBy(sortedBy(kind))
+    , m_freeTextField(kind.freeTextField)
+    , m_fieldCount(kind.fieldCount)
 {
     if (m_printer && !kind.liveArguments.isEmpty()) {
         m_live = ObjectPrinter::compile(kind.liveArguments, problem);
@@ -60,6 +64,9 @@ LiveChange ObjectLines::change(const simdjson::dom::element &object) const
             change.line.clear();
             problem = other->print(object, change.line);
         }
+    }
+    if (m_freeTextField) {
+        change.line = free_text::onOneLine(change.line, *m_freeTextField, m_fieldCount);
     }
     if (!problem.isEmpty()) {
         change.kind = LiveChange::Kind::Skip;

@@ -28,6 +28,8 @@ private:
     std::shared_ptr<const ObjectPrinter> m_live; ///< null: nothing more than the listing
     std::function<QStringList(const QString &error)> m_otherOutput;
     QByteArray m_sortedBy;
+    std::optional<std::size_t> m_freeTextField;
+    std::size_t m_fieldCount;
 };
 
 } // namespace tidewright

@@ -138,7 +138,7 @@ QVariant PortForwards::data(const QModelIndex &index, int role) const
     const bool isLink = index.column() == Address && forward->state() == PortForward::State::Forwarding;
     switch (role) {
     case Qt::DisplayRole:
-        return display_text::clean(text(*forward, index.column()));
+        return display_text::name(text(*forward, index.column()));
     case Qt::DecorationRole:
         return index.column() == State ? QVariant(namedImage(imageName(forward->state()))) : QVariant();
     case Qt::ForegroundRole:

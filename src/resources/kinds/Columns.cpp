@@ -10,7 +10,8 @@ namespace tidewright {
 
 SortKey textSortKey(const QString &text)
 {
-    return SortKey(naturalSortKey(text));
+    constexpr qsizetype ordered = 1000; // no more of a text is shown
+    return SortKey(naturalSortKey(text.left(ordered)));
 }
 
 SortKey timeSortKey(const QString &timestamp)

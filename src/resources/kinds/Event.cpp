@@ -104,6 +104,7 @@ ResourceKind eventKind()
     kind.outputArguments = {QStringLiteral("--sort-by"), QStringLiteral(".lastTimestamp"),
         QStringLiteral("-ogo-template"), listingTemplate()};
     kind.fieldCount = FieldCount;
+    kind.freeTextField = Message;
     kind.lastLineFirst = true; // kubectl sorts the latest to the end
     kind.firstListed
         = [](KubeTableItem &item, double moment) { static_cast<Event &>(item).startDate = moment; };

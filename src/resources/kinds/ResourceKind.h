@@ -72,6 +72,9 @@ struct ResourceKind
     /// A range in a JSONPath template that is not ended prints its body once more, for the list itself. That
     /// is nothing but white space as a rule; where it is more, this is it, and no line to complain of.
     QByteArray listRemainder;
+    /// The field with a text of people or programs, in which line ends and tabs of their own may stand
+    /// (FreeText.h); nothing for a kind that has none.
+    std::optional<std::size_t> freeTextField;
     std::vector<Column> columns;
     /// The place of a column among them; there must be one of that identifier.
     int indexOf(QLatin1String identifier) const;

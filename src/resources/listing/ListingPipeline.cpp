@@ -55,7 +55,7 @@ void ListingPipeline::load(const std::shared_ptr<Shell> &shell, const QStringLis
         Q_EMIT loadingChanged(true);
     }
     if (const Load *started = find(id)) {
-        run(*started, m_kind->outputArguments);
+        run(*started, m_otherOutput.isEmpty() ? m_kind->outputArguments : m_otherOutput);
     }
 }
 
@@ -95,6 +95,7 @@ void ListingPipeline::clear()
     m_arrived.clear();
     m_merging.reset();
     m_application = {};
+    m_otherOutput.clear();
     m_store.clear();
     if (wasLoading) {
         Q_EMIT loadingChanged(false);
@@ -147,6 +148,7 @@ bool ListingPipeline::tryOtherOutput(Load &load, const LoadOutcome &outcome)
     }
     const QStringList otherOutput = m_kind->otherOutput(*outcome.error);
     if (!otherOutput.isEmpty()) {
+        m_otherOutput = otherOutput; // it would fail again and again
         run(load, otherOutput);
     }
     return !otherOutput.isEmpty();
@@ -219,6 +221,9 @@ void ListingPipeline::finish(quint64 id)
 {
     const auto load = std::find_if(
         m_loads.begin(), m_loads.end(), [id](const Load &candidate) { return candidate.id == id; });
+    if (load == m_loads.end()) {
+        return; // whoever heard of the rows has cleared the table
+    }
     const LoadOutcome outcome = load->outcome;
     m_loads.erase(load);
     if (m_merging == id) {

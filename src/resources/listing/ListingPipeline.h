@@ -95,6 +95,7 @@ private:
 
     RowStore &m_store;
     std::shared_ptr<const ResourceKind> m_kind; // for the workers
+    QStringList m_otherOutput; // the template that this place needs; empty for the kind's usual one
     std::deque<Load> m_loads;
     std::deque<quint64> m_arrived; // listings that wait for their merge
     std::optional<quint64> m_merging;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/listing/LoadProblem.h"
 
+#include "platform/text/DisplayText.h"
 #include "platform/text/RegularExpression.h"
 
 #include <QRegularExpression>
@@ -71,7 +72,8 @@ QString helperProblem(const QString &errorText)
 QString loadProblem(const LoadOutcome &outcome)
 {
     if (outcome.error) {
-        const QString text = sentenceFirst(*outcome.error);
+        constexpr qsizetype read = 16 * 1024; // kubectl says what is wrong long before that
+        const QString text = sentenceFirst(display_text::shortened(*outcome.error, read));
         return text.isEmpty() ? QObject::tr("kubectl failed without saying why.") : text;
     }
     if (!outcome.errorIsText) {

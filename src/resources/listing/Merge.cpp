@@ -2,6 +2,7 @@
 #include "resources/listing/Merge.h"
 
 #include "platform/text/Timestamp.h"
+#include "resources/kinds/FreeText.h"
 #include "resources/kinds/PrintedTable.h"
 
 #include <QHash>
@@ -78,7 +79,7 @@ void split(QByteArrayView text, char separator, std::vector<QByteArrayView> &pie
     pieces.push_back(text.sliced(begin));
 }
 
-std::vector<QByteArrayView> linesOf(QByteArrayView listing, bool lastFirst)
+std::vector<QByteArrayView> linesOf(QByteArrayView listing)
 {
     std::vector<QByteArrayView> lines;
     if (listing.endsWith('\n')) {
@@ -86,9 +87,6 @@ std::vector<QByteArrayView> linesOf(QByteArrayView listing, bool lastFirst)
     }
     if (!listing.isEmpty()) {
         split(listing, '\n', lines);
-    }
-    if (lastFirst) {
-        std::reverse(lines.begin(), lines.end());
     }
     return lines;
 }
@@ -223,8 +221,16 @@ MergeResult mergeLines(
     const ResourceKind &kind, const QByteArray &listing, const Rows &snapshot, LineForm form)
 {
     Merge merge(kind, snapshot, form);
-    for (const QByteArrayView line : linesOf(listing, kind.lastLineFirst)) {
-        merge.take(line);
+    const std::size_t fields = kind.fieldCount + (form == LineForm::WithNamespace ? 1 : 0);
+    std::vector<QByteArrayView> lines = linesOf(listing);
+    if (kind.freeTextField) {
+        lines = free_text::wholeLines(lines, *kind.freeTextField, fields);
+    }
+    if (kind.lastLineFirst) {
+        std::reverse(lines.begin(), lines.end());
+    }
+    for (const QByteArrayView line : lines) {
+        merge.take(kind.freeTextField ? free_text::onOneLine(line, *kind.freeTextField, fields) : line);
     }
     return merge.finish();
 }

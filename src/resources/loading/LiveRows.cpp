@@ -57,6 +57,14 @@ void LiveRows::clear()
 {
     m_batches.clear();
     m_upsertsDone = 0;
+    m_skipped = 0;
+}
+
+QString LiveRows::problem() const
+{
+    return m_skipped == 0 ? QString()
+                          : tr("%1 objects could not be read.\nThe first of them: %2")
+                                .arg(QString::number(m_skipped), m_firstSkipped);
 }
 
 void LiveRows::apply()
@@ -71,7 +79,15 @@ void LiveRows::apply()
     bool isComplete = false;
     while (!m_batches.empty() && elapsed.elapsed() < sliceMilliseconds) {
         if (!applySome(chunkRows)) {
-            isComplete = isComplete || m_batches.front().stateComplete;
+            const LiveBatch &done = m_batches.front();
+            isComplete = isComplete || done.stateComplete;
+            if (done.stateBegun) {
+                m_skipped = 0;
+            }
+            if (m_skipped == 0) {
+                m_firstSkipped = done.firstSkippedLine;
+            }
+            m_skipped += done.skippedLines;
             m_batches.pop_front();
             m_upsertsDone = 0;
         }

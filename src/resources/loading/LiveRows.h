@@ -25,6 +25,9 @@ public:
     void release();
     /// Forgets what waits.
     void clear();
+    /// What is told of the objects since the last state began of which no row could be made; empty when there
+    /// are none.
+    QString problem() const;
 
 Q_SIGNALS:
     void rowsChanged();
@@ -43,6 +46,8 @@ private:
     RowStore &m_store;
     std::deque<LiveBatch> m_batches;
     std::size_t m_upsertsDone = 0; ///< of the batch in front
+    std::size_t m_skipped = 0; ///< objects without a row
+    QString m_firstSkipped;
     bool m_isHeld = false;
     bool m_isScheduled = false;
 };

@@ -275,7 +275,7 @@ void TableLoader::streamChanged()
 void TableLoader::stateArrived()
 {
     m_hasState = true;
-    m_problem.clear();
+    m_problem = m_liveRows.problem();
     m_failed = false;
     m_failures = 0;
     m_streamFailures = 0;

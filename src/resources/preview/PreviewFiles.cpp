@@ -4,9 +4,12 @@
 #include "platform/desktop/Diagnostics.h"
 #include "platform/process/FileDescriptor.h"
 #include "platform/text/Timestamp.h"
+#include "platform/text/Utf8.h"
 
 #include <QDir>
 #include <QFile>
+#include <QLocale>
+#include <QObject>
 #include <QSaveFile>
 #include <QSet>
 
@@ -25,6 +28,27 @@ QString &cacheFolder()
 }
 
 constexpr double reuseSeconds = 5;
+constexpr qsizetype shownAtMost = qsizetype(4) << 20; // bytes
+constexpr qsizetype longestLine = 4096; // of one that is laid out within a few milliseconds
+
+QString withBrokenLines(const QString &text)
+{
+    QString broken;
+    broken.reserve(text.size() + text.size() / longestLine);
+    for (qsizetype begin = 0; begin < text.size();) {
+        const qsizetype lineEnd = text.indexOf(QLatin1Char('\n'), begin);
+        const qsizetype end = lineEnd < 0 ? text.size() : lineEnd + 1;
+        while (end - begin > longestLine) {
+            const qsizetype part
+                = text.at(begin + longestLine - 1).isHighSurrogate() ? longestLine - 1 : longestLine;
+            broken.append(QStringView(text).mid(begin, part)).append(QLatin1Char('\n'));
+            begin += part;
+        }
+        broken.append(QStringView(text).mid(begin, end - begin));
+        begin = end;
+    }
+    return broken;
+}
 
 /// What this process has begun to write, on any thread.
 struct WrittenFiles
@@ -66,20 +90,40 @@ QString PreviewFiles::write(const QString &path, const QByteArray &text)
     return {};
 }
 
+QString PreviewFiles::shownText(const QByteArray &text, const QString &path)
+{
+    QByteArray shown = text.left(shownAtMost);
+    shown.chop(text.size() > shownAtMost ? incompleteUtf8Tail(shown) : 0);
+    QString result = withBrokenLines(QString::fromUtf8(shown));
+    if (shown.size() < text.size()) {
+        const QString size = QLocale().formattedDataSize(text.size());
+        result += QLatin1String("\n\n")
+            + (path.isEmpty()
+                    ? QObject::tr("# This is the beginning of %1. The whole could not be written to a file.")
+                          .arg(size)
+                    : QObject::tr("# This is the beginning of %1. The whole is in the file %2")
+                          .arg(size, path));
+    }
+    return result;
+}
+
 std::optional<PreviewItem> PreviewFiles::recent(const QString &context, const QString &path) const
 {
     const auto cached = m_cacheTimes.constFind(path);
-    if (cached == m_cacheTimes.constEnd() || cached->context != context
-        || currentTime() - cached->time > reuseSeconds) {
+    if (cached == m_cacheTimes.constEnd() || cached->context != context) {
+        return std::nullopt;
+    }
+    const double age = currentTime() - cached->time;
+    if (age < 0 || age > reuseSeconds) { // the clock may have been set back
         return std::nullopt;
     }
     return cached->item;
 }
 
 PreviewItem PreviewFiles::store(const QString &context, const QString &path, const QString &title,
-    const QByteArray &text, const QString &writeFailure)
+    const QString &text, const QString &writeFailure)
 {
-    PreviewItem item{title, QString::fromUtf8(text), path};
+    PreviewItem item{title, text, path};
     if (!writeFailure.isEmpty()) {
         writeDiagnostic(QLatin1String("Unable to write cache file: ") + writeFailure);
         item.filePath.clear();

@@ -23,12 +23,16 @@ public:
     /// thread.
     static QString write(const QString &path, const QByteArray &text);
 
+    /// What is shown of an object's text: its first 4 MiB, with longer lines than 4,096 characters broken,
+    /// and where the whole is when that is not all; `path` is empty when it could not be written. Any thread.
+    static QString shownText(const QByteArray &text, const QString &path);
+
     /// The item whose file was written for that context no more than five seconds ago.
     std::optional<PreviewItem> recent(const QString &context, const QString &path) const;
-    /// Remembers an item and when it was written. A file that could not be (`writeFailure`) is said in a
-    /// diagnostic and the item is shown all the same.
-    PreviewItem store(const QString &context, const QString &path, const QString &title,
-        const QByteArray &text, const QString &writeFailure);
+    /// Remembers an item, with the text that is shown of it, and when it was written. A file that could not
+    /// be (`writeFailure`) is said in a diagnostic and the item is shown all the same.
+    PreviewItem store(const QString &context, const QString &path, const QString &title, const QString &text,
+        const QString &writeFailure);
 
     /// Removes every preview file that this process wrote; for the end of the application.
     static void removeAll();

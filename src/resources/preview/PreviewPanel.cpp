@@ -2,6 +2,7 @@
 #include "resources/preview/PreviewPanel.h"
 
 #include "platform/text/DisplayText.h"
+#include "resources/preview/TextInPieces.h"
 #include "resources/preview/YamlHighlighter.h"
 
 #include <QFontDatabase>
@@ -26,6 +27,7 @@ PreviewPanel::PreviewPanel()
     : m_title(new QLabel)
     , m_state(new QLabel)
     , m_text(new QPlainTextEdit)
+    , m_pieces(new TextInPieces(*m_text))
     , m_colours(new YamlHighlighter(m_text->document()))
 {
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -138,8 +140,8 @@ void PreviewPanel::showItem()
         return;
     }
     const QString position = count > 1 ? tr("%1 of %2").arg(m_index + 1).arg(count) : QString();
-    m_title->setText(display_text::clean(m_source->previewItemTitle(m_index)));
-    setWindowTitle(tr("%1 – Preview").arg(m_title->text()));
+    m_title->setText(display_text::name(m_source->previewItemTitle(m_index)));
+    setWindowTitle(display_text::name(tr("%1 – Preview").arg(m_title->text())));
     showText(QString(), tr("Loading…"));
     m_source->loadPreviewItem(
         m_index, [panel = QPointer(this), request, position](const auto &item, const QString &reason) {
@@ -153,7 +155,7 @@ void PreviewPanel::showItem()
 void PreviewPanel::showText(const QString &text, const QString &state)
 {
     m_state->setText(state);
-    m_text->setPlainText(display_text::clean(text));
+    m_pieces->show(text);
 }
 
 } // namespace tidewright

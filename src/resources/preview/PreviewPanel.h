@@ -11,6 +11,7 @@ class QPlainTextEdit;
 
 namespace tidewright {
 
+class TextInPieces;
 class YamlHighlighter;
 
 /// The panel that shows the chosen objects as YAML, one for the whole application: whoever is asked for a
@@ -44,6 +45,7 @@ private:
     QLabel *m_title;
     QLabel *m_state;
     QPlainTextEdit *m_text;
+    TextInPieces *m_pieces;
     YamlHighlighter *m_colours;
 };
 

@@ -91,7 +91,10 @@ std::vector<int> ResourceTableView::selectedRowsAsChosen() const
 
 void ResourceTableView::setEmptyText(const QString &sentence, const QString &details)
 {
-    const std::pair shown(display_text::clean(sentence), display_text::clean(details));
+    constexpr qsizetype longest = 4000;
+    constexpr int mostLines = 60;
+    const std::pair shown(display_text::name(sentence),
+        display_text::clean(display_text::shortened(details, longest, mostLines)));
     if (shown == std::pair(m_emptySentence, m_emptyDetails)) {
         return;
     }

@@ -40,7 +40,7 @@ bool RowDelegate::helpEvent(
 
 QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
-    return QStyledItemDelegate::displayText(display_text::clean(value.toString()), locale);
+    return QStyledItemDelegate::displayText(display_text::name(value.toString()), locale);
 }
 
 void RowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const

@@ -281,7 +281,9 @@ void SharedContentViewController::enableFor(Deed deed, QAction &action, bool isP
 {
     const QString reason = obstacleTo(deed);
     action.setEnabled(isPossible && reason.isEmpty());
-    action.setToolTip(display_text::toolTip(reason));
+    // Without a tool tip an action shows its text as one, and takes a name in it for mark-up.
+    const QString text = action.text().replace(QLatin1String("&&"), QLatin1String("&"));
+    action.setToolTip(display_text::toolTip(reason.isEmpty() ? text : reason));
 }
 
 void SharedContentViewController::reloadSoon()
@@ -403,8 +405,13 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
 void SharedContentViewController::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    // Whoever walks through the sidebar with the keyboard wants to stay there.
+    // Whoever walks through the sidebar with the keyboard wants to stay there, and whoever had minimised the
+    // window (a spontaneous event) where they were.
     const QWidget *focused = window()->focusWidget();
+    if (event->spontaneous()) {
+        updateWatched();
+        return;
+    }
     if (!focused || !focused->property("keepsKeyboardFocus").toBool()) {
         m_tableView->setFocus();
     }

@@ -70,16 +70,24 @@ void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
     m_shell = m_window.kubeCtl().makeShell();
     m_shell->runAsync(
         arguments, false, nullptr, [self = QPointer(this), request, path, ready](const ShellResult &result) {
-            const QString failure = result.error ? QString() : PreviewFiles::write(path, result.output);
-            postToMain(self, [request, path, ready, result, failure](TablePreviews &previews) {
-                if (result.error || !previews.isCurrent(request)) {
-                    ready(std::nullopt, result.error.value_or(QString()));
-                } else {
-                    ready(previews.m_files.store(
-                              request.context, path, request.object.name, result.output, failure),
-                        QString());
-                }
-            });
+            // Beside a warning of the server there is the object all the same.
+            const bool isThere = result.exitStatus == 0 && !result.output.isEmpty();
+            const QString reason = isThere ? QString()
+                : result.exitStatus == 0   ? QObject::tr("kubectl printed nothing that can be read.")
+                                           : result.failure();
+            const QString failure = isThere ? PreviewFiles::write(path, result.output) : QString();
+            const QString shown
+                = PreviewFiles::shownText(result.output, failure.isEmpty() ? path : QString());
+            postToMain(
+                self, [request, path, ready, isThere, reason, shown, failure](TablePreviews &previews) {
+                    if (!isThere || !previews.isCurrent(request)) {
+                        ready(std::nullopt, reason);
+                    } else {
+                        ready(previews.m_files.store(
+                                  request.context, path, request.object.name, shown, failure),
+                            QString());
+                    }
+                });
         });
 }
 

@@ -69,7 +69,7 @@ void TableStatusBar::setCounts(const QString &text)
 
 void TableStatusBar::setWarning(const QString &sentence, const QString &details)
 {
-    m_warning->setText(display_text::clean(sentence));
+    m_warning->setText(display_text::name(sentence));
     m_warning->setToolTip(display_text::toolTip(details));
     m_warningImage->setPixmap(
         sentence.isEmpty() ? QPixmap() : namedImage(QStringLiteral("warning")).pixmap(14, 14));

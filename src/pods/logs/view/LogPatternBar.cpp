@@ -25,6 +25,7 @@ LogPatternBar::LogPatternBar(const QString &title, const QString &placeholder, b
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(8, 3, 8, 3);
     auto *label = new QLabel(title);
+    label->setTextFormat(Qt::PlainText);
     label->setBuddy(m_field);
     layout->addWidget(label);
     m_field->setPlaceholderText(placeholder);
