@@ -56,10 +56,9 @@ std::optional<PreviewItem> PreviewFiles::recent(const QString &context, const QS
     return cached->item;
 }
 
-PreviewItem PreviewFiles::store(const QString &context, const QString &path, const QString &title,
-    const QByteArray &text, const QString &writeFailure)
+void PreviewFiles::store(const QString &context, PreviewItem item, const QString &writeFailure)
 {
-    PreviewItem item{title, QString::fromUtf8(text), path};
+    const QString path = item.filePath;
     if (writeFailure.isEmpty()) {
         writtenFiles().insert(path);
     } else {
@@ -68,8 +67,7 @@ PreviewItem PreviewFiles::store(const QString &context, const QString &path, con
     }
     m_cacheTimes.removeIf(
         [](const auto &entry) { return currentTime() - entry.value().time > reuseSeconds; });
-    m_cacheTimes.insert(path, {currentTime(), context, item});
-    return item;
+    m_cacheTimes.insert(path, {currentTime(), context, std::move(item)});
 }
 
 void PreviewFiles::removeAll()
