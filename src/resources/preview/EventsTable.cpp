@@ -44,6 +44,7 @@ void EventsTable::show(const std::vector<ObjectEvent> &events, double now)
 {
     const std::size_t rows = std::min(events.size(), mostEvents);
     setRowCount(static_cast<int>(rows));
+    horizontalHeader()->setVisible(rows > 0);
     for (std::size_t row = 0; row < rows; ++row) {
         addEvent(static_cast<int>(row), events[row], now);
     }

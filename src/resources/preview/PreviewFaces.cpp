@@ -116,7 +116,10 @@ void PreviewFaces::addPages()
     m_stack->addWidget(m_text);
     auto *described = new QWidget;
     QVBoxLayout *layout = newColumn(described);
-    layout->addWidget(m_containers);
+    auto *containers = new QHBoxLayout;
+    containers->setContentsMargins(12, 8, 12, 0);
+    containers->addWidget(m_containers);
+    layout->addLayout(containers);
     layout->addWidget(m_description, 1);
     m_stack->addWidget(described);
     auto *happened = new QWidget;
@@ -127,7 +130,6 @@ void PreviewFaces::addPages()
     layout = newColumn(happened);
     layout->addWidget(m_eventsNote);
     layout->addWidget(m_events, 1);
-    layout->addStretch();
     m_stack->addWidget(happened);
 }
 

@@ -59,7 +59,7 @@ void RelationsLine::show(
         groups.append(QStringLiteral("<b>%1</b>&nbsp;").arg(title.toHtmlEscaped())
             + names.join(QLatin1String(", ")) + (left > 0 ? tr(" and %1 more").arg(left) : QString()));
     }
-    setText(groups.join(QLatin1String(" &nbsp;·&nbsp; ")));
+    setText(groups.join(QStringLiteral(" &nbsp;·&nbsp; ")));
     setVisible(!groups.isEmpty());
 }
 
