@@ -151,7 +151,8 @@ private Q_SLOTS:
 
     void eventsAreRead()
     {
-        const auto at = [](const char *minute) { return "2027-01-15T07:" + QByteArray(minute) + ":00Z"; };
+        const auto at
+            = [](const char *minute) -> QByteArray { return "2027-01-15T07:" + QByteArray(minute) + ":00Z"; };
         const auto events = parseEvents(at("10") + "\tNormal\tOld\t3\t\t\t" + at("20") + "\t<nil>\tonce\t\n"
             + at("10") + "\tWarning\tNew\t\t7\t2027-01-15T07:50:00.123456Z\t\t\tfirst line\n\tsecond\t\n"
             + at("40") + "\tNormal\tBare");
