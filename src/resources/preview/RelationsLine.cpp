@@ -10,6 +10,12 @@ namespace {
 constexpr int mostOfOneTitle = 8;
 constexpr qsizetype longestName = 80;
 
+/// Titles and names stay whole where the line wraps.
+QString unbroken(const QString &html)
+{
+    return QLatin1String("<span style=\"white-space:nowrap\">") + html + QLatin1String("</span>");
+}
+
 } // namespace
 
 RelationsLine::RelationsLine()
@@ -33,7 +39,7 @@ QString RelationsLine::linkText(std::size_t index, bool isLink) const
     const Relation &relation = m_relations[index];
     const QString name = relation.object.name.isEmpty() ? tr("show all") : relation.object.name;
     const QString shown = display_text::shortened(display_text::clean(name), longestName, 1).toHtmlEscaped();
-    return isLink ? QStringLiteral("<a href=\"%1\">").arg(index) + shown + QLatin1String("</a>")
+    return isLink ? unbroken(QStringLiteral("<a href=\"%1\">").arg(index) + shown + QLatin1String("</a>"))
         : relation.object.nameSpace.isEmpty()
         ? shown
         : tr("%1 (in %2)")
@@ -56,8 +62,9 @@ void RelationsLine::show(
                 ++left;
             }
         }
-        groups.append(QStringLiteral("<b>%1</b>&nbsp;").arg(title.toHtmlEscaped())
-            + names.join(QLatin1String(", ")) + (left > 0 ? tr(" and %1 more").arg(left) : QString()));
+        groups.append(unbroken(QStringLiteral("<b>%1</b>").arg(title.toHtmlEscaped()))
+            + QLatin1String("&nbsp;") + names.join(QLatin1String(", "))
+            + (left > 0 ? tr(" and %1 more").arg(left) : QString()));
     }
     setText(groups.join(QStringLiteral(" &nbsp;·&nbsp; ")));
     setVisible(!groups.isEmpty());
