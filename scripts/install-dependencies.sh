@@ -9,6 +9,7 @@ packages=(
     libicu-dev
     libxcb1-dev                                                 # which desktop a window is on
     libsimdjson-dev                                             # objects as the API server sends them
+    libyaml-cpp-dev                                             # objects as kubectl prints them for a preview
     libglib2.0-dev                                              # desktop entries, handlers of URL schemes
     pybind11-dev libpython3-dev                                 # Python actions
     libcpp-httplib-dev nlohmann-json3-dev libssl-dev zlib1g-dev # the demo cluster

@@ -119,6 +119,10 @@ void plantVolumes(ObjectStore &store)
     bound["spec"]["claimRef"]
         = {{"kind", "PersistentVolumeClaim"}, {"namespace", "data"}, {"name", "orders-db-0"}};
     plant(store, "PersistentVolume", "pv-orders-0", 320 * days, bound);
+    json models = volume("20Gi", {"ReadOnlyMany"}, "Retain", "Bound", "fast-ssd");
+    models["spec"]["claimRef"]
+        = {{"kind", "PersistentVolumeClaim"}, {"namespace", "payments"}, {"name", "fraud-models"}};
+    plant(store, "PersistentVolume", "pv-fraud-models", 15 * days, models);
     plant(store, "PersistentVolume", "pv-spare", 9 * days,
         volume("20Gi", json::array({"ReadWriteOnce", "ReadOnlyMany"}), "Delete", "Available", "standard"));
     json released = volume("500Gi", {"ReadWriteMany"}, "Retain", "Released", "archive");

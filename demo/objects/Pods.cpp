@@ -16,6 +16,7 @@ json containerObject(const ContainerSpec &spec)
     if (spec.port != 0) {
         container["ports"] = json::array({{{"containerPort", spec.port}, {"protocol", "TCP"}}});
     }
+    container.update(spec.more);
     return container;
 }
 

@@ -14,6 +14,7 @@ struct ContainerSpec
     std::string name;
     std::string image;
     int port = 0; ///< 0: none
+    json more = json::object(); ///< fields beyond these
 };
 
 /// The situations in which a pod of the demo can be.

@@ -92,13 +92,43 @@ void plantShop(ObjectStore &store)
         {{"type", "Opaque"}, {"data", {{"apiKey", base64("demo-key-0001")}}}});
 }
 
+/// A deployment that uses every kind of thing that a pod can, and what it uses.
+void plantFraudCheck(Planter &planter)
+{
+    const json probe{{"httpGet", {{"path", "/healthz"}, {"port", 5000}, {"scheme", "HTTP"}}},
+        {"periodSeconds", 10}, {"timeoutSeconds", 1}, {"successThreshold", 1}, {"failureThreshold", 3}};
+    const json environment
+        = json::array({{{"name", "MODEL_KEY"},
+                           {"valueFrom", {{"secretKeyRef", {{"name", "fraud-model"}, {"key", "key"}}}}}},
+            {{"name", "THRESHOLD"},
+                {"valueFrom", {{"configMapKeyRef", {{"name", "fraud-rules"}, {"key", "threshold"}}}}}}});
+    const json volumes
+        = json::array({{{"name", "rules"}, {"configMap", {{"name", "fraud-rules"}, {"defaultMode", 420}}}},
+            {{"name", "models"}, {"persistentVolumeClaim", {{"claimName", "fraud-models"}}}}});
+    const json mounts = json::array({{{"name", "rules"}, {"mountPath", "/etc/rules"}},
+        {{"name", "models"}, {"mountPath", "/var/models"}}});
+    planter.deployment({"fraud-check", 2, 15 * days,
+        {{"scorer", "registry.example/pay/fraud:11.0", 5000,
+            {{"livenessProbe", probe}, {"readinessProbe", probe}, {"env", environment},
+                {"volumeMounts", mounts}}}},
+        {CrashLoop}, {{"serviceAccountName", "fraud-check"}, {"volumes", volumes}}, 243});
+    planter.object("ServiceAccount", "fraud-check", 15 * days);
+    planter.object("ConfigMap", "fraud-rules", 15 * days, {{"data", {{"threshold", "0.83"}}}});
+    planter.object("Secret", "fraud-model", 15 * days,
+        {{"type", "Opaque"}, {"data", {{"key", base64("demo-key-0002")}}}});
+    planter.object("PersistentVolumeClaim", "fraud-models", 15 * days,
+        {{"spec",
+             {{"volumeName", "pv-fraud-models"}, {"storageClassName", "fast-ssd"},
+                 {"accessModes", {"ReadOnlyMany"}}, {"resources", {{"requests", {{"storage", "20Gi"}}}}}}},
+            {"status", {{"phase", "Bound"}, {"capacity", {{"storage", "20Gi"}}}}}});
+}
+
 void plantPayments(ObjectStore &store)
 {
     Planter planter(store, "payments", 188 * days);
     planter.deployment(
         {"ledger", 3, 77 * days, {{"ledger", "registry.example/pay/ledger:4.8.2", 8443}, proxy}});
-    planter.deployment({"fraud-check", 2, 15 * days, {{"scorer", "registry.example/pay/fraud:11.0", 5000}},
-        {CrashLoop}, json::object(), 243});
+    plantFraudCheck(planter);
     planter.deployment({"webhooks", 2, 54 * days, {{"webhooks", "registry.example/pay/webhooks:1.30", 8080}},
         {Running, Running, Evicted}});
     planter.statefulSet({"queue", 3, 101 * days, {{"broker", "registry.example/pay/broker:3.12", 5672}},

@@ -2,6 +2,7 @@
 // A window on a cluster whose every name and text means harm: nothing of it is more than text.
 #include "../../bench/StallMeter.h"
 #include "Desktop.h"
+#include "app/content/KindTabs.h"
 #include "core/running/ApplicationRecord.h"
 #include "demo/DemoProcess.h"
 #include "platform/settings/UserDefaults.h"
@@ -183,11 +184,10 @@ private Q_SLOTS:
             Desktop desktop;
             desktop.openWindow();
             QTRY_VERIFY(desktop.state().namespaceList().enabled);
-            QStringList names = desktop.content().sidebarMap().keys();
-            names.removeOne(u"custom resource definitions"_s);
-            names.sort();
-            for (const QString &name : std::as_const(names)) {
-                useTable(desktop, name);
+            for (const KindTab &tab : kindTabs()) {
+                if (tab.key() != u"custom resource definitions") {
+                    useTable(desktop, tab.key());
+                }
                 if (QTest::currentTestFailed()) {
                     return;
                 }

@@ -246,8 +246,8 @@ void viewOnly(Windows &w)
 {
     choose(u"View Configuration"_s, u"Pods"_s)(w);
     QTRY_VERIFY(PreviewPanel::shared().isVisible());
-    PreviewPanel::shared().close();
     QTRY_VERIFY(w.machine.read(u"runs"_s).startsWith("get -n"));
+    PreviewPanel::shared().close(); // which would end the run
     w.machine.remove(u"runs"_s);
     w.state().startExternalEdit({u"kubectl"_s, u"edit"_s, u"po"_s, u"x"_s}, [] {});
     QTRY_VERIFY(w.told().contains(u"alpha is read-only"_s));

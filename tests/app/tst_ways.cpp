@@ -3,6 +3,8 @@
 #include "app/content/SidebarController.h"
 #include "app/toolbar/ClusterToolBar.h"
 #include "app/toolbar/FilterField.h"
+#include "resources/preview/PreviewPanel.h"
+#include "resources/preview/RelationsLine.h"
 #include "resources/table/RelatedObjects.h"
 
 #include <QTreeWidget>
@@ -171,6 +173,42 @@ private Q_SLOTS:
         QVERIFY(!app.command(u"Forward"_s).isEnabled() && app.command(u"Back"_s).isEnabled());
         back();
         QTRY_COMPARE(selected(app), u"Deployments:alpha"_s);
+    }
+
+    void thePanelFollowsItsLinks()
+    {
+        App app;
+        app.cluster.answer(u"get -n"_s,
+            "kind: Pod\nmetadata:\n  name: web-1\n  namespace: default\n  ownerReferences:\n"
+            "  - {kind: Deployment, name: beta}\n  - {kind: Deployment, name: gone}\n"
+            "subjects: [{kind: ServiceAccount, name: <b>far</b>, namespace: other}]\n");
+        app.open();
+        app.table().tableView().selectRow(0);
+        QTest::keyClick(&app.table().tableView(), Qt::Key_Return);
+        PreviewPanel &panel = PreviewPanel::shared();
+        auto *links = panel.findChild<RelationsLine *>();
+        QTRY_VERIFY(links->text().contains(u"href=\"0\">beta</a>"_s));
+        QVERIFY(links->text().contains(u"&lt;b&gt;far&lt;/b&gt; (in other)"_s)); // out of reach, so no link
+        const auto follow = [&](const QString &name) {
+            const QString before = links->text().section(u">%1</a>"_s.arg(name), 0, 0);
+            Q_EMIT links->linkActivated(before.section(u'"', -2, -2));
+        };
+        follow(u"gone"_s);
+        const auto labels = panel.findChildren<QLabel *>();
+        QTRY_VERIFY(std::any_of(labels.cbegin(), labels.cend(),
+            [](const QLabel *label) { return label->text() == u"gone is not in its table"_s; }));
+        QCOMPARE(panel.windowTitle(), u"web-1 – Preview"_s);
+
+        app.cluster.answer(u"get -n"_s, "kind: Deployment\nspec: {selector: {matchLabels: {app: beta}}}");
+        follow(u"beta"_s);
+        QTRY_COMPARE(selected(app), u"Deployments:beta"_s);
+        QTRY_COMPARE(panel.windowTitle(), u"beta – Preview"_s);
+        QTRY_VERIFY(links->text().contains(u">show all</a>"_s));
+        app.cluster.answer(u"get deploy"_s, R"({"matchLabels":{"app":"beta"}})");
+        follow(u"show all"_s);
+        QTRY_COMPARE(app.page().toolBar().filterField()->text(), u"label:app=beta"_s);
+        QCOMPARE(selected(app), u"Pods:"_s);
+        panel.close();
     }
 
     void whatLeadsNowhereIsTold()

@@ -144,7 +144,7 @@ void WindowCommands::buildViewMenu()
         &SharedContentViewController::showQuickLookPanel);
     setToolBarImage(m_quickLook, QStringLiteral("preview"));
     m_quickLook->setObjectName(QStringLiteral("quickLookToolbarItem"));
-    m_quickLook->setToolTip(tr("Show the selected objects as YAML (Space)"));
+    m_quickLook->setToolTip(tr("Show the selected objects: YAML, description, events (Space or Enter)"));
     m_forRows.append(m_quickLook);
     m_stop = addForTable(
         menu, tr("&Stop Loading"), QKeySequence(Qt::Key_Escape), &SharedContentViewController::stopLoading);

@@ -120,18 +120,16 @@ std::optional<PreviewItem> PreviewFiles::recent(const QString &context, const QS
     return cached->item;
 }
 
-PreviewItem PreviewFiles::store(const QString &context, const QString &path, const QString &title,
-    const QString &text, const QString &writeFailure)
+void PreviewFiles::store(const QString &context, PreviewItem item, const QString &writeFailure)
 {
-    PreviewItem item{title, text, path};
+    const QString path = item.filePath;
     if (!writeFailure.isEmpty()) {
         writeDiagnostic(QLatin1String("Unable to write cache file: ") + writeFailure);
         item.filePath.clear();
     }
     m_cacheTimes.removeIf(
         [](const auto &entry) { return currentTime() - entry.value().time > reuseSeconds; });
-    m_cacheTimes.insert(path, {currentTime(), context, item});
-    return item;
+    m_cacheTimes.insert(path, {currentTime(), context, std::move(item)});
 }
 
 void PreviewFiles::removeAll()

@@ -29,10 +29,9 @@ public:
 
     /// The item whose file was written for that context no more than five seconds ago.
     std::optional<PreviewItem> recent(const QString &context, const QString &path) const;
-    /// Remembers an item, with the text that is shown of it, and when it was written. A file that could not
-    /// be (`writeFailure`) is said in a diagnostic and the item is shown all the same.
-    PreviewItem store(const QString &context, const QString &path, const QString &title, const QString &text,
-        const QString &writeFailure);
+    /// Remembers an item and when its file was written. For one whose file could not be (`writeFailure`)
+    /// that is said in a diagnostic, and it has none.
+    void store(const QString &context, PreviewItem item, const QString &writeFailure);
 
     /// Removes every preview file that this process wrote; for the end of the application.
     static void removeAll();

@@ -2,17 +2,21 @@
 #include "resources/preview/PreviewPanel.h"
 
 #include "platform/text/DisplayText.h"
-#include "resources/preview/TextInPieces.h"
-#include "resources/preview/YamlHighlighter.h"
+#include "resources/preview/RelationsLine.h"
 
-#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QPlainTextEdit>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 namespace tidewright {
+
+namespace {
+
+constexpr std::chrono::milliseconds faceDelay(200);
+
+} // namespace
 
 PreviewPanel &PreviewPanel::shared()
 {
@@ -26,26 +30,30 @@ PreviewPanel &PreviewPanel::shared()
 PreviewPanel::PreviewPanel()
     : m_title(new QLabel)
     , m_state(new QLabel)
-    , m_text(new QPlainTextEdit)
-    , m_pieces(new TextInPieces(*m_text))
-    , m_colours(new YamlHighlighter(m_text->document()))
+    , m_relations(new RelationsLine)
+    , m_faces(new PreviewFaces)
 {
     setAttribute(Qt::WA_QuitOnClose, false);
     setAccessibleName(tr("Preview"));
-    resize(720, 640);
+    resize(760, 700);
+    buildLayout();
+    addKeys();
+    connect(m_relations, &RelationsLine::followed, this, &PreviewPanel::follow);
+    connect(m_faces, &PreviewFaces::faceChanged, this, &PreviewPanel::changeFace);
+    m_faceDelay.setSingleShot(true);
+    m_faceDelay.setInterval(faceDelay);
+    connect(&m_faceDelay, &QTimer::timeout, this, [this] { load(m_faces->face()); });
+}
+
+void PreviewPanel::buildLayout()
+{
     QFont bold = m_title->font();
     bold.setBold(true);
     m_title->setFont(bold);
     m_title->setTextFormat(Qt::PlainText);
     m_title->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_title->setMinimumWidth(40);
     m_state->setTextFormat(Qt::PlainText);
-    m_text->setReadOnly(true);
-    m_text->setFrameShape(QFrame::NoFrame);
-    m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
-    m_text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    m_text->setAccessibleName(tr("Preview"));
-    m_text->document()->setDocumentMargin(12);
-    m_text->installEventFilter(this);
     auto *header = new QHBoxLayout;
     header->setContentsMargins(12, 8, 12, 8);
     header->addWidget(m_title, 1);
@@ -54,19 +62,42 @@ PreviewPanel::PreviewPanel()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addLayout(header);
-    layout->addWidget(m_text, 1);
+    layout->addWidget(m_relations);
+    layout->addWidget(m_faces, 1);
+}
+
+void PreviewPanel::addKeys()
+{
+    for (QWidget *reader : m_faces->readers()) {
+        reader->installEventFilter(this);
+    }
+    for (const auto &[key, by] :
+        {std::pair(QKeySequence(Qt::Key_F6), 1), {QKeySequence(Qt::SHIFT | Qt::Key_F6), -1}}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this,
+            [this, by = by] { m_faces->stepFace(by); });
+    }
 }
 
 void PreviewPanel::present(PreviewSource &source, QWidget &owner)
 {
-    m_source = &source;
-    m_owner = &owner;
-    m_index = 0;
-    showItem();
+    if (!isVisible()) {
+        m_faces->setFace(PreviewFace::Yaml);
+    }
+    setSource(source, owner);
     show();
     raise();
     activateWindow();
-    m_text->setFocus();
+    m_faces->focusFace();
+}
+
+void PreviewPanel::setSource(PreviewSource &source, QWidget &owner)
+{
+    endLoading(); // of the former one
+    m_source = &source;
+    m_owner = &owner;
+    m_index = 0;
+    m_awaited.clear();
+    showItem();
 }
 
 void PreviewPanel::selectionChanged(const PreviewSource &source)
@@ -74,6 +105,22 @@ void PreviewPanel::selectionChanged(const PreviewSource &source)
     if (m_owner && m_source == &source && isVisible()) {
         m_index = 0;
         showItem();
+    }
+}
+
+void PreviewPanel::objectFound(PreviewSource &source, QWidget &owner)
+{
+    if (isVisible() && !m_awaited.isEmpty() && owner.window() == m_awaitedIn
+        && source.numberOfPreviewItems() == 1 && source.previewItemTitle(0) == m_awaited) {
+        setSource(source, owner);
+    }
+}
+
+void PreviewPanel::objectMissing(const QString &name)
+{
+    if (!m_awaited.isEmpty() && name == m_awaited) {
+        m_awaited.clear();
+        m_state->setText(tr("%1 is not in its table").arg(display_text::shortened(name, 60, 1)));
     }
 }
 
@@ -88,12 +135,21 @@ bool PreviewPanel::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
-void PreviewPanel::changeEvent(QEvent *event)
+/// What the tabs and links have no use for.
+void PreviewPanel::keyPressEvent(QKeyEvent *event)
 {
-    if (event->type() == QEvent::PaletteChange) {
-        m_colours->rehighlight(); // the colours are those of a light or of a dark palette
+    if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Escape) {
+        close();
+    } else {
+        QWidget::keyPressEvent(event);
     }
-    QWidget::changeEvent(event);
+}
+
+void PreviewPanel::closeEvent(QCloseEvent *event)
+{
+    endLoading();
+    m_awaited.clear();
+    QWidget::closeEvent(event);
 }
 
 bool PreviewPanel::handleKey(int key)
@@ -130,32 +186,141 @@ void PreviewPanel::step(int by)
     }
 }
 
+void PreviewPanel::follow(const Relation &relation)
+{
+    if (!m_owner) {
+        return;
+    }
+    QWidget *window = m_owner->window();
+    m_awaited = relation.object.name;
+    m_awaitedIn = window;
+    if (m_awaited.isEmpty()) { // the pods: there the user has to choose
+        window->raise();
+        window->activateWindow();
+    }
+    m_source->follow(relation);
+}
+
 void PreviewPanel::showItem()
 {
-    const quint64 request = ++m_request;
+    endLoading();
+    m_loads.fill(Load::NotAsked);
+    m_item.reset();
+    m_reason.clear();
+    m_relations->clearRelations();
+    m_faces->clear();
     const int count = m_owner ? m_source->numberOfPreviewItems() : 0;
     if (m_index >= count) {
         m_title->setText(tr("Preview"));
-        showText(QString(), tr("Nothing is selected"));
+        m_loads.fill(Load::Done);
+        m_position = tr("Nothing is selected");
+        showState();
         return;
     }
-    const QString position = count > 1 ? tr("%1 of %2").arg(m_index + 1).arg(count) : QString();
+    m_position = count > 1 ? tr("%1 of %2").arg(m_index + 1).arg(count) : QString();
     m_title->setText(display_text::name(m_source->previewItemTitle(m_index)));
     setWindowTitle(display_text::name(tr("%1 – Preview").arg(m_title->text())));
-    showText(QString(), tr("Loading…"));
-    m_source->loadPreviewItem(
-        m_index, [panel = QPointer(this), request, position](const auto &item, const QString &reason) {
-            if (panel && panel->m_request == request) {
-                panel->m_text->setLineWrapMode(item ? QPlainTextEdit::NoWrap : QPlainTextEdit::WidgetWidth);
-                panel->showText(item ? item->text : reason, item ? position : tr("No preview"));
-            }
-        });
+    load(PreviewFace::Yaml);
+    if (m_faces->face() != PreviewFace::Yaml) {
+        m_faceDelay.start();
+    }
+    showState();
 }
 
-void PreviewPanel::showText(const QString &text, const QString &state)
+/// Whatever comes now of what was asked for is dropped.
+void PreviewPanel::endLoading()
 {
-    m_state->setText(state);
-    m_pieces->show(text);
+    ++m_request;
+    m_faceDelay.stop();
+    if (m_owner) {
+        m_source->endLoading();
+    }
+}
+
+void PreviewPanel::changeFace()
+{
+    m_faceDelay.stop();
+    load(m_faces->face());
+    showState();
+}
+
+void PreviewPanel::load(PreviewFace face)
+{
+    if (!m_owner || stateOf(face) != Load::NotAsked) {
+        return;
+    }
+    switch (face) {
+    case PreviewFace::Yaml:
+        loadYaml();
+        break;
+    case PreviewFace::Describe:
+        loadDescription();
+        break;
+    case PreviewFace::Events:
+        loadEvents();
+        break;
+    }
+    showState();
+}
+
+template <typename Show> auto PreviewPanel::answer(PreviewFace to, Show show)
+{
+    stateOf(to) = Load::UnderWay;
+    return [panel = QPointer(this), request = m_request, to, show](const auto &value, const QString &reason) {
+        if (panel && panel->m_request == request) {
+            panel->stateOf(to) = value ? Load::Done : Load::Failed;
+            show(*panel, value, reason);
+            panel->showState();
+        }
+    };
+}
+
+void PreviewPanel::loadYaml()
+{
+    const auto show = [](PreviewPanel &panel, const std::optional<PreviewItem> &item, const QString &reason) {
+        panel.m_item = item;
+        panel.m_reason = reason;
+        panel.m_faces->showYaml(item ? std::optional(item->text) : std::nullopt, reason);
+        if (item) {
+            panel.m_relations->show(item->story.relations,
+                [&panel](const Relation &relation) { return panel.m_source->canFollow(relation); });
+            panel.m_faces->showContainers(item->story.containers);
+        }
+        if (panel.m_faces->face() == PreviewFace::Events) { // they go by what the object says of itself
+            panel.load(PreviewFace::Events);
+        }
+    };
+    m_source->loadPreviewItem(m_index, answer(PreviewFace::Yaml, show));
+}
+
+void PreviewPanel::loadDescription()
+{
+    m_source->loadDescription(answer(PreviewFace::Describe,
+        [](PreviewPanel &panel, const std::optional<QString> &description, const QString &reason) {
+            panel.m_faces->showDescription(description, reason);
+        }));
+}
+
+void PreviewPanel::loadEvents()
+{
+    const auto show = [](PreviewPanel &panel, const std::optional<std::vector<ObjectEvent>> &events,
+                          const QString &reason) { panel.m_faces->showEvents(events, reason); };
+    if (m_item) {
+        m_source->loadEvents(m_item->story, answer(PreviewFace::Events, show));
+    } else if (stateOf(PreviewFace::Yaml) == Load::Failed) {
+        answer(PreviewFace::Events, show)(std::optional<std::vector<ObjectEvent>>(), m_reason);
+    }
+}
+
+void PreviewPanel::showState()
+{
+    const Load shown = stateOf(m_faces->face());
+    const bool loads = shown == Load::NotAsked || shown == Load::UnderWay;
+    const std::array<QString, 3> failures{tr("No preview"), tr("No description"), tr("No events")};
+    m_state->setText(loads          ? tr("Loading…")
+            : shown == Load::Failed ? failures[static_cast<std::size_t>(m_faces->face())]
+                                    : m_position);
+    m_faces->setLoading(loads);
 }
 
 } // namespace tidewright

@@ -7,6 +7,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>
@@ -168,10 +169,25 @@ void ResourceTableView::mousePressEvent(QMouseEvent *event)
     }
 }
 
+/// Not the `activated` of the base class: some desktops have that sent for a single click.
+void ResourceTableView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    QTableView::mouseDoubleClickEvent(event);
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier
+        && indexAt(event->position().toPoint()).isValid()) {
+        Q_EMIT opened();
+    }
+}
+
 void ResourceTableView::keyPressEvent(QKeyEvent *event)
 {
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (event->key() == Qt::Key_Space) {
         event->ignore(); // belongs to the preview, not to the selection
+    } else if (isEnter && (event->modifiers() & ~Qt::KeypadModifier) == 0) {
+        if (!event->isAutoRepeat() && selectedRowCount() > 0) {
+            Q_EMIT opened();
+        }
     } else {
         QTableView::keyPressEvent(event);
     }

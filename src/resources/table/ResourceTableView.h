@@ -55,12 +55,15 @@ Q_SIGNALS:
     /// Sent with `clickedRow` set (or -1 for a menu that the keyboard asked for); the menu is to be executed
     /// in it.
     void contextMenuRequested(const QPoint &globalPosition);
+    /// Enter was pressed, or a row was clicked twice.
+    void opened();
     /// Other rows than before may be visible: scrolled, resized, arranged anew.
     void visibleRowsChanged();
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void paintEvent(QPaintEvent *event) override;

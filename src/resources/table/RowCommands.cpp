@@ -24,6 +24,7 @@ RowCommands::RowCommands(
     , m_table(table)
     , m_previews(std::make_unique<TablePreviews>(view, window, kind))
 {
+    connect(m_previews.get(), &TablePreviews::followed, this, &RowCommands::follow);
 }
 
 RowCommands::~RowCommands() = default;
@@ -141,6 +142,24 @@ void RowCommands::selectWanted()
     m_view.selectionModel()->setCurrentIndex(
         index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     m_view.scrollTo(index, QAbstractItemView::PositionAtCenter);
+    PreviewPanel::shared().objectFound(*m_previews, m_table);
+}
+
+void RowCommands::giveUpWanted()
+{
+    if (const QString name = std::exchange(m_wanted, {}).name; !name.isEmpty()) {
+        PreviewPanel::shared().objectMissing(name);
+    }
+}
+
+void RowCommands::follow(const ObjectName &from, const Relation &relation)
+{
+    if (relation.object.name.isEmpty()) {
+        findPods(*this, m_window, m_kind, from,
+            [this](const TableTarget &target) { Q_EMIT otherTableWanted(target); });
+    } else {
+        Q_EMIT otherTableWanted({relation.kind, QString(), relation.object});
+    }
 }
 
 void RowCommands::selectionChanged()

@@ -11,6 +11,7 @@ namespace tidewright {
 
 class ResourceTableView;
 class TablePreviews;
+struct Relation;
 struct TableTarget;
 
 /// The commands on the rows of a table that every kind has. They apply to the row that a context menu was
@@ -40,6 +41,8 @@ public:
     /// Selects that row and shows it, now or once it is there; without a name it waits for none any more.
     void select(const ObjectName &object);
     void selectWanted();
+    /// All rows that there are have come.
+    void giveUpWanted();
 
     /// For the previews.
     void selectionChanged();
@@ -51,6 +54,8 @@ Q_SIGNALS:
     void otherTableWanted(const tidewright::TableTarget &target);
 
 private:
+    void follow(const ObjectName &from, const Relation &relation);
+
     ResourceTableView &m_view;
     WindowState &m_window;
     const ResourceKind &m_kind;

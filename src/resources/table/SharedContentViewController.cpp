@@ -109,7 +109,7 @@ void SharedContentViewController::connectParts()
     connect(&m_window, &WindowState::loadingHintChanged, this, &SharedContentViewController::updateStatus);
     connect(m_loader, &TableLoader::finished, this, [this] {
         updateStatus();
-        m_commands->select({}); // it is not there
+        m_commands->giveUpWanted();
         Q_EMIT loadFinished();
     });
     connect(m_loader, &TableLoader::followingChanged, this, &SharedContentViewController::updateStatus);
@@ -120,6 +120,7 @@ void SharedContentViewController::connectParts()
     connect(m_commands, &RowCommands::otherTableWanted, this, &SharedContentViewController::otherTableWanted);
     connect(m_tableView, &ResourceTableView::contextMenuRequested, this,
         &SharedContentViewController::showContextMenu);
+    connect(m_tableView, &ResourceTableView::opened, this, &SharedContentViewController::showQuickLookPanel);
     connect(m_tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         updateStatus();
         if (m_tableView->selectedRowCount() > 0) {

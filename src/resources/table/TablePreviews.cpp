@@ -1,11 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/table/TablePreviews.h"
 
+#include "platform/text/Timestamp.h"
 #include "platform/threads/MainQueue.h"
 #include "resources/changes/ClusterChange.h"
+#include "resources/story/YamlObject.h"
 #include "resources/table/ResourceTableView.h"
 
 namespace tidewright {
+
+namespace {
+
+constexpr qsizetype largestFace = 16 << 20; // bytes
+constexpr qsizetype longestStory = 4 << 20; // bytes of YAML in which relations are looked for
+
+} // namespace
 
 TablePreviews::TablePreviews(ResourceTableView &view, WindowState &window, const ResourceKind &kind)
     : m_view(view)
@@ -16,7 +25,7 @@ TablePreviews::TablePreviews(ResourceTableView &view, WindowState &window, const
 
 TablePreviews::~TablePreviews()
 {
-    endFetch();
+    endLoading();
 }
 
 int TablePreviews::numberOfPreviewItems() const
@@ -40,18 +49,18 @@ QString TablePreviews::previewItemTitle(int index) const
 
 void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
 {
-    endFetch(); // nobody waits for an earlier one any more
-    const Request request{m_window.currentContext(), m_window.currentNamespace(), objectAt(index)};
-    const auto &[nameSpace, name] = request.object;
-    if (const auto recent = m_files.recent(request.context, PreviewFiles::pathFor(nameSpace, name))) {
+    endLoading(); // nobody waits for an earlier one any more
+    m_item = {m_window.currentContext(), m_window.currentNamespace(), objectAt(index)};
+    const auto &[nameSpace, name] = m_item.object;
+    if (const auto recent = m_files.recent(m_item.context, PreviewFiles::pathFor(nameSpace, name))) {
         ready(recent, QString());
         return;
     }
-    if (const QString reason = whyNotByName(m_kind, {request.object}); !reason.isEmpty()) {
-        ready(std::nullopt, QLatin1String("Nothing was previewed: ") + reason);
+    if (const QString reason = obstacle(); !reason.isEmpty()) {
+        ready(std::nullopt, reason);
         return;
     }
-    fetch(request, ready);
+    fetch(ready);
 }
 
 bool TablePreviews::isCurrent(const Request &request) const
@@ -59,17 +68,24 @@ bool TablePreviews::isCurrent(const Request &request) const
     return request.context == m_window.currentContext() && request.shown == m_window.currentNamespace();
 }
 
-void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
+/// Why kubectl cannot be asked about the item: a sentence; empty when it can.
+QString TablePreviews::obstacle() const
 {
-    const auto &[nameSpace, name] = request.object;
+    const QString reason = whyNotByName(m_kind, {m_item.object});
+    return reason.isEmpty() ? QString() : QLatin1String("Nothing was previewed: ") + reason;
+}
+
+void TablePreviews::fetch(const PreviewReady &ready)
+{
+    const auto &[nameSpace, name] = m_item.object;
     const QStringList arguments = QStringList{QStringLiteral("kubectl"), QStringLiteral("get")}
         + separateNamespaceArguments(nameSpace)
         + QStringList{m_kind.resourceName, name, QStringLiteral("-o"), QStringLiteral("yaml")};
     const QString path = PreviewFiles::pathFor(nameSpace, name);
-    endFetch();
-    m_shell = m_window.kubeCtl().makeShell();
-    m_shell->runAsync(
-        arguments, false, nullptr, [self = QPointer(this), request, path, ready](const ShellResult &result) {
+    const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
+    m_shells[static_cast<std::size_t>(PreviewFace::Yaml)] = shell;
+    shell->runAsync(arguments, false, nullptr,
+        [self = QPointer(this), request = m_item, path, ready](const ShellResult &result) {
             // Beside a warning of the server there is the object all the same.
             const bool isThere = result.exitStatus == 0 && !result.output.isEmpty();
             const QString reason = isThere ? QString()
@@ -78,30 +94,117 @@ void TablePreviews::fetch(const Request &request, const PreviewReady &ready)
             const QString failure = isThere ? PreviewFiles::write(path, result.output) : QString();
             const QString shown
                 = PreviewFiles::shownText(result.output, failure.isEmpty() ? path : QString());
-            postToMain(
-                self, [request, path, ready, isThere, reason, shown, failure](TablePreviews &previews) {
+            const auto object = isThere && result.output.size() <= longestStory ? objectOfYaml(result.output)
+                                                                                : std::nullopt;
+            postToMain(self,
+                [request, path, ready, isThere, reason, shown, failure, object](TablePreviews &previews) {
                     if (!isThere || !previews.isCurrent(request)) {
                         ready(std::nullopt, reason);
-                    } else {
-                        ready(previews.m_files.store(
-                                  request.context, path, request.object.name, shown, failure),
-                            QString());
+                        return;
                     }
+                    PreviewItem item{request.object.name, shown, path};
+                    item.story = storyOf(object.value_or(QJsonObject()), currentTime());
+                    previews.addPods(item.story);
+                    previews.m_files.store(request.context, item, failure);
+                    ready(item, QString());
                 });
         });
 }
 
-void TablePreviews::endFetch()
+void TablePreviews::addPods(ObjectStory &story) const
 {
-    if (m_shell) {
-        m_shell->cancel();
-        m_shell.reset();
+    const bool has = m_kind.pods == ResourceKind::Pods::OnNode
+        || (m_kind.pods == ResourceKind::Pods::BySelector && story.hasSelector);
+    if (has) {
+        story.relations.insert(story.relations.begin(), {tr("Pods"), QStringLiteral("pod"), {}});
+    }
+}
+
+void TablePreviews::loadDescription(DescriptionReady ready)
+{
+    QStringList arguments{
+        QStringLiteral("kubectl"), QStringLiteral("describe"), contextArgument(m_item.context)};
+    if (m_kind.namespaced) {
+        arguments += namespaceArgument(m_item.object.nameSpace);
+    }
+    // As one word: kubectl takes a name that stands for itself, when there is no such object, for the
+    // beginning of other ones' names, and describes those.
+    arguments += m_kind.resourceName + QLatin1Char('/') + m_item.object.name;
+    ask(PreviewFace::Describe, arguments,
+        [ready](const std::optional<QByteArray> &printed, const QString &reason) {
+            ready(printed ? std::optional(PreviewFiles::shownText(*printed, {})) : std::nullopt, reason);
+        });
+}
+
+void TablePreviews::loadEvents(const ObjectStory &story, EventsReady ready)
+{
+    if (story.kind.isEmpty()) {
+        ready(
+            std::nullopt, tr("The object does not say of which kind it is, by which its events are known."));
+        return;
+    }
+    // Those of an object that the whole cluster shares lie in one namespace or another.
+    const QString place = m_kind.namespaced ? m_item.object.nameSpace : QString(allNamespaces);
+    const QStringList arguments
+        = QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("events"),
+              contextArgument(m_item.context), namespaceArgument(place)}
+        + eventArguments(story, m_item.object.name);
+    ask(PreviewFace::Events, arguments,
+        [ready](const std::optional<QByteArray> &printed, const QString &reason) {
+            ready(printed ? std::optional(parseEvents(*printed)) : std::nullopt, reason);
+        });
+}
+
+void TablePreviews::ask(PreviewFace face, const QStringList &arguments, const Printed &done)
+{
+    if (const QString reason = obstacle(); !reason.isEmpty()) {
+        done(std::nullopt, reason);
+        return;
+    }
+    if (!isCurrent(m_item)) {
+        done(std::nullopt, tr("The window shows another place by now."));
+        return;
+    }
+    const std::shared_ptr<Shell> shell = m_window.kubeCtl().makeShell();
+    shell->outputLimit = largestFace;
+    m_shells[static_cast<std::size_t>(face)] = shell;
+    shell->runAsync(arguments, true, m_window.console(),
+        [self = QPointer(this), request = m_item, done](const ShellResult &result) {
+            postToMain(self, [request, done, result](const TablePreviews &previews) {
+                // A server's warning is no failure.
+                const bool isThere = result.exitStatus == 0 && previews.isCurrent(request);
+                done(isThere ? std::optional(result.output) : std::nullopt, result.failure());
+            });
+        });
+}
+
+void TablePreviews::endLoading()
+{
+    for (std::shared_ptr<Shell> &shell : m_shells) {
+        if (shell) {
+            shell->cancel();
+            shell.reset();
+        }
+    }
+}
+
+bool TablePreviews::canFollow(const Relation &relation) const
+{
+    const QString shown = m_window.currentNamespace();
+    return relation.object.nameSpace.isEmpty() || shown == allNamespaces
+        || relation.object.nameSpace == shown;
+}
+
+void TablePreviews::follow(const Relation &relation)
+{
+    if (isCurrent(m_item)) {
+        Q_EMIT followed(m_item.object, relation);
     }
 }
 
 void TablePreviews::forget()
 {
-    endFetch();
+    endLoading();
     m_files = {};
 }
 
