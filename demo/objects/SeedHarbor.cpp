@@ -46,7 +46,7 @@ void plantDefault(ObjectStore &store)
     planter.object("Secret", "placeholder", 2 * days, {{"type", "Opaque"}});
     planter.object("ServiceAccount", "deployer", 200 * days,
         {{"secrets", json::array({{{"name", "deployer-token"}}, {{"name", "deployer-pull"}}})}});
-    planter.object("ServiceAccount", "reader", 31 * days, {{"secrets", json::array()}});
+    planter.object("ServiceAccount", "reader", 31 * days);
 }
 
 void plantShop(ObjectStore &store)

@@ -642,7 +642,8 @@ private Q_SLOTS:
                 operation.act(windows);
             }
             step(disturbance.after, windows);
-            const QRegularExpression refusal(operation.notDone);
+            const QRegularExpression refusal( // or ended with its window, before it came to anything
+                operation.notDone + u"|was ended together with its window|was stopped before"_s);
             const auto hasEnded = [&] {
                 return !canAct || !runs().isEmpty() || windows.told().contains(refusal)
                     || (operation.onlyReads()

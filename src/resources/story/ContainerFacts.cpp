@@ -140,14 +140,13 @@ QString probesText(const QJsonValue &container)
     return lines.join(QLatin1Char('\n'));
 }
 
-QJsonValue statusOf(const QString &name, const QJsonValue &statuses)
+QHash<QString, QJsonValue> byName(const QJsonValue &statuses)
 {
+    QHash<QString, QJsonValue> all;
     for (const QJsonValue &status : statuses.toArray()) {
-        if (text(status, "name") == name) {
-            return status;
-        }
+        all.insert(text(status, "name"), status);
     }
-    return {};
+    return all;
 }
 
 } // namespace
@@ -164,7 +163,7 @@ std::vector<ContainerFacts> containersOf(const QJsonObject &pod, double now)
     for (const List &list : {List{"initContainers", "initContainerStatuses", tr(" (init)")},
              List{"containers", "containerStatuses", {}},
              List{"ephemeralContainers", "ephemeralContainerStatuses", tr(" (ephemeral)")}}) {
-        const QJsonValue statuses = pod[QLatin1String("status")][QLatin1String(list.statuses)];
+        const auto statuses = byName(pod[QLatin1String("status")][QLatin1String(list.statuses)]);
         for (const QJsonValue &container :
             pod[QLatin1String("spec")][QLatin1String(list.containers)].toArray()) {
             ContainerFacts facts;
@@ -173,7 +172,7 @@ std::vector<ContainerFacts> containersOf(const QJsonObject &pod, double now)
             facts.image = text(container, "image");
             facts.ports = portsText(container);
             facts.probes = probesText(container);
-            tellState(statusOf(name, statuses), now, facts);
+            tellState(statuses.value(name), now, facts);
             all.push_back(facts);
         }
     }

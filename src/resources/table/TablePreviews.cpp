@@ -96,14 +96,14 @@ void TablePreviews::fetch(const PreviewReady &ready)
                 = PreviewFiles::shownText(result.output, failure.isEmpty() ? path : QString());
             const auto object = isThere && result.output.size() <= longestStory ? objectOfYaml(result.output)
                                                                                 : std::nullopt;
+            const ObjectStory story = storyOf(object.value_or(QJsonObject()), currentTime());
             postToMain(self,
-                [request, path, ready, isThere, reason, shown, failure, object](TablePreviews &previews) {
+                [request, path, ready, isThere, reason, shown, failure, story](TablePreviews &previews) {
                     if (!isThere || !previews.isCurrent(request)) {
                         ready(std::nullopt, reason);
                         return;
                     }
-                    PreviewItem item{request.object.name, shown, path};
-                    item.story = storyOf(object.value_or(QJsonObject()), currentTime());
+                    PreviewItem item{request.object.name, shown, path, story};
                     previews.addPods(item.story);
                     previews.m_files.store(request.context, item, failure);
                     ready(item, QString());
@@ -130,10 +130,9 @@ void TablePreviews::loadDescription(DescriptionReady ready)
     // As one word: kubectl takes a name that stands for itself, when there is no such object, for the
     // beginning of other ones' names, and describes those.
     arguments += m_kind.resourceName + QLatin1Char('/') + m_item.object.name;
-    ask(PreviewFace::Describe, arguments,
-        [ready](const std::optional<QByteArray> &printed, const QString &reason) {
-            ready(printed ? std::optional(PreviewFiles::shownText(*printed, {})) : std::nullopt, reason);
-        });
+    ask<QString>(
+        PreviewFace::Describe, arguments,
+        [](const QByteArray &printed) { return PreviewFiles::shownText(printed, {}); }, std::move(ready));
 }
 
 void TablePreviews::loadEvents(const ObjectStory &story, EventsReady ready)
@@ -149,13 +148,14 @@ void TablePreviews::loadEvents(const ObjectStory &story, EventsReady ready)
         = QStringList{QStringLiteral("kubectl"), QStringLiteral("get"), QStringLiteral("events"),
               contextArgument(m_item.context), namespaceArgument(place)}
         + eventArguments(story, m_item.object.name);
-    ask(PreviewFace::Events, arguments,
-        [ready](const std::optional<QByteArray> &printed, const QString &reason) {
-            ready(printed ? std::optional(parseEvents(*printed)) : std::nullopt, reason);
-        });
+    ask<std::vector<ObjectEvent>>(PreviewFace::Events, arguments, parseEvents, std::move(ready));
 }
 
-void TablePreviews::ask(PreviewFace face, const QStringList &arguments, const Printed &done)
+/// `read` is called on the thread that ran kubectl.
+template <typename Content>
+void TablePreviews::ask(PreviewFace face, const QStringList &arguments,
+    const std::function<Content(const QByteArray &)> &read,
+    const std::function<void(const std::optional<Content> &, const QString &)> &done)
 {
     if (const QString reason = obstacle(); !reason.isEmpty()) {
         done(std::nullopt, reason);
@@ -169,12 +169,13 @@ void TablePreviews::ask(PreviewFace face, const QStringList &arguments, const Pr
     shell->outputLimit = largestFace;
     m_shells[static_cast<std::size_t>(face)] = shell;
     shell->runAsync(arguments, true, m_window.console(),
-        [self = QPointer(this), request = m_item, done](const ShellResult &result) {
-            postToMain(self, [request, done, result](const TablePreviews &previews) {
-                // A server's warning is no failure.
-                const bool isThere = result.exitStatus == 0 && previews.isCurrent(request);
-                done(isThere ? std::optional(result.output) : std::nullopt, result.failure());
-            });
+        [self = QPointer(this), request = m_item, read, done](const ShellResult &result) {
+            // A server's warning is no failure.
+            const auto content = result.exitStatus == 0 ? std::optional(read(result.output)) : std::nullopt;
+            postToMain(
+                self, [request, done, content, reason = result.failure()](const TablePreviews &previews) {
+                    done(previews.isCurrent(request) ? content : std::nullopt, reason);
+                });
         });
 }
 

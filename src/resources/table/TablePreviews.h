@@ -55,8 +55,10 @@ private:
     void addPods(ObjectStory &story) const;
     /// Runs a command for a face of the item, which the console tells. Calls back with what it printed, on
     /// the main thread, or with why there is nothing.
-    using Printed = std::function<void(const std::optional<QByteArray> &printed, const QString &reason)>;
-    void ask(PreviewFace face, const QStringList &arguments, const Printed &done);
+    template <typename Content>
+    void ask(PreviewFace face, const QStringList &arguments,
+        const std::function<Content(const QByteArray &)> &read,
+        const std::function<void(const std::optional<Content> &, const QString &)> &done);
 
     ResourceTableView &m_view;
     WindowState &m_window;
