@@ -51,6 +51,14 @@ function(tidewright_precompile target)
             <algorithm> <functional> <memory> <mutex> <optional> <vector> ${ARGN})
     endif()
 endfunction()
+
+# Compiles sixteen files of a target at a time: a third of the processor time from nothing, and more for a change of one
+# file. Where files are compiled by themselves (dev and ci), each has to name what it uses.
+option(TIDEWRIGHT_UNITY "Compile many files at a time" OFF)
+function(tidewright_unity target)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${TIDEWRIGHT_UNITY} UNITY_BUILD_BATCH_SIZE 16)
+endfunction()
+
 set(TIDEWRIGHT_CORE_HEADERS
     <QCoreApplication> <QDateTime> <QDir> <QFile> <QHash> <QPointer> <QRegularExpression> <QStringList> <QTimer>)
 set(TIDEWRIGHT_WIDGET_HEADERS ${TIDEWRIGHT_CORE_HEADERS}
@@ -63,6 +71,7 @@ function(tidewright_layer name)
     add_library(tidewright_${name} STATIC ${ARG_SOURCES})
     target_include_directories(tidewright_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
     target_link_libraries(tidewright_${name} PUBLIC ${ARG_LIBS} PRIVATE ${ARG_PRIVATE_LIBS} tidewright_options)
+    tidewright_unity(tidewright_${name})
     if(ARG_WINDOWLESS)
         tidewright_precompile(tidewright_${name} ${TIDEWRIGHT_CORE_HEADERS})
     else()

@@ -23,7 +23,7 @@ namespace tidewright {
 
 namespace {
 
-constexpr QSize usualSize(760, 520);
+constexpr QSize listSize(760, 520);
 
 QList<QStandardItem *> rowOf(const ServedKind &kind)
 {
@@ -50,7 +50,7 @@ OtherKindsDialog::OtherKindsDialog(WindowState &window, QWidget *parent)
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Other Kinds"));
     build();
-    resize(usualSize.boundedTo(parent ? parent->size() : usualSize));
+    resize(listSize.boundedTo(parent ? parent->size() : listSize));
     load(window);
 }
 

@@ -30,7 +30,7 @@ namespace tidewright {
 
 namespace {
 
-constexpr QSize tableSize(560, 220);
+constexpr QSize contextsSize(560, 220);
 constexpr int filesWidth = 170;
 constexpr int accessWidth = 110;
 constexpr int swatchSize = 12;
@@ -153,7 +153,7 @@ void ContextPreferencesViewController::buildTable()
     m_table->setTabKeyNavigation(false);
     m_table->setWordWrap(false);
     m_table->setTextElideMode(Qt::ElideMiddle);
-    m_table->setMinimumSize(tableSize);
+    m_table->setMinimumSize(contextsSize);
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 10);
     QHeaderView *header = m_table->horizontalHeader();

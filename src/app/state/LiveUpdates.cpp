@@ -7,7 +7,7 @@ namespace tidewright {
 
 namespace {
 
-const auto settingKey = QStringLiteral("liveUpdates");
+const auto liveKey = QStringLiteral("liveUpdates");
 const auto off = QStringLiteral("off");
 
 } // namespace
@@ -20,13 +20,13 @@ LiveUpdates &LiveUpdates::shared()
 
 bool LiveUpdates::isOn() const
 {
-    return userDefaults().string(settingKey) != off;
+    return userDefaults().string(liveKey) != off;
 }
 
 void LiveUpdates::setOn(bool on)
 {
     if (on != isOn()) {
-        userDefaults().set(settingKey, on ? QStringLiteral("on") : off);
+        userDefaults().set(liveKey, on ? QStringLiteral("on") : off);
         Q_EMIT changed();
     }
 }

@@ -9,12 +9,12 @@ namespace tidewright {
 
 namespace {
 
-const auto settingKey = QStringLiteral("lastNamespaces");
+const auto lastChosenKey = QStringLiteral("lastNamespaces");
 
 /// Other windows, and other instances, remember theirs there too.
 UserDefaults::Dictionary stored()
 {
-    return userDefaults().dictionary(settingKey).value_or(UserDefaults::Dictionary());
+    return userDefaults().dictionary(lastChosenKey).value_or(UserDefaults::Dictionary());
 }
 
 } // namespace
@@ -86,7 +86,7 @@ void NamespaceChoice::remember(const QString &context, const QString &name)
         return;
     }
     m_lastChosen.insert(context, name);
-    userDefaults().set(settingKey, m_lastChosen);
+    userDefaults().set(lastChosenKey, m_lastChosen);
 }
 
 QString NamespaceChoice::remembered(const QString &context) const

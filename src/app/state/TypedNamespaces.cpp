@@ -11,7 +11,7 @@ namespace tidewright::typed_namespaces {
 
 namespace {
 
-const auto settingKey = QStringLiteral("typedNamespaces"); // a context to names with blanks between them
+const auto typedKey = QStringLiteral("typedNamespaces"); // a context to names with blanks between them
 constexpr qsizetype mostRemembered = 20;
 constexpr qsizetype longestName = 63; // of an RFC 1123 label, which the API server asks for
 
@@ -22,7 +22,7 @@ bool isLetterOrDigit(QChar character)
 
 UserDefaults::Dictionary stored()
 {
-    return userDefaults().dictionary(settingKey).value_or(UserDefaults::Dictionary());
+    return userDefaults().dictionary(typedKey).value_or(UserDefaults::Dictionary());
 }
 
 } // namespace
@@ -39,7 +39,7 @@ void remember(const QString &context, const QString &name)
     names.prepend(name);
     UserDefaults::Dictionary all = stored();
     all.insert(context, names.first(qMin(mostRemembered, names.size())).join(QLatin1Char(' ')));
-    userDefaults().set(settingKey, all);
+    userDefaults().set(typedKey, all);
 }
 
 QString problem(const QString &name)

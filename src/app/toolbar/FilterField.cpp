@@ -15,7 +15,7 @@ namespace tidewright {
 
 namespace {
 
-constexpr int visibleRows = 14;
+constexpr int visibleOffers = 14;
 constexpr int columnGap = 16;
 constexpr int rowGap = 6;
 
@@ -107,7 +107,7 @@ void FilterField::offer(bool isAsked)
 
 void FilterField::open()
 {
-    const int rows = std::min(m_list->topLevelItemCount(), visibleRows);
+    const int rows = std::min(m_list->topLevelItemCount(), visibleOffers);
     const int frame = 2 * m_list->frameWidth();
     m_list->resizeColumnToContents(0);
     const QAbstractItemView &view = *m_list;

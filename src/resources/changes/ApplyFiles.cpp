@@ -7,8 +7,8 @@
 #include "resources/changes/DiffView.h"
 #include "resources/changes/FileArguments.h"
 
-#include <QCoreApplication>
 #include <QLabel>
+#include <QObject>
 #include <QVBoxLayout>
 
 namespace tidewright {
@@ -18,11 +18,6 @@ namespace {
 constexpr qsizetype largestDiff = qsizetype(64) << 20;
 constexpr qsizetype longestRemarks = 2000;
 constexpr int mostRemarks = 8; // lines
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ApplyFiles", text);
-}
 
 /// One run of "Apply from File": what is compared is what is applied.
 struct Application
@@ -37,7 +32,7 @@ struct Application
         return QStringList{QStringLiteral("kubectl"), verb}
         + separatePlaceArguments(place.context, place.nameSpace) + files;
     }
-    QString comparison() const { return tr("comparison with the cluster"); }
+    QString comparison() const { return QObject::tr("comparison with the cluster"); }
     void compare() const;
     void compared(const FileComparison &found) const;
     void ask(const FileComparison &found) const;
@@ -97,13 +92,13 @@ void Application::compared(const FileComparison &found) const
             makeConsoleError(nothingApplied() + QLatin1String(": ") + found.failure), line);
     } else if (found.diff.isEmpty()) {
         postConsoleEntry(window.console(), shown,
-            nothingApplied() + QLatin1String(": ") + tr("the cluster has all of it already"), std::nullopt,
-            line);
+            nothingApplied() + QLatin1String(": ") + QObject::tr("the cluster has all of it already"),
+            std::nullopt, line);
     } else if (!place.isStillShown()) {
         refuseMovedChange(window, nothingApplied());
     } else {
         postConsoleEntry(window.console(), shown,
-            tr("Objects that would change: %1").arg(found.objectCount()), std::nullopt, line);
+            QObject::tr("Objects that would change: %1").arg(found.objectCount()), std::nullopt, line);
         ask(found);
     }
 }
@@ -112,11 +107,11 @@ void Application::ask(const FileComparison &found) const
 {
     const qsizetype count = found.objectCount();
     confirmChange(view, place,
-        {.title = tr("Confirm Apply"),
+        {.title = QObject::tr("Confirm Apply"),
             .message = count == 1
-                ? tr("Are you sure you want to apply this change to one object?")
-                : tr("Are you sure you want to apply these changes to %1 objects?").arg(count),
-            .yes = tr("Apply"),
+                ? QObject::tr("Are you sure you want to apply this change to one object?")
+                : QObject::tr("Are you sure you want to apply these changes to %1 objects?").arg(count),
+            .yes = QObject::tr("Apply"),
             .accessory = details(found, place.text())},
         [self = *this](bool confirmed) {
             if (confirmed) {
@@ -141,12 +136,12 @@ FileComparison FileComparison::read(const ShellResult &result)
         return {result.output, result.error.value_or(QString()), {}};
     }
     const QString reason = result.failure();
-    return {{}, {}, reason.isEmpty() ? tr("kubectl diff printed what is no comparison.") : reason};
+    return {{}, {}, reason.isEmpty() ? QObject::tr("kubectl diff printed what is no comparison.") : reason};
 }
 
 QString nothingApplied()
 {
-    return tr("Nothing was applied");
+    return QObject::tr("Nothing was applied");
 }
 
 bool canApplyIn(WindowState &window)

@@ -15,7 +15,7 @@ constexpr qsizetype longestLine = qsizetype(256) << 20;
 constexpr std::int64_t gone = 410;
 constexpr qint64 strays = 10;
 
-QByteArray textAt(const simdjson::dom::element &object, std::string_view pointer)
+QByteArray pointedText(const simdjson::dom::element &object, std::string_view pointer)
 {
     std::string_view text;
     return object.at_pointer(pointer).get(text) == simdjson::SUCCESS
@@ -61,7 +61,7 @@ void WatchDecoder::takeLine(QByteArrayView line, std::vector<LiveChange> &change
     simdjson::dom::element object;
     const auto error
         = m_parser->json.parse(line.data(), static_cast<std::size_t>(line.size()), false).get(event);
-    const QByteArray type = error == simdjson::SUCCESS ? textAt(event, "/type") : QByteArray();
+    const QByteArray type = error == simdjson::SUCCESS ? pointedText(event, "/type") : QByteArray();
     if (type.isEmpty() || event.at_key("object").get(object) != simdjson::SUCCESS) {
         m_run.garbled = QStringLiteral("What the server sent is no event of a watch.");
         return;
@@ -70,7 +70,7 @@ void WatchDecoder::takeLine(QByteArrayView line, std::vector<LiveChange> &change
         std::int64_t code = 0;
         m_run.isExpired = object.at_key("code").get(code) == simdjson::SUCCESS && code == gone;
         if (!m_run.isExpired) {
-            const QByteArray message = textAt(object, "/message");
+            const QByteArray message = pointedText(object, "/message");
             m_run.serverError = message.isEmpty() ? QStringLiteral("The server reported an error.")
                                                   : QString::fromUtf8(message);
         }
@@ -84,8 +84,8 @@ void WatchDecoder::takeLine(QByteArrayView line, std::vector<LiveChange> &change
     }
     m_run.isStateTold = m_run.isStateTold
         || (type == "BOOKMARK"
-            && textAt(object, "/metadata/annotations/k8s.io~1initial-events-end") == "true");
-    if (const QByteArray version = textAt(object, "/metadata/resourceVersion"); !version.isEmpty()) {
+            && pointedText(object, "/metadata/annotations/k8s.io~1initial-events-end") == "true");
+    if (const QByteArray version = pointedText(object, "/metadata/resourceVersion"); !version.isEmpty()) {
         m_run.resourceVersion = version;
     }
 }

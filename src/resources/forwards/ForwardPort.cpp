@@ -7,8 +7,8 @@
 #include "resources/forwards/PortForwardsWindow.h"
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QFormLayout>
+#include <QObject>
 #include <QRegularExpressionValidator>
 #include <QSpinBox>
 
@@ -19,11 +19,6 @@ namespace tidewright {
 namespace {
 
 constexpr int highestPort = 65535;
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ForwardPort", text);
-}
 
 const auto notForwarded = QStringLiteral("No port was forwarded");
 
@@ -63,7 +58,7 @@ Form makeForm(const std::vector<DeclaredPort> &ports, const QString &place)
     auto *port = new QComboBox;
     port->setEditable(true);
     port->setInsertPolicy(QComboBox::NoInsert);
-    port->setAccessibleName(tr("Port"));
+    port->setAccessibleName(QObject::tr("Port"));
     for (const DeclaredPort &each : ports) {
         const QString number = QString::number(each.number);
         port->addItem(each.name.isEmpty()
@@ -74,11 +69,11 @@ Form makeForm(const std::vector<DeclaredPort> &ports, const QString &place)
         new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{1,5}( .*)?")), port));
     auto *local = new QSpinBox;
     local->setRange(0, highestPort);
-    local->setSpecialValueText(tr("any that is free"));
-    local->setAccessibleName(tr("Local port"));
+    local->setSpecialValueText(QObject::tr("any that is free"));
+    local->setAccessibleName(QObject::tr("Local port"));
     auto *layout = new QFormLayout(widget);
-    layout->addRow(tr("Port:"), port);
-    layout->addRow(tr("Local port:"), local);
+    layout->addRow(QObject::tr("Port:"), port);
+    layout->addRow(QObject::tr("Local port:"), local);
     layout->addRow(confirmationDetails(place));
     widget->setFocusProxy(port);
     return {widget, port, local};
@@ -96,7 +91,8 @@ void startForward(const ChangePlace &place, const ForwardRequest &request)
             request, kubeCtl.makeShell(), kubeCtl.contents().destination(place.context));
         const CommandLine line{forward->commandLine(), {}};
         postConsoleEntry(place.window->console(), line.arguments.join(QLatin1Char(' ')),
-            tr("It goes on in the background; see Port Forwards in the Window menu"), std::nullopt, line);
+            QObject::tr("It goes on in the background; see Port Forwards in the Window menu"), std::nullopt,
+            line);
         PortForwards::shared().add(std::move(forward));
         PortForwardsWindow::present();
     });
@@ -115,11 +111,12 @@ void ask(QWidget &view, const ChangePlace &place, const ResourceKind &kind, cons
         .windowTitle = title.isEmpty() ? place.context : title,
         .window = place.window};
     confirmChange(&view, place,
-        {.title = tr("Forward Port"),
+        {.title = QObject::tr("Forward Port"),
             .message = ports.empty()
-                ? tr("Which port of %1 is to be reachable on this machine? It declares none.").arg(noun)
-                : tr("Which port of %1 is to be reachable on this machine?").arg(noun),
-            .yes = tr("Forward Port"),
+                ? QObject::tr("Which port of %1 is to be reachable on this machine? It declares none.")
+                      .arg(noun)
+                : QObject::tr("Which port of %1 is to be reachable on this machine?").arg(noun),
+            .yes = QObject::tr("Forward Port"),
             .accessory = form.widget},
         [place, form, request](bool confirmed) mutable {
             if (!confirmed || !place.window || !form.port || !form.local) {
@@ -130,7 +127,7 @@ void ask(QWidget &view, const ChangePlace &place, const ResourceKind &kind, cons
             request.localPort = static_cast<quint16>(form.local->value());
             if (request.port == 0) {
                 refuseChange(*place.window, notForwarded,
-                    tr("\"%1\" is no port. Ports are numbers from 1 to 65535.").arg(typed));
+                    QObject::tr("\"%1\" is no port. Ports are numbers from 1 to 65535.").arg(typed));
             } else {
                 startForward(place, request);
             }
@@ -179,7 +176,8 @@ void forwardPort(QWidget &view, WindowState &window, const ResourceKind &kind, c
                     return;
                 }
                 if (const QString failure = result.failure(); !failure.isEmpty()) {
-                    refuseChange(*place.window, notForwarded, tr("its ports could not be read. ") + failure);
+                    refuseChange(
+                        *place.window, notForwarded, QObject::tr("its ports could not be read. ") + failure);
                 } else if (!place.isStillShown()) {
                     refuseMovedChange(*place.window, notForwarded);
                 } else {

@@ -6,7 +6,7 @@
 #include "resources/kinds/Columns.h"
 #include "resources/listing/RowFilter.h"
 
-#include <QCoreApplication>
+#include <QObject>
 #include <QSet>
 
 #include <algorithm>
@@ -19,16 +19,11 @@ constexpr std::size_t rowsLookedAt = 5000;
 constexpr qsizetype valuesOffered = 12;
 constexpr qsizetype longestValue = 60;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("FilterOffers", text);
-}
-
 QString descriptionOf(const Column &column)
 {
-    return column.showsNumber  ? tr("%1: 0, >0, <=3").arg(column.title)
-        : column.movesWithTime ? tr("%1: <1h, >2d").arg(column.title)
-                               : tr("in the column %1").arg(column.title);
+    return column.showsNumber  ? QObject::tr("%1: 0, >0, <=3").arg(column.title)
+        : column.movesWithTime ? QObject::tr("%1: <1h, >2d").arg(column.title)
+                               : QObject::tr("in the column %1").arg(column.title);
 }
 
 /// Columns with a word of their own come first, under that.
@@ -92,12 +87,12 @@ QList<FilterOffer> filterHelp(const ResourceKind &kind)
 {
     QList<FilterOffer> help;
     if (kind.namespaced) {
-        help.append({QStringLiteral("ns:"), tr("the namespace")});
+        help.append({QStringLiteral("ns:"), QObject::tr("the namespace")});
     }
     if (!columnsOfWord(QStringLiteral("status"), kind.columns).empty()) {
-        help.append({QStringLiteral("status:"), tr("the status, or its reason")});
+        help.append({QStringLiteral("status:"), QObject::tr("the status, or its reason")});
     }
-    help.append({QStringLiteral("label:"), tr("a label, such as label:app=cart")});
+    help.append({QStringLiteral("label:"), QObject::tr("a label, such as label:app=cart")});
     for (const Column &column : kind.columns) {
         if (!hasOtherWord(column)) {
             help.append({QString(column.title).remove(QLatin1Char(' ')).toLower() + QLatin1Char(':'),

@@ -69,11 +69,11 @@ private:
     QHash<Key, std::size_t> m_positions; // views into the rows and into what is encoded
 };
 
-void split(QByteArrayView text, char separator, std::vector<QByteArrayView> &pieces)
+void split(QByteArrayView text, char mark, std::vector<QByteArrayView> &pieces)
 {
     pieces.clear();
     qsizetype begin = 0;
-    for (qsizetype end = 0; (end = text.indexOf(separator, begin)) >= 0; begin = end + 1) {
+    for (qsizetype end = 0; (end = text.indexOf(mark, begin)) >= 0; begin = end + 1) {
         pieces.push_back(text.sliced(begin, end - begin));
     }
     pieces.push_back(text.sliced(begin));

@@ -4,7 +4,7 @@
 #include "platform/text/Timestamp.h"
 #include "resources/kinds/Columns.h"
 
-#include <QCoreApplication>
+#include <QObject>
 
 #include <algorithm>
 #include <cmath>
@@ -21,11 +21,6 @@ struct Comparison
     Relation relation = Relation::Contains;
     QString operand;
 };
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("RowFilter", text);
-}
 
 Comparison comparisonOf(const QString &text)
 {
@@ -183,8 +178,8 @@ RowFilter::RowFilter(const QString &text, const std::vector<Column> &columns, co
         } else if (!meant.empty()) {
             addColumns(word, meant, homeNamespace);
         } else if (word.namesColumn) {
-            m_notes.append(
-                tr("This table has no column “%1”: the word is looked for in names.").arg(word.column));
+            m_notes.append(QObject::tr("This table has no column “%1”: the word is looked for in names.")
+                               .arg(word.column));
             addName(word, word.column + QLatin1Char(':') + word.text);
         } else if (!word.text.isEmpty() && word.text != QLatin1String("?")) {
             addName(word, word.text);
@@ -209,7 +204,8 @@ void RowFilter::addLabel(const FilterWord &word)
     }
     const auto is = [&selector](const char *text) { return selector.contains(QLatin1String(text)); };
     if (is("!") || is(",") || is(" ")) {
-        m_notes.append(tr("“-label:” excludes a label such as “app” or “app=cart”, and no more than that."));
+        m_notes.append(
+            QObject::tr("“-label:” excludes a label such as “app” or “app=cart”, and no more than that."));
     } else if (is("=")) {
         const qsizetype sign = selector.indexOf(QLatin1Char('='));
         const QString value = selector.sliced(sign + (selector.contains(QLatin1String("==")) ? 2 : 1));
@@ -250,7 +246,7 @@ RowFilter::Condition RowFilter::condition(
     if (column.movesWithTime && relation != Relation::Contains && relation != Relation::Equal) {
         const std::optional<double> duration = durationOf(operand);
         if (!duration && !isNumber) { // of a number the unit is missing, perhaps not for long
-            m_notes.append(tr("“%1” is no time such as 90s, 5m, 2h or 3d.").arg(operand));
+            m_notes.append(QObject::tr("“%1” is no time such as 90s, 5m, 2h or 3d.").arg(operand));
         }
         if (!duration) {
             return {};
@@ -261,8 +257,8 @@ RowFilter::Condition RowFilter::condition(
         };
     }
     if (relation != Relation::Contains && relation != Relation::Equal) {
-        m_notes.append(column.showsNumber ? tr("“%1” is no number.").arg(operand)
-                                          : tr("The column %1 holds no numbers.").arg(column.title));
+        m_notes.append(column.showsNumber ? QObject::tr("“%1” is no number.").arg(operand)
+                                          : QObject::tr("The column %1 holds no numbers.").arg(column.title));
         return {};
     }
     return textCondition(column, relation == Relation::Equal, operand, homeNamespace);

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 constexpr auto unwatchedStream = 1min;
 /// A listing that takes a while costs the cluster and this machine something: it rests three times as long.
 constexpr int restPerListing = 3;
-constexpr int patience = 3; // streams in a row that bring nothing, while listings do
+constexpr int mostFailures = 3; // streams in a row that bring nothing, while listings do
 /// Of listings in a row that failed: the first one waits for the next tick of the table's timer, which is as
 /// good as half a minute, and the others end shortly before one.
 constexpr std::array failurePauses{0s, 55s, 115s, 295s};
@@ -260,7 +260,7 @@ void TableLoader::streamChanged()
 {
     const LiveStatus status = m_stream->status();
     const bool failedAtOnce = !m_hasState && status.state == LiveStatus::State::Reconnecting;
-    if (status.state == LiveStatus::State::Refused || (failedAtOnce && ++m_streamFailures >= patience)) {
+    if (status.state == LiveStatus::State::Refused || (failedAtOnce && ++m_streamFailures >= mostFailures)) {
         m_refusal = status.reason;
     }
     if (failedAtOnce || !m_refusal.isEmpty()) {

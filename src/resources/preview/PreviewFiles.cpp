@@ -29,18 +29,19 @@ QString &cacheFolder()
 
 constexpr double reuseSeconds = 5;
 constexpr qsizetype shownAtMost = qsizetype(4) << 20; // bytes
-constexpr qsizetype longestLine = 4096; // of one that is laid out within a few milliseconds
+constexpr qsizetype longestShownLine = 4096; // of one that is laid out within a few milliseconds
 
 QString withBrokenLines(const QString &text)
 {
     QString broken;
-    broken.reserve(text.size() + text.size() / longestLine);
+    broken.reserve(text.size() + text.size() / longestShownLine);
     for (qsizetype begin = 0; begin < text.size();) {
         const qsizetype lineEnd = text.indexOf(QLatin1Char('\n'), begin);
         const qsizetype end = lineEnd < 0 ? text.size() : lineEnd + 1;
-        while (end - begin > longestLine) {
-            const qsizetype part
-                = text.at(begin + longestLine - 1).isHighSurrogate() ? longestLine - 1 : longestLine;
+        while (end - begin > longestShownLine) {
+            const qsizetype part = text.at(begin + longestShownLine - 1).isHighSurrogate()
+                ? longestShownLine - 1
+                : longestShownLine;
             broken.append(QStringView(text).mid(begin, part)).append(QLatin1Char('\n'));
             begin += part;
         }

@@ -3,17 +3,12 @@
 #include "resources/kinds/KubeTableItem.h"
 #include "resources/story/ObjectStory.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
+#include <QObject>
 
 namespace tidewright {
 
 namespace {
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ContainerFacts", text);
-}
 
 QString text(const QJsonValue &value, const char *field)
 {
@@ -37,13 +32,13 @@ QString terminatedText(const QJsonValue &terminated, double now)
 {
     QStringList parts{text(terminated, "reason")};
     if (const QString code = text(terminated, "exitCode"); !code.isEmpty()) {
-        parts.append(tr("exit code %1").arg(code));
+        parts.append(QObject::tr("exit code %1").arg(code));
     }
     if (const QString number = text(terminated, "signal"); !number.isEmpty()) {
-        parts.append(tr("signal %1").arg(number));
+        parts.append(QObject::tr("signal %1").arg(number));
     }
     if (const QString age = ageOf(text(terminated, "finishedAt"), now); !age.isEmpty()) {
-        parts.append(tr("%1 ago").arg(age));
+        parts.append(QObject::tr("%1 ago").arg(age));
     }
     parts.removeAll(QString());
     return parts.join(QLatin1String(", "));
@@ -53,7 +48,7 @@ QString waitingText(const QJsonValue &waiting)
 {
     const QString reason = text(waiting, "reason");
     const QString message = text(waiting, "message");
-    return (reason.isEmpty() ? tr("Waiting") : reason)
+    return (reason.isEmpty() ? QObject::tr("Waiting") : reason)
         + (message.isEmpty() ? QString() : QLatin1String(": ") + message);
 }
 
@@ -71,9 +66,9 @@ void tellState(const QJsonValue &status, double now, ContainerFacts &facts)
     const QJsonValue waiting = state[QLatin1String("waiting")];
     if (running.isObject()) {
         const QString age = ageOf(text(running, "startedAt"), now);
-        facts.state = age.isEmpty() ? tr("Running") : tr("Running for %1").arg(age);
+        facts.state = age.isEmpty() ? QObject::tr("Running") : QObject::tr("Running for %1").arg(age);
         if (!status[QLatin1String("ready")].toBool()) {
-            facts.state += tr(", not ready");
+            facts.state += QObject::tr(", not ready");
         }
     } else if (terminated.isObject()) {
         facts.state = terminatedText(terminated, now);
@@ -82,7 +77,7 @@ void tellState(const QJsonValue &status, double now, ContainerFacts &facts)
         facts.state = waitingText(waiting);
         facts.isInTrouble = !isOnItsWay(text(waiting, "reason"));
     } else {
-        facts.state = tr("Not started");
+        facts.state = QObject::tr("Not started");
     }
     const QJsonValue last = status[QLatin1String("lastState")][QLatin1String("terminated")];
     facts.lastState = last.isObject() ? terminatedText(last, now) : QString();
@@ -125,14 +120,15 @@ QString probeText(const QJsonValue &probe)
         what = QLatin1String("exec ") + words.join(QLatin1Char(' '));
     }
     const QString period = text(probe, "periodSeconds");
-    return period.isEmpty() ? what : tr("%1 every %2 s").arg(what, period);
+    return period.isEmpty() ? what : QObject::tr("%1 every %2 s").arg(what, period);
 }
 
 QString probesText(const QJsonValue &container)
 {
     QStringList lines;
-    for (const auto &[field, name] : {std::pair("startupProbe", tr("Startup")),
-             std::pair("livenessProbe", tr("Liveness")), std::pair("readinessProbe", tr("Readiness"))}) {
+    for (const auto &[field, name] : {std::pair("startupProbe", QObject::tr("Startup")),
+             std::pair("livenessProbe", QObject::tr("Liveness")),
+             std::pair("readinessProbe", QObject::tr("Readiness"))}) {
         if (const QJsonValue probe = container[QLatin1String(field)]; probe.isObject()) {
             lines.append(name + QLatin1String(": ") + probeText(probe));
         }
@@ -160,15 +156,16 @@ std::vector<ContainerFacts> containersOf(const QJsonObject &pod, double now)
         QString mark;
     };
     std::vector<ContainerFacts> all;
-    for (const List &list : {List{"initContainers", "initContainerStatuses", tr(" (init)")},
+    for (const List &list : {List{"initContainers", "initContainerStatuses", QObject::tr(" (init)")},
              List{"containers", "containerStatuses", {}},
-             List{"ephemeralContainers", "ephemeralContainerStatuses", tr(" (ephemeral)")}}) {
+             List{"ephemeralContainers", "ephemeralContainerStatuses", QObject::tr(" (ephemeral)")}}) {
         const auto statuses = byName(pod[QLatin1String("status")][QLatin1String(list.statuses)]);
         for (const QJsonValue &container :
             pod[QLatin1String("spec")][QLatin1String(list.containers)].toArray()) {
             ContainerFacts facts;
             const QString name = text(container, "name");
-            facts.name = name + (text(container, "restartPolicy").isEmpty() ? list.mark : tr(" (sidecar)"));
+            facts.name
+                = name + (text(container, "restartPolicy").isEmpty() ? list.mark : QObject::tr(" (sidecar)"));
             facts.image = text(container, "image");
             facts.ports = portsText(container);
             facts.probes = probesText(container);

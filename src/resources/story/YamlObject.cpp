@@ -12,13 +12,13 @@ namespace {
 constexpr qsizetype largestText = 8 << 20;
 constexpr int mostValues = 200'000;
 
-QString textOf(const YAML::Node &scalar)
+QString scalarText(const YAML::Node &scalar)
 {
     return QString::fromStdString(scalar.Scalar());
 }
 
 /// Values of one document, up to a number of them.
-class Values
+class YamlValues
 {
 public:
     QJsonValue take(const YAML::Node &node)
@@ -50,7 +50,7 @@ private:
                 break;
             }
             if (entry.first.IsScalar()) {
-                map.insert(textOf(entry.first), take(entry.second));
+                map.insert(scalarText(entry.first), take(entry.second));
             }
         }
         return map;
@@ -70,7 +70,7 @@ private:
 
     static QJsonValue takeScalar(const YAML::Node &node)
     {
-        const QString text = textOf(node);
+        const QString text = scalarText(node);
         const bool isQuoted = node.Tag() == "!";
         if (!isQuoted && (text == QLatin1String("true") || text == QLatin1String("false"))) {
             return text == QLatin1String("true");
@@ -90,7 +90,7 @@ std::optional<QJsonObject> objectOfYaml(const QByteArray &yaml)
         return std::nullopt;
     }
     try {
-        Values values;
+        YamlValues values;
         const QJsonValue object = values.take(YAML::Load(yaml.toStdString()));
         return object.isObject() && !values.areTooMany() ? std::optional(object.toObject()) : std::nullopt;
     } catch (const YAML::Exception &) {

@@ -5,21 +5,16 @@
 #include "resources/changes/ClusterChange.h"
 #include "resources/listing/RowFilter.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QObject>
 
 namespace tidewright {
 
 namespace {
 
 const auto podTable = QStringLiteral("pod");
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("RelatedObjects", text);
-}
 
 void addLabels(const QJsonObject &labels, QStringList &requirements)
 {
@@ -99,7 +94,7 @@ QString choiceObstacle(const ResourceKind &kind, int chosen)
     if (chosen == 1) {
         return {};
     }
-    return (chosen == 0 ? tr("Select a %1 first.") : tr("Select a single %1."))
+    return (chosen == 0 ? QObject::tr("Select a %1 first.") : QObject::tr("Select a single %1."))
         .arg(kind.humanReadableResourceName);
 }
 
@@ -108,14 +103,15 @@ QString choiceObstacle(const ResourceKind &kind, int chosen)
 QString podsObstacle(const ResourceKind &kind, int chosen)
 {
     return kind.pods == ResourceKind::Pods::None
-        ? tr("%1 have no pods. Choose deployments, jobs or services.").arg(kind.tableName)
+        ? QObject::tr("%1 have no pods. Choose deployments, jobs or services.").arg(kind.tableName)
         : choiceObstacle(kind, chosen);
 }
 
 QString ownerObstacle(const ResourceKind &kind, int chosen)
 {
-    return kind.hasOwner ? choiceObstacle(kind, chosen)
-                         : tr("%1 have no owner. Choose pods, replica sets or jobs.").arg(kind.tableName);
+    return kind.hasOwner
+        ? choiceObstacle(kind, chosen)
+        : QObject::tr("%1 have no owner. Choose pods, replica sets or jobs.").arg(kind.tableName);
 }
 
 QString targetWord(const ResourceKind &kind)
@@ -163,10 +159,11 @@ std::optional<TableTarget> ownerTarget(const QByteArray &ownerReferences, const 
 void findPods(QObject &receiver, WindowState &window, const ResourceKind &kind, const ObjectName &object,
     const TargetFound &found)
 {
-    const QString notDone = tr("No pods were shown");
+    const QString notDone = QObject::tr("No pods were shown");
     if (kind.pods == ResourceKind::Pods::OnNode && !window.liveUpdates()) {
         refuseChange(window, notDone,
-            tr("only live updates tell which node a pod runs on; they are off (menu View, Live Updates)."));
+            QObject::tr(
+                "only live updates tell which node a pod runs on; they are off (menu View, Live Updates)."));
         return;
     }
     if (kind.pods == ResourceKind::Pods::OnNode) {
@@ -175,7 +172,7 @@ void findPods(QObject &receiver, WindowState &window, const ResourceKind &kind, 
     }
     const QString nameSpace = window.currentNamespace() == allNamespaces ? object.nameSpace : QString();
     const FieldQuestion question{QStringLiteral(".spec.selector"), notDone,
-        tr("the %1 %2 selects none.").arg(kind.humanReadableResourceName, object.name),
+        QObject::tr("the %1 %2 selects none.").arg(kind.humanReadableResourceName, object.name),
         [nameSpace](const QByteArray &field) -> std::optional<TableTarget> {
             const std::optional<QString> filter = podFilter(field, nameSpace);
             return filter ? std::optional(TableTarget{podTable, *filter}) : std::nullopt;
@@ -186,8 +183,9 @@ void findPods(QObject &receiver, WindowState &window, const ResourceKind &kind, 
 void findOwner(QObject &receiver, WindowState &window, const ResourceKind &kind, const ObjectName &object,
     const TargetFound &found)
 {
-    const FieldQuestion question{QStringLiteral(".metadata.ownerReferences"), tr("No owner was shown"),
-        tr("the %1 %2 has none.").arg(kind.humanReadableResourceName, object.name),
+    const FieldQuestion question{QStringLiteral(".metadata.ownerReferences"),
+        QObject::tr("No owner was shown"),
+        QObject::tr("the %1 %2 has none.").arg(kind.humanReadableResourceName, object.name),
         [nameSpace = object.nameSpace](const QByteArray &field) { return ownerTarget(field, nameSpace); }};
     ask(receiver, window, kind, object, question, found);
 }

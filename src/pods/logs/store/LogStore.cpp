@@ -3,8 +3,8 @@
 
 #include "platform/text/Utf8.h"
 
-#include <QCoreApplication>
 #include <QFile>
+#include <QObject>
 
 #include <algorithm>
 #include <array>
@@ -26,11 +26,6 @@ namespace {
 
 constexpr qint64 mostWaiting = qint64(16) << 20; ///< for the disk, before others wait
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("LogStore", text);
-}
 
 QString errorText(int error)
 {
@@ -162,12 +157,14 @@ QString LogStore::problem() const
     if (reason.isEmpty()) {
         const bool hasLost = std::any_of(m_parts->begin(), m_parts->begin() + std::ptrdiff_t(m_mapped),
             [](const LogBytes::Part &part) { return LogFile::hasLost(part.memory.get()); });
-        return hasLost ? tr("The disk does not give back all of the log: what is missing reads as zeros.")
-                       : QString();
+        return hasLost
+            ? QObject::tr("The disk does not give back all of the log: what is missing reads as zeros.")
+            : QString();
     }
     return (m_full
-            ? tr("The log cannot be written to the disk (%1), and the %2 MB of memory for it are used up.")
-            : tr("The log cannot be written to the disk (%1); up to %2 MB more is kept in memory."))
+            ? QObject::tr(
+                "The log cannot be written to the disk (%1), and the %2 MB of memory for it are used up.")
+            : QObject::tr("The log cannot be written to the disk (%1); up to %2 MB more is kept in memory."))
         .arg(reason)
         .arg(memoryLimit >> 20);
 }

@@ -5,7 +5,7 @@
 #include "platform/text/TerminalText.h"
 #include "platform/text/Utf8.h"
 
-#include <QCoreApplication>
+#include <QObject>
 #include <QRegularExpression>
 
 namespace tidewright {
@@ -14,11 +14,6 @@ namespace {
 
 constexpr qsizetype charactersKept = 4000;
 constexpr qsizetype longestNote = 120;
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("LogSource", text);
-}
 
 /// The way kubectl puts it, on a line of its own.
 const QRegularExpression &choiceLine()
@@ -45,7 +40,7 @@ QString lastLine(const QString &said, bool isReason)
 
 void LogSource::tell(const QString &what)
 {
-    story.append(tr("%1 %2").arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")), what));
+    story.append(QObject::tr("%1 %2").arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")), what));
 }
 
 void LogSource::begin()
@@ -76,24 +71,24 @@ QString LogSource::refusedContainers() const
 
 QString LogSource::state() const
 {
-    return waits  ? tr("waiting to start")
-        : failure ? tr("ended, error")
-        : ended   ? tr("ended")
-                  : tr("running");
+    return waits  ? QObject::tr("waiting to start")
+        : failure ? QObject::tr("ended, error")
+        : ended   ? QObject::tr("ended")
+                  : QObject::tr("running");
 }
 
 QString LogSource::note() const
 {
     QString note;
     if (const QString count = refusedContainers(); !count.isEmpty()) {
-        note = tr("%1 containers are more than kubectl follows unasked").arg(count);
+        note = QObject::tr("%1 containers are more than kubectl follows unasked").arg(count);
     } else if (failure) {
         note = lastLine(said, true);
         note = note.isEmpty() ? *failure : note;
     } else if (!story.isEmpty()) {
         note = story.last();
     } else if (choice) {
-        note = tr("using %1, 1 of %2 pods").arg(choice->pod, choice->pods);
+        note = QObject::tr("using %1, 1 of %2 pods").arg(choice->pod, choice->pods);
     } else {
         note = lastLine(said, false);
     }
@@ -107,8 +102,9 @@ QString LogSource::details() const
         lines.append(text);
     }
     if (failure == QLatin1String("No process defined")) {
-        lines.append(tr("%1: the pipes to kubectl could not be made; too many files or streams are open.")
-                         .arg(*failure));
+        lines.append(
+            QObject::tr("%1: the pipes to kubectl could not be made; too many files or streams are open.")
+                .arg(*failure));
     } else if (failure) {
         lines.append(*failure);
     }

@@ -71,9 +71,9 @@ std::optional<qint64> secondsOf(QByteArrayView text)
 /// Behind the next line feed, or the end.
 qint64 nextLine(const LogBytes &bytes, qint64 from)
 {
-    constexpr qint64 block = qint64(1) << 20;
+    constexpr qint64 step = qint64(1) << 20;
     while (from < bytes.size()) {
-        const QByteArrayView piece = bytes.piece(from, block);
+        const QByteArrayView piece = bytes.piece(from, step);
         const void *found = std::memchr(piece.data(), '\n', static_cast<std::size_t>(piece.size()));
         if (found) {
             return from + (static_cast<const char *>(found) - piece.data()) + 1;

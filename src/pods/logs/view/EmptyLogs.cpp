@@ -3,18 +3,13 @@
 
 #include "pods/logs/view/CombinedLogsViewController.h"
 
-#include <QCoreApplication>
+#include <QObject>
 
 namespace tidewright {
 
 namespace {
 
 constexpr int failuresInHint = 4;
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("EmptyLogs", text);
-}
 
 QString narrowedText(const CombinedLogsViewController &logs)
 {
@@ -25,23 +20,24 @@ QString narrowedText(const CombinedLogsViewController &logs)
         hidden += document.isSourceHidden(i) ? 1 : 0;
     }
     if (hidden == count) {
-        return tr("All containers are hidden.");
+        return QObject::tr("All containers are hidden.");
     }
     if (document.examined() < document.size() - LogScan::usualSpan) {
-        return tr("Looking for lines to show…");
+        return QObject::tr("Looking for lines to show…");
     }
-    return document.filter().isEmpty() ? tr("The containers that are not hidden have written nothing.")
-                                       : tr("No line matches the filter.");
+    return document.filter().isEmpty()
+        ? QObject::tr("The containers that are not hidden have written nothing.")
+        : QObject::tr("No line matches the filter.");
 }
 
 /// While there is no container of the workloads.
 QString waitingText(const PodFollower *follower)
 {
     if (!follower || !follower->problem().isEmpty()) {
-        return follower ? follower->problem() : tr("Nothing is followed any more.");
+        return follower ? follower->problem() : QObject::tr("Nothing is followed any more.");
     }
-    return follower->knowsPods() ? tr("There are no pods now. Those that come are followed.")
-                                 : tr("Looking for the pods…");
+    return follower->knowsPods() ? QObject::tr("There are no pods now. Those that come are followed.")
+                                 : QObject::tr("Looking for the pods…");
 }
 
 QString unwrittenText(const CombinedLogsViewController &logs, bool isCleared)
@@ -50,20 +46,20 @@ QString unwrittenText(const CombinedLogsViewController &logs, bool isCleared)
         return waitingText(logs.follower());
     }
     if (logs.containers.empty()) {
-        return tr("There are no containers to follow.");
+        return QObject::tr("There are no containers to follow.");
     }
     if (logs.sources().empty()) {
-        return tr("Nothing is followed yet.");
+        return QObject::tr("Nothing is followed yet.");
     }
     if (isCleared) {
-        return tr("Cleared.");
+        return QObject::tr("Cleared.");
     }
     if (logs.hasRunningStreams() || logs.follower()) {
         return logs.containers.size() == 1
-            ? tr("Waiting for output of 1 container…")
-            : tr("Waiting for output of %1 containers…").arg(logs.containers.size());
+            ? QObject::tr("Waiting for output of 1 container…")
+            : QObject::tr("Waiting for output of %1 containers…").arg(logs.containers.size());
     }
-    QStringList lines{tr("No container has written anything, and none is followed any more.")};
+    QStringList lines{QObject::tr("No container has written anything, and none is followed any more.")};
     for (std::size_t i = 0; i < logs.sources().size() && lines.size() <= failuresInHint; ++i) {
         if (logs.sources()[i].failure) {
             lines.append(logs.containers[i].pod + QLatin1String(": ") + logs.sources()[i].details());
