@@ -7,10 +7,16 @@ set(TIDEWRIGHT_TEST_TIMEOUT 240 CACHE STRING "Seconds that one test executable m
 # Every test executable with the label threads: what the build with ThreadSanitizer needs.
 add_custom_target(threaded_tests)
 
+# The sanitizers look for faults of the product: what only tests do is compiled as fast as it goes.
+add_library(tidewright_test_options INTERFACE)
+if(TIDEWRIGHT_SANITIZE)
+    target_compile_options(tidewright_test_options INTERFACE -O0 -fno-sanitize=undefined)
+endif()
+
 # One precompiled header for all tests, which therefore link the same Qt libraries.
 if(TIDEWRIGHT_PRECOMPILE)
     add_library(test_precompiled OBJECT "${PROJECT_SOURCE_DIR}/tests/support/precompiled.cpp")
-    target_link_libraries(test_precompiled PUBLIC Qt6::Widgets Qt6::Svg Qt6::DBus Qt6::Network tidewright_options)
+    target_link_libraries(test_precompiled PUBLIC Qt6::Widgets Qt6::Svg Qt6::DBus Qt6::Network tidewright_options tidewright_test_options)
     tidewright_precompile(test_precompiled ${TIDEWRIGHT_WIDGET_HEADERS} <QJsonObject> <QProcess> <QTemporaryDir>)
 endif()
 
@@ -20,7 +26,7 @@ endif()
 function(tidewright_add_test)
     cmake_parse_arguments(ARG "CHECK_LEAKS" "NAME" "SOURCES;LIBS;DEFINITIONS;LABELS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
-    target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} Qt6::Test tidewright_options)
+    target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} Qt6::Test tidewright_options tidewright_test_options)
     target_include_directories(${ARG_NAME} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
     target_compile_definitions(${ARG_NAME} PRIVATE ${ARG_DEFINITIONS})
     if(TIDEWRIGHT_PRECOMPILE)

@@ -56,7 +56,7 @@ std::string typed(const char *type, const char *format = "")
     return schema;
 }
 
-std::string schemaOf(const FieldType &type)
+std::string encodedSchemaOf(const FieldType &type)
 {
     switch (type.shape) {
     case Shape::Text:
@@ -68,9 +68,9 @@ std::string schemaOf(const FieldType &type)
     case Shape::IntegerOrText:
         return typed("string", "int-or-string");
     case Shape::List:
-        return typed("array") + field(schemaItems, field(wrapped, schemaOf(type.items.front())));
+        return typed("array") + field(schemaItems, field(wrapped, encodedSchemaOf(type.items.front())));
     case Shape::Map:
-        return typed("object") + field(schemaAdditional, field(wrapped, schemaOf(type.items.front())));
+        return typed("object") + field(schemaAdditional, field(wrapped, encodedSchemaOf(type.items.front())));
     case Shape::Object:
         return field(schemaRef, "#/definitions/demo." + type.name);
     case Shape::Anything:
@@ -101,8 +101,8 @@ std::string definitionOf(const SchemaType &type)
 {
     std::string properties, required;
     for (const SchemaField &entry : type.fields) {
-        properties
-            += field(mapEntries, field(entryName, entry.name) + field(entryValue, schemaOf(entry.type)));
+        properties += field(
+            mapEntries, field(entryName, entry.name) + field(entryValue, encodedSchemaOf(entry.type)));
         if (entry.required) {
             required += field(schemaRequired, entry.name);
         }

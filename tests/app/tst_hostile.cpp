@@ -33,6 +33,12 @@ void checkText(const QString &text, const QString &where)
     }
 }
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr double longestPause = 0.5; // seconds
+#else
+constexpr double longestPause = 0.1;
+#endif
+
 /// What is on the screen has neither mark-up nor anything that moves the text around it.
 void checkWidgets(const QString &where)
 {
@@ -82,7 +88,7 @@ private:
         meter.start();
         step();
         meter.longest(); // ends the measuring
-        if (meter.longestCpu() > 0.1) {
+        if (meter.longestCpu() > longestPause) {
             m_stalls.append(u"%1: %2 s"_s.arg(what, QString::number(meter.longestCpu())));
         }
         checkWidgets(what);

@@ -638,14 +638,17 @@ private Q_SLOTS:
             step(disturbance.between, windows);
             const bool canAct = windows.question() || !operation.ask || windows.asked
                 || !windows.table().selectedObjects().isEmpty();
+            // With its window a run may end before it came to anything.
+            const QRegularExpression stopped(u"was ended together with its window|was stopped before"_s);
+            const qsizetype stoppedBefore = windows.told().count(stopped);
             if (canAct) {
                 operation.act(windows);
             }
             step(disturbance.after, windows);
-            const QRegularExpression refusal( // or ended with its window, before it came to anything
-                operation.notDone + u"|was ended together with its window|was stopped before"_s);
+            const QRegularExpression refusal(operation.notDone);
             const auto hasEnded = [&] {
                 return !canAct || !runs().isEmpty() || windows.told().contains(refusal)
+                    || (!windows.first && windows.told().count(stopped) > stoppedBefore)
                     || (operation.onlyReads()
                         && (!windows.first || windows.table().selectedObjects().isEmpty()));
             };
