@@ -37,9 +37,9 @@ qreal contrast(const QColor &a, const QColor &b)
 
 bool hasRightToLeft(const QString &text)
 {
+    constexpr char16_t first = 0x0590; // of the scripts that do
     return std::any_of(text.cbegin(), text.cend(), [](QChar c) {
-        const QChar::Direction direction = c.direction();
-        return direction == QChar::DirR || direction == QChar::DirAL;
+        return c.unicode() >= first && (c.direction() == QChar::DirR || c.direction() == QChar::DirAL);
     });
 }
 
@@ -86,13 +86,16 @@ LogLineLayout::LogLineLayout(LogLineText text, const LogAppearance &appearance, 
     const qsizetype length = m_text.text.size();
     if (!m_text.isGrid) {
         // A layout costs about a microsecond for each character: no more of them than can be seen. But what
-        // runs from right to left has its place by what follows.
-        const qsizetype seen = width > 0 || hasRightToLeft(m_text.text)
-            ? length
-            : static_cast<qsizetype>(needed / appearance.cellWidth) + 8;
-        layOut(width, std::min(seen, length));
-        if (!covers(needed)) { // narrow or combining characters
-            layOut(width, length);
+        // runs from right to left has its place by what follows, if that is not too much.
+        constexpr qsizetype longestMoving = 512;
+        const bool isWhole = width > 0 || (length <= longestMoving && hasRightToLeft(m_text.text));
+        qsizetype units = isWhole ? length : static_cast<qsizetype>(needed / appearance.cellWidth) + 8;
+        layOut(width, std::min(units, length));
+        while (!covers(needed)) { // narrow or combining characters
+            const qreal unitWidth
+                = std::max(m_widest / static_cast<qreal>(m_laidOut), appearance.cellWidth / 4);
+            units = std::max(units + units / 8, static_cast<qsizetype>(needed / unitWidth) + 8);
+            layOut(width, std::min(units, length));
         }
         return;
     }
