@@ -276,6 +276,10 @@ private Q_SLOTS:
         app.frame->showMinimized();
         app.frame->showNormal();
         QTRY_VERIFY(field->hasFocus());
+        QVERIFY(third->primaryContentController()
+                    .shownTable()
+                    ->findChild<QTimer *>(u"refreshTimer"_s)
+                    ->isActive());
         QTest::keyClick(field, Qt::Key_W, Qt::ControlModifier); // deletes a word there
         QVERIFY(third);
         QCOMPARE(field->text(), u"kubectl get  "_s);

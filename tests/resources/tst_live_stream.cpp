@@ -97,6 +97,7 @@ public:
             return {child.get(), [child](void *) { child->isLeft = true; }};
         };
         means.now = [this] { return now; };
+        means.date = [this] { return QDateTime::fromMSecsSinceEpoch(now.count()); };
         means.later = [this](std::chrono::milliseconds delay, std::function<void()> callback) {
             timers.emplace(now + delay, std::move(callback));
         };
@@ -187,7 +188,8 @@ private Q_SLOTS:
 ///   ends a state),
 ///                            E410, E500; each has the version behind "@"
 ///   bytes TEXT, complain TEXT, answered, end, fail
-///   wait MS, pause, resume
+///   wait MS, pause, resume, retry
+///   of MS                    the moment as of which the rows are known
 ///   asks TEXT                a child runs whose arguments contain that; "asks" alone: none runs
 ///   STATE ROW…               what the table shows
 void tst_live_stream::script_data()
@@ -216,13 +218,13 @@ void tst_live_stream::script_data()
         << u"list 5 n/a=1 m/a=2\nanswered\nLive m/a=2 n/a=1\nevents -n/a@6\nwait 33\nLive m/a=2"_s;
     QTest::newRow("a server's usual end") << live + u"events B@9\nwait 60000\nend\nasks resourceVersion=9"_s;
     QTest::newRow("forgotten version") << live
-            + u"events E410\nend\nasks watch=1&allowWatchBookmarks=true&sendInitialEvents=true&"
+            + u"events E410\nasks watch=1&allowWatchBookmarks=true&sendInitialEvents=true&"
               "resourceVersionMatch=NotOlderThan\nanswered\nReconnecting a=1 b=2\nevents +a=1@3 +c=3@2\n"
               "wait 33\nReconnecting a=1 b=2 c=3\nevents B@8 S@9\nLive a=1 c=3\n"
               "events -a@10\nwait 33\nLive c=3\nend\nwait 1000\nasks resourceVersion=10"_s;
-    const QString lost = live + u"events E410\nend\nasks sendInitialEvents\n"_s;
+    const QString lost = live + u"events E410\nasks sendInitialEvents\n"_s;
     const QString again = u"asks limit=500\nlist 9+ c=3\nasks limit=32000\nlist 9 a=1\nReconnecting a=1 c=3\n"
-                          "asks resourceVersion=9\nanswered\nLive a=1 c=3\nevents B@10\nevents E410\nend\n"_s;
+                          "asks resourceVersion=9\nanswered\nLive a=1 c=3\nevents B@10\nevents E410\n"_s;
     QTest::newRow("no state on a watch") << lost
             + u"complain Error from server (Invalid): sendInitialEvents: Forbidden\nfail\n"_s + again
             + u"asks limit=500"_s;
@@ -245,12 +247,11 @@ void tst_live_stream::script_data()
             + u"events +c=1@6\nbytes {\"type\":\"DELETED\",\"object\":{\"metadata\":{\"na\nend\n"
               "wait 1000\nasks resourceVersion=6\nanswered\nLive a=1 b=2 c=1"_s;
     QTest::newRow("no JSON") << live
-            + u"bytes <html>\\n\nevents -a@6\nend\nasks sendInitialEvents\nbytes x\\n\nend\nasks "
-              u"limit=500\nlist 7 b=2\nbytes x\\n\nend\nasks\n"
-              "Reconnecting b=2\nwait 1000\nasks limit=500\nlist 7 b=2\nbytes x\\n\nend\nwait 2000\n"
-              "list 7 b=2\nbytes x\\n\nend\nRefused b=2\nasks"_s;
+            + u"bytes <html>\\n\nasks sendInitialEvents\nbytes x\\n\nasks limit=500\n"
+              "list 7 b=2\nbytes x\\n\nasks\nReconnecting b=2\nwait 1000\nasks limit=500\n"
+              "list 7 b=2\nbytes x\\n\nwait 2000\nlist 7 b=2\nbytes x\\n\nRefused b=2\nasks"_s;
     QTest::newRow("an error of the server")
-        << live + u"events E500@0\nend\nReconnecting a=1 b=2\nasks sendInitialEvents"_s;
+        << live + u"events E500@0\nReconnecting a=1 b=2\nasks sendInitialEvents"_s;
     for (const char *final : {"Error from server (Forbidden): no", "error: unknown flag: --raw",
              "F1123 12:38:33.150919 3404 helpers.go:115] Error from server (MethodNotAllowed): no\ngoroutine "
              "1"}) {
@@ -263,6 +264,17 @@ void tst_live_stream::script_data()
            "wait 1999\nasks\nwait 1\nfail\nwait 3999\nasks\nwait 1\nlist 5 a=1 b=2\nfail\nwait 1000\nasks "
            "watch=1\n"
            "answered\nLive a=1 b=2"_s;
+    QTest::newRow("tried before its time") << live
+            + u"complain Unable to connect\nfail\nretry\nasks resourceVersion=5\nfail\nwait 2000\n"
+              "asks resourceVersion=5\nretry\nanswered\nretry\nLive a=1 b=2"_s;
+    QTest::newRow("true as of") << u"wait 500\nlist 5 a=1 b=2\nof 1000\nanswered\nof 1500\nwait 500\n"
+                                   "events ~a=7@6\nof 2000\nwait 33\ncomplain Unable to connect\nfail\n"
+                                   "Reconnecting a=7 b=2\nwait 1000\nfail\nof 2000\nwait 2000\nanswered\n"
+                                   "of 5033\nevents E410\nwait 100\nevents +a=1@7\nwait 100\nof 5033\n"
+                                   "events S@8\nof 5233\nwait 67\nLive a=1\nevents B@9\nof 5300"_s;
+    QTest::newRow("a state on a watch that is none") << lost
+            + u"events ~a=1@6\nwait 9999\nevents ~a=2@7\n"_s.repeated(18) + u"wait 9999\n"_s + again
+            + u"asks limit=500"_s;
     QTest::newRow("ends at once") << u"list 5 a=1\n"_s + twice
             + u"asks watch\nend\nwait 2000\nasks watch\nend\nRefused a=1\nasks"_s;
     QTest::newRow("held back") << live
@@ -347,6 +359,10 @@ void tst_live_stream::script()
                 world.wait(33ms);
             } else if (verb == u"resume") {
                 stream.resume();
+            } else if (verb == u"retry") {
+                stream.retryNow();
+            } else if (verb == u"of") {
+                QCOMPARE(stream.status().asOf.toMSecsSinceEpoch(), rest.toLongLong());
             } else if (verb == u"asks") {
                 QCOMPARE(world.child() != nullptr, !rest.isEmpty());
                 QVERIFY2(rest.isEmpty() || world.child()->arguments.contains(rest),

@@ -110,8 +110,10 @@ private Q_SLOTS:
         QTest::newRow("some labels") << u"fleet"_s << "cut:400"_ba << u"labels"_s;
         QTest::newRow("broken streams")
             << QString(allNamespaces) << "cut:150,end:210,error:330"_ba << QString();
-        QTest::newRow("a server that forgets") << QString(allNamespaces) << "expire:400,cut-state:200,shuffle"_ba << u"forget"_s;
-        QTest::newRow("reloads") << QString(allNamespaces) << "duplicate:3,cut:900,refuse-initial"_ba << u"reload"_s;
+        QTest::newRow("a server that forgets")
+            << QString(allNamespaces) << "expire:400,cut-state:200,shuffle"_ba << u"forget"_s;
+        QTest::newRow("reloads") << QString(allNamespaces) << "duplicate:3,cut:900,refuse-initial"_ba
+                                 << u"reload"_s;
         QTest::newRow("hidden for a while") << QString(allNamespaces) << QByteArray() << u"hide"_s;
         QTest::newRow("switched off and on") << QString(allNamespaces) << QByteArray() << u"switch"_s;
     }
@@ -273,6 +275,12 @@ private Q_SLOTS:
         QTRY_COMPARE(table.loader.following(), Following::Reconnecting);
         QCOMPARE(table.shown(), rows);
         QVERIFY(!table.loader.followingReason().isEmpty());
+        const QDateTime trueAsOf = table.loader.rowsAsOf();
+        table.loader.load({.logged = true}); // fails, and takes nothing away
+        QTRY_VERIFY(!table.loader.isLoading() && !table.loader.problem().isEmpty());
+        QTRY_COMPARE(table.shown(), rows);
+        QVERIFY(!table.loader.hasFailed());
+        QCOMPARE(table.loader.rowsAsOf(), trueAsOf);
         table.loader.clear(); // another namespace
         table.loader.load({});
         QTRY_VERIFY(table.loader.hasFailed()); // in the words of a listing

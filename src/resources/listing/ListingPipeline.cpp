@@ -50,6 +50,7 @@ void ListingPipeline::load(const std::shared_ptr<Shell> &shell, const QStringLis
     load.logToConsole = logToConsole;
     load.unattended = unattended;
     load.outcome.startedAt = QDateTime::currentDateTime();
+    load.running.start();
     m_loads.push_back(std::move(load));
     if (m_loads.size() == 1) {
         Q_EMIT loadingChanged(true);
@@ -224,7 +225,8 @@ void ListingPipeline::finish(quint64 id)
     if (load == m_loads.end()) {
         return; // whoever heard of the rows has cleared the table
     }
-    const LoadOutcome outcome = load->outcome;
+    LoadOutcome outcome = load->outcome;
+    outcome.duration = std::chrono::milliseconds(load->running.elapsed());
     m_loads.erase(load);
     if (m_merging == id) {
         m_merging.reset();

@@ -6,7 +6,9 @@
 #include "resources/listing/RowStore.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 
+#include <chrono>
 #include <deque>
 
 namespace tidewright {
@@ -15,6 +17,7 @@ namespace tidewright {
 struct LoadOutcome
 {
     QDateTime startedAt;
+    std::chrono::milliseconds duration{0}; ///< until its rows were in the table, without times of suspension
     bool stopped = false; ///< the user ended it; the rows are what they were
     std::optional<QString> error; ///< what kubectl wrote to standard error, or the runner's message
     bool errorIsText = true; ///< false when kubectl wrote an error that was not UTF-8
@@ -49,6 +52,8 @@ public:
 
     bool isLoading() const { return !m_loads.empty(); }
     bool hasUnattendedLoad() const;
+    /// Between `mergeBegins` and the end of that load.
+    bool isMerging() const { return m_merging.has_value(); }
     /// When the oldest load under way was started.
     QDateTime loadingSince() const;
 
@@ -73,6 +78,7 @@ private:
         bool arrived = false;
         QByteArray listing;
         LoadOutcome outcome;
+        QElapsedTimer running;
     };
     /// The merge result that is being applied, and how far that has come.
     struct Application

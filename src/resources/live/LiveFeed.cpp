@@ -216,8 +216,9 @@ LiveFeed::News LiveFeed::fetchNews()
 {
     const std::lock_guard lock(m_mutex);
     m_isAnnounced = false;
-    const bool hasEvents = !m_run.resourceVersion.isEmpty() && m_run.garbled.isEmpty();
-    return {m_isConnected, hasEvents, m_objects.isComplete(), m_run.isUnsorted, m_pieces,
+    const bool hasLost = !m_run.garbled.isEmpty() || m_run.isExpired || !m_run.serverError.isEmpty();
+    const bool hasEvents = !m_run.resourceVersion.isEmpty() && !hasLost;
+    return {m_isConnected, hasEvents, hasLost, m_objects.isComplete(), m_run.isUnsorted, m_pieces,
         std::exchange(m_end, std::nullopt)};
 }
 

@@ -50,6 +50,7 @@ public:
     {
         bool isConnected = false; ///< the server has answered the child
         bool hasEvents = false; ///< and has sent what could be read
+        bool hasLost = false; ///< it sent an error, or what cannot be read: nothing that follows counts
         bool isStateComplete = false;
         bool isUnsorted = false; ///< LiveRun::isUnsorted
         qint64 pieces = 0; ///< of standard output that came from it

@@ -23,6 +23,7 @@ LiveMeans liveMeans(std::function<std::shared_ptr<Shell>()> makeShell)
         return std::chrono::duration_cast<std::chrono::milliseconds>(
             std::chrono::steady_clock::now().time_since_epoch());
     };
+    means.date = [] { return QDateTime::currentDateTime(); };
     means.later = [](std::chrono::milliseconds delay, std::function<void()> callback) {
         QTimer::singleShot(delay, Qt::PreciseTimer, &mainQueue(), std::move(callback));
     };

@@ -3,6 +3,8 @@
 
 #include "core/running/Shell.h"
 
+#include <QDateTime>
+
 #include <chrono>
 
 namespace tidewright {
@@ -17,6 +19,8 @@ struct LiveMeans
         run;
     /// A clock that never goes back.
     std::function<std::chrono::milliseconds()> now;
+    /// The day and the time for people.
+    std::function<QDateTime()> date;
     /// Calls back on the main thread after this time.
     std::function<void(std::chrono::milliseconds delay, std::function<void()> callback)> later;
 };

@@ -18,6 +18,8 @@ using State = LiveStatus::State;
 constexpr auto pace = 33ms;
 /// Of a state on a watch, which a server tells without a pause.
 constexpr auto stateSilenceLimit = 10s;
+/// One that is not complete by then never will be: the server may know nothing of such a state.
+constexpr auto stateLimit = 3min;
 
 } // namespace
 
@@ -67,6 +69,7 @@ void LiveStream::pause()
     } else if (wasWatching && !run.resourceVersion.isEmpty()) {
         m_version = run.resourceVersion;
     }
+    m_changesBefore.reset();
     setStatus(State::Paused);
 }
 
@@ -83,6 +86,14 @@ void LiveStream::resume()
     }
 }
 
+void LiveStream::retryNow()
+{
+    if (m_nextStep && m_task == Task::None && m_status.state == State::Reconnecting) {
+        ++m_turn; // the pause is over
+        (this->*std::exchange(m_nextStep, nullptr))();
+    }
+}
+
 void LiveStream::repeat()
 {
     m_feed->repeat();
@@ -94,6 +105,7 @@ void LiveStream::repeat()
 void LiveStream::beginState()
 {
     m_isStateComplete = false;
+    m_stateSince = m_means.date();
     m_page.reset();
     m_feed->beginState();
     const LiveRequest request
@@ -141,6 +153,7 @@ void LiveStream::run(Task task, const LiveRequest &request)
     }
     stopChild();
     m_task = task;
+    m_nextStep = nullptr;
     m_childSince = m_means.now();
     m_isAnswered = false;
     const bool isState = task == Task::Watch && !m_requests.isRaw();
@@ -169,7 +182,9 @@ void LiveStream::newsArrived()
         scheduleBatch(); // of a child that was left meanwhile: what it told before that counts
         return;
     }
-    m_status.asOf = QDateTime::currentDateTime();
+    if (m_task == Task::Watch && m_isStateComplete && news.pieces > m_pieces) {
+        m_status.asOf = m_means.date();
+    }
     if (news.pieces > m_pieces && m_task == Task::Watch) {
         m_patience.heard();
     }
@@ -189,11 +204,13 @@ void LiveStream::newsArrived()
         m_requests.paths().watchAnswered();
         m_isStateComplete = news.isStateComplete;
         m_hasRows = true;
-        m_isAnswered = true;
+        m_status.asOf = std::exchange(m_isAnswered, true) ? m_status.asOf : m_means.date();
         setStatus(State::Live);
     }
     if (self && news.end) {
         runEnded(*news.end);
+    } else if (self && news.hasLost && (m_task == Task::Watch || m_task == Task::StateWatch)) {
+        runEnded({m_feed->leave(), false, {}}); // whenever it would have ended
     }
 }
 
@@ -274,6 +291,7 @@ void LiveStream::pageEnded(const LiveRunEnd &end)
         m_version = page.resourceVersion;
         m_isStateComplete = true;
         m_hasRows = true;
+        m_status.asOf = m_stateSince;
         m_feed->completeState();
         const QPointer self(this);
         deliver();
@@ -298,6 +316,7 @@ void LiveStream::stateWatched(bool isUnsorted)
     }
     m_patience.succeeded();
     m_task = Task::Watch;
+    m_isStateComplete = true;
     guardAgainstSilence(m_pieces);
     deliver();
 }
@@ -353,6 +372,7 @@ void LiveStream::discoveryEnded(const LiveRunEnd &end)
 void LiveStream::lostState(const QString &reason)
 {
     m_isStateComplete = false;
+    m_changesBefore.reset();
     if (const auto step = m_patience.lostState(); step == LivePatience::Step::GiveUp) {
         refuse(reason);
     } else if (step == LivePatience::Step::Later) {
@@ -363,12 +383,13 @@ void LiveStream::lostState(const QString &reason)
     }
 }
 
-void LiveStream::tryAgain(const QString &reason, void (LiveStream::*step)())
+void LiveStream::tryAgain(const QString &reason, Step step)
 {
     const auto pause = m_patience.failed();
+    m_nextStep = step;
     setStatus(State::Reconnecting, reason);
     if (m_status.state == State::Reconnecting) {
-        after(pause, [this, step] { (this->*step)(); });
+        after(pause, [this] { retryNow(); });
     }
 }
 
@@ -385,7 +406,7 @@ void LiveStream::guardAgainstSilence(qint64 piecesBefore)
         if (isState && m_task != Task::StateWatch) {
             return; // told, and guarded anew
         }
-        if (m_pieces == piecesBefore) {
+        if (m_pieces == piecesBefore || (isState && m_means.now() - m_childSince >= stateLimit)) {
             wasSilent();
         } else {
             guardAgainstSilence(m_pieces);

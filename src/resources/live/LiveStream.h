@@ -26,15 +26,16 @@ struct LiveStatus
     };
 
     State state = State::Loading;
-    QDateTime asOf; ///< when the server was heard of last; invalid before that
+    QDateTime asOf; ///< when the rows were known to be true; invalid before the first state is complete
     QString reason; ///< of Reconnecting and Refused: a sentence, or what kubectl complained of
 };
 
-/// Keeps one table's rows as the cluster has them: fetches the state page by page through `kubectl get
-/// --raw`, and then watches for changes; after an interruption it goes on where it was, or compares the whole
-/// state once more when the server has forgotten that. Kinds with confidential data never come raw but as
-/// kubectl's own `get --watch` prints them. Owned by a table, which lets it go whenever it likes; nothing
-/// waits for a child. Main thread; JSON is read on the threads of the children.
+/// Keeps one table's rows as the cluster has them: fetches the state through `kubectl get --raw`, page by
+/// page or, where an answer to a watch has come through before, by a watch that begins with it, and then
+/// watches for changes; after an interruption it goes on where it was, or compares the whole state once more
+/// when the server has forgotten that. Kinds with confidential data never come raw but as kubectl's own `get
+/// --watch` prints them. Owned by a table, which lets it go whenever it likes; nothing waits for a child.
+/// Main thread; JSON is read on the threads of the children.
 class LiveStream : public QObject
 {
     Q_OBJECT
@@ -47,6 +48,8 @@ public:
     /// Ends the child; what is known is kept, so that `resume` costs no new state as a rule.
     void pause();
     void resume();
+    /// Cuts short the pause before the next try.
+    void retryNow();
     /// Reports all objects once more, as soon as all are known: the rows have come from elsewhere meanwhile.
     void repeat();
 
@@ -82,7 +85,8 @@ private:
     void wasSilent();
     bool wasAnythingHeldBack();
 
-    void tryAgain(const QString &reason, void (LiveStream::*step)());
+    using Step = void (LiveStream::*)();
+    void tryAgain(const QString &reason, Step step);
     void refuse(const QString &reason);
     void setStatus(LiveStatus::State state, const QString &reason = {});
     void after(std::chrono::milliseconds delay, std::function<void()> action);
@@ -96,7 +100,9 @@ private:
     Task m_task = Task::None;
     std::shared_ptr<void> m_child;
     quint64 m_turn = 0; // what was put off before another turn began is dropped
+    Step m_nextStep = nullptr; // after a pause
     std::chrono::milliseconds m_childSince{0};
+    QDateTime m_stateSince; // the latest one was begun
     qint64 m_pieces = 0;
     bool m_isAnswered = false; // by the server, on a watch
 

@@ -24,9 +24,9 @@ constexpr int mostFailures = 3; // streams in a row that bring nothing, while li
 constexpr std::array failurePauses{0s, 55s, 115s, 295s};
 constexpr int seldomFrom = 2; // failures
 
-std::chrono::milliseconds pauseAfter(const LoadOutcome &outcome, const QDateTime &end, int failures)
+std::chrono::milliseconds pauseAfter(const LoadOutcome &outcome, int failures)
 {
-    const auto rest = std::chrono::milliseconds(outcome.startedAt.msecsTo(end) * restPerListing);
+    const auto rest = outcome.duration * restPerListing;
     if (failures == 0) {
         return rest;
     }
@@ -77,7 +77,7 @@ bool TableLoader::wantsStream() const
 {
     const ResourceKind &kind = m_store.kind();
     // The first listing finds out the titles, which means another table.
-    const bool waitsForTitles = isPrinted() && kind.printedTitles->isEmpty() && !m_listedAt.isValid();
+    const bool waitsForTitles = isPrinted() && kind.printedTitles->isEmpty() && !m_sinceListing.isValid();
     return m_window.liveUpdates() && m_refusal.isEmpty() && kind.isWatchable && !waitsForTitles;
 }
 
@@ -157,6 +157,9 @@ void TableLoader::load(const LoadRequest &request)
     if (wantsStream() && m_failures == 0) {
         follow();
     }
+    if (m_stream && request.logged) {
+        m_stream->retryNow();
+    }
     if (request.logged || !m_stream || m_pace.hasFailed()) {
         list(request);
     }
@@ -165,8 +168,7 @@ void TableLoader::load(const LoadRequest &request)
 void TableLoader::refresh()
 {
     m_store.timePasses();
-    const bool isDue
-        = !m_listedAt.isValid() || m_listedAt.msecsTo(QDateTime::currentDateTime()) >= m_listingPause.count();
+    const bool isDue = !m_sinceListing.isValid() || m_sinceListing.hasExpired(m_listingPause.count());
     if (!isDue || m_pipeline.hasUnattendedLoad()) {
         return;
     }
@@ -188,6 +190,9 @@ bool TableLoader::needsListing() const
 
 void TableLoader::userIsBack()
 {
+    if (m_stream) {
+        m_stream->retryNow();
+    }
     if (m_failures < seldomFrom) {
         return;
     }
@@ -259,6 +264,9 @@ void TableLoader::leaveStream()
 void TableLoader::streamChanged()
 {
     const LiveStatus status = m_stream->status();
+    if (status.state == LiveStatus::State::Live && m_hasState && !isPrinted()) {
+        m_problem = m_liveRows.problem(); // no longer that of a listing that failed meanwhile
+    }
     const bool failedAtOnce = !m_hasState && status.state == LiveStatus::State::Reconnecting;
     if (status.state == LiveStatus::State::Refused || (failedAtOnce && ++m_streamFailures >= mostFailures)) {
         m_refusal = status.reason;
@@ -307,7 +315,8 @@ void TableLoader::listChanges()
 
 void TableLoader::listed(const LoadOutcome &outcome)
 {
-    m_listedAt = QDateTime::currentDateTime();
+    m_sinceListing.start();
+    const bool hasStreamRows = m_stream && m_hasState && !isPrinted(); // whatever the listing says
     if (outcome.stopped) {
         m_problem = tr("Loading was stopped.");
         m_failed = false;
@@ -315,12 +324,18 @@ void TableLoader::listed(const LoadOutcome &outcome)
             m_problem += QLatin1Char('\n') + tr("The rows are those of an earlier load.");
         }
     } else {
-        m_rowsAsOf = outcome.startedAt;
         m_problem = loadProblem(outcome);
-        m_failed = !m_problem.isEmpty() && m_store.rows().empty() && !hasOnlyWarned(outcome);
+        m_failed
+            = !hasStreamRows && !m_problem.isEmpty() && m_store.rows().empty() && !hasOnlyWarned(outcome);
         m_failures = outcome.endedWell ? 0 : m_failures + 1;
+        if (outcome.endedWell || !hasStreamRows) {
+            m_rowsAsOf = outcome.startedAt;
+        }
+        if (!outcome.endedWell) {
+            m_streamFailures = 0; // it is the cluster that fails
+        }
     }
-    m_listingPause = pauseAfter(outcome, m_listedAt, m_failures);
+    m_listingPause = pauseAfter(outcome, m_failures);
     if (outcome.otherTitles) {
         Q_EMIT otherTitles(*outcome.otherTitles);
     }
@@ -330,7 +345,9 @@ void TableLoader::listed(const LoadOutcome &outcome)
     if (m_stream && !isPrinted()) {
         m_stream->repeat(); // the listing was read a while ago
     }
-    m_liveRows.release();
+    if (!m_pipeline.isMerging()) {
+        m_liveRows.release();
+    }
     if (m_problem.isEmpty() && !outcome.otherTitles && wantsStream() && !m_stream && canLoad()) {
         follow(); // the cluster answers again
     }
@@ -353,7 +370,7 @@ void TableLoader::clear()
 {
     leaveStream();
     m_refusal.clear();
-    m_listedAt = QDateTime();
+    m_sinceListing.invalidate();
     m_listingPause = {};
     m_failures = 0;
     m_streamFailures = 0;

@@ -7,6 +7,7 @@
 #include "resources/loading/ListingPace.h"
 #include "resources/loading/LiveRows.h"
 
+#include <QElapsedTimer>
 #include <QTimer>
 
 namespace tidewright {
@@ -117,7 +118,7 @@ private:
     bool m_isWatched = false;
     bool m_wasLoading = false;
     bool m_hasState = false; ///< the stream has brought all rows once
-    QDateTime m_listedAt; ///< the end of the latest listing
+    QElapsedTimer m_sinceListing; ///< the latest one ended; invalid before
     std::chrono::milliseconds m_listingPause{0}; ///< before the next one that nobody asks for
     int m_failures = 0; ///< of listings, in a row
     int m_streamFailures = 0; ///< likewise

@@ -406,6 +406,9 @@ void SharedContentViewController::showContextMenu(const QPoint &position)
 void SharedContentViewController::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
+    if (!m_timer.isActive()) {
+        m_timer.start();
+    }
     // Whoever walks through the sidebar with the keyboard wants to stay there, and whoever had minimised the
     // window (a spontaneous event) where they were.
     const QWidget *focused = window()->focusWidget();
@@ -415,9 +418,6 @@ void SharedContentViewController::showEvent(QShowEvent *event)
     }
     if (!focused || !focused->property("keepsKeyboardFocus").toBool()) {
         m_tableView->setFocus();
-    }
-    if (!m_timer.isActive()) {
-        m_timer.start();
     }
     updateWatched();
 }
