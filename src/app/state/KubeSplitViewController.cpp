@@ -152,7 +152,7 @@ void KubeSplitViewController::loadNamespaces()
     }
     m_hint = tr("Loading namespaces…");
     m_waitingSince = QDateTime::currentDateTime();
-    m_namespaces.load(mayBegin() ? 10 : 0); // what the user waits for is something else then
+    m_namespaces.load(mayBegin());
     Q_EMIT namespaceListChanged();
 }
 

@@ -9,6 +9,10 @@ namespace tidewright {
 
 namespace {
 
+/// Rows of a cluster nearby are there by then.
+constexpr auto leisureBegins = std::chrono::milliseconds(250);
+constexpr int leisurely = 10; // niceness
+
 const auto lastChosenKey = QStringLiteral("lastNamespaces");
 
 /// Other windows, and other instances, remember theirs there too.
@@ -23,6 +27,9 @@ NamespaceChoice::NamespaceChoice(const KubeCtl &kubeCtl)
     : m_kubeCtl(kubeCtl)
     , m_lastChosen(stored())
 {
+    m_leisure.setSingleShot(true);
+    m_leisure.setInterval(leisureBegins);
+    m_leisure.callOnTimeout(this, [this] { ask(leisurely); });
 }
 
 NamespaceChoice::~NamespaceChoice()
@@ -30,22 +37,26 @@ NamespaceChoice::~NamespaceChoice()
     cancel();
 }
 
-void NamespaceChoice::load(int niceness)
+void NamespaceChoice::load(bool atLeisure)
 {
     cancel();
     m_list = {.loading = true};
     m_error.clear();
+    if (atLeisure) {
+        m_leisure.start();
+    } else {
+        ask(0);
+    }
+}
+
+void NamespaceChoice::ask(int niceness)
+{
     const QPointer<NamespaceChoice> self(this);
     m_shell = m_kubeCtl.loadNamespaces(
         onMain(self,
             [request = m_request](NamespaceChoice &choice, const QStringList &names) {
                 if (request == choice.m_request) {
-                    choice.m_shell.reset();
-                    // Who may not list them may still work in one.
-                    const bool isForbidden
-                        = choice.m_error.contains(QLatin1String("forbidden"), Qt::CaseInsensitive);
-                    choice.m_list = {.entries = names, .acceptsOthers = isForbidden};
-                    Q_EMIT choice.loaded(choice.m_error);
+                    choice.listed(names);
                 }
             }),
         onMain(self,
@@ -57,9 +68,21 @@ void NamespaceChoice::load(int niceness)
         niceness);
 }
 
+void NamespaceChoice::listed(const QStringList &names)
+{
+    m_shell.reset();
+    // Who may not list them may still work in one.
+    const bool isForbidden = m_error.contains(QLatin1String("forbidden"), Qt::CaseInsensitive);
+    m_list = {.entries = names, .acceptsOthers = isForbidden};
+    Q_EMIT loaded(m_error);
+}
+
 void NamespaceChoice::stop()
 {
-    if (m_shell) {
+    if (m_leisure.isActive()) {
+        m_leisure.stop();
+        listed({});
+    } else if (m_shell) {
         m_shell->cancel(); // answers with nothing
     }
 }
@@ -67,6 +90,7 @@ void NamespaceChoice::stop()
 void NamespaceChoice::cancel()
 {
     ++m_request;
+    m_leisure.stop();
     if (const auto shell = std::exchange(m_shell, nullptr)) {
         shell->cancel();
     }

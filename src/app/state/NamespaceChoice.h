@@ -6,6 +6,7 @@
 #include "platform/settings/UserDefaults.h"
 
 #include <QObject>
+#include <QTimer>
 
 namespace tidewright {
 
@@ -22,9 +23,10 @@ public:
 
     /// The names that the cluster returned; "All Namespaces" is not among them.
     const ChoiceList &list() const { return m_list; }
-    bool isLoading() const { return m_shell != nullptr; }
+    bool isLoading() const { return m_shell != nullptr || m_leisure.isActive(); }
 
-    void load(int niceness = 0);
+    /// `atLeisure`: the user waits for something else, which begins first and goes first.
+    void load(bool atLeisure);
     /// Ends a load, which then has found nothing.
     void stop();
     /// Ends a load without an answer. What is listed stays.
@@ -49,8 +51,12 @@ Q_SIGNALS:
     void loaded(const QString &error);
 
 private:
+    void ask(int niceness);
+    void listed(const QStringList &names);
+
     const KubeCtl &m_kubeCtl;
     ChoiceList m_list;
+    QTimer m_leisure;
     quint64 m_request = 0;
     std::shared_ptr<Shell> m_shell;
     QString m_error;

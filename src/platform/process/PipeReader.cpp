@@ -8,6 +8,13 @@
 
 namespace tidewright {
 
+namespace {
+
+/// Of what can be read at once: more than a pipe holds, so that who goes on writing does not keep this going.
+constexpr int mostPieces = 16;
+
+} // namespace
+
 PipeReader::PipeReader(int output, int error)
     : m_descriptors{output, error}
     , m_buffer(1 << 16, Qt::Uninitialized)
@@ -32,11 +39,14 @@ PipeReader::End PipeReader::read(int stop, int exit, const Handler &handler)
         if (polled[3].revents != 0) {
             return drainAvailable(handler) ? End::ChildGone : End::Refused;
         }
-        for (const Stream stream : {Stream::Output, Stream::Error}) {
-            if (polled[static_cast<std::size_t>(stream)].revents != 0
-                && readPiece(stream, handler) == Piece::Refused) {
-                return End::Refused;
-            }
+        // What was printed before a complaint is read before it: that may tell that all has been printed.
+        const bool complains = polled[1].revents != 0;
+        if ((polled[0].revents != 0 || complains)
+            && !drain(Stream::Output, complains ? mostPieces : 1, handler)) {
+            return End::Refused;
+        }
+        if (complains && !drain(Stream::Error, 1, handler)) {
+            return End::Refused;
         }
     }
     return End::EndOfFile;
@@ -55,21 +65,20 @@ PipeReader::Piece PipeReader::readPiece(Stream stream, const Handler &handler)
     return Piece::Nothing;
 }
 
+bool PipeReader::drain(Stream stream, int pieces, const Handler &handler)
+{
+    Piece piece = Piece::Delivered;
+    for (int i = 0;
+         i < pieces && m_descriptors[static_cast<std::size_t>(stream)] >= 0 && piece == Piece::Delivered;
+         ++i) {
+        piece = readPiece(stream, handler);
+    }
+    return piece != Piece::Refused;
+}
+
 bool PipeReader::drainAvailable(const Handler &handler)
 {
-    for (const Stream stream : {Stream::Output, Stream::Error}) {
-        // At most what the pipe can hold: a grandchild that goes on writing must not keep this going.
-        Piece piece = Piece::Delivered;
-        for (int i = 0;
-             i < 16 && m_descriptors[static_cast<std::size_t>(stream)] >= 0 && piece == Piece::Delivered;
-             ++i) {
-            piece = readPiece(stream, handler);
-        }
-        if (piece == Piece::Refused) {
-            return false;
-        }
-    }
-    return true;
+    return drain(Stream::Output, mostPieces, handler) && drain(Stream::Error, mostPieces, handler);
 }
 
 } // namespace tidewright

@@ -32,6 +32,8 @@ public:
 private:
     enum class Piece { Delivered, Nothing, Refused };
     Piece readPiece(Stream stream, const Handler &handler);
+    /// Reads up to that many pieces; false when the handler wants no more.
+    bool drain(Stream stream, int pieces, const Handler &handler);
     bool drainAvailable(const Handler &handler);
 
     std::array<int, 2> m_descriptors; // -1 once at its end
