@@ -32,7 +32,7 @@ ClusterToolBar::ClusterToolBar(
     , m_state(state)
     , m_content(content)
     , m_contexts(new SearchableComboBox(QStringLiteral("Contexts"), tr("context")))
-    , m_access(new QToolButton)
+    , m_accessBadge(new QToolButton)
     , m_namespaces(new SearchableComboBox(QStringLiteral("Namespaces"), tr("namespace")))
     , m_filter(new FilterField)
     , m_bar(new QToolBar)
@@ -58,16 +58,16 @@ ClusterToolBar::ClusterToolBar(
     row->setContentsMargins(8, 6, 8, 6);
     row->setSpacing(6);
     row->addWidget(m_contexts);
-    row->addWidget(m_access);
+    row->addWidget(m_accessBadge);
     row->addWidget(m_namespaces);
     row->addWidget(separator);
     row->addWidget(m_bar, 1);
     row->addWidget(m_filter);
-    m_access->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_access->setIconSize(QSize(16, 16));
-    m_access->setAutoRaise(true);
-    m_access->hide();
-    connect(m_access, &QToolButton::clicked, this, &ClusterToolBar::accessPreferencesRequested);
+    m_accessBadge->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_accessBadge->setIconSize(QSize(16, 16));
+    m_accessBadge->setAutoRaise(true);
+    m_accessBadge->hide();
+    connect(m_accessBadge, &QToolButton::clicked, this, &ClusterToolBar::accessPreferencesRequested);
     setUpFilter();
     connect(&m_state, &KubeSplitViewController::contextListChanged, m_contexts,
         [this] { m_contexts->showList(m_state.contextList()); });
@@ -108,19 +108,20 @@ void ClusterToolBar::chooseNamespace(const QString &name)
     m_state.chooseNamespace(name);
 }
 
-void ClusterToolBar::showAccess(const ContextKey &context)
+void ClusterToolBar::showAccessBadge(const ContextKey &context)
 {
     const ContextAccess access
         = context.name.isEmpty() ? ContextAccess::Free : ContextPolicies::policy(context).access;
     const bool isReadOnly = access == ContextAccess::ReadOnly;
-    m_access->setText(nameOf(access));
-    m_access->setIcon(namedImage(isReadOnly ? QStringLiteral("read-only") : QStringLiteral("protected")));
-    m_access->setToolTip(display_text::toolTip(isReadOnly
+    m_accessBadge->setText(nameOf(access));
+    m_accessBadge->setIcon(
+        namedImage(isReadOnly ? QStringLiteral("read-only") : QStringLiteral("protected")));
+    m_accessBadge->setToolTip(display_text::toolTip(isReadOnly
             ? readOnlyReason(context)
             : tr("Every change in the context %1 asks for its name (Preferences: Contexts).")
                   .arg(context.name)));
-    m_access->setAccessibleName(tr("Access: %1").arg(nameOf(access)));
-    m_access->setVisible(access != ContextAccess::Free);
+    m_accessBadge->setAccessibleName(tr("Access: %1").arg(nameOf(access)));
+    m_accessBadge->setVisible(access != ContextAccess::Free);
 }
 
 void ClusterToolBar::setUpFilter()

@@ -28,11 +28,11 @@ public:
     QList<QAction *> commands() const { return m_bar->actions(); }
 
     /// Shows beside the context list what may be done in that context, when that is not everything.
-    void showAccess(const ContextKey &context);
+    void showAccessBadge(const ContextKey &context);
 
     SearchableComboBox *contextPopupButton() const { return m_contexts; }
     SearchableComboBox *namespacesPopupButton() const { return m_namespaces; }
-    QToolButton *accessBadge() const { return m_access; }
+    QToolButton *accessBadge() const { return m_accessBadge; }
     FilterField *filterField() const { return m_filter; }
 
 Q_SIGNALS:
@@ -51,7 +51,7 @@ private:
     KubeSplitViewController &m_state;
     PrimaryContentController &m_content;
     SearchableComboBox *m_contexts;
-    QToolButton *m_access;
+    QToolButton *m_accessBadge;
     SearchableComboBox *m_namespaces;
     FilterField *m_filter;
     QToolBar *m_bar;

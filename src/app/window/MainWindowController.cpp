@@ -180,7 +180,7 @@ void MainWindowController::showContextPolicy()
 {
     const ContextKey context = shownContext(*m_state);
     m_band->setContext(context);
-    m_toolBar->showAccess(context);
+    m_toolBar->showAccessBadge(context);
     Q_EMIT commandStateChanged();
 }
 

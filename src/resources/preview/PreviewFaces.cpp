@@ -154,7 +154,7 @@ void PreviewFaces::stepFace(int by)
     m_tabs->setCurrentIndex((m_tabs->currentIndex() + by + m_tabs->count()) % m_tabs->count());
 }
 
-std::array<QWidget *, 4> PreviewFaces::readers() const
+std::array<QWidget *, previewFaceCount + 1> PreviewFaces::readers() const
 {
     return {m_text, m_description, m_events, m_containers};
 }

@@ -34,8 +34,8 @@ public:
     void setFace(PreviewFace face);
     /// To the next one, or the one before; from the last to the first.
     void stepFace(int by);
-    /// The widgets in which the user reads.
-    std::array<QWidget *, 4> readers() const;
+    /// The widgets in which the user reads: one of each face, and the table of containers.
+    std::array<QWidget *, previewFaceCount + 1> readers() const;
     void focusFace();
 
     /// Nothing is known of an object yet.

@@ -316,7 +316,8 @@ void PreviewPanel::showState()
 {
     const Load shown = stateOf(m_faces->face());
     const bool loads = shown == Load::NotAsked || shown == Load::UnderWay;
-    const std::array<QString, 3> failures{tr("No preview"), tr("No description"), tr("No events")};
+    const std::array<QString, previewFaceCount> failures{
+        tr("No preview"), tr("No description"), tr("No events")};
     m_state->setText(loads          ? tr("Loading…")
             : shown == Load::Failed ? failures[static_cast<std::size_t>(m_faces->face())]
                                     : m_position);

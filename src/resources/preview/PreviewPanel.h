@@ -67,7 +67,7 @@ private:
     QPointer<QWidget> m_owner; // lives exactly as long as m_source may be used
     int m_index = 0;
     quint64 m_request = 0; // answers to older requests are dropped
-    std::array<Load, 3> m_loads = {};
+    std::array<Load, previewFaceCount> m_loads = {};
     std::optional<PreviewItem> m_item; ///< the one that is shown, once it is there
     QString m_reason; ///< why it is not
     QString m_position; ///< "1 of 3"

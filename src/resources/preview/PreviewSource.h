@@ -13,6 +13,7 @@ namespace tidewright {
 
 /// The ways in which the preview panel shows an object, in the order of its tabs.
 enum class PreviewFace { Yaml, Describe, Events };
+inline constexpr std::size_t previewFaceCount = 3;
 
 /// One object as the preview panel shows it.
 struct PreviewItem

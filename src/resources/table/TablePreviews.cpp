@@ -63,7 +63,7 @@ void TablePreviews::loadPreviewItem(int index, PreviewReady ready)
     fetch(ready);
 }
 
-bool TablePreviews::isCurrent(const Request &request) const
+bool TablePreviews::isStillShown(const Request &request) const
 {
     return request.context == m_window.currentContext() && request.shown == m_window.currentNamespace();
 }
@@ -99,7 +99,7 @@ void TablePreviews::fetch(const PreviewReady &ready)
             const ObjectStory story = storyOf(object.value_or(QJsonObject()), currentTime());
             postToMain(self,
                 [request, path, ready, isThere, reason, shown, failure, story](TablePreviews &previews) {
-                    if (!isThere || !previews.isCurrent(request)) {
+                    if (!isThere || !previews.isStillShown(request)) {
                         ready(std::nullopt, reason);
                         return;
                     }
@@ -161,7 +161,7 @@ void TablePreviews::ask(PreviewFace face, const QStringList &arguments,
         done(std::nullopt, reason);
         return;
     }
-    if (!isCurrent(m_item)) {
+    if (!isStillShown(m_item)) {
         done(std::nullopt, tr("The window shows another place by now."));
         return;
     }
@@ -174,7 +174,7 @@ void TablePreviews::ask(PreviewFace face, const QStringList &arguments,
             const auto content = result.exitStatus == 0 ? std::optional(read(result.output)) : std::nullopt;
             postToMain(
                 self, [request, done, content, reason = result.failure()](const TablePreviews &previews) {
-                    done(previews.isCurrent(request) ? content : std::nullopt, reason);
+                    done(previews.isStillShown(request) ? content : std::nullopt, reason);
                 });
         });
 }
@@ -198,7 +198,7 @@ bool TablePreviews::canFollow(const Relation &relation) const
 
 void TablePreviews::follow(const Relation &relation)
 {
-    if (isCurrent(m_item)) {
+    if (isStillShown(m_item)) {
         Q_EMIT followed(m_item.object, relation);
     }
 }

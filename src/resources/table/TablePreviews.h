@@ -49,7 +49,7 @@ private:
     };
 
     ObjectName objectAt(int index) const;
-    bool isCurrent(const Request &request) const;
+    bool isStillShown(const Request &request) const;
     QString obstacle() const;
     void fetch(const PreviewReady &ready);
     void addPods(ObjectStory &story) const;
@@ -65,7 +65,7 @@ private:
     const ResourceKind &m_kind;
     PreviewFiles m_files;
     Request m_item; ///< that was asked for last
-    std::array<std::shared_ptr<Shell>, 3> m_shells; ///< of the faces that are being fetched
+    std::array<std::shared_ptr<Shell>, previewFaceCount> m_shells; ///< of the faces that are being fetched
 };
 
 } // namespace tidewright
