@@ -112,7 +112,7 @@ private Q_SLOTS:
         }
         const QString line = u"port-forward --context=b -ndefault deployment/alpha "_s + outcome;
         QTRY_COMPARE(app.cluster.tableReads().filter(u"port-forward"_s), QStringList(line));
-        QVERIFY(app.console().contains(line));
+        QTRY_VERIFY(app.console().contains(line));
         QCOMPARE(PortForwards::shared().rowCount(), 1);
     }
 };
