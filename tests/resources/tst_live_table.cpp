@@ -24,14 +24,12 @@ namespace {
 
 struct LiveWindow : StubWindow
 {
-    bool liveUpdates() const override { return live; }
+    LiveWindow() { live = true; }
     void switchTo(bool on)
     {
         live = on;
         Q_EMIT liveUpdatesChanged();
     }
-
-    bool live = true;
 };
 
 /// A kind of objects of a demo cluster in a table, without its view.
@@ -110,8 +108,10 @@ private Q_SLOTS:
         QTest::newRow("some labels") << u"fleet"_s << "cut:400"_ba << u"labels"_s;
         QTest::newRow("broken streams")
             << QString(allNamespaces) << "cut:150,end:210,error:330"_ba << QString();
-        QTest::newRow("a server that forgets") << QString(allNamespaces) << "expire:400,cut-state:200,shuffle"_ba << u"forget"_s;
-        QTest::newRow("reloads") << QString(allNamespaces) << "duplicate:3,cut:900,refuse-initial"_ba << u"reload"_s;
+        QTest::newRow("a server that forgets")
+            << QString(allNamespaces) << "expire:400,cut-state:200,shuffle"_ba << u"forget"_s;
+        QTest::newRow("reloads") << QString(allNamespaces) << "duplicate:3,cut:900,refuse-initial"_ba
+                                 << u"reload"_s;
         QTest::newRow("hidden for a while") << QString(allNamespaces) << QByteArray() << u"hide"_s;
         QTest::newRow("switched off and on") << QString(allNamespaces) << QByteArray() << u"switch"_s;
     }
