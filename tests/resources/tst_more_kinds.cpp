@@ -510,6 +510,15 @@ private Q_SLOTS:
                 }
                 return sum;
             };
+            if (live) { // another stream makes all rows anew
+                QSignalSpy finished(m_table.get(), &SharedContentViewController::loadFinished);
+                for (const bool on : {false, true}) {
+                    m_window->live = on;
+                    Q_EMIT m_window->liveUpdatesChanged();
+                }
+                QVERIFY(finished.wait(patience));
+                QTRY_COMPARE(sorted(shown()), first);
+            }
             const qint64 before = restarts();
             QVERIFY(m_demo->control("{\"changePods\":9}"));
             if (!live) {
