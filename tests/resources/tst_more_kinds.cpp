@@ -217,6 +217,44 @@ class TestMoreKinds : public QObject
         QFAIL(qPrintable(button));
     }
 
+    /// What the rows know, sorted.
+    QStringList usageShown() const
+    {
+        QStringList rows;
+        for (const Row &row : m_table->tableItems()) {
+            const Usage usage = m_table->kind().usage(*row);
+            rows += u"%1/%2 %3m %4Mi"_s.arg(row->nameSpace, row->name)
+                        .arg(std::round(usage.cores * 1000))
+                        .arg(usage.bytes / 0x1p20);
+        }
+        rows.sort();
+        return rows.filter(QRegularExpression(u" \\d"_s));
+    }
+    /// What kubectl tells, in the same form.
+    QStringList usageTold() const
+    {
+        const bool everywhere = m_window->nameSpace == allNamespaces;
+        QStringList words{u"top"_s, m_table->kind().topWord, u"--no-headers"_s};
+        if (m_table->kind().namespaced) {
+            words += everywhere ? u"-A"_s : u"-n"_s + m_window->nameSpace;
+        }
+        QStringList rows;
+        for (const QString &line : m_demo->kubectl(words).output.split(u'\n', Qt::SkipEmptyParts)) {
+            QString figures = line.simplified().remove(QRegularExpression(u" \\d+%"_s));
+            rows += everywhere ? figures.replace(figures.indexOf(u' '), 1, u"/"_s) : u'/' + figures;
+        }
+        rows.sort();
+        return rows.filter(QRegularExpression(u" \\d"_s));
+    }
+    qint64 restarts() const
+    {
+        qint64 sum = 0;
+        for (const Row &row : m_table->tableItems()) {
+            sum += static_cast<const Pod &>(*row).restarts;
+        }
+        return sum;
+    }
+
     static void eachClient(const std::function<void(const QString &client, const QByteArray &name)> &add)
     {
         for (const char *variable : {"TIDEWRIGHT_TEST_KUBECTL", "TIDEWRIGHT_TEST_KUBECTL_OLD"}) {
@@ -463,53 +501,20 @@ private Q_SLOTS:
         load();
         const ResourceKind &kind = m_table->kind();
         const int cores = kind.indexOf(isOfNodes ? "usedCPU"_L1 : "cpu"_L1);
-        const auto shown = [&] {
-            QStringList rows;
-            for (const Row &row : m_table->tableItems()) {
-                const Usage usage = kind.usage(*row);
-                rows += u"%1/%2 %3m %4Mi"_s.arg(row->nameSpace, row->name)
-                            .arg(std::round(usage.cores * 1000))
-                            .arg(usage.bytes / 0x1p20);
-            }
-            return rows.filter(QRegularExpression(u" \\d"_s));
-        };
-        const auto told = [&] {
-            const QString where = nameSpace == allNamespaces ? u"-A"_s : u"-n"_s + m_window->nameSpace;
-            QStringList rows;
-            QStringList words{u"top"_s, kind.topWord, u"--no-headers"_s, where};
-            words.resize(isOfNodes ? 3 : 4);
-            for (const QString &line : m_demo->kubectl(words).output.split(u'\n', Qt::SkipEmptyParts)) {
-                QString figures = line.simplified().remove(QRegularExpression(u" \\d+%"_s));
-                rows += nameSpace == allNamespaces ? figures.replace(figures.indexOf(u' '), 1, u"/"_s)
-                                                   : u'/' + figures;
-            }
-            return rows.filter(QRegularExpression(u" \\d"_s));
-        };
-        const auto sorted = [](QStringList rows) {
-            rows.sort();
-            return rows;
-        };
         const auto hasEntry
             = [this](const QString &part) { return m_window->recorded.entries.filter(part).size(); };
-        QVERIFY(shown().isEmpty()); // nobody looks
+        QVERIFY(usageShown().isEmpty()); // nobody looks
         m_table->tableView().setColumnHidden(cores, false);
         m_table->arrangedObjects().sort(cores, Qt::DescendingOrder);
-        const QStringList first = sorted(told());
+        const QStringList first = usageTold();
         QVERIFY(first.size() > 5);
-        QTRY_COMPARE(sorted(shown()), first);
+        QTRY_COMPARE(usageShown(), first);
         QCOMPARE(hasEntry(u"kubectl top %1 --context=demo-harbor"_s.arg(kind.topWord)), 1);
         const ArrangingModel &model = m_table->arrangedObjects();
         const auto cell = [&](int row) { return model.index(row, cores).data().toString(); };
         QVERIFY(cell(0).toDouble() >= cell(1).toDouble() && cell(1).toDouble() > 0);
 
         if (!isOfNodes) { // what it becomes is shown with the next answer, whatever else is told meanwhile
-            const auto restarts = [&] {
-                qint64 sum = 0;
-                for (const Row &row : m_table->tableItems()) {
-                    sum += static_cast<const Pod &>(*row).restarts;
-                }
-                return sum;
-            };
             if (live) { // another stream makes all rows anew
                 QSignalSpy finished(m_table.get(), &SharedContentViewController::loadFinished);
                 for (const bool on : {false, true}) {
@@ -517,7 +522,7 @@ private Q_SLOTS:
                     Q_EMIT m_window->liveUpdatesChanged();
                 }
                 QVERIFY(finished.wait(patience));
-                QTRY_COMPARE(sorted(shown()), first);
+                QTRY_COMPARE(usageShown(), first);
             }
             const qint64 before = restarts();
             QVERIFY(m_demo->control("{\"changePods\":9}"));
@@ -525,12 +530,12 @@ private Q_SLOTS:
                 load();
             }
             QTRY_VERIFY(restarts() > before);
-            QCOMPARE(sorted(shown()), first);
+            QCOMPARE(usageShown(), first);
             auto *timer = m_table->findChild<QTimer *>(u"usageTimer"_s);
             QVERIFY(QMetaObject::invokeMethod(timer, "timeout"));
-            const QStringList second = sorted(told());
+            const QStringList second = usageTold();
             QVERIFY(second.size() < first.size());
-            QTRY_COMPARE(sorted(shown()), second);
+            QTRY_COMPARE(usageShown(), second);
             QCOMPARE(cell(model.rowCount() - 1), u"–"_s); // at the end in this order too
             QVERIFY(QMetaObject::invokeMethod(timer, "timeout")); // the answer comes too late
         }
@@ -541,7 +546,7 @@ private Q_SLOTS:
         m_table->clearAndReload({});
         const auto *header = static_cast<TableHeader *>(m_table->tableView().horizontalHeader());
         QTRY_VERIFY(header->explanation(cores).contains(u"Metrics API not available"_s));
-        QVERIFY(!m_table->tableItems().empty() && shown().isEmpty());
+        QVERIFY(!m_table->tableItems().empty() && usageShown().isEmpty());
         QCOMPARE(hasEntry(u"kubectl top"_s), 1);
         m_table->reload(); // the user wants to know
         QTRY_COMPARE(hasEntry(u"Metrics API not available"_s), 1);
