@@ -28,7 +28,7 @@ WINDOWLESS = {"platform", "core"}
 WINDOWLESS_MODULES = {"QtCore", "QtDBus"}
 NO_WIDGETS = {
     "resources/kinds", "resources/listing", "resources/decoding", "resources/live", "resources/loading",
-    "resources/printing", "resources/story", "pods/logs/store", "pods/logs/streams", "pods/logs/text"}
+    "resources/printing", "resources/story", "resources/usage", "pods/logs/store", "pods/logs/streams", "pods/logs/text"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 GENERATED = re.compile(r"^(moc_\w+\.cpp|\w+\.moc)$")
 

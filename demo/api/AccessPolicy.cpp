@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/AccessPolicy.h"
 
+#include "api/Metrics.h"
 #include "store/ApiError.h"
 
 #include <algorithm>
@@ -82,7 +83,7 @@ void AccessPolicy::check(const ApiCall &call) const
     }
 }
 
-json AccessPolicy::review(const ObjectStore &store) const
+json AccessPolicy::review(const Cluster &cluster) const
 {
     json rules = json::array({rule({"create"}, "authorization.k8s.io", "selfsubjectrulesreviews")});
     const auto add = [&](const std::string &group, const std::string &resource) {
@@ -93,7 +94,7 @@ json AccessPolicy::review(const ObjectStore &store) const
             rules.push_back(rule(allowed, group, resource));
         }
     };
-    for (const ResourceType *type : store.types()) {
+    for (const ResourceType *type : servedTypes(cluster)) {
         add(type->group, type->plural);
         for (const std::string &part : type->subresources) {
             add(type->group, type->plural + '/' + part);

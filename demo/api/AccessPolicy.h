@@ -25,8 +25,9 @@ public:
     /// whatever method it is asked for.
     void check(const ApiCall &call) const;
 
-    /// The answer to a SelfSubjectRulesReview: rules that allow the rest, of each kind that the store serves.
-    json review(const ObjectStore &store) const;
+    /// The answer to a SelfSubjectRulesReview: rules that allow the rest, of each kind that the cluster
+    /// serves.
+    json review(const Cluster &cluster) const;
 
 private:
     std::vector<std::pair<std::string, std::string>> m_denied; ///< verb, resource

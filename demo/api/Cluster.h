@@ -15,6 +15,7 @@ struct Cluster
 {
     Cluster(std::string contextName, std::uint64_t seed, bool still, size_t history)
         : name(std::move(contextName))
+        , isStill(still)
         , store(seed, history)
         , movement(store, still)
         , load(store)
@@ -22,6 +23,8 @@ struct Cluster
     }
 
     const std::string name;
+    const bool isStill;
+    bool isMeasured = false; ///< serves what pods and nodes use; set before anything is served
     ObjectStore store;
     Movement movement;
     PodLoad load;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/Discovery.h"
 
+#include "api/Metrics.h"
 #include "base/Json.h"
 
 #include <cstdio>
@@ -62,6 +63,9 @@ json resourceEntry(const ResourceType &type)
     json entry{{"name", type.plural}, {"singularName", type.singular}, {"namespaced", type.namespaced},
         {"kind", type.kind},
         {"verbs", {"create", "delete", "deletecollection", "get", "list", "patch", "update", "watch"}}};
+    if (type.isReadOnly) {
+        entry["verbs"] = {"get", "list"};
+    }
     if (!type.shortNames.empty()) {
         entry["shortNames"] = type.shortNames;
     }
@@ -124,9 +128,9 @@ std::string groupList(const Types &types, bool oldClient)
 } // namespace
 
 std::optional<std::string> discoveryText(
-    const std::vector<std::string> &path, const std::string &userAgent, const ObjectStore &store)
+    const std::vector<std::string> &path, const std::string &userAgent, const Cluster &cluster)
 {
-    const Types types = store.types();
+    const Types types = servedTypes(cluster);
     const bool oldClient = isOldClient(userAgent);
     if (path.size() == 1 && path[0] == "version") {
         return versionText();

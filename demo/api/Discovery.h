@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "store/ObjectStore.h"
+#include "api/Cluster.h"
 
 #include <optional>
 #include <string>
@@ -16,6 +16,6 @@ namespace tidewright::demo {
 /// so the user agent decides in which version of the group a kind with an older one is listed. Objects are
 /// served in both.
 std::optional<std::string> discoveryText(
-    const std::vector<std::string> &path, const std::string &userAgent, const ObjectStore &store);
+    const std::vector<std::string> &path, const std::string &userAgent, const Cluster &cluster);
 
 } // namespace tidewright::demo

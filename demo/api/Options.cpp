@@ -41,6 +41,7 @@ const std::map<std::string, void (*)(Options &)> &flagOptions()
         {"--tls", [](Options &o) { o.tls = true; }},
         {"--wrong-ca", [](Options &o) { o.tls = o.wrongCa = true; }},
         {"--still", [](Options &o) { o.still = true; }},
+        {"--no-metrics", [](Options &o) { o.noMetrics = true; }},
         {"--hostile", [](Options &o) { o.hostile = o.still = true; }},
         {"--exit-with-parent", [](Options &o) { o.exitWithParent = true; }},
         {"--help", [](Options &o) { o.help = true; }},
@@ -128,6 +129,7 @@ std::string usage()
            "  --still             nothing else moves by itself; what follows from a change happens at once\n"
            "  --hostile           demo-harbor has names and texts of a server that means harm; implies "
            "--still\n"
+           "  --no-metrics        no cluster tells what pods and nodes use (kubectl top)\n"
            "  --history N         changes of each kind that watches and pages can go back (default 10000)\n"
            "  --bookmark-interval MS\n"
            "                      between the bookmarks of a watch (default 60000)\n"

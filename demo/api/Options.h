@@ -26,6 +26,7 @@ struct Options
     bool wrongCa = false;
     bool still = false;
     bool hostile = false;
+    bool noMetrics = false; ///< nobody measures what pods and nodes use
     bool exitWithParent = false;
     bool help = false;
 };

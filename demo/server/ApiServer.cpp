@@ -2,6 +2,7 @@
 #include "server/ApiServer.h"
 
 #include "api/Discovery.h"
+#include "api/Metrics.h"
 #include "api/PodLogs.h"
 #include "api/Reads.h"
 #include "api/Watch.h"
@@ -118,8 +119,14 @@ void ApiServer::serveCluster(Cluster &cluster, std::vector<std::string> path, co
         serveResource({cluster, request, response, *resource});
         return;
     }
+    if (const auto metrics = parseMetricsPath(path, cluster)) {
+        const ApiCall call{cluster, request, response, *metrics};
+        m_access.check(call);
+        readMetrics(call);
+        return;
+    }
     if (request.method == "POST" && isRulesReview(path)) {
-        answer(response, toText(m_access.review(cluster.store)), 201);
+        answer(response, toText(m_access.review(cluster)), 201);
         return;
     }
     if (request.method != "GET" && request.method != "HEAD") {
@@ -128,7 +135,7 @@ void ApiServer::serveCluster(Cluster &cluster, std::vector<std::string> path, co
     }
     if (path.size() == 1 && (path[0] == "healthz" || path[0] == "livez" || path[0] == "readyz")) {
         response.set_content("ok", "text/plain");
-    } else if (const auto text = discoveryText(path, request.get_header_value("User-Agent"), cluster.store)) {
+    } else if (const auto text = discoveryText(path, request.get_header_value("User-Agent"), cluster)) {
         answer(response, *text);
     } else {
         serveSchema(cluster, path, response);

@@ -49,6 +49,7 @@ int run(const Options &options)
     const auto history = size_t(options.history);
     Cluster harbor("demo-harbor", 11, options.still, history);
     Cluster lighthouse("demo-lighthouse", 23, options.still, history);
+    harbor.isMeasured = !options.noMetrics;
     seedHarbor(harbor.store, options.fleetPods);
     seedLighthouse(lighthouse.store);
     if (options.hostile) {

@@ -20,6 +20,7 @@ struct ResourceType
     std::vector<std::string> subresources; ///< status, scale, log
     std::string olderVersion; ///< a second version of the group that carries the same objects
     bool isCustom = false; ///< defined by a custom resource definition
+    bool isReadOnly = false; ///< can be got and listed, nothing else
 
     std::string apiVersion() const { return apiVersionAs(version); }
     /// "GROUP/VERSION", or the version alone for the core group.

@@ -82,7 +82,7 @@ private Q_SLOTS:
         row("s{down}", "s", "", 1); // on to the table, as without a list
         row("s{escape}", "s", "", 1);
         row("s{escape}{escape}", "", "", 3);
-        row("?", "?", "ns: status: label: restarts: age: containers: node: ip: created:", 3);
+        row("?", "?", "ns: status: label: restarts: cpu: memory: age: containers: node: ip: created:", 3);
         row("?{up}{tab}<1", "created:<1", "created:<10m created:<1h created:<1d", 3);
         row("stone {ask}{tab}", "stone ns:", "", 1);
         row("foo:", "foo:", "This table has no column “foo”: the word is looked for in names.", 0);

@@ -180,6 +180,8 @@ private Q_SLOTS:
             {"--still", R"(patch deploy web -p {"spec":{"template":null}})", "spec.template: Required value"},
             {"--still", R"(patch deploy web --type=json -p [{"op":"remove","path":"/x"}])",
                 "request is invalid"},
+            {"--still", "top pods -A --no-headers", R"(payments +queue-0 +\d+m +\d+Mi)"},
+            {"--no-metrics", "top nodes", "Metrics API not available"},
             {"--still", "set image deploy/web nginx=new -oyaml", "image: new(.|\n)*name: mesh-proxy"},
         };
         for (const QString &client : std::as_const(m_clients)) {

@@ -49,10 +49,8 @@ const auto elsewhere = u"kube-system"_s;
 
 struct Window : StubWindow
 {
-    bool liveUpdates() const override { return live; }
     void startExternalEdit(const QStringList &arguments, std::function<void()>) override { edit = arguments; }
 
-    bool live = false;
     QStringList edit;
 };
 

@@ -30,11 +30,12 @@ void countSignals(QAbstractItemModel &model, int &count)
     QObject::connect(&model, &QAbstractItemModel::modelReset, [&count] { count += 1000; });
 }
 
-/// Keys that the standard comparisons understand.
-SortKey totalKey(SortKey key)
+/// Keys that the standard comparisons understand: what is not a number stands at the end.
+SortKey totalKey(SortKey key, Qt::SortOrder order)
 {
-    double *number = std::get_if<double>(&key);
-    return number && std::isnan(*number) ? SortKey(std::numeric_limits<double>::infinity()) : key;
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    const double *number = std::get_if<double>(&key);
+    return !number || !std::isnan(*number) ? key : order == Qt::AscendingOrder ? infinite : -infinite;
 }
 
 QStringList namesOf(const QModelIndexList &indexes)
@@ -65,8 +66,8 @@ QStringList expectedNames(const RowStore &model, const QList<SortDescriptor> &so
     std::stable_sort(rows.begin(), rows.end(), [&](const KubeTableItem *a, const KubeTableItem *b) {
         for (const SortDescriptor &sort : sorts) {
             const auto &sortKey = model.kind().columns[static_cast<std::size_t>(sort.column)].sortKey;
-            const SortKey keyA = totalKey(sortKey(*a));
-            const SortKey keyB = totalKey(sortKey(*b));
+            const SortKey keyA = totalKey(sortKey(*a), sort.order);
+            const SortKey keyB = totalKey(sortKey(*b), sort.order);
             if (keyA != keyB) {
                 return (keyA < keyB) == (sort.order == Qt::AscendingOrder);
             }

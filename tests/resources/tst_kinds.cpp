@@ -85,12 +85,12 @@ private Q_SLOTS:
         row("deploy", "scaled to none", "web\t\t\t\t\tT",
             "web|None wanted <NSStatusAvailable>|0|0|0|0|1h 1m");
         row("po", "none ready", "p\tfalse false\tPending\t0 0\tCreating Creating\tT\ta b",
-            "p|Pending: Creating <NSStatusUnavailable>|Creating|0|1h 1m|a, b|||");
+            "p|Pending: Creating <NSStatusUnavailable>|Creating|0|–|–|1h 1m|a, b|||");
         row("po", "coming", "p\tfalse\tPending\t0\tContainerCreating\tT\ta",
-            "p|Pending: ContainerCreating <NSStatusPartiallyAvailable>|ContainerCreating|0|1h 1m|a|||");
-        row("po", "failed", "p\t\tFailed\t\t\tT\ta", "p|Failed <NSStatusUnavailable>||0|1h 1m|a|||");
+            "p|Pending: ContainerCreating <NSStatusPartiallyAvailable>|ContainerCreating|0|–|–|1h 1m|a|||");
+        row("po", "failed", "p\t\tFailed\t\t\tT\ta", "p|Failed <NSStatusUnavailable>||0|–|–|1h 1m|a|||");
         row("po", "counts that are none", "p\ttrue\tRunning\tx 9223372036854775807 4\t\tT\ta",
-            "p|1/1 Running <NSStatusAvailable>||9223372036854775807|1h 1m|a|||");
+            "p|1/1 Running <NSStatusAvailable>||9223372036854775807|–|–|1h 1m|a|||");
         row("rs", "order of the fields", "web-1\t4\t2\t3\tT",
             "web-1|Partly available <NSStatusPartiallyAvailable>|4|2|3|1h 1m");
         row("rs", "placeholders", "web-1\t0\t<no value>\t<no value>\tT",
@@ -221,9 +221,9 @@ private Q_SLOTS:
         };
         const std::vector<Listing> listings{
             {"po", "shop",
-                {u"cart-*|2/3 Running <NSStatusUnavailable>|CrashLoopBackOff|17|* days|cart, mesh-proxy, config-reloader|||"_s,
-                    u"checkout-*|Pending: ImagePullBackOff <NSStatusUnavailable>|ImagePullBackOff|0|*m|checkout|||"_s,
-                    u"nightly-price-sync-*|Succeeded <statusCompleted>||0|*|sync|||"_s}},
+                {u"cart-*|2/3 Running <NSStatusUnavailable>|CrashLoopBackOff|17|–|–|* days|cart, mesh-proxy, config-reloader|||"_s,
+                    u"checkout-*|Pending: ImagePullBackOff <NSStatusUnavailable>|ImagePullBackOff|0|–|–|*m|checkout|||"_s,
+                    u"nightly-price-sync-*|Succeeded <statusCompleted>||0|–|–|*|sync|||"_s}},
             {"deploy", "shop",
                 {u"storefront|*|4|4|4|4|*"_s, u"checkout|*|2|0|2|0|*"_s, u"wishlist|*|0|0|0|0|*"_s}},
             {"rs", "shop", {u"storefront-*|*|4|4|4|*"_s, u"checkout-*|*|2|0|0|*"_s}},

@@ -24,14 +24,12 @@ namespace {
 
 struct LiveWindow : StubWindow
 {
-    bool liveUpdates() const override { return live; }
+    LiveWindow() { live = true; }
     void switchTo(bool on)
     {
         live = on;
         Q_EMIT liveUpdatesChanged();
     }
-
-    bool live = true;
 };
 
 /// A kind of objects of a demo cluster in a table, without its view.

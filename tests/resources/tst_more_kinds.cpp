@@ -16,6 +16,8 @@
 #include "resources/controllers/StorageClassController.h"
 #include "resources/listing/Merge.h"
 #include "resources/table/ResourceTableView.h"
+#include "resources/table/TableHeader.h"
+#include "resources/usage/TopOutput.h"
 #include "support/OpenQuestion.h"
 #include "support/Patience.h"
 #include "support/StubWindow.h"
@@ -31,6 +33,7 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
+#include <QTimer>
 
 using namespace tidewright;
 using namespace tidewright::test;
@@ -126,17 +129,22 @@ class TestMoreKinds : public QObject
     std::unique_ptr<DemoProcess> m_demo;
     std::unique_ptr<SharedContentViewController> m_table;
 
-    void open(const QString &client, MakeTable makeTable, const QString &nameSpace)
+    void enter(const QString &context)
+    {
+        m_window->context = context;
+        const QByteArray contents = m_demo->kubectl({u"config"_s, u"view"_s, u"-ojson"_s}).output.toUtf8();
+        m_window->facade.adopt(KubeConfigContents::parse(contents).value(), context);
+    }
+    void open(const QString &client, MakeTable makeTable, const QString &nameSpace, bool live = false)
     {
         setKubectlPath(client);
-        m_demo = std::make_unique<DemoProcess>(QStringList{u"--still"_s}, client);
+        m_demo = std::make_unique<DemoProcess>(QStringList{u"--still"_s, u"--pods=30"_s}, client);
         QVERIFY(m_demo->isReady());
         m_window = std::make_unique<StubWindow>();
+        m_window->live = live;
         m_window->facade.configPath = m_demo->kubeconfig();
-        m_window->context = u"demo-harbor"_s;
         m_window->nameSpace = nameSpace;
-        const QByteArray contents = m_demo->kubectl({u"config"_s, u"view"_s, u"-ojson"_s}).output.toUtf8();
-        m_window->facade.adopt(KubeConfigContents::parse(contents).value(), m_window->context);
+        enter(u"demo-harbor"_s);
         // What was chosen for the name in another kubeconfig would count here.
         ContextPolicies::shared().set({m_demo->kubeconfig(), u"demo-harbor"_s}, {});
         m_table.reset(makeTable(*m_window));
@@ -209,6 +217,44 @@ class TestMoreKinds : public QObject
         QFAIL(qPrintable(button));
     }
 
+    /// What the rows know, sorted.
+    QStringList usageShown() const
+    {
+        QStringList rows;
+        for (const Row &row : m_table->tableItems()) {
+            const Usage usage = m_table->kind().usage(*row);
+            rows += u"%1/%2 %3m %4Mi"_s.arg(row->nameSpace, row->name)
+                        .arg(std::round(usage.cores * 1000))
+                        .arg(usage.bytes / 0x1p20);
+        }
+        rows.sort();
+        return rows.filter(QRegularExpression(u" \\d"_s));
+    }
+    /// What kubectl tells, in the same form.
+    QStringList usageTold() const
+    {
+        const bool everywhere = m_window->nameSpace == allNamespaces;
+        QStringList words{u"top"_s, m_table->kind().topWord, u"--no-headers"_s};
+        if (m_table->kind().namespaced) {
+            words += everywhere ? u"-A"_s : u"-n"_s + m_window->nameSpace;
+        }
+        QStringList rows;
+        for (const QString &line : m_demo->kubectl(words).output.split(u'\n', Qt::SkipEmptyParts)) {
+            QString figures = line.simplified().remove(QRegularExpression(u" \\d+%"_s));
+            rows += everywhere ? figures.replace(figures.indexOf(u' '), 1, u"/"_s) : u'/' + figures;
+        }
+        rows.sort();
+        return rows.filter(QRegularExpression(u" \\d"_s));
+    }
+    qint64 restarts() const
+    {
+        qint64 sum = 0;
+        for (const Row &row : m_table->tableItems()) {
+            sum += static_cast<const Pod &>(*row).restarts;
+        }
+        return sum;
+    }
+
     static void eachClient(const std::function<void(const QString &client, const QByteArray &name)> &add)
     {
         for (const char *variable : {"TIDEWRIGHT_TEST_KUBECTL", "TIDEWRIGHT_TEST_KUBECTL_OLD"}) {
@@ -255,7 +301,7 @@ private Q_SLOTS:
                               const char *cells) {
             row(nodeKind, name, QByteArray("n\t").append(conditions).append('\t').append(labels).append(rest),
                 QByteArray("n|").append(cells).append(
-                    "|v1.30.0|7.9|31 Gi|110|2|fd00::7||Linux|6.1|containerd://1.7"));
+                    "|v1.30.0|7.9|–|31 Gi|–|110|2|fd00::7||Linux|6.1|containerd://1.7"));
         };
         node("ready", (QByteArray(ready) + "\t<no value>"), "map[node-role.kubernetes.io/worker: x:y]",
             "Ready <NSStatusAvailable>|worker");
@@ -394,6 +440,116 @@ private Q_SLOTS:
         QVERIFY2(outcome.contains(QRegularExpression(
                      QRegularExpression::anchoredPattern(QString::fromUtf8(command.result) + u"\\s*"_s))),
             qPrintable(outcome + entries.join(u'\n')));
+    }
+
+    void whatTopPrints_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<bool>("withNamespace");
+        QTest::addColumn<QString>("read"); // namespace/name cores bytes
+        const auto row = [](const char *line, bool withNamespace, const char *read) {
+            QTest::newRow(line) << QByteArray(line) << withNamespace << QString::fromLatin1(read);
+        };
+        row("web-1   12m   34Mi  ", false, "/web-1 0.012 35651584");
+        row("shop web-1 1250m 2Gi", true, "shop/web-1 1.25 2147483648");
+        row("web 2 512Ki", false, "/web 2 524288");
+        row("web 250u 0", false, "/web 0.00025 0");
+        row("n-1 1935m 24% 5215Mi 16%", false, "/n-1 1.935 5468323840");
+        row("n-1 <unknown> <unknown> 1Mi 1%", false, "/n-1 -1 1048576");
+        row("n-1 <unknown> <unknown> <unknown> <unknown>", false, "");
+        row("web nan inf", false, "");
+        row("web -5m -1Mi", false, "");
+        row("web 5m", false, "");
+        row("W1123 some words in a line", false, "");
+        row("", true, "");
+    }
+    void whatTopPrints()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(bool, withNamespace);
+        QString read;
+        const Usages usages = usagesOf(line + '\n', withNamespace);
+        for (auto usage = usages.cbegin(); usage != usages.cend(); ++usage) {
+            read += u"%1/%2 %3 %4"_s.arg(usage.key().first, usage.key().second)
+                        .arg(usage->cores)
+                        .arg(usage->bytes, 0, 'f', 0);
+        }
+        QTEST(read, "read");
+    }
+
+    void whatObjectsUseIsShownWhileItIsKnown_data()
+    {
+        QTest::addColumn<QString>("client");
+        QTest::addColumn<QString>("nameSpace");
+        QTest::addColumn<bool>("live");
+        eachClient([](const QString &client, const QByteArray &name) {
+            QTest::addRow("%s, one namespace", name.data()) << client << u"fleet"_s << false;
+            QTest::addRow("%s, all, live", name.data()) << client << allNamespaces << true;
+            QTest::addRow("%s, nodes", name.data()) << client << QString() << false;
+        });
+    }
+    void whatObjectsUseIsShownWhileItIsKnown()
+    {
+        QFETCH(QString, client);
+        QFETCH(QString, nameSpace);
+        QFETCH(bool, live);
+        const bool isOfNodes = nameSpace.isEmpty();
+        const MakeTable makePods
+            = [](WindowState &window) { return new SharedContentViewController(podKind(), window); };
+        open(client, isOfNodes ? make<NodeController> : makePods, isOfNodes ? u"default"_s : nameSpace, live);
+        m_window->recorded.entries.clear();
+        load();
+        const ResourceKind &kind = m_table->kind();
+        const int cores = kind.indexOf(isOfNodes ? "usedCPU"_L1 : "cpu"_L1);
+        const auto hasEntry
+            = [this](const QString &part) { return m_window->recorded.entries.filter(part).size(); };
+        QVERIFY(usageShown().isEmpty()); // nobody looks
+        m_table->tableView().setColumnHidden(cores, false);
+        m_table->arrangedObjects().sort(cores, Qt::DescendingOrder);
+        const QStringList first = usageTold();
+        QVERIFY(first.size() > 5);
+        QTRY_COMPARE(usageShown(), first);
+        QCOMPARE(hasEntry(u"kubectl top %1 --context=demo-harbor"_s.arg(kind.topWord)), 1);
+        const ArrangingModel &model = m_table->arrangedObjects();
+        const auto cell = [&](int row) { return model.index(row, cores).data().toString(); };
+        QVERIFY(cell(0).toDouble() >= cell(1).toDouble() && cell(1).toDouble() > 0);
+
+        if (!isOfNodes) { // what it becomes is shown with the next answer, whatever else is told meanwhile
+            if (live) { // another stream makes all rows anew
+                QSignalSpy finished(m_table.get(), &SharedContentViewController::loadFinished);
+                for (const bool on : {false, true}) {
+                    m_window->live = on;
+                    Q_EMIT m_window->liveUpdatesChanged();
+                }
+                QVERIFY(finished.wait(patience));
+                QTRY_COMPARE(usageShown(), first);
+            }
+            const qint64 before = restarts();
+            QVERIFY(m_demo->control("{\"changePods\":9}"));
+            if (!live) {
+                load();
+            }
+            QTRY_VERIFY(restarts() > before);
+            QCOMPARE(usageShown(), first);
+            auto *timer = m_table->findChild<QTimer *>(u"usageTimer"_s);
+            QVERIFY(QMetaObject::invokeMethod(timer, "timeout"));
+            const QStringList second = usageTold();
+            QVERIFY(second.size() < first.size());
+            QTRY_COMPARE(usageShown(), second);
+            QCOMPARE(cell(model.rowCount() - 1), u"–"_s); // at the end in this order too
+            QVERIFY(QMetaObject::invokeMethod(timer, "timeout")); // the answer comes too late
+        }
+        QCOMPARE(hasEntry(u"kubectl top"_s), 1);
+
+        enter(u"demo-lighthouse"_s);
+        m_window->nameSpace = u"default"_s;
+        m_table->clearAndReload({});
+        const auto *header = static_cast<TableHeader *>(m_table->tableView().horizontalHeader());
+        QTRY_VERIFY(header->explanation(cores).contains(u"Metrics API not available"_s));
+        QVERIFY(!m_table->tableItems().empty() && usageShown().isEmpty());
+        QCOMPARE(hasEntry(u"kubectl top"_s), 1);
+        m_table->reload(); // the user wants to know
+        QTRY_COMPARE(hasEntry(u"Metrics API not available"_s), 1);
     }
 
     void readOnlyContextsAreLeftAlone()

@@ -15,6 +15,7 @@ public:
     QString kubeConfigPath() const override { return facade.configPath; }
     KubeCtl &kubeCtl() override { return facade; }
     Console *console() override { return &recorded; }
+    bool liveUpdates() const override { return live; }
     void whenSettled(std::function<void(const QString &)> completion) override
     {
         ++settledAsked;
@@ -32,6 +33,7 @@ public:
 
     QString context;
     QString nameSpace;
+    bool live = false;
     KubeCtl facade;
     RecordingConsole recorded;
     std::vector<std::vector<ContainerPair>> logsOpened;

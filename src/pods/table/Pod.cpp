@@ -3,6 +3,7 @@
 
 #include "platform/text/Timestamp.h"
 #include "resources/kinds/Columns.h"
+#include "resources/kinds/Usage.h"
 
 #include <QDateTime>
 #include <QSet>
@@ -147,6 +148,8 @@ std::vector<Column> podColumns()
             textColumn<Pod>("status", QStringLiteral("Status"), &Pod::isReadyText, 170), &Pod::isReadyImage),
         textColumn<Pod>("reason", QStringLiteral("Reason"), &Pod::why, 140),
         numberColumn<Pod>("restarts", QStringLiteral("Restarts"), &Pod::restarts, 80),
+        usedCoresColumn<Pod>("cpu", QStringLiteral("CPU")),
+        usedBytesColumn<Pod>("memory", QStringLiteral("Memory")),
         timeColumn<Pod>("age", QStringLiteral("Age"), &Pod::getAge, &Pod::ageTime, 90),
         textColumn<Pod>("containers", QStringLiteral("Containers"), containers, 200),
         hiddenAtFirst(textColumn<Pod>("node", QStringLiteral("Node"), &Pod::node, 160)),
@@ -163,7 +166,8 @@ bool operator==(const Pod &a, const Pod &b)
         && a.restarts == b.restarts && a.status == b.status && a.reason == b.reason
         && a.startTimeString == b.startTimeString && a.containers == b.containers
         && a.nameSpace == b.nameSpace && a.node == b.node && a.ip == b.ip && a.created == b.created
-        && a.isDeleting == b.isDeleting && a.podReason == b.podReason && a.initReason == b.initReason;
+        && a.isDeleting == b.isDeleting && a.podReason == b.podReason && a.initReason == b.initReason
+        && a.usage == b.usage;
 }
 
 QString Pod::isReadyImage() const
@@ -230,6 +234,7 @@ ResourceKind podKind()
     kind.liveArguments = {podLiveTemplate()};
     kind.liveFieldCount = LiveFieldCount;
     kind.assignLive = assignLivePod;
+    setUsage<Pod>(kind, QStringLiteral("pods"));
     return kind;
 }
 

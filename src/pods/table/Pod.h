@@ -27,6 +27,8 @@ struct Pod : KubeTableItem
     QString podReason; ///< of the pod as a whole, such as Evicted
     QString initReason; ///< the distinct state reasons of the init containers, joined by ", "
 
+    Usage usage; ///< of its containers together
+
     /// "NSStatusAvailable", "statusCompleted", "NSStatusPartiallyAvailable" while it comes or goes, or
     /// "NSStatusUnavailable".
     QString isReadyImage() const;

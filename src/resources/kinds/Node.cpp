@@ -3,6 +3,7 @@
 
 #include "resources/kinds/Columns.h"
 #include "resources/kinds/FieldText.h"
+#include "resources/kinds/Usage.h"
 
 #include <QRegularExpression>
 
@@ -157,7 +158,9 @@ std::vector<Column> columns()
         textColumn<Node>("roles", QStringLiteral("Roles"), &Node::roles, 110),
         textColumn<Node>("version", QStringLiteral("Version"), &Node::version, 120),
         quantityColumn("cpu", QStringLiteral("CPU"), cores, &Node::cpu, 60),
+        usedCoresColumn<Node>("usedCPU", QStringLiteral("CPU Used")),
         quantityColumn("memory", QStringLiteral("Memory"), gibibytes, &Node::memory, 85),
+        usedBytesColumn<Node>("usedMemory", QStringLiteral("Memory Used")),
         numberColumn<Node>("pods", QStringLiteral("Max. Pods"), &Node::pods, 90),
         numberColumn<Node>("taints", QStringLiteral("Taints"), &Node::taints, 65),
         textColumn<Node>("internalIP", QStringLiteral("Internal IP"), &Node::internalIp, 110),
@@ -183,6 +186,7 @@ ResourceKind nodeKind()
     kind.fieldCount = FieldCount;
     kind.assign = assign;
     kind.pods = ResourceKind::Pods::OnNode;
+    setUsage<Node>(kind, QStringLiteral("nodes"));
     kind.columns = columns();
     return kind;
 }

@@ -24,6 +24,7 @@ struct Node : KubeTableItem
     QString system; ///< the operating system's image
     QString kernel;
     QString runtime; ///< of containers, with its version
+    Usage usage;
 
     friend bool operator==(const Node &, const Node &) = default;
 };

@@ -34,6 +34,17 @@ struct Column
     bool hidden = false; ///< at first; the header's menu shows it
     /// The title while rows come from listings alone, when their field holds something else.
     QString listedTitle = {};
+    bool showsUsage = false; ///< a figure of ResourceKind::usage
+    QString explanation = {}; ///< what the title alone does not tell; may be empty
+};
+
+/// What an object uses now. What is not known is negative.
+struct Usage
+{
+    double cores = -1;
+    double bytes = -1; ///< of memory
+
+    friend bool operator==(const Usage &, const Usage &) = default;
 };
 
 /// The tab-separated fields of one line of a listing, as kubectl printed them.
@@ -84,6 +95,10 @@ struct ResourceKind
     QStringList liveArguments;
     std::size_t liveFieldCount = 0;
 
+    /// kubectl's word after "top"; empty for a kind of which it does not tell what objects use. No line
+    /// assigns that: a changed copy of a row keeps it.
+    QString topWord;
+
     // Any thread. The rows they get are of this kind.
     std::function<std::shared_ptr<KubeTableItem>(const QString &name)> create;
     std::function<std::shared_ptr<KubeTableItem>(const KubeTableItem &)> copy;
@@ -93,6 +108,9 @@ struct ResourceKind
     std::function<void(const Fields &, KubeTableItem &)> assign;
     /// Assigns the fields of `liveArguments`, after those of the listing.
     std::function<void(const Fields &, KubeTableItem &)> assignLive = nullptr;
+    /// Both there when `topWord` is.
+    std::function<Usage(const KubeTableItem &)> usage = nullptr;
+    std::function<void(const Usage &, KubeTableItem &)> assignUsage = nullptr;
     /// Told of each new row and of the moment at which its listing was read (seconds since 1970), the same
     /// for all rows of a listing.
     std::function<void(KubeTableItem &, double moment)> firstListed = nullptr;

@@ -28,6 +28,9 @@ public:
     /// Empty from the moment the store is destroyed.
     explicit ArrangingModel(RowStore &store, QObject *parent = nullptr);
 
+    /// The store, which must be there, has them.
+    const std::vector<Column> &columns() const { return m_store->kind().columns; }
+
     const QList<SortDescriptor> &sorts() const;
     /// The empty list, the order at first, shows rows as they were added. Columns that do not exist are left
     /// out.

@@ -223,6 +223,7 @@ void RowFilter::addColumns(
         if (Condition found = condition(word, *column, homeNamespace)) {
             result.conditions.push_back(std::move(found));
             m_movesWithTime = m_movesWithTime || column->movesWithTime;
+            m_readsUsage = m_readsUsage || column->showsUsage;
         }
     }
     if (!result.conditions.empty()) {

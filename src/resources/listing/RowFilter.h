@@ -52,6 +52,8 @@ public:
     bool accepts(const KubeTableItem &row) const;
     /// Whether rows come and go as time passes.
     bool movesWithTime() const { return m_movesWithTime; }
+    /// Whether it asks for what objects use (Column::showsUsage).
+    bool readsUsage() const { return m_readsUsage; }
     /// Of all words for the server, joined; empty without any.
     QString labelSelector() const { return m_labels.join(QLatin1Char(',')); }
     /// A sentence for each word that does not do what it looks like; empty as a rule.
@@ -82,6 +84,7 @@ private:
     QStringList m_labels;
     QStringList m_notes;
     bool m_movesWithTime = false;
+    bool m_readsUsage = false;
 };
 
 } // namespace tidewright

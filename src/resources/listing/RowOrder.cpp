@@ -27,12 +27,9 @@ quint64 blockAt(const QByteArray &text, qsizetype offset)
     return qFromBigEndian(block);
 }
 
-/// Orders as the numbers do; what is not a number comes last.
+/// Orders as the numbers do.
 quint64 orderedBits(double number)
 {
-    if (std::isnan(number)) {
-        return ~quint64(0);
-    }
     constexpr quint64 sign = quint64(1) << 63;
     const auto bits = std::bit_cast<quint64>(number + 0.0); // -0 and 0 are one number
     return bits & sign ? ~bits : bits | sign;
@@ -40,10 +37,11 @@ quint64 orderedBits(double number)
 
 } // namespace
 
-RowOrder::Key RowOrder::keyOf(SortKey key)
+RowOrder::Key RowOrder::keyOf(SortKey key, bool descending)
 {
     if (const double *number = std::get_if<double>(&key)) {
-        return {orderedBits(*number), {}};
+        const quint64 last = descending ? 0 : ~quint64(0);
+        return {std::isnan(*number) ? last : orderedBits(*number), {}};
     }
     QByteArray text = std::get<QByteArray>(std::move(key));
     const quint64 head = blockAt(text, 0);
@@ -65,7 +63,7 @@ void RowOrder::append(std::span<const Row> rows)
 {
     for (Level &level : m_levels) {
         for (const Row &row : rows) {
-            level.keys.push_back(keyOf(level.sortKey(*row)));
+            level.keys.push_back(keyOf(level.sortKey(*row), level.descending));
         }
     }
 }
@@ -75,7 +73,7 @@ bool RowOrder::replace(int position, const KubeTableItem &row)
     bool changed = false;
     for (Level &level : m_levels) {
         Key &old = level.keys[static_cast<std::size_t>(position)];
-        Key key = keyOf(level.sortKey(row));
+        Key key = keyOf(level.sortKey(row), level.descending);
         if (!(key == old)) {
             old = std::move(key);
             changed = true;

@@ -18,7 +18,7 @@ struct SortDescriptor
 
 /// The order that sort descriptors give to the rows of a table, each row known by its position among them.
 /// Rows that compare equal stand in the order of their positions, in descending orders too. Holds the typed
-/// keys of every row and owns no rows.
+/// keys of every row and owns no rows. What is not a number (NaN) comes last, in descending orders too.
 class RowOrder
 {
 public:
@@ -56,7 +56,7 @@ private:
         int position = 0;
     };
 
-    static Key keyOf(SortKey key);
+    static Key keyOf(SortKey key, bool descending);
     static void sortLevel(const Level &level, std::span<Item> items, std::vector<std::span<Item>> &equalRuns);
 
     std::vector<Level> m_levels;

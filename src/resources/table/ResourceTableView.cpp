@@ -20,6 +20,7 @@ namespace tidewright {
 ResourceTableView::ResourceTableView(ArrangingModel &model, QWidget *parent)
     : QTableView(parent)
     , m_model(model)
+    , m_header(new TableHeader(this))
 {
     setModel(&model);
     setItemDelegate(new RowDelegate(this));
@@ -46,7 +47,7 @@ ResourceTableView::ResourceTableView(ArrangingModel &model, QWidget *parent)
 
 void ResourceTableView::setUpHeader()
 {
-    auto *header = new TableHeader(this);
+    QHeaderView *header = m_header;
     setHorizontalHeader(header);
     header->setHighlightSections(false);
     header->setStretchLastSection(true);
@@ -57,6 +58,32 @@ void ResourceTableView::setUpHeader()
     setSortingEnabled(true);
     header->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(header, &QWidget::customContextMenuRequested, this, &ResourceTableView::showHeaderMenu);
+    // Sent before a column counts as hidden.
+    connect(
+        header, &QHeaderView::sectionResized, this, &ResourceTableView::columnsChanged, Qt::QueuedConnection);
+    setUsageProblem({});
+}
+
+bool ResourceTableView::needsUsage() const
+{
+    const std::vector<Column> &columns = m_model.columns();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].showsUsage && !isColumnHidden(static_cast<int>(i))) {
+            return true;
+        }
+    }
+    return m_model.rowFilter().readsUsage();
+}
+
+void ResourceTableView::setUsageProblem(const QString &problem)
+{
+    const std::vector<Column> &columns = m_model.columns();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const Column &column = columns[i];
+        m_header->explain(static_cast<int>(i),
+            column.showsUsage && !problem.isEmpty() ? tr("There are no figures: %1").arg(problem)
+                                                    : column.explanation);
+    }
 }
 
 bool ResourceTableView::clickedRowIsSelected() const

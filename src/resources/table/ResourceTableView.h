@@ -10,6 +10,8 @@
 
 namespace tidewright {
 
+class TableHeader;
+
 /// The table view of one kind. A right click does not change the selection: the row under the pointer is the
 /// "clicked" row for as long as its menu is open. An empty table says why in place of rows.
 class ResourceTableView : public QTableView
@@ -45,6 +47,11 @@ public:
     /// The selected rows in the order in which the user chose them.
     std::vector<int> selectedRowsAsChosen() const;
 
+    /// A column of what objects use (Column::showsUsage) is shown, or the filter names one.
+    bool needsUsage() const;
+    /// Says with the titles of these columns why they have no figures; empty when they have.
+    void setUsageProblem(const QString &problem);
+
     /// What an empty table shows: a sentence, and details below it in smaller text.
     void setEmptyText(const QString &sentence, const QString &details);
 
@@ -59,6 +66,8 @@ Q_SIGNALS:
     void opened();
     /// Other rows than before may be visible: scrolled, resized, arranged anew.
     void visibleRowsChanged();
+    /// Columns were shown or hidden, or others have another width.
+    void columnsChanged();
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -78,6 +87,7 @@ private:
     void paintClickedRow();
 
     ArrangingModel &m_model;
+    TableHeader *m_header;
     QPersistentModelIndex m_clickedRow;
     bool m_rowWasClicked = false;
     QString m_emptySentence;

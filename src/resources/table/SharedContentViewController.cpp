@@ -14,6 +14,7 @@
 #include "resources/table/ResourceTableView.h"
 #include "resources/table/TablePreviews.h"
 #include "resources/table/TableStatusBar.h"
+#include "resources/usage/UsageWatch.h"
 #include "resources/widgets/WindowSight.h"
 
 #include <QApplication>
@@ -52,6 +53,7 @@ SharedContentViewController::SharedContentViewController(
     , m_store(new RowStore(withNamespaceColumn(std::move(kind)), this))
     , m_arranged(new ArrangingModel(*m_store, this))
     , m_loader(new TableLoader(*m_store, window, this))
+    , m_usage(new UsageWatch(*m_store, window, this))
     , m_tableView(new ResourceTableView(*m_arranged))
     , m_statusBar(new TableStatusBar)
     , m_commands(new RowCommands(*m_tableView, m_window, this->kind(), *this))
@@ -106,7 +108,13 @@ void SharedContentViewController::connectParts()
         rowsChanged();
         m_commands->selectWanted();
     });
-    connect(&m_window, &WindowState::loadingHintChanged, this, &SharedContentViewController::updateStatus);
+    connect(&m_window, &WindowState::loadingHintChanged, this, [this] {
+        updateStatus();
+        updateUsage();
+    });
+    connect(m_tableView, &ResourceTableView::columnsChanged, this, &SharedContentViewController::updateUsage);
+    connect(m_usage, &UsageWatch::problemChanged, this,
+        [this] { m_tableView->setUsageProblem(m_usage->problem()); });
     connect(m_loader, &TableLoader::finished, this, [this] {
         updateStatus();
         m_commands->giveUpWanted();
@@ -162,6 +170,7 @@ void SharedContentViewController::setFilter(const QString &text)
         m_labelDelay.stop();
     }
     updateStatus();
+    updateUsage();
     Q_EMIT filterChanged();
 }
 
@@ -196,6 +205,10 @@ void SharedContentViewController::load(const LoadRequest &request)
 {
     showNamespaces();
     m_loader->load(request);
+    updateUsage();
+    if (request.logged) {
+        m_usage->askAgain();
+    }
     updateStatus();
 }
 
@@ -218,6 +231,7 @@ void SharedContentViewController::clear()
 {
     m_commands->forgetPreviews();
     m_loader->clear();
+    m_usage->clear();
     showNamespaces();
 }
 
@@ -424,13 +438,25 @@ void SharedContentViewController::showEvent(QShowEvent *event)
 
 void SharedContentViewController::updateWatched()
 {
-    m_loader->setWatched(isVisible() && WindowSight::shared().sees(window()->windowHandle()));
+    setWatched(isVisible() && WindowSight::shared().sees(window()->windowHandle()));
+}
+
+void SharedContentViewController::setWatched(bool watched)
+{
+    m_isWatched = watched;
+    m_loader->setWatched(watched);
+    updateUsage();
+}
+
+void SharedContentViewController::updateUsage()
+{
+    m_usage->setWanted(m_isWatched && m_loader->canLoad() && m_tableView->needsUsage());
 }
 
 void SharedContentViewController::hideEvent(QHideEvent *event)
 {
     m_timer.stop();
-    m_loader->setWatched(false);
+    setWatched(false);
     m_commands->select({});
     QWidget::hideEvent(event);
 }

@@ -24,6 +24,7 @@ class QProgressBar;
 namespace tidewright {
 
 class TableStatusBar;
+class UsageWatch;
 struct TableTarget;
 
 /// The table of one kind in one cluster window: its rows and their presentation, the refresh timer, the load
@@ -170,6 +171,8 @@ private:
     void showLoading();
     void showNamespaces();
     void updateWatched();
+    void setWatched(bool watched);
+    void updateUsage();
     void updateStatus();
     void showContextMenu(const QPoint &position);
 
@@ -177,6 +180,7 @@ private:
     RowStore *m_store;
     ArrangingModel *m_arranged;
     TableLoader *m_loader;
+    UsageWatch *m_usage;
     ResourceTableView *m_tableView;
     TableStatusBar *m_statusBar;
     RowCommands *m_commands;
@@ -187,6 +191,7 @@ private:
     QTimer m_labelDelay{this}; ///< for somebody who is typing a label
     int m_otherWork = 0;
     bool m_showsNamespaces = false;
+    bool m_isWatched = false; ///< somebody can see the table
 };
 
 } // namespace tidewright

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/table/TableHeader.h"
 
+#include "platform/text/DisplayText.h"
 #include "resources/table/RowDelegate.h"
 
+#include <QHelpEvent>
 #include <QPainter>
 #include <QStyleOptionHeader>
+#include <QToolTip>
 
 namespace tidewright {
 
@@ -28,6 +31,17 @@ TableHeader::TableHeader(QWidget *parent)
 QString TableHeader::title(int section) const
 {
     return model()->headerData(section, Qt::Horizontal).toString();
+}
+
+bool TableHeader::viewportEvent(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip) {
+        return QHeaderView::viewportEvent(event);
+    }
+    const auto *help = static_cast<QHelpEvent *>(event);
+    const QString text = explanation(logicalIndexAt(help->pos()));
+    QToolTip::showText(help->globalPos(), display_text::toolTip(text), this);
+    return true;
 }
 
 void TableHeader::paintSection(QPainter *painter, const QRect &rect, int section) const
